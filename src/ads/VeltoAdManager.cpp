@@ -1,0 +1,73 @@
+// Fetching ads, and the list of those not shown yet.
+#include "velto/ads/VeltoAdManager.h"
+
+#include "velto/network/VeltoTaskManager.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+
+namespace velto {
+namespace {
+
+void answerOnMain(const VeltoAdCompletion& completion, std::shared_ptr<VeltoAd> ad, std::optional<VeltoErrorAd> error) {
+  auto* platform = Platform::currentOrNull();
+  if (!completion || !platform) return;
+  platform->mainQueue().post(
+      [completion, ad = std::move(ad), error = std::move(error)] { completion(ad, error); });
+}
+
+}  // namespace
+
+std::shared_ptr<VeltoAdManager> VeltoAdManager::shared() { return Platform::shared<VeltoAdManager>(); }
+
+void VeltoAdManager::fetchFor(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+                              VeltoAdCompletion completionHandler) {
+  shared()->_fetch(type, size, settings, std::move(completionHandler));
+}
+
+VeltoAdManager::VeltoAdManager() {
+  shownObserver_ = Platform::current().notificationCenter().addObserver(
+      constNotificationAdShowed, [this](const NSNotification& notification) { _veltoNotificationAdShowed(notification); });
+}
+
+void VeltoAdManager::_fetch(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+                            VeltoAdCompletion completionHandler) {
+  if (auto ad = usableAd(size)) return answerOnMain(completionHandler, std::move(ad), std::nullopt);
+
+  VeltoTaskManager::executeTaskFor(
+      type, size, settings,
+      [weak = weak_from_this(), completion = std::move(completionHandler), bannerSize = static_cast<int64_t>(size)](
+          const VeltoTaskResponsePointer& response) {
+        VeltoAdManagerAdResolver::handleTaskResponse(
+            response, bannerSize,
+            [weak, completion](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+              if (auto manager = weak.lock()) manager->_addAdInCache(ad);
+              answerOnMain(completion, ad, error);
+            });
+      });
+}
+
+void VeltoAdManager::_addAdInCache(const std::shared_ptr<VeltoAd>& ad) {
+  if (!ad || !ad->canBeCached()) return;
+  std::lock_guard lock(mutex_);
+  ads_.push_back(ad);
+}
+
+void VeltoAdManager::_veltoNotificationAdShowed(const NSNotification& notification) {
+  const auto shown = notification.objectAs<VeltoAd>();
+  if (!shown) return;
+  std::lock_guard lock(mutex_);
+  std::erase(ads_, shown);
+}
+
+std::vector<std::shared_ptr<VeltoAd>> VeltoAdManager::ads() const {
+  std::lock_guard lock(mutex_);
+  return ads_;
+}
+
+std::shared_ptr<VeltoAd> VeltoAdManager::usableAd(VeltoBannerSize size) const {
+  for (const auto& ad : ads())
+    if (ad->canBeUsedFor(size)) return ad;
+  return nullptr;
+}
+
+}  // namespace velto

@@ -1,0 +1,48 @@
+// Where the controllers get their ads: from the list of ads fetched earlier, else from the server. One for the process.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "velto/ads/VeltoAdResolver.h"
+#include "velto/core/VeltoConstants.h"
+#include "velto/core/VeltoSettings.h"
+#include "velto/platform/NSNotificationCenter.h"
+
+namespace velto {
+
+// Posted, with the ad as its object, when an ad's markup was handed to a web view.
+inline constexpr char constNotificationAdShowed[] = "constNotificationAdShowedVelto";
+
+class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
+ public:
+  static std::shared_ptr<VeltoAdManager> shared();
+
+  // The completion (may be empty) is called on the main queue, never inside this call. It is not called when the
+  // resolution of the answer ends without one.
+  static void fetchFor(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+                       VeltoAdCompletion completionHandler);
+  // The second creative of a two-part expand. Not fetched yet: called where it will be needed, does nothing so far.
+  static void fetchForSecondaryMRAIDContent(const std::string& /*url*/, VeltoAdCompletion /*completionHandler*/) {}
+
+  VeltoAdManager();
+
+  void _fetch(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+              VeltoAdCompletion completionHandler);
+  void _addAdInCache(const std::shared_ptr<VeltoAd>& ad);
+  void _veltoNotificationAdShowed(const NSNotification& notification);
+
+  // Ads fetched and not shown yet, oldest first. Added to on the transport thread, hence a copy.
+  std::vector<std::shared_ptr<VeltoAd>> ads() const;
+
+ private:
+  std::shared_ptr<VeltoAd> usableAd(VeltoBannerSize size) const;
+
+  mutable std::mutex mutex_;
+  std::vector<std::shared_ptr<VeltoAd>> ads_;
+  Handle shownObserver_;
+};
+
+}  // namespace velto

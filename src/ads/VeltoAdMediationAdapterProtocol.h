@@ -1,0 +1,62 @@
+// What an adapter of another ad network looks like to the controllers that show its ads. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "velto/platform/NSNotificationCenter.h"
+
+namespace velto {
+
+class UIView;
+class UIViewController;
+class VeltoAd;
+
+// Posted by an adapter with itself as the object.
+inline constexpr char constNotificationAdMobAdapterGADBannerReady[] = "constNotificationAdMobAdapterGADBannerReadyVelto";
+inline constexpr char constNotificationAdMobAdapterGADInterstitialReady[] =
+    "constNotificationAdMobAdapterGADInterstitialReadyVelto";
+inline constexpr char constNotificationAdMobAdapterGADInterstitialError[] =
+    "constNotificationAdMobAdapterGADInterstitialErrorVelto";
+
+// Implemented by the controllers: a person did something to the network's view.
+class VeltoAdMediationAdapterDelegate {
+ public:
+  virtual ~VeltoAdMediationAdapterDelegate() = default;
+  virtual void mediationBannerDidPress() = 0;
+  virtual void mediationBannerDidClose() = 0;
+};
+
+// An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not shown.
+class VeltoAdMediationRootViewControllerUser {
+ public:
+  virtual ~VeltoAdMediationRootViewControllerUser() = default;
+  virtual void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) = 0;
+};
+
+class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
+ public:
+  virtual uint64_t adType() const = 0;  // 1 banner, 2 interstitial, 0 unknown
+  virtual std::string description() const = 0;
+
+  // Optional. Null: the adapter takes no root view controller.
+  virtual VeltoAdMediationRootViewControllerUser* rootViewControllerUser() { return nullptr; }
+  virtual std::shared_ptr<UIView> getBannerView() { return nullptr; }
+  virtual void gadAdLoaded(const std::shared_ptr<VeltoAd>& /*ad*/, const std::shared_ptr<UIView>& /*view*/) {}
+};
+
+// The base of adapters.
+class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
+ public:
+  uint64_t adType() const override { return 0; }
+  void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) { delegate_ = std::move(delegate); }
+
+ protected:
+  std::shared_ptr<VeltoAdMediationAdapterDelegate> delegate() const { return delegate_.lock(); }
+
+ private:
+  std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate_;
+};
+
+}  // namespace velto

@@ -1,0 +1,68 @@
+// The checks that a response goes through on its way to an ad.
+#include "velto/ads/VeltoAdResolver.h"
+
+#include "velto/ads/AdSDKVelto.h"
+#include "velto/platform/foundation/Text.h"
+
+namespace velto {
+namespace {
+
+void fail(const VeltoAdCompletion& completion, VeltoErrorAd error) {
+  if (completion) completion(nullptr, std::move(error));
+}
+
+}  // namespace
+
+namespace VeltoAdManagerAdResolver {
+
+void handleTaskResponse(const VeltoTaskResponsePointer& response, std::optional<int64_t> bannerSize,
+                        const VeltoAdCompletion& completionHandler) {
+  if (!_handleableTaskResponse(*response, completionHandler)) return;
+  if (!response->headers->width() || !response->headers->height())
+    return fail(completionHandler, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
+  auto html = _htmlFrom(*response, completionHandler);
+  if (!html) return;
+  VeltoAdResolverManager::resolveAdFromTaskResponse(response, bannerSize, std::move(*html),
+                                                    response->headers->timerSeconds(), completionHandler);
+}
+
+void handleTaskResponseForSecondMRAIDContent(const VeltoTaskResponsePointer& response,
+                                             const VeltoAdCompletion& completionHandler) {
+  if (!_handleableTaskResponse(*response, completionHandler)) return;
+  auto html = _htmlFrom(*response, completionHandler);
+  if (!html) return;
+  VeltoAdResolverManager::resolveAdFromTaskResponse(response, std::nullopt, std::move(*html), std::nullopt,
+                                                    completionHandler);
+}
+
+bool _handleableTaskResponse(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler) {
+  if (!response.error && response.responseType != VeltoTaskResponseUnknown && response.headers) return true;
+  fail(completionHandler, response.error.value_or(VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer)));
+  return false;
+}
+
+std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler) {
+  if (!response.data) return std::nullopt;
+  const std::string& text = *response.data;
+  if (!isValidUTF8(text) || response.responseType == VeltoTaskResponseNoFill || AdSDKVelto::isAdNoFill(text)) {
+    fail(completionHandler, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorNoFill));
+    return std::nullopt;
+  }
+  return text;
+}
+
+}  // namespace VeltoAdManagerAdResolver
+
+void VeltoAdResolverManager::resolveAdFromTaskResponse(const VeltoTaskResponsePointer& response,
+                                                       std::optional<int64_t> bannerSize, std::string html,
+                                                       std::optional<double> /*timer*/,
+                                                       const VeltoAdCompletion& completionHandler) {
+  if (response->responseType == VeltoTaskResponseMarkup) {
+    auto ad = VeltoAd::adWithHTML(std::move(html), bannerSize, response->headers);
+    if (completionHandler) completionHandler(std::move(ad), std::nullopt);
+  } else if (response->responseType == VeltoTaskResponseMediation) {
+    VeltoAdMediationResolver::resolveAd(response, bannerSize, completionHandler);
+  }
+}
+
+}  // namespace velto

@@ -1,0 +1,144 @@
+// Configuration in the defaults store.
+#include "velto/core/VeltoDataStore.h"
+
+#include <exception>
+
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIDevice.h"
+#include "velto/platform/foundation/Text.h"
+#include "velto/platform/ui/WKWebView.h"
+#include "velto/tracking/VeltoTrackerManager.h"
+
+namespace velto {
+namespace {
+
+constexpr char keyClientId[] = "kVeltoClientIdKey";
+constexpr char keyUserAgent[] = "kVeltoUserAgentKey";
+constexpr char keyTestMode[] = "constVeltoTestMode";
+constexpr char keyPlatform[] = "constVeltoPlatform";
+constexpr char keyEndpoint[] = "constVeltoEndpoint";
+constexpr char keyGDPROptin[] = "kVeltoGDPROptin";
+constexpr char keyGDPRConsent[] = "kVeltoGDPRConsent";
+constexpr char keyCCPAConsent[] = "kVeltoCCPAConsent";
+constexpr char nativePlatform[] = "native";
+
+NSUserDefaults& defaults() { return Platform::current().standardUserDefaults(); }
+
+template <class T>
+std::optional<T> valueForKey(const std::string& key) {
+  const auto value = defaults().objectForKey(key);
+  const T* held = value ? std::get_if<T>(&*value) : nullptr;
+  return held ? std::optional(*held) : std::nullopt;
+}
+
+// The store's exceptions end here: a failed write is only told by the result.
+template <class Change>
+bool changed(const Change& change) {
+  try {
+    change(defaults());
+    defaults().synchronize();
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+std::optional<DefaultsValue> asValue(const std::optional<std::string>& text) {
+  return text ? std::optional<DefaultsValue>(*text) : std::nullopt;
+}
+
+DefaultsValue asValue(bool flag) { return flag ? 1.0 : 0.0; }
+
+std::string fallbackUserAgent() {
+  auto& device = Platform::current().device();
+  const std::string version = replaceAll(device.systemVersion(), ".", "_");
+  const std::string word = device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad ? "iPad" : "iPhone";
+  return "Mozilla/5.0 (" + word + "; CPU " + word + " OS " + version +
+         " like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) Mobile/15E148";
+}
+
+}  // namespace
+
+std::optional<std::string> VeltoDataStore::getStringForKey(const std::string& key) {
+  return valueForKey<std::string>(key);
+}
+
+bool VeltoDataStore::getBoolForKey(const std::string& key) { return valueForKey<double>(key).value_or(0) != 0; }
+
+std::optional<DefaultsDictionary> VeltoDataStore::getDictionaryForKey(const std::string& key) {
+  return valueForKey<DefaultsDictionary>(key);
+}
+
+bool VeltoDataStore::storeValue(const std::optional<DefaultsValue>& value, const std::string& forKey) {
+  if (!value) return resetValueForKey(forKey);
+  return changed([&](NSUserDefaults& store) { store.setObject(forKey, *value); });
+}
+
+bool VeltoDataStore::resetValueForKey(const std::string& key) {
+  return changed([&](NSUserDefaults& store) { store.removeObjectForKey(key); });
+}
+
+std::optional<std::string> VeltoDataStore::getVeltoKey() { return getStringForKey(keyClientId); }
+std::string VeltoDataStore::getVeltoFromNonNative() { return _getVeltoFromNonNative().value_or(nativePlatform); }
+std::optional<std::string> VeltoDataStore::_getVeltoFromNonNative() { return getStringForKey(keyPlatform); }
+std::optional<std::string> VeltoDataStore::getVeltoEndpoint() { return getStringForKey(keyEndpoint); }
+bool VeltoDataStore::isPersonalInfoContentAccepted() { return getBoolForKey(keyGDPROptin); }
+std::optional<std::string> VeltoDataStore::getGDPRConsent() { return getStringForKey(keyGDPRConsent); }
+std::optional<std::string> VeltoDataStore::getUsPrivacy() { return getStringForKey(keyCCPAConsent); }
+bool VeltoDataStore::isTestMode() { return getBoolForKey(keyTestMode); }
+
+std::string VeltoDataStore::getUserAgent() {
+  if (auto stored = getStringForKey(keyUserAgent)) return *stored;
+  auto fallback = fallbackUserAgent();
+  _updateUserAgent(fallback);
+  return fallback;
+}
+
+void VeltoDataStore::storeVeltoKey(const std::optional<std::string>& key,
+                                   const std::optional<std::string>& fromNonNative, bool testMode) {
+  _initDefaultValuesFromNonNative(fromNonNative, testMode);
+  const bool firstOfInstallation = !getVeltoKey();
+  storeValue(asValue(key), keyClientId);
+  if (firstOfInstallation) VeltoTrackerManager::trackInstall();
+}
+
+// Consent given before a registration is meant for the key before it, so it does not outlive it.
+void VeltoDataStore::_initDefaultValuesFromNonNative(const std::optional<std::string>& fromNonNative, bool testMode) {
+  storeVeltoFromNonNative(fromNonNative);
+  storeTestMode(testMode);
+  storeVeltoEndpoint("");
+  storePersonalInfoContentAccepted(false);
+  storeGDPRConsent("");
+  storeUSPrivacy("");
+}
+
+void VeltoDataStore::storeVeltoFromNonNative(const std::optional<std::string>& platform) {
+  storeValue(platform.value_or(nativePlatform), keyPlatform);
+}
+void VeltoDataStore::storeVeltoEndpoint(const std::optional<std::string>& endpoint) {
+  storeValue(asValue(endpoint), keyEndpoint);
+}
+void VeltoDataStore::storePersonalInfoContentAccepted(bool accepted) { storeValue(asValue(accepted), keyGDPROptin); }
+void VeltoDataStore::storeGDPRConsent(const std::optional<std::string>& consent) {
+  storeValue(asValue(consent), keyGDPRConsent);
+}
+void VeltoDataStore::storeUSPrivacy(const std::optional<std::string>& privacy) {
+  storeValue(asValue(privacy), keyCCPAConsent);
+}
+void VeltoDataStore::storeTestMode(bool testMode) { storeValue(asValue(testMode), keyTestMode); }
+bool VeltoDataStore::_updateUserAgent(const std::optional<std::string>& userAgent) {
+  return storeValue(asValue(userAgent), keyUserAgent);
+}
+
+void VeltoDataStore::updateUserAgentFromWKWebView(const std::shared_ptr<WKWebView>& webView) {
+  Platform::current().mainQueue().post([weak = std::weak_ptr(webView)] {
+    const auto view = weak.lock();
+    if (!view) return;
+    view->evaluateJavaScript("navigator.userAgent", [](std::optional<JSON> result, std::optional<NSError> error) {
+      if (const auto* text = result && !error ? result->string() : nullptr) _updateUserAgent(*text);
+    });
+  });
+}
+
+}  // namespace velto

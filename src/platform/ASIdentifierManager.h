@@ -1,0 +1,25 @@
+// Supplied by the platform: the advertising identifier and whether the user lets applications track.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+// Any thread.
+class ASIdentifierManager {
+ public:
+  virtual ~ASIdentifierManager() = default;
+  virtual bool isAdvertisingTrackingEnabled() const = 0;
+  virtual std::optional<std::string> advertisingIdentifier() const = 0;  // UUID text
+};
+
+// Authorisation status: 0 not determined, 1 restricted, 2 denied, 3 authorised.
+class ATTrackingManager {
+ public:
+  virtual ~ATTrackingManager() = default;
+  virtual int64_t trackingAuthorizationStatus() const = 0;
+};
+
+}  // namespace velto

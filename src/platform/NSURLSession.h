@@ -1,0 +1,62 @@
+// Supplied by the platform: HTTP requests.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "velto/platform/NSError.h"
+#include "velto/platform/foundation/NSURL.h"
+
+namespace velto {
+
+// Header fields in the order they were set or received. Names match without regard to ASCII case (RFC 9110).
+class HeaderFields {
+ public:
+  using Field = std::pair<std::string, std::string>;
+
+  // Replaces the field of that name, or appends it.
+  void set(std::string_view name, std::string_view value);
+  // Appends to the field of that name, joined with ", " as RFC 9110 allows, or makes it.
+  void add(std::string_view name, std::string_view value);
+  std::optional<std::string> value(std::string_view name) const;
+  const std::vector<Field>& fields() const { return fields_; }
+
+ private:
+  std::vector<Field> fields_;
+};
+
+struct NSURLRequest {
+  NSURL url;
+  std::string httpMethod = "GET";
+  HeaderFields allHTTPHeaderFields;
+  std::optional<std::string> httpBody;
+};
+
+// What a server answered. `isHTTP` is false for schemes that have no status code.
+struct NSURLResponse {
+  std::string url;
+  bool isHTTP = false;
+  int statusCode = 0;
+  HeaderFields allHeaderFields;
+};
+
+class NSURLSession {
+ public:
+  // Exactly one call for each task. An HTTP answer always carries data, empty when there was no body. A transport
+  // failure (no connection, time-out, TLS, more data than promised or less) carries an error.
+  using Completion = std::function<void(std::optional<std::string> data, std::shared_ptr<const NSURLResponse> response,
+                                        std::optional<NSError> error)>;
+
+  virtual ~NSURLSession() = default;
+
+  // Starts the request: http and https only, redirects followed, cookies neither sent nor kept. Any thread. The completion
+  // is called on the session's own queue, one at a time, never on the main thread and never inside this call. A task lives until
+  // it has answered; when the platform goes away first, its completion is destroyed uncalled.
+  virtual void dataTask(NSURLRequest request, Completion completion) = 0;
+};
+
+}  // namespace velto

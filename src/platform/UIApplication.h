@@ -1,0 +1,32 @@
+// Supplied by the platform: the host application as the desktop sees it.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "velto/platform/foundation/NSURL.h"
+
+namespace velto {
+
+// Main thread.
+class UIApplication {
+ public:
+  virtual ~UIApplication() = default;
+
+  // Whether some application on this device opens such URLs.
+  virtual bool canOpenURL(const NSURL& url) const = 0;
+
+  // Hands the URL to that application. The completion (may be empty) is called later on the main thread.
+  virtual void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
+                       std::function<void(bool opened)> completion) = 0;
+  // The same in its older form.
+  void openURL(const NSURL& url) { openURL(url, {}, nullptr); }
+
+  virtual bool isReduceTransparencyEnabled() const = 0;
+
+  // Turns the interface to the device's orientation where the shown view controllers allow it.
+  virtual void attemptRotationToDeviceOrientation() = 0;
+};
+
+}  // namespace velto

@@ -1,0 +1,59 @@
+// Supplied by the platform: the device, its screen, the user's language and the time zone.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "velto/platform/Geometry.h"
+
+namespace velto {
+
+enum class UIUserInterfaceIdiom { Phone = 0, Pad = 1 };
+
+// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face down.
+using UIDeviceOrientation = int64_t;
+
+// Values are asked afresh each time, from any thread unless stated.
+class UIDevice {
+ public:
+  virtual ~UIDevice() = default;
+
+  virtual std::string name() const = 0;           // given by the user; a host name on a desktop
+  virtual std::string model() const = 0;          // product family
+  virtual std::string systemVersion() const = 0;  // such as "16.4"
+  // The hardware's machine identifier. May throw std::runtime_error when it cannot be read.
+  virtual std::string machine() const = 0;
+  virtual UIUserInterfaceIdiom userInterfaceIdiom() const = 0;
+
+  // Whether the platform offers what the phone's system offers from this version on. A phone compares its system
+  // version; a platform whose own version numbers mean something else answers for what it supports.
+  virtual bool isSystemVersionAtLeast(int major) const = 0;
+
+  // Main thread only.
+  virtual UIDeviceOrientation orientation() const = 0;
+  virtual void setOrientation(UIDeviceOrientation orientation) = 0;
+};
+
+class UIScreen {
+ public:
+  virtual ~UIScreen() = default;
+  virtual CGRect bounds() const = 0;  // points
+  virtual double scale() const = 0;   // pixels a point
+};
+
+class NSLocale {
+ public:
+  virtual ~NSLocale() = default;
+  virtual std::string localeIdentifier() const = 0;               // such as "de_DE"
+  virtual std::vector<std::string> preferredLanguages() const = 0;  // BCP 47 tags, best first
+};
+
+class NSTimeZone {
+ public:
+  virtual ~NSTimeZone() = default;
+  virtual int secondsFromGMT() const = 0;  // now, daylight saving included
+};
+
+}  // namespace velto

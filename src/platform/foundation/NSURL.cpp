@@ -1,0 +1,129 @@
+// URLs by GLib's RFC 3986 parser; the text itself is kept as it came.
+#include "velto/platform/foundation/NSURL.h"
+
+#include <glib.h>
+
+#include "velto/platform/foundation/GMemory.h"
+#include "velto/platform/foundation/Text.h"
+
+namespace velto {
+namespace {
+
+constexpr auto uriFlags = static_cast<GUriFlags>(G_URI_FLAGS_ENCODED);
+// Sub-delimiters and others that a query may hold unescaped, less "&" and "=", which separate items.
+constexpr char allowedInQueryItem[] = "!$'()*+,;:@/?";
+
+struct Parts {
+  std::optional<std::string> scheme, host, query;
+  std::string path;
+  int port = -1;
+};
+
+std::optional<Parts> partsOf(const std::string& text) {
+  char *scheme = nullptr, *host = nullptr, *path = nullptr, *query = nullptr;
+  int port = -1;
+  if (!g_uri_split(text.c_str(), uriFlags, &scheme, nullptr, &host, &port, &path, &query, nullptr, nullptr))
+    return std::nullopt;
+  GText ownScheme(scheme), ownHost(host), ownPath(path), ownQuery(query);
+  Parts parts;
+  if (scheme) parts.scheme = scheme;
+  if (host) parts.host = host;
+  if (query) parts.query = query;
+  if (path) parts.path = path;
+  parts.port = port;
+  return parts;
+}
+
+// Every byte is an unreserved or reserved character of RFC 3986, or begins a whole percent escape.
+bool hasOnlyURLCharacters(std::string_view text) {
+  static constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (g_ascii_isalnum(text[i]) || others.find(text[i]) != std::string_view::npos) continue;
+    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) && g_ascii_isxdigit(text[i + 2]);
+    if (!escape) return false;
+    i += 2;
+  }
+  return true;
+}
+
+std::string escapedOutsideASCII(std::string_view text) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      result += c;
+    } else {
+      result += '%';
+      result += digits[byte >> 4];
+      result += digits[byte & 15];
+    }
+  }
+  return result;
+}
+
+std::string escapedForQuery(const std::string& text) {
+  GText escaped(g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), allowedInQueryItem));
+  return escaped.get();
+}
+
+}  // namespace
+
+std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
+  if (text.empty()) return std::nullopt;
+  std::string escaped = escapedOutsideASCII(text);
+  if (!hasOnlyURLCharacters(escaped) || !partsOf(escaped)) return std::nullopt;
+  return NSURL(std::move(escaped));
+}
+
+// GLib lowers the scheme's letters; here it is told as it stands.
+std::optional<std::string> NSURL::scheme() const {
+  const auto parts = partsOf(text_);
+  if (!parts || !parts->scheme) return std::nullopt;
+  return text_.substr(0, parts->scheme->size());
+}
+
+std::optional<std::string> NSURL::host() const {
+  const auto parts = partsOf(text_);
+  return parts ? parts->host : std::nullopt;
+}
+
+std::optional<int> NSURL::port() const {
+  const auto parts = partsOf(text_);
+  return parts && parts->port >= 0 ? std::optional(parts->port) : std::nullopt;
+}
+
+std::string NSURL::path() const {
+  const auto parts = partsOf(text_);
+  return parts ? parts->path : std::string();
+}
+
+std::optional<std::string> NSURL::query() const {
+  const auto parts = partsOf(text_);
+  return parts ? parts->query : std::nullopt;
+}
+
+NSURL NSURL::URLByAppendingPathComponent(std::string_view component) const {
+  const size_t pathEnd = std::min(text_.find_first_of("?#"), text_.size());
+  std::string text = text_.substr(0, pathEnd);
+  if (!text.ends_with('/')) text += '/';
+  while (component.starts_with('/')) component.remove_prefix(1);
+  text += component;
+  return NSURL(text + text_.substr(pathEnd));
+}
+
+std::optional<NSURL> NSURL::URLByAddingScheme(std::string_view scheme) const {
+  return URLWithString(std::string(scheme) + (text_.starts_with("//") ? ":" : "://") + text_);
+}
+
+NSURL NSURL::URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) const {
+  const size_t fragment = std::min(text_.find('#'), text_.size());
+  const size_t queryStart = std::min(text_.find('?'), fragment);
+  std::vector<std::string> pairs;
+  pairs.reserve(items.size());
+  for (const auto& item : items) pairs.push_back(escapedForQuery(item.name) + '=' + escapedForQuery(item.value));
+  return NSURL(text_.substr(0, queryStart) + '?' + join(pairs, "&") + text_.substr(fragment));
+}
+
+}  // namespace velto

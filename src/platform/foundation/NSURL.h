@@ -1,0 +1,50 @@
+// A uniform resource locator (RFC 3986) that keeps the text it was made from. Shared by all platforms; any thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velto {
+
+struct NSURLQueryItem {
+  std::string name;
+  std::string value;
+  bool operator==(const NSURLQueryItem&) const = default;
+};
+
+class NSURL {
+ public:
+  // Nothing when the text is empty or is no URI reference: a character outside RFC 3986, a broken escape, a bad port.
+  // Characters outside ASCII are percent-escaped as UTF-8 first, as web engines do.
+  static std::optional<NSURL> URLWithString(std::string_view text);
+
+  const std::string& absoluteString() const { return text_; }
+
+  // Components as they stand in the text, still escaped; nothing where the component is absent.
+  std::optional<std::string> scheme() const;
+  std::optional<std::string> host() const;
+  std::optional<int> port() const;
+  std::string path() const;
+  std::optional<std::string> query() const;
+
+  // The URL with `component` joined to its path by exactly one slash; a query or fragment is kept behind it.
+  NSURL URLByAppendingPathComponent(std::string_view component) const;
+
+  // The URL with another scheme put before it (it must have none), or nothing when the result is no URL.
+  std::optional<NSURL> URLByAddingScheme(std::string_view scheme) const;
+
+  // The URL with its query replaced by the items, each name and value escaped for a query: what RFC 3986 allows in a
+  // query stays (also "+"), but "&" and "=" are escaped, since they separate the items.
+  NSURL URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) const;
+
+  bool operator==(const NSURL&) const = default;
+
+ private:
+  explicit NSURL(std::string text) : text_(std::move(text)) {}
+  std::string text_;
+};
+
+}  // namespace velto

@@ -1,0 +1,41 @@
+// Texts and bytes: digests, base64, identifiers, numbers in and out of text, all independent of the process's locale.
+// Any thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velto {
+
+bool isValidUTF8(std::string_view text);
+
+// RFC 1321, as 32 lowercase hexadecimal digits.
+std::string md5Hex(std::string_view bytes);
+
+// RFC 4648, one line.
+std::string base64Encode(std::string_view bytes);
+// Skips characters outside the alphabet; nothing when the rest is no whole base64 text.
+std::optional<std::string> base64Decode(std::string_view text);
+
+// A random UUID (RFC 9562, version 4), in upper case as the phone platforms write it.
+std::string uuidString();
+
+// With exactly that many decimals, rounded, as "%.*f" prints in the C locale.
+std::string fixedDecimals(double value, int decimals);
+
+// The whole text as a decimal number ("-12", "2.5", "1E3"); nothing for anything else.
+std::optional<double> parseNumber(std::string_view text);
+// The number at the start of the text after blanks, 0 when there is none.
+double leadingNumber(std::string_view text);
+// The integer at the start of the text after blanks, 0 when there is none; held at the ends of the range.
+int64_t leadingInteger(std::string_view text);
+
+std::vector<std::string> split(std::string_view text, std::string_view separator);
+std::string join(const std::vector<std::string>& parts, std::string_view separator);
+std::string replaceAll(std::string text, std::string_view from, std::string_view to);
+std::string lowercased(std::string text);  // ASCII letters only
+
+}  // namespace velto

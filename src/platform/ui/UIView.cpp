@@ -1,0 +1,272 @@
+// The view tree: structure, frames, layout passes, safe areas and taps.
+#include "velto/platform/ui/UIView.h"
+
+#include <algorithm>
+
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/ui/LayoutSolver.h"
+#include "velto/platform/ui/UIViewController.h"
+
+namespace velto {
+
+namespace {
+constexpr double layoutMargin = 8;  // points
+}
+
+std::shared_ptr<UIView> UIView::make() { return makeWithPeer(Platform::current().views().makeView()); }
+
+std::shared_ptr<UIView> UIView::makeWithPeer(std::unique_ptr<ViewPeer> peer) {
+  return std::shared_ptr<UIView>(new UIView(std::move(peer)));
+}
+
+UIView::UIView(std::unique_ptr<ViewPeer> peer) : peer_(std::move(peer)) { peer_->setOwner(this); }
+
+UIView::~UIView() {
+  animation_.cancel();
+  for (const auto& subview : subviews_) {
+    subview->peer_->removeFromSuperview();
+    subview->superview_ = nullptr;
+  }
+}
+
+// --- appearance -------------------------------------------------------------------------------------------------
+
+void UIView::setFrame(const CGRect& frame) {
+  if (frame == frame_) return;
+  animation_.cancel();
+  const CGSize before = frame_.size;
+  frame_ = frame;
+  peer_->setFrame(frame_);
+  if (before == frame_.size) return;
+  resizeFlexibleSubviews(before);
+  layoutTree();
+}
+
+void UIView::setAlpha(double alpha) {
+  alpha_ = alpha;
+  peer_->setAlpha(alpha_);
+}
+
+void UIView::setHidden(bool hidden) {
+  hidden_ = hidden;
+  peer_->setHidden(hidden_);
+}
+
+void UIView::setBackgroundColor(const UIColor& color) {
+  backgroundColor_ = color;
+  peer_->setBackgroundColor(color);
+}
+
+void UIView::present(const CGRect& frame, double alpha) {
+  peer_->setFrame(frame);
+  peer_->setAlpha(alpha);
+}
+
+// --- tree -------------------------------------------------------------------------------------------------------
+
+void UIView::addSubview(const std::shared_ptr<UIView>& view) {
+  if (view->superview_ == this) {  // comes to the front, and stays what it is otherwise
+    std::erase(subviews_, view);
+    subviews_.push_back(view);
+    view->peer_->removeFromSuperview();
+    peer_->insertSubview(*view->peer_, subviews_.size() - 1);
+    return;
+  }
+  view->removeFromSuperview();
+  subviews_.push_back(view);
+  view->superview_ = this;
+  peer_->insertSubview(*view->peer_, subviews_.size() - 1);
+  if (isInWindow()) view->windowChanged(true);
+  setNeedsLayout();
+}
+
+void UIView::removeFromSuperview() {
+  if (!superview_) return;
+  const auto self = shared_from_this();  // the superview may hold the last pointer
+  if (isInWindow()) windowChanged(false);
+  UIView& parent = *std::exchange(superview_, nullptr);
+  std::erase(parent.subviews_, self);
+  peer_->removeFromSuperview();
+  // Constraints that tie this view to the tree it leaves mean nothing any more.
+  for (UIView* ancestor = &parent; ancestor; ancestor = ancestor->superview_) {
+    NSLayoutConstraints gone;
+    for (const auto& constraint : ancestor->constraints_) {
+      const auto first = constraint->firstItem.view.lock();
+      const auto second = constraint->secondItem.view.lock();
+      if ((first && first->isDescendantOfView(*this)) || (second && second->isDescendantOfView(*this)))
+        gone.push_back(constraint);
+    }
+    ancestor->removeConstraints(gone);
+  }
+}
+
+bool UIView::isDescendantOfView(const UIView& view) const {
+  for (const UIView* ancestor = this; ancestor; ancestor = ancestor->superview_)
+    if (ancestor == &view) return true;
+  return false;
+}
+
+UIView& UIView::root() {
+  UIView* view = this;
+  while (view->superview_) view = view->superview_;
+  return *view;
+}
+
+bool UIView::isInWindow() const { return const_cast<UIView*>(this)->root().rootInWindow_; }
+
+UIResponder* UIView::nextResponder() const {
+  if (controller_) return controller_;
+  return superview_;
+}
+
+void UIView::platformSetInWindow(bool inWindow) {
+  if (rootInWindow_ == inWindow) return;
+  if (!inWindow) windowChanged(false);
+  rootInWindow_ = inWindow;
+  if (inWindow) windowChanged(true);
+}
+
+void UIView::windowChanged(bool inWindow) {
+  const auto self = shared_from_this();
+  if (controller_) inWindow ? controller_->viewWillAppear(false) : controller_->viewWillDisappear(false);
+  const auto children = subviews_;
+  for (const auto& child : children) child->windowChanged(inWindow);
+}
+
+// --- layout -----------------------------------------------------------------------------------------------------
+
+void UIView::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
+  translatesMask_ = translates;
+  setNeedsLayout();
+}
+
+void UIView::addConstraints(const NSLayoutConstraints& constraints) {
+  for (const auto& constraint : constraints) {
+    if (std::find(constraints_.begin(), constraints_.end(), constraint) != constraints_.end()) continue;
+    if (auto holder = constraint->holder.lock()) holder->removeConstraints({constraint});
+    constraints_.push_back(constraint);
+    constraint->holder = weak_from_this();
+  }
+  setNeedsLayout();
+}
+
+void UIView::removeConstraints(const NSLayoutConstraints& constraints) {
+  for (const auto& constraint : constraints)
+    if (std::erase(constraints_, constraint) > 0) constraint->holder.reset();
+  setNeedsLayout();
+}
+
+void UIView::setNeedsLayout() {
+  UIView& top = root();
+  if (std::exchange(top.needsLayout_, true)) return;
+  auto* platform = Platform::currentOrNull();
+  if (!platform || top.weak_from_this().expired()) return;  // on its way out, or still being made
+  platform->mainQueue().post([weak = top.weak_from_this()] {
+    auto view = weak.lock();
+    if (view && view->needsLayout_) view->layoutTree();
+  });
+}
+
+void UIView::layoutIfNeeded() {
+  UIView& top = root();
+  if (top.needsLayout_) top.layoutTree();
+}
+
+void UIView::layoutTree() {
+  needsLayout_ = false;
+  const auto children = subviews_;
+  for (const auto& child : children) {
+    const CGRect frame = child->translatesMask_ ? child->frame_ : solvedFrame(*child);
+    if (frame.size == child->frame_.size) {
+      child->setFrame(frame);
+      child->layoutTree();
+    } else {
+      child->setFrame(frame);  // lays its own subviews out
+    }
+  }
+  layoutSubviews();
+}
+
+void UIView::resizeFlexibleSubviews(CGSize from) {
+  for (const auto& child : subviews_) {
+    if (!child->translatesMask_ || child->autoresizingMask_ == 0) continue;
+    CGRect frame = child->frame_;
+    if (child->autoresizingMask_ & UIViewAutoresizingFlexibleWidth) frame.size.width += frame_.size.width - from.width;
+    if (child->autoresizingMask_ & UIViewAutoresizingFlexibleHeight)
+      frame.size.height += frame_.size.height - from.height;
+    child->setFrame(frame);
+  }
+}
+
+UILayoutGuide UIView::boxGuide() { return {{weak_from_this(), NSLayoutItem::Region::Bounds}}; }
+UILayoutGuide UIView::safeAreaLayoutGuide() { return {{weak_from_this(), NSLayoutItem::Region::SafeArea}}; }
+
+void UIView::platformSetSafeAreaInsets(const UIEdgeInsets& insets) {
+  rootSafeAreaInsets_ = insets;
+  setNeedsLayout();
+}
+
+UIEdgeInsets UIView::safeAreaInsets() const {
+  if (!superview_) return rootSafeAreaInsets_;
+  // What remains of the superview's insets once this view's distance from its edges is taken off.
+  const UIEdgeInsets outer = superview_->safeAreaInsets();
+  const CGSize size = superview_->frame_.size;
+  return {std::max(0.0, outer.top - frame_.minY()), std::max(0.0, outer.left - frame_.minX()),
+          std::max(0.0, frame_.maxY() - (size.height - outer.bottom)),
+          std::max(0.0, frame_.maxX() - (size.width - outer.right))};
+}
+
+CGRect UIView::safeAreaFrame() const {
+  const UIEdgeInsets insets = safeAreaInsets();
+  return {{insets.left, insets.top},
+          {std::max(0.0, frame_.size.width - insets.left - insets.right),
+           std::max(0.0, frame_.size.height - insets.top - insets.bottom)}};
+}
+
+UIEdgeInsets UIView::layoutMargins() const {
+  const UIEdgeInsets insets = safeAreaInsets();
+  return {insets.top + layoutMargin, insets.left + layoutMargin, insets.bottom + layoutMargin,
+          insets.right + layoutMargin};
+}
+
+CGPoint UIView::convertPointFromView(CGPoint point, const UIView& view) const {
+  for (const UIView* v = &view; v->superview_; v = v->superview_) {
+    point.x += v->frame_.origin.x;
+    point.y += v->frame_.origin.y;
+  }
+  for (const UIView* v = this; v->superview_; v = v->superview_) {
+    point.x -= v->frame_.origin.x;
+    point.y -= v->frame_.origin.y;
+  }
+  return point;
+}
+
+// --- touch ------------------------------------------------------------------------------------------------------
+
+void UIView::addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer) {
+  recognizers_.push_back(std::move(recognizer));
+  peer_->setTouchable(true);
+}
+
+void UIView::peerTapped(CGPoint point) {
+  const auto self = shared_from_this();
+  // The topmost view under the finger tells whether something below the recogniser takes the touch as well.
+  const UIView* hit = this;
+  bool descended = true;
+  while (descended) {
+    descended = false;
+    for (auto child = hit->subviews_.rbegin(); child != hit->subviews_.rend(); ++child) {
+      if ((*child)->hidden_ || !(*child)->frame_.contains(point)) continue;
+      hit = child->get();
+      point = {point.x - hit->frame_.origin.x, point.y - hit->frame_.origin.y};
+      descended = true;
+      break;
+    }
+    if (hit->isControl()) return;
+  }
+  const auto recognizers = recognizers_;
+  for (const auto& recognizer : recognizers) recognizer->recognize(hit != this);
+}
+
+}  // namespace velto

@@ -1,0 +1,112 @@
+// A rectangle on the screen: the library's own view tree, the same on every platform. A peer (ViewPeer.h) shows each
+// view. Views are owned by their superview and by whoever else holds the pointer. Main thread only.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "velto/platform/Geometry.h"
+#include "velto/platform/UIColor.h"
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ui/NSLayoutConstraint.h"
+#include "velto/platform/ui/UIGestureRecognizer.h"
+#include "velto/platform/ui/UIResponder.h"
+
+namespace velto {
+
+enum UIViewAutoresizing : unsigned { UIViewAutoresizingFlexibleWidth = 2, UIViewAutoresizingFlexibleHeight = 16 };
+
+class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
+ public:
+  static std::shared_ptr<UIView> make();
+  UIView(const UIView&) = delete;
+  UIView& operator=(const UIView&) = delete;
+  ~UIView() override;
+
+  // In the superview's coordinates. Setting it ends an animation of the frame and lays the subviews out.
+  const CGRect& frame() const { return frame_; }
+  void setFrame(const CGRect& frame);
+  CGRect bounds() const { return {{0, 0}, frame_.size}; }
+  double alpha() const { return alpha_; }
+  void setAlpha(double alpha);
+  bool isHidden() const { return hidden_; }
+  void setHidden(bool hidden);
+  const UIColor& backgroundColor() const { return backgroundColor_; }
+  void setBackgroundColor(const UIColor& color);
+
+  // The tree. A view added while it has another superview is moved.
+  void addSubview(const std::shared_ptr<UIView>& view);
+  void removeFromSuperview();
+  UIView* superview() const { return superview_; }
+  const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
+  bool isDescendantOfView(const UIView& view) const;  // a view is its own descendant
+  // Whether the topmost superview is shown by a window of the host application.
+  bool isInWindow() const;
+  UIResponder* nextResponder() const override;
+
+  // Layout by constraints. A view translates its autoresizing mask (keeps its frame) until told otherwise.
+  bool translatesAutoresizingMaskIntoConstraints() const { return translatesMask_; }
+  void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
+  void setAutoresizingMask(unsigned mask) { autoresizingMask_ = mask; }
+  const NSLayoutConstraints& constraints() const { return constraints_; }
+  void addConstraints(const NSLayoutConstraints& constraints);  // one that is there already stays where it is
+  void removeConstraints(const NSLayoutConstraints& constraints);
+  void setNeedsLayout();   // a layout pass follows in the next turn of the main queue
+  void layoutIfNeeded();   // or now, for the whole tree that this view is in
+  virtual void layoutSubviews() {}  // called after the subviews have their new frames
+
+  UILayoutGuide boxGuide();             // the view's own edges
+  UILayoutGuide safeAreaLayoutGuide();  // the edges of its safe area
+  CGRect safeAreaFrame() const;         // own coordinates
+  UIEdgeInsets safeAreaInsets() const;
+  UIEdgeInsets layoutMargins() const;  // 8 points inside the safe area
+  CGPoint convertPointFromView(CGPoint point, const UIView& view) const;  // both in one tree
+
+  void addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer);
+  // Whether a touch that begins here belongs to this view alone (buttons).
+  virtual bool isControl() const { return false; }
+
+  // For animations (UIViewAnimation.h): what is shown while the model values above are final already.
+  void present(const CGRect& frame, double alpha);
+  void setAnimation(Handle animation) { animation_ = std::move(animation); }
+
+  // For peers: a person tapped at a point of this view (own coordinates).
+  virtual void peerTapped(CGPoint point);
+  // For platforms, on the root views they make: the window it is shown in came or went, its safe area changed.
+  void platformSetInWindow(bool inWindow);
+  void platformSetSafeAreaInsets(const UIEdgeInsets& insets);
+  ViewPeer& peer() const { return *peer_; }
+
+ protected:
+  explicit UIView(std::unique_ptr<ViewPeer> peer);
+
+ private:
+  friend class UIViewController;
+  void layoutTree();
+  void resizeFlexibleSubviews(CGSize from);
+  void windowChanged(bool inWindow);
+  UIView& root();
+
+  std::unique_ptr<ViewPeer> peer_;
+  CGRect frame_;
+  double alpha_ = 1;
+  bool hidden_ = false;
+  UIColor backgroundColor_;
+  UIView* superview_ = nullptr;
+  std::vector<std::shared_ptr<UIView>> subviews_;
+  UIViewController* controller_ = nullptr;  // whose own view this is
+  NSLayoutConstraints constraints_;
+  bool translatesMask_ = true;
+  unsigned autoresizingMask_ = 0;
+  bool needsLayout_ = false;
+  bool rootInWindow_ = false;
+  UIEdgeInsets rootSafeAreaInsets_;
+  std::vector<std::shared_ptr<UITapGestureRecognizer>> recognizers_;
+  Handle animation_;
+
+ public:
+  // Platforms wrap a view of the host application with a peer of their own.
+  static std::shared_ptr<UIView> makeWithPeer(std::unique_ptr<ViewPeer> peer);
+};
+
+}  // namespace velto

@@ -1,0 +1,36 @@
+// Custom transitions of presented view controllers, and what runs beside a rotation. Main thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "velto/platform/ui/UIViewController.h"
+
+namespace velto {
+
+// One transition in progress: who comes or goes, and into which container. Supplied by whoever presents.
+class UIViewControllerContextTransitioning {
+ public:
+  virtual ~UIViewControllerContextTransitioning() = default;
+  virtual std::shared_ptr<UIView> containerView() const = 0;
+  virtual std::shared_ptr<UIViewController> presentedViewController() const = 0;
+  virtual CGRect finalFrameForViewController(const UIViewController& controller) const = 0;
+  virtual bool transitionWasCancelled() const = 0;
+  virtual void completeTransition(bool didComplete) = 0;  // exactly once, at the end
+};
+
+class UIViewControllerAnimatedTransitioning {
+ public:
+  virtual ~UIViewControllerAnimatedTransitioning() = default;
+  virtual double transitionDuration() const = 0;  // seconds
+  virtual void animateTransition(const std::shared_ptr<UIViewControllerContextTransitioning>& context) = 0;
+};
+
+// A change of the window's size that is being animated, such as a rotation.
+class UIViewControllerTransitionCoordinator {
+ public:
+  virtual ~UIViewControllerTransitionCoordinator() = default;
+  virtual void animateAlongsideTransition(std::function<void()> animation) = 0;
+};
+
+}  // namespace velto

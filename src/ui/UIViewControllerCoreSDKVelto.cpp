@@ -1,0 +1,121 @@
+// Fetch, dispatch and delegate routing.
+#include "velto/ui/UIViewControllerCoreSDKVelto.h"
+
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/platform/ui/UIViewController.h"
+
+namespace velto {
+namespace {
+
+using BannerDelegate = std::shared_ptr<VeltoBannerViewControllerDelegate>;
+using InterstitialDelegate = std::shared_ptr<VeltoInterstitialViewControllerDelegate>;
+
+template <class T>
+T delegateAs(const VeltoControllerDelegate& delegate) {
+  const T* held = std::get_if<T>(&delegate);
+  return held ? *held : nullptr;
+}
+
+constexpr auto nothing = [](auto&, auto&) {};
+
+}  // namespace
+
+std::shared_ptr<UIViewController> UIViewControllerCoreSDKVelto::getUserViewControllerForDelegate(
+    const VeltoControllerDelegate& delegate) {
+  std::shared_ptr<UIViewController> answer;
+  const auto ask = [&](auto& asked, auto&) { answer = asked.presentViewController(); };
+  notify(delegate, ask, ask);
+  return answer;
+}
+
+void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings,
+                                                      VeltoBannerSize size, const VeltoControllerDelegate& delegate,
+                                                      bool notifyFailure) {
+  VeltoAdManager::fetchFor(
+      type, size, settings,
+      [this, weak = viewController().weak_from_this(), delegate, notifyFailure](
+          const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+        if (const auto alive = weak.lock()) _processAd(ad, error, delegate, notifyFailure);
+      });
+}
+
+void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad,
+                                              const std::optional<VeltoErrorAd>& error,
+                                              const VeltoControllerDelegate& delegate, bool notifyFailure) {
+  if (error && notifyFailure) return notifyDidFail(delegate, error);
+
+  const auto sourceType = ad ? ad->sourceType : VeltoAdSourceMarkup;
+  if (sourceType == VeltoAdSourceMarkup || sourceType == VeltoAdSourceMRAID) {
+    // Without an ad (a refresh that failed silently) there is nothing to take.
+    if (ad) fetchBannerSuccess(ad);
+    return;
+  }
+  if (ad->adapter && ad->adapter->rootViewControllerUser()) {
+    if (ad->adapter->adType() == VeltoAdTypeBanner) {
+      const auto view = ad->adapter->getBannerView();
+      auto* presenter = mediationBannerViewPresenter();
+      if (view && presenter) return presenter->presentMediationBannerView(view, ad);
+    } else if (ad->adapter->adType() == VeltoAdTypeInterstitial) {
+      if (auto* presenter = mediationBannerPresenter()) return presenter->presentMediationBanner(ad);
+    }
+  }
+  if (notifyFailure) notifyDidFail(delegate, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+}
+
+void UIViewControllerCoreSDKVelto::fetchSecondaryMRAIDContentFor(const std::string& url,
+                                                                 VeltoAdCompletion completionHandler) {
+  VeltoAdManager::fetchForSecondaryMRAIDContent(
+      url, [handler = std::move(completionHandler)](const std::shared_ptr<VeltoAd>& ad,
+                                                    const std::optional<VeltoErrorAd>& error) {
+        if (error) return handler(nullptr, error);
+        if (ad && ad->sourceType == VeltoAdSourceMRAID) return handler(ad, std::nullopt);
+        handler(nullptr, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+      });
+}
+
+template <class BannerCall, class InterstitialCall>
+void UIViewControllerCoreSDKVelto::notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall,
+                                          InterstitialCall interstitialCall) {
+  if (auto* banner = bannerController()) {
+    if (const auto held = delegateAs<BannerDelegate>(delegate)) bannerCall(*held, *banner);
+  } else if (auto* interstitial = interstitialController()) {
+    if (const auto held = delegateAs<InterstitialDelegate>(delegate)) interstitialCall(*held, *interstitial);
+  }
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidFinishLoad(const VeltoControllerDelegate& delegate) {
+  notify(
+      delegate, [](auto& host, auto& own) { host.veltoBannerViewControllerDidFinishLoad(own); },
+      [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidFinishLoad(own); });
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidFail(const VeltoControllerDelegate& delegate,
+                                                 const std::optional<VeltoErrorAd>& veltoErrorAd) {
+  const auto error = veltoErrorAd.value_or(VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
+  notify(
+      delegate, [&](auto& host, auto& own) { host.veltoBannerViewControllerDidFail(own, error); },
+      [&](auto& host, auto& own) { host.veltoInterstitialViewControllerDidFail(own, error); });
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidPress(const VeltoControllerDelegate& delegate) {
+  notify(
+      delegate, [](auto& host, auto& own) { host.veltoBannerViewControllerDidPress(own); },
+      [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidPress(own); });
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidClose(const VeltoControllerDelegate& delegate) {
+  notify(
+      delegate, [](auto& host, auto& own) { host.veltoBannerViewControllerDidClose(own); },
+      [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidClose(own); });
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidAppear(const VeltoControllerDelegate& delegate) {
+  notify(delegate, nothing, [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidAppear(own); });
+}
+
+void UIViewControllerCoreSDKVelto::notifyDidDisappear(const VeltoControllerDelegate& delegate) {
+  notify(delegate, nothing, [](auto& host, auto& own) { host.onVeltoInterstitialDismissed(own); });
+}
+
+}  // namespace velto

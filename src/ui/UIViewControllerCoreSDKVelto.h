@@ -1,0 +1,74 @@
+// What banners and interstitials share: asking for an ad, deciding how the answer is shown, telling the delegate.
+// A mixin of the working controllers; main thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "velto/ads/VeltoAdResolver.h"
+#include "velto/core/VeltoSettings.h"
+#include "velto/ui/VeltoDelegates.h"
+
+namespace velto {
+
+class UIView;
+
+// A working controller that puts another network's banner view into place.
+class MediationBannerViewPresenter {
+ public:
+  virtual ~MediationBannerViewPresenter() = default;
+  virtual void presentMediationBannerView(const std::shared_ptr<UIView>& view, const std::shared_ptr<VeltoAd>& ad) = 0;
+};
+
+// A working controller that presents another network's full-screen ad.
+class MediationBannerPresenter {
+ public:
+  virtual ~MediationBannerPresenter() = default;
+  virtual void presentMediationBanner(const std::shared_ptr<VeltoAd>& ad) = 0;
+};
+
+// How a working controller takes what was fetched.
+class UIViewControllerCoreVeltoSDKProtocol {
+ public:
+  virtual ~UIViewControllerCoreVeltoSDKProtocol() = default;
+  virtual void fetchBannerSuccess(const std::shared_ptr<VeltoAd>& /*ad*/) {}
+  // Null: it does not show such ads, and a fetch that brings one fails.
+  virtual MediationBannerViewPresenter* mediationBannerViewPresenter() { return nullptr; }
+  virtual MediationBannerPresenter* mediationBannerPresenter() { return nullptr; }
+};
+
+class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol {
+ public:
+  // The host's view controller, from a delegate of the kind that fits this controller; else null.
+  std::shared_ptr<UIViewController> getUserViewControllerForDelegate(const VeltoControllerDelegate& delegate);
+
+  // Asks the ad manager. The answer is dropped when this controller is gone by then; the delegate is kept until it came.
+  void fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings, VeltoBannerSize size,
+                          const VeltoControllerDelegate& delegate, bool notifyFailure);
+  void _processAd(const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error,
+                  const VeltoControllerDelegate& delegate, bool notifyFailure);
+  // The handler gets an ad only when it is rich media.
+  void fetchSecondaryMRAIDContentFor(const std::string& url, VeltoAdCompletion completionHandler);
+
+  // Each tells the delegate if it is of the kind that fits this controller.
+  void notifyDidFinishLoad(const VeltoControllerDelegate& delegate);
+  void notifyDidFail(const VeltoControllerDelegate& delegate, const std::optional<VeltoErrorAd>& veltoErrorAd);
+  void notifyDidPress(const VeltoControllerDelegate& delegate);
+  void notifyDidClose(const VeltoControllerDelegate& delegate);
+  void notifyDidAppear(const VeltoControllerDelegate& delegate);     // interstitials only
+  void notifyDidDisappear(const VeltoControllerDelegate& delegate);  // interstitials only
+
+ protected:
+  virtual UIViewController& viewController() = 0;
+  // Which kind of controller this is: one of the two is not null.
+  virtual VeltoBannerViewControllerPrivate* bannerController() { return nullptr; }
+  virtual VeltoInterstitialViewControllerPrivate* interstitialController() { return nullptr; }
+
+ private:
+  template <class BannerCall, class InterstitialCall>
+  void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall, InterstitialCall interstitialCall);
+};
+
+}  // namespace velto

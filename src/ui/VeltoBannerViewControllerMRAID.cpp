@@ -1,0 +1,99 @@
+// What a rich-media page makes its banner do: expand, resize, close. The page is told a moment later, when the views have
+// their new frames.
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/ui/VeltoBannerViewControllerPrivate.h"
+
+namespace velto {
+
+using namespace std::chrono_literals;
+
+void VeltoBannerViewControllerPrivate::afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step) {
+  Platform::current().mainQueue().postAfter(100ms, [weak = std::weak_ptr(self()), step = std::move(step)] {
+    if (const auto alive = weak.lock()) step(*alive);
+  });
+}
+
+CGRect VeltoBannerViewControllerPrivate::veltoMRAIDGetFullscreenFrame() {
+  return getFullScreenFrameFor(viewAd_.lock(), vc_.lock());
+}
+
+void VeltoBannerViewControllerPrivate::veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
+                                                        const CloseButton& btnCloseConfiguration) {
+  const auto closeAction = [own = this] { own->_tapCloseButtonExpand(); };  // the button drops it with the controller
+  if (secondPartURL) {
+    return fetchSecondaryMRAIDContentFor(
+        *secondPartURL, [weak = std::weak_ptr(self()), btnCloseConfiguration, closeAction](
+                            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
+          const auto alive = weak.lock();
+          if (!alive || !ad) return;
+          alive->_initSecondMRAIDWebView();
+          alive->loadBannerDataIn(alive->secondaryMRAIDWebView_, ad);
+          alive->veltoCloseButton_ =
+              alive->mraidExpandFor(alive->secondaryMRAIDWebView_, alive->viewAd_.lock(), alive->vc_.lock(),
+                                    btnCloseConfiguration, closeAction, alive->mraidHandler_);
+        });
+  }
+  _expandActionInMainWebView(Expand);
+  veltoCloseButton_ =
+      mraidExpandFor(webView_, viewAd_.lock(), vc_.lock(), btnCloseConfiguration, closeAction, mraidHandler_);
+  addFriendlyObstructionOMSDKFor(veltoCloseButton_);
+}
+
+void VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
+  if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
+  secondaryMRAIDWebView_ = addWKWebViewInViewWithNavigationDelegate(self());
+  _resizeAndMoveView({}, VeltoBannerPositionFullScreen);
+  setupWKWebViewConstraintsFor(secondaryMRAIDWebView_, CGSize{});
+}
+
+void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
+  if (secondaryMRAIDWebView_) {
+    secondaryMRAIDWebView_->removeFromSuperview();
+    secondaryMRAIDWebView_.reset();
+  }
+  _expandActionInMainWebView(CloseExpand);
+  mraidCloseExpandFor(webView_, view()->frame(), mraidHandler_);
+  _restoreOriginalOrientation();
+}
+
+void VeltoBannerViewControllerPrivate::_tapCloseButtonExpand() {
+  _expandActionInMainWebView(CloseExpand);
+  afterATenth([](auto& own) {
+    own.mraidCloseExpandFor(own.webView_, own.view()->frame(), own.mraidHandler_);
+    own._restoreOriginalOrientation();
+  });
+}
+
+void VeltoBannerViewControllerPrivate::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
+                                                        const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) {
+  const CGRect frame = property ? property->frame : CGRect{};
+  const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
+  _resizeActionInMainWebView(Resize, frame.size, offsetCounts ? frame.origin : CGPoint{});
+  afterATenth([btnCloseConfiguration](auto& own) {
+    if (!own.webView_) return;
+    own.veltoCloseButton_ = own.addCloseButtonInView(
+        own.webView_, btnCloseConfiguration, [&own] { own._tapCloseButtonResize(); }, std::nullopt);
+    own.addFriendlyObstructionOMSDKFor(own.veltoCloseButton_);
+    own.mraidResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_);
+  });
+}
+
+void VeltoBannerViewControllerPrivate::veltoMRAIDCloseResize() {
+  _resizeActionInMainWebView(CloseResize, {}, {});
+  afterATenth([](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });
+}
+
+void VeltoBannerViewControllerPrivate::_tapCloseButtonResize() {
+  veltoMRAIDRemoveCloseCustomButton();
+  veltoMRAIDCloseResize();
+}
+
+void VeltoBannerViewControllerPrivate::veltoMRAIDRemoveCloseCustomButton() {
+  if (!veltoCloseButton_) return;
+  veltoCloseButton_->removeFromSuperview();
+  removeFriendlyObstructionOMSDKFor(veltoCloseButton_);
+  veltoCloseButton_.reset();
+}
+
+}  // namespace velto

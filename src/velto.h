@@ -1,0 +1,11 @@
+// Everything that a host application needs, but for its platform: <velto/gtk/VeltoGtk.h> or <velto/headless/VeltoHeadless.h>.
+#pragma once
+
+#include "velto/core/VeltoConstants.h"
+#include "velto/core/VeltoErrorAd.h"
+#include "velto/core/VeltoFramework.h"
+#include "velto/core/VeltoSettings.h"
+#include "velto/network/VeltoURL.h"
+#include "velto/platform/ui/UIViewController.h"
+#include "velto/ui/VeltoBannerViewController.h"
+#include "velto/ui/VeltoDelegates.h"
