@@ -33,7 +33,7 @@ void pinToEdges(const std::shared_ptr<UIView>& view, const std::shared_ptr<UIVie
 
 void VeltoUIAnimation::animatePresentView(const std::shared_ptr<UIView>& presentedView,
                                           const std::shared_ptr<UIView>& containerView,
-                                          const std::shared_ptr<UIView>& transitionView, const CGRect& finalFrame,
+                                          const std::shared_ptr<UIView>& transitionView, CGRect finalFrame,
                                           int64_t animation, double duration, double delay,
                                           std::function<void(bool)> completion) {
   if (animation == VeltoAnimationRandom) animation = randomSlide();

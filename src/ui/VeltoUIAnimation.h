@@ -17,7 +17,7 @@ class VeltoUIAnimation {
   // edges. Times in seconds. The completion may be empty.
   static void animatePresentView(const std::shared_ptr<UIView>& presentedView,
                                  const std::shared_ptr<UIView>& containerView,
-                                 const std::shared_ptr<UIView>& transitionView, const CGRect& finalFrame,
+                                 const std::shared_ptr<UIView>& transitionView, CGRect finalFrame,
                                  int64_t animation, double duration, double delay,
                                  std::function<void(bool finished)> completion);
 };

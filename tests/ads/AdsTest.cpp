@@ -1,0 +1,171 @@
+// From a classified answer to an ad, and the list of ads not shown yet.
+#include "velto/ads/VeltoAdManager.h"
+
+#include <cmath>
+
+#include "../support/HeadlessTest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using headless::Answer;
+
+struct Outcome {
+  int calls = 0;
+  std::shared_ptr<VeltoAd> ad;
+  std::optional<VeltoErrorAd> error;
+  int64_t code() const { return error ? error->errorCode : -1; }
+};
+
+class AdsTest : public test::HeadlessTest {
+ protected:
+  AdsTest() { registerKey(); }
+
+  Outcome fetch(VeltoBannerSize size = VeltoBannerSize320x50) {
+    Outcome outcome;
+    VeltoAdManager::fetchFor(VeltoAdTypeBanner, size, std::nullopt, [&](const auto& ad, const auto& error) {
+      ++outcome.calls;
+      outcome.ad = ad;
+      outcome.error = error;
+      EXPECT_TRUE(platform->mainQueue().isCurrent());
+    });
+    EXPECT_EQ(outcome.calls, 0) << "never inside the call";
+    platform->runUntilIdle();
+    return outcome;
+  }
+  Outcome fetch(Answer answer) {
+    platform->urlSession().enqueue(std::move(answer));
+    return fetch();
+  }
+  static Answer typed(const char* content, std::string body = "x") {
+    return with(Answer{.headers = {{"x-content", content}}, .body = std::move(body)}, {{"x-width", "1"}, {"x-height", "1"}});
+  }
+};
+
+TEST_F(AdsTest, MarkupBecomesAnAd) {
+  const auto outcome = fetch(with(markup("<p>ad</p>"), {{"x-fst", "5000"}, {"x-ttl", "30"}}));
+  ASSERT_TRUE(outcome.ad);
+  EXPECT_FALSE(outcome.error);
+  const auto& ad = *outcome.ad;
+  EXPECT_EQ(ad.html, "<p>ad</p>");
+  EXPECT_EQ(ad.sourceType, VeltoAdSourceMarkup);
+  EXPECT_EQ(ad.timer, 5);
+  EXPECT_EQ(ad.ttl, 30);
+  EXPECT_EQ(ad.size, (CGSize{320, 50}));
+  EXPECT_EQ(ad.bannerSize, VeltoBannerSize320x50);
+  EXPECT_EQ(ad.veltoKey, "key-1");
+  EXPECT_EQ(ad.createdAt, headless::VirtualQueue::defaultStart);
+  const auto text = ad.description();
+  EXPECT_NE(text.find(">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 5\n\tAdapter: (null)"), std::string::npos) << text;
+}
+
+TEST_F(AdsTest, RichMediaIsToldByItsScriptAndGetsNoTimer) {
+  const auto outcome = fetch(with(markup("<script src=\"mraid.js\"></script>"), {{"x-fst", "5000"}}));
+  EXPECT_EQ(outcome.ad->sourceType, VeltoAdSourceMRAID);
+  EXPECT_EQ(outcome.ad->timer, std::nullopt);
+  EXPECT_EQ(fetch(markup("<script src='MRAID.JS'>")).ad->sourceType, VeltoAdSourceMarkup);
+}
+
+TEST_F(AdsTest, WhatIsNoAdBecomesItsError) {
+  EXPECT_EQ(fetch(status(204)).code(), 0);
+  EXPECT_EQ(fetch(status(500)).code(), 1);
+  EXPECT_EQ(fetch(status(404)).code(), 2);
+  EXPECT_EQ(fetch(Answer::offline()).code(), 4);
+  EXPECT_EQ(fetch(typed("unheard-of")).code(), 1);
+  EXPECT_EQ(fetch(Answer{.headers = {{"x-content", "html"}, {"x-width", "320"}}}).code(), 1);
+  EXPECT_EQ(fetch(typed("no_fill")).code(), 0);
+  EXPECT_EQ(fetch(typed("vast")).code(), 0);
+  EXPECT_EQ(fetch(typed("html", "caf\xe9")).code(), 0);
+  EXPECT_EQ(fetch(markup("<a href=\"velto://noFillAd\">x</a>")).code(), 0);
+  EXPECT_EQ(fetch(markup("no_velto://noFillAd here")).ad->sourceType, VeltoAdSourceMarkup);
+  EXPECT_EQ(fetch(static_cast<VeltoBannerSize>(9)).code(), 2);
+}
+
+TEST_F(AdsTest, SomeResponsesEndWithoutACall) {
+  int calls = 0;
+  const VeltoAdCompletion count = [&](const auto&, const auto&) { ++calls; };
+  const auto response = std::make_shared<VeltoTaskResponse>();
+  response->responseType = VeltoTaskResponseMarkup;
+  response->headers = std::make_shared<VeltoTaskResponseHeaders>();
+  response->headers->headers.set("x-width", "1");
+  response->headers->headers.set("x-height", "1");
+  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, count);  // no data
+  response->data = "x";
+  response->responseType = static_cast<VeltoTaskResponseType>(7);
+  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, count);  // of no known type
+  EXPECT_EQ(calls, 0);
+  response->responseType = VeltoTaskResponseUnknown;
+  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, nullptr);
+}
+
+TEST_F(AdsTest, ASecondCreativeNeedsNoSize) {
+  const auto response = std::make_shared<VeltoTaskResponse>();
+  response->responseType = VeltoTaskResponseMarkup;
+  response->headers = std::make_shared<VeltoTaskResponseHeaders>();
+  response->data = "mraid.js";
+  std::shared_ptr<VeltoAd> ad;
+  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(response, [&](const auto& made, const auto&) { ad = made; });
+  ASSERT_TRUE(ad);
+  EXPECT_EQ(ad->bannerSize, std::nullopt);
+  EXPECT_FALSE(ad->canBeCached());
+}
+
+TEST_F(AdsTest, AnAdCanBeReusedOnlyOnceItsLifetimeHasRunOut) {
+  const auto ad = fetch(with(markup(), {{"x-ttl", "30"}})).ad;
+  EXPECT_FALSE(ad->canBeUsedFor(VeltoBannerSize320x50));
+  platform->advance(10s);
+  EXPECT_FALSE(ad->canBeUsedFor(VeltoBannerSize320x50));
+  platform->advance(20s);
+  EXPECT_TRUE(ad->canBeUsedFor(VeltoBannerSize320x50));
+  EXPECT_FALSE(ad->canBeUsedFor(VeltoBannerSize728x90));
+  registerKey("key-2");
+  EXPECT_FALSE(ad->canBeUsedFor(VeltoBannerSize320x50));
+  registerKey("key-1");
+  ad->ttl = std::nan("");
+  EXPECT_FALSE(ad->canBeUsedFor(VeltoBannerSize320x50));
+}
+
+TEST_F(AdsTest, FetchedAdsWaitInTheListUntilTheyAreShown) {
+  const auto manager = VeltoAdManager::shared();
+  const auto ad = fetch(with(markup(), {{"x-ttl", "30"}})).ad;
+  fetch(markup());  // without lifetime: never kept
+  ASSERT_EQ(manager->ads(), std::vector{ad});
+
+  platform->advance(30s);
+  const auto requests = platform->urlSession().tasks().size();
+  EXPECT_EQ(fetch().ad, ad);
+  EXPECT_EQ(fetch().ad, ad) << "reuse does not take it out";
+  EXPECT_EQ(platform->urlSession().tasks().size(), requests);
+
+  auto& center = platform->notificationCenter();
+  center.postNotification({"constNotificationAdShowedVelto", {}});
+  center.postNotification({"constNotificationAdShowedVelto", std::string("ad")});
+  EXPECT_EQ(manager->ads().size(), 1U);
+  center.postNotification({"constNotificationAdShowedVelto", ad});
+  EXPECT_TRUE(manager->ads().empty());
+  EXPECT_NE(fetch(markup()).ad, ad);
+}
+
+TEST_F(AdsTest, AFetchWithoutCompletionStillFillsTheList) {
+  platform->urlSession().enqueue(with(markup(), {{"x-ttl", "0"}}));
+  VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
+  platform->runUntilIdle();
+  ASSERT_EQ(VeltoAdManager::shared()->ads().size(), 1U);
+  VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
+  EXPECT_EQ(platform->urlSession().tasks().size(), 1U) << "a usable ad needs no request";
+}
+
+TEST_F(AdsTest, IdentityAndIdentifiers) {
+  const auto one = fetch(markup()).ad;
+  const auto two = fetch(markup()).ad;
+  EXPECT_TRUE(one->isEqualAd(*one));
+  EXPECT_FALSE(one->isEqualAd(*two));
+  one->setOrdId("o", "b", "p");
+  EXPECT_EQ(one->bannerId, "b");
+  one->resetAdInformations();
+  EXPECT_FALSE(one->ordId || one->bannerId || one->publisherId);
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,148 @@
+// Registration, the configuration store, the user agent and the error object.
+#include "velto/core/SDKVeltoBundle.h"
+#include "velto/core/VeltoDataStore.h"
+#include "velto/platform/ui/WKWebView.h"
+
+#include "../support/HeadlessTest.h"
+
+namespace velto {
+namespace {
+
+class CoreTest : public test::HeadlessTest {};
+
+TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore) {
+  VeltoFramework::setEndpoint("early");
+  VeltoFramework::setGDPRConsent("early");
+  VeltoFramework::setUsPrivacy("early");
+  VeltoFramework::acceptPersonalInfoContent(true);
+  VeltoFramework::addVeltoKey("key-1", true);
+
+  const auto entries = platform->defaults()->entries();
+  const std::map<std::string, DefaultsValue> expected{
+      {"kVeltoClientIdKey", "key-1"},   {"constVeltoTestMode", 1.0}, {"constVeltoPlatform", "native"},
+      {"constVeltoEndpoint", ""},       {"kVeltoGDPROptin", 0.0},    {"kVeltoGDPRConsent", ""},
+      {"kVeltoCCPAConsent", ""},
+  };
+  EXPECT_EQ(entries, expected);
+
+  VeltoFramework::setEndpoint("abc");
+  VeltoFramework::setGDPRConsent("CO");
+  VeltoFramework::setUsPrivacy("1YNN");
+  VeltoFramework::acceptPersonalInfoContent(true);
+  EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), "abc");
+  EXPECT_EQ(VeltoDataStore::getGDPRConsent(), "CO");
+  EXPECT_EQ(VeltoDataStore::getUsPrivacy(), "1YNN");
+  EXPECT_TRUE(VeltoDataStore::isPersonalInfoContentAccepted());
+  EXPECT_TRUE(VeltoDataStore::isTestMode());
+
+  VeltoFramework::addVeltoKey("key-2", "wrapper");
+  EXPECT_EQ(VeltoDataStore::getVeltoKey(), "key-2");
+  EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "wrapper");
+  EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), "");
+  EXPECT_FALSE(VeltoDataStore::isPersonalInfoContentAccepted());
+  EXPECT_FALSE(VeltoDataStore::isTestMode());
+}
+
+TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaults) {
+  EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
+  EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "native");
+  EXPECT_EQ(VeltoDataStore::_getVeltoFromNonNative(), std::nullopt);
+  EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), std::nullopt);
+  EXPECT_FALSE(VeltoDataStore::isTestMode());
+}
+
+TEST_F(CoreTest, EveryChangeIsSynchronisedAndAFailingStoreIsOnlyToldByTheResult) {
+  EXPECT_TRUE(VeltoDataStore::storeValue(DefaultsValue("v"), "k"));
+  EXPECT_EQ(platform->defaults()->synchronizations(), 1U);
+  platform->defaults()->failWrites(true);
+  EXPECT_FALSE(VeltoDataStore::storeValue(DefaultsValue("w"), "k"));
+  EXPECT_FALSE(VeltoDataStore::storeValue(std::nullopt, "k"));
+  EXPECT_FALSE(VeltoDataStore::resetValueForKey("k"));
+  VeltoFramework::addVeltoKey("lost");
+  EXPECT_EQ(VeltoDataStore::getStringForKey("k"), "v");
+  platform->defaults()->failWrites(false);
+  EXPECT_TRUE(VeltoDataStore::storeValue(std::nullopt, "k"));
+  EXPECT_EQ(VeltoDataStore::getStringForKey("k"), std::nullopt);
+}
+
+TEST_F(CoreTest, AValueOfAnotherTypeReadsAsAbsent) {
+  auto& store = platform->standardUserDefaults();
+  store.setObject("kVeltoClientIdKey", 7.0);
+  store.setObject("constVeltoTestMode", std::string("1"));
+  EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
+  EXPECT_FALSE(VeltoDataStore::isTestMode());
+  store.setObject("d", DefaultsDictionary{{"a", "b"}});
+  EXPECT_EQ(VeltoDataStore::getDictionaryForKey("d"), (DefaultsDictionary{{"a", "b"}}));
+}
+
+TEST_F(CoreTest, TheFallbackUserAgentNamesTheDeviceTwiceAndIsStored) {
+  platform->device().facts.idiom = UIUserInterfaceIdiom::Pad;
+  const std::string tablet =
+      "Mozilla/5.0 (iPad; CPU iPad OS 16_4 like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) Mobile/15E148";
+  EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
+  platform->device().facts.idiom = UIUserInterfaceIdiom::Phone;
+  EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
+  VeltoDataStore::_updateUserAgent(std::nullopt);
+  EXPECT_NE(VeltoDataStore::getUserAgent().find("(iPhone; CPU iPhone OS 16_4 like"), std::string::npos);
+}
+
+TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
+  const auto view = WKWebView::initWithFrame({}, {});
+  auto& page = headless::RecordingWebView::of(*view);
+  std::optional<JSON> answer = JSON("Engine/1");
+  page.answerScripts([&](const std::string& script) { return script == "navigator.userAgent" ? answer : JSON(0); });
+
+  VeltoDataStore::updateUserAgentFromWKWebView(view);
+  EXPECT_TRUE(page.scripts().empty()) << "the script must run in a later turn of the main queue";
+  platform->runUntilIdle();
+  EXPECT_EQ(VeltoDataStore::getUserAgent(), "Engine/1");
+
+  for (const auto& other : {std::optional<JSON>(), std::optional(JSON(5)), std::optional(JSON())}) {
+    answer = other;
+    VeltoDataStore::updateUserAgentFromWKWebView(view);
+    platform->runUntilIdle();
+    EXPECT_EQ(VeltoDataStore::getUserAgent(), "Engine/1");
+  }
+}
+
+TEST_F(CoreTest, VersionsAndBundles) {
+  EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
+  EXPECT_EQ(VeltoFramework::version(), 4010);
+  platform->veltoBundle().information = std::map<std::string, std::string>{{"CFBundleShortVersionString", "5.1"}};
+  EXPECT_EQ(VeltoFramework::version(), 51);
+  for (const auto& lacking : {std::optional<std::map<std::string, std::string>>(),
+                              std::optional(std::map<std::string, std::string>()),
+                              std::optional(std::map<std::string, std::string>{{"CFBundleShortVersionString", ""}})}) {
+    platform->veltoBundle().information = lacking;
+    EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
+  }
+  EXPECT_EQ(SDKVelto::veltoResourcesBundle(), SDKVelto::veltoBundle());
+  const auto resources = std::make_shared<headless::MemoryBundle>();
+  platform->mainBundle().bundles["VeltoFrameworkResources.bundle"] = resources;
+  EXPECT_EQ(SDKVelto::veltoResourcesBundle(), resources);
+}
+
+TEST_F(CoreTest, OrientationMaskComesFromANumberOnly) {
+  const std::string name = VeltoNotificationUIInterfaceOrientationMaskLock;
+  EXPECT_EQ(VeltoFramework::getUIInterfaceOrientationMaskFrom({name, int64_t{16}}), 16U);
+  EXPECT_EQ(VeltoFramework::getUIInterfaceOrientationMaskFrom({name, std::string("16")}), 30U);
+  EXPECT_EQ(VeltoFramework::getUIInterfaceOrientationMaskFrom({name, {}}), 30U);
+}
+
+TEST(ErrorAdTest, CodesHaveTextsAndCarryTheSystemError) {
+  const std::vector<std::string> words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED", "NO_CONNECTION"};
+  for (int64_t code = 0; code < 5; ++code) {
+    const auto error = VeltoErrorAd::veltoErrorAdWithCode(code);
+    EXPECT_EQ(error.descriptionError(), "VeltoError: " + words[static_cast<size_t>(code)]);
+    EXPECT_EQ(error.code, code);
+    EXPECT_EQ(error.errorCode, code);
+    EXPECT_EQ(error.domain, "com.velto.VeltoFramework");
+    EXPECT_FALSE(error.error);
+  }
+  EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(5).descriptionError(), std::nullopt);
+  EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(-1).descriptionError(), std::nullopt);
+  EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(4, NSError{"net", 7, "gone"}).error->code, 7);
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,170 @@
+// JSON, numbers, URLs, links, dates and colours: the small tools under everything, mostly against hostile input.
+#include "velto/network/FoundationSDKVelto.h"
+#include "velto/network/JSONSDKVelto.h"
+#include "velto/platform/NSURLSession.h"
+
+#include <gtest/gtest.h>
+
+namespace velto {
+namespace {
+
+using namespace JSONSDKVelto;
+
+JSON::Object object(const std::string& text) {
+  const auto value = JSONDictionary(text);
+  return value && value->object() ? *value->object() : JSON::Object();
+}
+
+TEST(JSONTest, GettersTakeAWrongTypeAsAbsent) {
+  const auto o = object(R"({"s":"320","n":2.5,"t":true,"f":false,"one":1,"zero":0,"word":"abc","quoted":"true",
+                            "a":[1],"o":{"x":1},"null":null,"dup":1,"dup":2})");
+  EXPECT_EQ(stringValue(o, "s"), "320");
+  EXPECT_EQ(stringValue(o, "n"), std::nullopt);
+  EXPECT_EQ(stringValue(o, "none"), std::nullopt);
+  EXPECT_EQ(numberValue(o, "s"), 320);
+  EXPECT_EQ(numberValue(o, "n"), 2.5);
+  EXPECT_EQ(numberValue(o, "t"), 1);
+  EXPECT_EQ(numberValue(o, "dup"), 2);
+  for (const auto* key : {"word", "a", "o", "null", "none"}) EXPECT_EQ(numberValue(o, key), std::nullopt) << key;
+  for (const auto* key : {"t", "one", "n"}) EXPECT_TRUE(boolValue(o, key)) << key;
+  for (const auto* key : {"f", "zero", "quoted", "s", "a", "null", "none"}) EXPECT_FALSE(boolValue(o, key)) << key;
+  EXPECT_EQ(arrayValue(o, "a")->size(), 1U);
+  EXPECT_EQ(arrayValue(o, "o"), nullptr);
+  EXPECT_EQ(dictionaryValue(o, "o")->size(), 1U);
+  EXPECT_EQ(dictionaryValue(o, "a"), nullptr);
+}
+
+TEST(JSONTest, ReadsAnyTopLevelValueAndRejectsTheRest) {
+  EXPECT_EQ(JSONDictionary("[1,2]")->array()->size(), 2U);
+  EXPECT_EQ(*JSONDictionary(" \"x\" ")->string(), "x");
+  EXPECT_TRUE(JSONDictionary("null")->isNull());
+  for (const auto* bad : {"", "{", "[1,]", "{\"a\":1} x", "nul", "'a'", "\"\xff\"", "{a:1}", "01"})
+    EXPECT_EQ(JSONDictionary(bad), std::nullopt) << bad;
+  EXPECT_TRUE(JSONDictionary(std::string(512, '[') + std::string(512, ']')));
+  EXPECT_EQ(JSONDictionary(std::string(100'000, '[') + std::string(100'000, ']')), std::nullopt);
+  std::string deepObjects;
+  for (int i = 0; i < 100'000; ++i) deepObjects += "{\"a\":";
+  EXPECT_EQ(JSONDictionary(deepObjects), std::nullopt);
+}
+
+TEST(JSONTest, WritingKeepsTheKindOfNumbers) {
+  const JSON::Object o{{"f", 3.0F}, {"g", 0.1F}, {"d", 2.0}, {"e", 0.25}, {"i", int64_t{9007199254740993}}, {"b", true}};
+  EXPECT_EQ(writeJSON(o, false), R"({"b":true,"d":2,"e":0.25,"f":3,"g":0.1,"i":9007199254740993})");
+  EXPECT_EQ(JSONString({JSON(1), JSON("a")}), "[\n  1,\n  \"a\"\n]");
+  EXPECT_EQ(writeJSON(JSON("\xff"), true), std::nullopt);
+  EXPECT_EQ(writeJSON(JSON(std::nan("")), true), std::nullopt);
+  EXPECT_EQ(readJSON("12345678901234567890")->number(), 12345678901234567890.0);
+}
+
+TEST(TextTest, NumbersInText) {
+  EXPECT_EQ(parseNumber("-2.5e1"), -25);
+  for (const auto* bad : {"", "abc", "320px", " 320", "1,5", "0x10", "nan", "inf", "-", "."})
+    EXPECT_EQ(parseNumber(bad), std::nullopt) << bad;
+  EXPECT_EQ(leadingNumber("  5000ms"), 5000);
+  EXPECT_EQ(leadingNumber("+1.5"), 1.5);
+  EXPECT_EQ(leadingNumber("x"), 0);
+  EXPECT_EQ(leadingNumber("1e"), 1);
+  EXPECT_TRUE(std::isinf(leadingNumber("1e999")));
+  EXPECT_EQ(leadingNumber("1e-999"), 0);
+  EXPECT_EQ(leadingInteger("99999999999999999999"), INT64_MAX);
+  EXPECT_EQ(fixedDecimals(1704067200.4, 0), "1704067200");
+}
+
+TEST(TextTest, DigestsAndBase64) {
+  EXPECT_EQ(MD5SDKVelto::md5Velto(""), "d41d8cd98f00b204e9800998ecf8427e");
+  EXPECT_EQ(MD5SDKVelto::md5Velto("abc"), "900150983cd24fb0d6963f7d28e17f72");
+  EXPECT_EQ(base64Encode(std::string("\0a", 2)), "AGE=");
+  EXPECT_EQ(base64Decode("Z m\r\nF*v"), "fao");
+  EXPECT_EQ(base64Decode("Zg=="), "f");
+  for (const auto* bad : {"Zg", "Zg=", "Zg==Zg==", "Z"}) EXPECT_EQ(base64Decode(bad), std::nullopt) << bad;
+  EXPECT_EQ(uuidString().size(), 36U);
+  EXPECT_NE(uuidString(), uuidString());
+}
+
+TEST(DateTest, CalendarDatesWithZone) {
+  const auto seconds = [](const std::string& text) {
+    const auto date = DateFormatterSDKVelto::parseMRAIDDate(text);
+    return date ? std::optional(date->time_since_epoch().count()) : std::nullopt;
+  };
+  EXPECT_EQ(seconds("2024-05-01T10:30+02:00"), 1714552200);
+  EXPECT_EQ(seconds("2024-05-01T10:30:15Z"), 1714559415);
+  for (const auto* bad : {"2024-05-01", "2024-05-01T10:30", "2024-13-01T10:30Z", "2024-05-01 10:30Z", "",
+                          "2024-05-01T10:30Zx", "\xff"})
+    EXPECT_EQ(seconds(bad), std::nullopt) << bad;
+}
+
+TEST(ColorTest, AdjustingHasACeilingAndNoFloor) {
+  const UIColor color({0.2, 0.9, 0.5, 0.7});
+  const auto dark = *SDKVelto::darker(color, 0.3).components();
+  EXPECT_NEAR(dark.red, -0.1, 1e-12);
+  EXPECT_EQ(dark.alpha, 0.7);
+  const auto light = *SDKVelto::lighter(color, -0.3).components();
+  EXPECT_EQ(light.green, 1.0);
+  EXPECT_NEAR(light.red, 0.5, 1e-12);
+  EXPECT_EQ(SDKVelto::darker(UIColor::unreadable(), 1), UIColor::unreadable());
+}
+
+TEST(URLTest, QueryItemsAreEscapedAsQueriesAreAndNoMore) {
+  const auto url = *NSURL::URLWithString("https://h.example/p?old=1#f");
+  EXPECT_EQ(url.URLByReplacingQueryItems({{"a b", "x&y=z+1"}, {"p", "/?:@!$'()*,;~"}, {"u", "\xc3\xa9#%"}}).absoluteString(),
+            "https://h.example/p?a%20b=x%26y%3Dz+1&p=/?:@!$'()*,;~&u=%C3%A9%23%25#f");
+  EXPECT_EQ(NSURL::URLWithString("https://h.example")->URLByAppendingPathComponent("sdk/").absoluteString(),
+            "https://h.example/sdk/");
+  EXPECT_EQ(NSURL::URLWithString("https://h.example/a/?q")->URLByAppendingPathComponent("/b").absoluteString(),
+            "https://h.example/a/b?q");
+}
+
+TEST(URLTest, ComponentsAndRefusals) {
+  const auto url = *NSURL::URLWithString("Velto://User@Host:8443/a%20b?q=1#f");
+  EXPECT_EQ(url.scheme(), "Velto");
+  EXPECT_EQ(url.host(), "Host");
+  EXPECT_EQ(url.port(), 8443);
+  EXPECT_EQ(url.path(), "/a%20b");
+  EXPECT_EQ(url.query(), "q=1");
+  EXPECT_EQ(NSURL::URLWithString("www.example.org/x")->scheme(), std::nullopt);
+  EXPECT_EQ(NSURL::URLWithString("https://h.example/\xc3\xa9")->absoluteString(), "https://h.example/%C3%A9");
+  for (const auto* bad : {"", "https://a b", "https://h:99999/", "%zz", "http://[::1", "a\nb", "https://h/<x>"})
+    EXPECT_EQ(NSURL::URLWithString(bad), std::nullopt) << bad;
+  const std::string longPath(1 << 20, 'a');
+  EXPECT_EQ(NSURL::URLWithString("https://h.example/" + longPath)->path().size(), longPath.size() + 1);
+}
+
+TEST(HeaderFieldsTest, NamesMatchWithoutRegardToCase) {
+  HeaderFields fields;
+  fields.add("X-Content", "a");
+  fields.add("x-content", "b");
+  EXPECT_EQ(fields.value("X-CONTENT"), "a, b");
+  fields.set("x-CONTENT", "c");
+  EXPECT_EQ(fields.fields().size(), 1U);
+  EXPECT_EQ(fields.value("x-content"), "c");
+}
+
+TEST(LinkTest, OnlyARealLinkCounts) {
+  const std::string part = "velto://noFillAd";
+  for (const auto* text : {"velto://noFillAd", "<a href=\"velto://noFillAd\">", "see velto://noFillAd, please",
+                           "x\n(velto://noFillAd)", "https://h/?u=velto://noFillAd", "\xff velto://noFillAd \xfe"})
+    EXPECT_TRUE(containsLinkWith(text, part)) << text;
+  for (const auto* text : {"", "velto:noFillAd", "Velto://nofillad", "my_velto://noFillAd", "velto:// noFillAd",
+                           "\xc3\xa9velto://noFillAd"})
+    EXPECT_FALSE(containsLinkWith(text, part)) << text;
+}
+
+TEST(LinkTest, HostileTextsStayLinear) {
+  // Each of these takes minutes where the search looks back or ahead over and over.
+  const size_t size = 5 << 20;
+  std::string separators;
+  while (separators.size() < size) separators += "://";
+  std::string shortLinks;
+  while (shortLinks.size() < size) shortLinks += "_a://x";
+  for (const auto& text : {separators, shortLinks, std::string(size, 'a') + "://", "x" + std::string(size, '.')})
+    EXPECT_FALSE(containsLinkWith(text + " _velto://noFillAd", "velto://noFillAd"));
+}
+
+TEST(PatternTest, ReplacesEveryMatch) {
+  EXPECT_EQ(replaceMatches("aXbxc", "x", true, "\\1"), "a\\1b\\1c");
+  EXPECT_EQ(replaceMatches("a", "(", false, ""), std::nullopt);
+  EXPECT_EQ(replaceMatches("\xff", "x", false, ""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,271 @@
+// Ad requests as the server gets them: URL, query, headers and body; the device behind the body.
+#include "velto/ads/VeltoAdMediationAdapterRegistry.h"
+#include "velto/core/VeltoDataStore.h"
+#include "velto/network/JSONSDKVelto.h"
+#include "velto/network/NSURLSDKVelto.h"
+#include "velto/network/VeltoAdvertisingIdentifier.h"
+#include "velto/network/VeltoDevice.h"
+#include "velto/network/VeltoTaskRequest.h"
+
+
+#include "../support/HeadlessTest.h"
+
+namespace velto {
+namespace {
+
+class RequestTest : public test::HeadlessTest {
+ protected:
+  JSON::Object body(const std::optional<VeltoSettings>& settings = std::nullopt) {
+    const auto request = VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSize320x50, settings);
+    if (!request || !request->httpBody) return {};
+    return *JSONSDKVelto::JSONDictionary(*request->httpBody)->object();
+  }
+};
+
+TEST_F(RequestTest, BannerRequestOnTheAdServer) {
+  registerKey("pub key");
+  const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
+  EXPECT_EQ(request.url.absoluteString(),
+            "https://ads.velto.example/sdk/v3/req?ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
+  EXPECT_EQ(request.httpMethod, "POST");
+  EXPECT_EQ(request.allHTTPHeaderFields.value("Content-Type"), "application/json");
+  EXPECT_EQ(request.allHTTPHeaderFields.value("user-agent"), VeltoDataStore::getUserAgent());
+  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos) << *request.httpBody;
+}
+
+TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
+  const auto url = [](VeltoAdType type, VeltoBannerSize size) {
+    const auto request = VeltoTaskRequest::requestFor(type, size, std::nullopt);
+    return request ? request->url.absoluteString() : "none";
+  };
+  EXPECT_EQ(url(VeltoAdTypeInterstitial, VeltoBannerSizeInterstitial),
+            "https://ads.velto.example/sdk/v3/req?ts=1704067200&test=0&at=interstitial");
+  VeltoFramework::addVeltoKey("k", true);
+  VeltoFramework::setEndpoint("abc");
+  EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize300x250),
+            "https://abc.publishers.velto.example/sdk/?ts=1704067200&k=k&test=1&at=banner&fsz=300x250");
+  EXPECT_EQ(VeltoTaskRequest::requestForMediationItemData("x")->url.absoluteString(),
+            "https://ads.velto.example/dev/puressp.php");
+  for (const auto* bad : {"a b", "a/b", "evil.example#", "x@y"}) {
+    VeltoFramework::setEndpoint(bad);
+    EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize320x50), "none") << bad;
+  }
+}
+
+TEST_F(RequestTest, EnumerationsPastTheirEndMakeNoRequest) {
+  const auto built = [](VeltoAdType type, VeltoBannerSize size, std::optional<VeltoSettings> settings) {
+    return VeltoTaskRequest::requestFor(type, size, settings).has_value();
+  };
+  EXPECT_TRUE(built(VeltoAdTypeNotValid, VeltoBannerSizeInterstitial, VeltoSettings{}));
+  EXPECT_FALSE(built(static_cast<VeltoAdType>(3), VeltoBannerSizeSmart, std::nullopt));
+  EXPECT_FALSE(built(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt));
+  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeInterstitial, std::nullopt));
+  VeltoSettings settings;
+  settings.gender = 3;
+  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeSmart, settings));
+  settings.gender = VeltoGenderNoValue;
+  settings.marital = 5;
+  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeSmart, settings));
+}
+
+TEST_F(RequestTest, OtherRequests) {
+  const auto mediation = *VeltoTaskRequest::requestForMediationItemData("payload");
+  EXPECT_EQ(mediation.httpMethod, "POST");
+  EXPECT_EQ(mediation.httpBody, "payload");
+  const auto download = *VeltoTaskRequest::requestForDownloadData("https://cdn.example/i.png");
+  EXPECT_EQ(download.httpMethod, "GET");
+  EXPECT_TRUE(download.allHTTPHeaderFields.fields().empty());
+  EXPECT_FALSE(VeltoTaskRequest::requestForDownloadData(std::nullopt));
+  EXPECT_FALSE(VeltoTaskRequest::requestForSecondaryMRAIDContent("not a url"));
+  const auto click = *VeltoTaskRequest::requestForTrackClick("a=b&c\r\n");
+  EXPECT_EQ(click.url.absoluteString(), "https://track.velto.example/trk_click.php?id=a%3Db%26c%0D%0A");
+  EXPECT_EQ(click.httpMethod, "GET");
+  EXPECT_TRUE(click.allHTTPHeaderFields.value("user-agent"));
+  EXPECT_EQ(VeltoTaskRequest::requestForTrackInstall("i")->url.path(), "/trk_install.php");
+}
+
+TEST_F(RequestTest, ServerNamesCanBeChangedWithAndWithoutPort) {
+  const auto built = VeltoURL::serverNames();
+  VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
+  registerKey();
+  VeltoFramework::setEndpoint("abc");
+  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
+  EXPECT_EQ(VeltoURL::veltoURL()->absoluteString(), "https://abc.pub.test/sdk/");
+  EXPECT_EQ(VeltoURL::serverNames().tracking, built.tracking);
+  VeltoURL::setServerNames({"no host", "x", "y"});
+  EXPECT_FALSE(VeltoURL::veltoSSPURL());
+  VeltoURL::setServerNames({});
+  EXPECT_EQ(VeltoURL::serverNames(), built);
+}
+
+TEST_F(RequestTest, BodyOfAFreshRegistration) {
+  registerKey();
+  const JSON::Object expected{
+      {"sdkt", "native"}, {"sdkv", "4.0.10"}, {"mraid", 3}, {"omsdk", 1}, {"gadapt", 0},
+      {"aida", VeltoAdvertisingIdentifier::veltoIdentifier()}, {"aidl", "1"},
+      {"dmn", "Apple"}, {"dmo", "iPhone12,1"}, {"dmp", "iPhone"}, {"dos", "ios"}, {"dov", "16.4"},
+      {"dsw", 390}, {"dsh", 844}, {"dsd", 3}, {"dua", VeltoDataStore::getUserAgent()}, {"dln", "en-US"},
+      {"dct", "CARRIER"}, {"aln", "en"}, {"ab", "org.example.host"}, {"an", "Host"}, {"gz", "-0.0000"},
+      {"gdpr_opt", false}, {"gdpr_consent", ""}, {"gdpr_dc", false}, {"us_privacy", ""},
+  };
+  EXPECT_EQ(body(VeltoSettings{}), expected);
+}
+
+TEST_F(RequestTest, BodyWithEverythingKnown) {
+  registerKey();
+  VeltoFramework::acceptPersonalInfoContent(true);
+  VeltoFramework::setGDPRConsent("CO|x");
+  platform->telephony().carrier = CTCarrier{"Net", "262", "01"};
+  platform->location().lastKnown = CLLocation{52.5, -13.4, 12.5, 1704067000};
+  platform->trackingManager().authorizationStatus = 3;
+  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", [] { return nullptr; });
+  VeltoSettings settings;
+  settings.yearOfBirth = 1990;
+  settings.age = 34;
+  settings.gender = VeltoGenderOther;
+  settings.marital = VeltoMaritalLivingCommon;
+  settings.mediation = "hub";
+  settings.keywords = {"a", "b"};
+  auto o = body(settings);
+  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
+  const JSON::Object expected{
+      {"gadapt", 1}, {"aid", *platform->identifierManager().identifier}, {"aidl", ""},
+      {"soc", "01"}, {"noc", "01"}, {"son", "Net"}, {"non", "Net"}, {"ncc", "262"}, {"scc", "262"},
+      {"geo", "52.500000,-13.400000"}, {"ga", 12.5}, {"gf", int64_t{1704067000000}},
+      {"mediator", "hub"}, {"okw", "a,b"}, {"oyob", 1990}, {"oage", 34}, {"ogender", "Other"},
+      {"omarital", "Living Common"}, {"gdpr_opt", true}, {"gdpr_dc", true}, {"gdpr_consent", "CO|x"},
+  };
+  for (const auto& [key, value] : expected) EXPECT_EQ(o[key], value) << key;
+}
+
+TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
+  registerKey();
+  platform->telephony().carrier = CTCarrier{"Net", std::nullopt, std::nullopt};
+  platform->location().lastKnown = CLLocation{1, 2, -1, 3};
+  VeltoSettings settings;
+  settings.age = 0;
+  settings.keywords = std::vector<std::string>{};
+  auto o = body(settings);
+  for (const auto* absent : {"soc", "noc", "ncc", "scc", "ga", "aid", "oage", "dctd"}) EXPECT_FALSE(o.contains(absent)) << absent;
+  for (const auto* present : {"son", "non", "geo", "gf", "gz"}) EXPECT_TRUE(o.contains(present)) << present;
+  EXPECT_EQ(o["okw"], JSON(""));
+
+  platform->location().servicesEnabled = false;
+  o = body();
+  EXPECT_FALSE(o.contains("geo") || o.contains("gf"));
+}
+
+TEST_F(RequestTest, TimeZoneWordsKeepTheirQuirks) {
+  registerKey();
+  const std::vector<std::pair<int, std::string>> words{
+      {3600, "+1.0000"}, {19800, "+5.0000"}, {0, "-0.0000"},   {3599, "-0.0000"},   {-1800, "-0.0000"},
+      {-18000, "--5.0000"}, {-12600, "--3.0000"}, {50400, "+14.0000"}};
+  for (const auto& [seconds, word] : words) {
+    platform->localTimeZone().seconds = seconds;
+    EXPECT_EQ(body()["gz"], JSON(word)) << seconds;
+  }
+}
+
+TEST_F(RequestTest, AMissingRequiredValueMakesNoRequest) {
+  registerKey();
+  platform->currentLocale().languages.clear();
+  EXPECT_TRUE(body().empty());
+  platform->currentLocale().languages = {"de"};
+  platform->mainBundle().information->erase("CFBundleName");
+  EXPECT_TRUE(body().empty());
+  platform->mainBundle().information = std::map<std::string, std::string>{{"CFBundleName", "A"}};
+  platform->mainBundle().identifier.reset();
+  EXPECT_TRUE(body().empty());
+  platform->mainBundle().identifier = "a";
+  EXPECT_FALSE(body().empty());
+}
+
+TEST_F(RequestTest, ABodyThatIsNoTextIsLeftOutAndTheRequestGoesAsGET) {
+  registerKey();
+  platform->device().facts.model = "\xff";
+  const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt);
+  EXPECT_EQ(request.httpMethod, "GET");
+  EXPECT_FALSE(request.httpBody);
+  EXPECT_FALSE(request.allHTTPHeaderFields.value("Content-Type"));
+}
+
+TEST_F(RequestTest, FingerprintAndAddresses) {
+  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(), md5Hex("Phone|iPhone12,1|ios|16.4|390.00x844.00|3.00"));
+  platform->telephony().carrier = CTCarrier{std::nullopt, "262", std::nullopt};
+  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(), md5Hex("Phone|iPhone12,1|ios|16.4|262|390.00x844.00|3.00"));
+  EXPECT_EQ(VeltoDevice::simOperatorCode(), std::nullopt);
+  platform->telephony().carrier->mobileNetworkCode = "07";
+  EXPECT_EQ(VeltoDevice::simOperatorCode(), "262-07");
+  platform->device().facts.machine.reset();
+  EXPECT_EQ(VeltoDevice::model(), "");
+
+  platform->network().interfaces = {{"pdp_ip0", true, AddressFamily::IPv4, "10.1.1.1"},
+                                    {"en0", false, AddressFamily::IPv4, "10.0.0.9"},
+                                    {"en0", true, AddressFamily::Other, "x"},
+                                    {"en0", true, AddressFamily::IPv6, ""},
+                                    {"en0", true, AddressFamily::IPv6, "fe80::1"},
+                                    {"en0", true, AddressFamily::IPv6, "fe80::2"}};
+  EXPECT_EQ(VeltoDevice::ip(), "fe80::2");
+  platform->network().interfaces = {{"lo", true, AddressFamily::IPv4, "127.0.0.1"}};
+  EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
+  platform->network().interfaces.reset();
+  EXPECT_TRUE(VeltoDevice::_getIPAddresses().empty());
+}
+
+TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
+  auto& advertising = platform->trackingManager();
+  for (const int64_t status : {0, 1, 2}) {
+    advertising.authorizationStatus = status;
+    EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
+  }
+  advertising.authorizationStatus = 3;
+  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
+  platform->device().facts.systemVersion = "13.7";
+  advertising.trackingEnabled = true;
+  EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
+  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), std::nullopt);
+  advertising.trackingEnabled = false;
+  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
+}
+
+TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
+  using R = VeltoReachability;
+  const std::vector<std::pair<uint32_t, VeltoNetworkStatus>> table{
+      {0, VeltoNetworkNotReachable},       {262144, VeltoNetworkNotReachable}, {2 | 262144, VeltoNetworkReachableViaWWAN},
+      {2, VeltoNetworkReachableViaWiFi},   {2 | 4, VeltoNetworkNotReachable},  {2 | 4 | 8, VeltoNetworkReachableViaWiFi},
+      {2 | 4 | 32, VeltoNetworkReachableViaWiFi}, {2 | 4 | 8 | 16, VeltoNetworkNotReachable}, {2 | 16, VeltoNetworkReachableViaWiFi}};
+  for (const auto& [flags, status] : table) EXPECT_EQ(R::networkStatusForFlags(flags), status) << flags;
+
+  int posted = 0;
+  const auto reachability = R::reachabilityWithHostName("ads.velto.example");
+  const auto observer = platform->notificationCenter().addObserver(
+      "kVeltoNetworkReachabilityChangedNotification",
+      [&](const NSNotification& n) { posted += n.objectAs<R>() == reachability; });
+  EXPECT_TRUE(reachability->startNotifier());
+  platform->network().setFlags(2 | 4);
+  platform->runUntilIdle();
+  EXPECT_EQ(posted, 1);
+  EXPECT_TRUE(reachability->connectionRequired());
+  reachability->stopNotifier();
+  platform->network().setFlags(std::nullopt);
+  platform->runUntilIdle();
+  EXPECT_EQ(posted, 1);
+  EXPECT_EQ(reachability->currentReachabilityStatus(), VeltoNetworkNotReachable);
+
+  platform->network().setFlags(2);
+  EXPECT_EQ(VeltoDevice::connection(), "CARRIER");
+  EXPECT_EQ(VeltoDevice::connectionType(), std::nullopt);
+}
+
+TEST_F(RequestTest, ImplicitSchemesAndCommands) {
+  const auto resolve = [](const char* text) { return SDKVelto::URLByResolvingImplicitScheme(*NSURL::URLWithString(text)).absoluteString(); };
+  EXPECT_EQ(resolve("www.shop.example/x"), "https://www.shop.example/x");
+  EXPECT_EQ(resolve("//shop.example"), "https://shop.example");
+  EXPECT_EQ(resolve("unknown:thing"), "unknown:thing");
+  EXPECT_EQ(resolve("http://shop.example"), "http://shop.example");
+  EXPECT_TRUE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid://close")));
+  EXPECT_FALSE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid:close")));
+}
+
+}  // namespace
+}  // namespace velto

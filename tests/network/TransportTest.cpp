@@ -1,0 +1,139 @@
+// Performing requests and classifying every kind of answer.
+#include "velto/network/VeltoTaskManager.h"
+
+#include "../support/HeadlessTest.h"
+
+namespace velto {
+namespace {
+
+using headless::Answer;
+
+class TransportTest : public test::HeadlessTest {
+ protected:
+  // The response to a banner request that is answered so.
+  std::shared_ptr<VeltoTaskResponse> responseTo(Answer answer) {
+    std::shared_ptr<VeltoTaskResponse> result;
+    bool onMain = true;
+    platform->urlSession().enqueue(std::move(answer));
+    VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, [&](auto response) {
+      result = std::move(response);
+      onMain = platform->mainQueue().isCurrent();
+    });
+    EXPECT_FALSE(result) << "a handler is never called inside the call when a request was made";
+    platform->runUntilIdle();
+    EXPECT_FALSE(onMain);
+    return result;
+  }
+  static Answer content(std::vector<HeaderFields::Field> headers) {
+    Answer answer;
+    answer.headers = std::move(headers);
+    return answer;
+  }
+};
+
+TEST_F(TransportTest, StatusCodes) {
+  const std::vector<std::pair<int, int>> codes{{204, 0}, {500, 1}, {404, 2}, {302, 2}, {201, 2}, {503, 2}};
+  for (const auto& [code, error] : codes) {
+    auto answer = markup();
+    answer.status = code;
+    if (code == 302) answer.headers.clear();
+    const auto response = responseTo(answer);
+    ASSERT_TRUE(response && response->error) << code;
+    EXPECT_EQ(response->error->errorCode, error) << code;
+    EXPECT_EQ(response->responseType, VeltoTaskResponseUnknown);
+    EXPECT_FALSE(response->headers);
+    EXPECT_TRUE(response->data);
+  }
+}
+
+TEST_F(TransportTest, ContentOfA200) {
+  const std::vector<std::pair<std::vector<HeaderFields::Field>, VeltoTaskResponseType>> table{
+      {{{"x-content", "html"}}, VeltoTaskResponseMarkup},
+      {{{"X-Content", "mediation"}, {"content-type", "text/html"}}, VeltoTaskResponseMediation},
+      {{{"x-content", "no_fill"}}, VeltoTaskResponseNoFill},
+      {{{"x-content", "vast"}}, VeltoTaskResponseNoFill},
+      {{{"x-content", "HTML"}}, VeltoTaskResponseUnknown},
+      {{{"x-content", ""}, {"Content-Type", "text/html"}}, VeltoTaskResponseUnknown},
+      {{{"Content-Type", "text/html"}}, VeltoTaskResponseMarkup},
+      {{{"Content-Type", "text/html; charset=utf-8"}}, VeltoTaskResponseUnknown},
+      {{}, VeltoTaskResponseUnknown},
+  };
+  for (const auto& [headers, type] : table) {
+    const auto response = responseTo(content(headers));
+    EXPECT_EQ(response->responseType, type) << response->description();
+    EXPECT_FALSE(response->error);
+    EXPECT_TRUE(response->headers);
+  }
+}
+
+TEST_F(TransportTest, FailuresOfTheTransport) {
+  auto response = responseTo(Answer::failure(NSError{"libcurl", 28, "timed out"}));
+  EXPECT_EQ(response->error->errorCode, 4);
+  EXPECT_EQ(response->error->error->code, 28);
+
+  Answer notHTTP;
+  notHTTP.isHTTP = false;
+  response = responseTo(notHTTP);
+  EXPECT_EQ(response->error->errorCode, 1);
+  EXPECT_TRUE(response->data);
+
+  response = responseTo(Answer::withoutData());
+  EXPECT_EQ(response->error->errorCode, 1);
+  EXPECT_FALSE(response->data);
+}
+
+TEST_F(TransportTest, ARequestThatCannotBeBuiltAnswersAtOnce) {
+  int calls = 0;
+  VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt,
+                                   [&](const auto& response) {
+                                     ++calls;
+                                     EXPECT_EQ(response->error->errorCode, 2);
+                                     EXPECT_EQ(response->responseType, VeltoTaskResponseUnknown);
+                                   });
+  VeltoTaskManager::executeTaskForDownloadData(std::nullopt, [&](const auto& data) {
+    ++calls;
+    EXPECT_FALSE(data);
+  });
+  EXPECT_EQ(calls, 2);
+  EXPECT_TRUE(platform->urlSession().tasks().empty());
+  VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt, nullptr);
+}
+
+TEST_F(TransportTest, DownloadsHandOverWhateverBodyCame) {
+  auto answer = status(404);
+  answer.body = "missing";
+  platform->urlSession().enqueue(answer);
+  std::optional<std::string> body;
+  VeltoTaskManager::executeTaskForDownloadData("https://cdn.example/x", [&](auto data) { body = data; });
+  platform->runUntilIdle();
+  EXPECT_EQ(body, "missing");
+}
+
+TEST_F(TransportTest, NumbersInHeaders) {
+  const auto headers = [&](std::vector<HeaderFields::Field> fields) {
+    fields.emplace_back("x-content", "html");
+    return responseTo(content(std::move(fields)))->headers;
+  };
+  auto h = headers({{"x-width", "320"}, {"x-height", "50.5"}, {"x-fst", "5000"}, {"x-ttl", " 30s"}});
+  EXPECT_EQ(h->size(), (CGSize{320, 50.5}));
+  EXPECT_EQ(h->timerSeconds(), 5);
+  EXPECT_EQ(h->ttl(), 30);
+  h = headers({{"x-width", "320"}});
+  EXPECT_EQ(h->size(), CGSize{});
+  EXPECT_EQ(h->timerSeconds(), std::nullopt);
+  EXPECT_EQ(h->ttl(), std::nullopt);
+  h = headers({{"x-width", "320px"}, {"x-height", "50"}, {"x-fst", "soon"}, {"x-ttl", ""}});
+  EXPECT_EQ(h->width(), std::nullopt);
+  EXPECT_EQ(h->timerSeconds(), 0);
+  EXPECT_EQ(h->ttl(), 0);
+}
+
+TEST_F(TransportTest, ResponsesDescribeThemselves) {
+  const auto response = responseTo(status(204));
+  const auto text = response->description();
+  EXPECT_EQ(text.find("<VeltoTaskResponse: 0x"), 0U);
+  EXPECT_NE(text.find(">\n\tResponseType: 0\n\tError: VeltoError: NO_FILL\n\tHeaders: (null)"), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,324 @@
+// A banner's life: load, show, press, refresh, fail, remove, and being destroyed at any of these.
+#include "velto/ads/VeltoAdManager.h"
+
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using headless::Answer;
+using Heard = std::vector<std::string>;
+
+class BannerTest : public test::UITest {
+ protected:
+  size_t requests() { return platform->urlSession().tasks().size(); }
+};
+
+TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
+  const auto b = banner();
+  platform->urlSession().enqueue(with(markup("<p>ad</p>"), {{"x-ttl", "9"}}));
+  b->load();
+  EXPECT_EQ(platform->views().contentHeld(), 1) << "the web process starts while the request is on its way";
+  EXPECT_TRUE(platform->webViews().empty());
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->webViews().size(), 1U);
+  EXPECT_TRUE(page().usedPreparedContent());
+  EXPECT_EQ(platform->views().contentHeld(), 0);
+  EXPECT_EQ(page().html(), "<p>ad</p>");
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
+  EXPECT_TRUE(delegate->heard.empty());
+  EXPECT_EQ(b->vc()->parentViewController(), window->controller().get());
+  EXPECT_EQ(frameInWindow(*b->vc()->webView(), window->view()), (CGRect{{35, 844 - 34 - 50}, {320, 50}}));
+
+  page().finish();
+  EXPECT_TRUE(delegate->heard.empty()) << "the page says itself when it is ready";
+  page().navigate("velto://loadFinished");
+  EXPECT_EQ(delegate->heard, Heard{"finish"});
+  EXPECT_EQ(delegate->lastController, b->vc().get());
+
+  EXPECT_EQ(window->tapLink(page(), "https://shop.example/"), WKNavigationActionPolicy::Cancel);
+  EXPECT_EQ(delegate->heard, (Heard{"finish", "press"}));
+  EXPECT_EQ(platform->application().opened.size(), 1U);
+  window->tap({5, 100});
+  EXPECT_EQ(delegate->heard.size(), 2U) << "a tap beside the banner is none of its";
+
+  b->removeBanner();
+  EXPECT_EQ(b->vc()->parentViewController(), window->controller().get()) << "later, on the main queue";
+  platform->runUntilIdle();
+  EXPECT_EQ(b->vc()->parentViewController(), nullptr);
+  EXPECT_TRUE(window->view().subviews().empty());
+  EXPECT_TRUE(window->view().constraints().empty());
+  EXPECT_TRUE(platform->webViews().empty()) << "no web process stays without an ad";
+  EXPECT_EQ(delegate->heard.size(), 2U);
+}
+
+TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
+  const auto b = banner();
+  const std::vector<std::pair<Answer, std::string>> table{
+      {status(204), "fail 0"}, {status(500), "fail 1"}, {status(403), "fail 2"}, {Answer::offline(), "fail 4"},
+      {markup("velto://noFillAd"), "fail 0"}};
+  for (const auto& [answer, heard] : table) {
+    delegate->heard.clear();
+    platform->urlSession().enqueue(answer);
+    b->load();
+    platform->runUntilIdle();
+    EXPECT_EQ(delegate->heard, Heard{heard});
+    EXPECT_TRUE(platform->webViews().empty());
+  }
+  EXPECT_EQ(delegate->lastError->descriptionError(), "VeltoError: NO_FILL");
+}
+
+TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
+  const auto b = banner();
+  loadAd(*b);
+  delegate->heard.clear();
+  page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
+  EXPECT_EQ(delegate->heard, Heard{"fail 1"});
+  EXPECT_EQ(delegate->lastError->error->code, 399);
+  platform->runUntilIdle();
+  EXPECT_TRUE(window->view().subviews().empty());
+  loadAd(*b);
+  EXPECT_EQ(delegate->heard, (Heard{"fail 1", "finish"}));
+  page().navigate("velto://failLoad");
+  platform->runUntilIdle();
+  EXPECT_TRUE(window->view().subviews().empty());
+  EXPECT_EQ(delegate->heard.size(), 2U) << "a page that gives up does so silently";
+}
+
+TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
+  const auto inside = UIView::make();
+  window->view().addSubview(inside);
+  inside->setFrame({{20, 200}, {350, 100}});
+  const auto fine = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, inside);
+  loadAd(*fine);
+  EXPECT_EQ(frameInWindow(*fine->vc()->webView(), window->view()), (CGRect{{35, 200}, {320, 50}}));
+
+  headless::HostWindow other;
+  const auto elsewhere = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, other.controller()->view());
+  delegate->heard.clear();
+  for (int i = 0; i < 2; ++i) {
+    platform->urlSession().enqueue(markup());
+    elsewhere->load();
+    platform->runUntilIdle();
+  }
+  EXPECT_EQ(delegate->heard, (Heard{"fail 2", "fail 2"}));
+
+  const auto noHost = std::make_shared<test::RecordingDelegate>();
+  const auto lost = VeltoBannerViewController::initWithDelegate(noHost, VeltoBannerSize320x50, VeltoBannerPositionTop);
+  platform->urlSession().enqueue(markup());
+  lost->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(noHost->heard, Heard{"fail 2"});
+}
+
+TEST_F(BannerTest, PlacementsAndTheirConstraints) {
+  struct Case {
+    VeltoBannerPosition position;
+    CGPoint origin;
+    size_t constraints;
+  };
+  // A phone with a notch: 47 points above, 34 below.
+  for (const auto& [position, origin, count] :
+       {Case{VeltoBannerPositionTop, {35, 47}, 4}, Case{VeltoBannerPositionBottom, {35, 760}, 4},
+        Case{VeltoBannerPositionResized, {35, 760}, 4}, Case{static_cast<VeltoBannerPosition>(5), {0, 0}, 2}}) {
+    const auto b = banner(position);
+    loadAd(*b);
+    EXPECT_EQ(b->vc()->view()->frame(), (CGRect{origin, {320, 50}})) << position;
+    EXPECT_EQ(b->vc()->viewContraints().size(), count) << position;
+    EXPECT_EQ(b->vc()->webViewContraints().size(), 4U);
+  }
+  const auto point = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, CGPoint{10, 20});
+  loadAd(*point);
+  EXPECT_EQ(point->vc()->view()->frame(), (CGRect{{10, 67}, {320, 50}}));
+  const auto full = banner(VeltoBannerPositionFullScreen);
+  loadAd(*full, markup(test::readyPage, 0, 0));
+  EXPECT_EQ(full->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
+  EXPECT_EQ(full->vc()->viewContraints().size(), 4U);
+}
+
+TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
+  const auto b = banner();
+  b->setEnableAutoRefresh(true);
+  b->setRefreshTimeSeconds(10);
+  loadAd(*b);
+  auto* first = b->vc()->webView().get();
+  platform->urlSession().enqueue(markup("<p>second</p>"));
+  platform->advance(10s);
+  EXPECT_EQ(requests(), 2U);
+  EXPECT_EQ(platform->webViews().size(), 1U) << "replaced in place";
+  EXPECT_NE(b->vc()->webView().get(), first);
+  EXPECT_EQ(page().html(), "<p>second</p>");
+  EXPECT_FALSE(page().usedPreparedContent()) << "it shares the process of the one it replaces";
+
+  delegate->heard.clear();
+  platform->urlSession().enqueue(status(500));
+  platform->advance(10s);
+  EXPECT_EQ(requests(), 3U);
+  EXPECT_TRUE(delegate->heard.empty());
+  EXPECT_EQ(page().html(), "<p>second</p>") << "a failed refresh leaves the ad";
+
+  b->setRefreshTimeSeconds(20);  // from the next load on
+  platform->advance(5s);
+  b->load();
+  platform->advance(19s);
+  EXPECT_EQ(requests(), 4U);
+  platform->advance(1s);
+  EXPECT_EQ(requests(), 5U);
+
+  b->removeBanner();
+  platform->advance(60s);
+  EXPECT_EQ(requests(), 5U);
+}
+
+TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
+  const auto b = banner();
+  b->setEnableAutoRefresh(true);
+  for (const int64_t seconds : {int64_t{0}, int64_t{-5}}) {
+    b->setRefreshTimeSeconds(seconds);
+    b->load();
+    EXPECT_FALSE(b->vc()->hasRefreshTimer());
+  }
+  b->setRefreshTimeSeconds(1);
+  EXPECT_FALSE(b->vc()->hasRefreshTimer());
+  b->load();
+  EXPECT_TRUE(b->vc()->hasRefreshTimer());
+  b->setEnableAutoRefresh(false);
+  b->load();
+  EXPECT_FALSE(b->vc()->hasRefreshTimer());
+}
+
+TEST_F(BannerTest, SettingsOfALoadStayForItsRefreshes) {
+  const auto b = banner();
+  b->setEnableAutoRefresh(true);
+  VeltoSettings settings;
+  settings.keywords = {"x", "y"};
+  platform->urlSession().respond("", markup());
+  b->load(settings);
+  platform->advance(30s);
+  ASSERT_EQ(requests(), 2U);
+  for (const auto& task : platform->urlSession().tasks())
+    EXPECT_NE(task->request().httpBody->find("\"okw\": \"x,y\""), std::string::npos);
+}
+
+TEST_F(BannerTest, OnlyTheFirstAdIsAnimated) {
+  const auto b = banner();
+  b->setAnimation(VeltoAnimationFromLeft);
+  platform->urlSession().respond("", markup());
+  b->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(b->vc()->webView()->alpha(), 0) << "hidden until it has loaded";
+  page().navigate("velto://loadFinished");
+  EXPECT_EQ(b->vc()->webView()->alpha(), 1);
+  EXPECT_LT(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame().minX(), 0);
+  platform->advance(2s);
+  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame(), (CGRect{{0, 0}, {320, 50}}));
+  b->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(b->vc()->webView()->alpha(), 1);
+  page().navigate("velto://loadFinished");
+  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame().minX(), 0);
+
+  const auto plain = banner();
+  plain->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(plain->vc()->webView()->alpha(), 1) << "without animation it is shown at once";
+}
+
+TEST_F(BannerTest, AnotherNetworksBanner) {
+  const auto b = banner();
+  b->setAnimation(VeltoAnimationFromRight);
+  const auto adapter = std::make_shared<test::FakeAdapter>(1);
+  auto headers = std::make_shared<VeltoTaskResponseHeaders>();
+  headers->headers.set("x-width", "320");
+  headers->headers.set("x-height", "50");
+  b->vc()->presentMediationBannerView(adapter->view, VeltoAd::adWithMediation(adapter, 1, headers));
+  platform->advance(2s);
+  EXPECT_EQ(delegate->heard, Heard{"finish"});
+  EXPECT_EQ(adapter->loadedView, adapter->view);
+  EXPECT_EQ(adapter->told(), std::static_pointer_cast<VeltoAdMediationAdapterDelegate>(b->vc()));
+  EXPECT_EQ(frameInWindow(*adapter->view, window->view()), (CGRect{{35, 760}, {320, 50}}));
+  adapter->told()->mediationBannerDidPress();
+  adapter->told()->mediationBannerDidClose();
+  EXPECT_EQ(delegate->heard, (Heard{"finish", "press", "close"}));
+
+  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, adapter});
+  EXPECT_EQ(adapter->root.lock(), b->vc());
+  const auto rootless = std::make_shared<test::FakeAdapter>(1, false);
+  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, rootless});
+  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, int64_t{1}});
+  EXPECT_TRUE(rootless->root.expired());
+}
+
+TEST_F(BannerTest, ResultsForABannerThatIsGoneAreDropped) {
+  auto b = banner();
+  b->load();
+  platform->runUntilIdle();
+  const auto task = platform->urlSession().pending().at(0);
+  std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
+  b.reset();
+  platform->runUntilIdle();
+  EXPECT_TRUE(working.expired());
+  EXPECT_EQ(platform->views().contentHeld(), 0);
+  task->answer(markup());
+  platform->runUntilIdle();
+  EXPECT_TRUE(delegate->heard.empty());
+  EXPECT_TRUE(platform->webViews().empty());
+}
+
+TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
+  for (const std::string moment : {"finish", "press", "fail 1", "fail 0"}) {
+    auto b = banner();
+    std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
+    if (moment != "fail 0") {
+      loadAd(*b);
+    } else {
+      platform->urlSession().enqueue(status(204));
+    }
+    delegate->heard.clear();
+    delegate->onCall = [&] { b.reset(); };
+    if (moment == "finish") page().navigate("velto://loadFinished");
+    if (moment == "press") window->tapLink(page(), "https://shop.example/");
+    if (moment == "fail 1") page().fail(NSError{"d", 1, ""});
+    if (moment == "fail 0") b->load();
+    platform->runUntilIdle();
+    delegate->onCall = nullptr;
+    EXPECT_EQ(delegate->heard, Heard{moment});
+    EXPECT_TRUE(working.expired()) << moment;
+    EXPECT_TRUE(platform->webViews().empty()) << moment;
+    EXPECT_TRUE(window->view().subviews().empty()) << moment;
+  }
+}
+
+TEST_F(BannerTest, ADelegateThatIsGoneIsNotCalled) {
+  const auto b = banner();
+  loadAd(*b);
+  delegate.reset();
+  page().navigate("velto://loadFinished");
+  window->tapLink(page(), "https://shop.example/");
+  page().fail(NSError{"d", 1, ""});
+  platform->runUntilIdle();
+  EXPECT_TRUE(platform->webViews().empty());
+}
+
+TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
+  auto b = banner();
+  b->setEnableAutoRefresh(true);
+  b->setRefreshTimeSeconds(1);
+  platform->setPagesFinishByThemselves(true);
+  platform->urlSession().respond("", with(markup(), {{"x-ttl", "1000000"}}));
+  b->load();
+  platform->advance(std::chrono::seconds(1000));
+  EXPECT_EQ(delegate->heard.size(), 1001U);
+  EXPECT_EQ(platform->webViews().size(), 1U);
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
+  EXPECT_EQ(window->view().subviews().size(), 1U);
+  EXPECT_EQ(window->view().constraints().size(), 4U);
+  b.reset();
+  platform->advance(std::chrono::seconds(2));
+  EXPECT_EQ(platform->mainQueue().pending(), 0U) << "no timer, observer or task goes on";
+  EXPECT_TRUE(window->controller()->childViewControllers().empty());
+}
+
+}  // namespace
+}  // namespace velto

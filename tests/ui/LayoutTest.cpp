@@ -1,0 +1,224 @@
+// The view tree, the constraint solver and the animations.
+#include "velto/platform/ui/LayoutSolver.h"
+#include "velto/platform/ui/UIViewAnimation.h"
+#include "velto/ui/UIViewControllerUISDKVelto.h"
+#include "velto/ui/VeltoUIAnimation.h"
+
+#include <random>
+
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using A = NSLayoutAttribute;
+
+class LayoutTest : public test::UITest {
+ protected:
+  std::shared_ptr<UIView> child(const std::shared_ptr<UIView>& parent) {
+    auto view = UIView::make();
+    view->setTranslatesAutoresizingMaskIntoConstraints(false);
+    parent->addSubview(view);
+    return view;
+  }
+  static std::shared_ptr<NSLayoutConstraint> tie(const std::shared_ptr<UIView>& a, A attribute,
+                                                 const std::shared_ptr<UIView>& b, A other, double multiplier = 1,
+                                                 double constant = 0) {
+    return NSLayoutConstraint::constraintWithItem({a}, attribute, {b}, other, multiplier, constant);
+  }
+  std::shared_ptr<UIView> root = window->controller()->view();
+};
+
+TEST_F(LayoutTest, AnyTwoEquationsOfAnAxisGiveTheFrame) {
+  // Random frames, described by random pairs of attributes, must come back.
+  std::mt19937 random(7);
+  const std::vector<A> attributes{A::Left, A::CenterX, A::Right, A::Width};
+  const std::vector<A> vertical{A::Top, A::CenterY, A::Bottom, A::Height};
+  const auto value = [](const CGRect& f, size_t i, bool x) {
+    const double start = x ? f.minX() : f.minY();
+    const double length = x ? f.size.width : f.size.height;
+    return i == 3 ? length : start + length * static_cast<double>(i) / 2;
+  };
+  for (int round = 0; round < 300; ++round) {
+    const auto view = child(root);
+    std::uniform_real_distribution<double> place(-200, 900);
+    std::uniform_real_distribution<double> extent(0, 500);
+    const CGRect wanted{{place(random), place(random)}, {extent(random), extent(random)}};
+    const CGRect rootFrame{{0, 0}, root->frame().size};
+    NSLayoutConstraints list;
+    for (const bool x : {true, false}) {
+      const size_t first = random() % 4;
+      const size_t second = (first + 1 + random() % 3) % 4;
+      for (const size_t i : {first, second}) {
+        const size_t other = random() % 4;
+        const double multiplier = 0.5 + static_cast<double>(random() % 4);
+        const double constant = value(wanted, i, x) - multiplier * value(rootFrame, other, x);
+        list.push_back(tie(view, (x ? attributes : vertical)[i], root, (x ? attributes : vertical)[other], multiplier, constant));
+        if (random() % 2) {  // the same relation, told from the other side
+          auto& c = *list.back();
+          std::swap(c.firstItem, c.secondItem);
+          std::swap(c.firstAttribute, c.secondAttribute);
+          c.constant = -c.constant / multiplier;
+          c.multiplier = 1 / multiplier;
+        }
+      }
+    }
+    root->addConstraints(list);
+    const CGRect got = solvedFrame(*view);
+    EXPECT_NEAR(got.minX(), wanted.minX(), 1e-6);
+    EXPECT_NEAR(got.minY(), wanted.minY(), 1e-6);
+    EXPECT_NEAR(got.size.width, wanted.size.width, 1e-6);
+    EXPECT_NEAR(got.size.height, wanted.size.height, 1e-6);
+    view->removeFromSuperview();
+    EXPECT_TRUE(root->constraints().empty()) << "a view takes its ties along";
+  }
+}
+
+TEST_F(LayoutTest, SafeAreasReachDownTheTreeAndAcrossLevels) {
+  const auto outer = child(root);
+  for (const auto attribute : {A::Left, A::Right, A::Top}) tie(outer, attribute, root, attribute)->setActive(true);
+  tie(outer, A::Height, root, A::Height, 0.5)->setActive(true);
+  const auto inner = child(outer);
+  inner->boxGuide().topAnchor().constraintEqualToAnchor(outer->safeAreaLayoutGuide().topAnchor())->setActive(true);
+  inner->boxGuide().leftAnchor().constraintEqualToAnchor(root->boxGuide().leftAnchor(), 10)->setActive(true);
+  outer->addConstraints(NSLayoutConstraint::constraintsWithVisualFormat("[v(w)]", 0, {{"w", 30}}, {{"v", inner}}));
+  outer->addConstraints(NSLayoutConstraint::constraintsWithVisualFormat("V:[v(w)]", 0, {{"w", 20}}, {{"v", inner}}));
+  platform->runUntilIdle();
+  EXPECT_EQ(outer->frame(), (CGRect{{0, 0}, {390, 422}}));
+  EXPECT_EQ(inner->frame(), (CGRect{{10, 47}, {30, 20}}));
+  EXPECT_EQ(outer->safeAreaInsets(), (UIEdgeInsets{47, 0, 0, 0})) << "the bottom edge is far from the screen's";
+
+  window->setSafeAreaInsets({});
+  window->resize({400, 300});
+  platform->runUntilIdle();
+  EXPECT_EQ(outer->frame(), (CGRect{{0, 0}, {400, 150}}));
+  EXPECT_EQ(inner->frame().origin, (CGPoint{10, 0}));
+}
+
+TEST_F(LayoutTest, FormatsThatAreNotUnderstoodAreRefused) {
+  const auto view = child(root);
+  for (const auto* format : {"", "v", "[v]", "[v(w)", "[x(w)]", "[v(x)]", "H:[v(w)]", "[v(w)]-[v(w)]"})
+    EXPECT_THROW(NSLayoutConstraint::constraintsWithVisualFormat(format, 0, {{"w", 1}}, {{"v", view}}), std::invalid_argument)
+        << format;
+}
+
+TEST_F(LayoutTest, MovingToTheFrontKeepsConstraintsAndIsNoAppearance) {
+  const auto view = child(root);
+  tie(view, A::Left, root, A::Left, 1, 5)->setActive(true);
+  child(root);
+  root->addSubview(view);
+  EXPECT_EQ(root->subviews().back(), view);
+  EXPECT_EQ(root->constraints().size(), 1U);
+}
+
+TEST_F(LayoutTest, AutoresizingMasksFollowTheSuperview) {
+  const auto view = UIView::make();
+  root->addSubview(view);
+  view->setFrame({{0, 0}, {390, 844}});
+  view->setAutoresizingMask(UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight);
+  window->resize({500, 400});
+  EXPECT_EQ(view->frame().size, (CGSize{500, 400}));
+}
+
+TEST_F(LayoutTest, SpringAndEaseBeginAtZeroEndAtOneAndSpringOvershoots) {
+  EXPECT_EQ(easeInOut(0, 2), 0);
+  EXPECT_NEAR(easeInOut(1, 2), 0.5, 1e-12);
+  EXPECT_EQ(easeInOut(2, 2), 1);
+  EXPECT_NEAR(springPosition(0, 1.2, 0.5, 5), 0, 1e-12);
+  EXPECT_NEAR(springPosition(1e-4, 1.2, 0.5, 5) / 1e-4, 5, 0.05) << "the initial velocity counts";
+  EXPECT_NEAR(springPosition(1.199, 1.2, 0.5, 5), 1, 0.002);
+  double highest = 0;
+  for (double t = 0; t < 1.2; t += 0.01) highest = std::max(highest, springPosition(t, 1.2, 0.5, 5));
+  EXPECT_GT(highest, 1.05);
+}
+
+TEST_F(LayoutTest, SlidesStartOutsideAndEndInPlace) {
+  struct Case {
+    int64_t kind;
+    double startX;
+  };
+  const CGRect finalFrame{{35, 10}, {320, 50}};
+  for (const auto& [kind, startX] : {Case{2, 35 - 390}, Case{3, 35 - 390}, Case{4, 390}, Case{5, 390}, Case{0, 35}}) {
+    const auto view = UIView::make();
+    root->addSubview(view);
+    auto& peer = dynamic_cast<headless::RecordingViewPeer&>(view->peer());
+    bool finished = false;
+    VeltoUIAnimation::animatePresentView(view, root, nullptr, finalFrame, kind, 1.2, 0, [&](bool done) { finished = done; });
+    EXPECT_EQ(view->frame(), finalFrame) << "the model is final at once";
+    EXPECT_NEAR(peer.frame().minX(), startX, 1e-9) << kind;
+    EXPECT_EQ(peer.frame().minY(), 10);
+    EXPECT_EQ(peer.alpha(), 1);
+    platform->advance(600ms);
+    EXPECT_FALSE(finished);
+    platform->advance(650ms);
+    EXPECT_TRUE(finished) << kind;
+    EXPECT_EQ(peer.frame(), finalFrame);
+  }
+}
+
+TEST_F(LayoutTest, ARandomSlideIsOneOfTheFour) {
+  std::set<bool> sides;
+  for (int i = 0; i < 64; ++i) {
+    const auto view = UIView::make();
+    root->addSubview(view);
+    VeltoUIAnimation::animatePresentView(view, root, nullptr, {{35, 10}, {320, 50}}, 1, 1.2, 0, nullptr);
+    const double x = dynamic_cast<headless::RecordingViewPeer&>(view->peer()).frame().minX();
+    EXPECT_TRUE(x == 35 - 390 || x == 390) << x;
+    sides.insert(x < 0);
+  }
+  EXPECT_EQ(sides.size(), 2U);
+}
+
+TEST_F(LayoutTest, AnotherFrameOvertakesAnAnimation) {
+  const auto view = UIView::make();
+  root->addSubview(view);
+  std::optional<bool> finished;
+  animateWithDuration(1, 0, view, {.frame = CGRect{{0, 0}, {100, 100}}, .alpha = 0.5}, [&](bool done) { finished = done; });
+  platform->advance(200ms);
+  view->setFrame({{7, 7}, {8, 8}});
+  platform->advance(2s);
+  EXPECT_EQ(finished, false);
+  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(view->peer()).frame(), view->frame());
+}
+
+// One transition, as whoever presents would play it.
+struct Context : UIViewControllerContextTransitioning {
+  std::shared_ptr<UIView> container;
+  std::shared_ptr<UIViewController> presented = std::make_shared<UIViewController>();
+  bool cancelled = false;
+  std::vector<bool> completed;
+  std::shared_ptr<UIView> containerView() const override { return container; }
+  std::shared_ptr<UIViewController> presentedViewController() const override { return presented; }
+  CGRect finalFrameForViewController(const UIViewController&) const override { return {{0, 0}, {390, 844}}; }
+  bool transitionWasCancelled() const override { return cancelled; }
+  void completeTransition(bool did) override { completed.push_back(did); }
+};
+
+TEST_F(LayoutTest, TransitionsPinTheViewAndFadeItAway) {
+  const auto context = std::make_shared<Context>();
+  context->container = root;
+  const auto& view = context->presented->view();
+  const auto animator = VeltoUIAnimatedTransitioning::animatorForAnimation(VeltoAnimationFromRight);
+  EXPECT_EQ(animator->transitionDuration(), 0.9);
+  animator->animateTransition(context);
+  EXPECT_EQ(view->superview(), root.get());
+  platform->advance(1s);
+  EXPECT_EQ(context->completed, std::vector{true});
+  EXPECT_EQ(view->frame(), (CGRect{{0, 0}, {390, 844}}));
+
+  animator->operation = VeltoUIAnimatedTransitioning::Dismiss;
+  context->cancelled = true;
+  animator->animateTransition(context);
+  platform->advance(300ms);
+  EXPECT_EQ(view->alpha(), 1);
+  EXPECT_EQ(view->superview(), root.get());
+  context->cancelled = false;
+  animator->animateTransition(context);
+  platform->advance(300ms);
+  EXPECT_EQ(context->completed, (std::vector{true, false, true}));
+  EXPECT_EQ(view->superview(), nullptr);
+}
+
+}  // namespace
+}  // namespace velto

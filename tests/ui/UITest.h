@@ -1,0 +1,85 @@
+// What the tests of the presentation share: a window, a delegate that writes down what it hears, an ad network's adapter.
+#pragma once
+
+#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ui/VeltoBannerViewControllerPrivate.h"
+
+#include "../support/HeadlessTest.h"
+
+namespace velto::test {
+
+struct RecordingDelegate : VeltoBannerViewControllerDelegate {
+  std::weak_ptr<UIViewController> host;
+  std::vector<std::string> heard;
+  std::optional<VeltoErrorAd> lastError;
+  const VeltoBannerViewControllerPrivate* lastController = nullptr;
+  std::function<void()> onCall;
+
+  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate& c) override { note("finish", c); }
+  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate& c) override { note("press", c); }
+  void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& c) override { note("close", c); }
+  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate& c, const VeltoErrorAd& error) override {
+    lastError = error;
+    note("fail " + std::to_string(error.errorCode), c);
+  }
+
+ private:
+  void note(const std::string& what, const VeltoBannerViewControllerPrivate& controller) {
+    heard.push_back(what);
+    lastController = &controller;
+    if (onCall) onCall();
+  }
+};
+
+class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
+ public:
+  explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot), view(UIView::make()) {}
+  uint64_t adType() const override { return type_; }
+  std::string description() const override { return "<FakeAdapter>"; }
+  VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override { return takesRoot_ ? this : nullptr; }
+  std::shared_ptr<UIView> getBannerView() override { return view; }
+  void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override { loadedView = shown; }
+  void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) override { root = controller; }
+  std::shared_ptr<VeltoAdMediationAdapterDelegate> told() const { return delegate(); }
+
+ private:
+  uint64_t type_;
+  bool takesRoot_;
+
+ public:
+  std::shared_ptr<UIView> view;
+  std::shared_ptr<UIView> loadedView;
+  std::weak_ptr<UIViewController> root;
+};
+
+class UITest : public HeadlessTest {
+ protected:
+  UITest() : window(std::make_unique<headless::HostWindow>(CGSize{390, 844}, UIEdgeInsets{47, 0, 34, 0})) {
+    registerKey();
+    delegate->host = window->controller();
+  }
+  ~UITest() override { window.reset(); }
+
+  std::shared_ptr<VeltoBannerViewController> banner(VeltoBannerPosition position = VeltoBannerPositionBottom) {
+    return VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, position);
+  }
+  headless::RecordingWebView& page() { return platform->views().webView(); }
+  // Loads an ad into the banner and plays its page to the end.
+  void loadAd(VeltoBannerViewController& banner, headless::Answer answer = markup()) {
+    platform->urlSession().enqueue(std::move(answer));
+    banner.load();
+    platform->runUntilIdle();
+    page().finish();
+    page().navigate("velto://loadFinished");
+    platform->runUntilIdle();
+  }
+  static CGRect frameInWindow(const UIView& view, const UIView& root) {
+    return {root.convertPointFromView({0, 0}, view), view.frame().size};
+  }
+
+  std::unique_ptr<headless::HostWindow> window;
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+};
+
+}  // namespace velto::test

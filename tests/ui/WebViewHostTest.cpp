@@ -1,0 +1,152 @@
+// The ad's web view: its configuration, the order of loading, and every row of the navigation policy.
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/core/VeltoDataStore.h"
+
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using Policy = WKNavigationActionPolicy;
+using Type = WKNavigationType;
+
+class WebViewHostTest : public test::UITest {
+ protected:
+  std::shared_ptr<VeltoBannerViewController> owner = banner();
+  VeltoBannerViewControllerPrivate& host = *owner->vc();
+  std::shared_ptr<VeltoAd> ad(std::string html) { return VeltoAd::adWithHTML(std::move(html), 1, nullptr); }
+};
+
+TEST_F(WebViewHostTest, Configuration) {
+  const auto view = host.createWKWebViewInstance({});
+  const auto& c = page().configuration();
+  EXPECT_EQ(view->frame(), CGRect{});
+  EXPECT_TRUE(c.allowsInlineMediaPlayback);
+  EXPECT_TRUE(c.allowsAirPlayForMediaPlayback);
+  EXPECT_EQ(c.dataDetectorTypes, 2U);
+  EXPECT_EQ(c.mediaTypesRequiringUserActionForPlayback, 0U);
+  ASSERT_EQ(c.userContentController.userScripts.size(), 1U);
+  const auto& script = c.userContentController.userScripts[0];
+  EXPECT_EQ(script.source,
+            "var meta = document.createElement('meta'); meta.setAttribute('name', 'viewport'); "
+            "meta.setAttribute('content', 'width=device-width, initial-scale=1.0, maximum-scale=1.0, user-scalable=no'); "
+            "document.getElementsByTagName('head')[0].appendChild(meta);");
+  EXPECT_EQ(script.injectionTime, WKUserScriptInjectionTime::AtDocumentEnd);
+  EXPECT_TRUE(script.forMainFrameOnly);
+  EXPECT_FALSE(page().scrollBehavior().bounces);
+  EXPECT_FALSE(page().scrollBehavior().scrollEnabled);
+  EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 2);
+
+  platform->device().facts.systemVersion = "9.3";
+  const auto older = host.createWKWebViewInstance({});
+  EXPECT_EQ(page().configuration().dataDetectorTypes, 0U);
+  EXPECT_FALSE(page().configuration().requiresUserActionForMediaPlayback);
+  EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 0);
+}
+
+TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
+  const auto view = host.createWKWebViewInstance({});
+  std::vector<std::string> order;
+  const auto shown = platform->notificationCenter().addObserver(
+      constNotificationAdShowed, [&](const NSNotification& n) { order.push_back(n.objectAs<VeltoAd>()->html.value()); });
+  auto& data = platform->websiteDataStore();
+  host.loadBannerDataIn(view, ad("<p>x</p>"));
+  EXPECT_TRUE(page().loads().empty()) << "not before the data is cleared";
+  platform->runUntilIdle();
+  EXPECT_EQ(data.cookieClears, 1);
+  EXPECT_EQ(data.dataClears, 1);
+  ASSERT_EQ(page().loads().size(), 1U);
+  EXPECT_EQ(page().html(), "<p>x</p>");
+  EXPECT_FALSE(page().loads()[0].baseURL);
+  EXPECT_EQ(order, std::vector<std::string>{"<p>x</p>"});
+  EXPECT_TRUE(page().hasRun("navigator.userAgent"));
+
+  const auto empty = std::make_shared<VeltoAd>();
+  host.loadBannerDataIn(view, empty);
+  platform->runUntilIdle();
+  EXPECT_EQ(page().loads().size(), 1U);
+  EXPECT_EQ(order.size(), 1U);
+}
+
+TEST_F(WebViewHostTest, NavigationPolicy) {
+  loadAd(*owner);
+  delegate->heard.clear();
+  auto& opened = platform->application().opened;
+  struct Row {
+    const char* url;
+    Type type;
+    Policy decision;
+    const char* opens;
+  };
+  const std::vector<Row> rows{
+      {"velto://loadFinished", Type::Other, Policy::Cancel, nullptr},
+      {"velto://loadFinished", Type::LinkActivated, Policy::Cancel, nullptr},
+      {"velto://loadFinished/", Type::Other, Policy::Cancel, nullptr},
+      {"velto://anything", Type::LinkActivated, Policy::Cancel, nullptr},
+      {"VELTO://loadFinished", Type::Other, Policy::Allow, nullptr},
+      {"mraid://close", Type::Other, Policy::Allow, nullptr},
+      {"mraid://open?url=x", Type::LinkActivated, Policy::Allow, nullptr},
+      {"https://shop.example/a", Type::LinkActivated, Policy::Cancel, "https://shop.example/a"},
+      {"shop.example/a", Type::LinkActivated, Policy::Cancel, "https://shop.example/a"},
+      {"tel:123", Type::LinkActivated, Policy::Allow, nullptr},
+      {"https://shop.example/a", Type::Other, Policy::Allow, nullptr},
+      {"https://shop.example/a", Type::FormSubmitted, Policy::Allow, nullptr},
+      {"https://shop.example/?velto://failLoad", Type::Other, Policy::Allow, nullptr},
+      {"about:blank", Type::Other, Policy::Allow, nullptr},
+  };
+  for (const auto& row : rows) {
+    opened.clear();
+    EXPECT_EQ(page().navigate(row.url, row.type), row.decision) << row.url;
+    ASSERT_EQ(opened.size(), row.opens ? 1U : 0U) << row.url;
+    if (row.opens) {
+      EXPECT_EQ(opened[0].url.absoluteString(), row.opens);
+    }
+  }
+  EXPECT_EQ(page().navigate(WKNavigationAction{}), Policy::Cancel);
+  EXPECT_EQ(delegate->heard, (std::vector<std::string>{"finish", "finish"}));
+}
+
+TEST_F(WebViewHostTest, DelegatesOfTheOtherKindHearNothing) {
+  struct Other : VeltoInterstitialViewControllerDelegate {
+    int calls = 0;
+    std::shared_ptr<UIViewController> presentViewController() override {
+      ++calls;
+      return nullptr;
+    }
+    void veltoInterstitialViewControllerDidPress(VeltoInterstitialViewControllerPrivate&) override { ++calls; }
+  };
+  const auto other = std::make_shared<Other>();
+  host.notifyDidPress(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other));
+  EXPECT_EQ(host.getUserViewControllerForDelegate(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other)), nullptr);
+  EXPECT_EQ(other->calls, 0);
+  const VeltoControllerDelegate own = std::shared_ptr<VeltoBannerViewControllerDelegate>(delegate);
+  host.notifyDidFail(own, std::nullopt);
+  host.notifyDidAppear(own);
+  host.notifyDidDisappear(own);
+  host.notifyDidPress(VeltoControllerDelegate());
+  host.notifyDidPress(std::shared_ptr<VeltoBannerViewControllerDelegate>());
+  EXPECT_EQ(delegate->heard, std::vector<std::string>{"fail 1"});
+}
+
+TEST_F(WebViewHostTest, DispatchByKindOfAd) {
+  const VeltoControllerDelegate own = std::shared_ptr<VeltoBannerViewControllerDelegate>(delegate);
+  const auto mediated = [&](uint64_t type, bool takesRoot) {
+    return VeltoAd::adWithMediation(std::make_shared<test::FakeAdapter>(type, takesRoot), 1, nullptr);
+  };
+  host._processAd(mediated(2, true), std::nullopt, own, true);   // an interstitial's ad
+  host._processAd(mediated(1, false), std::nullopt, own, true);  // takes no root view controller
+  host._processAd(mediated(0, true), std::nullopt, own, true);
+  host._processAd(mediated(2, true), std::nullopt, own, false);  // on a refresh: silent
+  host._processAd(nullptr, VeltoErrorAd::veltoErrorAdWithCode(4), own, true);
+  host._processAd(nullptr, VeltoErrorAd::veltoErrorAdWithCode(4), own, false);
+  EXPECT_EQ(delegate->heard, (std::vector<std::string>{"fail 2", "fail 2", "fail 2", "fail 4"}));
+  const auto noView = std::make_shared<test::FakeAdapter>(1);
+  noView->view = nullptr;
+  host._processAd(VeltoAd::adWithMediation(noView, 1, nullptr), std::nullopt, own, true);
+  EXPECT_EQ(delegate->heard.back(), "fail 2");
+  host._processAd(mediated(1, true), std::nullopt, own, true);
+  EXPECT_EQ(delegate->heard.back(), "finish");
+}
+
+}  // namespace
+}  // namespace velto
