@@ -10,8 +10,8 @@ namespace velto {
 namespace {
 
 constexpr auto uriFlags = static_cast<GUriFlags>(G_URI_FLAGS_ENCODED);
-// Sub-delimiters and others that a query may hold unescaped, less "&" and "=", which separate items.
-constexpr char allowedInQueryItem[] = "!$'()*+,;:@/?";
+// Unreserved characters, sub-delimiters and others that a query may hold unescaped, less "&" and "=", which separate items.
+constexpr std::string_view allowedInQueryItem = "-._~!$'()*+,;:@/?";
 
 struct Parts {
   std::optional<std::string> scheme, host, query;
@@ -46,35 +46,40 @@ bool hasOnlyURLCharacters(std::string_view text) {
   return true;
 }
 
-std::string escapedOutsideASCII(std::string_view text) {
+// Every byte that does not stay becomes a percent escape, zero bytes too (GLib drops those).
+template <class Stays>
+std::string escaped(std::string_view text, Stays stays) {
   static constexpr char digits[] = "0123456789ABCDEF";
   std::string result;
   result.reserve(text.size());
   for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
+    if (stays(c)) {
       result += c;
-    } else {
-      result += '%';
-      result += digits[byte >> 4];
-      result += digits[byte & 15];
+      continue;
     }
+    const auto byte = static_cast<unsigned char>(c);
+    result += '%';
+    result += digits[byte >> 4];
+    result += digits[byte & 15];
   }
   return result;
 }
 
-std::string escapedForQuery(const std::string& text) {
-  GText escaped(g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), allowedInQueryItem));
-  return escaped.get();
+std::string escapedOutsideASCII(std::string_view text) {
+  return escaped(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::string escapedForQuery(std::string_view text) {
+  return escaped(text, [](char c) { return g_ascii_isalnum(c) || allowedInQueryItem.find(c) != std::string_view::npos; });
 }
 
 }  // namespace
 
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   if (text.empty()) return std::nullopt;
-  std::string escaped = escapedOutsideASCII(text);
-  if (!hasOnlyURLCharacters(escaped) || !partsOf(escaped)) return std::nullopt;
-  return NSURL(std::move(escaped));
+  std::string ascii = escapedOutsideASCII(text);
+  if (!hasOnlyURLCharacters(ascii) || !partsOf(ascii)) return std::nullopt;
+  return NSURL(std::move(ascii));
 }
 
 // GLib lowers the scheme's letters; here it is told as it stands.

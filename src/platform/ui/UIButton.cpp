@@ -7,8 +7,9 @@ namespace velto {
 
 UIButton::UIButton() : UIButton(Platform::current().views().makeButton()) {}
 
-// The base takes the peer over; this pointer to the same object only remembers that it is a button's.
-UIButton::UIButton(std::unique_ptr<ButtonPeer> peer) : UIButton(peer.get(), std::move(peer)) {}
+// The base takes the peer over; this pointer to the same object only remembers that it is a button's. The braces matter:
+// they read the pointer before the peer is moved.
+UIButton::UIButton(std::unique_ptr<ButtonPeer> peer) : UIButton{peer.get(), std::move(peer)} {}
 
 UIButton::UIButton(ButtonPeer* buttonPeer, std::unique_ptr<ViewPeer> peer)
     : UIView(std::move(peer)), buttonPeer_(buttonPeer) {

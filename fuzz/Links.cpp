@@ -1,0 +1,49 @@
+// The search for the no-fill link, against a plain one that looks at every link of the text in turn.
+#include "velto/ads/AdSDKVelto.h"
+
+#include <cctype>
+
+#include "Check.h"
+
+namespace {
+
+constexpr std::string_view wanted = "velto://noFillAd";
+
+bool inScheme(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '-' || c == '.'; }
+
+// For each "://" by itself: is it a link's, and does that link contain what is wanted?
+bool plainSearch(std::string_view text) {
+  size_t consumed = 0;  // text that belongs to a link already found
+  for (size_t at = 0; at + 3 <= text.size(); ++at) {
+    if (at < consumed || text.substr(at, 3) != "://") continue;
+    size_t start = at;
+    while (start > 0 && inScheme(text[start - 1])) --start;
+    if (start == at || !std::isalpha(static_cast<unsigned char>(text[start]))) continue;
+    if (start > 0 && (text[start - 1] == '_' || static_cast<unsigned char>(text[start - 1]) >= 0x80)) continue;
+    size_t end = at + 3;
+    const auto ends = [](char c) {
+      return static_cast<unsigned char>(c) <= 0x20 || c == 0x7f || std::string_view("\"'<>`").find(c) != std::string_view::npos;
+    };
+    while (end < text.size() && !ends(text[end])) ++end;
+    if (end > at + 3 && text.substr(start, end - start).find(wanted) != std::string_view::npos) return true;
+    consumed = end;
+  }
+  return false;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  // Random bytes hardly ever spell the link, so some of them stand for it.
+  std::string text;
+  for (const char c : asText(data, size)) {
+    if (c == 'N')
+      text += wanted;
+    else if (c == 'S')
+      text += "://";
+    else
+      text += c;
+  }
+  require(velto::AdSDKVelto::isAdNoFill(text) == plainSearch(text));
+  return 0;
+}
