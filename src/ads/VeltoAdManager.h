@@ -27,6 +27,10 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
   // The second creative of a two-part expand. Not fetched yet: called where it will be needed, does nothing so far.
   static void fetchForSecondaryMRAIDContent(const std::string& /*url*/, VeltoAdCompletion /*completionHandler*/) {}
 
+  // The image of a storePicture command, and the measurement engine's service script: likewise.
+  static void fetchForMRAIDImageContent(const std::string& /*url*/, std::function<void(bool)> /*completionHandler*/) {}
+  static std::optional<std::string> getOMSKJs() { return std::nullopt; }
+
   VeltoAdManager();
 
   void _fetch(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,

@@ -3,15 +3,16 @@
 
 #include <algorithm>
 
-#include "velto/platform/foundation/Text.h"
-
 namespace velto {
 namespace {
 
+bool isSameName(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
+}
+
 auto find(auto& fields, std::string_view name) {
-  const std::string lowered = lowercased(std::string(name));
-  return std::find_if(fields.begin(), fields.end(),
-                      [&](const auto& field) { return lowercased(field.first) == lowered; });
+  return std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return isSameName(field.first, name); });
 }
 
 }  // namespace

@@ -47,9 +47,8 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
 
   const auto sourceType = ad ? ad->sourceType : VeltoAdSourceMarkup;
   if (sourceType == VeltoAdSourceMarkup || sourceType == VeltoAdSourceMRAID) {
-    // Without an ad (a refresh that failed silently) there is nothing to take.
-    if (ad) fetchBannerSuccess(ad);
-    return;
+    // A refresh that failed comes here without an ad: the one shown so far has had its time.
+    return fetchBannerSuccess(ad);
   }
   if (ad->adapter && ad->adapter->rootViewControllerUser()) {
     if (ad->adapter->adType() == VeltoAdTypeBanner) {

@@ -33,6 +33,7 @@ class MediationBannerPresenter {
 class UIViewControllerCoreVeltoSDKProtocol {
  public:
   virtual ~UIViewControllerCoreVeltoSDKProtocol() = default;
+  // Null after a refresh that failed: nothing is reported then, and nothing is left to show.
   virtual void fetchBannerSuccess(const std::shared_ptr<VeltoAd>& /*ad*/) {}
   // Null: it does not show such ads, and a fetch that brings one fails.
   virtual MediationBannerViewPresenter* mediationBannerViewPresenter() { return nullptr; }

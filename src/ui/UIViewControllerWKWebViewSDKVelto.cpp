@@ -68,7 +68,7 @@ void UIViewControllerWKWebViewSDKVelto::dropPreparedWebContent() {
 }
 
 void UIViewControllerWKWebViewSDKVelto::loadBannerDataIn(const WebView& webView, const std::shared_ptr<VeltoAd>& ad) {
-  if (!ad->html) return;
+  if (!ad || !ad->html) return;
   _cleanWKWebViewCache([this, weak = viewController().weak_from_this(), webView, ad] {
     if (const auto alive = weak.lock()) load(webView, ad);
   });

@@ -30,7 +30,7 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
 
   std::shared_ptr<WKWebView> createWKWebViewInstance(std::weak_ptr<WKNavigationDelegate> navigationDelegate);
 
-  // Loads the ad's markup once web data is cleared; nothing for an ad without markup. The page gets the measurement
+  // Loads the ad's markup once web data is cleared; nothing without an ad or without markup. The page gets the measurement
   // script and, for rich media, the page script.
   void loadBannerDataIn(const WebView& webView, const std::shared_ptr<VeltoAd>& ad);
   void _cleanWKWebViewCache(std::function<void()> completion);

@@ -76,10 +76,11 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
-  if (!_addBanner(nullptr, ad->size))
+  if (!ad) dropPreparedWebContent();  // a view that stays empty needs no process
+  if (!_addBanner(nullptr, ad ? ad->size : CGSize{}))
     return notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
   ad_ = ad;
-  if (ad->sourceType == VeltoAdSourceMRAID) {
+  if (ad && ad->sourceType == VeltoAdSourceMRAID) {
     mraidHandler_ = VeltoMRAIDHandler::handler();
     ad->mraidHandler = mraidHandler_;
   }

@@ -156,19 +156,26 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   platform->advance(10s);
   EXPECT_EQ(requests(), 3U);
   EXPECT_TRUE(delegate->heard.empty());
-  EXPECT_EQ(page().html(), "<p>second</p>") << "a failed refresh leaves the ad";
+  EXPECT_TRUE(page().loads().empty()) << "a failed refresh takes the ad away";
+  EXPECT_EQ(b->vc()->view()->frame().size, CGSize{});
+  EXPECT_EQ(platform->views().contentHeld(), 0) << "and holds no web process";
+
+  platform->urlSession().enqueue(markup("<p>third</p>"));
+  platform->advance(10s);
+  EXPECT_EQ(page().html(), "<p>third</p>");
+  EXPECT_EQ(b->vc()->view()->frame().size, (CGSize{320, 50}));
 
   b->setRefreshTimeSeconds(20);  // from the next load on
   platform->advance(5s);
   b->load();
   platform->advance(19s);
-  EXPECT_EQ(requests(), 4U);
-  platform->advance(1s);
   EXPECT_EQ(requests(), 5U);
+  platform->advance(1s);
+  EXPECT_EQ(requests(), 6U);
 
   b->removeBanner();
   platform->advance(60s);
-  EXPECT_EQ(requests(), 5U);
+  EXPECT_EQ(requests(), 6U);
 }
 
 TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {

@@ -110,15 +110,13 @@ struct Axis {
   }
 
   void solve(double& start, double& length) const {
+    start = length = 0;
     if (!first) return;
-    // With one equation the present length stands, or the present start when the equation is the length itself.
     const bool lengthOnly = std::abs(first->a) < 1e-9;
-    const Equation rest = second.value_or(lengthOnly ? Equation{1, 0, start} : Equation{0, 1, length});
+    const Equation rest = second.value_or(lengthOnly ? Equation{1, 0, 0} : Equation{0, 1, 0});
     const double d = determinant(*first, rest);
-    const double newStart = (first->c * rest.b - rest.c * first->b) / d;
-    const double newLength = (first->a * rest.c - rest.a * first->c) / d;
-    start = newStart;
-    length = std::max(0.0, newLength);
+    start = (first->c * rest.b - rest.c * first->b) / d;
+    length = std::max(0.0, (first->a * rest.c - rest.a * first->c) / d);
   }
 
  private:
