@@ -1,0 +1,114 @@
+// Scenario texts: what they ask for, and how their mistakes are reported.
+#include <gtest/gtest.h>
+
+#include "Support.h"
+#include "sandbox/RuleBook.h"
+#include "sandbox/Scenario.h"
+
+namespace velto::sandbox {
+namespace {
+
+std::string errorOf(const std::string& text) {
+  try {
+    readScenarioText(text, "demo.json", "");
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+// The rules that answer to a row of equal requests.
+std::string rulesFor(RuleBook& rules, const RequestFacts& facts, int requests) {
+  std::string names;
+  for (int i = 0; i < requests; ++i) {
+    const auto chosen = rules.choose(facts);
+    names += chosen ? chosen->rule + chosen->answer.body + " " : "- ";
+  }
+  return names;
+}
+
+TEST(Scenario, ChoosesRulesByConditionsAndCounts) {
+  RuleBook rules;
+  for (Rule& rule : readScenarioText(R"({"rules": [
+      {"name": "first", "when": {"kind": "ad", "request": "first"}, "answer": 204},
+      {"name": "third", "when": {"kind": "ad", "request": 3}, "answer": 204},
+      {"name": "even", "when": {"kind": "ad", "type": "banner", "request": {"every": 2}}, "answer": 204},
+      {"name": "late", "when": {"kind": "ad", "request": {"from": 5}}, "answers": [{"body": "1"}, {"body": "2"}]},
+      {"name": "files", "when": {"path": "/files/*", "host": "CDN.example"}, "answer": {"body": {"json": [1]}}},
+      {"name": "abc", "when": {"endpoint": "abc", "key": "k", "size": "320x50"}, "answer": 500}]})",
+                                     "demo", "")) {
+    rules.append(std::move(rule));
+  }
+  RequestFacts banner;
+  banner.kind = Kind::Ad;
+  banner.type = "banner";
+  EXPECT_EQ(rulesFor(rules, banner, 8), "first even third even late1 even late2 even ");
+
+  RequestFacts file;
+  file.kind = Kind::Download;
+  file.host = "cdn.example";
+  file.path = "/files/a";
+  EXPECT_EQ(rulesFor(rules, file, 1), "files[1] ");
+  file.path = "/other";
+  EXPECT_EQ(rulesFor(rules, file, 1), "- ");
+
+  RequestFacts endpoint;
+  endpoint.endpoint = "abc";
+  endpoint.key = "k";
+  endpoint.size = "320x50";
+  EXPECT_EQ(rulesFor(rules, endpoint, 1), "abc ");
+  rules.prepend({"newest", {.key = "k"}, {}});
+  EXPECT_EQ(rulesFor(rules, endpoint, 1), "newest ");
+}
+
+TEST(Scenario, ReadsBodiesFromFilesBesideIt) {
+  const TemporaryFolder folder;
+  folder.write("page.html", "from a file");
+  const std::string path = folder.write("a.json", R"({"rules": [{"answers": [
+      {"body": {"file": "page.html"}}, {"body": {"base64": "/wA="}}, {"body": ["one", "two"]}]}]})");
+  const std::vector<Answer> answers = readScenarioFile(path).at(0).answers;
+  EXPECT_EQ(answers.at(0).body, "from a file");
+  EXPECT_EQ(answers.at(1).body, std::string("\xFF\0", 2));
+  EXPECT_EQ(answers.at(2).body, "one\ntwo");
+}
+
+TEST(Scenario, TheExamplesAreGood) {
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(SANDBOX_EXAMPLES)) {
+    if (entry.path().extension() != ".json") continue;
+    EXPECT_NO_THROW(readScenarioFile(entry.path().string())) << entry.path();
+    ++files;
+  }
+  EXPECT_GT(files, 0);
+}
+
+TEST(Scenario, NamesThePlaceOfAMistake) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"{\n  \"rules\": [,]}", "demo.json: parse error at line 2, column 13"},
+      {"[]", "demo.json: expected an object"},
+      {R"({"rules": []})", "demo.json: rules: expected a list"},
+      {R"({"rules": [{"answer": 204}, {"anwser": 204}]})", "demo.json: rules[1]: unknown key \"anwser\""},
+      {R"({"rules": [{"when": {"kind": "adx"}, "answer": 204}]})",
+       "demo.json: rules[0].when.kind: unknown word"},
+      {R"({"rules": [{"when": {"request": 0}, "answer": 204}]})",
+       "demo.json: rules[0].when.request: expected a whole"},
+      {R"({"rules": [{"answer": 204, "answers": [204]}]})", "demo.json: rules[0]: expected exactly one of"},
+      {R"({"rules": [{"answer": {"status": 99}}]})",
+       "demo.json: rules[0].answer.status: expected a whole number"},
+      {R"({"rules": [{"answer": {"headers": {"x": "a\r\nb"}}}]})",
+       "demo.json: rules[0].answer.headers.x: line break"},
+      {R"({"rules": [{"answer": {"body": {"file": "missing"}}}]})",
+       "demo.json: rules[0].answer.body.file: missing"},
+      {R"({"rules": [{"answers": [{"fault": {"cut": "tail"}}]}]})",
+       "demo.json: rules[0].answers[0].fault.cut: unknown"},
+      {R"({"rules": [{"tls": "refuse", "when": {"key": "k"}}]})",
+       "demo.json: rules[0].when: unknown key \"key\""},
+  };
+  for (const auto& [text, expected] : cases) {
+    EXPECT_TRUE(errorOf(text).starts_with(expected)) << errorOf(text) << "\nexpected " << expected;
+  }
+  EXPECT_NE(errorOf(std::string(100'000, '[')), "no error");
+}
+
+}  // namespace
+}  // namespace velto::sandbox
