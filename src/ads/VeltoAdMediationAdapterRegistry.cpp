@@ -11,7 +11,7 @@ namespace {
 
 struct Table {
   std::mutex mutex;
-  std::map<std::string, VeltoAdMediationAdapterRegistry::Factory> factories;
+  std::map<std::string, std::shared_ptr<VeltoAdMediationAdapterProtocol>> adapters;
 };
 
 Table& table() {
@@ -21,21 +21,24 @@ Table& table() {
 
 }  // namespace
 
-void VeltoAdMediationAdapterRegistry::registerAdapter(const std::string& className, Factory factory) {
+void VeltoAdMediationAdapterRegistry::registerAdapter(const std::string& className,
+                                                      std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter) {
   std::lock_guard lock(table().mutex);
-  if (factory)
-    table().factories[className] = std::move(factory);
+  if (adapter)
+    table().adapters[className] = std::move(adapter);
   else
-    table().factories.erase(className);
+    table().adapters.erase(className);
 }
 
-bool VeltoAdMediationAdapterRegistry::has(const std::string& className) {
+std::shared_ptr<VeltoAdMediationAdapterProtocol> VeltoAdMediationAdapterRegistry::adapterNamed(
+    const std::string& className) {
   std::lock_guard lock(table().mutex);
-  return table().factories.contains(className);
+  const auto found = table().adapters.find(className);
+  return found == table().adapters.end() ? nullptr : found->second;
 }
 
 bool VeltoUtilities::isGoogleAdMobAvailable() {
-  return VeltoAdMediationAdapterRegistry::has("VeltoAdMediationAdapterAdMob");
+  return VeltoAdMediationAdapterRegistry::adapterNamed("VeltoAdMediationAdapterAdMob") != nullptr;
 }
 
 }  // namespace velto

@@ -1,21 +1,19 @@
-// Adapters that a host application links, by class name.
+// Adapter classes that a host application links, by name. The name "VeltoAdMediationAdapterAdMob" is the one that items
+// can select, and whose presence requests report.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 
 namespace velto {
 
-class VeltoAdMediationCoreAdapter;
+class VeltoAdMediationAdapterProtocol;
 
 class VeltoAdMediationAdapterRegistry {
  public:
-  using Factory = std::function<std::shared_ptr<VeltoAdMediationCoreAdapter>()>;
-
-  // Makes an adapter known for the process; an empty factory takes it away. Any thread, before the first load.
-  static void registerAdapter(const std::string& className, Factory factory);
-  static bool has(const std::string& className);
+  // Makes an adapter class known for the process; null takes it away. Any thread, before the first load.
+  static void registerAdapter(const std::string& className, std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter);
+  static std::shared_ptr<VeltoAdMediationAdapterProtocol> adapterNamed(const std::string& className);  // or null
 };
 
 }  // namespace velto

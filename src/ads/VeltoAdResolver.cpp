@@ -2,6 +2,7 @@
 #include "velto/ads/VeltoAdResolver.h"
 
 #include "velto/ads/AdSDKVelto.h"
+#include "velto/ads/VeltoAdMediationResolver.h"
 #include "velto/platform/foundation/Text.h"
 
 namespace velto {

@@ -2,7 +2,6 @@
 // completion on it, or not at all where that is said.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,10 +9,11 @@
 #include "velto/ads/VeltoAd.h"
 #include "velto/core/VeltoErrorAd.h"
 #include "velto/network/VeltoTaskResponse.h"
+#include "velto/platform/SharedCallback.h"
 
 namespace velto {
 
-using VeltoAdCompletion = std::function<void(std::shared_ptr<VeltoAd>, std::optional<VeltoErrorAd>)>;
+using VeltoAdCompletion = SharedCallback<std::shared_ptr<VeltoAd>, std::optional<VeltoErrorAd>>;
 using VeltoTaskResponsePointer = std::shared_ptr<VeltoTaskResponse>;
 
 namespace VeltoAdManagerAdResolver {
@@ -37,14 +37,6 @@ class VeltoAdResolverManager {
   static void resolveAdFromTaskResponse(const VeltoTaskResponsePointer& response, std::optional<int64_t> bannerSize,
                                         std::string html, std::optional<double> timer,
                                         const VeltoAdCompletion& completionHandler);
-};
-
-// What resolves a response of one kind.
-class VeltoAdMediationResolver {
- public:
-  // Mediation is not resolved yet: the operation is called where it will be needed and does nothing so far.
-  static void resolveAd(const VeltoTaskResponsePointer& /*response*/, std::optional<int64_t> /*bannerSize*/,
-                        const VeltoAdCompletion& /*completionHandler*/) {}
 };
 
 }  // namespace velto

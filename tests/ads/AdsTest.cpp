@@ -133,10 +133,10 @@ TEST_F(AdsTest, FetchedAdsWaitInTheListUntilTheyAreShown) {
   ASSERT_EQ(manager->ads(), std::vector{ad});
 
   platform->advance(30s);
-  const auto requests = platform->urlSession().tasks().size();
+  const auto requests = platform->urlSession().requests("/sdk/").size();
   EXPECT_EQ(fetch().ad, ad);
   EXPECT_EQ(fetch().ad, ad) << "reuse does not take it out";
-  EXPECT_EQ(platform->urlSession().tasks().size(), requests);
+  EXPECT_EQ(platform->urlSession().requests("/sdk/").size(), requests);
 
   auto& center = platform->notificationCenter();
   center.postNotification({"constNotificationAdShowedVelto", {}});
@@ -153,7 +153,7 @@ TEST_F(AdsTest, AFetchWithoutCompletionStillFillsTheList) {
   platform->runUntilIdle();
   ASSERT_EQ(VeltoAdManager::shared()->ads().size(), 1U);
   VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
-  EXPECT_EQ(platform->urlSession().tasks().size(), 1U) << "a usable ad needs no request";
+  EXPECT_EQ(platform->urlSession().requests("/sdk/").size(), 1U) << "a usable ad needs no request";
 }
 
 TEST_F(AdsTest, IdentityAndIdentifiers) {

@@ -1,4 +1,5 @@
 // Ad requests as the server gets them: URL, query, headers and body; the device behind the body.
+#include "velto/ads/VeltoAdMediationAdapterPassback.h"
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/network/JSONSDKVelto.h"
@@ -118,7 +119,8 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   platform->telephony().carrier = CTCarrier{"Net", "262", "01"};
   platform->location().lastKnown = CLLocation{52.5, -13.4, 12.5, 1704067000};
   platform->trackingManager().authorizationStatus = 3;
-  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", [] { return nullptr; });
+  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob",
+                                                   std::make_shared<VeltoAdMediationAdapterPassbackClass>());
   VeltoSettings settings;
   settings.yearOfBirth = 1990;
   settings.age = 34;

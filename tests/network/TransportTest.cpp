@@ -95,7 +95,7 @@ TEST_F(TransportTest, ARequestThatCannotBeBuiltAnswersAtOnce) {
     EXPECT_FALSE(data);
   });
   EXPECT_EQ(calls, 2);
-  EXPECT_TRUE(platform->urlSession().tasks().empty());
+  EXPECT_TRUE(platform->urlSession().requests("/sdk/").empty());
   VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt, nullptr);
 }
 

@@ -12,7 +12,7 @@ using Heard = std::vector<std::string>;
 
 class BannerTest : public test::UITest {
  protected:
-  size_t requests() { return platform->urlSession().tasks().size(); }
+  size_t requests() { return platform->urlSession().requests("/sdk/").size(); }
 };
 
 TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
@@ -204,8 +204,8 @@ TEST_F(BannerTest, SettingsOfALoadStayForItsRefreshes) {
   b->load(settings);
   platform->advance(30s);
   ASSERT_EQ(requests(), 2U);
-  for (const auto& task : platform->urlSession().tasks())
-    EXPECT_NE(task->request().httpBody->find("\"okw\": \"x,y\""), std::string::npos);
+  for (const auto& request : platform->urlSession().requests("/sdk/"))
+    EXPECT_NE(request.httpBody->find("\"okw\": \"x,y\""), std::string::npos);
 }
 
 TEST_F(BannerTest, OnlyTheFirstAdIsAnimated) {
@@ -261,7 +261,7 @@ TEST_F(BannerTest, ResultsForABannerThatIsGoneAreDropped) {
   auto b = banner();
   b->load();
   platform->runUntilIdle();
-  const auto task = platform->urlSession().pending().at(0);
+  const auto task = platform->urlSession().pending().back();
   std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
   b.reset();
   platform->runUntilIdle();

@@ -1,0 +1,158 @@
+// Mediation: reading instructions, the walk along the items, the adapters.
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/ads/VeltoAdMediationAdapterManager.h"
+#include "velto/ads/VeltoAdMediationAdapterRegistry.h"
+#include "velto/ads/VeltoAdMediationResolver.h"
+#include "velto/network/JSONSDKVelto.h"
+
+#include "../support/HeadlessTest.h"
+
+namespace velto {
+namespace {
+
+using headless::Answer;
+
+std::string passback(const std::string& markup, const std::string& more = "") {
+  return R"({"cn":"VeltoPassbackBannerAdapter","e":{"data":")" + base64Encode(markup) + "\"" + more + "}}";
+}
+std::string monetize(const std::string& data) {
+  return R"({"cn":"VeltoMonetizeBannerAdapter","e":{"data":")" + data + "\"}}";
+}
+std::string list(const std::vector<std::string>& items) { return "{\"mediation\":[" + join(items, ",") + "]}"; }
+
+class MediationTest : public test::HeadlessTest {
+ protected:
+  struct Result {
+    std::shared_ptr<VeltoAd> ad;
+    std::vector<int64_t> codes;  // of every call, -1 for an ad
+  };
+
+  static Answer mediation(std::string body) {
+    return Answer{.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}}, .body = std::move(body)};
+  }
+  // Resolves a first-level answer with that body.
+  Result resolve(const std::string& body) {
+    registerKey();
+    platform->urlSession().enqueue("/sdk/", mediation(body));
+    Result result;
+    VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, [&](const auto& ad, const auto& error) {
+      EXPECT_NE(ad == nullptr, !error);
+      result.ad = ad;
+      result.codes.push_back(error ? error->errorCode : -1);
+    });
+    platform->runUntilIdle();
+    return result;
+  }
+};
+
+TEST_F(MediationTest, RecordsReadWhatHasTheRightKind) {
+  const auto json = JSONSDKVelto::JSONDictionary(
+      R"({"conn_id":"c","timeout":"7","mediation":[{"cn":"X","t":"T","n":5,"e":{"adunit":"u","timeout":2500,"data":"aGk\r\n*"}},
+          {"e":"text"},17,{"cn":1,"cn":"last"}]})");
+  const auto record = VeltoMediationResponse::mediationFor(*json->object());
+  EXPECT_EQ(record->connId(), "c");
+  EXPECT_EQ(record->timeout(), 7);
+  ASSERT_EQ(record->mediations()->size(), 4U);
+  const auto& first = *record->mediations()->at(0);
+  EXPECT_EQ(first.t(), "T");
+  EXPECT_EQ(first.n(), std::nullopt);
+  EXPECT_EQ(first.e()->adUnit(), "u");
+  EXPECT_EQ(first.e()->timeout(), 2.5);
+  EXPECT_EQ(first.e()->base64DecodedString(), std::nullopt) << "three characters are no base64";
+  EXPECT_EQ(record->mediations()->at(1)->e(), nullptr);
+  EXPECT_EQ(record->mediations()->at(2)->cn(), std::nullopt);
+  EXPECT_EQ(record->mediations()->at(3)->cn(), "last");
+  EXPECT_NE(record->description().find("\n\tConnectionId: c\n\tTimeout: 7\n\tMediations: ("), std::string::npos);
+}
+
+TEST_F(MediationTest, AdapterNamesAndTypes) {
+  const auto record = [](std::optional<std::string> cn) {
+    const auto item = std::make_shared<VeltoMediationItemResponse>();
+    item->cnValue = std::move(cn);
+    return VeltoAdMediationAdapterManager::adapterForMediationItem(item);
+  };
+  for (const auto& [cn, type, known] : std::vector<std::tuple<const char*, uint64_t, bool>>{
+           {"VeltoPassbackBannerAdapter", 1, true}, {"VeltoPassbackInterstitialAdapter", 2, true},
+           {"VeltoMonetizeBannerAdapter", 1, true}, {"VeltoMonetizeInterstitialAdapter", 2, true},
+           {"veltoadmobbanneradapter", 1, false}, {"VeltoAdmobBannerAdapter", 1, false},
+           {"InterstitialBANNER", 1, false}, {"Other", 0, false}}) {
+    EXPECT_EQ(record(cn)->adType(), type) << cn;
+    EXPECT_EQ(record(cn)->handler() != nullptr, known) << cn;
+  }
+  EXPECT_EQ(record(std::nullopt)->adType(), 0U);
+  EXPECT_EQ(record(std::nullopt)->handler(), nullptr);
+}
+
+TEST_F(MediationTest, TheFirstAdWinsAndFailuresPassTheTurn) {
+  const auto result = resolve(list({R"({"cn":"Unknown"})", "{}", R"({"cn":"VeltoAdmobBannerAdapter"})",
+                                    R"({"cn":"VeltoPassbackBannerAdapter"})", passback("velto://noFillAd"),
+                                    passback("<p>won</p>", ",\"timeout\":15000"), passback("late")}));
+  EXPECT_EQ(result.codes, std::vector<int64_t>{-1});
+  EXPECT_EQ(result.ad->html, "<p>won</p>");
+  EXPECT_EQ(result.ad->timer, 15);
+  EXPECT_EQ(result.ad->size, (CGSize{320, 50}));
+  const auto rich = resolve(list({passback("mraid.js", ",\"timeout\":15000")}));
+  EXPECT_EQ(rich.ad->sourceType, VeltoAdSourceMRAID);
+  EXPECT_EQ(rich.ad->timer, std::nullopt);
+}
+
+TEST_F(MediationTest, EndsWithoutAnAd) {
+  using Codes = std::vector<int64_t>;
+  EXPECT_EQ(resolve(list({R"({"cn":"VeltoPassbackBannerAdapter","e":{"data":"%%%x"}})"})).codes, Codes{0});
+  EXPECT_EQ(resolve(list({passback("\xff")})).codes, Codes{0});
+  EXPECT_EQ(resolve(list({R"({"cn":"VeltoMonetizeBannerAdapter"})"})).codes, Codes{0});
+  EXPECT_EQ(resolve("no json").codes, Codes{1});
+  EXPECT_EQ(resolve("[]").codes, Codes{1});
+  EXPECT_EQ(resolve("{\"mediation\":[]}").codes, (Codes{1, 2})) << "an empty list is told twice";
+  EXPECT_EQ(resolve("{}").codes, (Codes{1, 0})) << "and a missing one likewise";
+  EXPECT_EQ(resolve("{\"mediation\":{}}").codes, (Codes{1, 0}));
+}
+
+TEST_F(MediationTest, MonetizeSendsItsDataBackAndTheAnswerIsResolvedLikeAFirstOne) {
+  platform->urlSession().enqueue("puressp", status(500));
+  platform->urlSession().enqueue("puressp", mediation(list({passback("<p>nested</p>")})));
+  const auto result = resolve(list({monetize("QQ=="), monetize("Qg==")}));
+  EXPECT_EQ(result.ad->html, "<p>nested</p>");
+  const auto sent = platform->urlSession().requests("puressp");
+  ASSERT_EQ(sent.size(), 2U);
+  EXPECT_EQ(sent[0].httpBody, "QQ==") << "as it stands, not decoded";
+  EXPECT_EQ(result.ad->bannerSize, std::nullopt);
+  EXPECT_FALSE(result.ad->canBeCached());
+}
+
+// An adapter of a host application: answers later, on the main queue.
+struct LinkedClass : VeltoAdMediationAdapterProtocol {
+  uint64_t adType = 0;
+  void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t>,
+             const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t type, VeltoAdCompletion completion) override {
+    adType = type;
+    Platform::current().mainQueue().post(
+        [headers, completion] { completion(VeltoAd::adWithMediation(nullptr, std::nullopt, headers), std::nullopt); });
+  }
+};
+
+TEST_F(MediationTest, ALinkedAdapterIsFoundByItsClassName) {
+  const auto linked = std::make_shared<LinkedClass>();
+  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", linked);
+  const auto result = resolve(list({R"({"cn":"VeltoAdmobInterstitialAdapter"})"}));
+  VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
+  EXPECT_EQ(result.ad->sourceType, VeltoAdSourceMediation);
+  EXPECT_EQ(linked->adType, 2U);
+}
+
+TEST_F(MediationTest, TenThousandItemsInARowAndTenThousandNested) {
+  std::vector<std::string> items(10'000, passback("velto://noFillAd"));
+  items.push_back(passback("end"));
+  EXPECT_EQ(resolve(list(items)).ad->html, "end");
+
+  int answers = 0;
+  platform->urlSession().respond([](const NSURLRequest& r) { return r.url.path() == "/dev/puressp.php"; },
+                                 [&](const NSURLRequest&) {
+                                   return ++answers == 10'000 ? status(204) : mediation(list({monetize("x")}));
+                                 });
+  EXPECT_EQ(resolve(list({monetize("x")})).codes, std::vector<int64_t>{0}) << "the last no-fill comes up through all levels";
+  EXPECT_EQ(answers, 10'000);
+}
+
+}  // namespace
+}  // namespace velto
