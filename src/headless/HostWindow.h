@@ -1,0 +1,43 @@
+// A window of the host application on the headless platform: give its controller as the delegate's
+// presentViewController, and touch it as a person would. Main thread.
+#pragma once
+
+#include "velto/headless/RecordingWebView.h"
+#include "velto/platform/ui/UIViewController.h"
+
+#include <memory>
+#include <string>
+
+namespace velto::headless {
+
+class HostWindow {
+ public:
+  // Shown at once. The safe area of a phone with a notch would be {47, 0, 34, 0}.
+  explicit HostWindow(CGSize size = {390, 844}, UIEdgeInsets safeAreaInsets = {});
+  HostWindow(const HostWindow&) = delete;
+  HostWindow& operator=(const HostWindow&) = delete;
+  ~HostWindow();
+
+  const std::shared_ptr<UIViewController>& controller() const { return controller_; }
+  UIView& view() const { return *controller_->view(); }
+
+  void show();
+  void hide();
+  void resize(CGSize size);
+  void setSafeAreaInsets(UIEdgeInsets insets);
+
+  // A touch that comes and goes at a point of the window. A control under the point takes it; otherwise every
+  // view there that waits for taps is told, innermost first. Outside the window, or while it is hidden,
+  // nothing happens.
+  void tap(CGPoint point);
+
+  // The same in the middle of a web view, where the page has a link to that URL: the tap, then the
+  // navigation, unless the tap took the view away. Returns what the engine was told to do with the navigation
+  // (cancel for a view that went).
+  WKNavigationActionPolicy tapLink(RecordingWebView& webView, const std::string& url);
+
+ private:
+  std::shared_ptr<UIViewController> controller_;
+};
+
+}  // namespace velto::headless

@@ -1,0 +1,102 @@
+// The URL session of the headless platform: it records every request and answers as the test says.
+// Completions run as events of the virtual loop that stand for the transport's thread:
+// mainQueue().isCurrent() is false inside, and whoever touches a view there without hopping to the main queue
+// is told so by an exception.
+#pragma once
+
+#include "velto/platform/NSURLSession.h"
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace velto::headless {
+
+class ScriptedURLSession;
+class VirtualQueue;
+
+struct Answer {
+  int status = 200;
+  std::vector<HeaderFields::Field> headers = {};
+  std::optional<std::string> body = "";  // nothing: an answer without any data
+  std::chrono::nanoseconds delay{0};     // virtual time from the request to the answer
+  bool isHTTP = true;                    // false: a response without status and headers
+  std::optional<NSError> error = {};     // set: the transport failed, all of the above but the delay is void
+
+  static Answer failure(NSError error);
+  // No connection to the server, as a phone out of coverage reports it.
+  static Answer offline();
+  static Answer withoutData();
+};
+
+// One request on its way. Shared by the session and the test.
+class ScriptedTask {
+ public:
+  const NSURLRequest& request() const { return request_; }
+  bool isAnswered() const;
+
+  // Answers a request that no rule answered, now plus the answer's delay. Throws std::logic_error on a second
+  // answer.
+  void answer(const Answer& answer);
+
+ private:
+  friend class ScriptedURLSession;
+  ScriptedTask(NSURLRequest request, NSURLSession::Completion completion, int redirects,
+               ScriptedURLSession& session);
+
+  NSURLRequest request_;
+  NSURLSession::Completion completion_;
+  int redirects_;
+  std::shared_ptr<std::mutex> mutex_;  // the session's; guards completion_ and session_
+  ScriptedURLSession* session_;        // null once answered, or when the platform went
+};
+
+class ScriptedURLSession : public NSURLSession {
+ public:
+  using Matcher = std::function<bool(const NSURLRequest&)>;
+  using Answerer = std::function<Answer(const NSURLRequest&)>;
+
+  explicit ScriptedURLSession(std::shared_ptr<VirtualQueue> queue);
+  ~ScriptedURLSession() override;
+
+  // Rules: the first that matches answers, again and again. Rules are asked inside the request's dataTask().
+  void respond(Matcher matches, Answer answer);
+  void respond(Matcher matches, Answerer answerer);
+  // A rule for requests whose URL contains the text; an empty text matches every request.
+  void respond(const std::string& urlPart, Answer answer);
+  void clearRules();
+
+  // Answers for one request each, taken before any rule, in order of the queue. The second form only for
+  // requests whose URL contains the text.
+  void enqueue(Answer answer) { enqueue("", std::move(answer)); }
+  void enqueue(const std::string& urlPart, Answer answer);
+
+  // Every request so far in order, those that followed a redirect included, and those still without an
+  // answer.
+  std::vector<std::shared_ptr<ScriptedTask>> tasks() const;
+  std::vector<std::shared_ptr<ScriptedTask>> pending() const;
+  // The requests whose URL contains the text.
+  std::vector<NSURLRequest> requests(const std::string& urlPart = "") const;
+
+  void dataTask(NSURLRequest request, Completion completion) override;
+
+ private:
+  friend class ScriptedTask;
+  struct Rule {
+    Matcher matches;
+    Answerer answerer;
+  };
+  void start(NSURLRequest request, Completion completion, int redirects);
+  std::optional<Answer> answerFor(const NSURLRequest& request);
+  void finish(const NSURLRequest& request, const Answer& answer, Completion completion, int redirects);
+
+  std::shared_ptr<VirtualQueue> queue_;
+  std::shared_ptr<std::mutex> mutex_ = std::make_shared<std::mutex>();
+  std::vector<Rule> rules_;
+  std::vector<Rule> queued_;
+  std::vector<std::shared_ptr<ScriptedTask>> tasks_;
+};
+
+}  // namespace velto::headless

@@ -1,0 +1,85 @@
+// The main queue and the clock of the headless platform: virtual time, moved only by the test.
+//
+// Tasks run inside runUntilIdle(), advance() and runUntil(), on the thread that made the queue, in the order
+// of their due times; equal times in the order of the calls. Nothing sleeps: an hour passes in microseconds.
+// An exception thrown by a task leaves through the running call; the queue stays usable.
+#pragma once
+
+#include "velto/platform/Clock.h"
+#include "velto/platform/MainQueue.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+namespace velto::headless {
+
+class VirtualQueue : public MainQueue, public Clock {
+ public:
+  using Nanoseconds = std::chrono::nanoseconds;
+
+  // 2024-01-01T00:00:00Z.
+  static constexpr double defaultStart = 1'704'067'200;
+
+  VirtualQueue() = default;
+  ~VirtualQueue() override;
+
+  // For tests. Runs everything that is due now, also what those tasks post. Throws std::runtime_error when
+  // the tasks never come to rest (a million in one call).
+  void runUntilIdle();
+  // Moves time forward, running each task at its due time.
+  void advance(Nanoseconds duration);
+  // Moves time from task to task until the condition holds; false when it does not within the limit. Without
+  // a task left, time still moves to the limit, as it would for a user who waits.
+  bool runUntil(const std::function<bool()>& condition, Nanoseconds limit = std::chrono::minutes(5));
+  // Somebody sets the device's clock: the wall clock jumps, due times and monotonic seconds do not.
+  void setSecondsSince1970(double seconds);
+  // Tasks that wait, due or not.
+  size_t pending() const;
+
+  // For the scripted services. A task that stands for another thread (a transport's): isCurrent() is false
+  // while it runs.
+  void postOffMain(Nanoseconds delay, Task task);
+  // Throws std::logic_error naming the operation when the caller does not stand on the main thread.
+  void requireMain(const char* operation) const;
+  // The same for destructors, which must not throw: the running call throws once the task has returned.
+  void reportUnlessMain(const char* operation) noexcept;
+  // Drops all tasks unrun. The platform does it as it goes.
+  void clear();
+
+  void post(Task task) override { add({}, std::move(task), false); }
+  void postAfter(Nanoseconds delay, Task task) override { add(delay, std::move(task), false); }
+  [[nodiscard]] Handle every(Nanoseconds interval, Task task) override;
+  bool isCurrent() const override;
+  double secondsSince1970() const override;
+  double monotonicSeconds() const override;
+
+ private:
+  struct Entry {
+    Task task;
+    bool offMain = false;
+  };
+  struct Repeating;
+  using Due = std::pair<Nanoseconds, uint64_t>;
+
+  void add(Nanoseconds delay, Task task, bool offMain);
+  std::optional<Nanoseconds> nextDue() const;
+  void runNext();
+  void repeat(const std::shared_ptr<Repeating>& repeating);
+
+  mutable std::mutex mutex_;  // for all below but the thread and its flag; never held while a task runs
+  std::map<Due, Entry> tasks_;
+  uint64_t sequence_ = 0;
+  Nanoseconds now_{0};
+  double start_ = defaultStart;
+  const char* misuse_ = nullptr;  // from reportUnlessMain
+  const std::thread::id thread_ = std::this_thread::get_id();
+  bool offMain_ = false;  // a task that stands for another thread is running
+};
+
+}  // namespace velto::headless

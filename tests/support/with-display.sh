@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# Runs a command with a display, a session bus and a home folder of its own, and passes its exit code on. Tests and
+# scripts that open windows go through it, so they neither need nor touch the caller's desktop.
+set -u
+if [ $# -eq 0 ]; then
+  echo "usage: with-display.sh command [argument...]" >&2
+  exit 2
+fi
+for tool in Xvfb dbus-run-session; do
+  if ! command -v "$tool" >/dev/null; then
+    echo "with-display.sh: $tool is not installed (scripts/install-deps)" >&2
+    exit 2
+  fi
+done
+
+home=$(mktemp -d) || exit 2
+server=
+child=
+clean_up() {
+  if [ -n "$child" ]; then kill -- "-$child" 2>/dev/null; fi
+  if [ -n "$server" ]; then kill "$server" 2>/dev/null; wait "$server" 2>/dev/null; fi
+  rm -rf "$home"
+}
+trap clean_up EXIT
+trap 'exit 143' TERM
+trap 'exit 130' INT
+
+# The server writes its number once it can be used; when it dies first, the read ends without one.
+mkfifo "$home/display"
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$home/display" 2>"$home/server.log" &
+server=$!
+if ! read -r number <"$home/display"; then
+  cat "$home/server.log" >&2
+  echo "with-display.sh: Xvfb did not start" >&2
+  exit 2
+fi
+
+mkdir -p "$home"/{data,config,cache,state,tmp}
+mkdir -m 700 "$home/run"
+unset WAYLAND_DISPLAY XDG_CURRENT_DESKTOP GTK_THEME
+export DISPLAY=":$number" HOME="$home" TMPDIR="$home/tmp" XDG_RUNTIME_DIR="$home/run" XDG_DATA_HOME="$home/data"
+export XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_STATE_HOME="$home/state"
+export GDK_BACKEND=x11 GSK_RENDERER=cairo LIBGL_ALWAYS_SOFTWARE=1 WEBKIT_DISABLE_COMPOSITING_MODE=1
+export NO_AT_BRIDGE=1 GTK_A11Y=none GSETTINGS_BACKEND=memory GIO_USE_VFS=local LC_ALL=C.UTF-8 no_proxy='*'
+
+# A process group of its own, so that all of it ends when this script is told to.
+setsid dbus-run-session -- "$@" &
+child=$!
+wait "$child"
+code=$?
+child=
+exit "$code"
