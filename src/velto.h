@@ -9,3 +9,4 @@
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/ui/VeltoBannerViewController.h"
 #include "velto/ui/VeltoDelegates.h"
+#include "velto/video/VeltoVASTURL.h"

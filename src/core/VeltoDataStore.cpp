@@ -27,9 +27,9 @@ NSUserDefaults& defaults() { return Platform::current().standardUserDefaults(); 
 
 template <class T>
 std::optional<T> valueForKey(const std::string& key) {
-  const auto value = defaults().objectForKey(key);
-  const T* held = value ? std::get_if<T>(&*value) : nullptr;
-  return held ? std::optional(*held) : std::nullopt;
+  auto value = defaults().objectForKey(key);
+  T* held = value ? std::get_if<T>(&*value) : nullptr;
+  return held ? std::optional(std::move(*held)) : std::nullopt;
 }
 
 // The store's exceptions end here: a failed write is only told by the result.
@@ -77,6 +77,11 @@ bool VeltoDataStore::storeValue(const std::optional<DefaultsValue>& value, const
 
 bool VeltoDataStore::resetValueForKey(const std::string& key) {
   return changed([&](NSUserDefaults& store) { store.removeObjectForKey(key); });
+}
+
+bool VeltoDataStore::storeEntry(const std::string& entry, const std::optional<std::string>& value,
+                                const std::string& forKey) {
+  return changed([&](NSUserDefaults& store) { store.setEntry(forKey, entry, value); });
 }
 
 std::optional<std::string> VeltoDataStore::getVeltoKey() { return getStringForKey(keyClientId); }

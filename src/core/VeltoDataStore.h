@@ -20,6 +20,9 @@ class VeltoDataStore {
   // False when the store failed. No value removes the key.
   static bool storeValue(const std::optional<DefaultsValue>& value, const std::string& forKey);
   static bool resetValueForKey(const std::string& key);
+  // Changes one entry of a dictionary (made if absent): the same as changing and storing the whole, at a cost that does not
+  // grow with it. Nothing removes the entry. False when the store failed.
+  static bool storeEntry(const std::string& entry, const std::optional<std::string>& value, const std::string& forKey);
 
   static std::optional<std::string> getVeltoKey();
   static std::string getVeltoFromNonNative();  // "native" unless a wrapper named itself

@@ -15,8 +15,8 @@ struct VeltoSettings {
   int64_t age = VeltoSettingNoValue;  // years
   int64_t gender = VeltoGenderNoValue;
   int64_t marital = VeltoMaritalNoValue;
-  std::optional<std::string> mediation;  // name of the mediating platform that wraps this library
-  std::optional<std::vector<std::string>> keywords;
+  std::optional<std::string> mediation = {};  // name of the mediating platform that wraps this library
+  std::optional<std::vector<std::string>> keywords = {};
 
   int64_t getYearOfBirth() const { return yearOfBirth; }
   int64_t getAge() const { return age; }

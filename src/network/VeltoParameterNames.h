@@ -68,4 +68,40 @@ inline constexpr char constParamGDPRConsent[] = "gdpr_consent";
 inline constexpr char constParamGDPRDC[] = "gdpr_dc";
 inline constexpr char constParamPrivacy[] = "us_privacy";
 
+// Requests for video ads, all of them query items. Some things have another name there than above.
+inline constexpr char constParamVeltoKeyVAST[] = "key";
+inline constexpr char constParamOperatingSystem[] = "os";
+inline constexpr char constParamOSVersion[] = "ov";
+inline constexpr char constParamDeviceIp[] = "ip";
+inline constexpr char constParamTrafficSource[] = "source";
+inline constexpr char constParamVideoPosition[] = "vpos";
+inline constexpr char constParamVideoWidth[] = "vw";
+inline constexpr char constParamVideoHeight[] = "vh";
+inline constexpr char constParamVideoMinDuration[] = "vmin";
+inline constexpr char constParamVideoMaxDuration[] = "vmax";
+inline constexpr char constParamVideoFormat[] = "vfmt";
+inline constexpr char constParamVASTVersion[] = "vvers";
+inline constexpr char constParamVASTPlayback[] = "vplay";
+inline constexpr char constParamVPAID[] = "vpaid";
+inline constexpr char constParamVPAIDVersion[] = "vapi";
+inline constexpr char constParamOMSDKIdentifier[] = "omidpn";
+inline constexpr char constParamOMSDKVersion[] = "omidpv";
+inline constexpr char constParamAppStoreUrl[] = "url";
+inline constexpr char constParamAppCategory[] = "acat";
+inline constexpr char constParamCacheBusting[] = "cb";
+inline constexpr char constParamSecure[] = "secure";
+inline constexpr char constParamGdprOptin[] = "gdpr_optin";
+inline constexpr char constParamCOPPA[] = "coppa";
+inline constexpr char constParamUserAgent[] = "ua";
+inline constexpr char constParamLatitude[] = "lat";
+inline constexpr char constParamLongitude[] = "lon";
+inline constexpr char constParamDeviceBrand[] = "mn";
+inline constexpr char constParamDeviceModelVAST[] = "mo";
+inline constexpr char constParamDeviceWidth[] = "dw";
+inline constexpr char constParamDeviceHeight[] = "dh";
+inline constexpr char constParamDeviceDensity[] = "dd";
+inline constexpr char constParamDeviceLanguageVAST[] = "ln";
+inline constexpr char constParamDeviceConnectionTypeVAST[] = "ct";
+inline constexpr char constParamCountryCode[] = "cc";
+
 }  // namespace velto

@@ -34,6 +34,9 @@ struct NSURLRequest {
   std::string httpMethod = "GET";
   HeaderFields allHTTPHeaderFields;
   std::optional<std::string> httpBody;
+  // Bytes of the answer's body, decompressed: one that grows longer is cut off and an error. Nothing: the session's own
+  // bound.
+  std::optional<size_t> maximumBodySize = std::nullopt;
 };
 
 // What a server answered. `isHTTP` is false for schemes that have no status code.
@@ -47,7 +50,7 @@ struct NSURLResponse {
 class NSURLSession {
  public:
   // Exactly one call for each task. An HTTP answer always carries data, empty when there was no body. A transport
-  // failure (no connection, time-out, TLS, more data than promised or less) carries an error.
+  // failure (no connection, time-out, TLS, more data than promised or allowed, or less) carries an error.
   using Completion = std::function<void(std::optional<std::string> data, std::shared_ptr<const NSURLResponse> response,
                                         std::optional<NSError> error)>;
 

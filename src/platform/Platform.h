@@ -2,6 +2,7 @@
 // velto::headless, or a port of your own: docs/porting.md); the library reads it through Platform::current().
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -66,6 +67,10 @@ class Platform {
   virtual ATTrackingManager& trackingManager() = 0;
   virtual WKWebsiteDataStore& websiteDataStore() = 0;
   virtual ViewSystem& views() = 0;
+
+  // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform goes is
+  // destroyed undone; what is being done is waited for. Any thread.
+  virtual void performInBackground(std::function<void()> work) = 0;
 
   // Shared by all platforms.
   NSNotificationCenter& notificationCenter() { return notificationCenter_; }

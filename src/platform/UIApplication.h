@@ -9,6 +9,11 @@
 
 namespace velto {
 
+// Posted by the platform on the main thread when the last of the application's windows goes out of sight, and when one
+// comes back. An application that has shown no window yet counts as in the foreground.
+inline constexpr char UIApplicationWillEnterForegroundNotification[] = "UIApplicationWillEnterForegroundNotification";
+inline constexpr char UIApplicationDidEnterBackgroundNotification[] = "UIApplicationDidEnterBackgroundNotification";
+
 // Main thread.
 class UIApplication {
  public:

@@ -26,6 +26,8 @@ class UIDevice {
   // The hardware's machine identifier. May throw std::runtime_error when it cannot be read.
   virtual std::string machine() const = 0;
   virtual UIUserInterfaceIdiom userInterfaceIdiom() const = 0;
+  // When the system was started, in whole seconds since 1970; 0 when that is not known.
+  virtual int64_t bootTime() const = 0;
 
   // Whether the platform offers what the phone's system offers from this version on. A phone compares its system
   // version; a platform whose own version numbers mean something else answers for what it supports.

@@ -127,7 +127,8 @@ NSURL NSURL::URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) 
   const size_t queryStart = std::min(text_.find('?'), fragment);
   std::vector<std::string> pairs;
   pairs.reserve(items.size());
-  for (const auto& item : items) pairs.push_back(escapedForQuery(item.name) + '=' + escapedForQuery(item.value));
+  for (const auto& item : items)
+    pairs.push_back(escapedForQuery(item.name) + (item.value ? '=' + escapedForQuery(*item.value) : ""));
   return NSURL(text_.substr(0, queryStart) + '?' + join(pairs, "&") + text_.substr(fragment));
 }
 

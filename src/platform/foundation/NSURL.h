@@ -11,7 +11,7 @@ namespace velto {
 
 struct NSURLQueryItem {
   std::string name;
-  std::string value;
+  std::optional<std::string> value;  // nothing: the name stands alone, without "="
   bool operator==(const NSURLQueryItem&) const = default;
 };
 

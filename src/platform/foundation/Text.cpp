@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <random>
 
 #include "velto/platform/foundation/GMemory.h"
 
@@ -99,9 +100,23 @@ std::string uuidString() {
   return uuid;
 }
 
+std::string randomText(std::string_view alphabet, size_t length) {
+  std::random_device source;
+  std::uniform_int_distribution<size_t> index(0, alphabet.size() - 1);
+  std::string text(length, ' ');
+  for (char& c : text) c = alphabet[index(source)];
+  return text;
+}
+
 std::string fixedDecimals(double value, int decimals) {
   char buffer[400];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
+  return std::string(buffer, result.ptr);
+}
+
+std::string numberText(double value) {
+  char buffer[32];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 16);
   return std::string(buffer, result.ptr);
 }
 

@@ -23,8 +23,16 @@ std::optional<std::string> base64Decode(std::string_view text);
 // A random UUID (RFC 9562, version 4), in upper case as the phone platforms write it.
 std::string uuidString();
 
+// Characters of the alphabet, each drawn by itself and with equal chance, from the system's source of
+// randomness.
+std::string randomText(std::string_view alphabet, size_t length);
+
 // With exactly that many decimals, rounded, as "%.*f" prints in the C locale.
 std::string fixedDecimals(double value, int decimals);
+
+// With at most 16 significant digits and no more decimals than needed ("320", "0.5", "1e+21"), as number objects of the phone
+// platforms describe themselves.
+std::string numberText(double value);
 
 // The whole text as a decimal number ("-12", "2.5", "1E3"); nothing for anything else.
 std::optional<double> parseNumber(std::string_view text);

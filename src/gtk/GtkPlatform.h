@@ -1,0 +1,85 @@
+// The Linux platform: each service of the seam by the system's own means. velto::gtk::install() makes it.
+#pragma once
+
+#include "velto/gtk/Absent.h"
+#include "velto/gtk/Application.h"
+#include "velto/gtk/Background.h"
+#include "velto/gtk/Bundle.h"
+#include "velto/gtk/Clock.h"
+#include "velto/gtk/DefaultsStore.h"
+#include "velto/gtk/Device.h"
+#include "velto/gtk/Foreground.h"
+#include "velto/gtk/Locale.h"
+#include "velto/gtk/MainQueue.h"
+#include "velto/gtk/NetworkInfo.h"
+#include "velto/gtk/UrlSession.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/WebSession.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/WKWebsiteDataStore.h"
+
+#include <memory>
+
+namespace velto::gtk {
+
+// Made and destroyed on the main thread. Making it is cheap: what costs starts with its first use (file,
+// transport thread, web engine, network monitor).
+class GtkPlatform : public Platform {
+ public:
+  explicit GtkPlatform(const Options& options);
+  ~GtkPlatform() override;
+
+  // The one installed, or null.
+  static GtkPlatform* installed();
+  Foreground& foreground() { return foreground_; }
+
+  // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
+  // it.
+  void stopThreads();
+
+  GLibMainQueue& mainQueue() override { return mainQueue_; }
+  Clock& clock() override { return clock_; }
+  NSUserDefaults& standardUserDefaults() override { return defaults_; }
+  NSURLSession& urlSession() override { return urlSession_; }
+  NSBundle& mainBundle() override { return mainBundle_; }
+  std::shared_ptr<NSBundle> bundleWithIdentifier(const std::string& identifier) override;
+  UIApplication& application() override { return application_; }
+  UIDevice& device() override { return device_; }
+  UIScreen& mainScreen() override { return screen_; }
+  NSLocale& currentLocale() override { return locale_; }
+  NSTimeZone& localTimeZone() override { return timeZone_; }
+  NetworkInformation& network() override { return network_; }
+  CTTelephonyNetworkInfo& telephony() override { return telephony_; }
+  CLLocationManager& location() override { return location_; }
+  ASIdentifierManager& identifierManager() override { return identifierManager_; }
+  ATTrackingManager& trackingManager() override { return trackingManager_; }
+  WKWebsiteDataStore& websiteDataStore() override;
+  ViewSystem& views() override;
+  void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
+
+ private:
+  GLibMainQueue mainQueue_;  // goes last: the others post to it
+  SystemClock clock_;
+  DefaultsStore defaults_;
+  ApplicationBundle mainBundle_;
+  std::shared_ptr<LibraryBundle> libraryBundle_ = std::make_shared<LibraryBundle>();
+  Application application_{mainQueue_};
+  Foreground foreground_{notificationCenter()};
+  Screen screen_;
+  Device device_;
+  Locale locale_;
+  TimeZone timeZone_;
+  NetworkInfo network_{mainQueue_};
+  NoCarrier telephony_;
+  NoLocation location_;
+  NoAdvertisingIdentifier identifierManager_;
+  NoTracking trackingManager_;
+  std::shared_ptr<WebSession> webSession_;
+  std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
+  std::unique_ptr<ViewSystem> views_;
+  UrlSession urlSession_;
+  Background background_;
+};
+
+}  // namespace velto::gtk

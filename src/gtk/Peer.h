@@ -1,0 +1,46 @@
+// A view of the library on the screen: one view widget (ViewWidget.h). Base of the button's and the web view's peers.
+// Made by the view system, owned by its UIView; main thread only.
+#pragma once
+
+#include <optional>
+
+#include "velto/gtk/ViewWidget.h"
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/foundation/GMemory.h"
+
+namespace velto::gtk {
+
+class Peer : public virtual ViewPeer {
+ public:
+  explicit Peer(GtkAccessibleRole role = GTK_ACCESSIBLE_ROLE_GROUP);
+  Peer(const Peer&) = delete;
+  Peer& operator=(const Peer&) = delete;
+  ~Peer() override;
+
+  void setFrame(const CGRect& frame) override;
+  void setAlpha(double alpha) override;
+  void setHidden(bool hidden) override;
+  void setBackgroundColor(const UIColor& color) override;
+  void setTouchable(bool touchable) override;
+  void insertSubview(ViewPeer& child, size_t index) override;
+  void removeFromSuperview() override;
+
+  GtkWidget* widget() const { return widget_; }
+
+ protected:
+  // The widget that subviews go into: this view's own, unless a peer has another inside it.
+  virtual GtkWidget* container() const { return widget_; }
+
+ private:
+  static void touchBegan(GtkGestureClick*, int presses, double x, double y, Peer* self) noexcept;
+  static void touchEnded(GtkGestureClick*, int presses, double x, double y, Peer* self) noexcept;
+
+  GPtr<GtkWidget> widget_;
+  GtkGesture* tap_ = nullptr;        // the widget's
+  std::optional<CGPoint> pressed_;   // where the touch began, while it lasts
+};
+
+// Whether a touch between these points is a tap and no drag.
+bool isTap(CGPoint from, CGPoint to);
+
+}  // namespace velto::gtk

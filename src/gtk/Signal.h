@@ -1,0 +1,36 @@
+// A connection to a GObject's signal that ends with its owner. Used by the platform's services.
+#pragma once
+
+#include "velto/platform/foundation/GMemory.h"
+
+#include <glib-object.h>
+
+namespace velto::gtk {
+
+class Signal {
+ public:
+  Signal() = default;
+  // The handler is called with `receiver` as its last argument, and must be noexcept.
+  Signal(gpointer sender, const char* name, GCallback handler, gpointer receiver)
+      : sender_(GPtr<GObject>::retain(G_OBJECT(sender))),
+        id_(g_signal_connect(sender, name, handler, receiver)) {}
+  Signal(Signal&&) = default;
+  Signal& operator=(Signal&& other) noexcept {
+    disconnect();
+    sender_ = std::move(other.sender_);
+    id_ = other.id_;
+    return *this;
+  }
+  ~Signal() { disconnect(); }
+
+ private:
+  void disconnect() {
+    if (sender_) g_signal_handler_disconnect(sender_, id_);
+    sender_.reset();
+  }
+
+  GPtr<GObject> sender_;
+  gulong id_ = 0;
+};
+
+}  // namespace velto::gtk

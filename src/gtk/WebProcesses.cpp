@@ -1,0 +1,141 @@
+// Web processes: bringing up, sharing, leaving behind.
+#include "velto/gtk/WebProcesses.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+
+namespace velto::gtk {
+namespace {
+
+constexpr int adsForProcess = 32;
+constexpr uint64_t residentForProcess = uint64_t{300} << 20;  // bytes
+constexpr guint preparedLife = 30;                            // seconds
+
+// The kernel's list for each thread costs far less than a walk through all processes of the machine.
+std::vector<pid_t> childrenOf(pid_t process) {
+  std::vector<pid_t> children;
+  const std::string tasks = "/proc/" + std::to_string(process) + "/task/";
+  const GOwned<GDir, g_dir_close> folder(g_dir_open(tasks.c_str(), 0, nullptr));
+  while (const char* task = folder ? g_dir_read_name(folder.get()) : nullptr) {
+    std::ifstream list(tasks + task + "/children");
+    for (pid_t child = 0; list >> child;) children.push_back(child);
+  }
+  return children;
+}
+
+// The engine may put a sandbox's process or two between this one and its own.
+void collectWebProcesses(pid_t process, int depth, std::vector<pid_t>& found) {
+  for (const pid_t child : childrenOf(process)) {
+    std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+    std::string name;
+    std::getline(file, name);
+    if (name.starts_with("WebKitWebProces")) found.push_back(child);  // the kernel keeps 15 characters
+    else if (depth > 0) collectWebProcesses(child, depth - 1, found);
+  }
+}
+
+std::vector<pid_t> webProcesses() {
+  std::vector<pid_t> found;
+  collectWebProcesses(getpid(), 2, found);
+  return found;
+}
+
+uint64_t residentBytes(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/statm");
+  uint64_t size = 0;
+  uint64_t resident = 0;
+  file >> size >> resident;
+  return resident * static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+GPtr<WebKitWebView> newWebView(const char* sourceProperty, gpointer source) {
+  const auto scripts = GPtr<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
+  return GPtr<WebKitWebView>::sink(WEBKIT_WEB_VIEW(g_object_new(
+      WEBKIT_TYPE_WEB_VIEW, sourceProperty, source, "user-content-manager", scripts.get(), nullptr)));
+}
+
+}  // namespace
+
+WebProcess::WebProcess() : before_(webProcesses()) {}
+
+// The engine does not tell which process is whose: it is the one that is new. With more than one (the application has web
+// views too) its size stays unknown, and only the count of ads decides.
+void WebProcess::pageArrived() {
+  if (pid_) return;
+  std::vector<pid_t> fresh;
+  for (const pid_t process : webProcesses())
+    if (std::find(before_.begin(), before_.end(), process) == before_.end()) fresh.push_back(process);
+  if (fresh.size() == 1) pid_ = fresh.front();
+}
+
+bool WebProcess::hasRoom() const {
+  return !ended_ && ads_ < adsForProcess && (!pid_ || residentBytes(pid_) < residentForProcess);
+}
+
+Engine::Engine(GPtr<WebKitWebView> webView, std::shared_ptr<WebProcess> itsProcess)
+    : view(std::move(webView)), process(std::move(itsProcess)) {}
+
+Engine& Engine::operator=(Engine&& other) noexcept {
+  std::swap(view, other.view);
+  std::swap(process, other.process);
+  std::swap(arriving, other.arriving);
+  return *this;
+}
+
+// Left to itself a process leaves when it has nothing more to do, and one whose page hangs in a loop never has.
+Engine::~Engine() {
+  if (view && process.use_count() == 1) webkit_web_view_terminate_web_process(view);
+}
+
+Engine freshEngine(WebKitNetworkSession* network) {
+  auto process = std::make_shared<WebProcess>();
+  return Engine(newWebView("network-session", network), std::move(process));
+}
+
+Engine relatedEngine(const Engine& other) { return Engine(newWebView("related-view", other.view), other.process); }
+
+PreparedEngine::PreparedEngine(WebKitNetworkSession* network) : engine_(freshEngine(network)) {
+  engine_.arriving = true;
+  g_signal_connect(engine_.view, "load-changed", G_CALLBACK(loadChanged), this);
+  g_signal_connect(engine_.view, "web-process-terminated", G_CALLBACK(terminated), this);
+  timer_ = g_timeout_add_seconds(preparedLife, timedOut, this);
+  webkit_web_view_load_html(engine_.view, "", nullptr);
+}
+
+PreparedEngine::~PreparedEngine() { letGo(); }
+
+void PreparedEngine::letGo() {
+  if (timer_) g_source_remove(std::exchange(timer_, 0));
+  if (engine_.view) g_signal_handlers_disconnect_by_data(engine_.view, this);
+  const Engine gone = std::move(engine_);
+}
+
+std::optional<Engine> PreparedEngine::take() {
+  if (!engine_.view) return std::nullopt;
+  g_signal_handlers_disconnect_by_data(engine_.view, this);
+  Engine taken = std::move(engine_);
+  letGo();
+  return taken;
+}
+
+void PreparedEngine::loadChanged(WebKitWebView*, WebKitLoadEvent event, PreparedEngine* self) noexcept {
+  if (event != WEBKIT_LOAD_FINISHED) return;
+  self->engine_.arriving = false;
+  self->engine_.process->pageArrived();
+}
+
+void PreparedEngine::terminated(WebKitWebView*, WebKitWebProcessTerminationReason, PreparedEngine* self) noexcept {
+  self->letGo();
+}
+
+gboolean PreparedEngine::timedOut(gpointer self) noexcept {
+  auto& prepared = *static_cast<PreparedEngine*>(self);
+  prepared.timer_ = 0;
+  prepared.letGo();
+  return G_SOURCE_REMOVE;
+}
+
+}  // namespace velto::gtk

@@ -1,0 +1,74 @@
+// Where a web view's process comes from. Starting one takes nearly all of the time to a first ad (some 150 ms), so it is
+// brought up while the ad is still being fetched, and a view that replaces another shares its process. Main thread only.
+#pragma once
+
+#include <sys/types.h>
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/foundation/GMemory.h"
+
+namespace velto::gtk {
+
+// One web process, as far as it can be known from outside; shared by the views that live in it.
+class WebProcess {
+ public:
+  WebProcess();  // to be made just before its first view
+
+  void pageArrived();  // the first page of it is up, so it can be told which process it is
+  void adLoaded() { ++ads_; }
+  void ended() { ended_ = true; }
+  bool hasEnded() const { return ended_; }
+  // Whether one more ad may run in it. Pages leave memory behind, so it is left to die after some dozens, or grown large.
+  bool hasRoom() const;
+
+ private:
+  std::vector<pid_t> before_;
+  pid_t pid_ = 0;  // unknown
+  int ads_ = 0;
+  bool ended_ = false;
+};
+
+// A web view of the engine with its process. Moves; the process is ended with the last view in it, at once.
+struct Engine {
+  Engine() = default;
+  Engine(GPtr<WebKitWebView> webView, std::shared_ptr<WebProcess> itsProcess);
+  Engine(Engine&&) noexcept = default;
+  Engine& operator=(Engine&& other) noexcept;
+  ~Engine();
+
+  GPtr<WebKitWebView> view;
+  std::shared_ptr<WebProcess> process;
+  bool arriving = false;  // while an empty page is on its way into it
+};
+
+Engine freshEngine(WebKitNetworkSession* network);
+Engine relatedEngine(const Engine& other);  // in the other's process
+
+// A hidden web view that has loaded an empty page, so its process is up. The next web view takes it over; if none does,
+// it and its process go with this object, or by themselves after half a minute.
+class PreparedEngine final : public PreparedWebContent {
+ public:
+  explicit PreparedEngine(WebKitNetworkSession* network);
+  PreparedEngine(const PreparedEngine&) = delete;
+  PreparedEngine& operator=(const PreparedEngine&) = delete;
+  ~PreparedEngine() override;
+
+  // Nothing when it was taken before, timed out, or its process died.
+  std::optional<Engine> take();
+
+ private:
+  static void loadChanged(WebKitWebView*, WebKitLoadEvent event, PreparedEngine* self) noexcept;
+  static void terminated(WebKitWebView*, WebKitWebProcessTerminationReason, PreparedEngine* self) noexcept;
+  static gboolean timedOut(gpointer self) noexcept;
+  void letGo();
+
+  Engine engine_;
+  guint timer_ = 0;
+};
+
+}  // namespace velto::gtk

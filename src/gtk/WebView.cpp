@@ -1,0 +1,223 @@
+// The web view: loads, navigation decisions and load events.
+#include "velto/gtk/WebView.h"
+
+#include <algorithm>
+
+#include "velto/gtk/WebGuards.h"
+#include "velto/gtk/WebNavigation.h"
+#include "velto/platform/ui/WKWebView.h"
+
+namespace velto::gtk {
+namespace {
+
+constexpr char emptyAddress[] = "about:blank";  // what a document without base has
+
+// Only the page as a whole stands still: its own scrolling boxes go on, and so do its scripts' scrollTo().
+constexpr char noScrollingStyle[] = ":root { overflow: hidden !important; }";
+
+void addUserScript(WebKitUserContentManager* manager, const WKUserScript& script) {
+  // No list of allowed addresses: one of http and https would leave the document without base out.
+  const GOwned<WebKitUserScript, webkit_user_script_unref> made(webkit_user_script_new(
+      script.source.c_str(),
+      script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+      script.injectionTime == WKUserScriptInjectionTime::AtDocumentStart ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
+                                                                         : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
+      nullptr, nullptr));
+  webkit_user_content_manager_add_script(manager, made.get());
+}
+
+// Ends of loads that are none: another load took over, or the library itself said no to a navigation.
+bool isNoFailure(const GError& error) {
+  return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+         g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_CANNOT_SHOW_URI) ||
+         g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+}
+
+}  // namespace
+
+WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
+    : engine_(std::move(engine)), scripts_(std::make_shared<PageScripts>(engine_.view)) {
+  auto* view = engine_.view.get();
+  guardWebView(view);
+  configure(configuration);
+  g_signal_connect(view, "decide-policy", G_CALLBACK(decidePolicy), this);
+  g_signal_connect(view, "create", G_CALLBACK(createView), this);
+  g_signal_connect(view, "load-changed", G_CALLBACK(loadChanged), this);
+  g_signal_connect(view, "load-failed", G_CALLBACK(loadFailed), this);
+  g_signal_connect(view, "load-failed-with-tls-errors", G_CALLBACK(loadFailedWithTLSErrors), this);
+  g_signal_connect(view, "web-process-terminated", G_CALLBACK(processTerminated), this);
+  gtk_widget_set_parent(GTK_WIDGET(view), widget());
+}
+
+WebView::~WebView() {
+  g_signal_handlers_disconnect_by_data(engine_.view, this);
+  if (gtk_widget_get_parent(GTK_WIDGET(engine_.view.get()))) gtk_widget_unparent(GTK_WIDGET(engine_.view.get()));
+}
+
+void WebView::configure(const WKWebViewConfiguration& configuration) {
+  const bool playsByItself =
+      configuration.mediaTypesRequiringUserActionForPlayback == 0 || !configuration.requiresUserActionForMediaPlayback;
+  g_object_set(webkit_web_view_get_settings(engine_.view),                              //
+               "media-playback-requires-user-gesture", playsByItself ? FALSE : TRUE,    //
+               "media-playback-allows-inline", configuration.allowsInlineMediaPlayback ? TRUE : FALSE, nullptr);
+  policies_ = GPtr<WebKitWebsitePolicies>::adopt(webkit_website_policies_new_with_policies(
+      "autoplay", playsByItself ? WEBKIT_AUTOPLAY_ALLOW : WEBKIT_AUTOPLAY_DENY, nullptr));
+  auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
+  for (const auto& script : configuration.userContentController.userScripts) addUserScript(manager, script);
+  const GdkRGBA clear = {0, 0, 0, 0};  // the view's own background is the widget's to paint
+  webkit_web_view_set_background_color(engine_.view, &clear);
+}
+
+bool WebView::canShareProcess() const {
+  return load_ != Load::None && engine_.process->hasRoom() &&
+         webkit_web_view_get_is_web_process_responsive(engine_.view);
+}
+
+std::shared_ptr<WKWebView> WebView::owner() const {
+  return std::static_pointer_cast<WKWebView>(owner_->shared_from_this());
+}
+
+void WebView::evaluateJavaScript(const std::string& script, PageScripts::Completion completion) {
+  scripts_->run(script, std::move(completion));
+}
+
+void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
+  if (behavior.scrollEnabled == !noScrolling_) return;
+  auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
+  if (behavior.scrollEnabled) {
+    webkit_user_content_manager_remove_style_sheet(manager, noScrolling_.get());
+    noScrolling_.reset();
+  } else {
+    noScrolling_.reset(webkit_user_style_sheet_new(noScrollingStyle, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                                                   WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr));
+    webkit_user_content_manager_add_style_sheet(manager, noScrolling_.get());
+  }
+}
+
+// --- loading ----------------------------------------------------------------------------------------------------
+
+void WebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
+  std::string base = baseURL && !isFile(baseURL->absoluteString()) ? baseURL->absoluteString() : "";
+  // The empty page of prepared content looks like a page without base to the engine's events, so it is waited for.
+  if (engine_.arriving) waiting_ = {html, std::move(base)};
+  else load(html, base);
+}
+
+void WebView::load(const std::string& html, const std::string& base) {
+  if (engine_.process->hasEnded()) engine_.process = std::make_shared<WebProcess>();
+  engine_.process->adLoaded();
+  load_ = Load::Requested;
+  ownNavigations_.push_back(base.empty() ? emptyAddress : base);
+  // By bytes with their length: markup may hold a zero, and may be large. The engine refuses to load no bytes at all.
+  const std::string_view markup = html.empty() ? "\n" : std::string_view(html);
+  const GOwned<GBytes, g_bytes_unref> bytes(g_bytes_new(markup.data(), markup.size()));
+  webkit_web_view_load_bytes(engine_.view, bytes.get(), "text/html", "UTF-8", base.empty() ? nullptr : base.c_str());
+}
+
+void WebView::engineArrived() {
+  engine_.arriving = false;
+  if (const auto next = std::exchange(waiting_, std::nullopt)) load(next->first, next->second);
+}
+
+void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) noexcept {
+  switch (event) {
+    case WEBKIT_LOAD_STARTED:
+      if (!self->engine_.arriving) self->load_ = Load::Started;
+      break;
+    case WEBKIT_LOAD_COMMITTED:
+      self->scripts_->documentChanged();
+      self->engine_.process->pageArrived();
+      break;
+    case WEBKIT_LOAD_FINISHED:
+      if (self->engine_.arriving) return self->engineArrived();
+      if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
+      self->load_ = Load::Ended;
+      self->owner()->peerDidFinishNavigation();
+      break;
+    default: break;
+  }
+}
+
+gboolean WebView::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, WebView* self) noexcept {
+  if (self->engine_.arriving) return TRUE;
+  if (!isNoFailure(*error)) self->fail(errorFrom(*error));
+  else if (self->load_ == Load::Started) self->load_ = Load::Requested;
+  return TRUE;  // no error page in the ad's place
+}
+
+gboolean WebView::loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*, GTlsCertificateFlags,
+                                          WebView* self) noexcept {
+  self->fail({g_quark_to_string(G_TLS_ERROR), G_TLS_ERROR_BAD_CERTIFICATE,
+              std::string("The certificate cannot be trusted: ") + (address ? address : "")});
+  return TRUE;
+}
+
+// The engine starts another process by itself for the next load.
+void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebView* self) noexcept {
+  self->engine_.process->ended();
+  self->ownNavigations_.clear();
+  self->scripts_->documentChanged();
+  if (self->engine_.arriving) return self->engineArrived();
+  if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended"});
+}
+
+// Once for each load, whatever else the engine tells of it.
+void WebView::fail(const NSError& error) {
+  load_ = Load::Ended;
+  owner()->peerDidFailNavigation(error);
+}
+
+// --- navigations ------------------------------------------------------------------------------------------------
+
+gboolean WebView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                               WebView* self) noexcept {
+  if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+    self->decideNavigation(decision, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION);
+    return TRUE;
+  }
+  // What the engine cannot show would become a download.
+  if (webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision)))
+    webkit_policy_decision_use(decision);
+  else
+    webkit_policy_decision_ignore(decision);
+  return TRUE;
+}
+
+void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow) {
+  auto* described = webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  const std::string address = addressOf(described);
+  const WKNavigationAction action = navigationAction(described);
+  const auto view = owner();
+  const bool allowed = isOwnNavigation(action, address) ||
+                       (!isFile(address) && view->peerDecidePolicy(action) == WKNavigationActionPolicy::Allow &&
+                        isLoadable(address));
+  const bool removed = view.use_count() == 1;  // by the delegate: a load now would only leave a process behind
+  if (allowed && !inNewWindow && !removed) {
+    webkit_policy_decision_use_with_policies(decision, policies_);
+    return;
+  }
+  webkit_policy_decision_ignore(decision);
+  // There is one window only: a person's link opens in it, a script's window not at all.
+  if (allowed && !removed && action.navigationType == WKNavigationType::LinkActivated) {
+    ownNavigations_.push_back(address);
+    webkit_web_view_load_uri(engine_.view, address.c_str());
+  }
+}
+
+// The engine asks about what the library itself told it to load as well, in that order.
+bool WebView::isOwnNavigation(const WKNavigationAction& action, const std::string& address) {
+  if (action.navigationType != WKNavigationType::Other) return false;
+  const auto found = std::find(ownNavigations_.begin(), ownNavigations_.end(), address);
+  if (found == ownNavigations_.end()) return engine_.arriving;
+  ownNavigations_.erase(ownNavigations_.begin(), found + 1);
+  return true;
+}
+
+// window.open() asks here only. The delegate hears of it, since it may be a command; a window there is never.
+GtkWidget* WebView::createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept {
+  const std::string address = addressOf(action);
+  if (!isFile(address)) self->owner()->peerDecidePolicy({navigationAction(action).requestURL, WKNavigationType::Other});
+  return nullptr;
+}
+
+}  // namespace velto::gtk
