@@ -1,0 +1,71 @@
+// The demo's window: a page with room for banners, a column of buttons, and a log of what the banners' delegates hear.
+// main() makes one; its buttons and the tour show the same cases. Main thread.
+#pragma once
+
+#include <gtk/gtk.h>
+#include <velto/velto.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace demo {
+
+enum class Place { Top, Bottom, AtPoint, InPage };
+
+// One thing to show. Its key tells the sandbox what to answer.
+struct Case {
+  std::string name;
+  std::string label;
+  Place place;
+  velto::VeltoBannerSize size;
+  velto::VeltoAnimation animation = velto::VeltoAnimationNone;
+  int refreshSeconds = 0;
+  std::string key = "demo";
+};
+
+// What a delegate heard.
+struct Event {
+  double ms;  // since the window was made
+  std::string name;
+  std::string what;
+};
+
+class Stage {
+ public:
+  static const std::vector<Case>& cases();
+
+  Stage();
+  Stage(const Stage&) = delete;
+  Stage& operator=(const Stage&) = delete;
+  ~Stage();
+
+  // Puts the case's banner into its place, instead of the one that is there. The name must be one of cases().
+  void show(const std::string& name);
+  void clear();
+
+  bool isOpen() const { return window_ != nullptr; }
+  GtkWindow* window() const { return window_; }
+  GtkWidget* content() const { return gtk_window_get_child(window_); }  // banners included
+  // Where a case's banner of that size belongs, in points of the content.
+  velto::CGRect expectedFrame(const std::string& name, velto::CGSize size) const;
+
+  const std::vector<Event>& events() const { return events_; }
+  int count(const std::string& name, const std::string& what) const;
+
+ private:
+  class Banner;
+  static const Case& caseOf(const std::string& name);
+  void add(const std::string& name, const std::string& what);
+
+  GtkWindow* window_ = nullptr;  // null once closed
+  GtkWidget* slot_ = nullptr;    // the widget that a banner can be put into
+  GtkTextView* log_ = nullptr;
+  std::shared_ptr<velto::UIViewController> host_;
+  std::map<Place, std::shared_ptr<Banner>> banners_;
+  std::vector<Event> events_;
+  const gint64 start_ = g_get_monotonic_time();
+};
+
+}  // namespace demo

@@ -1,0 +1,32 @@
+#include <velto/gtk/VeltoGtk.h>
+#include <velto/velto.h>
+
+struct Ads : velto::VeltoBannerViewControllerDelegate {
+  std::shared_ptr<velto::UIViewController> host;
+  std::shared_ptr<velto::VeltoBannerViewController> banner;
+
+  std::shared_ptr<velto::UIViewController> presentViewController() override { return host; }
+  void veltoBannerViewControllerDidFail(velto::VeltoBannerViewControllerPrivate&,
+                                        const velto::VeltoErrorAd& error) override {
+    g_printerr("no banner: %s\n", error.descriptionError().value_or("unknown").c_str());
+  }
+};
+
+static void start(GtkApplication* application, const std::shared_ptr<Ads>* ads) {
+  GtkWidget* window = gtk_application_window_new(application);
+  gtk_window_set_default_size(GTK_WINDOW(window), 480, 320);
+  velto::gtk::install({.applicationIdentifier = "org.example.first"});
+  velto::VeltoFramework::addVeltoKey("your-publisher-key");
+  (*ads)->host = velto::gtk::hostViewController(GTK_WINDOW(window));
+  (*ads)->banner = velto::VeltoBannerViewController::initWithDelegate(*ads, velto::VeltoBannerSize320x50,
+                                                                      velto::VeltoBannerPositionBottom);
+  (*ads)->banner->load();
+  gtk_window_present(GTK_WINDOW(window));
+}
+
+int main(int count, char** words) {
+  auto ads = std::make_shared<Ads>();
+  GtkApplication* application = gtk_application_new("org.example.first", G_APPLICATION_DEFAULT_FLAGS);
+  g_signal_connect(application, "activate", G_CALLBACK(start), &ads);
+  return g_application_run(G_APPLICATION(application), count, words);
+}

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Installs a build into a folder that is then moved, and uses that copy as a stranger would: every header by itself, a
+# program built with find_package, the same program built with pkg-config.
+# usage: check.sh <build folder> <C++ compiler> <platform>...
+set -euo pipefail
+build=$1
+export CXX=$2
+shift 2
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/first" >"$work/install.log"
+prefix=$work/moved
+mv "$work/first" "$prefix"
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name velto.pc)")
+export PKG_CONFIG_PATH
+
+echo "== every installed header compiles by itself"
+modules=$(printf 'velto-%s ' "$@")
+# shellcheck disable=SC2086
+PC_FLAGS=$(pkg-config --cflags $modules)
+export PC_FLAGS
+if grep -rlE 'nlohmann|GMemory|<glib|<gio/' "$prefix/include/velto"; then
+  echo "the headers above show what is private to the library" >&2
+  exit 1
+fi
+compile_header() {
+  # shellcheck disable=SC2086
+  echo "#include \"velto/$1\"" | "$CXX" -std=c++20 -Wall -Wextra -Werror -fsyntax-only $PC_FLAGS -x c++ -
+}
+export -f compile_header
+(cd "$prefix/include/velto" && find . -name '*.h' -printf '%P\n') >"$work/headers"
+[ "$(wc -l <"$work/headers")" -gt 50 ]
+xargs -P "$(nproc)" -I{} bash -c 'compile_header {}' <"$work/headers"
+
+echo "== find_package"
+cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*")" >"$work/cmake.log" ||
+  { cat "$work/cmake.log"; exit 1; }
+cmake --build "$work/consumer"
+"$work/consumer/headless"
+
+echo "== pkg-config"
+for platform in "$@"; do
+  # shellcheck disable=SC2046
+  "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
+done
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir velto) "$work/headless"
