@@ -17,12 +17,14 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
   VeltoFramework::acceptPersonalInfoContent(true);
   VeltoFramework::addVeltoKey("key-1", true);
 
-  const auto entries = platform->defaults()->entries();
+  auto entries = platform->defaults()->entries();
   const std::map<std::string, DefaultsValue> expected{
       {"kVeltoClientIdKey", "key-1"},   {"constVeltoTestMode", 1.0}, {"constVeltoPlatform", "native"},
       {"constVeltoEndpoint", ""},       {"kVeltoGDPROptin", 0.0},    {"kVeltoGDPRConsent", ""},
       {"kVeltoCCPAConsent", ""},
   };
+  // The install that a first registration tracks waits there too, and its request asked for the user agent.
+  EXPECT_EQ(entries.erase("kVeltoTrackIdentifierKey") + entries.erase("kVeltoUserAgentKey"), 2U);
   EXPECT_EQ(entries, expected);
 
   VeltoFramework::setEndpoint("abc");

@@ -87,6 +87,21 @@ const char* defaultScenario() {
         "<html><body style=\"margin: 0; background: #604020; color: white\">Mediated ad {{count}}",
         "<script>window.onload = function () { location.href = 'velto://loadFinished'; };</script>",
         "</body></html>"]}},
+    {"name": "no video ad", "when": {"kind": "vast", "key": "nofill"}, "answer": {
+      "headers": {"Content-Type": "application/xml"}, "body": "<VAST version=\"2.0\"/>"}},
+    {"name": "video ad", "when": {"kind": "vast"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>",
+        "<VAST version=\"2.0\"><Ad id=\"sandbox-{{count}}\"><InLine>",
+        "<AdSystem>velto-sandbox</AdSystem><AdTitle>Sandbox video for {{key}}</AdTitle>",
+        "<Impression><![CDATA[https://{{host}}/landing?impression={{count}}]]></Impression>",
+        "<Creatives><Creative><Linear><Duration>00:00:15</Duration>",
+        "<VideoClicks><ClickThrough><![CDATA[https://{{host}}/landing]]></ClickThrough></VideoClicks>",
+        "<MediaFiles><MediaFile delivery=\"progressive\" type=\"video/mp4\" width=\"{{width}}\" height=\"{{height}}\">",
+        "<![CDATA[https://{{host}}/video.mp4]]></MediaFile></MediaFiles></Linear></Creative></Creatives>",
+        "</InLine></Ad></VAST>"]}},
     {"name": "landing page", "when": {"kind": "download", "path": "/landing"}, "answer": {
       "headers": {"Content-Type": "text/html"},
       "body": "<html><body>Landing page of the sandbox</body></html>"}}

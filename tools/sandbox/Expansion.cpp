@@ -2,6 +2,7 @@
 #include "sandbox/Expansion.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 
 #include "sandbox/Json.h"
@@ -27,11 +28,17 @@ int screenLength(const Json& body, const char* key, int fallback) {
   return length >= 1 && length <= 100000 ? static_cast<int>(length) : fallback;
 }
 
+int queryLength(const RecordedRequest& request, const char* item, int fallback) {
+  const double length = std::strtod(request.queryValue(item).c_str(), nullptr);
+  return length >= 1 && length <= 100000 ? static_cast<int>(length) : fallback;
+}
+
 // The size that the ad should have: the banner's, or the screen's for smart banners (in width) and
 // interstitials.
 std::pair<int, int> sizeFor(const RecordedRequest& request) {
   int width = 320;
   int height = 50;
+  if (request.kind == Kind::Vast) return {queryLength(request, "vw", 640), queryLength(request, "vh", 360)};
   if (request.kind != Kind::Ad) return {width, height};
   if (std::sscanf(request.queryValue("fsz").c_str(), "%5dx%5d", &width, &height) == 2) return {width, height};
   Json body;
@@ -66,7 +73,7 @@ void expand(ChosenAnswer& chosen, const RecordedRequest& request) {
   const auto [width, height] = sizeFor(request);
   const std::map<std::string, std::string> values = {
       {"width", std::to_string(width)},           {"height", std::to_string(height)},
-      {"key", harmless(request.queryValue("k"))}, {"type", harmless(request.queryValue("at"))},
+      {"key", harmless(request.queryValue(request.kind == Kind::Vast ? "key" : "k"))}, {"type", harmless(request.queryValue("at"))},
       {"host", harmless(request.host)},           {"count", std::to_string(chosen.turn)},
   };
   replaceAll(chosen.answer.body, values);

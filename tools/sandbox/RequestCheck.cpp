@@ -2,6 +2,7 @@
 #include "sandbox/RequestCheck.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "sandbox/Server.h"
 #include "sandbox/Text.h"
@@ -58,6 +59,10 @@ class Checker {
     } else {
       expect(!record_.track->arguments.empty(), "track identifier: the install's key is empty");
     }
+  }
+
+  void checkVast() {
+    for (std::string& problem : checkVastQuery(record_)) record_.problems.push_back(std::move(problem));
   }
 
   void checkOther() { expect(false, "no request of the library: " + record_.method + " " + record_.path); }
@@ -120,12 +125,15 @@ class Checker {
 
 }  // namespace
 
-Kind kindOf(const std::string& method, const std::string& path) {
+Kind kindOf(const RecordedRequest& record) {
+  const auto& [method, path] = std::tie(record.method, record.path);
   if (path == kAdPath || path == kEndpointAdPath) return Kind::Ad;
   if (path == "/dev/puressp.php") return Kind::Mediation;
   if (path == "/trk_install.php") return Kind::Install;
   if (path == "/trk_click.php") return Kind::Click;
-  return method == "GET" || method == "HEAD" ? Kind::Download : Kind::Other;
+  if (method != "GET" && method != "HEAD") return Kind::Other;
+  // Requests for video ads go to whatever place the application names; no download asks for a VAST version.
+  return record.hasQuery("vvers") ? Kind::Vast : Kind::Download;
 }
 
 std::string endpointOf(const std::string& host, const Names& names) {
@@ -143,6 +151,8 @@ void checkRequest(RecordedRequest& record, const Names& names) {
     case Kind::Install:
     case Kind::Click:
       return checker.checkTrack();
+    case Kind::Vast:
+      return checker.checkVast();
     case Kind::Other:
       return checker.checkOther();
     case Kind::Download:

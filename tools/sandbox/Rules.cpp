@@ -13,6 +13,8 @@ const char* wordFor(Kind kind) {
       return "install";
     case Kind::Click:
       return "click";
+    case Kind::Vast:
+      return "vast";
     case Kind::Download:
       return "download";
     case Kind::Tls:

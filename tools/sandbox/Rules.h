@@ -11,7 +11,7 @@
 
 namespace velto::sandbox {
 
-enum class Kind { Ad, Mediation, Install, Click, Download, Other, Tls };
+enum class Kind { Ad, Mediation, Install, Click, Vast, Download, Other, Tls };
 
 // The word of a kind as scenario files and recorded lines spell it: "ad", "mediation", ...
 const char* wordFor(Kind kind);

@@ -105,7 +105,7 @@ Match readMatch(const Node& node) {
   if (node.has("kind")) {
     std::vector<std::pair<std::string, Kind>> kinds;
     for (const Kind kind :
-         {Kind::Ad, Kind::Mediation, Kind::Install, Kind::Click, Kind::Download, Kind::Other}) {
+         {Kind::Ad, Kind::Mediation, Kind::Install, Kind::Click, Kind::Vast, Kind::Download, Kind::Other}) {
       kinds.emplace_back(wordFor(kind), kind);
     }
     match.kind = node["kind"].word(kinds);

@@ -52,7 +52,7 @@ RecordedRequest recordOf(const httplib::Request& request, const TlsConnection& c
     record.headers.emplace_back(name, value);
   }
   record.body = request.body;
-  record.kind = kindOf(record.method, record.path);
+  record.kind = kindOf(record);
   return record;
 }
 
@@ -227,8 +227,9 @@ class Server::Impl {
     facts.host = record.host;
     facts.endpoint = endpointOf(record.host, options_.names);
     facts.path = record.path;
-    facts.key =
-        record.kind == Kind::Install && record.track ? record.track->arguments : record.queryValue("k");
+    facts.key = record.kind == Kind::Install && record.track
+                    ? record.track->arguments
+                    : record.queryValue(record.kind == Kind::Vast ? "key" : "k");
     facts.type = record.queryValue("at");
     facts.size = record.queryValue("fsz");
     if (std::optional<ChosenAnswer> chosen = rules_.choose(facts)) return std::move(*chosen);

@@ -1,0 +1,127 @@
+// The window, the loop over the loads, the reports.
+#include "LoadProgram.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
+#include "Measure.h"
+
+namespace velto::bench {
+namespace {
+
+constexpr guint longestLoad = 30'000;  // milliseconds
+constexpr guint windowSettles = 300;
+constexpr guint loadSettles = 20;  // an ad stands for half a minute; its last events belong to no later load
+constexpr guint memorySettles = 500;
+
+struct Arguments {
+  Server server;
+  int loads = 0;
+  std::vector<int> pauses;
+};
+
+std::optional<int> positive(const char* word) {
+  const std::string text(word);
+  int number = 0;
+  const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (fault != std::errc() || end != text.data() + text.size() || number < 1) return std::nullopt;
+  return number;
+}
+
+std::optional<Arguments> parse(int count, char** words) {
+  if (count < 5) return std::nullopt;
+  Arguments arguments{{words[1], words[2], words[3]}, 0, {}};
+  std::vector<int> numbers;
+  for (int i = 4; i < count; ++i) {
+    const auto number = positive(words[i]);
+    if (!number) return std::nullopt;
+    numbers.push_back(*number);
+  }
+  arguments.loads = numbers.front();
+  arguments.pauses.assign(numbers.begin() + 1, numbers.end());
+  return arguments;
+}
+
+void runMainLoopFor(guint duration) {
+  bool over = false;
+  g_timeout_add_once(
+      duration, [](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
+  while (!over) g_main_context_iteration(nullptr, TRUE);
+}
+
+GtkWindow* showWindow() {
+  auto* window = GTK_WINDOW(gtk_window_new());
+  gtk_window_set_default_size(window, 400, 300);
+  gtk_window_set_child(window, gtk_overlay_new());
+  gtk_window_present(window);
+  while (!gtk_widget_get_mapped(GTK_WIDGET(window))) g_main_context_iteration(nullptr, TRUE);
+  runMainLoopFor(windowSettles);
+  return window;
+}
+
+void measureLoad(Loader& loader, int number) {
+  bool loaded = false;
+  double wall = 0;
+  double cpu = 0;
+  const guint watchdog = g_timeout_add_once(
+      longestLoad, [](gpointer) { giveUp("a load did not end"); }, nullptr);
+  const double wallBefore = wallMilliseconds();
+  const double cpuBefore = threadMilliseconds();
+  loader.load([&] {
+    if (loaded) giveUp("a load ended twice");
+    wall = wallMilliseconds() - wallBefore;
+    cpu = threadMilliseconds() - cpuBefore;
+    loaded = true;
+  });
+  while (!loaded) g_main_context_iteration(nullptr, TRUE);
+  g_source_remove(watchdog);
+  runMainLoopFor(loadSettles);
+  std::printf("{\"load\": %d, \"ms\": %.3f, \"cpuMs\": %.3f}\n", number, wall,
+              cpu - loader.uncountedMilliseconds());
+  std::fflush(stdout);
+}
+
+void pause(int number) {
+  runMainLoopFor(memorySettles);
+  std::printf("{\"pause\": %d}\n", number);
+  std::fflush(stdout);
+  while (true) {
+    const int read = std::getchar();
+    if (read == '\n' || read == EOF) return;
+  }
+}
+
+}  // namespace
+
+void giveUp(const std::string& reason) {
+  std::fprintf(stderr, "%s: %s\n", g_get_prgname(), reason.c_str());
+  std::_Exit(1);
+}
+
+int runLoads(int count, char** words,
+             const std::function<std::unique_ptr<Loader>(const Server&, GtkWindow*)>& make) {
+  const auto arguments = parse(count, words);
+  if (!arguments) {
+    std::fprintf(stderr, "usage: %s PORT CA_FILE KEY LOADS [PAUSE_AFTER...]\n", words[0]);
+    return 2;
+  }
+  g_set_prgname(g_path_get_basename(words[0]));
+  if (!gtk_init_check()) giveUp("no display");
+
+  GtkWindow* window = showWindow();
+  auto loader = make(arguments->server, window);
+  const auto& pauses = arguments->pauses;
+  for (int number = 1; number <= arguments->loads; ++number) {
+    measureLoad(*loader, number);
+    if (std::find(pauses.begin(), pauses.end(), number) != pauses.end()) pause(number);
+  }
+  loader.reset();
+  gtk_window_destroy(window);
+  return 0;
+}
+
+}  // namespace velto::bench

@@ -1,0 +1,43 @@
+// The frame of the two programs that show ads on a real display, with the library (Load.cpp) and without
+// (bare/Load.cpp): the same window, the same order of steps, the same clocks, so that only the way an ad gets
+// on the screen differs.
+//
+//   usage: <program> PORT CA_FILE KEY LOADS [PAUSE_AFTER...]
+//
+// For each load it prints {"load": 1, "ms": ..., "cpuMs": ...}: the time from asking for an ad until its page
+// says velto://loadFinished, and the main thread's processor time in it. After the loads named last it prints
+// {"pause": n} and waits for a line of input, so that run.py can look at its memory.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace velto::bench {
+
+struct Server {
+  std::string port;    // of the sandbox server, on 127.0.0.1
+  std::string caFile;  // to trust
+  std::string key;     // chooses the answer
+};
+
+class Loader {
+ public:
+  virtual ~Loader() = default;
+  // Asks for the next ad, which replaces the one that is shown. Calls `loaded` once, from here or from the
+  // main loop.
+  virtual void load(std::function<void()> loaded) = 0;
+  // Main-thread time of the last load that does not count: a bare program's wait for the server.
+  virtual double uncountedMilliseconds() const { return 0; }
+};
+
+// Exit code: 0; 1 when a load failed or did not end; 2 for a wrong command line.
+int runLoads(int count, char** words,
+             const std::function<std::unique_ptr<Loader>(const Server&, GtkWindow*)>& make);
+
+// Says why and ends the process with 1: a benchmark of ads that do not load measures nothing.
+[[noreturn]] void giveUp(const std::string& reason);
+
+}  // namespace velto::bench

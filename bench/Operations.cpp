@@ -1,0 +1,176 @@
+// Single operations of the library on the headless platform, each beside the same result made by hand. A
+// result that differs ends the benchmark, so neither side can do less than the other.
+#include "velto/headless/VeltoHeadless.h"
+#include "velto/network/VeltoTaskRequest.h"
+#include "velto/ui/VeltoBannerViewControllerPrivate.h"
+#include "velto/velto.h"
+
+#include <benchmark/benchmark.h>
+#include <glib.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using nlohmann::json;
+
+// --- building one ad request
+// ----------------------------------------------------------------------------------------
+
+std::optional<NSURLRequest> libraryRequest() {
+  VeltoSettings settings;
+  settings.age = 34;
+  settings.gender = VeltoGenderFemale;
+  settings.keywords = {"garden", "tools", "spring & summer"};
+  return VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSize320x50, settings);
+}
+
+// All values at hand, as in a program that gathered them once; the library gathers them from the platform for
+// each request.
+struct Values {
+  std::vector<std::pair<std::string, json>> body;
+  std::vector<std::pair<std::string, std::string>> query;
+};
+
+void appendEscaped(std::string& text, std::string_view part) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  constexpr std::string_view kept = "-._~!$'()*+,;:@/?";
+  for (const char c : part) {
+    if (g_ascii_isalnum(c) || kept.find(c) != std::string_view::npos) {
+      text += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      text += {'%', digits[byte >> 4], digits[byte & 15]};
+    }
+  }
+}
+
+std::pair<std::string, std::string> requestByHand(const Values& values) {
+  std::string url = "https://ads.velto.example/sdk/v3/req";
+  char separator = '?';
+  for (const auto& [name, value] : values.query) {
+    url += std::exchange(separator, '&');
+    appendEscaped(url, name);
+    url += '=';
+    appendEscaped(url, value);
+  }
+  json body = json::object();
+  for (const auto& [name, value] : values.body) body[name] = value;
+  return {std::move(url), body.dump(2)};
+}
+
+void BM_RequestByLibrary(benchmark::State& state) {
+  const auto platform = headless::Platform::install();
+  VeltoFramework::addVeltoKey("bench");
+  for (auto _ : state) {
+    auto request = libraryRequest();
+    benchmark::DoNotOptimize(request);
+  }
+  headless::Platform::uninstall();
+}
+BENCHMARK(BM_RequestByLibrary);
+
+void BM_RequestByHand(benchmark::State& state) {
+  const auto platform = headless::Platform::install();
+  VeltoFramework::addVeltoKey("bench");
+  VeltoURL::setServerNames({"ads.velto.example", "", ""});
+  const auto wanted = libraryRequest();
+  Values values;
+  const json wantedBody = json::parse(wanted->httpBody.value());
+  for (const auto& [name, value] : wantedBody.items()) values.body.emplace_back(name, value);
+  for (auto& item : VeltoTaskRequest::queryParameterItemsFor(VeltoAdTypeBanner, VeltoBannerSize320x50))
+    values.query.emplace_back(item.name, item.value.value());
+  const auto [url, body] = requestByHand(values);
+  if (url != wanted->url.absoluteString() || json::parse(body) != wantedBody)
+    state.SkipWithError("the request made by hand differs from the library's");
+  for (auto _ : state) {
+    auto request = requestByHand(values);
+    benchmark::DoNotOptimize(request);
+  }
+  headless::Platform::uninstall();
+}
+BENCHMARK(BM_RequestByHand);
+
+// --- laying out a hundred banners
+// -----------------------------------------------------------------------------------
+
+constexpr int banners = 100;
+constexpr CGSize bannerSize{320, 50};
+
+class HundredBanners {
+ public:
+  HundredBanners() {
+    platform_->setPagesFinishByThemselves(true);
+    platform_->urlSession().respond(
+        "", {.headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}},
+             .body = "<a href='velto://loadFinished'></a>"});
+    VeltoFramework::addVeltoKey("bench");
+    delegate_->host = window_.controller();
+    for (int i = 0; i < banners; ++i) {
+      banners_.push_back(VeltoBannerViewController::initWithDelegate(delegate_, VeltoBannerSize320x50,
+                                                                     VeltoBannerPositionBottom));
+      banners_.back()->load();
+      platform_->runUntilIdle();
+    }
+  }
+  ~HundredBanners() { banners_.clear(); }
+
+  void layOut() {
+    window_.view().setNeedsLayout();
+    window_.view().layoutIfNeeded();
+  }
+
+  const CGRect& frame(int banner) const {
+    return banners_.at(static_cast<size_t>(banner))->vc()->view()->frame();
+  }
+  CGSize window() const { return window_.view().frame().size; }
+
+ private:
+  struct Delegate : VeltoBannerViewControllerDelegate {
+    std::shared_ptr<UIViewController> presentViewController() override { return host; }
+    std::shared_ptr<UIViewController> host;
+  };
+
+  std::shared_ptr<headless::Platform> platform_ = headless::Platform::install();
+  headless::HostWindow window_;
+  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  std::vector<std::shared_ptr<VeltoBannerViewController>> banners_;
+};
+
+CGRect frameByHand(CGSize window, CGSize size) {
+  return {{(window.width - size.width) / 2, window.height - size.height}, size};
+}
+
+void BM_LayoutByLibrary(benchmark::State& state) {
+  {
+    HundredBanners ads;
+    ads.layOut();
+    for (int i = 0; i < banners; ++i)
+      if (ads.frame(i) != frameByHand(ads.window(), bannerSize))
+        state.SkipWithError("a banner is not where it belongs");
+    for (auto _ : state) ads.layOut();
+  }
+  headless::Platform::uninstall();
+}
+BENCHMARK(BM_LayoutByLibrary);
+
+void BM_LayoutByHand(benchmark::State& state) {
+  CGSize window{390, 844};
+  std::vector<CGRect> frames(banners);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(window);
+    for (auto& frame : frames) frame = frameByHand(window, bannerSize);
+    benchmark::DoNotOptimize(frames.data());
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(BM_LayoutByHand);
+
+}  // namespace
+}  // namespace velto
+
+BENCHMARK_MAIN();

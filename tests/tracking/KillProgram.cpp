@@ -1,0 +1,283 @@
+// Proves that no event is ever lost: a process that produces clicks on the Linux platform, against a server that acknowledges,
+// refuses, breaks off, keeps silent or dies, is killed at random moments, again and again on the same store. In the end every
+// event that was stored has been acknowledged by the server or is in the store still. scripts/kill-test runs it.
+//
+// This program is both sides: the killer, which has the server in its own process, and, called with --click, the victim.
+#include <glib.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <vector>
+
+#include "sandbox/Server.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/NSUserDefaults.h"
+#include "velto/platform/Platform.h"
+#include "velto/tracking/VeltoTrackerManager.h"
+#include "velto/velto.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using sandbox::Answer;
+using sandbox::Kind;
+
+constexpr char storeKey[] = "kVeltoTrackIdentifierKey";
+constexpr char publisherKey[] = "kill-test";
+constexpr int clicksOfALaunch = 20;
+constexpr auto betweenClicks = 4ms;
+constexpr int longestLife = 120'000;  // microseconds from the registration to the kill
+
+void installOn(const std::string& folder, const std::string& caFile = {}, const std::string& port = {}) {
+  gtk::Options options;
+  options.applicationIdentifier = "org.example.kill";
+  options.dataFolder = folder;
+  options.caFile = caFile;
+  if (!port.empty()) options.hostMap = {{"track.velto.example", "127.0.0.1:" + port}};
+  VeltoURL::setServerNames({"", "", "track.velto.example"});
+  gtk::install(options);
+}
+
+// --- the victim -----------------------------------------------------------------------------------------------------
+
+// Tells on standard output what has happened: "registered", "stored EVENT" once that is on the medium, "gone EVENT" once
+// it was removed again. With `once` it ends after the first that went.
+int produceClicks(const std::string& folder, const std::string& caFile, const std::string& port, const std::string& launch,
+                  bool once) {
+  installOn(folder, caFile, port);
+  VeltoFramework::addVeltoKey(publisherKey);
+  std::cout << "registered" << std::endl;
+  const auto manager = VeltoTrackerManager::shared();
+  std::map<std::string, std::string> waiting;  // identifier to event
+  int clicks = 0;
+  bool ends = false;
+  const auto work = Platform::current().mainQueue().every(betweenClicks, [&] {
+    if (clicks < (once ? 1 : clicksOfALaunch)) {
+      const auto event = launch + "-" + std::to_string(clicks++);
+      const auto identifier = VeltoTrackerManager::clickIdentifierForBannerId(event, "p", "o");
+      manager->_sendTrackIdentifier(identifier, VeltoTrackTypeClick, true);
+      std::cout << "stored " << event << std::endl;
+      waiting[identifier] = event;
+    }
+    std::erase_if(waiting, [&](const auto& click) {
+      if (manager->getTrackTypeFromTrackIdenfier(click.first) != VeltoTrackTypeUnknown) return false;
+      std::cout << "gone " << click.second << std::endl;
+      ends = once;
+      return true;
+    });
+  });
+  while (!ends) g_main_context_iteration(nullptr, TRUE);
+  gtk::uninstall();
+  return 0;
+}
+
+// --- the killer -----------------------------------------------------------------------------------------------------
+
+// A running victim. Its end is waited for.
+class Victim {
+ public:
+  explicit Victim(std::vector<std::string> words) {
+    std::vector<char*> argv;
+    for (auto& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    int output = -1;
+    if (!g_spawn_async_with_pipes(nullptr, argv.data(), nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &process_,
+                                  nullptr, &output, nullptr, nullptr))
+      throw std::runtime_error("this program cannot start itself");
+    output_ = fdopen(output, "r");
+  }
+  Victim(const Victim&) = delete;
+  Victim& operator=(const Victim&) = delete;
+  ~Victim() {
+    fclose(output_);
+    waitpid(process_, nullptr, 0);
+  }
+
+  void die() { kill(process_, SIGKILL); }
+  // The next thing it said; nothing at its end, also for words that the kill cut off.
+  std::optional<std::string> said() {
+    char buffer[256];
+    std::string line = fgets(buffer, sizeof buffer, output_) ? buffer : "";
+    if (!line.ends_with('\n')) return std::nullopt;
+    line.pop_back();
+    return line;
+  }
+
+ private:
+  GPid process_ = 0;
+  FILE* output_ = nullptr;
+};
+
+class Killer {
+ public:
+  explicit Killer(unsigned seed) : random_(seed) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velto-kill-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    folder_ = pattern;
+    sandbox::Options options;
+    options.dataFolder = folder_ / "sandbox";
+    server_ = std::make_unique<sandbox::Server>(options);
+    Answer silence = Answer::text(200, "1");
+    silence.delay = 1min;
+    Answer cut = Answer::text(200, "1");
+    cut.fault.cutBeforeHeaders = true;
+    const std::pair<size_t, Answer> faults[] = {
+        {3, Answer::text(200, "0")}, {5, Answer::text(500)}, {7, cut}, {11, silence}};
+    for (const auto& [n, answer] : faults)
+      server_->addRule({"fault", {.kind = Kind::Click, .count = sandbox::Count::multiplesOf(n)}, {answer}});
+    server_->start();
+  }
+  ~Killer() {
+    server_.reset();
+    std::filesystem::remove_all(folder_);
+  }
+
+  // One life of the victim. In some the server dies first.
+  void launchAndKill(int launch) {
+    Victim victim(command("--click", launch));
+    for (auto line = victim.said(); line; line = victim.said()) {
+      note(*line);
+      if (*line == "registered") break;
+    }
+    g_usleep(below(longestLife));
+    const bool serverDies = below(8) == 0;
+    if (serverDies) {
+      server_->stop();
+      g_usleep(below(longestLife / 4));
+    }
+    victim.die();
+    while (const auto line = victim.said()) note(*line);  // what it said before
+    if (serverDies) server_->start();
+  }
+
+  // Whether an acknowledged event goes when its process has the time.
+  bool lastLaunchEmptiesItsOwn(int launch) {
+    server_->addRule({"acknowledge", {.kind = Kind::Click}, {Answer::text(200, "1")}});
+    Victim victim(command("--click-once", launch));
+    while (const auto line = victim.said()) note(*line);
+    return gone_.contains(std::to_string(launch) + "-0");
+  }
+
+  // Prints what became of the events; whether all is well.
+  bool report(int kills) {
+    std::set<std::string> acknowledged;
+    bool good = true;
+    const auto complain = [&](const std::string& what) {
+      std::cerr << "kill test: " << what << '\n';
+      good = false;
+    };
+    for (const auto& request : server_->requests()) {
+      for (const auto& problem : request.problems) complain("a request was wrong: " + problem);
+      if (request.track && request.rule == "acknowledge") acknowledged.insert(eventOf(request.track->arguments));
+    }
+    const auto waiting = eventsInStore();
+    for (const auto& event : stored_)
+      if (!acknowledged.contains(event) && !waiting.contains(event)) complain("lost: " + event);
+    for (const auto& event : gone_) {
+      if (!acknowledged.contains(event)) complain("removed without an acknowledgement: " + event);
+      if (waiting.contains(event)) complain("came back after it was removed: " + event);
+    }
+    if (gone_.empty() || waiting.empty()) complain("too little happened to prove anything");
+    std::cout << kills << " kills: " << stored_.size() << " events stored, " << gone_.size() << " acknowledged and gone, "
+              << waiting.size() << " waiting, " << (good ? "none lost" : "not as it should be") << std::endl;
+    return good;
+  }
+
+ private:
+  int below(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(random_); }
+
+  std::vector<std::string> command(const char* role, int launch) {
+    return {std::filesystem::read_symlink("/proc/self/exe"), role, folder_ / "store", server_->caFile(),
+            std::to_string(server_->port()), std::to_string(launch)};
+  }
+
+  void note(const std::string& line) {
+    if (line == "registered") stored_.insert(publisherKey);
+    if (line.starts_with("stored ")) stored_.insert(line.substr(7));
+    if (line.starts_with("gone ")) gone_.insert(line.substr(5));
+  }
+
+  std::set<std::string> eventsInStore() {
+    std::set<std::string> events;
+    installOn(folder_ / "store");
+    if (const auto value = Platform::current().standardUserDefaults().objectForKey(storeKey))
+      for (const auto& [identifier, type] : std::get<DefaultsDictionary>(*value)) {
+        std::vector<std::string> problems;
+        const auto track = sandbox::readTrackIdentifier(identifier, problems);
+        events.insert(track ? eventOf(track->arguments) : "unreadable");
+      }
+    gtk::uninstall();
+    return events;
+  }
+
+  // Clicks are known by their banner, the install by its key.
+  static std::string eventOf(const std::string& arguments) { return arguments.substr(0, arguments.find(':')); }
+
+  std::mt19937 random_;
+  std::filesystem::path folder_;
+  std::unique_ptr<sandbox::Server> server_;
+  std::set<std::string> stored_, gone_;
+};
+
+constexpr char help[] = R"(usage: scripts/kill-test [--times N] [--seed N]
+
+Kills a process that produces clicks N times (1000) at random moments, and looks whether
+an event was lost. A run with the same seed kills at the same moments, as far as the
+machine allows; without one the seed is drawn and printed when something is wrong.
+)";
+
+int numberOf(const std::string& option, const std::string& text) {
+  int number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc() || result.ptr != text.data() + text.size() || number < 1)
+    throw std::invalid_argument(option + ": \"" + text + "\" is not a number from 1");
+  return number;
+}
+
+int run(const std::vector<std::string>& words) {
+  if (words.size() == 5 && words[0].starts_with("--click"))
+    return produceClicks(words[1], words[2], words[3], words[4], words[0] == "--click-once");
+  int times = 1000;
+  int seed = static_cast<int>(std::random_device()() >> 2) + 1;
+  for (size_t i = 0; i < words.size(); ++i) {
+    const bool isTimes = words[i] == "--times";
+    if (words[i] == "--help") {
+      std::cout << help;
+      return 0;
+    }
+    if (!isTimes && words[i] != "--seed") throw std::invalid_argument("unknown argument \"" + words[i] + "\" (see --help)");
+    if (i + 1 == words.size()) throw std::invalid_argument(words[i] + ": needs a value");
+    (isTimes ? times : seed) = numberOf(words[i], words[i + 1]);
+    ++i;
+  }
+  Killer killer(static_cast<unsigned>(seed));
+  for (int launch = 0; launch < times; ++launch) killer.launchAndKill(launch);
+  const bool emptied = killer.lastLaunchEmptiesItsOwn(times);
+  if (!emptied) std::cerr << "kill test: the last launch did not remove its acknowledged event\n";
+  const bool good = killer.report(times) && emptied;
+  if (!good) std::cerr << "kill test: the seed was " << seed << '\n';
+  return good ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace velto
+
+int main(int count, char** words) {
+  try {
+    return velto::run({words + 1, words + count});
+  } catch (const std::exception& error) {
+    std::cerr << "kill-test: " << error.what() << '\n';
+    return 2;
+  }
+}

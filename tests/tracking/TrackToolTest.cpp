@@ -1,0 +1,103 @@
+// velto-track on a store that the Linux platform wrote.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/NSUserDefaults.h"
+#include "velto/platform/Platform.h"
+
+#include <glib.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "sandbox/TrackIdentifier.h"
+
+namespace velto {
+namespace {
+
+struct Outcome {
+  int code = -1;
+  std::string output, errors;
+};
+
+Outcome track(std::vector<std::string> words) {
+  words.insert(words.begin(), TRACK_PROGRAM);
+  std::vector<char*> argv;
+  for (auto& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  char *output = nullptr, *errors = nullptr;
+  int status = 0;
+  if (!g_spawn_sync(nullptr, argv.data(), nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &output, &errors, &status, nullptr)) return {};
+  Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, output, errors};
+  g_free(output);
+  g_free(errors);
+  return outcome;
+}
+
+class TrackToolTest : public testing::Test {
+ protected:
+  TrackToolTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velto-track-XXXXXX").string();
+    folder = mkdtemp(pattern.data());
+    gtk::install({.applicationIdentifier = "org.example.track", .dataFolder = folder});
+  }
+  ~TrackToolTest() override {
+    gtk::uninstall();
+    std::filesystem::remove_all(folder);
+  }
+  static std::string identifier(const std::string& time, const std::string& arguments) {
+    const auto text = "3:" + time + ":3:ios:4.0.10:n|ios|1|p|m|en_US|en||5|" + time + ":" + arguments;
+    return sandbox::wrapTrackText("abc", sandbox::wrapTrackText("def", text));
+  }
+  std::map<std::string, std::filesystem::file_time_type> files() {
+    std::map<std::string, std::filesystem::file_time_type> found;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+      found[entry.path().filename()] = entry.last_write_time();
+    return found;
+  }
+
+  std::filesystem::path folder;
+};
+
+TEST_F(TrackToolTest, TellsWhatWaitsWhileTheApplicationRunsAndAfterwards) {
+  auto& store = Platform::current().standardUserDefaults();
+  store.setObject("kVeltoTrackIdentifierKey", DefaultsDictionary{{identifier("1700000100", "b:p:o\n"), "click"},
+                                                                 {identifier("1700000000", "key"), "install"},
+                                                                 {"garbage", "click"}});
+  for (const bool running : {true, false}) {
+    if (!running) gtk::uninstall();
+    const auto before = files();
+    const auto list = track({"list", "--store", folder});
+    EXPECT_EQ(list.code, 0) << list.errors;
+    EXPECT_TRUE(list.output.starts_with("click  cannot be read: track identifier, outer wrapping: ")) << list.output;
+    EXPECT_TRUE(list.output.ends_with("\ninstall  2023-11-14T22:13:20Z  key\nclick  2023-11-14T22:15:00Z  b:p:o?\n")) << list.output;
+    EXPECT_EQ(track({"count", "--store", folder / "defaults.sqlite3"}).output, "click 2\ninstall 1\ntotal 3\n");
+    const auto exported = track({"--store", folder, "export"}).output;
+    EXPECT_EQ(std::count(exported.begin(), exported.end(), '\n'), 3);
+    EXPECT_NE(exported.find(R"({"type":"click","time":"1700000100","os":"ios","version":"4.0.10","device":["n","ios",)"),
+              std::string::npos) << exported;
+    EXPECT_NE(exported.find(R"("arguments":"b:p:o\n","identifier":"abc)"), std::string::npos);
+    if (!running) EXPECT_EQ(files(), before) << "it only reads";
+  }
+}
+
+TEST_F(TrackToolTest, BadArgumentsAndStoresAreOneLine) {
+  const auto broken = folder / "broken";
+  std::ofstream(broken) << "this is no database, however long one reads in it, and it never will be one at all";
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{}, "needs a command"}, {{"list"}, "needs --application or --store"}, {{"erase", "--store", "x"}, "unknown argument \"erase\""},
+      {{"list", "--store"}, "--store: needs a value"}, {{"list", "--store", "/nowhere/x"}, "/nowhere/x: no such store"},
+      {{"list", "--store", broken}, broken.string() + ": "}};
+  for (const auto& [words, expected] : cases) {
+    const auto outcome = track(words);
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_TRUE(outcome.errors.starts_with("velto-track: " + expected)) << outcome.errors;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1);
+  }
+  EXPECT_EQ(track({"--help"}).code, 0);
+}
+
+}  // namespace
+}  // namespace velto

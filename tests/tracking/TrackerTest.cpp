@@ -1,0 +1,218 @@
+// The life of pending events: stored, sent, acknowledged or kept for the next launch.
+#include "velto/core/VeltoDataStore.h"
+
+#include <set>
+#include <thread>
+
+#include "TrackTest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using headless::Answer;
+using test::decoded;
+
+class TrackerTest : public test::TrackTest {};
+
+TEST_F(TrackerTest, AnInstallationIsTrackedOnceAndGoneWhenAcknowledged) {
+  answerTracks(acknowledged());
+  VeltoTrackerManager::trackInstall();
+  EXPECT_EQ(sent(), 0U) << "no key, nothing to track";
+  registerKey("first");
+  ASSERT_EQ(stored().size(), 1U);
+  EXPECT_EQ(stored().begin()->second, "install");
+  EXPECT_TRUE(decoded(stored().begin()->first).ends_with(":first"));
+  const auto request = platform->urlSession().requests("trk_install.php").at(0);
+  EXPECT_EQ(request.httpMethod, "GET");
+  EXPECT_TRUE(request.allHTTPHeaderFields.value("user-agent"));
+  platform->runUntilIdle();
+  EXPECT_TRUE(stored().empty());
+
+  registerKey("second");
+  relaunch();
+  registerKey("third");
+  platform->advance(1h);
+  EXPECT_EQ(sent(), 0U) << "on the new platform";
+}
+
+TEST_F(TrackerTest, AClickNeedsAllItsIdentifiers) {
+  VeltoTrackerManager::trackClickForBannerId(std::nullopt, "p", "o");
+  VeltoTrackerManager::trackClickForBannerId("b", std::nullopt, "o");
+  VeltoTrackerManager::trackClickForBannerId("b", "p", std::nullopt);
+  EXPECT_EQ(sent(), 0U);
+  VeltoTrackerManager::trackClickForBannerId("", "", "");
+  EXPECT_EQ(platform->urlSession().requests("trk_click.php").size(), 1U);
+  EXPECT_EQ(stored().begin()->second, "click");
+}
+
+TEST_F(TrackerTest, OnlyAPlainOneWithStatus200Acknowledges) {
+  auto redirect = status(302);
+  redirect.headers = {{"Location", "/elsewhere"}};
+  const std::vector<Answer> refusals{
+      {.body = "1\n"}, {.body = "true"}, {.body = ""}, {.body = "\xef\xbb\xbf" "1"}, {.body = std::string("1\0", 2)},
+      {.status = 204, .body = "1"}, {.status = 201, .body = "1"}, {.body = "1", .isHTTP = false},
+      {.body = std::string(1 << 20, '1')}, Answer::withoutData(), Answer::offline(), redirect};
+  for (const auto& refusal : refusals) {
+    platform->urlSession().enqueue(refusal);
+    click();
+    platform->runUntilIdle();
+  }
+  EXPECT_EQ(stored().size(), refusals.size());
+  platform->urlSession().enqueue(acknowledged());
+  click("last");
+  platform->runUntilIdle();
+  EXPECT_EQ(stored().size(), refusals.size());
+  for (const auto& [identifier, type] : stored()) EXPECT_EQ(decoded(identifier).find(":last:"), std::string::npos);
+}
+
+TEST_F(TrackerTest, WhatFailedIsSentAgainOnceInEachLaterLaunchOneATick) {
+  answerTracks(status(500));
+  click("one");
+  click("two");
+  platform->advance(1min);
+  EXPECT_EQ(sent(), 2U) << "not again in this launch";
+
+  relaunch();
+  EXPECT_EQ(sent(), 1U);
+  platform->advance(9s);
+  EXPECT_EQ(sent(), 1U);
+  platform->advance(1s);
+  EXPECT_EQ(sent(), 2U);
+  platform->advance(1h);
+  EXPECT_EQ(sent(), 2U);
+  EXPECT_EQ(stored().size(), 2U);
+
+  relaunch();
+  answerTracks(acknowledged());
+  platform->urlSession().pending().at(0)->answer(acknowledged());
+  platform->advance(10s);
+  EXPECT_EQ(sent(), 2U);
+  EXPECT_TRUE(stored().empty());
+}
+
+TEST_F(TrackerTest, TheBackgroundIsQuietAndTheForegroundSendsOneAtOnce) {
+  for (const auto* name : {"a", "b", "c"}) click(name);
+  relaunch();
+  EXPECT_EQ(sent(), 1U);
+  platform->application().enterBackground();
+  platform->advance(1h);
+  EXPECT_EQ(sent(), 1U);
+  platform->application().enterForeground();
+  EXPECT_EQ(sent(), 2U);
+  platform->application().enterForeground();  // again: one timer all the same
+  EXPECT_EQ(sent(), 3U);
+  click("d");
+  relaunch();
+  platform->application().enterForeground();
+  platform->advance(10s);
+  EXPECT_EQ(sent(), 3U);
+}
+
+TEST_F(TrackerTest, GarbageInTheStoreDoesNoHarm) {
+  for (const DefaultsValue& garbage : {DefaultsValue("text"), DefaultsValue(7.0)}) {
+    platform->defaults()->setObject(storeKey, garbage);
+    relaunch();
+    EXPECT_EQ(sent(), 0U);
+    click();
+    EXPECT_EQ(stored().size(), 1U) << "the event replaces what cannot be one";
+  }
+  platform->defaults()->setObject(storeKey, DefaultsDictionary{{"", "click"}, {"a", "view"}, {"b", "install"}, {"c", ""}});
+  relaunch();
+  const auto manager = VeltoTrackerManager::shared();
+  EXPECT_EQ(manager->getTrackTypeFromTrackIdenfier("a"), VeltoTrackTypeUnknown);
+  EXPECT_EQ(manager->getTrackTypeFromTrackIdenfier("b"), VeltoTrackTypeInstall);
+  EXPECT_EQ(manager->getTrackTypeFromTrackIdenfier(""), VeltoTrackTypeClick);
+  EXPECT_EQ(manager->getTrackTypeFromTrackIdenfier("absent"), VeltoTrackTypeUnknown);
+  platform->advance(1min);
+  EXPECT_EQ(sent(), 2U) << "unknown types hold nobody up";
+  manager->taskWithTrackInstall("x", VeltoTrackTypeUnknown, [](bool) { FAIL() << "there was no request"; });
+  platform->runUntilIdle();
+  EXPECT_EQ(stored().size(), 4U);
+}
+
+TEST_F(TrackerTest, AClockThatJumpsBackLosesNothing) {
+  answerTracks(status(500));
+  click("before");
+  platform->mainQueue().setSecondsSince1970(1e9);
+  click("after");
+  relaunch();
+  platform->mainQueue().setSecondsSince1970(0);
+  answerTracks(acknowledged());
+  platform->urlSession().pending().at(0)->answer(acknowledged());
+  platform->advance(10s);
+  EXPECT_TRUE(stored().empty());
+}
+
+TEST_F(TrackerTest, AStoreThatFailsForATimeHoldsEverythingInTheEnd) {
+  answerTracks(Answer::offline());
+  VeltoTrackerManager::start();
+  platform->defaults()->failWrites(true);
+  click("unsaved");
+  platform->runUntilIdle();
+  EXPECT_TRUE(stored().empty());
+  EXPECT_EQ(sent(), 1U) << "it is sent all the same";
+  platform->defaults()->failWrites(false);
+  click("saved");
+  EXPECT_EQ(stored().size(), 2U);
+
+  relaunch();
+  platform->defaults()->failWrites(true);
+  platform->urlSession().pending().at(0)->answer(acknowledged());
+  platform->runUntilIdle();
+  EXPECT_EQ(stored().size(), 2U);
+  platform->defaults()->failWrites(false);
+  click("third");
+  EXPECT_EQ(stored().size(), 2U) << "the acknowledged one is gone";
+}
+
+TEST_F(TrackerTest, RegistrationFromAnotherThreadIsSafeAtOnceAndSentFromTheMainOne) {
+  std::thread([this] { registerKey(); }).join();
+  EXPECT_EQ(stored().size(), 1U);
+  EXPECT_EQ(sent(), 0U);
+  platform->runUntilIdle();
+  platform->advance(1min);
+  EXPECT_EQ(sent(), 1U);
+
+  // Polling may come upon it before its turn has come.
+  platform = headless::Platform::install();
+  std::thread([this] { registerKey(); }).join();
+  VeltoTrackerManager::start();
+  EXPECT_EQ(sent(), 1U);
+  platform->runUntilIdle();
+  EXPECT_EQ(sent(), 1U);
+}
+
+TEST_F(TrackerTest, AnAnswerAfterTheEndIsDropped) {
+  click();
+  const auto task = platform->urlSession().pending().at(0);
+  headless::Platform::uninstall();
+  task->answer(acknowledged());
+  platform->runUntilIdle();
+  EXPECT_EQ(stored().size(), 1U);
+}
+
+TEST_F(TrackerTest, ALongQueueIsWrittenByTheEntryAndServedInTurn) {
+  DefaultsDictionary many;
+  for (int i = 0; i < 10'000; ++i) many["identifier " + std::to_string(i)] = "click";
+  platform->defaults()->setObject(storeKey, many);
+  relaunch();
+  VeltoDataStore::getUserAgent();
+  const auto writes = platform->defaults()->writes();
+  click();
+  EXPECT_EQ(platform->defaults()->writes() - writes, 1U);
+  platform->urlSession().pending().back()->answer(acknowledged());
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->defaults()->writes() - writes, 2U);
+  EXPECT_EQ(stored(), many);
+
+  answerTracks(status(500));
+  platform->advance(1000s);
+  std::set<std::string> different;
+  for (const auto& request : platform->urlSession().requests("trk_")) different.insert(request.url.absoluteString());
+  EXPECT_EQ(different.size(), 102U);
+  EXPECT_EQ(sent(), 102U);
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,178 @@
+// velto-track: tells people where their installs and clicks are that the tracking server has not acknowledged yet. It reads
+// an application's store (src/gtk/DefaultsFile) and never changes it, also while the application runs.
+#include <glib.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <vector>
+
+#include "sandbox/TrackIdentifier.h"
+#include "velto/gtk/Database.h"
+
+namespace {
+
+using velto::gtk::Database;
+using velto::gtk::Statement;
+using velto::sandbox::TrackIdentifier;
+
+constexpr char kHelp[] =
+    R"(usage: velto-track COMMAND (--application IDENTIFIER | --store FILE)
+
+Tells which installs and clicks wait in an application's store to be acknowledged by
+the tracking server. It only reads.
+
+commands:
+  list      one line for each: type, time, what it is about
+  count     how many there are of each type
+  export    one JSON object a line, with the decoded fields and the identifier itself
+
+options:
+  --application IDENTIFIER   the store of that application, such as org.example.player
+  --store FILE               a store elsewhere (defaults.sqlite3, or the folder it is in)
+  --help                     this text
+)";
+
+// A fault of the caller's, as one line.
+class Error : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct Event {
+  std::string type;  // as it stands in the store
+  std::string identifier;
+  std::optional<TrackIdentifier> track;  // nothing for an identifier that cannot be read
+  std::vector<std::string> problems;
+};
+
+// --- the store ------------------------------------------------------------------------------------------------------
+
+// SQLite's readers, too, make files beside a database with a log; where nobody has it open there is no log, and the file
+// can be read as it stands.
+std::string readingURI(const std::filesystem::path& file) {
+  const std::unique_ptr<char, decltype(&g_free)> uri(g_filename_to_uri(std::filesystem::absolute(file).c_str(), nullptr, nullptr),
+                                                     g_free);
+  if (!uri) throw Error(file.string() + ": not a file name");
+  return std::string(uri.get()) + (std::filesystem::exists(file.string() + "-wal") ? "?mode=ro" : "?immutable=1");
+}
+
+std::vector<Event> readEvents(std::filesystem::path file) {
+  std::error_code fault;
+  if (std::filesystem::is_directory(file, fault)) file /= "defaults.sqlite3";
+  if (!std::filesystem::is_regular_file(file, fault)) throw Error(file.string() + ": no such store");
+  std::vector<Event> events;
+  try {
+    const Database database(readingURI(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    Statement entries(database, "SELECT content, name FROM entry WHERE key = 'kVeltoTrackIdentifierKey'");
+    entries.forEachRow([&](const Statement& row) {
+      Event event{row.text(0), row.text(1), {}, {}};
+      event.track = velto::sandbox::readTrackIdentifier(event.identifier, event.problems);
+      events.push_back(std::move(event));
+    });
+  } catch (const velto::gtk::DatabaseError& error) {
+    throw Error(file.string() + ": " + error.what());
+  }
+  std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
+    return (a.track ? a.track->time : "") < (b.track ? b.track->time : "");
+  });
+  return events;
+}
+
+// --- the commands ---------------------------------------------------------------------------------------------------
+
+std::string dateOf(const std::string& seconds) {
+  char* end = nullptr;
+  const std::time_t time = std::strtoll(seconds.c_str(), &end, 10);
+  std::tm date{};
+  char text[64];
+  if (seconds.empty() || *end || !gmtime_r(&time, &date) || !std::strftime(text, sizeof text, "%FT%TZ", &date))
+    return "at an unknown time";
+  return text;
+}
+
+// What came from a page must not move the terminal's cursor.
+std::string printable(std::string text) {
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+  return text;
+}
+
+void list(const std::vector<Event>& events) {
+  for (const Event& event : events) {
+    std::cout << printable(event.type) << "  ";
+    if (event.track)
+      std::cout << dateOf(event.track->time) << "  " << printable(event.track->arguments) << '\n';
+    else
+      std::cout << "cannot be read: " << event.problems.front() << '\n';
+  }
+}
+
+void count(const std::vector<Event>& events) {
+  std::map<std::string, size_t> counts{{"click", 0}, {"install", 0}};
+  for (const Event& event : events) ++counts[event.type];
+  for (const auto& [type, number] : counts) std::cout << printable(type) << ' ' << number << '\n';
+  std::cout << "total " << events.size() << '\n';
+}
+
+void exportAll(const std::vector<Event>& events) {
+  for (const Event& event : events) {
+    nlohmann::ordered_json line{{"type", event.type}};
+    if (const auto& track = event.track) {
+      line["time"] = track->time;
+      line["os"] = track->os;
+      line["version"] = track->version;
+      line["device"] = track->device;
+      line["arguments"] = track->arguments;
+    }
+    if (!event.problems.empty()) line["problems"] = event.problems;
+    line["identifier"] = event.identifier;
+    std::cout << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+  }
+}
+
+int run(const std::vector<std::string>& words) {
+  const std::map<std::string, void (*)(const std::vector<Event>&)> commands{
+      {"list", list}, {"count", count}, {"export", exportAll}};
+  std::string command;
+  std::filesystem::path store;
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--help" || words[i] == "-h") {
+      std::cout << kHelp;
+      return 0;
+    }
+    const bool isStore = words[i] == "--store";
+    if (isStore || words[i] == "--application") {
+      if (i + 1 == words.size() || words[i + 1].empty()) throw Error(words[i] + ": needs a value");
+      if (!store.empty()) throw Error("--application and --store: one of them, once");
+      store = isStore ? words[++i] : std::filesystem::path(g_get_user_data_dir()) / words[++i];
+    } else if (command.empty() && commands.contains(words[i])) {
+      command = words[i];
+    } else {
+      throw Error("unknown argument \"" + words[i] + "\" (see --help)");
+    }
+  }
+  if (command.empty()) throw Error("needs a command: list, count or export (see --help)");
+  if (store.empty()) throw Error("needs --application or --store (see --help)");
+  commands.at(command)(readEvents(store));
+  if (!std::cout.flush()) throw Error("the output cannot be written");
+  return 0;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  try {
+    return run({words + 1, words + count});
+  } catch (const std::exception& error) {
+    std::cerr << "velto-track: " << error.what() << '\n';
+    return 2;
+  }
+}
