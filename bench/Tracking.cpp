@@ -1,5 +1,6 @@
-// The tracker on the Linux platform's store with so many events waiting: what starting costs the main thread, and what adding
-// and deleting one event takes. Prints one JSON object. usage: velto-bench-tracking <folder> <waiting>
+// The tracker on the Linux platform's store with so many events waiting: what starting costs the main thread,
+// and what adding and deleting one event takes. Prints one JSON object. usage: velto-bench-tracking <folder>
+// <waiting>
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/NSUserDefaults.h"
@@ -29,7 +30,8 @@ void install(const std::string& folder) {
 }
 
 std::string identifier(int number) {
-  return VeltoTrackerManager::clickIdentifierForBannerId("banner-" + std::to_string(number), "publisher", "order");
+  return VeltoTrackerManager::clickIdentifierForBannerId("banner-" + std::to_string(number), "publisher",
+                                                         "order");
 }
 
 void print(const char* name, const std::vector<double>& samples) {

@@ -11,7 +11,7 @@ import sys
 import tempfile
 import threading
 
-GROUPS = ["load", "time", "registration", "operations", "size", "memory"]
+GROUPS = ["load", "time", "registration", "operations", "tracking", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
 
@@ -188,6 +188,20 @@ class Bench:
         pair = lambda what: (samples[f"BM_{what}ByLibrary"], samples[f"BM_{what}ByHand"])
         return [Row.of_samples("building one ad request", "us", *pair("Request")),
                 Row.of_samples("layout pass of 100 banners in one view", "us", *pair("Layout"))]
+
+    def tracking(self):
+        def with_waiting(count):
+            with tempfile.TemporaryDirectory() as folder:
+                return self.run("velto-bench-tracking", folder, count)
+
+        many, few = self.in_turns(3 if self.quick else 9, lambda: with_waiting(10000), lambda: with_waiting(10))
+        pick = lambda side, what: [statistics.median(sample[what]) for sample in side]
+        start = lambda side: [sample["startMs"] for sample in side]
+        return [Row.of_samples("adding one track, 10,000 waiting over 10", "us", pick(many, "addUs"), pick(few, "addUs"), limit=3),
+                Row.of_samples("deleting one track, 10,000 waiting over 10", "us", pick(many, "deleteUs"),
+                               pick(few, "deleteUs"), limit=3),
+                Row.of_samples("starting with 10,000 tracks waiting, main thread", "ms", start(many), start(few), limit=50,
+                               of="value")]
 
     def size(self):
         rows = []

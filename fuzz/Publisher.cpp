@@ -1,4 +1,5 @@
-// The search for a page's publisher identifiers, against one that really splits the text at each of its marks.
+// The search for a page's publisher identifiers, against one that really splits the text at each of its
+// marks.
 #include "velto/ads/AdPublisherInfoSDKVelto.h"
 
 #include <optional>

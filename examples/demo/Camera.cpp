@@ -56,7 +56,8 @@ bool Picture::save(const std::filesystem::path& file) const {
   return texture_ && gdk_texture_save_to_png(texture_.get(), file.c_str());
 }
 
-Camera::Camera(GtkWidget* widget) : widget_(widget), paintable_(gtk_widget_paintable_new(widget), g_object_unref) {}
+Camera::Camera(GtkWidget* widget)
+    : widget_(widget), paintable_(gtk_widget_paintable_new(widget), g_object_unref) {}
 
 Picture Camera::take() const {
   const int width = gtk_widget_get_width(widget_);

@@ -1,5 +1,5 @@
-// Stands in for the desktop's web browser while it exists: what the library opens is written down instead. Made before
-// GTK starts, since the desktop's folders are read once.
+// Stands in for the desktop's web browser while it exists: what the library opens is written down instead.
+// Made before GTK starts, since the desktop's folders are read once.
 #pragma once
 
 #include <filesystem>

@@ -105,8 +105,8 @@ void addButton(GtkBox* box, const std::string& label, std::function<void()> acti
   GtkWidget* button = gtk_button_new_with_label(label.c_str());
   const auto clicked = +[](GtkButton*, gpointer data) { (*static_cast<std::function<void()>*>(data))(); };
   const auto forget = +[](gpointer data, GClosure*) { delete static_cast<std::function<void()>*>(data); };
-  g_signal_connect_data(button, "clicked", G_CALLBACK(clicked), new std::function<void()>(std::move(action)), forget,
-                        GConnectFlags{});
+  g_signal_connect_data(button, "clicked", G_CALLBACK(clicked), new std::function<void()>(std::move(action)),
+                        forget, GConnectFlags{});
   gtk_box_append(box, button);
 }
 
@@ -147,7 +147,8 @@ const std::vector<Case>& Stage::cases() {
       {"point", "At a point, 300 × 250", Place::AtPoint, VeltoBannerSize300x250},
       {"smart", "Smart, in a widget of the page", Place::InPage, VeltoBannerSizeSmart},
       {"slide", "Top, from the left", Place::Top, VeltoBannerSize320x50, VeltoAnimationFromLeft},
-      {"spring", "Top, from the left with spring", Place::Top, VeltoBannerSize320x50, VeltoAnimationFromLeftWithSpring},
+      {"spring", "Top, from the left with spring", Place::Top, VeltoBannerSize320x50,
+       VeltoAnimationFromLeftWithSpring},
       {"refresh", "Top, refreshed every 2 s", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 2},
       {"no fill", "No fill", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "nofill"},
       {"error", "Server error", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "error"},
@@ -156,7 +157,8 @@ const std::vector<Case>& Stage::cases() {
 }
 
 const Case& Stage::caseOf(const std::string& name) {
-  const auto found = std::find_if(cases().begin(), cases().end(), [&](const Case& c) { return c.name == name; });
+  const auto found =
+      std::find_if(cases().begin(), cases().end(), [&](const Case& c) { return c.name == name; });
   if (found == cases().end()) throw std::logic_error("no case \"" + name + "\"");
   return *found;
 }
@@ -197,16 +199,19 @@ void Stage::show(const std::string& name) {
   auto banner = std::make_shared<Banner>(*this, name);
   switch (c.place) {
     case Place::Top:
-      banner->controller = VeltoBannerViewController::initWithDelegate(banner, c.size, velto::VeltoBannerPositionTop);
+      banner->controller =
+          VeltoBannerViewController::initWithDelegate(banner, c.size, velto::VeltoBannerPositionTop);
       break;
     case Place::Bottom:
-      banner->controller = VeltoBannerViewController::initWithDelegate(banner, c.size, velto::VeltoBannerPositionBottom);
+      banner->controller =
+          VeltoBannerViewController::initWithDelegate(banner, c.size, velto::VeltoBannerPositionBottom);
       break;
     case Place::AtPoint:
       banner->controller = VeltoBannerViewController::initWithDelegate(banner, c.size, point);
       break;
     case Place::InPage:
-      banner->controller = VeltoBannerViewController::initWithDelegate(banner, c.size, velto::gtk::hostView(slot_));
+      banner->controller =
+          VeltoBannerViewController::initWithDelegate(banner, c.size, velto::gtk::hostView(slot_));
       break;
   }
   banners_[c.place] = banner;
@@ -221,7 +226,9 @@ void Stage::show(const std::string& name) {
   velto::VeltoFramework::addVeltoKey("demo");
 }
 
-void Stage::clear() { banners_.clear(); }
+void Stage::clear() {
+  banners_.clear();
+}
 
 velto::CGRect Stage::expectedFrame(const std::string& name, velto::CGSize size) const {
   const double width = gtk_widget_get_width(content());
@@ -243,12 +250,14 @@ velto::CGRect Stage::expectedFrame(const std::string& name, velto::CGSize size) 
 }
 
 int Stage::count(const std::string& name, const std::string& what) const {
-  return static_cast<int>(std::count_if(events_.begin(), events_.end(),
-                                        [&](const Event& event) { return event.name == name && event.what == what; }));
+  return static_cast<int>(std::count_if(events_.begin(), events_.end(), [&](const Event& event) {
+    return event.name == name && event.what == what;
+  }));
 }
 
 void Stage::add(const std::string& name, const std::string& what) {
-  const Event& event = events_.emplace_back(Event{double(g_get_monotonic_time() - start_) / 1000, name, what});
+  const Event& event =
+      events_.emplace_back(Event{double(g_get_monotonic_time() - start_) / 1000, name, what});
   char line[160];
   std::snprintf(line, sizeof line, "%7.0f ms  %-8s %s\n", event.ms, name.c_str(), what.c_str());
   std::fputs(line, stdout);

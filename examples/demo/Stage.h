@@ -1,5 +1,5 @@
-// The demo's window: a page with room for banners, a column of buttons, and a log of what the banners' delegates hear.
-// main() makes one; its buttons and the tour show the same cases. Main thread.
+// The demo's window: a page with room for banners, a column of buttons, and a log of what the banners'
+// delegates hear. main() makes one; its buttons and the tour show the same cases. Main thread.
 #pragma once
 
 #include <gtk/gtk.h>

@@ -70,7 +70,8 @@ void Tour::remove() {
   photograph("removed");
 }
 
-// The banner is seen on its way, or, with spring, which is quick, beyond its place; and then it stays in its place.
+// The banner is seen on its way, or, with spring, which is quick, beyond its place; and then it stays in its
+// place.
 void Tour::slideIn(const std::string& name, bool overshoots) {
   const Color color = lookOf(name).color;
   const auto frame = stage_.expectedFrame(name, lookOf(name).size);
@@ -79,7 +80,8 @@ void Tour::slideIn(const std::string& name, bool overshoots) {
   expect(name + ": the banner slides in", [&] {
     const Picture picture = camera_.take();
     if (const auto right = picture.rightEnd(1, color); right && !wasElsewhere) {
-      wasElsewhere = overshoots ? *right > frame.maxX() + 2 : *right > frame.minX() && *right < frame.maxX() - 2;
+      wasElsewhere =
+          overshoots ? *right > frame.maxX() + 2 : *right > frame.minX() && *right < frame.maxX() - 2;
       if (wasElsewhere) photograph(name, picture);
     }
     return wasElsewhere && picture.shows(frame, color);
@@ -93,7 +95,8 @@ void Tour::refresh() {
   expectShown("refresh");
   photograph("refresh-before");
   const auto first = background();
-  expect("refresh: a second ad comes by itself", [this] { return stage_.count("refresh", "DidFinishLoad") >= 2; });
+  expect("refresh: a second ad comes by itself",
+         [this] { return stage_.count("refresh", "DidFinishLoad") >= 2; });
   expect("refresh: it replaces the first", [&] { return background() != first; });
   expectShown("refresh");
   photograph("refresh-after");
@@ -114,7 +117,8 @@ void Tour::load(const std::string& name) {
 }
 
 bool Tour::expect(const std::string& what, const std::function<bool()>& condition) {
-  // Looked at after each frame, and now and then when none comes. A timer of usual priority would keep frames from coming.
+  // Looked at after each frame, and now and then when none comes. A timer of usual priority would keep frames
+  // from coming.
   bool due = true;
   const auto setDue = +[](GdkFrameClock*, gpointer flag) { *static_cast<bool*>(flag) = true; };
   const auto setDueByTimer = +[](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
@@ -139,12 +143,13 @@ bool Tour::expect(const std::string& what, const std::function<bool()>& conditio
 
 bool Tour::expectShown(const std::string& name) {
   const Look& look = lookOf(name);
-  return expect(name + ": the banner is where it belongs", [&] {
-    return camera_.take().shows(stage_.expectedFrame(name, look.size), look.color);
-  });
+  return expect(name + ": the banner is where it belongs",
+                [&] { return camera_.take().shows(stage_.expectedFrame(name, look.size), look.color); });
 }
 
-void Tour::photograph(const std::string& name) { photograph(name, camera_.take()); }
+void Tour::photograph(const std::string& name) {
+  photograph(name, camera_.take());
+}
 
 void Tour::photograph(const std::string& name, const Picture& picture) {
   std::filesystem::create_directories(out_);
@@ -170,8 +175,8 @@ void Tour::click(velto::CGPoint point) {
   const std::string column = std::to_string(int(x + inWindow.x));
   const std::string row = std::to_string(int(y + inWindow.y));
   GError* error = nullptr;
-  GSubprocess* hand = g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, &error, "xdotool", "mousemove", "--window", window.c_str(),
-                                       column.c_str(), row.c_str(), "click", "1", nullptr);
+  GSubprocess* hand = g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, &error, "xdotool", "mousemove", "--window",
+                                       window.c_str(), column.c_str(), row.c_str(), "click", "1", nullptr);
   if (hand) {
     g_object_unref(hand);
   } else {

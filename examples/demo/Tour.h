@@ -1,5 +1,5 @@
-// Plays the demo by itself: shows each case, waits for what must happen, looks at the pixels, takes pictures, clicks on
-// an ad as a person would. Main thread; needs an X11 display and xdotool.
+// Plays the demo by itself: shows each case, waits for what must happen, looks at the pixels, takes pictures,
+// clicks on an ad as a person would. Main thread; needs an X11 display and xdotool.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,5 @@
-// The demo program: by hand, or with --tour by itself. scripts/demo starts it together with the sandbox server.
+// The demo program: by hand, or with --tour by itself. scripts/demo starts it together with the sandbox
+// server.
 #include <velto/gtk/VeltoGtk.h>
 #include <velto/velto.h>
 
@@ -57,7 +58,8 @@ Arguments parse(int count, char** words) {
 int play(demo::Stage& stage, const demo::LinkTrap& links, const std::string& out) {
   const auto missing = demo::Tour(stage, links, out).run();
   for (const auto& what : missing) std::fprintf(stderr, "missing: %s\n", what.c_str());
-  std::printf("%s; pictures in %s\n", missing.empty() ? "everything happened as expected" : "the tour failed", out.c_str());
+  std::printf("%s; pictures in %s\n", missing.empty() ? "everything happened as expected" : "the tour failed",
+              out.c_str());
   return missing.empty() ? 0 : 1;
 }
 
@@ -65,10 +67,11 @@ int run(const Arguments& arguments) {
   std::optional<demo::LinkTrap> links;
   if (arguments.tour) links.emplace();
   if (!gtk_init_check()) throw std::runtime_error("there is no display");
-  velto::gtk::install({.applicationIdentifier = "org.example.velto.demo",
-                       .dataFolder = arguments.data,
-                       .caFile = arguments.ca,
-                       .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}}});
+  velto::gtk::install(
+      {.applicationIdentifier = "org.example.velto.demo",
+       .dataFolder = arguments.data,
+       .caFile = arguments.ca,
+       .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}}});
   velto::VeltoFramework::addVeltoKey("demo");
   int code = 0;
   {

@@ -2,8 +2,8 @@
 #include "BannerSlot.h"
 
 void BannerSlot::open(const velto::VeltoSettings& reader) {
-  banner_ = velto::VeltoBannerViewController::initWithDelegate(shared_from_this(), velto::VeltoBannerSize320x50,
-                                                               velto::VeltoBannerPositionBottom);
+  banner_ = velto::VeltoBannerViewController::initWithDelegate(
+      shared_from_this(), velto::VeltoBannerSize320x50, velto::VeltoBannerPositionBottom);
   banner_->setEnableAutoRefresh(true);
   banner_->setRefreshTimeSeconds(30);
   banner_->load(reader);
@@ -20,7 +20,9 @@ void BannerSlot::veltoBannerViewControllerDidFinishLoad(velto::VeltoBannerViewCo
   hasFailed_ = false;
 }
 
-void BannerSlot::veltoBannerViewControllerDidPress(velto::VeltoBannerViewControllerPrivate&) { ++taps_; }
+void BannerSlot::veltoBannerViewControllerDidPress(velto::VeltoBannerViewControllerPrivate&) {
+  ++taps_;
+}
 
 // Only the first load reports a failure. The refreshes go on, so an ad may still come.
 void BannerSlot::veltoBannerViewControllerDidFail(velto::VeltoBannerViewControllerPrivate&,

@@ -1,9 +1,9 @@
-// Tests of BannerSlot on the in-memory platform: the ad server's answers, the page, the reader's finger and the time are
-// all in the test's hand.
-#include "BannerSlot.h"
-
+// Tests of BannerSlot on the in-memory platform: the ad server's answers, the page, the reader's finger and
+// the time are all in the test's hand.
 #include <gtest/gtest.h>
 #include <velto/headless/VeltoHeadless.h>
+
+#include "BannerSlot.h"
 
 using namespace std::chrono_literals;
 
@@ -25,8 +25,9 @@ struct BannerSlotTest : testing::Test {
   std::shared_ptr<velto::headless::Platform> platform = velto::headless::Platform::install();
   velto::headless::HostWindow window;
   std::shared_ptr<BannerSlot> slot;
-  const velto::headless::Answer ad{.headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}},
-                                   .body = "<body onload=\"location.href = 'velto://loadFinished'\">Ad</body>"};
+  const velto::headless::Answer ad{
+      .headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}},
+      .body = "<body onload=\"location.href = 'velto://loadFinished'\">Ad</body>"};
   const velto::headless::Answer none{.status = 204};
 };
 

@@ -1,5 +1,5 @@
-// Asks a server for a video ad, as an application with a player of its own does it: Velto makes the URL, libcurl fetches the
-// document, the player gets it. Needs no window.
+// Asks a server for a video ad, as an application with a player of its own does it: Velto makes the URL,
+// libcurl fetches the document, the player gets it. Needs no window.
 //
 //   vast-request ads.velto.example your-publisher-key
 //   vast-request ads.velto.example your-publisher-key 127.0.0.1:8443 ca.pem     # from velto-sandbox

@@ -14,7 +14,9 @@ constexpr std::string_view publisherMark = "veltop%3D";
 constexpr std::string_view orderMark = "ord%3D";
 constexpr std::string_view separator = "%26";  // an ampersand, escaped
 
-std::string_view before(std::string_view text, std::string_view end) { return text.substr(0, text.find(end)); }
+std::string_view before(std::string_view text, std::string_view end) {
+  return text.substr(0, text.find(end));
+}
 
 // What stands between the first mark and the second one, if any, or the end.
 std::optional<std::string_view> after(std::string_view text, std::string_view mark) {
@@ -44,13 +46,13 @@ std::optional<PublisherIdentifiers> publisherIdentifiersIn(std::string_view mark
 }
 
 void findPublisherInformations(const std::shared_ptr<WKWebView>& webView, PublisherInformation completion) {
-  webView->evaluateJavaScript(
-      bodyScript, [completion = std::move(completion)](std::optional<JSON> result, std::optional<NSError>) mutable {
-        Platform::current().performInBackground(
-            [result = std::move(result), completion = std::move(completion)]() mutable {
-              _findPublisherInformations(result, std::move(completion));
-            });
-      });
+  webView->evaluateJavaScript(bodyScript, [completion = std::move(completion)](
+                                              std::optional<JSON> result, std::optional<NSError>) mutable {
+    Platform::current().performInBackground(
+        [result = std::move(result), completion = std::move(completion)]() mutable {
+          _findPublisherInformations(result, std::move(completion));
+        });
+  });
 }
 
 void _findPublisherInformations(const std::optional<JSON>& result, PublisherInformation completionHandler) {

@@ -1,9 +1,9 @@
 // The button: painting, press feedback, keyboard, accessible name.
 #include "velto/gtk/ButtonPeer.h"
 
-#include <algorithm>
-
 #include "velto/platform/ui/UIButton.h"
+
+#include <algorithm>
 
 namespace velto::gtk {
 namespace {
@@ -11,18 +11,22 @@ namespace {
 using PangoLayoutOwned = GPtr<PangoLayout>;
 
 // What a screen reader says: buttons without words close something here.
-std::string spokenName(const std::string& title) { return title.empty() || title == "X" ? "Close" : title; }
+std::string spokenName(const std::string& title) {
+  return title.empty() || title == "X" ? "Close" : title;
+}
 
 bool isInside(GtkWidget* widget, double x, double y) {
   return x >= 0 && y >= 0 && x < gtk_widget_get_width(widget) && y < gtk_widget_get_height(widget);
 }
 
 GskRoundedRect outline(const ButtonShape& shape, double grow) {
-  const graphene_rect_t rect = GRAPHENE_RECT_INIT(
-      static_cast<float>(shape.rect.minX() - grow), static_cast<float>(shape.rect.minY() - grow),
-      static_cast<float>(shape.rect.size.width + 2 * grow), static_cast<float>(shape.rect.size.height + 2 * grow));
+  const graphene_rect_t rect = GRAPHENE_RECT_INIT(static_cast<float>(shape.rect.minX() - grow),
+                                                  static_cast<float>(shape.rect.minY() - grow),
+                                                  static_cast<float>(shape.rect.size.width + 2 * grow),
+                                                  static_cast<float>(shape.rect.size.height + 2 * grow));
   GskRoundedRect rounded;
-  gsk_rounded_rect_init_from_rect(&rounded, &rect, static_cast<float>(std::max(0.0, shape.cornerRadius + grow)));
+  gsk_rounded_rect_init_from_rect(&rounded, &rect,
+                                  static_cast<float>(std::max(0.0, shape.cornerRadius + grow)));
   return rounded;
 }
 
@@ -30,7 +34,8 @@ void paintShape(GtkSnapshot* snapshot, const ButtonShape& shape) {
   const GskRoundedRect fill = outline(shape, 0);
   if (shape.shadowOpacity > 0) {
     const GdkRGBA shadow = clamped({0, 0, 0, shape.shadowOpacity});
-    gtk_snapshot_append_outset_shadow(snapshot, &fill, &shadow, 0, 0, 0, static_cast<float>(shape.shadowRadius));
+    gtk_snapshot_append_outset_shadow(snapshot, &fill, &shadow, 0, 0, 0,
+                                      static_cast<float>(shape.shadowRadius));
   }
   if (const auto color = shape.fillColor.components()) {
     const GdkRGBA painted = clamped(*color);
@@ -91,12 +96,16 @@ void paintFocus(GtkSnapshot* snapshot, float width, float height) {
 }  // namespace
 
 PushButtonPeer::PushButtonPeer()
-    : Peer(GTK_ACCESSIBLE_ROLE_BUTTON), press_(gtk_gesture_click_new()), keys_(gtk_event_controller_key_new()) {
+    : Peer(GTK_ACCESSIBLE_ROLE_BUTTON),
+      press_(gtk_gesture_click_new()),
+      keys_(gtk_event_controller_key_new()) {
   setViewTarget(widget(), ViewTarget::Always);
   setViewPainter(widget(), [this](GtkWidget*, GtkSnapshot* snapshot, float width, float height) {
     paint(snapshot, width, height);
   });
   gtk_widget_set_focusable(widget(), TRUE);
+  g_signal_connect_swapped(widget(), "state-flags-changed", G_CALLBACK(gtk_widget_queue_draw),
+                           widget());  // focus
 
   g_signal_connect(press_, "pressed", G_CALLBACK(pressed), this);
   g_signal_connect(press_, "update", G_CALLBACK(moved), this);

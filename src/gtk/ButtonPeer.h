@@ -1,5 +1,5 @@
-// A push button on the screen: paints its look, shows that it is pressed, and can be used by pointer, touch and keyboard.
-// Made by the view system for UIButton; main thread only.
+// A push button on the screen: paints its look, shows that it is pressed, and can be used by pointer, touch
+// and keyboard. Made by the view system for UIButton; main thread only.
 #pragma once
 
 #include "velto/gtk/Peer.h"
@@ -18,7 +18,8 @@ class PushButtonPeer final : public Peer, public ButtonPeer {
   void setLook(const ButtonLook& look) override;
 
  private:
-  static void pressed(GtkGestureClick* gesture, int presses, double x, double y, PushButtonPeer* self) noexcept;
+  static void pressed(GtkGestureClick* gesture, int presses, double x, double y,
+                      PushButtonPeer* self) noexcept;
   static void moved(GtkGesture* gesture, GdkEventSequence* sequence, PushButtonPeer* self) noexcept;
   static void released(GtkGestureClick*, int presses, double x, double y, PushButtonPeer* self) noexcept;
   static void cancelled(GtkGesture*, GdkEventSequence*, PushButtonPeer* self) noexcept;
@@ -30,7 +31,7 @@ class PushButtonPeer final : public Peer, public ButtonPeer {
 
   ButtonLook look_;
   bool highlighted_ = false;
-  GtkGesture* press_;          // the widget's
+  GtkGesture* press_;         // the widget's
   GtkEventController* keys_;  // the widget's
 };
 

@@ -1,18 +1,21 @@
-// The display link: the frame clock of a window that shows ads; a timer while there is none or it stands still, as it does
-// for a window that is covered or on another desktop. An animation ends in its time either way.
+// The display link: the frame clock of a window that shows ads; a timer while there is none or it stands
+// still, as it does for a window that is covered or on another desktop. An animation ends in its time either
+// way.
 #include "velto/gtk/DisplayLink.h"
-
-#include <vector>
 
 #include "velto/gtk/HostWindow.h"
 
+#include <vector>
+
 namespace velto::gtk {
 namespace {
-constexpr guint timerInterval = 16;          // milliseconds: 60 Hz, as near as a timer comes
+constexpr guint timerInterval = 16;             // milliseconds: 60 Hz, as near as a timer comes
 constexpr gint64 frameClockPatience = 100'000;  // microseconds without a frame before the timer steps in
 }  // namespace
 
-DisplayLink::~DisplayLink() { stop(); }
+DisplayLink::~DisplayLink() {
+  stop();
+}
 
 Handle DisplayLink::add(std::function<void(double)> tick) {
   const uint64_t id = nextTick_++;

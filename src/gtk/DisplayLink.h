@@ -1,13 +1,14 @@
-// Calls back for every frame that the display shows, for animations. Owned by the view system; main thread only.
+// Calls back for every frame that the display shows, for animations. Owned by the view system; main thread
+// only.
 #pragma once
+
+#include "velto/platform/Handle.h"
 
 #include <gtk/gtk.h>
 
 #include <functional>
 #include <map>
 #include <memory>
-
-#include "velto/platform/Handle.h"
 
 namespace velto::gtk {
 

@@ -1,15 +1,15 @@
 // The host view: following a widget.
 #include "velto/gtk/HostView.h"
 
+#include "velto/gtk/Peer.h"
+
 #include <algorithm>
 #include <optional>
 
-#include "velto/gtk/Peer.h"
-
 namespace velto::gtk {
 
-// Two widgets: the outer one stands where something is to be seen and cuts the rest off; in it the inner one has the whole
-// of the view, so that an ad keeps its place in a view that is half scrolled away.
+// Two widgets: the outer one stands where something is to be seen and cuts the rest off; in it the inner one
+// has the whole of the view, so that an ad keeps its place in a view that is half scrolled away.
 class ClipPeer final : public Peer {
  public:
   ClipPeer() : inner_(GPtr<GtkWidget>::sink(newViewWidget())) {
@@ -56,12 +56,14 @@ CGRect intersection(const CGRect& a, const CGRect& b) {
   const double left = std::max(a.minX(), b.minX());
   const double top = std::max(a.minY(), b.minY());
   return {{left, top},
-          {std::max(0.0, std::min(a.maxX(), b.maxX()) - left), std::max(0.0, std::min(a.maxY(), b.maxY()) - top)}};
+          {std::max(0.0, std::min(a.maxX(), b.maxX()) - left),
+           std::max(0.0, std::min(a.maxY(), b.maxY()) - top)}};
 }
 
 // The part of a widget's bounds that those around it, such as a scrolled list, let be seen.
 CGRect visiblePart(GtkWidget* widget, GtkWidget* layer, CGRect bounds) {
-  for (auto* around = gtk_widget_get_parent(widget); around && around != layer; around = gtk_widget_get_parent(around))
+  for (auto* around = gtk_widget_get_parent(widget); around && around != layer;
+       around = gtk_widget_get_parent(around))
     if (gtk_widget_get_overflow(around) == GTK_OVERFLOW_HIDDEN)
       if (const auto clip = boundsIn(around, layer)) bounds = intersection(bounds, *clip);
   return bounds;
@@ -84,7 +86,9 @@ HostView::~HostView() {
   view_->removeFromSuperview();
 }
 
-void HostView::mappedOrNot(GtkWidget*, HostView* self) noexcept { self->follow(); }
+void HostView::mappedOrNot(GtkWidget*, HostView* self) noexcept {
+  self->follow();
+}
 
 void HostView::destroyed(GtkWidget*, HostView* self) noexcept {
   const auto gone = std::move(self->gone_);

@@ -1,13 +1,14 @@
-// The view that stands for a widget of the application: it lies in the window's root view, just over the widget, and is clipped
-// where the widget is. Owned by the window's HostWindow, which says when to look again; main thread only.
+// The view that stands for a widget of the application: it lies in the window's root view, just over the
+// widget, and is clipped where the widget is. Owned by the window's HostWindow, which says when to look
+// again; main thread only.
 #pragma once
+
+#include "velto/platform/ui/UIView.h"
 
 #include <gtk/gtk.h>
 
 #include <functional>
 #include <memory>
-
-#include "velto/platform/ui/UIView.h"
 
 namespace velto::gtk {
 
@@ -15,8 +16,8 @@ class ClipPeer;
 
 class HostView {
  public:
-  // `layer` is the widget in whose coordinates the root view's subviews have their frames; `gone` is called when the widget
-  // is destroyed, and must delete this.
+  // `layer` is the widget in whose coordinates the root view's subviews have their frames; `gone` is called
+  // when the widget is destroyed, and must delete this.
   HostView(GtkWidget* widget, GtkWidget* layer, std::function<void()> gone);
   HostView(const HostView&) = delete;
   HostView& operator=(const HostView&) = delete;

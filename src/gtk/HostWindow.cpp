@@ -1,12 +1,11 @@
 // The host window: an overlay between a window and its content, with the library's root view on top.
 #include "velto/gtk/HostWindow.h"
 
-#include <algorithm>
-#include <stdexcept>
-
 #include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/Peer.h"
 #include "velto/gtk/VeltoGtk.h"
+
+#include <stdexcept>
 
 namespace velto::gtk {
 namespace {
@@ -48,8 +47,10 @@ GtkWidget* HostWindow::mappedWidget() {
   return nullptr;
 }
 
-HostWindow::HostWindow(GtkWindow* window) : window_(window), overlay_(GPtr<GtkWidget>::sink(gtk_overlay_new())) {
-  controller_ = std::make_shared<UIViewController>(UIView::makeWithPeer(std::make_unique<RootPeer>(overlay_)));
+HostWindow::HostWindow(GtkWindow* window)
+    : window_(window), overlay_(GPtr<GtkWidget>::sink(gtk_overlay_new())) {
+  controller_ =
+      std::make_shared<UIViewController>(UIView::makeWithPeer(std::make_unique<RootPeer>(overlay_)));
   g_signal_connect(window_, "destroy", G_CALLBACK(destroyed), this);
   g_signal_connect(window_, "notify::child", G_CALLBACK(childChanged), this);
   g_signal_connect_after(window_, "realize", G_CALLBACK(realized), this);
@@ -66,7 +67,8 @@ HostWindow::~HostWindow() {
   unrealized(nullptr, this);
   controller_->view()->platformSetInWindow(false);
   hostViews_.clear();
-  gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);  // others may hold the controller, not the content
+  // Others may still hold the controller, and with it the overlay; the application's content they may not.
+  gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);
 }
 
 void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
@@ -75,7 +77,7 @@ void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
   tellVisibility();
 }
 
-// --- the overlay ------------------------------------------------------------------------------------------------
+// --- the overlay ---------------------------------------------------------------------------------------
 
 void HostWindow::insertOverlay() {
   inserting_ = true;
@@ -93,7 +95,7 @@ void HostWindow::childChanged(GtkWindow* window, GParamSpec*, HostWindow* self) 
   if (!self->inserting_ && gtk_window_get_child(window) != self->overlay_) self->insertOverlay();
 }
 
-// --- on the screen ----------------------------------------------------------------------------------------------
+// --- on the screen -------------------------------------------------------------------------------------
 
 void HostWindow::mapped(GtkWidget*, HostWindow* self) noexcept {
   self->controller_->view()->platformSetInWindow(true);
@@ -105,7 +107,9 @@ void HostWindow::unmapped(GtkWidget*, HostWindow* self) noexcept {
   tellVisibility();
 }
 
-void HostWindow::stateChanged(GdkSurface*, GParamSpec*, HostWindow*) noexcept { tellVisibility(); }
+void HostWindow::stateChanged(GdkSurface*, GParamSpec*, HostWindow*) noexcept {
+  tellVisibility();
+}
 
 void HostWindow::tellVisibility() {
   auto* platform = GtkPlatform::installed();
@@ -124,7 +128,7 @@ bool HostWindow::isVisible() const {
   if (!gtk_widget_get_mapped(GTK_WIDGET(window_))) return false;
   unsigned outOfSight = GDK_TOPLEVEL_STATE_MINIMIZED;
 #if GTK_CHECK_VERSION(4, 12, 0)
-  outOfSight |= GDK_TOPLEVEL_STATE_SUSPENDED;  // where the compositor does not tell that a window is minimised
+  outOfSight |= GDK_TOPLEVEL_STATE_SUSPENDED;  // all that some compositors tell of a minimised window
 #endif
   return !(gdk_toplevel_get_state(GDK_TOPLEVEL(gtk_native_get_surface(GTK_NATIVE(window_)))) & outOfSight);
 }
@@ -132,7 +136,8 @@ bool HostWindow::isVisible() const {
 void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
   self->clock_ = GPtr<GdkFrameClock>::retain(gtk_widget_get_frame_clock(GTK_WIDGET(self->window_)));
   g_signal_connect_after(self->clock_, "layout", G_CALLBACK(laidOut), self);
-  self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state", G_CALLBACK(stateChanged), self);
+  self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state",
+                               G_CALLBACK(stateChanged), self);
 }
 
 void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
@@ -142,9 +147,12 @@ void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
   self->clock_.reset();
 }
 
-// After the toolkit has laid the window out and before it paints: what changes here is laid out in the same frame, since the
-// frame clock repeats the phase while there is something left to do. A window in which nothing moves has no such phases.
-void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept { self->followWidgets(); }
+// After the toolkit has laid the window out and before it paints: what changes here is laid out in the same
+// frame, since the frame clock repeats the phase while there is something left to do. A window in which
+// nothing moves has no such phases.
+void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
+  self->followWidgets();
+}
 
 void HostWindow::followWidgets() {
   const auto controller = controller_;  // a delegate that hears of this may do anything
@@ -154,12 +162,13 @@ void HostWindow::followWidgets() {
   for (const auto& hostView : hostViews_) hostView->follow();
 }
 
-// --- host views -------------------------------------------------------------------------------------------------
+// --- host views ----------------------------------------------------------------------------------------
 
 std::shared_ptr<UIView> HostWindow::viewOf(GtkWidget* widget) {
   for (const auto& hostView : hostViews_)
     if (hostView->widget() == widget) return hostView->view();
-  auto& made = *hostViews_.emplace_back(std::make_unique<HostView>(widget, overlay_, [this, widget] { forget(widget); }));
+  auto& made = *hostViews_.emplace_back(
+      std::make_unique<HostView>(widget, overlay_, [this, widget] { forget(widget); }));
   controller_->view()->addSubview(made.view());
   made.follow();
   return made.view();
@@ -169,7 +178,7 @@ void HostWindow::forget(GtkWidget* widget) {
   std::erase_if(hostViews_, [&](const auto& hostView) { return hostView->widget() == widget; });
 }
 
-// --- for applications -------------------------------------------------------------------------------------------
+// --- for applications ----------------------------------------------------------------------------------
 
 std::shared_ptr<UIViewController> hostViewController(GtkWindow* window) {
   if (!GTK_IS_WINDOW(window)) throw std::invalid_argument("hostViewController: not a window");

@@ -1,16 +1,17 @@
-// A window of the application as the library sees it: a view controller whose root view lies over the window's content.
-// One hangs on each window that was asked for (VeltoGtk.h) and goes when the window is destroyed. Main thread only.
+// A window of the application as the library sees it: a view controller whose root view lies over the
+// window's content. One hangs on each window that was asked for (VeltoGtk.h) and goes when the window is
+// destroyed. Main thread only.
 #pragma once
-
-#include <gtk/gtk.h>
-
-#include <memory>
-#include <vector>
 
 #include "velto/gtk/HostView.h"
 #include "velto/gtk/Signal.h"
 #include "velto/platform/foundation/GMemory.h"
 #include "velto/platform/ui/UIViewController.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <vector>
 
 namespace velto::gtk {
 

@@ -1,14 +1,13 @@
 // Statements: the helper in the page, the two ways of running, and results on their way back.
 #include "velto/gtk/PageScripts.h"
 
-#include "velto/platform/foundation/GMemory.h"
-
 namespace velto::gtk {
 namespace {
 
-// The page may replace whatever it can reach, and would then be called inside the gesture. So everything here is
-// taken before the page's first script, and no object of the page's prototypes is touched until the message has come.
-// An answer is an object of our own without prototype, lest a promise or a `then` of the page's be waited for.
+// The page may replace whatever it can reach, and would then be called inside the gesture. So everything here
+// is taken before the page's first script, and no object of the page's prototypes is touched until the
+// message has come. An answer is an object of our own without prototype, lest a promise or a `then` of the
+// page's be waited for.
 constexpr char helper[] = R"((() => {
   const evaluate = eval;
   const channel = new MessageChannel();
@@ -39,16 +38,19 @@ constexpr char helper[] = R"((() => {
   }) });
 })())";
 
-// A document without the helper is the empty one from before the first load: nobody is there to use a gesture.
+// A document without the helper is the empty one from before the first load, with nobody to use a gesture.
 std::string handOver(const std::string& literal) {
   return "const source = " + literal + R"(;
-    return typeof __veltoRun === 'function' ? __veltoRun(source) : { __proto__: null, value: (0, eval)(source) };)";
+    if (typeof __veltoRun === 'function') return __veltoRun(source);
+    return { __proto__: null, value: (0, eval)(source) };)";
 }
-
-constexpr char pageGone[] = "The page went away";
 
 NSError scriptError(int code, const char* text) {
   return {g_quark_to_string(webkit_javascript_error_quark()), code, text};
+}
+
+NSError pageGone() {
+  return scriptError(WEBKIT_JAVASCRIPT_ERROR_SCRIPT_FAILED, "The page went away");
 }
 
 bool isSyntax(JSCContext* context, const std::string& code) {
@@ -76,17 +78,15 @@ void PageScripts::Statement::answer(std::optional<JSON> value, std::optional<NSE
   if (completion) completion(std::move(value), std::move(error));
 }
 
-struct PageScripts::Call {
+struct PageScripts::Reply {
   std::weak_ptr<PageScripts> scripts;
-  Statement statement;
-  uint64_t document;
-  bool mayBeRefused;
+  uint64_t call;
 };
 
 PageScripts::PageScripts(WebKitWebView* view) : view_(view) {
   const GOwned<WebKitUserScript, webkit_user_script_unref> script(
-      webkit_user_script_new(helper, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
-                             nullptr, nullptr));
+      webkit_user_script_new(helper, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                             WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr));
   webkit_user_content_manager_add_script(webkit_web_view_get_user_content_manager(view_), script.get());
 }
 
@@ -101,10 +101,12 @@ void PageScripts::submit(Statement statement) {
   // A JSON text is a string literal of the language; what is not UTF-8 cannot be a statement.
   const auto literal = writeJSON(statement.source, false);
   ++unanswered_;
-  call(literal ? handOver(*literal) : "throw new SyntaxError('The statement is not UTF-8')", std::move(statement), true);
+  call(literal ? handOver(*literal) : "throw new SyntaxError('The statement is not UTF-8')",
+       {std::move(statement), document_, true});
 }
 
-// Statements that were sent before the page was known to refuse come back one by one; later ones keep behind them.
+// Statements that were sent before the page was known to refuse come back one by one; later ones keep behind
+// them.
 void PageScripts::runWaiting() {
   while (unanswered_ == 0 && !waiting_.empty()) {
     Statement next = std::move(waiting_.front());
@@ -113,22 +115,27 @@ void PageScripts::runWaiting() {
   }
 }
 
-void PageScripts::call(const std::string& body, Statement statement, bool mayBeRefused) {
-  auto* call = new Call{weak_from_this(), std::move(statement), document_, mayBeRefused};
+void PageScripts::call(const std::string& body, Call call) {
+  const uint64_t id = nextCall_++;
+  calls_.emplace(id, std::move(call));
   webkit_web_view_call_async_javascript_function(view_, body.data(), static_cast<gssize>(body.size()),
-                                                 nullptr, nullptr, nullptr, nullptr, answered, call);
+                                                 nullptr, nullptr, nullptr, nullptr, answered,
+                                                 new Reply{weak_from_this(), id});
 }
 
 void PageScripts::answered(GObject* view, GAsyncResult* result, gpointer data) noexcept {
-  const std::unique_ptr<Call> call(static_cast<Call*>(data));
+  const std::unique_ptr<Reply> reply(static_cast<Reply*>(data));
   GError* error = nullptr;
   const auto value = GPtr<JSCValue>::adopt(
       webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(view), result, &error));
   const GErrorOwned owned(error);
-  if (const auto scripts = call->scripts.lock()) scripts->finish(*call, value, error);
+  const auto scripts = reply->scripts.lock();
+  if (!scripts) return;
+  if (auto call = scripts->calls_.extract(reply->call))
+    scripts->finish(std::move(call.mapped()), value, error);
 }
 
-void PageScripts::finish(Call& call, JSCValue* value, const GError* error) {
+void PageScripts::finish(Call call, JSCValue* value, const GError* error) {
   const bool samePage = call.document == document_;
   const bool refused = value && jsc_value_is_object(value) && jsc_value_object_has_property(value, "refused");
   if (call.mayBeRefused && samePage) {
@@ -141,10 +148,11 @@ void PageScripts::finish(Call& call, JSCValue* value, const GError* error) {
     if (refused) return;
   }
   if (error) return call.statement.answer(std::nullopt, errorFrom(*error));
-  if (refused) return call.statement.answer(std::nullopt, scriptError(WEBKIT_JAVASCRIPT_ERROR_SCRIPT_FAILED, pageGone));
+  if (refused) return call.statement.answer(std::nullopt, pageGone());
   auto read = readValue(value);
   if (read) return call.statement.answer(std::move(read), std::nullopt);
-  call.statement.answer(std::nullopt, scriptError(WEBKIT_JAVASCRIPT_ERROR_INVALID_RESULT, "Unsupported result type"));
+  call.statement.answer(std::nullopt,
+                        scriptError(WEBKIT_JAVASCRIPT_ERROR_INVALID_RESULT, "Unsupported result type"));
 }
 
 void PageScripts::runWithoutEval(Statement statement) {
@@ -152,18 +160,42 @@ void PageScripts::runWithoutEval(Statement statement) {
   const std::string expression = "() => (" + statement.source + "\n)";
   const std::string statements = "() => {" + statement.source + "\n}";
   std::string body = "() => { throw new SyntaxError(); }";
-  if (isSyntax(evalRefused_, expression)) body = expression;
-  else if (isSyntax(evalRefused_, statements)) body = statements;
-  call("return __veltoRun(null, " + body + ")", std::move(statement), false);
+  if (isSyntax(evalRefused_, expression))
+    body = expression;
+  else if (isSyntax(evalRefused_, statements))
+    body = statements;
+  call("return __veltoRun(null, " + body + ")", {std::move(statement), document_, false});
 }
 
 void PageScripts::documentChanged() {
+  forgetDocument();
+  if (calls_.empty()) return;
+  // The last of them may have met the new document already. Answers come in order, so one more call tells:
+  // what is not answered before it went with the old document, of which the engine says nothing when it
+  // changes processes.
+  run("", [weak = weak_from_this(), next = nextCall_](const auto&, const auto&) {
+    if (const auto scripts = weak.lock()) scripts->abandonBefore(next);
+  });
+}
+
+void PageScripts::processEnded() {
+  forgetDocument();
+  abandonBefore(nextCall_);
+}
+
+void PageScripts::forgetDocument() {
   ++document_;
   evalRefused_.reset();
   unanswered_ = 0;
-  const auto gone = std::exchange(waiting_, {});
-  for (const auto& statement : gone)
-    statement.answer(std::nullopt, scriptError(WEBKIT_JAVASCRIPT_ERROR_SCRIPT_FAILED, pageGone));
+  for (const auto& statement : std::exchange(waiting_, {})) statement.answer(std::nullopt, pageGone());
+}
+
+void PageScripts::abandonBefore(uint64_t id) {
+  const auto self = shared_from_this();  // a completion may remove the view
+  while (!calls_.empty() && calls_.begin()->first < id) {
+    const auto call = calls_.extract(calls_.begin());
+    call.mapped().statement.answer(std::nullopt, pageGone());
+  }
 }
 
 }  // namespace velto::gtk

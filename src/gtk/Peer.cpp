@@ -1,17 +1,21 @@
 // The peer: passes orders to its widget, and tells taps.
 #include "velto/gtk/Peer.h"
 
-#include <cmath>
-
 #include "velto/platform/ui/UIView.h"
+
+#include <cmath>
 
 namespace velto::gtk {
 namespace {
-constexpr double tapRadius = 10;      // points that a finger or hand may slip within a tap
-constexpr double leastVisible = 0.01;  // a fainter view takes no touches, as on a phone
-}  // namespace
 
-bool isTap(CGPoint from, CGPoint to) { return std::hypot(to.x - from.x, to.y - from.y) <= tapRadius; }
+constexpr double tapRadius = 10;       // points that a finger or hand may slip within a tap
+constexpr double leastVisible = 0.01;  // a fainter view takes no touches, as on a phone
+
+bool isTap(CGPoint from, CGPoint to) {
+  return std::hypot(to.x - from.x, to.y - from.y) <= tapRadius;
+}
+
+}  // namespace
 
 Peer::Peer(GtkAccessibleRole role) : widget_(GPtr<GtkWidget>::sink(newViewWidget(role))) {}
 
@@ -21,16 +25,22 @@ Peer::~Peer() {
   Peer::removeFromSuperview();
 }
 
-void Peer::setFrame(const CGRect& frame) { setViewFrame(widget_, frame); }
+void Peer::setFrame(const CGRect& frame) {
+  setViewFrame(widget_, frame);
+}
 
 void Peer::setAlpha(double alpha) {
   gtk_widget_set_opacity(widget_, alpha);
   gtk_widget_set_can_target(widget_, alpha >= leastVisible);
 }
 
-void Peer::setHidden(bool hidden) { gtk_widget_set_visible(widget_, !hidden); }
+void Peer::setHidden(bool hidden) {
+  gtk_widget_set_visible(widget_, !hidden);
+}
 
-void Peer::setBackgroundColor(const UIColor& color) { setViewColor(widget_, color); }
+void Peer::setBackgroundColor(const UIColor& color) {
+  setViewColor(widget_, color);
+}
 
 void Peer::setTouchable(bool touchable) {
   if (touchable == (tap_ != nullptr)) return;
@@ -48,7 +58,9 @@ void Peer::setTouchable(bool touchable) {
   gtk_widget_add_controller(widget_, GTK_EVENT_CONTROLLER(tap_));
 }
 
-void Peer::touchBegan(GtkGestureClick*, int, double x, double y, Peer* self) noexcept { self->pressed_ = {x, y}; }
+void Peer::touchBegan(GtkGestureClick*, int, double x, double y, Peer* self) noexcept {
+  self->pressed_ = {x, y};
+}
 
 void Peer::touchEnded(GtkGestureClick*, int, double x, double y, Peer* self) noexcept {
   const auto pressed = std::exchange(self->pressed_, std::nullopt);

@@ -1,12 +1,12 @@
-// A view of the library on the screen: one view widget (ViewWidget.h). Base of the button's and the web view's peers.
-// Made by the view system, owned by its UIView; main thread only.
+// A view of the library on the screen: one view widget (ViewWidget.h). Base of the button's and the web
+// view's peers. Made by the view system, owned by its UIView; main thread only.
 #pragma once
-
-#include <optional>
 
 #include "velto/gtk/ViewWidget.h"
 #include "velto/platform/ViewPeer.h"
 #include "velto/platform/foundation/GMemory.h"
+
+#include <optional>
 
 namespace velto::gtk {
 
@@ -36,11 +36,8 @@ class Peer : public virtual ViewPeer {
   static void touchEnded(GtkGestureClick*, int presses, double x, double y, Peer* self) noexcept;
 
   GPtr<GtkWidget> widget_;
-  GtkGesture* tap_ = nullptr;        // the widget's
-  std::optional<CGPoint> pressed_;   // where the touch began, while it lasts
+  GtkGesture* tap_ = nullptr;       // the widget's
+  std::optional<CGPoint> pressed_;  // where the touch began, while it lasts
 };
-
-// Whether a touch between these points is a tap and no drag.
-bool isTap(CGPoint from, CGPoint to);
 
 }  // namespace velto::gtk

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace velto::gtk {
@@ -32,8 +33,13 @@ struct ViewWidget {
 GType viewWidgetType();
 GtkWidgetClass* parentClass = nullptr;
 
-bool isViewWidget(GtkWidget* widget) { return G_TYPE_CHECK_INSTANCE_TYPE(widget, viewWidgetType()); }
-ViewState& stateOf(gpointer widget) { return *static_cast<ViewWidget*>(widget)->state; }
+bool isViewWidget(GtkWidget* widget) {
+  return G_TYPE_CHECK_INSTANCE_TYPE(widget, viewWidgetType());
+}
+
+ViewState& stateOf(gpointer widget) {
+  return *static_cast<ViewWidget*>(widget)->state;
+}
 
 int pixel(double value) {
   constexpr double limit = 1 << 20;  // far outside any screen, far inside an int
@@ -53,7 +59,8 @@ void sizeAllocate(GtkWidget* widget, int width, int height, int) noexcept {
     // The toolkit wants to be asked what a child needs before it is told what it gets.
     int minimum = 0;
     gtk_widget_measure(child, GTK_ORIENTATION_HORIZONTAL, -1, &minimum, nullptr, nullptr, nullptr);
-    const graphene_point_t origin = GRAPHENE_POINT_INIT(static_cast<float>(frame.x), static_cast<float>(frame.y));
+    const graphene_point_t origin =
+        GRAPHENE_POINT_INIT(static_cast<float>(frame.x), static_cast<float>(frame.y));
     gtk_widget_allocate(child, frame.width, frame.height, -1, gsk_transform_translate(nullptr, &origin));
   }
 }
@@ -70,7 +77,7 @@ void snapshot(GtkWidget* widget, GtkSnapshot* snapshot) noexcept {
   parentClass->snapshot(widget, snapshot);
 }
 
-// An empty, clear view lets the application's widgets below have the events. Children are asked before this is.
+// An empty, clear view lets the application's widgets below have the events. Its children are asked first.
 gboolean contains(GtkWidget* widget, double x, double y) noexcept {
   const ViewState& state = stateOf(widget);
   const bool wants = state.target == ViewTarget::Always || state.color ||
@@ -140,7 +147,9 @@ void setViewPainter(GtkWidget* view, ViewPainter painter) {
   gtk_widget_queue_draw(view);
 }
 
-void setViewTarget(GtkWidget* view, ViewTarget target) { stateOf(view).target = target; }
+void setViewTarget(GtkWidget* view, ViewTarget target) {
+  stateOf(view).target = target;
+}
 
 void insertViewChild(GtkWidget* parent, GtkWidget* child, size_t index) {
   auto* next = gtk_widget_get_first_child(parent);

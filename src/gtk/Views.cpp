@@ -25,7 +25,7 @@ class Views final : public ViewSystem {
 
   std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) override {
     if (const auto* view = webViewOf(replacing); view && view->canShareProcess()) return nullptr;
-    return std::make_shared<PreparedEngine>(session_->network());
+    return std::make_shared<PreparedEngine>(*session_);
   }
 
   Handle displayLink(std::function<void(double)> tick) override { return displayLink_->add(std::move(tick)); }
@@ -40,7 +40,7 @@ class Views final : public ViewSystem {
       if (auto engine = prepared->take()) return std::move(*engine);
     const auto related = configuration.relatedWebView.lock();
     const auto* view = webViewOf(related.get());
-    return view && view->canShareProcess() ? relatedEngine(view->engine()) : freshEngine(session_->network());
+    return view && view->canShareProcess() ? relatedEngine(view->engine()) : freshEngine(*session_);
   }
 
   std::shared_ptr<WebSession> session_;

@@ -1,10 +1,11 @@
-// The view system of the GTK platform: makes the peers that put the library's views on the screen, and the display link
-// that animates them. The platform makes one on first use; everything is called on the main thread.
+// The view system of the GTK platform: makes the peers that put the library's views on the screen, and the
+// display link that animates them. The platform makes one on first use; everything is called on the main
+// thread.
 #pragma once
 
-#include <memory>
-
 #include "velto/platform/ViewPeer.h"
+
+#include <memory>
 
 namespace velto::gtk {
 

@@ -5,10 +5,18 @@ namespace velto::gtk {
 namespace {
 
 // Whoever answers TRUE has dealt with the matter, so the engine does nothing of its own.
-gboolean refuseMenu(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*) noexcept { return TRUE; }
-gboolean refusePrint(WebKitWebView*, WebKitPrintOperation*) noexcept { return TRUE; }
-gboolean refuseFullscreen(WebKitWebView*) noexcept { return TRUE; }
-gboolean refuseNotification(WebKitWebView*, WebKitNotification*) noexcept { return TRUE; }
+gboolean refuseMenu(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*) noexcept {
+  return TRUE;
+}
+gboolean refusePrint(WebKitWebView*, WebKitPrintOperation*) noexcept {
+  return TRUE;
+}
+gboolean refuseFullscreen(WebKitWebView*) noexcept {
+  return TRUE;
+}
+gboolean refuseNotification(WebKitWebView*, WebKitNotification*) noexcept {
+  return TRUE;
+}
 
 gboolean refusePermission(WebKitWebView*, WebKitPermissionRequest* request) noexcept {
   webkit_permission_request_deny(request);
@@ -40,16 +48,16 @@ gboolean dismissDialog(WebKitWebView*, WebKitScriptDialog* dialog) noexcept {
 }  // namespace
 
 void guardWebView(WebKitWebView* view) {
-  g_object_set(webkit_web_view_get_settings(view),                     //
-               "javascript-can-open-windows-automatically", FALSE,     //
-               "allow-file-access-from-file-urls", FALSE,              //
-               "allow-universal-access-from-file-urls", FALSE,         //
-               "allow-modal-dialogs", FALSE,                           //
-               "enable-developer-extras", FALSE,                       //
-               "enable-back-forward-navigation-gestures", FALSE,       //
-               "enable-fullscreen", FALSE,                             //
-               "enable-media-stream", FALSE,                           //
-               "enable-page-cache", FALSE,                             // an ad is never returned to
+  g_object_set(webkit_web_view_get_settings(view),                  //
+               "javascript-can-open-windows-automatically", FALSE,  //
+               "allow-file-access-from-file-urls", FALSE,           //
+               "allow-universal-access-from-file-urls", FALSE,      //
+               "allow-modal-dialogs", FALSE,                        //
+               "enable-developer-extras", FALSE,                    //
+               "enable-back-forward-navigation-gestures", FALSE,    //
+               "enable-fullscreen", FALSE,                          //
+               "enable-media-stream", FALSE,                        //
+               "enable-page-cache", FALSE,                          // an ad is never returned to
                nullptr);
   g_signal_connect(view, "context-menu", G_CALLBACK(refuseMenu), nullptr);
   g_signal_connect(view, "print", G_CALLBACK(refusePrint), nullptr);

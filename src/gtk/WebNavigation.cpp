@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+
 namespace velto::gtk {
 namespace {
 
@@ -15,11 +16,16 @@ WKNavigationType typeOf(WebKitNavigationAction* action) {
                            webkit_navigation_action_get_mouse_button(action) == GDK_BUTTON_PRIMARY;
       return clicked ? WKNavigationType::LinkActivated : WKNavigationType::Other;
     }
-    case WEBKIT_NAVIGATION_TYPE_FORM_SUBMITTED: return WKNavigationType::FormSubmitted;
-    case WEBKIT_NAVIGATION_TYPE_BACK_FORWARD: return WKNavigationType::BackForward;
-    case WEBKIT_NAVIGATION_TYPE_RELOAD: return WKNavigationType::Reload;
-    case WEBKIT_NAVIGATION_TYPE_FORM_RESUBMITTED: return WKNavigationType::FormResubmitted;
-    default: return WKNavigationType::Other;
+    case WEBKIT_NAVIGATION_TYPE_FORM_SUBMITTED:
+      return WKNavigationType::FormSubmitted;
+    case WEBKIT_NAVIGATION_TYPE_BACK_FORWARD:
+      return WKNavigationType::BackForward;
+    case WEBKIT_NAVIGATION_TYPE_RELOAD:
+      return WKNavigationType::Reload;
+    case WEBKIT_NAVIGATION_TYPE_FORM_RESUBMITTED:
+      return WKNavigationType::FormResubmitted;
+    default:
+      return WKNavigationType::Other;
   }
 }
 
@@ -30,18 +36,21 @@ std::string schemeOf(const std::string& address) {
   return scheme;
 }
 
-// The engine lets characters stand in addresses of schemes it does not know (braces in a command's arguments, a lone percent
-// sign) that RFC 3986 wants escaped; the command must not be lost for that.
+// The engine lets characters stand in addresses of schemes it does not know (braces in a command's arguments,
+// a lone percent sign) that RFC 3986 wants escaped; the command must not be lost for that.
 std::string escaped(const std::string& address) {
   constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
   std::string text;
   for (size_t i = 0; i < address.size(); ++i) {
     const char c = address[i];
-    const bool isEscape = c == '%' && i + 2 < address.size() && g_ascii_isxdigit(address[i + 1]) && g_ascii_isxdigit(address[i + 2]);
+    const bool isEscape = c == '%' && i + 2 < address.size() && g_ascii_isxdigit(address[i + 1]) &&
+                          g_ascii_isxdigit(address[i + 2]);
     constexpr char digits[] = "0123456789ABCDEF";
     const auto byte = static_cast<unsigned char>(c);
-    if (isEscape || g_ascii_isalnum(c) || allowed.find(c) != std::string_view::npos) text += c;
-    else text.append({'%', digits[byte >> 4], digits[byte & 15]});
+    if (isEscape || g_ascii_isalnum(c) || allowed.find(c) != std::string_view::npos)
+      text += c;
+    else
+      text.append({'%', digits[byte >> 4], digits[byte & 15]});
   }
   return text;
 }
@@ -67,6 +76,8 @@ bool isLoadable(const std::string& address) {
   return std::find(schemes.begin(), schemes.end(), schemeOf(address)) != schemes.end();
 }
 
-bool isFile(const std::string& address) { return schemeOf(address) == "file"; }
+bool isFile(const std::string& address) {
+  return schemeOf(address) == "file";
+}
 
 }  // namespace velto::gtk

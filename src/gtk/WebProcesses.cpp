@@ -1,6 +1,8 @@
 // Web processes: bringing up, sharing, leaving behind.
 #include "velto/gtk/WebProcesses.h"
 
+#include "velto/gtk/WebSession.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,8 +34,10 @@ void collectWebProcesses(pid_t process, int depth, std::vector<pid_t>& found) {
     std::ifstream file("/proc/" + std::to_string(child) + "/comm");
     std::string name;
     std::getline(file, name);
-    if (name.starts_with("WebKitWebProces")) found.push_back(child);  // the kernel keeps 15 characters
-    else if (depth > 0) collectWebProcesses(child, depth - 1, found);
+    if (name.starts_with("WebKitWebProces"))
+      found.push_back(child);  // the kernel keeps 15 characters
+    else if (depth > 0)
+      collectWebProcesses(child, depth - 1, found);
   }
 }
 
@@ -51,18 +55,40 @@ uint64_t residentBytes(pid_t process) {
   return resident * static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-GPtr<WebKitWebView> newWebView(const char* sourceProperty, gpointer source) {
+// A view has user scripts of its own, also where all else comes from a related one.
+template <class... Properties>
+GPtr<WebKitWebView> newWebView(Properties... properties) {
   const auto scripts = GPtr<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
-  return GPtr<WebKitWebView>::sink(WEBKIT_WEB_VIEW(g_object_new(
-      WEBKIT_TYPE_WEB_VIEW, sourceProperty, source, "user-content-manager", scripts.get(), nullptr)));
+  return GPtr<WebKitWebView>::sink(WEBKIT_WEB_VIEW(
+      g_object_new(WEBKIT_TYPE_WEB_VIEW, "user-content-manager", scripts.get(), properties..., nullptr)));
+}
+
+gboolean closeHeld(gpointer weak) noexcept {
+  const auto view = GPtr<GObject>::adopt(static_cast<GObject*>(g_weak_ref_get(static_cast<GWeakRef*>(weak))));
+  if (view) g_object_run_dispose(view);
+  return G_SOURCE_REMOVE;
+}
+
+void freeWeak(gpointer weak) noexcept {
+  g_weak_ref_clear(static_cast<GWeakRef*>(weak));
+  delete static_cast<GWeakRef*>(weak);
+}
+
+// A statement that was lost in a change of processes is never answered, and its call holds the view for ever.
+// The view may also be held by a signal of its own that is on the way, so it is closed only after that.
+void closeIfHeld(GPtr<WebKitWebView> view) {
+  auto* weak = new GWeakRef;
+  g_weak_ref_init(weak, view.get());
+  view.reset();
+  g_idle_add_full(G_PRIORITY_DEFAULT, closeHeld, weak, freeWeak);
 }
 
 }  // namespace
 
 WebProcess::WebProcess() : before_(webProcesses()) {}
 
-// The engine does not tell which process is whose: it is the one that is new. With more than one (the application has web
-// views too) its size stays unknown, and only the count of ads decides.
+// The engine does not tell which process is whose: it is the one that is new. With more than one (the
+// application has web views too) its size stays unknown, and only the count of ads decides.
 void WebProcess::pageArrived() {
   if (pid_) return;
   std::vector<pid_t> fresh;
@@ -75,29 +101,42 @@ bool WebProcess::hasRoom() const {
   return !ended_ && ads_ < adsForProcess && (!pid_ || residentBytes(pid_) < residentForProcess);
 }
 
+SharedView::SharedView(GPtr<WebKitWebView> view) {
+  auto* engineView = view.get();
+  const auto held = std::make_shared<GPtr<WebKitWebView>>(std::move(view));
+  view_ = {engineView, [held](WebKitWebView*) { closeIfHeld(std::move(*held)); }};
+}
+
 Engine::Engine(GPtr<WebKitWebView> webView, std::shared_ptr<WebProcess> itsProcess)
     : view(std::move(webView)), process(std::move(itsProcess)) {}
 
 Engine& Engine::operator=(Engine&& other) noexcept {
   std::swap(view, other.view);
+  std::swap(related, other.related);
   std::swap(process, other.process);
   std::swap(arriving, other.arriving);
   return *this;
 }
 
-// Left to itself a process leaves when it has nothing more to do, and one whose page hangs in a loop never has.
+// Left to itself a process leaves when it has nothing more to do; one whose page hangs in a loop never does.
 Engine::~Engine() {
   if (view && process.use_count() == 1) webkit_web_view_terminate_web_process(view);
 }
 
-Engine freshEngine(WebKitNetworkSession* network) {
+Engine freshEngine(WebSession& session) {
   auto process = std::make_shared<WebProcess>();
-  return Engine(newWebView("network-session", network), std::move(process));
+  const auto context = session.context();
+  return Engine(newWebView("web-context", context.get(), "network-session", session.network()),
+                std::move(process));
 }
 
-Engine relatedEngine(const Engine& other) { return Engine(newWebView("related-view", other.view), other.process); }
+Engine relatedEngine(const Engine& other) {
+  Engine made(newWebView("related-view", other.view.get()), other.process);
+  made.related = other.view;
+  return made;
+}
 
-PreparedEngine::PreparedEngine(WebKitNetworkSession* network) : engine_(freshEngine(network)) {
+PreparedEngine::PreparedEngine(WebSession& session) : engine_(freshEngine(session)) {
   engine_.arriving = true;
   g_signal_connect(engine_.view, "load-changed", G_CALLBACK(loadChanged), this);
   g_signal_connect(engine_.view, "web-process-terminated", G_CALLBACK(terminated), this);
@@ -105,7 +144,9 @@ PreparedEngine::PreparedEngine(WebKitNetworkSession* network) : engine_(freshEng
   webkit_web_view_load_html(engine_.view, "", nullptr);
 }
 
-PreparedEngine::~PreparedEngine() { letGo(); }
+PreparedEngine::~PreparedEngine() {
+  letGo();
+}
 
 void PreparedEngine::letGo() {
   if (timer_) g_source_remove(std::exchange(timer_, 0));
@@ -127,7 +168,8 @@ void PreparedEngine::loadChanged(WebKitWebView*, WebKitLoadEvent event, Prepared
   self->engine_.process->pageArrived();
 }
 
-void PreparedEngine::terminated(WebKitWebView*, WebKitWebProcessTerminationReason, PreparedEngine* self) noexcept {
+void PreparedEngine::terminated(WebKitWebView*, WebKitWebProcessTerminationReason,
+                                PreparedEngine* self) noexcept {
   self->letGo();
 }
 

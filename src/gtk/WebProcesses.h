@@ -1,6 +1,10 @@
-// Where a web view's process comes from. Starting one takes nearly all of the time to a first ad (some 150 ms), so it is
-// brought up while the ad is still being fetched, and a view that replaces another shares its process. Main thread only.
+// Where a web view's process comes from. Starting one takes nearly all of the time to a first ad (some 150
+// ms), so it is brought up while the ad is still being fetched, and a view that replaces another shares its
+// process. Main thread only.
 #pragma once
+
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/foundation/GMemory.h"
 
 #include <sys/types.h>
 #include <webkit/webkit.h>
@@ -9,10 +13,9 @@
 #include <optional>
 #include <vector>
 
-#include "velto/platform/ViewPeer.h"
-#include "velto/platform/foundation/GMemory.h"
-
 namespace velto::gtk {
+
+class WebSession;
 
 // One web process, as far as it can be known from outside; shared by the views that live in it.
 class WebProcess {
@@ -23,7 +26,8 @@ class WebProcess {
   void adLoaded() { ++ads_; }
   void ended() { ended_ = true; }
   bool hasEnded() const { return ended_; }
-  // Whether one more ad may run in it. Pages leave memory behind, so it is left to die after some dozens, or grown large.
+  // Whether one more ad may run in it. Pages leave memory behind, so it is left to die after some dozens, or
+  // grown large.
   bool hasRoom() const;
 
  private:
@@ -31,6 +35,19 @@ class WebProcess {
   pid_t pid_ = 0;  // unknown
   int ads_ = 0;
   bool ended_ = false;
+};
+
+// A web view of the engine, closed when the last copy of this goes.
+class SharedView {
+ public:
+  SharedView() = default;
+  explicit SharedView(GPtr<WebKitWebView> view);
+  WebKitWebView* get() const { return view_.get(); }
+  operator WebKitWebView*() const { return get(); }
+  explicit operator bool() const { return view_ != nullptr; }
+
+ private:
+  std::shared_ptr<WebKitWebView> view_;
 };
 
 // A web view of the engine with its process. Moves; the process is ended with the last view in it, at once.
@@ -41,19 +58,21 @@ struct Engine {
   Engine& operator=(Engine&& other) noexcept;
   ~Engine();
 
-  GPtr<WebKitWebView> view;
+  SharedView view;
+  // Whose process this view is to share. The engine asks for it when the first load begins, so it must live until then.
+  SharedView related;
   std::shared_ptr<WebProcess> process;
   bool arriving = false;  // while an empty page is on its way into it
 };
 
-Engine freshEngine(WebKitNetworkSession* network);
+Engine freshEngine(WebSession& session);
 Engine relatedEngine(const Engine& other);  // in the other's process
 
-// A hidden web view that has loaded an empty page, so its process is up. The next web view takes it over; if none does,
-// it and its process go with this object, or by themselves after half a minute.
+// A hidden web view that has loaded an empty page, so its process is up. The next web view takes it over; if
+// none does, it and its process go with this object, or by themselves after half a minute.
 class PreparedEngine final : public PreparedWebContent {
  public:
-  explicit PreparedEngine(WebKitNetworkSession* network);
+  explicit PreparedEngine(WebSession& session);
   PreparedEngine(const PreparedEngine&) = delete;
   PreparedEngine& operator=(const PreparedEngine&) = delete;
   ~PreparedEngine() override;

@@ -1,14 +1,14 @@
 // The library's web session, and what can be asked of its data.
 #include "velto/gtk/WebSession.h"
 
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+
 #include <webkit/webkit.h>
 
 #include <algorithm>
 #include <cmath>
-
-#include "velto/gtk/VeltoGtk.h"
-#include "velto/platform/MainQueue.h"
-#include "velto/platform/Platform.h"
 
 namespace velto::gtk {
 namespace {
@@ -27,7 +27,8 @@ class WebsiteDataStore final : public WKWebsiteDataStore {
   std::vector<std::string> allWebsiteDataTypes() const override;
   void fetchDataRecordsOfTypes(const std::vector<std::string>& types,
                                std::function<void(std::vector<WKWebsiteDataRecord>)> completion) override;
-  void removeDataOfTypes(const std::vector<std::string>& types, const std::vector<WKWebsiteDataRecord>& records,
+  void removeDataOfTypes(const std::vector<std::string>& types,
+                         const std::vector<WKWebsiteDataRecord>& records,
                          std::function<void()> completion) override;
   void removeCookiesSinceDate(double seconds) override;
 
@@ -37,7 +38,9 @@ class WebsiteDataStore final : public WKWebsiteDataStore {
   struct Removal;
   static void fetched(GObject* manager, GAsyncResult* result, gpointer data) noexcept;
   static void removed(GObject* manager, GAsyncResult* result, gpointer data) noexcept;
-  WebKitWebsiteDataManager* manager() { return webkit_network_session_get_website_data_manager(session_->network()); }
+  WebKitWebsiteDataManager* manager() {
+    return webkit_network_session_get_website_data_manager(session_->network());
+  }
 
   std::shared_ptr<WebSession> session_;
   Records records_ = std::make_shared<std::vector<Record>>();  // of the last fetch: what removals are about
@@ -59,13 +62,16 @@ const GFlagsClass& dataTypes() {
   return *types;
 }
 
-bool isSingleType(const GFlagsValue& value) { return value.value != 0 && (value.value & (value.value - 1)) == 0; }
+bool isSingleType(const GFlagsValue& value) {
+  return value.value != 0 && (value.value & (value.value - 1)) == 0;
+}
 
 WebKitWebsiteDataTypes typesNamed(const std::vector<std::string>& names) {
   guint types = 0;
   for (guint i = 0; i < dataTypes().n_values; ++i) {
     const GFlagsValue& value = dataTypes().values[i];
-    if (isSingleType(value) && std::find(names.begin(), names.end(), value.value_nick) != names.end()) types |= value.value;
+    if (isSingleType(value) && std::find(names.begin(), names.end(), value.value_nick) != names.end())
+      types |= value.value;
   }
   return static_cast<WebKitWebsiteDataTypes>(types);
 }
@@ -77,8 +83,8 @@ std::vector<std::string> WebsiteDataStore::allWebsiteDataTypes() const {
   return names;
 }
 
-void WebsiteDataStore::fetchDataRecordsOfTypes(const std::vector<std::string>& types,
-                                               std::function<void(std::vector<WKWebsiteDataRecord>)> completion) {
+void WebsiteDataStore::fetchDataRecordsOfTypes(
+    const std::vector<std::string>& types, std::function<void(std::vector<WKWebsiteDataRecord>)> completion) {
   if (!session_->isStarted()) {  // nothing can be there, and asking would start the engine
     Platform::current().mainQueue().post([completion = std::move(completion)] { completion({}); });
     return;
@@ -89,9 +95,11 @@ void WebsiteDataStore::fetchDataRecordsOfTypes(const std::vector<std::string>& t
 
 void WebsiteDataStore::fetched(GObject* manager, GAsyncResult* result, gpointer data) noexcept {
   const std::unique_ptr<Fetch> fetch(static_cast<Fetch*>(data));
-  GList* found = webkit_website_data_manager_fetch_finish(WEBKIT_WEBSITE_DATA_MANAGER(manager), result, nullptr);
+  GList* found =
+      webkit_website_data_manager_fetch_finish(WEBKIT_WEBSITE_DATA_MANAGER(manager), result, nullptr);
   std::vector<Record> records;
-  for (GList* item = found; item; item = item->next) records.emplace_back(static_cast<WebKitWebsiteData*>(item->data));
+  for (GList* item = found; item; item = item->next)
+    records.emplace_back(static_cast<WebKitWebsiteData*>(item->data));
   g_list_free(found);
   const auto kept = fetch->records.lock();
   if (!kept) return;
@@ -140,8 +148,12 @@ void WebsiteDataStore::removeCookiesSinceDate(double seconds) {
 
 }  // namespace
 
-WebSession::WebSession(const Options&) {}
-WebSession::~WebSession() = default;
+WebSession::WebSession(const Options&) {
+  g_weak_ref_init(&context_, nullptr);
+}
+WebSession::~WebSession() {
+  g_weak_ref_clear(&context_);
+}
 
 WebKitNetworkSession* WebSession::network() {
   if (!network_) {
@@ -150,6 +162,18 @@ WebKitNetworkSession* WebSession::network() {
     g_signal_connect(network_, "download-started", G_CALLBACK(refuseDownload), nullptr);
   }
   return network_;
+}
+
+GPtr<WebKitWebContext> WebSession::context() {
+  auto context = GPtr<WebKitWebContext>::adopt(static_cast<WebKitWebContext*>(g_weak_ref_get(&context_)));
+  if (!context) {
+    context = GPtr<WebKitWebContext>::adopt(webkit_web_context_new());
+    // A browser's caches keep the processes of sites that were left, in case somebody goes back. Nobody goes
+    // back to an ad.
+    webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+    g_weak_ref_set(&context_, context.get());
+  }
+  return context;
 }
 
 std::unique_ptr<WKWebsiteDataStore> makeWebsiteDataStore(std::shared_ptr<WebSession> session) {

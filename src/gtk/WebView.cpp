@@ -1,11 +1,11 @@
 // The web view: loads, navigation decisions and load events.
 #include "velto/gtk/WebView.h"
 
-#include <algorithm>
-
 #include "velto/gtk/WebGuards.h"
 #include "velto/gtk/WebNavigation.h"
 #include "velto/platform/ui/WKWebView.h"
+
+#include <algorithm>
 
 namespace velto::gtk {
 namespace {
@@ -20,17 +20,26 @@ void addUserScript(WebKitUserContentManager* manager, const WKUserScript& script
   const GOwned<WebKitUserScript, webkit_user_script_unref> made(webkit_user_script_new(
       script.source.c_str(),
       script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-      script.injectionTime == WKUserScriptInjectionTime::AtDocumentStart ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
-                                                                         : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
+      script.injectionTime == WKUserScriptInjectionTime::AtDocumentStart
+          ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
+          : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
       nullptr, nullptr));
   webkit_user_content_manager_add_script(manager, made.get());
+}
+
+// An address as the engine will ask about it: lower case, dots resolved.
+std::string engineSpelling(const std::string& address) {
+  const auto request = GPtr<WebKitURIRequest>::adopt(webkit_uri_request_new(address.c_str()));
+  const char* spelling = webkit_uri_request_get_uri(request);
+  return spelling ? spelling : address;
 }
 
 // Ends of loads that are none: another load took over, or the library itself said no to a navigation.
 bool isNoFailure(const GError& error) {
   return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
          g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_CANNOT_SHOW_URI) ||
-         g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+         g_error_matches(&error, WEBKIT_POLICY_ERROR,
+                         WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
 
 }  // namespace
@@ -51,15 +60,17 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
 
 WebView::~WebView() {
   g_signal_handlers_disconnect_by_data(engine_.view, this);
-  if (gtk_widget_get_parent(GTK_WIDGET(engine_.view.get()))) gtk_widget_unparent(GTK_WIDGET(engine_.view.get()));
+  if (gtk_widget_get_parent(GTK_WIDGET(engine_.view.get())))
+    gtk_widget_unparent(GTK_WIDGET(engine_.view.get()));
 }
 
+// The engine has nothing like data detectors (links in plain text stay text), and plays to no other device.
 void WebView::configure(const WKWebViewConfiguration& configuration) {
-  const bool playsByItself =
-      configuration.mediaTypesRequiringUserActionForPlayback == 0 || !configuration.requiresUserActionForMediaPlayback;
-  g_object_set(webkit_web_view_get_settings(engine_.view),                              //
-               "media-playback-requires-user-gesture", playsByItself ? FALSE : TRUE,    //
-               "media-playback-allows-inline", configuration.allowsInlineMediaPlayback ? TRUE : FALSE, nullptr);
+  const bool playsByItself = configuration.mediaTypesRequiringUserActionForPlayback == 0 ||
+                             !configuration.requiresUserActionForMediaPlayback;
+  auto* settings = webkit_web_view_get_settings(engine_.view);
+  webkit_settings_set_media_playback_requires_user_gesture(settings, !playsByItself);
+  webkit_settings_set_media_playback_allows_inline(settings, configuration.allowsInlineMediaPlayback);
   policies_ = GPtr<WebKitWebsitePolicies>::adopt(webkit_website_policies_new_with_policies(
       "autoplay", playsByItself ? WEBKIT_AUTOPLAY_ALLOW : WEBKIT_AUTOPLAY_DENY, nullptr));
   auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
@@ -94,24 +105,28 @@ void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
   }
 }
 
-// --- loading ----------------------------------------------------------------------------------------------------
+// --- loading -------------------------------------------------------------------------------------------
 
 void WebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
   std::string base = baseURL && !isFile(baseURL->absoluteString()) ? baseURL->absoluteString() : "";
-  // The empty page of prepared content looks like a page without base to the engine's events, so it is waited for.
-  if (engine_.arriving) waiting_ = {html, std::move(base)};
-  else load(html, base);
+  // In the engine's events the empty page of prepared content looks like any without base: it goes first.
+  if (engine_.arriving)
+    waiting_ = {html, std::move(base)};
+  else
+    load(html, base);
 }
 
 void WebView::load(const std::string& html, const std::string& base) {
   if (engine_.process->hasEnded()) engine_.process = std::make_shared<WebProcess>();
   engine_.process->adLoaded();
   load_ = Load::Requested;
-  ownNavigations_.push_back(base.empty() ? emptyAddress : base);
-  // By bytes with their length: markup may hold a zero, and may be large. The engine refuses to load no bytes at all.
+  ownNavigations_.push_back(base.empty() ? emptyAddress : engineSpelling(base));
+  // By bytes with their length: markup may hold a zero, and may be large. No bytes at all the engine refuses.
   const std::string_view markup = html.empty() ? "\n" : std::string_view(html);
   const GOwned<GBytes, g_bytes_unref> bytes(g_bytes_new(markup.data(), markup.size()));
-  webkit_web_view_load_bytes(engine_.view, bytes.get(), "text/html", "UTF-8", base.empty() ? nullptr : base.c_str());
+  webkit_web_view_load_bytes(engine_.view, bytes.get(), "text/html", "UTF-8",
+                             base.empty() ? nullptr : base.c_str());
+  engine_.related = {};  // its process is shared from here on
 }
 
 void WebView::engineArrived() {
@@ -120,6 +135,7 @@ void WebView::engineArrived() {
 }
 
 void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) noexcept {
+  const auto view = self->owner();  // completions and delegates may remove it
   switch (event) {
     case WEBKIT_LOAD_STARTED:
       if (!self->engine_.arriving) self->load_ = Load::Started;
@@ -132,31 +148,37 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       if (self->engine_.arriving) return self->engineArrived();
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
       self->load_ = Load::Ended;
-      self->owner()->peerDidFinishNavigation();
+      view->peerDidFinishNavigation();
       break;
-    default: break;
+    default:
+      break;
   }
 }
 
-gboolean WebView::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, WebView* self) noexcept {
+gboolean WebView::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error,
+                             WebView* self) noexcept {
   if (self->engine_.arriving) return TRUE;
-  if (!isNoFailure(*error)) self->fail(errorFrom(*error));
-  else if (self->load_ == Load::Started) self->load_ = Load::Requested;
+  if (!isNoFailure(*error))
+    self->fail(errorFrom(*error));
+  else if (self->load_ == Load::Started)
+    self->load_ = Load::Requested;
   return TRUE;  // no error page in the ad's place
 }
 
-gboolean WebView::loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*, GTlsCertificateFlags,
-                                          WebView* self) noexcept {
+gboolean WebView::loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*,
+                                          GTlsCertificateFlags, WebView* self) noexcept {
   self->fail({g_quark_to_string(G_TLS_ERROR), G_TLS_ERROR_BAD_CERTIFICATE,
               std::string("The certificate cannot be trusted: ") + (address ? address : "")});
   return TRUE;
 }
 
 // The engine starts another process by itself for the next load.
-void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebView* self) noexcept {
+void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
+                                WebView* self) noexcept {
+  const auto view = self->owner();
   self->engine_.process->ended();
   self->ownNavigations_.clear();
-  self->scripts_->documentChanged();
+  self->scripts_->processEnded();
   if (self->engine_.arriving) return self->engineArrived();
   if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended"});
 }
@@ -167,7 +189,7 @@ void WebView::fail(const NSError& error) {
   owner()->peerDidFailNavigation(error);
 }
 
-// --- navigations ------------------------------------------------------------------------------------------------
+// --- navigations ---------------------------------------------------------------------------------------
 
 gboolean WebView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                WebView* self) noexcept {
@@ -184,14 +206,17 @@ gboolean WebView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, W
 }
 
 void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow) {
-  auto* described = webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  auto* described =
+      webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
   const std::string address = addressOf(described);
   const WKNavigationAction action = navigationAction(described);
   const auto view = owner();
-  const bool allowed = isOwnNavigation(action, address) ||
-                       (!isFile(address) && view->peerDecidePolicy(action) == WKNavigationActionPolicy::Allow &&
-                        isLoadable(address));
-  const bool removed = view.use_count() == 1;  // by the delegate: a load now would only leave a process behind
+  const bool allowed =
+      isOwnNavigation(action, address) ||
+      (!isFile(address) && view->peerDecidePolicy(action) == WKNavigationActionPolicy::Allow &&
+       isLoadable(address));
+  // If the delegate has removed it, a load now would only leave a process behind.
+  const bool removed = view.use_count() == 1;
   if (allowed && !inNewWindow && !removed) {
     webkit_policy_decision_use_with_policies(decision, policies_);
     return;
@@ -216,7 +241,8 @@ bool WebView::isOwnNavigation(const WKNavigationAction& action, const std::strin
 // window.open() asks here only. The delegate hears of it, since it may be a command; a window there is never.
 GtkWidget* WebView::createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept {
   const std::string address = addressOf(action);
-  if (!isFile(address)) self->owner()->peerDecidePolicy({navigationAction(action).requestURL, WKNavigationType::Other});
+  if (!isFile(address))
+    self->owner()->peerDecidePolicy({navigationAction(action).requestURL, WKNavigationType::Other});
   return nullptr;
 }
 

@@ -1,16 +1,17 @@
-// A web view on the screen: the engine's web view fills the peer's widget. Made by the view system for WKWebView; main
-// thread only. See WebProcesses.h for where its process comes from, PageScripts.h for statements, WebGuards.h for what a page may not.
+// A web view on the screen: the engine's web view fills the peer's widget. Made by the view system for
+// WKWebView; main thread only. See WebProcesses.h for where its process comes from, PageScripts.h for
+// statements, WebGuards.h for what a page may not.
 #pragma once
+
+#include "velto/gtk/PageScripts.h"
+#include "velto/gtk/Peer.h"
+#include "velto/gtk/WebProcesses.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "velto/gtk/PageScripts.h"
-#include "velto/gtk/Peer.h"
-#include "velto/gtk/WebProcesses.h"
 
 namespace velto {
 class WKWebView;
@@ -41,10 +42,12 @@ class WebView final : public Peer, public WebViewPeer {
                                WebView* self) noexcept;
   static GtkWidget* createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept;
   static void loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) noexcept;
-  static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char* address, GError* error, WebView* self) noexcept;
-  static gboolean loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*, GTlsCertificateFlags,
-                                          WebView* self) noexcept;
-  static void processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebView* self) noexcept;
+  static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char* address, GError* error,
+                             WebView* self) noexcept;
+  static gboolean loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*,
+                                          GTlsCertificateFlags, WebView* self) noexcept;
+  static void processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
+                                WebView* self) noexcept;
 
   void configure(const WKWebViewConfiguration& configuration);
   void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
@@ -59,8 +62,8 @@ class WebView final : public Peer, public WebViewPeer {
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   Load load_ = Load::None;
-  std::optional<std::pair<std::string, std::string>> waiting_;  // markup and base of a load that comes after the empty page's
-  std::vector<std::string> ownNavigations_;                     // asked for by ourselves, not yet met by the engine
+  std::optional<std::pair<std::string, std::string>> waiting_;  // markup and base, until the engine arrives
+  std::vector<std::string> ownNavigations_;                     // told to the engine, not yet asked about
 };
 
 }  // namespace velto::gtk

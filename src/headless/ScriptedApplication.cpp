@@ -11,7 +11,8 @@ ScriptedApplication::ScriptedApplication(std::shared_ptr<VirtualQueue> queue) : 
 
 void ScriptedApplication::enterBackground() {
   queue_->requireMain("ScriptedApplication::enterBackground");
-  Platform::current().notificationCenter().postNotification({UIApplicationDidEnterBackgroundNotification, {}});
+  Platform::current().notificationCenter().postNotification(
+      {UIApplicationDidEnterBackgroundNotification, {}});
 }
 
 void ScriptedApplication::enterForeground() {

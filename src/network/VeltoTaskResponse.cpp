@@ -53,7 +53,8 @@ std::optional<double> VeltoTaskResponseHeaders::numberFormatter(std::string_view
 
 std::string VeltoTaskResponseHeaders::description() const {
   std::string list = "{";
-  for (const auto& [name, value] : headers.fields()) list += "\n    \"" + name + "\" = \"" + value + "\";";
+  for (const auto& [name, value] : headers.fields())
+    list.append("\n    \"").append(name).append("\" = \"").append(value).append("\";");
   return Description("VeltoTaskResponseHeaders", this).field("Headers", list + "\n}").text();
 }
 

@@ -57,8 +57,8 @@ std::string _deviceIdentifier(double now) {
 std::string _identifierForArgs(const std::string& arguments) {
   const double now = Platform::current().clock().secondsSince1970();
   const std::string text =
-      filled(VeltoTrackIdentifier, {fixedDecimals(now, 0), sanitized(VeltoDevice::os()), SDKVelto::veltoVersionSDK(),
-                                    _deviceIdentifier(now), arguments});
+      filled(VeltoTrackIdentifier, {fixedDecimals(now, 0), sanitized(VeltoDevice::os()),
+                                    SDKVelto::veltoVersionSDK(), _deviceIdentifier(now), arguments});
   return wrapped(wrapped(text));
 }
 

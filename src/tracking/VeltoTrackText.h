@@ -1,5 +1,5 @@
-// The text of a track's identifier: who, when, on what device, wrapped so that it travels as one opaque word. Made by
-// VeltoTrackerManager; any thread.
+// The text of a track's identifier: who, when, on what device, wrapped so that it travels as one opaque word.
+// Made by VeltoTrackerManager; any thread.
 #pragma once
 
 #include <string>
@@ -14,8 +14,8 @@ std::string sanitized(std::string_view value);
 std::string _deviceIdentifier(double now);
 // The identifier of an event with these arguments, now.
 std::string _identifierForArgs(const std::string& arguments);
-// Three random letters or digits, then the bytes as base64 in lines of 64 characters (RFC 2045 without its last line end).
-// Empty for what is not UTF-8.
+// Three random letters or digits, then the bytes as base64 in lines of 64 characters (RFC 2045 without its
+// last line end). Empty for what is not UTF-8.
 std::string wrapped(std::string_view text);
 
 // The format with each "%@" or "%.0f" replaced by the next value.

@@ -15,16 +15,22 @@ constexpr char storeKey[] = "kVeltoTrackIdentifierKey";
 constexpr char clickName[] = "click";
 constexpr double pollingInterval = 10;  // seconds
 constexpr char acknowledgement[] = "1";
-// Room for a server's short complaint, so that the connection stays in use; a longer body cannot be an acknowledgement.
+// Room for a server's short complaint, so that the connection stays in use; a longer body cannot be an
+// acknowledgement.
 constexpr size_t longestAnswer = 1024;
 
-const char* nameOf(VeltoTrackType type) { return type == VeltoTrackTypeClick ? clickName : VeltoTrackTypeId; }
+const char* nameOf(VeltoTrackType type) {
+  return type == VeltoTrackTypeClick ? clickName : VeltoTrackTypeId;
+}
 
 }  // namespace
 
-// --- events -----------------------------------------------------------------------------------------------------
+// --- events
+// -----------------------------------------------------------------------------------------------------
 
-std::shared_ptr<VeltoTrackerManager> VeltoTrackerManager::shared() { return Platform::shared<VeltoTrackerManager>(); }
+std::shared_ptr<VeltoTrackerManager> VeltoTrackerManager::shared() {
+  return Platform::shared<VeltoTrackerManager>();
+}
 
 void VeltoTrackerManager::start() {
   auto& queue = Platform::current().mainQueue();
@@ -51,19 +57,22 @@ void VeltoTrackerManager::trackClickForBannerId(const std::optional<std::string>
                                                 const std::optional<std::string>& publisherId,
                                                 const std::optional<std::string>& ordId) {
   if (!bannerId || !publisherId || !ordId) return;
-  shared()->_sendTrackIdentifier(clickIdentifierForBannerId(*bannerId, *publisherId, *ordId), VeltoTrackTypeClick, true);
+  shared()->_sendTrackIdentifier(clickIdentifierForBannerId(*bannerId, *publisherId, *ordId),
+                                 VeltoTrackTypeClick, true);
 }
 
 std::string VeltoTrackerManager::installIdentifierForVeltoKey(const std::string& key) {
   return VeltoTrackText::_identifierForArgs(VeltoTrackText::filled(VeltoTrackArg, {key}));
 }
 
-std::string VeltoTrackerManager::clickIdentifierForBannerId(const std::string& bannerId, const std::string& publisherId,
+std::string VeltoTrackerManager::clickIdentifierForBannerId(const std::string& bannerId,
+                                                            const std::string& publisherId,
                                                             const std::string& ord) {
   return VeltoTrackText::_identifierForArgs(VeltoTrackText::filled("%@:%@:%@", {bannerId, publisherId, ord}));
 }
 
-// --- life -------------------------------------------------------------------------------------------------------
+// --- life
+// -------------------------------------------------------------------------------------------------------
 
 VeltoTrackerManager::VeltoTrackerManager() : self_(std::make_shared<VeltoTrackerManager*>(this)) {
   _startPollingService();
@@ -74,15 +83,20 @@ VeltoTrackerManager::VeltoTrackerManager() : self_(std::make_shared<VeltoTracker
                                            [this](const NSNotification&) { _didEnterBackground(); });
 }
 
-VeltoTrackerManager::~VeltoTrackerManager() { _stopPollingService(); }
+VeltoTrackerManager::~VeltoTrackerManager() {
+  _stopPollingService();
+}
 
 void VeltoTrackerManager::_startPollingService() {
   _stopPollingService();
-  pollingTimer_ = NSTimer::scheduledTimerWithTimeInterval(pollingInterval, [this] { _pollingTimerPerformed(); });
+  pollingTimer_ =
+      NSTimer::scheduledTimerWithTimeInterval(pollingInterval, [this] { _pollingTimerPerformed(); });
   _pollingTimerPerformed();
 }
 
-void VeltoTrackerManager::_stopPollingService() { pollingTimer_.reset(); }
+void VeltoTrackerManager::_stopPollingService() {
+  pollingTimer_.reset();
+}
 
 // One event a tick, so that a long queue does not fall upon the server at once.
 void VeltoTrackerManager::_pollingTimerPerformed() {
@@ -90,10 +104,12 @@ void VeltoTrackerManager::_pollingTimerPerformed() {
   if (identifier) _sendTrackIdentifier(*identifier, getTrackTypeFromTrackIdenfier(*identifier), false);
 }
 
-// --- the queue --------------------------------------------------------------------------------------------------
+// --- the queue
+// --------------------------------------------------------------------------------------------------
 
 DefaultsDictionary& VeltoTrackerManager::identifiers() {
-  if (!identifiers_) identifiers_ = VeltoDataStore::getDictionaryForKey(storeKey).value_or(DefaultsDictionary{});
+  if (!identifiers_)
+    identifiers_ = VeltoDataStore::getDictionaryForKey(storeKey).value_or(DefaultsDictionary{});
   return *identifiers_;
 }
 
@@ -128,17 +144,19 @@ void VeltoTrackerManager::deleteTrackIdentifier(const std::string& identifier) {
   save(identifier, std::nullopt);
 }
 
-// Each change goes into the store at once. What the store refuses is tried again with the next change, so that in the end
-// it holds what would be there had the whole been written each time.
+// Each change goes into the store at once. What the store refuses is tried again with the next change, so
+// that in the end it holds what would be there had the whole been written each time.
 void VeltoTrackerManager::save(const std::string& identifier, const std::optional<std::string>& type) {
   unsaved_.insert_or_assign(identifier, type);
   for (auto change = unsaved_.begin(); change != unsaved_.end(); change = unsaved_.erase(change))
     if (!VeltoDataStore::storeEntry(change->first, change->second, storeKey)) return;
 }
 
-// --- sending ----------------------------------------------------------------------------------------------------
+// --- sending
+// ----------------------------------------------------------------------------------------------------
 
-// What is not acknowledged stays in progress, so that polling leaves it alone until the application starts again.
+// What is not acknowledged stays in progress, so that polling leaves it alone until the application starts
+// again.
 void VeltoTrackerManager::_sendTrackIdentifier(const std::string& identifier, VeltoTrackType trackType,
                                                bool toBeStored) {
   identifierInProgress_.insert(identifier);
@@ -146,7 +164,8 @@ void VeltoTrackerManager::_sendTrackIdentifier(const std::string& identifier, Ve
   _performSendTrackIdentifier(identifier, trackType);
 }
 
-void VeltoTrackerManager::_performSendTrackIdentifier(const std::string& identifier, VeltoTrackType trackType) {
+void VeltoTrackerManager::_performSendTrackIdentifier(const std::string& identifier,
+                                                      VeltoTrackType trackType) {
   taskWithTrackInstall(identifier, trackType, [weak = std::weak_ptr(self_), identifier](bool success) {
     const auto alive = weak.lock();
     if (!alive || !success) return;
@@ -163,14 +182,15 @@ void VeltoTrackerManager::taskWithTrackInstall(const std::string& identifier, Ve
   if (request) _taskWithRequest(std::move(*request), std::move(completionHandler));
 }
 
-void VeltoTrackerManager::_taskWithRequest(NSURLRequest request, std::function<void(bool)> completionHandler) {
+void VeltoTrackerManager::_taskWithRequest(NSURLRequest request,
+                                           std::function<void(bool)> completionHandler) {
   request.maximumBodySize = longestAnswer;
   Platform::current().urlSession().dataTask(
       std::move(request), [completion = std::move(completionHandler)](auto data, auto response, auto error) {
         auto* platform = Platform::currentOrNull();
         if (!completion || !platform) return;
-        const bool success =
-            !error && data && response && response->isHTTP && response->statusCode == 200 && *data == acknowledgement;
+        const bool success = !error && data && response && response->isHTTP && response->statusCode == 200 &&
+                             *data == acknowledgement;
         platform->mainQueue().post([completion, success] { completion(success); });
       });
 }

@@ -1,9 +1,15 @@
-// Reports installs and clicks to the tracking server. Each event becomes an opaque identifier text, which stays in the
-// store until the server acknowledged it: it is sent at once, and after that once in each later run of the application.
+// Reports installs and clicks to the tracking server. Each event becomes an opaque identifier text, which
+// stays in the store until the server acknowledged it: it is sent at once, and after that once in each later
+// run of the application.
 //
-// The static operations are called by VeltoDataStore, VeltoFramework and the controllers. All else happens on the main
-// thread.
+// The static operations are called by VeltoDataStore, VeltoFramework and the controllers. All else happens on
+// the main thread.
 #pragma once
+
+#include "velto/platform/Handle.h"
+#include "velto/platform/NSTimer.h"
+#include "velto/platform/NSURLSession.h"
+#include "velto/platform/NSUserDefaults.h"
 
 #include <cstdint>
 #include <functional>
@@ -13,15 +19,10 @@
 #include <set>
 #include <string>
 
-#include "velto/platform/Handle.h"
-#include "velto/platform/NSTimer.h"
-#include "velto/platform/NSURLSession.h"
-#include "velto/platform/NSUserDefaults.h"
-
 namespace velto {
 
-// The shapes of an identifier's text (time, system, version, device, arguments), of an install's arguments, and the name
-// under which an install waits in the store.
+// The shapes of an identifier's text (time, system, version, device, arguments), of an install's arguments,
+// and the name under which an install waits in the store.
 inline constexpr char VeltoTrackIdentifier[] = "3:%.0f:3:%@:%@:%@:%@";
 inline constexpr char VeltoTrackArg[] = "%@";
 inline constexpr char VeltoTrackTypeId[] = "install";
@@ -62,8 +63,8 @@ class VeltoTrackerManager {
   VeltoTrackType getTrackTypeFromTrackIdenfier(const std::string& identifier);
   void storeTrackIdentifier(const std::string& identifier, VeltoTrackType trackType);
   void deleteTrackIdentifier(const std::string& identifier);
-  // The completion comes in a later turn of the main queue with whether the server acknowledged; never for a type that has
-  // no request.
+  // The completion comes in a later turn of the main queue with whether the server acknowledged; never for a
+  // type that has no request.
   void taskWithTrackInstall(const std::string& identifier, VeltoTrackType trackType,
                             std::function<void(bool success)> completionHandler);
 

@@ -59,17 +59,20 @@ class Items {
 
 }  // namespace
 
-// --- making -----------------------------------------------------------------------------------------------------
+// --- making
+// -----------------------------------------------------------------------------------------------------
 
-std::optional<VeltoVASTURL> VeltoVASTURL::VASTURLforHost(const OptionalText& host, const OptionalText& veltoKey,
-                                                         uint64_t videoPosition, std::optional<double> with,
+std::optional<VeltoVASTURL> VeltoVASTURL::VASTURLforHost(const OptionalText& host,
+                                                         const OptionalText& veltoKey, uint64_t videoPosition,
+                                                         std::optional<double> with,
                                                          std::optional<double> height,
                                                          const OptionalText& applicationName,
                                                          const OptionalText& applicationStoreURL) {
   return initWithURLHost(host, veltoKey, videoPosition, with, height, applicationName, applicationStoreURL);
 }
 
-std::optional<VeltoVASTURL> VeltoVASTURL::initWithURLHost(const OptionalText& host, const OptionalText& veltoKey,
+std::optional<VeltoVASTURL> VeltoVASTURL::initWithURLHost(const OptionalText& host,
+                                                          const OptionalText& veltoKey,
                                                           uint64_t videoPosition, std::optional<double> with,
                                                           std::optional<double> height,
                                                           const OptionalText& applicationName,
@@ -112,7 +115,8 @@ void VeltoVASTURL::setVASTVersion(const std::optional<Numbers>& versions) {
   if (versions) version = kept(*versions, 2, 3);
 }
 
-// --- the URL ----------------------------------------------------------------------------------------------------
+// --- the URL
+// ----------------------------------------------------------------------------------------------------
 
 std::optional<NSURL> VeltoVASTURL::URL() const {
   return _mandatoryParametersAreValid() ? _buildURL() : std::nullopt;
@@ -183,6 +187,8 @@ std::vector<NSURLQueryItem> VeltoVASTURL::_queryParameterItems() const {
   return std::move(items).items();
 }
 
-std::string VeltoVASTURL::_avoidCache() { return randomText(digits, cacheBusterLength); }
+std::string VeltoVASTURL::_avoidCache() {
+  return randomText(digits, cacheBusterLength);
+}
 
 }  // namespace velto

@@ -1,7 +1,9 @@
-// Builds the URL of a request for a video ad (a VAST document), for applications that play video themselves: they fetch the
-// document and play it. Public. A plain value; any thread, once a platform is installed (it needs no window).
+// Builds the URL of a request for a video ad (a VAST document), for applications that play video themselves:
+// they fetch the document and play it. Public. A plain value; any thread, once a platform is installed (it
+// needs no window).
 //
-//   auto request = velto::VeltoVASTURL::VASTURLforHost("video.example.com", "your-key", 1, 640, 360, "My Player",
+//   auto request = velto::VeltoVASTURL::VASTURLforHost("video.example.com", "your-key", 1, 640, 360, "My
+//   Player",
 //                                                      "https://apps.example.com/my-player");
 //   request->setMaxDurationVideoSeconds(30);
 //   fetch(request->stringURL().value());
@@ -9,12 +11,12 @@
 // The privacy values are this object's own: those given to VeltoFramework are not used here.
 #pragma once
 
+#include "velto/platform/foundation/NSURL.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/platform/foundation/NSURL.h"
 
 namespace velto {
 
@@ -22,11 +24,13 @@ class VeltoVASTURL {
  public:
   using Numbers = std::vector<int64_t>;
 
-  // Nothing unless all values but the position are given; they may be empty. `host` is a name, with a port if need be, and
-  // `with` the player's width in points like `height`. What the position's codes mean is the server's matter.
+  // Nothing unless all values but the position are given; they may be empty. `host` is a name, with a port if
+  // need be, and `with` the player's width in points like `height`. What the position's codes mean is the
+  // server's matter.
   static std::optional<VeltoVASTURL> VASTURLforHost(const std::optional<std::string>& host,
-                                                    const std::optional<std::string>& veltoKey, uint64_t videoPosition,
-                                                    std::optional<double> with, std::optional<double> height,
+                                                    const std::optional<std::string>& veltoKey,
+                                                    uint64_t videoPosition, std::optional<double> with,
+                                                    std::optional<double> height,
                                                     const std::optional<std::string>& applicationName,
                                                     const std::optional<std::string>& applicationStoreURL);
   static std::optional<VeltoVASTURL> initWithURLHost(const std::optional<std::string>& host,
@@ -50,7 +54,9 @@ class VeltoVASTURL {
   void setVPAIDVersion(uint64_t vpaidVersion) { vpaidV = vpaidVersion; }
   void setOMSDKSupported(bool supported) { omsdk = supported; }
   void setOMSDKIdentifier(std::optional<std::string> partner) { omsdkId = std::move(partner); }
-  void setOMSDKVersionString(std::optional<std::string> partnerVersion) { omsdkV = std::move(partnerVersion); }
+  void setOMSDKVersionString(std::optional<std::string> partnerVersion) {
+    omsdkV = std::move(partnerVersion);
+  }
   void setCOPPA(bool forChildren) { coppa = forChildren; }
   void setTest(bool isTest) { test = isTest; }
 
@@ -82,8 +88,8 @@ class VeltoVASTURL {
   std::optional<std::string> omsdkV;
 
   static bool _mandatoryParametersAreValid(const std::optional<std::string>& host,
-                                           const std::optional<std::string>& veltoKey, std::optional<double> with,
-                                           std::optional<double> height,
+                                           const std::optional<std::string>& veltoKey,
+                                           std::optional<double> with, std::optional<double> height,
                                            const std::optional<std::string>& applicationName,
                                            const std::optional<std::string>& applicationStoreURL);
   bool _mandatoryParametersAreValid() const;

@@ -1,6 +1,5 @@
 // The identifiers that a page's markup carries.
 #include "velto/ads/AdPublisherInfoSDKVelto.h"
-
 #include "velto/platform/ui/WKWebView.h"
 
 #include "../support/HeadlessTest.h"
@@ -16,20 +15,25 @@ class PublisherTest : public test::HeadlessTest {};
 TEST_F(PublisherTest, FindsTheThreeInTheirOrder) {
   const PublisherIdentifiers found{"1", "2", "3"};
   for (const std::string end : {"", "&amp;x=1", "\">", "%26x%3D4", "veltop%3D5"})
-    EXPECT_EQ(publisherIdentifiersIn("<a href=\"https://x/?u=ord%3D1%26veltos%3D2%26veltop%3D3" + end), found) << end;
-  EXPECT_EQ(publisherIdentifiersIn("ord%3D1%26aveltos%3D2veltos%3D9%26bveltop%3D3"), found) << "around the marks anything may stand";
-  EXPECT_EQ(publisherIdentifiersIn("ord%3D1%26veltos%3D2%26veltop%3D3ord%3D7%26veltos%3D8%26veltop%3D9"), found);
+    EXPECT_EQ(publisherIdentifiersIn("<a href=\"https://x/?u=ord%3D1%26veltos%3D2%26veltop%3D3" + end), found)
+        << end;
+  EXPECT_EQ(publisherIdentifiersIn("ord%3D1%26aveltos%3D2veltos%3D9%26bveltop%3D3"), found)
+      << "around the marks anything may stand";
+  EXPECT_EQ(publisherIdentifiersIn("ord%3D1%26veltos%3D2%26veltop%3D3ord%3D7%26veltos%3D8%26veltop%3D9"),
+            found);
   EXPECT_EQ(publisherIdentifiersIn("ord%3D%26veltos%3D%26veltop%3D"), (PublisherIdentifiers{"", "", ""}));
   EXPECT_EQ(publisherIdentifiersIn("keyword%3D5%2526%26veltos%3D%2525%26veltop%3Dp"),
-            (PublisherIdentifiers{"5%2526", "%2525", "p"})) << "values stay escaped, and any word may end in the mark";
+            (PublisherIdentifiers{"5%2526", "%2525", "p"}))
+      << "values stay escaped, and any word may end in the mark";
 }
 
 TEST_F(PublisherTest, AnythingElseIsNothing) {
-  for (const std::string markup : {
-           "", "veltos%3D1", "ord%3D1%26veltop%3D3%26veltos%3D2", "ord%3D1%26veltos%3D2", "ord%3D1veltos%3D2%26veltop%3D3",
-           "ord%3D1&%26veltos%3D2%26veltop%3D3", "ord%3D1%26veltos%3D2\"%26veltop%3D3", "Ord%3D1%26veltos%3D2%26veltop%3D3",
-           "ord%3D1%26Veltos%3D2%26veltop%3D3", "ord%3D1ord%3D1%26veltos%3D2%26veltop%3D3", "ord=1&veltos=2&veltop=3",
-           "ord%3d1%26veltos%3d2%26veltop%3d3"})
+  for (const std::string markup :
+       {"", "veltos%3D1", "ord%3D1%26veltop%3D3%26veltos%3D2", "ord%3D1%26veltos%3D2",
+        "ord%3D1veltos%3D2%26veltop%3D3", "ord%3D1&%26veltos%3D2%26veltop%3D3",
+        "ord%3D1%26veltos%3D2\"%26veltop%3D3", "Ord%3D1%26veltos%3D2%26veltop%3D3",
+        "ord%3D1%26Veltos%3D2%26veltop%3D3", "ord%3D1ord%3D1%26veltos%3D2%26veltop%3D3",
+        "ord=1&veltos=2&veltop=3", "ord%3d1%26veltos%3d2%26veltop%3d3"})
     EXPECT_FALSE(publisherIdentifiersIn(markup)) << markup;
 }
 
@@ -45,17 +49,21 @@ TEST_F(PublisherTest, ThePageIsReadOffTheMainThreadAndAnsweredOnIt) {
   const auto webView = WKWebView::initWithFrame({}, {});
   auto& page = platform->views().webView();
   const std::vector<std::pair<std::optional<JSON>, std::string>> answers{
-      {JSON("ord%3D1%26veltos%3D2%26veltop%3D3"), "123"}, {JSON("no"), "nothing"},
-      {JSON(5), "nothing"}, {JSON(), "nothing"}, {std::nullopt, "nothing"}};
+      {JSON("ord%3D1%26veltos%3D2%26veltop%3D3"), "123"},
+      {JSON("no"), "nothing"},
+      {JSON(5), "nothing"},
+      {JSON(), "nothing"},
+      {std::nullopt, "nothing"}};
   std::string heard;
   for (const auto& [answer, expected] : answers) {
     page.answerScripts([answer = answer](const std::string&) { return answer; });
     heard.clear();
-    AdPublisherInfoSDKVelto::findPublisherInformations(webView, [&](auto ordId, auto bannerId, auto publisherId) {
-      EXPECT_TRUE(platform->mainQueue().isCurrent());
-      heard += ordId && bannerId && publisherId ? *ordId + *bannerId + *publisherId : "nothing";
-      EXPECT_EQ(ordId.has_value() || bannerId.has_value() || publisherId.has_value(), heard != "nothing");
-    });
+    AdPublisherInfoSDKVelto::findPublisherInformations(
+        webView, [&](auto ordId, auto bannerId, auto publisherId) {
+          EXPECT_TRUE(platform->mainQueue().isCurrent());
+          heard += ordId && bannerId && publisherId ? *ordId + *bannerId + *publisherId : "nothing";
+          EXPECT_EQ(ordId.has_value() || bannerId.has_value() || publisherId.has_value(), heard != "nothing");
+        });
     EXPECT_EQ(heard, "");
     platform->runUntilIdle();
     EXPECT_EQ(heard, expected);

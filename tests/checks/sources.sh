@@ -1,8 +1,5 @@
-# Read by the checks: the C++ files that people write, one a line, those not committed yet included.
+# Read by the checks: sources [folder...] prints the C++ files that people write, one a line.
 sources() {
-  if git rev-parse --git-dir >/dev/null 2>&1; then
-    git ls-files --cached --others --exclude-standard "$@"
-  else
-    find src tools examples tests bench fuzz -type f
-  fi | grep -E '\.(h|cpp)$' | while IFS= read -r file; do [ ! -f "$file" ] || echo "$file"; done
+  [ $# -gt 0 ] || set -- src tools examples tests bench fuzz
+  find "$@" -type f \( -name '*.h' -o -name '*.cpp' \) | sort
 }

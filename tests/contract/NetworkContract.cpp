@@ -80,6 +80,17 @@ TEST_F(NetworkContract, TransportFailuresAreErrors) {
   }
 }
 
+TEST_F(NetworkContract, ABodyLongerThanWantedIsCutOff) {
+  for (const char* path : {"/page", "/moved"}) {
+    auto request = requestFor(subject().server() + path);
+    request.maximumBodySize = 5;
+    EXPECT_EQ(answerTo(request).data, "hello");
+    request.maximumBodySize = 4;
+    const auto cut = answerTo(request);
+    EXPECT_TRUE(cut.error && !cut.data) << path;
+  }
+}
+
 TEST_F(NetworkContract, ManyRequestsFromAnyThreadCompleteOneAtATime) {
   auto running = std::make_shared<std::atomic<int>>(0);
   auto overlapped = std::make_shared<std::atomic<bool>>(false);

@@ -71,6 +71,21 @@ TEST_F(QueueContract, RepeatingTasksFollowTheClockUntilTheirHandleGoes) {
   EXPECT_EQ(dropped, before);
 }
 
+TEST_F(QueueContract, BackgroundWorkRunsOffTheMainThreadAndEndsWithThePlatform) {
+  auto done = std::make_shared<int>(0);
+  for (int i = 0; i < 20; ++i)
+    platform().performInBackground([done] {
+      EXPECT_FALSE(queue().isCurrent());
+      queue().post([done] { ++*done; });
+    });
+  EXPECT_EQ(*done, 0);
+  EXPECT_TRUE(runUntil([&] { return *done == 20; }));
+  for (int i = 0; i < 20; ++i) platform().performInBackground([done] {});
+  subject().uninstall();
+  EXPECT_EQ(done.use_count(), 1) << "done or destroyed undone";
+  subject().install();
+}
+
 class StoreContract : public Contract {
  protected:
   static NSUserDefaults& store() { return platform().standardUserDefaults(); }
@@ -157,6 +172,8 @@ TEST_F(ServicesContract, BundlesAndDeviceArePlausible) {
 
   auto& device = platform().device();
   for (const auto& text : {device.name(), device.model(), device.systemVersion()}) EXPECT_FALSE(text.empty());
+  EXPECT_GE(device.bootTime(), 0);
+  EXPECT_LE(static_cast<double>(device.bootTime()), platform().clock().secondsSince1970());
   device.setOrientation(4);
   EXPECT_EQ(device.orientation(), 4);
   EXPECT_GT(platform().mainScreen().bounds().size.width, 0);

@@ -15,8 +15,10 @@ class ForegroundTest : public testing::Test {
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.foreground"});
     auto& center = Platform::current().notificationCenter();
-    foreground_ = center.addObserver(UIApplicationWillEnterForegroundNotification, [this](const auto&) { told += 'f'; });
-    background_ = center.addObserver(UIApplicationDidEnterBackgroundNotification, [this](const auto&) { told += 'b'; });
+    foreground_ = center.addObserver(UIApplicationWillEnterForegroundNotification,
+                                     [this](const auto&) { told += 'f'; });
+    background_ =
+        center.addObserver(UIApplicationDidEnterBackgroundNotification, [this](const auto&) { told += 'b'; });
   }
   ~ForegroundTest() override { gtk::uninstall(); }
 

@@ -1,7 +1,6 @@
 // The road of a click, from the markup to the acknowledgement.
-#include "TrackTest.h"
-
 #include "../ui/UITest.h"
+#include "TrackTest.h"
 
 namespace velto {
 namespace {
@@ -28,7 +27,8 @@ class ClickRoadTest : public test::UITest {
     platform->runUntilIdle();
   }
   std::vector<NSURLRequest> clicks() { return platform->urlSession().requests("trk_click"); }
-  static constexpr char link[] = "<a href=\"https://t.example/?r=ord%3DO7%26veltos%3DB7%26veltop%3DP7&amp;x=1\">ad</a>";
+  static constexpr char link[] =
+      "<a href=\"https://t.example/?r=ord%3DO7%26veltos%3DB7%26veltop%3DP7&amp;x=1\">ad</a>";
 };
 
 TEST_F(ClickRoadTest, APressIsTrackedWithTheAdsIdentifiersOnce) {
@@ -36,12 +36,14 @@ TEST_F(ClickRoadTest, APressIsTrackedWithTheAdsIdentifiersOnce) {
   showAd(*b, link);
   window->tapLink(page(), "https://t.example/");
   ASSERT_EQ(clicks().size(), 1U);
-  const auto stored = std::get<DefaultsDictionary>(*platform->defaults()->objectForKey("kVeltoTrackIdentifierKey"));
+  const auto stored =
+      std::get<DefaultsDictionary>(*platform->defaults()->objectForKey("kVeltoTrackIdentifierKey"));
   ASSERT_EQ(stored.size(), 1U);
   EXPECT_EQ(stored.begin()->second, "click");
   EXPECT_TRUE(test::decoded(stored.begin()->first).ends_with(":B7:P7:O7"));
   platform->runUntilIdle();
-  EXPECT_EQ(platform->defaults()->objectForKey("kVeltoTrackIdentifierKey"), DefaultsValue(DefaultsDictionary{}));
+  EXPECT_EQ(platform->defaults()->objectForKey("kVeltoTrackIdentifierKey"),
+            DefaultsValue(DefaultsDictionary{}));
 
   window->tapLink(page(), "https://t.example/");
   EXPECT_EQ(clicks().size(), 1U) << "a second press of the same ad is none";

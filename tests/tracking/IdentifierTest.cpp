@@ -21,17 +21,25 @@ class IdentifierTest : public test::TrackTest {
 TEST_F(IdentifierTest, CarriesTimeDeviceAndArguments) {
   const std::string device = "Phone|ios|16.4|iPhone|iPhone12,1|en_US|en-US||1704000000|1704067200";
   EXPECT_EQ(clickText(), "3:1704067200:3:ios:4.0.10:" + device + ":b1:p1:o1");
-  EXPECT_EQ(decoded(VeltoTrackerManager::installIdentifierForVeltoKey("a:|b")), "3:1704067200:3:ios:4.0.10:" + device + ":a:|b");
-  EXPECT_NE(VeltoTrackerManager::installIdentifierForVeltoKey("k"), VeltoTrackerManager::installIdentifierForVeltoKey("k"));
+  EXPECT_EQ(decoded(VeltoTrackerManager::installIdentifierForVeltoKey("a:|b")),
+            "3:1704067200:3:ios:4.0.10:" + device + ":a:|b");
+  EXPECT_NE(VeltoTrackerManager::installIdentifierForVeltoKey("k"),
+            VeltoTrackerManager::installIdentifierForVeltoKey("k"));
 }
 
 TEST_F(IdentifierTest, OddDevicesKeepTheFieldsApart) {
-  platform->device().facts = {.name = "A|B:C \xf0\x9f\x93\xb1", .model = "::|", .systemVersion = "", .machine = std::nullopt, .bootTime = 0};
+  platform->device().facts = {.name = "A|B:C \xf0\x9f\x93\xb1",
+                              .model = "::|",
+                              .systemVersion = "",
+                              .machine = std::nullopt,
+                              .bootTime = 0};
   platform->currentLocale().identifier = "de_DE@a:b|c";
   platform->currentLocale().languages.clear();
   platform->telephony().carrier = CTCarrier{"Net|:1", std::nullopt, std::nullopt};
   platform->mainQueue().setSecondsSince1970(-1.5e9);
-  EXPECT_EQ(clickText(), "3:-1500000000:3:ios:4.0.10:A BC \xf0\x9f\x93\xb1|ios|| ||de_DE@ab c||Net 1|0|-1500000000:b1:p1:o1");
+  EXPECT_EQ(
+      clickText(),
+      "3:-1500000000:3:ios:4.0.10:A BC \xf0\x9f\x93\xb1|ios|| ||de_DE@ab c||Net 1|0|-1500000000:b1:p1:o1");
 
   const std::string longName(100 << 10, 'n');
   platform->device().facts.name = longName;
@@ -70,8 +78,8 @@ TEST_F(IdentifierTest, WrapsInLinesOfSixtyFour) {
   }
 }
 
-// A remainder of random bytes would favour the first eight characters by a quarter; chance alone moves none by a fifth
-// in more lifetimes than there will be runs of this test.
+// A remainder of random bytes would favour the first eight characters by a quarter; chance alone moves none
+// by a fifth in more lifetimes than there will be runs of this test.
 TEST_F(IdentifierTest, RandomCharactersAreEquallyLikely) {
   const std::string alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
   constexpr size_t each = 2000;

@@ -1,8 +1,17 @@
-// Proves that no event is ever lost: a process that produces clicks on the Linux platform, against a server that acknowledges,
-// refuses, breaks off, keeps silent or dies, is killed at random moments, again and again on the same store. In the end every
-// event that was stored has been acknowledged by the server or is in the store still. scripts/kill-test runs it.
+// Proves that no event is ever lost: a process that produces clicks on the Linux platform, against a server
+// that acknowledges, refuses, breaks off, keeps silent or dies, is killed at random moments, again and again
+// on the same store. In the end every event that was stored has been acknowledged by the server or is in the
+// store still. scripts/kill-test runs it.
 //
-// This program is both sides: the killer, which has the server in its own process, and, called with --click, the victim.
+// This program is both sides: the killer, which has the server in its own process, and, called with --click,
+// the victim.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/NSUserDefaults.h"
+#include "velto/platform/Platform.h"
+#include "velto/tracking/VeltoTrackerManager.h"
+#include "velto/velto.h"
+
 #include <glib.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -19,12 +28,6 @@
 #include <vector>
 
 #include "sandbox/Server.h"
-#include "velto/gtk/VeltoGtk.h"
-#include "velto/platform/MainQueue.h"
-#include "velto/platform/NSUserDefaults.h"
-#include "velto/platform/Platform.h"
-#include "velto/tracking/VeltoTrackerManager.h"
-#include "velto/velto.h"
 
 namespace velto {
 namespace {
@@ -49,12 +52,13 @@ void installOn(const std::string& folder, const std::string& caFile = {}, const 
   gtk::install(options);
 }
 
-// --- the victim -----------------------------------------------------------------------------------------------------
+// --- the victim
+// -----------------------------------------------------------------------------------------------------
 
-// Tells on standard output what has happened: "registered", "stored EVENT" once that is on the medium, "gone EVENT" once
-// it was removed again. With `once` it ends after the first that went.
-int produceClicks(const std::string& folder, const std::string& caFile, const std::string& port, const std::string& launch,
-                  bool once) {
+// Tells on standard output what has happened: "registered", "stored EVENT" once that is on the medium, "gone
+// EVENT" once it was removed again. With `once` it ends after the first that went.
+int produceClicks(const std::string& folder, const std::string& caFile, const std::string& port,
+                  const std::string& launch, bool once) {
   installOn(folder, caFile, port);
   VeltoFramework::addVeltoKey(publisherKey);
   std::cout << "registered" << std::endl;
@@ -82,7 +86,8 @@ int produceClicks(const std::string& folder, const std::string& caFile, const st
   return 0;
 }
 
-// --- the killer -----------------------------------------------------------------------------------------------------
+// --- the killer
+// -----------------------------------------------------------------------------------------------------
 
 // A running victim. Its end is waited for.
 class Victim {
@@ -92,8 +97,8 @@ class Victim {
     for (auto& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     int output = -1;
-    if (!g_spawn_async_with_pipes(nullptr, argv.data(), nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &process_,
-                                  nullptr, &output, nullptr, nullptr))
+    if (!g_spawn_async_with_pipes(nullptr, argv.data(), nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr,
+                                  &process_, nullptr, &output, nullptr, nullptr))
       throw std::runtime_error("this program cannot start itself");
     output_ = fdopen(output, "r");
   }
@@ -179,7 +184,8 @@ class Killer {
     };
     for (const auto& request : server_->requests()) {
       for (const auto& problem : request.problems) complain("a request was wrong: " + problem);
-      if (request.track && request.rule == "acknowledge") acknowledged.insert(eventOf(request.track->arguments));
+      if (request.track && request.rule == "acknowledge")
+        acknowledged.insert(eventOf(request.track->arguments));
     }
     const auto waiting = eventsInStore();
     for (const auto& event : stored_)
@@ -189,8 +195,9 @@ class Killer {
       if (waiting.contains(event)) complain("came back after it was removed: " + event);
     }
     if (gone_.empty() || waiting.empty()) complain("too little happened to prove anything");
-    std::cout << kills << " kills: " << stored_.size() << " events stored, " << gone_.size() << " acknowledged and gone, "
-              << waiting.size() << " waiting, " << (good ? "none lost" : "not as it should be") << std::endl;
+    std::cout << kills << " kills: " << stored_.size() << " events stored, " << gone_.size()
+              << " acknowledged and gone, " << waiting.size() << " waiting, "
+              << (good ? "none lost" : "not as it should be") << std::endl;
     return good;
   }
 
@@ -198,8 +205,12 @@ class Killer {
   int below(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(random_); }
 
   std::vector<std::string> command(const char* role, int launch) {
-    return {std::filesystem::read_symlink("/proc/self/exe"), role, folder_ / "store", server_->caFile(),
-            std::to_string(server_->port()), std::to_string(launch)};
+    return {std::filesystem::read_symlink("/proc/self/exe"),
+            role,
+            folder_ / "store",
+            server_->caFile(),
+            std::to_string(server_->port()),
+            std::to_string(launch)};
   }
 
   void note(const std::string& line) {
@@ -222,7 +233,9 @@ class Killer {
   }
 
   // Clicks are known by their banner, the install by its key.
-  static std::string eventOf(const std::string& arguments) { return arguments.substr(0, arguments.find(':')); }
+  static std::string eventOf(const std::string& arguments) {
+    return arguments.substr(0, arguments.find(':'));
+  }
 
   std::mt19937 random_;
   std::filesystem::path folder_;
@@ -256,7 +269,8 @@ int run(const std::vector<std::string>& words) {
       std::cout << help;
       return 0;
     }
-    if (!isTimes && words[i] != "--seed") throw std::invalid_argument("unknown argument \"" + words[i] + "\" (see --help)");
+    if (!isTimes && words[i] != "--seed")
+      throw std::invalid_argument("unknown argument \"" + words[i] + "\" (see --help)");
     if (i + 1 == words.size()) throw std::invalid_argument(words[i] + ": needs a value");
     (isTimes ? times : seed) = numberOf(words[i], words[i + 1]);
     ++i;

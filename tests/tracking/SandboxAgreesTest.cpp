@@ -1,9 +1,9 @@
-// What the sandbox server finds in the library's own tracks and video ad requests: nothing wrong; and that it would.
+// What the sandbox server finds in the library's own tracks and video ad requests: nothing wrong; and that it
+// would.
+#include "TrackTest.h"
 #include "sandbox/RequestCheck.h"
 #include "sandbox/Server.h"
 #include "sandbox/Text.h"
-
-#include "TrackTest.h"
 
 namespace velto {
 namespace {
@@ -44,7 +44,9 @@ TEST_F(SandboxAgreesTest, OnTracks) {
 
 TEST_F(SandboxAgreesTest, OnVideoAdRequests) {
   const auto get = [](const NSURL& url) { return arrived({url, "GET", {}, {}}); };
-  auto url = VeltoVASTURL::VASTURLforHost("ads.velto.example", "key", 1, 640, 360.5, "App & Co", "https://store.example/?a=b").value();
+  auto url = VeltoVASTURL::VASTURLforHost("ads.velto.example", "key", 1, 640, 360.5, "App & Co",
+                                          "https://store.example/?a=b")
+                 .value();
   EXPECT_EQ(get(*url.URL()).kind, Kind::Vast);
   EXPECT_EQ(get(*url.URL()).problems, Problems{});
 
@@ -68,7 +70,8 @@ TEST_F(SandboxAgreesTest, OnVideoAdRequests) {
   EXPECT_EQ(problems("vpaid=1", "vpaid=0"), Problems{"query vapi: present although vpaid is 0"});
   EXPECT_EQ(problems("aidl=0", "aidl=1"), Problems{"query aid: present although aidl is 1"});
   EXPECT_EQ(problems("&non=Net", "&non=Other"), Problems{"query son, non: expected equal"});
-  EXPECT_EQ(problems("vvers=2,3", "vvers=2,4"), Problems{"query vvers: \"2,4\" is not of the form ([23](,[23])*)?"});
+  EXPECT_EQ(problems("vvers=2,3", "vvers=2,4"),
+            Problems{"query vvers: \"2,4\" is not of the form ([23](,[23])*)?"});
 }
 
 }  // namespace

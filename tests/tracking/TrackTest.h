@@ -1,11 +1,11 @@
-// What the tests of tracking share: the requests, the store, and a reader of identifiers that has nothing in common with
-// their maker.
+// What the tests of tracking share: the requests, the store, and a reader of identifiers that has nothing in
+// common with their maker.
 #pragma once
+
+#include "velto/tracking/VeltoTrackerManager.h"
 
 #include <algorithm>
 #include <cctype>
-
-#include "velto/tracking/VeltoTrackerManager.h"
 
 #include "../support/HeadlessTest.h"
 
@@ -15,7 +15,8 @@ namespace velto::test {
 inline std::string unwrapped(const std::string& text) {
   static const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   const std::string prefix = text.substr(0, 3);
-  if (prefix.size() != 3 || !std::all_of(prefix.begin(), prefix.end(), [](unsigned char c) { return std::isalnum(c); }))
+  if (prefix.size() != 3 ||
+      !std::all_of(prefix.begin(), prefix.end(), [](unsigned char c) { return std::isalnum(c); }))
     return "malformed";
   std::string bytes;
   unsigned bits = 0;
@@ -37,7 +38,9 @@ inline std::string unwrapped(const std::string& text) {
   return bytes;
 }
 
-inline std::string decoded(const std::string& identifier) { return unwrapped(unwrapped(identifier)); }
+inline std::string decoded(const std::string& identifier) {
+  return unwrapped(unwrapped(identifier));
+}
 
 class TrackTest : public HeadlessTest {
  protected:

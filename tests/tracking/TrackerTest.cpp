@@ -49,10 +49,19 @@ TEST_F(TrackerTest, AClickNeedsAllItsIdentifiers) {
 TEST_F(TrackerTest, OnlyAPlainOneWithStatus200Acknowledges) {
   auto redirect = status(302);
   redirect.headers = {{"Location", "/elsewhere"}};
-  const std::vector<Answer> refusals{
-      {.body = "1\n"}, {.body = "true"}, {.body = ""}, {.body = "\xef\xbb\xbf" "1"}, {.body = std::string("1\0", 2)},
-      {.status = 204, .body = "1"}, {.status = 201, .body = "1"}, {.body = "1", .isHTTP = false},
-      {.body = std::string(1 << 20, '1')}, Answer::withoutData(), Answer::offline(), redirect};
+  const std::vector<Answer> refusals{{.body = "1\n"},
+                                     {.body = "true"},
+                                     {.body = ""},
+                                     {.body = "\xef\xbb\xbf"
+                                              "1"},
+                                     {.body = std::string("1\0", 2)},
+                                     {.status = 204, .body = "1"},
+                                     {.status = 201, .body = "1"},
+                                     {.body = "1", .isHTTP = false},
+                                     {.body = std::string(1 << 20, '1')},
+                                     Answer::withoutData(),
+                                     Answer::offline(),
+                                     redirect};
   for (const auto& refusal : refusals) {
     platform->urlSession().enqueue(refusal);
     click();
@@ -63,7 +72,8 @@ TEST_F(TrackerTest, OnlyAPlainOneWithStatus200Acknowledges) {
   click("last");
   platform->runUntilIdle();
   EXPECT_EQ(stored().size(), refusals.size());
-  for (const auto& [identifier, type] : stored()) EXPECT_EQ(decoded(identifier).find(":last:"), std::string::npos);
+  for (const auto& [identifier, type] : stored())
+    EXPECT_EQ(decoded(identifier).find(":last:"), std::string::npos);
 }
 
 TEST_F(TrackerTest, WhatFailedIsSentAgainOnceInEachLaterLaunchOneATick) {
@@ -117,7 +127,8 @@ TEST_F(TrackerTest, GarbageInTheStoreDoesNoHarm) {
     click();
     EXPECT_EQ(stored().size(), 1U) << "the event replaces what cannot be one";
   }
-  platform->defaults()->setObject(storeKey, DefaultsDictionary{{"", "click"}, {"a", "view"}, {"b", "install"}, {"c", ""}});
+  platform->defaults()->setObject(
+      storeKey, DefaultsDictionary{{"", "click"}, {"a", "view"}, {"b", "install"}, {"c", ""}});
   relaunch();
   const auto manager = VeltoTrackerManager::shared();
   EXPECT_EQ(manager->getTrackTypeFromTrackIdenfier("a"), VeltoTrackTypeUnknown);
@@ -209,7 +220,8 @@ TEST_F(TrackerTest, ALongQueueIsWrittenByTheEntryAndServedInTurn) {
   answerTracks(status(500));
   platform->advance(1000s);
   std::set<std::string> different;
-  for (const auto& request : platform->urlSession().requests("trk_")) different.insert(request.url.absoluteString());
+  for (const auto& request : platform->urlSession().requests("trk_"))
+    different.insert(request.url.absoluteString());
   EXPECT_EQ(different.size(), 102U);
   EXPECT_EQ(sent(), 102U);
 }

@@ -12,7 +12,9 @@ namespace {
 class VASTURLTest : public test::HeadlessTest {
  protected:
   static VeltoVASTURL made(const std::string& host = "video.example") {
-    return VeltoVASTURL::VASTURLforHost(host, "key 1", 7, 640, 360.5, "My & App", "https://apps.example/?id=1").value();
+    return VeltoVASTURL::VASTURLforHost(host, "key 1", 7, 640, 360.5, "My & App",
+                                        "https://apps.example/?id=1")
+        .value();
   }
   // The items of the query in their order, without the random one.
   static std::string query(const VeltoVASTURL& url) {
@@ -25,13 +27,16 @@ TEST_F(VASTURLTest, AFreshOneCarriesItsDefaultsAndTheDevice) {
   platform->trackingManager().authorizationStatus = 0;
   const auto url = made();
   ASSERT_TRUE(url.stringURL().value().starts_with("https://video.example?key="));
-  const std::string agent = "Mozilla/5.0%20(iPhone;%20CPU%20iPhone%20OS%2016_4%20like%20Mac%20OS%20X)%20AppleWebKit/605.1.15"
-                            "%20(KHTML,%20like%20Gecko)%20Mobile/15E148";
-  EXPECT_EQ(query(url),
-            "key=key%201&os=ios&ip&source=app&ab=org.example.host&vpos=7&vw=640&vh=360.5&vmin=5&vmax=90&vfmt=1"
-            "&an=My%20%26%20App&url=https://apps.example/?id%3D1&cb=R&gdpr_optin=0&aidl=1&ua=" + agent +
-            "&vvers=2&vpaid=0&vplay=1&secure=1&omsdk=0&ov=16.4&coppa=0&mn=Apple&mo=iPhone12,1&dw=390.000000"
-            "&dh=844.000000&dd=3.000000&ln=en-US&ct=CARRIER&cc=en_US&test=0");
+  const std::string agent =
+      "Mozilla/5.0%20(iPhone;%20CPU%20iPhone%20OS%2016_4%20like%20Mac%20OS%20X)%20AppleWebKit/605.1.15"
+      "%20(KHTML,%20like%20Gecko)%20Mobile/15E148";
+  EXPECT_EQ(
+      query(url),
+      "key=key%201&os=ios&ip&source=app&ab=org.example.host&vpos=7&vw=640&vh=360.5&vmin=5&vmax=90&vfmt=1"
+      "&an=My%20%26%20App&url=https://apps.example/?id%3D1&cb=R&gdpr_optin=0&aidl=1&ua=" +
+          agent +
+          "&vvers=2&vpaid=0&vplay=1&secure=1&omsdk=0&ov=16.4&coppa=0&mn=Apple&mo=iPhone12,1&dw=390.000000"
+          "&dh=844.000000&dd=3.000000&ln=en-US&ct=CARRIER&cc=en_US&test=0");
   EXPECT_NE(url.stringURL(), url.stringURL()) << "each request is another";
 }
 
@@ -79,7 +84,8 @@ TEST_F(VASTURLTest, NothingChangesNothingAndListsMayBecomeEmpty) {
 }
 
 TEST_F(VASTURLTest, TheMandatoryIsAskedForAtCreationAndAtTheEnd) {
-  const auto valid = [](auto host, auto key, std::optional<double> width, std::optional<double> height, auto name, auto store) {
+  const auto valid = [](auto host, auto key, std::optional<double> width, std::optional<double> height,
+                        auto name, auto store) {
     return VeltoVASTURL::VASTURLforHost(host, key, 0, width, height, name, store).has_value();
   };
   using Text = std::optional<std::string>;
@@ -99,7 +105,9 @@ TEST_F(VASTURLTest, HostsAndKeys) {
   EXPECT_FALSE(made("no host").URL());
   EXPECT_FALSE(made("video.example:port").URL());
   made("").URL();  // a URL without host or none, but no fault
-  const auto type = [](const char* key) { return VeltoVASTURL::VASTURLforHost("h", key, 0, 1, 1, "n", "s")->urlType; };
+  const auto type = [](const char* key) {
+    return VeltoVASTURL::VASTURLforHost("h", key, 0, 1, 1, "n", "s")->urlType;
+  };
   EXPECT_EQ(type("my-CtV-key"), 1U);
   EXPECT_EQ(type("key"), 0U);
 }

@@ -72,9 +72,12 @@ void replaceAll(std::string& text, const std::map<std::string, std::string>& val
 void expand(ChosenAnswer& chosen, const RecordedRequest& request) {
   const auto [width, height] = sizeFor(request);
   const std::map<std::string, std::string> values = {
-      {"width", std::to_string(width)},           {"height", std::to_string(height)},
-      {"key", harmless(request.queryValue(request.kind == Kind::Vast ? "key" : "k"))}, {"type", harmless(request.queryValue("at"))},
-      {"host", harmless(request.host)},           {"count", std::to_string(chosen.turn)},
+      {"width", std::to_string(width)},
+      {"height", std::to_string(height)},
+      {"key", harmless(request.queryValue(request.kind == Kind::Vast ? "key" : "k"))},
+      {"type", harmless(request.queryValue("at"))},
+      {"host", harmless(request.host)},
+      {"count", std::to_string(chosen.turn)},
   };
   replaceAll(chosen.answer.body, values);
   for (auto& header : chosen.answer.headers) replaceAll(header.second, values);

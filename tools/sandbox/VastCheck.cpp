@@ -96,15 +96,18 @@ std::vector<std::string> checkVastQuery(const RecordedRequest& record) {
   expect(names == expected, "items " + join(names, ",") + ", expected " + join(expected, ","));
 
   const auto together = [&](const char* item, bool wanted, const char* why) {
-    expect(record.hasQuery(item) == wanted, std::string(item) + (wanted ? ": missing although " : ": present although ") + why);
+    expect(record.hasQuery(item) == wanted,
+           std::string(item) + (wanted ? ": missing although " : ": present although ") + why);
   };
   const bool vpaid = record.queryValue("vpaid") == "1";
   const bool omsdk = record.queryValue("omsdk") == "1";
   together("vapi", vpaid, vpaid ? "vpaid is 1" : "vpaid is 0");
   for (const char* item : {"omidpn", "omidpv"}) together(item, omsdk, omsdk ? "omsdk is 1" : "omsdk is 0");
   if (record.queryValue("aidl") == "1") together("aid", false, "aidl is 1");
-  for (const auto& [first, second] : {std::pair("son", "non"), std::pair("soc", "noc"), std::pair("scc", "ncc")}) {
-    expect(record.hasQuery(first) == record.hasQuery(second) && record.queryValue(first) == record.queryValue(second),
+  for (const auto& [first, second] :
+       {std::pair("son", "non"), std::pair("soc", "noc"), std::pair("scc", "ncc")}) {
+    expect(record.hasQuery(first) == record.hasQuery(second) &&
+               record.queryValue(first) == record.queryValue(second),
            std::string(first) + ", " + second + ": expected equal");
   }
   expect(record.hasQuery("lat") == record.hasQuery("lon"), "lat, lon: expected both or none");

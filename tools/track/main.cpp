@@ -1,5 +1,8 @@
-// velto-track: tells people where their installs and clicks are that the tracking server has not acknowledged yet. It reads
-// an application's store (src/gtk/DefaultsFile) and never changes it, also while the application runs.
+// velto-track: tells people where their installs and clicks are that the tracking server has not acknowledged
+// yet. It reads an application's store (src/gtk/DefaultsFile) and never changes it, also while the
+// application runs.
+#include "velto/gtk/Database.h"
+
 #include <glib.h>
 #include <sqlite3.h>
 
@@ -15,7 +18,6 @@
 #include <vector>
 
 #include "sandbox/TrackIdentifier.h"
-#include "velto/gtk/Database.h"
 
 namespace {
 
@@ -53,15 +55,17 @@ struct Event {
   std::vector<std::string> problems;
 };
 
-// --- the store ------------------------------------------------------------------------------------------------------
+// --- the store
+// ------------------------------------------------------------------------------------------------------
 
-// SQLite's readers, too, make files beside a database with a log; where nobody has it open there is no log, and the file
-// can be read as it stands.
+// SQLite's readers, too, make files beside a database with a log; where nobody has it open there is no log,
+// and the file can be read as it stands.
 std::string readingURI(const std::filesystem::path& file) {
-  const std::unique_ptr<char, decltype(&g_free)> uri(g_filename_to_uri(std::filesystem::absolute(file).c_str(), nullptr, nullptr),
-                                                     g_free);
+  const std::unique_ptr<char, decltype(&g_free)> uri(
+      g_filename_to_uri(std::filesystem::absolute(file).c_str(), nullptr, nullptr), g_free);
   if (!uri) throw Error(file.string() + ": not a file name");
-  return std::string(uri.get()) + (std::filesystem::exists(file.string() + "-wal") ? "?mode=ro" : "?immutable=1");
+  return std::string(uri.get()) +
+         (std::filesystem::exists(file.string() + "-wal") ? "?mode=ro" : "?immutable=1");
 }
 
 std::vector<Event> readEvents(std::filesystem::path file) {
@@ -86,14 +90,16 @@ std::vector<Event> readEvents(std::filesystem::path file) {
   return events;
 }
 
-// --- the commands ---------------------------------------------------------------------------------------------------
+// --- the commands
+// ---------------------------------------------------------------------------------------------------
 
 std::string dateOf(const std::string& seconds) {
   char* end = nullptr;
   const std::time_t time = std::strtoll(seconds.c_str(), &end, 10);
   std::tm date{};
   char text[64];
-  if (seconds.empty() || *end || !gmtime_r(&time, &date) || !std::strftime(text, sizeof text, "%FT%TZ", &date))
+  if (seconds.empty() || *end || !gmtime_r(&time, &date) ||
+      !std::strftime(text, sizeof text, "%FT%TZ", &date))
     return "at an unknown time";
   return text;
 }
@@ -152,7 +158,8 @@ int run(const std::vector<std::string>& words) {
     if (isStore || words[i] == "--application") {
       if (i + 1 == words.size() || words[i + 1].empty()) throw Error(words[i] + ": needs a value");
       if (!store.empty()) throw Error("--application and --store: one of them, once");
-      store = isStore ? words[++i] : std::filesystem::path(g_get_user_data_dir()) / words[++i];
+      store = isStore ? "" : g_get_user_data_dir();
+      store /= words[++i];
     } else if (command.empty() && commands.contains(words[i])) {
       command = words[i];
     } else {

@@ -52,7 +52,7 @@ void UIButton::setHighlighted(bool highlighted) {
 }
 
 void UIButton::setShape(std::optional<ButtonShape> shape) {
-  shape_ = std::move(shape);
+  shape_ = shape;
   updateLook();
 }
 

@@ -9,14 +9,17 @@ struct Delegate : velto::VeltoBannerViewControllerDelegate {
   int finished = 0;
 
   std::shared_ptr<velto::UIViewController> presentViewController() override { return window.controller(); }
-  void veltoBannerViewControllerDidFinishLoad(velto::VeltoBannerViewControllerPrivate&) override { ++finished; }
+  void veltoBannerViewControllerDidFinishLoad(velto::VeltoBannerViewControllerPrivate&) override {
+    ++finished;
+  }
 };
 
 int main() {
   auto platform = velto::headless::Platform::install();
   platform->setPagesFinishByThemselves(true);
-  platform->urlSession().respond(
-      "", {.headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}}, .body = "velto://loadFinished"});
+  platform->urlSession().respond("",
+                                 {.headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}},
+                                  .body = "velto://loadFinished"});
   velto::VeltoFramework::addVeltoKey("key");
 
   auto delegate = std::make_shared<Delegate>();
