@@ -1,4 +1,5 @@
-// Response headers: any names and values give a classification, and sizes and times that are numbers or nothing.
+// Response headers: any names and values give a classification, and sizes and times that are numbers or
+// nothing.
 #include "velto/network/VeltoTaskResponse.h"
 #include "velto/platform/foundation/Text.h"
 

@@ -9,7 +9,9 @@ namespace {
 
 constexpr std::string_view wanted = "velto://noFillAd";
 
-bool inScheme(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '-' || c == '.'; }
+bool inScheme(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '-' || c == '.';
+}
 
 // For each "://" by itself: is it a link's, and does that link contain what is wanted?
 bool plainSearch(std::string_view text) {
@@ -19,10 +21,12 @@ bool plainSearch(std::string_view text) {
     size_t start = at;
     while (start > 0 && inScheme(text[start - 1])) --start;
     if (start == at || !std::isalpha(static_cast<unsigned char>(text[start]))) continue;
-    if (start > 0 && (text[start - 1] == '_' || static_cast<unsigned char>(text[start - 1]) >= 0x80)) continue;
+    if (start > 0 && (text[start - 1] == '_' || static_cast<unsigned char>(text[start - 1]) >= 0x80))
+      continue;
     size_t end = at + 3;
     const auto ends = [](char c) {
-      return static_cast<unsigned char>(c) <= 0x20 || c == 0x7f || std::string_view("\"'<>`").find(c) != std::string_view::npos;
+      return static_cast<unsigned char>(c) <= 0x20 || c == 0x7f ||
+             std::string_view("\"'<>`").find(c) != std::string_view::npos;
     };
     while (end < text.size() && !ends(text[end])) ++end;
     if (end > at + 3 && text.substr(start, end - start).find(wanted) != std::string_view::npos) return true;

@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string name(text.substr(0, size / 2));
   const std::string value(text.substr(size / 2));
   const auto base = *velto::NSURL::URLWithString("https://h.example/p?gone#f");
-  const auto url = velto::NSURL::URLWithString(base.URLByReplacingQueryItems({{name, value}, {"b", ""}}).absoluteString());
+  const auto url =
+      velto::NSURL::URLWithString(base.URLByReplacingQueryItems({{name, value}, {"b", ""}}).absoluteString());
   require(url.has_value());
   const auto items = velto::split(*url->query(), "&");
   require(items.size() == 2);

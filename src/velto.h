@@ -1,4 +1,5 @@
-// Everything that a host application needs, but for its platform: <velto/gtk/VeltoGtk.h> or <velto/headless/VeltoHeadless.h>.
+// Everything that a host application needs, but for its platform: <velto/gtk/VeltoGtk.h> or
+// <velto/headless/VeltoHeadless.h>.
 #pragma once
 
 #include "velto/core/VeltoConstants.h"

@@ -1,6 +1,7 @@
 // See Stage.h.
 #include "Stage.h"
 
+#include <velto/core/VeltoDataStore.h>
 #include <velto/gtk/VeltoGtk.h>
 
 #include <algorithm>
@@ -126,6 +127,7 @@ class Stage::Banner : public velto::VeltoBannerViewControllerDelegate {
   }
   void veltoBannerViewControllerDidPress(velto::VeltoBannerViewControllerPrivate&) override {
     stage_.add(name_, "DidPress");
+    stage_.followClick(name_);
   }
   void veltoBannerViewControllerDidFail(velto::VeltoBannerViewControllerPrivate&,
                                         const velto::VeltoErrorAd& error) override {
@@ -247,6 +249,45 @@ velto::CGRect Stage::expectedFrame(const std::string& name, velto::CGSize size) 
   if (!gtk_widget_compute_bounds(slot_, content(), &slot)) return {};
   const double middle = slot.origin.x + slot.size.width / 2;
   return {{middle - size.width / 2, slot.origin.y}, size};
+}
+
+struct Stage::Click {
+  std::weak_ptr<Stage*> stage;
+  std::string name;
+  std::vector<std::string> identifiers;  // of the clicks that wait for the server
+
+  static std::vector<std::string> waiting() {
+    std::vector<std::string> clicks;
+    const auto tracks = velto::VeltoDataStore::getDictionaryForKey("kVeltoTrackIdentifierKey");
+    for (const auto& [identifier, type] : tracks.value_or(velto::DefaultsDictionary{}))
+      if (type == "click") clicks.push_back(identifier);
+    return clicks;
+  }
+  static void destroy(gpointer data) { delete static_cast<Click*>(data); }
+
+  // In the turn after the press, when the click is in the store and no answer can have come.
+  static gboolean begin(gpointer data) {
+    auto& click = *static_cast<Click*>(data);
+    click.identifiers = waiting();
+    if (!click.identifiers.empty())
+      g_timeout_add_full(G_PRIORITY_DEFAULT, 50, look, new Click(click), destroy);
+    return G_SOURCE_REMOVE;
+  }
+
+  static gboolean look(gpointer data) {
+    auto& click = *static_cast<Click*>(data);
+    const auto stage = click.stage.lock();
+    if (!stage) return G_SOURCE_REMOVE;
+    const auto left = waiting();
+    for (const auto& identifier : click.identifiers)
+      if (std::find(left.begin(), left.end(), identifier) != left.end()) return G_SOURCE_CONTINUE;
+    (*stage)->add(click.name, "click acknowledged");
+    return G_SOURCE_REMOVE;
+  }
+};
+
+void Stage::followClick(const std::string& name) {
+  g_idle_add_full(G_PRIORITY_HIGH, Click::begin, new Click{self_, name, {}}, Click::destroy);
 }
 
 int Stage::count(const std::string& name, const std::string& what) const {

@@ -58,6 +58,10 @@ class Stage {
   class Banner;
   static const Case& caseOf(const std::string& name);
   void add(const std::string& name, const std::string& what);
+  // Follows the click that a press just made until the server has acknowledged it, which takes it out of the
+  // store.
+  struct Click;
+  void followClick(const std::string& name);
 
   GtkWindow* window_ = nullptr;  // null once closed
   GtkWidget* slot_ = nullptr;    // the widget that a banner can be put into
@@ -65,6 +69,7 @@ class Stage {
   std::shared_ptr<velto::UIViewController> host_;
   std::map<Place, std::shared_ptr<Banner>> banners_;
   std::vector<Event> events_;
+  std::shared_ptr<Stage*> self_ = std::make_shared<Stage*>(this);  // expires with the stage
   const gint64 start_ = g_get_monotonic_time();
 };
 

@@ -53,8 +53,12 @@ void Tour::tap() {
   const auto frame = stage_.expectedFrame("point", lookOf("point").size);
   click({frame.midX(), frame.midY()});
   expect("point: the tap is reported", [this] { return stage_.count("point", "DidPress") == 1; });
+  expect("point: the click is acknowledged",
+         [this] { return stage_.count("point", "click acknowledged") == 1; });
   expect("point: the tap opens the ad's link in the browser", [this] {
-    return links_.opened() == std::vector<std::string>{"https://paperlantern.example/landing/summer"};
+    return links_.opened() ==
+           std::vector<std::string>{
+               "https://paperlantern.example/landing/summer?c=ord%3D7001%26veltos%3D42%26veltop%3D9"};
   });
   expectShown("point");  // and the ad stays
 }

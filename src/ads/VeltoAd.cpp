@@ -10,13 +10,14 @@
 
 namespace velto {
 
-std::shared_ptr<VeltoAd> VeltoAd::adWithHTML(std::string html, std::optional<int64_t> bannerSize, Headers headers) {
+std::shared_ptr<VeltoAd> VeltoAd::adWithHTML(std::string html, std::optional<int64_t> bannerSize,
+                                             Headers headers) {
   const auto timer = headers ? headers->timerSeconds() : std::nullopt;
   return adWithHTML(std::move(html), bannerSize, std::move(headers), timer);
 }
 
-std::shared_ptr<VeltoAd> VeltoAd::adWithHTML(std::string html, std::optional<int64_t> bannerSize, Headers headers,
-                                             std::optional<double> timer) {
+std::shared_ptr<VeltoAd> VeltoAd::adWithHTML(std::string html, std::optional<int64_t> bannerSize,
+                                             Headers headers, std::optional<double> timer) {
   const bool isMRAID = AdSDKVelto::isAdMRAID(html);
   auto ad = std::make_shared<VeltoAd>();
   ad->sourceType = isMRAID ? VeltoAdSourceMRAID : VeltoAdSourceMarkup;
@@ -25,8 +26,9 @@ std::shared_ptr<VeltoAd> VeltoAd::adWithHTML(std::string html, std::optional<int
   return ad;
 }
 
-std::shared_ptr<VeltoAd> VeltoAd::adWithMediation(std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter,
-                                                  std::optional<int64_t> bannerSize, Headers headers) {
+std::shared_ptr<VeltoAd> VeltoAd::adWithMediation(
+    std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter, std::optional<int64_t> bannerSize,
+    Headers headers) {
   auto ad = std::make_shared<VeltoAd>();
   ad->sourceType = VeltoAdSourceMediation;
   ad->adapter = std::move(adapter);
@@ -35,7 +37,8 @@ std::shared_ptr<VeltoAd> VeltoAd::adWithMediation(std::shared_ptr<VeltoAdMediati
   return ad;
 }
 
-void VeltoAd::_init(Headers ownHeaders, std::optional<int64_t> ownBannerSize, std::optional<double> ownTimer) {
+void VeltoAd::_init(Headers ownHeaders, std::optional<int64_t> ownBannerSize,
+                    std::optional<double> ownTimer) {
   headers = std::move(ownHeaders);
   size = headers ? headers->size() : CGSize{};
   timer = ownTimer;
@@ -46,7 +49,9 @@ void VeltoAd::_init(Headers ownHeaders, std::optional<int64_t> ownBannerSize, st
   bannerSize = ownBannerSize;
 }
 
-bool VeltoAd::canBeCached() const { return veltoKey && createdAt && ttl && bannerSize; }
+bool VeltoAd::canBeCached() const {
+  return veltoKey && createdAt && ttl && bannerSize;
+}
 
 bool VeltoAd::canBeUsedFor(VeltoBannerSize wanted) const {
   if (!canBeCached()) return false;
@@ -62,7 +67,9 @@ void VeltoAd::setOrdId(std::optional<std::string> ord, std::optional<std::string
   publisherId = std::move(publisher);
 }
 
-void VeltoAd::resetAdInformations() { setOrdId(std::nullopt, std::nullopt, std::nullopt); }
+void VeltoAd::resetAdInformations() {
+  setOrdId(std::nullopt, std::nullopt, std::nullopt);
+}
 
 std::string VeltoAd::description() const {
   return Description("VeltoAd", this)

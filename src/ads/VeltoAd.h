@@ -1,16 +1,16 @@
-// A resolved ad: the one model that the presentation and everything after it receive. Made on the thread that resolves,
-// then used on the main thread.
+// A resolved ad: the one model that the presentation and everything after it receive. Made on the thread that
+// resolves, then used on the main thread.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
 
 #include "velto/core/VeltoConstants.h"
 #include "velto/network/VeltoTaskResponse.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/NSNotificationCenter.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace velto {
 
@@ -28,12 +28,14 @@ class VeltoAd : public NotificationObject {
   using Headers = std::shared_ptr<VeltoTaskResponseHeaders>;
 
   // The timer is the headers' own.
-  static std::shared_ptr<VeltoAd> adWithHTML(std::string html, std::optional<int64_t> bannerSize, Headers headers);
+  static std::shared_ptr<VeltoAd> adWithHTML(std::string html, std::optional<int64_t> bannerSize,
+                                             Headers headers);
   // Rich-media ads get no timer.
-  static std::shared_ptr<VeltoAd> adWithHTML(std::string html, std::optional<int64_t> bannerSize, Headers headers,
-                                             std::optional<double> timer);
-  static std::shared_ptr<VeltoAd> adWithMediation(std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter,
-                                                  std::optional<int64_t> bannerSize, Headers headers);
+  static std::shared_ptr<VeltoAd> adWithHTML(std::string html, std::optional<int64_t> bannerSize,
+                                             Headers headers, std::optional<double> timer);
+  static std::shared_ptr<VeltoAd> adWithMediation(
+      std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter, std::optional<int64_t> bannerSize,
+      Headers headers);
 
   bool canBeCached() const;
   // Whether this ad may answer a later fetch: only once its lifetime has run out, for the same size and key.
@@ -53,7 +55,7 @@ class VeltoAd : public NotificationObject {
   std::optional<std::string> bannerId;
   std::optional<std::string> publisherId;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler;
-  std::string identifier;  // a fresh UUID
+  std::string identifier;           // a fresh UUID
   std::optional<double> createdAt;  // seconds since 1970
   std::optional<double> ttl;        // seconds
   std::optional<int64_t> bannerSize;

@@ -8,7 +8,8 @@
 namespace velto {
 namespace {
 
-void answerOnMain(const VeltoAdCompletion& completion, std::shared_ptr<VeltoAd> ad, std::optional<VeltoErrorAd> error) {
+void answerOnMain(const VeltoAdCompletion& completion, std::shared_ptr<VeltoAd> ad,
+                  std::optional<VeltoErrorAd> error) {
   auto* platform = Platform::currentOrNull();
   if (!completion || !platform) return;
   platform->mainQueue().post(
@@ -17,26 +18,31 @@ void answerOnMain(const VeltoAdCompletion& completion, std::shared_ptr<VeltoAd> 
 
 }  // namespace
 
-std::shared_ptr<VeltoAdManager> VeltoAdManager::shared() { return Platform::shared<VeltoAdManager>(); }
+std::shared_ptr<VeltoAdManager> VeltoAdManager::shared() {
+  return Platform::shared<VeltoAdManager>();
+}
 
-void VeltoAdManager::fetchFor(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+void VeltoAdManager::fetchFor(VeltoAdType type, VeltoBannerSize size,
+                              const std::optional<VeltoSettings>& settings,
                               VeltoAdCompletion completionHandler) {
   shared()->_fetch(type, size, settings, std::move(completionHandler));
 }
 
 VeltoAdManager::VeltoAdManager() {
   shownObserver_ = Platform::current().notificationCenter().addObserver(
-      constNotificationAdShowed, [this](const NSNotification& notification) { _veltoNotificationAdShowed(notification); });
+      constNotificationAdShowed,
+      [this](const NSNotification& notification) { _veltoNotificationAdShowed(notification); });
 }
 
-void VeltoAdManager::_fetch(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
+void VeltoAdManager::_fetch(VeltoAdType type, VeltoBannerSize size,
+                            const std::optional<VeltoSettings>& settings,
                             VeltoAdCompletion completionHandler) {
   if (auto ad = usableAd(size)) return answerOnMain(completionHandler, std::move(ad), std::nullopt);
 
   VeltoTaskManager::executeTaskFor(
       type, size, settings,
-      [weak = weak_from_this(), completion = std::move(completionHandler), bannerSize = static_cast<int64_t>(size)](
-          const VeltoTaskResponsePointer& response) {
+      [weak = weak_from_this(), completion = std::move(completionHandler),
+       bannerSize = static_cast<int64_t>(size)](const VeltoTaskResponsePointer& response) {
         VeltoAdManagerAdResolver::handleTaskResponse(
             response, bannerSize,
             [weak, completion](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {

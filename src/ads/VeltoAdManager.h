@@ -1,15 +1,16 @@
-// Where the controllers get their ads: from the list of ads fetched earlier, else from the server. One for the process.
+// Where the controllers get their ads: from the list of ads fetched earlier, else from the server. One for
+// the process.
 #pragma once
-
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <vector>
 
 #include "velto/ads/VeltoAdResolver.h"
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/platform/NSNotificationCenter.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
 
 namespace velto {
 
@@ -20,15 +21,18 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
  public:
   static std::shared_ptr<VeltoAdManager> shared();
 
-  // The completion (may be empty) is called on the main queue, never inside this call. It is not called when the
-  // resolution of the answer ends without one.
+  // The completion (may be empty) is called on the main queue, never inside this call. It is not called when
+  // the resolution of the answer ends without one.
   static void fetchFor(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
                        VeltoAdCompletion completionHandler);
-  // The second creative of a two-part expand. Not fetched yet: called where it will be needed, does nothing so far.
-  static void fetchForSecondaryMRAIDContent(const std::string& /*url*/, VeltoAdCompletion /*completionHandler*/) {}
+  // The second creative of a two-part expand. Not fetched yet: called where it will be needed, does nothing
+  // so far.
+  static void fetchForSecondaryMRAIDContent(const std::string& /*url*/,
+                                            VeltoAdCompletion /*completionHandler*/) {}
 
   // The image of a storePicture command, and the measurement engine's service script: likewise.
-  static void fetchForMRAIDImageContent(const std::string& /*url*/, std::function<void(bool)> /*completionHandler*/) {}
+  static void fetchForMRAIDImageContent(const std::string& /*url*/,
+                                        std::function<void(bool)> /*completionHandler*/) {}
   static std::optional<std::string> getOMSKJs() { return std::nullopt; }
 
   VeltoAdManager();

@@ -1,12 +1,12 @@
 // Which adapter fills a mediation item, by the class name that the server gives. Any thread.
 #pragma once
 
+#include "velto/ads/VeltoAdMediationAdapter.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "velto/ads/VeltoAdMediationAdapter.h"
 
 namespace velto {
 
@@ -17,7 +17,8 @@ class VeltoAdMediationAdapterManager {
 
   // Null for a name that nobody answers to: the item is skipped.
   std::shared_ptr<VeltoAdMediationAdapterProtocol> handler() const;
-  uint64_t adType() const;  // 1 for names that contain "banner", else 2 for "interstitial", else 0; in any case
+  uint64_t adType()
+      const;  // 1 for names that contain "banner", else 2 for "interstitial", else 0; in any case
   std::string description() const;
 
   std::optional<std::string> cn;

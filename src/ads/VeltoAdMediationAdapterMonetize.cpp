@@ -6,10 +6,12 @@
 
 namespace velto {
 
-void VeltoAdMediationAdapterMonetize::adapt(const std::shared_ptr<VeltoMediationItemResponse>& item, uint64_t adType,
-                                            VeltoAdCompletion completionHandler) {
+void VeltoAdMediationAdapterMonetize::adapt(const std::shared_ptr<VeltoMediationItemResponse>& item,
+                                            uint64_t adType, VeltoAdCompletion completionHandler) {
   const auto data = item && item->e() ? item->e()->data() : std::nullopt;
-  if (data) return std::make_shared<VeltoAdMediationAdapterMonetize>()->_init(*data, adType, std::move(completionHandler));
+  if (data)
+    return std::make_shared<VeltoAdMediationAdapterMonetize>()->_init(*data, adType,
+                                                                      std::move(completionHandler));
   if (completionHandler) completionHandler(nullptr, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
 }
 

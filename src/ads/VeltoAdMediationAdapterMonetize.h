@@ -1,4 +1,5 @@
-// The adapter whose items carry a request: their data goes back to the ad server, whose answer is resolved like a first one.
+// The adapter whose items carry a request: their data goes back to the ad server, whose answer is resolved
+// like a first one.
 #pragma once
 
 #include "velto/ads/VeltoAdMediationAdapter.h"

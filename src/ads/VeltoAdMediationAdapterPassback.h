@@ -10,15 +10,16 @@ class VeltoAdMediationAdapterPassback : public VeltoAdMediationCoreAdapter {
  public:
   using Headers = std::shared_ptr<VeltoTaskResponseHeaders>;
 
-  static void adapt(const std::shared_ptr<VeltoMediationItemResponse>& item, std::optional<int64_t> bannerSize,
-                    const Headers& headers, uint64_t adType, const VeltoAdCompletion& completionHandler);
+  static void adapt(const std::shared_ptr<VeltoMediationItemResponse>& item,
+                    std::optional<int64_t> bannerSize, const Headers& headers, uint64_t adType,
+                    const VeltoAdCompletion& completionHandler);
 
   uint64_t adType() const override { return adType_; }
   std::string description() const override;
 
  private:
-  void _init(std::string html, std::optional<double> timer, std::optional<int64_t> bannerSize, const Headers& headers,
-             uint64_t adType, const VeltoAdCompletion& completionHandler);
+  void _init(std::string html, std::optional<double> timer, std::optional<int64_t> bannerSize,
+             const Headers& headers, uint64_t adType, const VeltoAdCompletion& completionHandler);
   uint64_t adType_ = 0;
 };
 

@@ -1,11 +1,11 @@
 // What an adapter of another ad network looks like to the controllers that show its ads. Main thread.
 #pragma once
 
+#include "velto/platform/NSNotificationCenter.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "velto/platform/NSNotificationCenter.h"
 
 namespace velto {
 
@@ -14,7 +14,8 @@ class UIViewController;
 class VeltoAd;
 
 // Posted by an adapter with itself as the object.
-inline constexpr char constNotificationAdMobAdapterGADBannerReady[] = "constNotificationAdMobAdapterGADBannerReadyVelto";
+inline constexpr char constNotificationAdMobAdapterGADBannerReady[] =
+    "constNotificationAdMobAdapterGADBannerReadyVelto";
 inline constexpr char constNotificationAdMobAdapterGADInterstitialReady[] =
     "constNotificationAdMobAdapterGADInterstitialReadyVelto";
 inline constexpr char constNotificationAdMobAdapterGADInterstitialError[] =
@@ -28,7 +29,8 @@ class VeltoAdMediationAdapterDelegate {
   virtual void mediationBannerDidClose() = 0;
 };
 
-// An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not shown.
+// An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not
+// shown.
 class VeltoAdMediationRootViewControllerUser {
  public:
   virtual ~VeltoAdMediationRootViewControllerUser() = default;
@@ -50,7 +52,9 @@ class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
 class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
  public:
   uint64_t adType() const override { return 0; }
-  void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) { delegate_ = std::move(delegate); }
+  void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) {
+    delegate_ = std::move(delegate);
+  }
 
  protected:
   std::shared_ptr<VeltoAdMediationAdapterDelegate> delegate() const { return delegate_.lock(); }

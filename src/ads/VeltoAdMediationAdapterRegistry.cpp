@@ -1,10 +1,10 @@
 // The table of linked adapters.
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 
+#include "velto/core/VeltoUtilities.h"
+
 #include <map>
 #include <mutex>
-
-#include "velto/core/VeltoUtilities.h"
 
 namespace velto {
 namespace {
@@ -21,8 +21,8 @@ Table& table() {
 
 }  // namespace
 
-void VeltoAdMediationAdapterRegistry::registerAdapter(const std::string& className,
-                                                      std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter) {
+void VeltoAdMediationAdapterRegistry::registerAdapter(
+    const std::string& className, std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter) {
   std::lock_guard lock(table().mutex);
   if (adapter)
     table().adapters[className] = std::move(adapter);

@@ -1,5 +1,5 @@
-// Adapter classes that a host application links, by name. The name "VeltoAdMediationAdapterAdMob" is the one that items
-// can select, and whose presence requests report.
+// Adapter classes that a host application links, by name. The name "VeltoAdMediationAdapterAdMob" is the one
+// that items can select, and whose presence requests report.
 #pragma once
 
 #include <memory>
@@ -12,8 +12,10 @@ class VeltoAdMediationAdapterProtocol;
 class VeltoAdMediationAdapterRegistry {
  public:
   // Makes an adapter class known for the process; null takes it away. Any thread, before the first load.
-  static void registerAdapter(const std::string& className, std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter);
-  static std::shared_ptr<VeltoAdMediationAdapterProtocol> adapterNamed(const std::string& className);  // or null
+  static void registerAdapter(const std::string& className,
+                              std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter);
+  static std::shared_ptr<VeltoAdMediationAdapterProtocol> adapterNamed(
+      const std::string& className);  // or null
 };
 
 }  // namespace velto

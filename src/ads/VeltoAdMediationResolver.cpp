@@ -1,16 +1,17 @@
 // The walk along the items.
 #include "velto/ads/VeltoAdMediationResolver.h"
 
-#include <algorithm>
-#include <deque>
-
 #include "velto/ads/VeltoAdMediationAdapterManager.h"
 #include "velto/network/JSONSDKVelto.h"
+
+#include <algorithm>
+#include <deque>
 
 namespace velto {
 namespace {
 
-// Runs steps one after another on this thread. A step asked for inside another waits its turn instead of nesting.
+// Runs steps one after another on this thread. A step asked for inside another waits its turn instead of
+// nesting.
 void inTurn(std::function<void()> step) {
   thread_local std::deque<std::function<void()>>* running = nullptr;
   if (running) return running->push_back(std::move(step));
@@ -31,7 +32,8 @@ void answer(const VeltoAdCompletion& completion, int64_t code) {
 
 }  // namespace
 
-void VeltoAdMediationResolver::resolveAd(const VeltoTaskResponsePointer& response, std::optional<int64_t> bannerSize,
+void VeltoAdMediationResolver::resolveAd(const VeltoTaskResponsePointer& response,
+                                         std::optional<int64_t> bannerSize,
                                          const VeltoAdCompletion& completionHandler) {
   const auto json = response->data ? JSONSDKVelto::JSONDictionary(*response->data) : std::nullopt;
   if (!json || !json->object()) return answer(completionHandler, VeltoErrorServer);
@@ -39,12 +41,13 @@ void VeltoAdMediationResolver::resolveAd(const VeltoTaskResponsePointer& respons
   const auto& items = mediation->mediations();
   const bool hasItems = items && !items->empty();
   if (!hasItems) answer(completionHandler, VeltoErrorServer);
-  VeltoAdMediationItemResolver::resolveMediationItem(hasItems ? items->front() : nullptr, mediation, bannerSize,
-                                                     response->headers, completionHandler);
+  VeltoAdMediationItemResolver::resolveMediationItem(hasItems ? items->front() : nullptr, mediation,
+                                                     bannerSize, response->headers, completionHandler);
 }
 
 void VeltoAdMediationItemResolver::resolveMediationItem(const Item& item, const Mediation& mediation,
-                                                        std::optional<int64_t> bannerSize, const Headers& headers,
+                                                        std::optional<int64_t> bannerSize,
+                                                        const Headers& headers,
                                                         VeltoAdCompletion completionHandler) {
   inTurn([=, completion = std::move(completionHandler)] {
     const auto adapter = VeltoAdMediationAdapterManager::adapterForMediationItem(item);

@@ -42,10 +42,12 @@ bool _handleableTaskResponse(const VeltoTaskResponse& response, const VeltoAdCom
   return false;
 }
 
-std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler) {
+std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response,
+                                     const VeltoAdCompletion& completionHandler) {
   if (!response.data) return std::nullopt;
   const std::string& text = *response.data;
-  if (!isValidUTF8(text) || response.responseType == VeltoTaskResponseNoFill || AdSDKVelto::isAdNoFill(text)) {
+  if (!isValidUTF8(text) || response.responseType == VeltoTaskResponseNoFill ||
+      AdSDKVelto::isAdNoFill(text)) {
     fail(completionHandler, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorNoFill));
     return std::nullopt;
   }

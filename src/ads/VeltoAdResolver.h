@@ -1,15 +1,15 @@
-// Turns a classified response into an ad or an error. Runs on the thread that delivers the response, and calls the
-// completion on it, or not at all where that is said.
+// Turns a classified response into an ad or an error. Runs on the thread that delivers the response, and
+// calls the completion on it, or not at all where that is said.
 #pragma once
-
-#include <memory>
-#include <optional>
-#include <string>
 
 #include "velto/ads/VeltoAd.h"
 #include "velto/core/VeltoErrorAd.h"
 #include "velto/network/VeltoTaskResponse.h"
 #include "velto/platform/SharedCallback.h"
+
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace velto {
 
@@ -26,16 +26,18 @@ void handleTaskResponseForSecondMRAIDContent(const VeltoTaskResponsePointer& res
                                              const VeltoAdCompletion& completionHandler);
 
 bool _handleableTaskResponse(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler);
-std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler);
+std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response,
+                                     const VeltoAdCompletion& completionHandler);
 
 }  // namespace VeltoAdManagerAdResolver
 
 class VeltoAdResolverManager {
  public:
-  // A response of any type but markup and mediation ends without a call. The ad reads its timer from the headers again,
-  // so `timer` is not used.
-  static void resolveAdFromTaskResponse(const VeltoTaskResponsePointer& response, std::optional<int64_t> bannerSize,
-                                        std::string html, std::optional<double> timer,
+  // A response of any type but markup and mediation ends without a call. The ad reads its timer from the
+  // headers again, so `timer` is not used.
+  static void resolveAdFromTaskResponse(const VeltoTaskResponsePointer& response,
+                                        std::optional<int64_t> bannerSize, std::string html,
+                                        std::optional<double> timer,
                                         const VeltoAdCompletion& completionHandler);
 };
 

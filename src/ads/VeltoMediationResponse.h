@@ -1,13 +1,13 @@
-// The server's mediation instructions: the networks that may fill a placement, in order of preference. Read-only records;
-// a value of the wrong kind reads as absent. Any thread.
+// The server's mediation instructions: the networks that may fill a placement, in order of preference.
+// Read-only records; a value of the wrong kind reads as absent. Any thread.
 #pragma once
+
+#include "velto/platform/foundation/JSON.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/platform/foundation/JSON.h"
 
 namespace velto {
 

@@ -6,10 +6,13 @@
 
 namespace velto::SDKVelto {
 
-std::shared_ptr<NSBundle> veltoBundle() { return Platform::current().bundleWithIdentifier(constVeltoBundleIdentifier); }
+std::shared_ptr<NSBundle> veltoBundle() {
+  return Platform::current().bundleWithIdentifier(constVeltoBundleIdentifier);
+}
 
 std::shared_ptr<NSBundle> veltoResourcesBundle() {
-  if (auto bundle = Platform::current().mainBundle().bundleForResource(constVeltoResourcesBundleName, "bundle"))
+  if (auto bundle =
+          Platform::current().mainBundle().bundleForResource(constVeltoResourcesBundleName, "bundle"))
     return bundle;
   return veltoBundle();
 }

@@ -7,13 +7,15 @@ namespace velto {
 
 inline constexpr char kVeltoSDKVersion[] = "4.0.10";
 inline constexpr double VeltoFrameworkVersionNumber = 1.0;
-inline constexpr char VeltoFrameworkVersionString[] = "@(#)PROGRAM:VeltoFramework  PROJECT:VeltoFramework-1\n";
+inline constexpr char VeltoFrameworkVersionString[] =
+    "@(#)PROGRAM:VeltoFramework  PROJECT:VeltoFramework-1\n";
 inline constexpr char constVeltoBundleIdentifier[] = "com.velto.VeltoFramework";
 inline constexpr char constVeltoResourcesBundleName[] = "VeltoFrameworkResources";
 inline constexpr char constVeltoVersionStringKey[] = "CFBundleShortVersionString";
 inline constexpr char constAppName[] = "CFBundleName";
 
-// Posted when an ad locks or releases the orientation; VeltoFramework::getUIInterfaceOrientationMaskFrom reads it.
+// Posted when an ad locks or releases the orientation; VeltoFramework::getUIInterfaceOrientationMaskFrom
+// reads it.
 inline constexpr char VeltoNotificationUIInterfaceOrientationMaskLock[] =
     "VeltoNotificationUIInterfaceOrientationMaskLock";
 
@@ -21,8 +23,8 @@ inline constexpr char VeltoNotificationUIInterfaceOrientationMaskLock[] =
 inline constexpr int64_t VeltoSettingNoValue = -23;
 inline constexpr int64_t VeltoSettingNoValueSecond = -24;
 
-// Enumerations are plain integers underneath: the server's words are looked up by them, and a value past a list's end
-// makes the request fail instead of being bent into shape.
+// Enumerations are plain integers underneath: the server's words are looked up by them, and a value past a
+// list's end makes the request fail instead of being bent into shape.
 enum VeltoGender : int64_t {
   VeltoGenderNoValue = -23,
   VeltoGenderMale = 0,

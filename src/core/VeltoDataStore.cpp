@@ -1,14 +1,14 @@
 // Configuration in the defaults store.
 #include "velto/core/VeltoDataStore.h"
 
-#include <exception>
-
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/Text.h"
 #include "velto/platform/ui/WKWebView.h"
 #include "velto/tracking/VeltoTrackerManager.h"
+
+#include <exception>
 
 namespace velto {
 namespace {
@@ -23,7 +23,9 @@ constexpr char keyGDPRConsent[] = "kVeltoGDPRConsent";
 constexpr char keyCCPAConsent[] = "kVeltoCCPAConsent";
 constexpr char nativePlatform[] = "native";
 
-NSUserDefaults& defaults() { return Platform::current().standardUserDefaults(); }
+NSUserDefaults& defaults() {
+  return Platform::current().standardUserDefaults();
+}
 
 template <class T>
 std::optional<T> valueForKey(const std::string& key) {
@@ -48,7 +50,9 @@ std::optional<DefaultsValue> asValue(const std::optional<std::string>& text) {
   return text ? std::optional<DefaultsValue>(*text) : std::nullopt;
 }
 
-DefaultsValue asValue(bool flag) { return flag ? 1.0 : 0.0; }
+DefaultsValue asValue(bool flag) {
+  return flag ? 1.0 : 0.0;
+}
 
 std::string fallbackUserAgent() {
   auto& device = Platform::current().device();
@@ -64,7 +68,9 @@ std::optional<std::string> VeltoDataStore::getStringForKey(const std::string& ke
   return valueForKey<std::string>(key);
 }
 
-bool VeltoDataStore::getBoolForKey(const std::string& key) { return valueForKey<double>(key).value_or(0) != 0; }
+bool VeltoDataStore::getBoolForKey(const std::string& key) {
+  return valueForKey<double>(key).value_or(0) != 0;
+}
 
 std::optional<DefaultsDictionary> VeltoDataStore::getDictionaryForKey(const std::string& key) {
   return valueForKey<DefaultsDictionary>(key);
@@ -84,14 +90,30 @@ bool VeltoDataStore::storeEntry(const std::string& entry, const std::optional<st
   return changed([&](NSUserDefaults& store) { store.setEntry(forKey, entry, value); });
 }
 
-std::optional<std::string> VeltoDataStore::getVeltoKey() { return getStringForKey(keyClientId); }
-std::string VeltoDataStore::getVeltoFromNonNative() { return _getVeltoFromNonNative().value_or(nativePlatform); }
-std::optional<std::string> VeltoDataStore::_getVeltoFromNonNative() { return getStringForKey(keyPlatform); }
-std::optional<std::string> VeltoDataStore::getVeltoEndpoint() { return getStringForKey(keyEndpoint); }
-bool VeltoDataStore::isPersonalInfoContentAccepted() { return getBoolForKey(keyGDPROptin); }
-std::optional<std::string> VeltoDataStore::getGDPRConsent() { return getStringForKey(keyGDPRConsent); }
-std::optional<std::string> VeltoDataStore::getUsPrivacy() { return getStringForKey(keyCCPAConsent); }
-bool VeltoDataStore::isTestMode() { return getBoolForKey(keyTestMode); }
+std::optional<std::string> VeltoDataStore::getVeltoKey() {
+  return getStringForKey(keyClientId);
+}
+std::string VeltoDataStore::getVeltoFromNonNative() {
+  return _getVeltoFromNonNative().value_or(nativePlatform);
+}
+std::optional<std::string> VeltoDataStore::_getVeltoFromNonNative() {
+  return getStringForKey(keyPlatform);
+}
+std::optional<std::string> VeltoDataStore::getVeltoEndpoint() {
+  return getStringForKey(keyEndpoint);
+}
+bool VeltoDataStore::isPersonalInfoContentAccepted() {
+  return getBoolForKey(keyGDPROptin);
+}
+std::optional<std::string> VeltoDataStore::getGDPRConsent() {
+  return getStringForKey(keyGDPRConsent);
+}
+std::optional<std::string> VeltoDataStore::getUsPrivacy() {
+  return getStringForKey(keyCCPAConsent);
+}
+bool VeltoDataStore::isTestMode() {
+  return getBoolForKey(keyTestMode);
+}
 
 std::string VeltoDataStore::getUserAgent() {
   if (auto stored = getStringForKey(keyUserAgent)) return *stored;
@@ -109,7 +131,8 @@ void VeltoDataStore::storeVeltoKey(const std::optional<std::string>& key,
 }
 
 // Consent given before a registration is meant for the key before it, so it does not outlive it.
-void VeltoDataStore::_initDefaultValuesFromNonNative(const std::optional<std::string>& fromNonNative, bool testMode) {
+void VeltoDataStore::_initDefaultValuesFromNonNative(const std::optional<std::string>& fromNonNative,
+                                                     bool testMode) {
   storeVeltoFromNonNative(fromNonNative);
   storeTestMode(testMode);
   storeVeltoEndpoint("");
@@ -124,14 +147,18 @@ void VeltoDataStore::storeVeltoFromNonNative(const std::optional<std::string>& p
 void VeltoDataStore::storeVeltoEndpoint(const std::optional<std::string>& endpoint) {
   storeValue(asValue(endpoint), keyEndpoint);
 }
-void VeltoDataStore::storePersonalInfoContentAccepted(bool accepted) { storeValue(asValue(accepted), keyGDPROptin); }
+void VeltoDataStore::storePersonalInfoContentAccepted(bool accepted) {
+  storeValue(asValue(accepted), keyGDPROptin);
+}
 void VeltoDataStore::storeGDPRConsent(const std::optional<std::string>& consent) {
   storeValue(asValue(consent), keyGDPRConsent);
 }
 void VeltoDataStore::storeUSPrivacy(const std::optional<std::string>& privacy) {
   storeValue(asValue(privacy), keyCCPAConsent);
 }
-void VeltoDataStore::storeTestMode(bool testMode) { storeValue(asValue(testMode), keyTestMode); }
+void VeltoDataStore::storeTestMode(bool testMode) {
+  storeValue(asValue(testMode), keyTestMode);
+}
 bool VeltoDataStore::_updateUserAgent(const std::optional<std::string>& userAgent) {
   return storeValue(asValue(userAgent), keyUserAgent);
 }
@@ -140,9 +167,11 @@ void VeltoDataStore::updateUserAgentFromWKWebView(const std::shared_ptr<WKWebVie
   Platform::current().mainQueue().post([weak = std::weak_ptr(webView)] {
     const auto view = weak.lock();
     if (!view) return;
-    view->evaluateJavaScript("navigator.userAgent", [](std::optional<JSON> result, std::optional<NSError> error) {
-      if (const auto* text = result && !error ? result->string() : nullptr) _updateUserAgent(*text);
-    });
+    view->evaluateJavaScript("navigator.userAgent",
+                             [](std::optional<JSON> result, std::optional<NSError> error) {
+                               if (const auto* text = result && !error ? result->string() : nullptr)
+                                 _updateUserAgent(*text);
+                             });
   });
 }
 

@@ -1,12 +1,13 @@
-// The only door to persisted configuration, in the host application's defaults store. Written through at once, read back
-// on each use, so a value set is in the next request. Any thread, but for updateUserAgentFromWKWebView.
+// The only door to persisted configuration, in the host application's defaults store. Written through at
+// once, read back on each use, so a value set is in the next request. Any thread, but for
+// updateUserAgentFromWKWebView.
 #pragma once
+
+#include "velto/platform/NSUserDefaults.h"
 
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "velto/platform/NSUserDefaults.h"
 
 namespace velto {
 
@@ -20,9 +21,10 @@ class VeltoDataStore {
   // False when the store failed. No value removes the key.
   static bool storeValue(const std::optional<DefaultsValue>& value, const std::string& forKey);
   static bool resetValueForKey(const std::string& key);
-  // Changes one entry of a dictionary (made if absent): the same as changing and storing the whole, at a cost that does not
-  // grow with it. Nothing removes the entry. False when the store failed.
-  static bool storeEntry(const std::string& entry, const std::optional<std::string>& value, const std::string& forKey);
+  // Changes one entry of a dictionary (made if absent): the same as changing and storing the whole, at a cost
+  // that does not grow with it. Nothing removes the entry. False when the store failed.
+  static bool storeEntry(const std::string& entry, const std::optional<std::string>& value,
+                         const std::string& forKey);
 
   static std::optional<std::string> getVeltoKey();
   static std::string getVeltoFromNonNative();  // "native" unless a wrapper named itself
@@ -35,10 +37,12 @@ class VeltoDataStore {
   // The stored one; else one made from the device, which is then stored.
   static std::string getUserAgent();
 
-  // Registers a key. Resets test mode, endpoint and all consent first; the first key of an installation is tracked.
-  static void storeVeltoKey(const std::optional<std::string>& key, const std::optional<std::string>& fromNonNative,
-                            bool testMode);
-  static void storeVeltoFromNonNative(const std::optional<std::string>& platform);  // nothing becomes "native"
+  // Registers a key. Resets test mode, endpoint and all consent first; the first key of an installation is
+  // tracked.
+  static void storeVeltoKey(const std::optional<std::string>& key,
+                            const std::optional<std::string>& fromNonNative, bool testMode);
+  static void storeVeltoFromNonNative(
+      const std::optional<std::string>& platform);  // nothing becomes "native"
   static void storeVeltoEndpoint(const std::optional<std::string>& endpoint);
   static void storePersonalInfoContentAccepted(bool accepted);
   static void storeGDPRConsent(const std::optional<std::string>& consent);

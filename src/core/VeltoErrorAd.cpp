@@ -1,9 +1,9 @@
 // Making errors and naming their codes.
 #include "velto/core/VeltoErrorAd.h"
 
-#include <array>
-
 #include "velto/core/VeltoConstants.h"
+
+#include <array>
 
 namespace velto {
 
@@ -18,7 +18,8 @@ VeltoErrorAd VeltoErrorAd::veltoErrorAdWithCode(int64_t code, std::optional<NSEr
 }
 
 std::optional<std::string> VeltoErrorAd::descriptionError() const {
-  static constexpr std::array words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED", "NO_CONNECTION"};
+  static constexpr std::array words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED",
+                                    "NO_CONNECTION"};
   if (errorCode < 0 || errorCode >= static_cast<int64_t>(words.size())) return std::nullopt;
   return std::string("VeltoError: ") + words[static_cast<size_t>(errorCode)];
 }

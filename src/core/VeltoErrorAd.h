@@ -1,20 +1,20 @@
 // The one error that every failure callback gives. A plain value.
 #pragma once
 
+#include "velto/platform/NSError.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "velto/platform/NSError.h"
-
 namespace velto {
 
 enum VeltoErrorCode : int64_t {
-  VeltoErrorNoFill = 0,       // the server had no ad
-  VeltoErrorServer = 1,       // the server or the page failed
-  VeltoErrorDeveloper = 2,    // the request could not be built, or the ad not be used where it was asked for
-  VeltoErrorCancelled = 3,    // for host applications; the library never gives it
+  VeltoErrorNoFill = 0,        // the server had no ad
+  VeltoErrorServer = 1,        // the server or the page failed
+  VeltoErrorDeveloper = 2,     // the request could not be built, or the ad not be used where it was asked for
+  VeltoErrorCancelled = 3,     // for host applications; the library never gives it
   VeltoErrorNoConnection = 4,  // the transport failed; `error` says how
 };
 

@@ -10,7 +10,9 @@
 
 namespace velto {
 
-void VeltoFramework::addVeltoKey(const std::string& key) { _initFrameworkWithKey(key, std::nullopt, false); }
+void VeltoFramework::addVeltoKey(const std::string& key) {
+  _initFrameworkWithKey(key, std::nullopt, false);
+}
 
 void VeltoFramework::addVeltoKey(const std::string& key, const std::optional<std::string>& fromNonNative) {
   _initFrameworkWithKey(key, fromNonNative, false);
@@ -20,8 +22,8 @@ void VeltoFramework::addVeltoKey(const std::string& key, bool testMode) {
   _initFrameworkWithKey(key, std::nullopt, testMode);
 }
 
-void VeltoFramework::_initFrameworkWithKey(const std::string& key, const std::optional<std::string>& fromNonNative,
-                                           bool testMode) {
+void VeltoFramework::_initFrameworkWithKey(const std::string& key,
+                                           const std::optional<std::string>& fromNonNative, bool testMode) {
   VeltoDataStore::storeVeltoKey(key, fromNonNative, testMode);
   VeltoTrackerManager::start();
   OMSDK::initOMSDK();
@@ -40,8 +42,12 @@ void VeltoFramework::setUsPrivacy(const std::optional<std::string>& privacy) {
   VeltoDataStore::storeUSPrivacy(privacy);
 }
 
-std::string VeltoFramework::versionSDK() { return SDKVelto::veltoVersionSDK(); }
-int64_t VeltoFramework::version() { return leadingInteger(replaceAll(versionSDK(), ".", "")); }
+std::string VeltoFramework::versionSDK() {
+  return SDKVelto::veltoVersionSDK();
+}
+int64_t VeltoFramework::version() {
+  return leadingInteger(replaceAll(versionSDK(), ".", ""));
+}
 
 uint64_t VeltoFramework::getUIInterfaceOrientationMaskFrom(const NSNotification& notification) {
   const auto* mask = std::get_if<int64_t>(&notification.object);

@@ -1,12 +1,13 @@
-// Targeting values that a host application may pass with a load. Unset fields are not sent. A plain value: copy it freely.
+// Targeting values that a host application may pass with a load. Unset fields are not sent. A plain value:
+// copy it freely.
 #pragma once
+
+#include "velto/core/VeltoConstants.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/core/VeltoConstants.h"
 
 namespace velto {
 

@@ -5,7 +5,8 @@ namespace velto {
 
 class VeltoUtilities {
  public:
-  // Whether the host application linked and registered the adapter "VeltoAdMediationAdapterAdMob". Any thread.
+  // Whether the host application linked and registered the adapter "VeltoAdMediationAdapterAdMob". Any
+  // thread.
   static bool isGoogleAdMobAvailable();
 
   // The property of the audio session whose changes the controllers watch.

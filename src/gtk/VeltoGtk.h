@@ -1,12 +1,13 @@
-// Velto on Linux: install the platform once, wrap a window, create a banner. Everything here is called on the thread
-// that runs the application's GLib main context, after gtk_init (or inside GtkApplication's "activate").
+// Velto on Linux: install the platform once, wrap a window, create a banner. Everything here is called on the
+// thread that runs the application's GLib main context, after gtk_init (or inside GtkApplication's
+// "activate").
 //
 //   velto::gtk::install({.applicationIdentifier = "org.example.player"});
 //   velto::VeltoFramework::addVeltoKey("your-key");
 //   auto controller = velto::gtk::hostViewController(window);
 //
-// The library uses a web session of its own: the application's web views, cookies and caches are never touched, nor is
-// its main loop: the library only adds sources to the default main context.
+// The library uses a web session of its own: the application's web views, cookies and caches are never
+// touched, nor is its main loop: the library only adds sources to the default main context.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -25,8 +26,9 @@ class UIViewController;
 
 namespace velto::gtk {
 
-// Sends connections for a host name somewhere else, for test servers; names and certificates are still checked as
-// written. `host` may begin with "*." for all names below a domain; `address` is "127.0.0.1:8443" or "[::1]:8443".
+// Sends connections for a host name somewhere else, for test servers; names and certificates are still
+// checked as written. `host` may begin with "*." for all names below a domain; `address` is "127.0.0.1:8443"
+// or "[::1]:8443".
 struct HostMapping {
   std::string host;
   std::string address;
@@ -37,7 +39,8 @@ struct Options {
   std::string applicationIdentifier;
   // What people call the application; empty: the GLib application name, else the identifier's last part.
   std::string applicationName = {};
-  // Where the store lives; empty: a folder of that identifier in the user's data folder. Made if absent (mode 0700).
+  // Where the store lives; empty: a folder of that identifier in the user's data folder. Made if absent (mode
+  // 0700).
   std::filesystem::path dataFolder = {};
   // A file of certificate authorities (PEM) to trust instead of the system's, for test servers.
   std::filesystem::path caFile = {};
@@ -51,19 +54,20 @@ void install(Options options);
 // Ends everything the library does in this process. Banners that still exist become inert.
 void uninstall();
 
-// The view controller that stands for a window: give it as the delegate's presentViewController. One for each window, kept
-// until the window is destroyed. The library puts a GtkOverlay between the window and its child, once; the
-// window's content stays the overlay's child.
+// The view controller that stands for a window: give it as the delegate's presentViewController. One for each
+// window, kept until the window is destroyed. The library puts a GtkOverlay between the window and its child,
+// once; the window's content stays the overlay's child.
 std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
 
-// The view that stands for a widget of such a window: a banner given to it follows the widget's place, size and
-// visibility, and is clipped with it. The widget itself is not changed. One for each widget, kept until it is destroyed.
-// Its window must have a host view controller already.
+// The view that stands for a widget of such a window: a banner given to it follows the widget's place, size
+// and visibility, and is clipped with it. The widget itself is not changed. One for each widget, kept until
+// it is destroyed. Its window must have a host view controller already.
 std::shared_ptr<UIView> hostView(GtkWidget* widget);
 
-// Whether a person uses the application now. The library takes it from the windows with a host view controller: when all
-// of them are hidden, minimised or destroyed, it sends nothing that can wait. An application that knows better (it plays
-// on in the background, or its ads are one window of many) says so here; nothing: the windows count again. Main thread.
+// Whether a person uses the application now. The library takes it from the windows with a host view
+// controller: when all of them are hidden, minimised or destroyed, it sends nothing that can wait. An
+// application that knows better (it plays on in the background, or its ads are one window of many) says so
+// here; nothing: the windows count again. Main thread.
 void setInForeground(std::optional<bool> inForeground);
 
 }  // namespace velto::gtk

@@ -59,7 +59,8 @@ struct Engine {
   ~Engine();
 
   SharedView view;
-  // Whose process this view is to share. The engine asks for it when the first load begins, so it must live until then.
+  // Whose process this view is to share. The engine asks for it when the first load begins, so it must live
+  // until then.
   SharedView related;
   std::shared_ptr<WebProcess> process;
   bool arriving = false;  // while an empty page is on its way into it

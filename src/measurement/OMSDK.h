@@ -8,6 +8,8 @@
 namespace velto::OMSDK {
 
 inline void initOMSDK() {}
-inline std::string htmlWithOMSDKInjection(std::string html) { return html; }
+inline std::string htmlWithOMSDKInjection(std::string html) {
+  return html;
+}
 
 }  // namespace velto::OMSDK

@@ -1,15 +1,15 @@
-// Rich-media (MRAID) operations of a controller that shows ads: what its page asks for, and what its page is told.
-// Main thread.
+// Rich-media (MRAID) operations of a controller that shows ads: what its page asks for, and what its page is
+// told. Main thread.
 #pragma once
-
-#include <functional>
-#include <memory>
-#include <string>
 
 #include "velto/mraid/VeltoMRAIDHandler.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/foundation/NSURL.h"
 #include "velto/ui/VeltoCloseButton.h"
+
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace velto {
 

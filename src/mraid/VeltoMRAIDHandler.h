@@ -1,11 +1,11 @@
 // The rich-media state of one displayed ad. Main thread.
 #pragma once
 
+#include "velto/mraid/VeltoMRAIDProperties.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
-
-#include "velto/mraid/VeltoMRAIDProperties.h"
 
 namespace velto {
 

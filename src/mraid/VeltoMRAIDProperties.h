@@ -1,11 +1,11 @@
 // What a rich-media page has asked for with its property calls: plain records.
 #pragma once
 
+#include "velto/platform/Geometry.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "velto/platform/Geometry.h"
 
 namespace velto {
 

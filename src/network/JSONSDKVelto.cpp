@@ -41,8 +41,12 @@ const JSON::Object* dictionaryValue(const JSON::Object& object, std::string_view
   return value ? value->object() : nullptr;
 }
 
-std::optional<JSON> JSONDictionary(std::string_view utf8) { return readJSON(utf8); }
+std::optional<JSON> JSONDictionary(std::string_view utf8) {
+  return readJSON(utf8);
+}
 
-std::optional<std::string> JSONString(const JSON::Array& array) { return writeJSON(array, true); }
+std::optional<std::string> JSONString(const JSON::Array& array) {
+  return writeJSON(array, true);
+}
 
 }  // namespace velto::JSONSDKVelto

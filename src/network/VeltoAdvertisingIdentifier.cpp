@@ -16,7 +16,8 @@ bool VeltoAdvertisingIdentifier::isTrackingLimited() {
   auto& platform = Platform::current();
   if (platform.device().isSystemVersionAtLeast(14))
     return platform.trackingManager().trackingAuthorizationStatus() != authorized;
-  // Taken as it is, so older systems report limited exactly when tracking is enabled; the server reckons with that.
+  // Taken as it is, so older systems report limited exactly when tracking is enabled; the server reckons with
+  // that.
   return platform.identifierManager().isAdvertisingTrackingEnabled();
 }
 

@@ -1,4 +1,5 @@
-// The advertising identifier, whether tracking is limited, and the library's own device fingerprint. Any thread.
+// The advertising identifier, whether tracking is limited, and the library's own device fingerprint. Any
+// thread.
 #pragma once
 
 #include <optional>

@@ -1,16 +1,18 @@
 // Device and environment, read from the platform.
 #include "velto/network/VeltoDevice.h"
 
-#include <array>
-#include <exception>
-
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIDevice.h"
+
+#include <array>
+#include <exception>
 
 namespace velto {
 namespace {
 
-Platform& platform() { return Platform::current(); }
+Platform& platform() {
+  return Platform::current();
+}
 
 std::optional<CLLocation> lastLocation() {
   auto& manager = platform().location();
@@ -39,7 +41,9 @@ std::optional<std::string> generation(const std::string& technology) {
 
 }  // namespace
 
-std::string VeltoDevice::name() { return platform().device().name(); }
+std::string VeltoDevice::name() {
+  return platform().device().name();
+}
 
 std::string VeltoDevice::model() {
   try {
@@ -49,14 +53,28 @@ std::string VeltoDevice::model() {
   }
 }
 
-std::string VeltoDevice::modelProductName() { return platform().device().model(); }
+std::string VeltoDevice::modelProductName() {
+  return platform().device().model();
+}
 // What the server side knows this library's devices as, whatever they are.
-std::string VeltoDevice::manufacturerName() { return "Apple"; }
-std::string VeltoDevice::os() { return "ios"; }
-std::string VeltoDevice::systemVersion() { return platform().device().systemVersion(); }
-CGSize VeltoDevice::screenSize() { return platform().mainScreen().bounds().size; }
-double VeltoDevice::screenScale() { return platform().mainScreen().scale(); }
-std::string VeltoDevice::locale() { return platform().currentLocale().localeIdentifier(); }
+std::string VeltoDevice::manufacturerName() {
+  return "Apple";
+}
+std::string VeltoDevice::os() {
+  return "ios";
+}
+std::string VeltoDevice::systemVersion() {
+  return platform().device().systemVersion();
+}
+CGSize VeltoDevice::screenSize() {
+  return platform().mainScreen().bounds().size;
+}
+double VeltoDevice::screenScale() {
+  return platform().mainScreen().scale();
+}
+std::string VeltoDevice::locale() {
+  return platform().currentLocale().localeIdentifier();
+}
 
 std::optional<std::string> VeltoDevice::language() {
   const auto languages = platform().currentLocale().preferredLanguages();
@@ -107,8 +125,8 @@ std::optional<std::string> VeltoDevice::connectionType() {
   }
 }
 
-// The status is read and not passed on: the server has always been told "CARRIER", and the two operations above keep
-// their branches for the day it is.
+// The status is read and not passed on: the server has always been told "CARRIER", and the two operations
+// above keep their branches for the day it is.
 VeltoNetworkStatus VeltoDevice::_networkStatus() {
   if (const auto reachability = VeltoReachability::reachabilityForInternetConnection()) {
     reachability->startNotifier();
@@ -138,9 +156,13 @@ std::optional<std::string> VeltoDevice::mobileNetworkCode() {
   return carrier ? carrier->mobileNetworkCode : std::nullopt;
 }
 
-std::optional<CTCarrier> VeltoDevice::_currentCurrier() { return platform().telephony().subscriberCellularProvider(); }
+std::optional<CTCarrier> VeltoDevice::_currentCurrier() {
+  return platform().telephony().subscriberCellularProvider();
+}
 
-bool VeltoDevice::isLocationServiceEnabled() { return lastLocation().has_value(); }
+bool VeltoDevice::isLocationServiceEnabled() {
+  return lastLocation().has_value();
+}
 
 std::optional<double> VeltoDevice::locationLatitude() {
   return fromLocation([](const CLLocation& location) { return location.latitude; });

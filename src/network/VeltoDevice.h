@@ -1,14 +1,14 @@
-// Answers every question about the device that requests, pages and tracks ask. Stateless: each call asks the platform
-// afresh. Any thread.
+// Answers every question about the device that requests, pages and tracks ask. Stateless: each call asks the
+// platform afresh. Any thread.
 #pragma once
-
-#include <map>
-#include <optional>
-#include <string>
 
 #include "velto/network/VeltoReachability.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/Network.h"
+
+#include <map>
+#include <optional>
+#include <string>
 
 namespace velto {
 
@@ -25,7 +25,8 @@ class VeltoDevice {
   static std::string locale();
   static std::optional<std::string> language();  // the user's first
   static std::optional<std::string> ip();        // of the local network, else of the mobile one
-  static std::map<std::string, std::string> _getIPAddresses();  // "interface/ipv4" or "interface/ipv6" → address
+  static std::map<std::string, std::string>
+  _getIPAddresses();  // "interface/ipv4" or "interface/ipv6" → address
 
   static std::string connection();                     // "WIFI" or "CARRIER"
   static std::optional<std::string> connectionType();  // "WIFI", "2G", "3G", "4G"

@@ -27,7 +27,8 @@ std::shared_ptr<VeltoReachability> VeltoReachability::reachabilityForInternetCon
 bool VeltoReachability::startNotifier() {
   notifier_ = reference_->setCallback([weak = weak_from_this()] {
     if (auto self = weak.lock())
-      Platform::current().notificationCenter().postNotification({kVeltoNetworkReachabilityChangedNotification, self});
+      Platform::current().notificationCenter().postNotification(
+          {kVeltoNetworkReachabilityChangedNotification, self});
   });
   return static_cast<bool>(notifier_);
 }
@@ -45,9 +46,11 @@ VeltoNetworkStatus VeltoReachability::networkStatusForFlags(uint32_t flags) {
   const auto has = [flags](SCNetworkReachabilityFlags flag) { return (flags & flag) != 0; };
   if (!has(SCNetworkReachabilityFlagsReachable)) return VeltoNetworkNotReachable;
   if (has(SCNetworkReachabilityFlagsIsWWAN)) return VeltoNetworkReachableViaWWAN;
-  const bool byItself = has(SCNetworkReachabilityFlagsConnectionOnTraffic) || has(SCNetworkReachabilityFlagsConnectionOnDemand);
+  const bool byItself =
+      has(SCNetworkReachabilityFlagsConnectionOnTraffic) || has(SCNetworkReachabilityFlagsConnectionOnDemand);
   if (has(SCNetworkReachabilityFlagsInterventionRequired) || !byItself)
-    return has(SCNetworkReachabilityFlagsConnectionRequired) ? VeltoNetworkNotReachable : VeltoNetworkReachableViaWiFi;
+    return has(SCNetworkReachabilityFlagsConnectionRequired) ? VeltoNetworkNotReachable
+                                                             : VeltoNetworkReachableViaWiFi;
   return VeltoNetworkReachableViaWiFi;
 }
 

@@ -1,12 +1,12 @@
 // Whether the network can be reached, and a notification when that changes.
 #pragma once
 
+#include "velto/platform/NSNotificationCenter.h"
+#include "velto/platform/Network.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "velto/platform/NSNotificationCenter.h"
-#include "velto/platform/Network.h"
 
 namespace velto {
 
@@ -17,7 +17,8 @@ enum VeltoNetworkStatus : uint64_t {
 };
 
 // Posted on every change while a notifier runs, with the reachability object as its object.
-inline constexpr char kVeltoNetworkReachabilityChangedNotification[] = "kVeltoNetworkReachabilityChangedNotification";
+inline constexpr char kVeltoNetworkReachabilityChangedNotification[] =
+    "kVeltoNetworkReachabilityChangedNotification";
 
 // Any thread; changes are told on the main thread.
 class VeltoReachability : public NotificationObject, public std::enable_shared_from_this<VeltoReachability> {
@@ -27,7 +28,8 @@ class VeltoReachability : public NotificationObject, public std::enable_shared_f
   static std::shared_ptr<VeltoReachability> reachabilityWithAddress(const SocketAddress& address);
   static std::shared_ptr<VeltoReachability> reachabilityForInternetConnection();
 
-  explicit VeltoReachability(std::shared_ptr<SCNetworkReachability> reference) : reference_(std::move(reference)) {}
+  explicit VeltoReachability(std::shared_ptr<SCNetworkReachability> reference)
+      : reference_(std::move(reference)) {}
   ~VeltoReachability() override { stopNotifier(); }
 
   bool startNotifier();  // false when changes cannot be watched

@@ -1,14 +1,14 @@
 // Requests: URL, query, method and headers. The body of an ad request is in VeltoTaskRequestBody.cpp.
 #include "velto/network/VeltoTaskRequest.h"
 
-#include <array>
-#include <exception>
-
 #include "velto/core/VeltoDataStore.h"
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/Clock.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/foundation/Text.h"
+
+#include <array>
+#include <exception>
 
 namespace velto {
 namespace {
@@ -40,7 +40,8 @@ std::optional<NSURLRequest> VeltoTaskRequest::requestForMediationItemData(const 
   return url ? std::optional(_buildURLRequestFor(*url, data)) : std::nullopt;
 }
 
-std::optional<NSURLRequest> VeltoTaskRequest::requestForSecondaryMRAIDContent(const std::optional<std::string>& url) {
+std::optional<NSURLRequest> VeltoTaskRequest::requestForSecondaryMRAIDContent(
+    const std::optional<std::string>& url) {
   return requestForDownloadData(url);
 }
 
@@ -68,7 +69,8 @@ std::vector<NSURLQueryItem> VeltoTaskRequest::queryParameterItemsFor(VeltoAdType
   return items;
 }
 
-std::vector<NSURLQueryItem> VeltoTaskRequest::queryParameterItemsForTrackIdentifier(const std::string& identifier) {
+std::vector<NSURLQueryItem> VeltoTaskRequest::queryParameterItemsForTrackIdentifier(
+    const std::string& identifier) {
   return {{constParamTrackId, identifier}};
 }
 
@@ -79,7 +81,8 @@ NSURLRequest VeltoTaskRequest::_buildURLRequestFor(const NSURL& url, const std::
   return request;
 }
 
-NSURLRequest VeltoTaskRequest::_buildURLRequestForTrackInstall(const NSURL& url, const std::string& identifier) {
+NSURLRequest VeltoTaskRequest::_buildURLRequestForTrackInstall(const NSURL& url,
+                                                               const std::string& identifier) {
   return _buildURLRequestFor(url.URLByReplacingQueryItems(queryParameterItemsForTrackIdentifier(identifier)),
                              std::nullopt);
 }

@@ -1,9 +1,5 @@
-// The JSON body of an ad request: one flat object about the library, the device, the application, the place, the user's
-// settings and the privacy state.
-#include <array>
-#include <cmath>
-#include <stdexcept>
-
+// The JSON body of an ad request: one flat object about the library, the device, the application, the place,
+// the user's settings and the privacy state.
 #include "velto/core/VeltoDataStore.h"
 #include "velto/core/VeltoFramework.h"
 #include "velto/core/VeltoUtilities.h"
@@ -14,6 +10,10 @@
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/Text.h"
+
+#include <array>
+#include <cmath>
+#include <stdexcept>
 
 namespace velto {
 namespace {
@@ -30,13 +30,14 @@ void setRequired(JSON::Object& parameters, const char* key, const std::optional<
 }
 
 template <class T>
-void setIfKnown(JSON::Object& parameters, std::initializer_list<const char*> keys, const std::optional<T>& value) {
+void setIfKnown(JSON::Object& parameters, std::initializer_list<const char*> keys,
+                const std::optional<T>& value) {
   if (!value) return;
   for (const auto* key : keys) parameters[key] = *value;
 }
 
-// "+1.0000" for UTC+1, "-0.0000" for UTC, "--5.0000" for UTC-5: whole hours and never minutes, a minus for zero and a
-// second one for the west. The server parses what it has always received.
+// "+1.0000" for UTC+1, "-0.0000" for UTC, "--5.0000" for UTC-5: whole hours and never minutes, a minus for
+// zero and a second one for the west. The server parses what it has always received.
 std::string timeZoneWord(int secondsFromGMT) {
   const int hours = secondsFromGMT / 3600;
   const int minutes = std::abs(hours - hours);

@@ -19,16 +19,25 @@ VeltoTaskResponseType typeFor(const VeltoTaskResponseHeaders& headers) {
 
 }  // namespace
 
-std::shared_ptr<VeltoTaskResponseHeaders> VeltoTaskResponseHeaders::headersFor(const NSURLResponse& response) {
+std::shared_ptr<VeltoTaskResponseHeaders> VeltoTaskResponseHeaders::headersFor(
+    const NSURLResponse& response) {
   auto made = std::make_shared<VeltoTaskResponseHeaders>();
   made->headers = response.allHeaderFields;
   return made;
 }
 
-std::optional<std::string> VeltoTaskResponseHeaders::content() const { return headers.value("x-content"); }
-std::optional<std::string> VeltoTaskResponseHeaders::contentType() const { return headers.value("Content-Type"); }
-std::optional<double> VeltoTaskResponseHeaders::width() const { return numberFormatter("x-width"); }
-std::optional<double> VeltoTaskResponseHeaders::height() const { return numberFormatter("x-height"); }
+std::optional<std::string> VeltoTaskResponseHeaders::content() const {
+  return headers.value("x-content");
+}
+std::optional<std::string> VeltoTaskResponseHeaders::contentType() const {
+  return headers.value("Content-Type");
+}
+std::optional<double> VeltoTaskResponseHeaders::width() const {
+  return numberFormatter("x-width");
+}
+std::optional<double> VeltoTaskResponseHeaders::height() const {
+  return numberFormatter("x-height");
+}
 
 std::optional<double> VeltoTaskResponseHeaders::timerSeconds() const {
   const auto milliseconds = headers.value("x-fst");
@@ -58,9 +67,9 @@ std::string VeltoTaskResponseHeaders::description() const {
   return Description("VeltoTaskResponseHeaders", this).field("Headers", list + "\n}").text();
 }
 
-std::shared_ptr<VeltoTaskResponse> VeltoTaskResponse::responseFor(std::shared_ptr<const NSURLResponse> response,
-                                                                  std::optional<std::string> data,
-                                                                  std::optional<VeltoErrorAd> error) {
+std::shared_ptr<VeltoTaskResponse> VeltoTaskResponse::responseFor(
+    std::shared_ptr<const NSURLResponse> response, std::optional<std::string> data,
+    std::optional<VeltoErrorAd> error) {
   auto made = std::make_shared<VeltoTaskResponse>();
   made->response = std::move(response);
   made->data = std::move(data);

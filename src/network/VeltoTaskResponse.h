@@ -1,14 +1,15 @@
-// A classified HTTP answer: what kind of ad it carries, or which error it means. Immutable once made; any thread.
+// A classified HTTP answer: what kind of ad it carries, or which error it means. Immutable once made; any
+// thread.
 #pragma once
+
+#include "velto/core/VeltoErrorAd.h"
+#include "velto/platform/Geometry.h"
+#include "velto/platform/NSURLSession.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "velto/core/VeltoErrorAd.h"
-#include "velto/platform/Geometry.h"
-#include "velto/platform/NSURLSession.h"
 
 namespace velto {
 

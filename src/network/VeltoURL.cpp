@@ -1,9 +1,9 @@
 // Server names and request URLs.
 #include "velto/network/VeltoURL.h"
 
-#include <mutex>
-
 #include "velto/core/VeltoDataStore.h"
+
+#include <mutex>
 
 namespace velto {
 namespace {
@@ -55,9 +55,17 @@ std::optional<NSURL> VeltoURL::veltoURL() {
   return appending(_baseURL(endpoint), !endpoint || endpoint->empty() ? "sdk/v3/req" : "sdk/");
 }
 
-std::optional<NSURL> VeltoURL::veltoSSPURL() { return appending(_baseURL(), "dev/puressp.php"); }
-std::optional<NSURL> VeltoURL::_veltoBaseTrackURL() { return urlOfHost(serverNames().tracking); }
-std::optional<NSURL> VeltoURL::veltoTrackInstallURL() { return appending(_veltoBaseTrackURL(), "trk_install.php"); }
-std::optional<NSURL> VeltoURL::veltoTrackClickURL() { return appending(_veltoBaseTrackURL(), "trk_click.php"); }
+std::optional<NSURL> VeltoURL::veltoSSPURL() {
+  return appending(_baseURL(), "dev/puressp.php");
+}
+std::optional<NSURL> VeltoURL::_veltoBaseTrackURL() {
+  return urlOfHost(serverNames().tracking);
+}
+std::optional<NSURL> VeltoURL::veltoTrackInstallURL() {
+  return appending(_veltoBaseTrackURL(), "trk_install.php");
+}
+std::optional<NSURL> VeltoURL::veltoTrackClickURL() {
+  return appending(_veltoBaseTrackURL(), "trk_click.php");
+}
 
 }  // namespace velto

@@ -1,14 +1,15 @@
 // Where requests go: the server names, and the URLs made from them.
 #pragma once
 
+#include "velto/platform/foundation/NSURL.h"
+
 #include <optional>
 #include <string>
 
-#include "velto/platform/foundation/NSURL.h"
-
 namespace velto {
 
-// Host names, with a port where it is not 443 ("localhost:8443"). A custom endpoint is a sub-domain of `publisher`.
+// Host names, with a port where it is not 443 ("localhost:8443"). A custom endpoint is a sub-domain of
+// `publisher`.
 struct VeltoServerNames {
   std::string adServer;
   std::string publisher;
@@ -18,8 +19,8 @@ struct VeltoServerNames {
 
 class VeltoURL {
  public:
-  // Changes the names for this process; call it before the first registration. The build's own stand until then, and
-  // come back for an empty name. Any thread.
+  // Changes the names for this process; call it before the first registration. The build's own stand until
+  // then, and come back for an empty name. Any thread.
   static void setServerNames(VeltoServerNames names);
   static VeltoServerNames serverNames();
 

@@ -8,11 +8,13 @@ namespace {
 
 bool isSameName(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 auto find(auto& fields, std::string_view name) {
-  return std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return isSameName(field.first, name); });
+  return std::find_if(fields.begin(), fields.end(),
+                      [&](const auto& field) { return isSameName(field.first, name); });
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
-// A process-wide notice board, shared by all platforms: objects post a named notification, observers of that name hear it.
+// A process-wide notice board, shared by all platforms: objects post a named notification, observers of that
+// name hear it.
 #pragma once
+
+#include "velto/platform/Handle.h"
 
 #include <cstdint>
 #include <functional>
@@ -9,11 +12,10 @@
 #include <variant>
 #include <vector>
 
-#include "velto/platform/Handle.h"
-
 namespace velto {
 
-// Base of the classes whose instances are sent as a notification's object; receivers tell them apart by their type.
+// Base of the classes whose instances are sent as a notification's object; receivers tell them apart by their
+// type.
 class NotificationObject {
  public:
   virtual ~NotificationObject() = default;

@@ -6,8 +6,10 @@
 
 namespace velto {
 
-std::unique_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(double seconds, std::function<void()> action) {
-  const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
+std::unique_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(double seconds,
+                                                                 std::function<void()> action) {
+  const auto interval =
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
   return std::unique_ptr<NSTimer>(
       new NSTimer(Platform::current().mainQueue().every(interval, std::move(action))));
 }

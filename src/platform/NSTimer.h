@@ -1,17 +1,19 @@
 // A repeating timer on the main queue. Shared by all platforms.
 #pragma once
 
+#include "velto/platform/Handle.h"
+
 #include <functional>
 #include <memory>
-
-#include "velto/platform/Handle.h"
 
 namespace velto {
 
 class NSTimer {
  public:
-  // Fires every `seconds` on the main thread, first after one interval, until invalidated or destroyed. Main thread.
-  static std::unique_ptr<NSTimer> scheduledTimerWithTimeInterval(double seconds, std::function<void()> action);
+  // Fires every `seconds` on the main thread, first after one interval, until invalidated or destroyed. Main
+  // thread.
+  static std::unique_ptr<NSTimer> scheduledTimerWithTimeInterval(double seconds,
+                                                                 std::function<void()> action);
 
   // Ends it; no call comes afterwards. Allowed inside the action.
   void invalidate() { handle_.cancel(); }

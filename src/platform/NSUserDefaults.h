@@ -25,9 +25,10 @@ class NSUserDefaults {
   virtual void setObject(const std::string& key, const DefaultsValue& value) = 0;
   virtual void removeObjectForKey(const std::string& key) = 0;
 
-  // Changes one entry of a dictionary value (made if absent): the same as reading, changing and setting the whole,
-  // at a cost that does not grow with the dictionary. Nothing as value removes the entry.
-  virtual void setEntry(const std::string& key, const std::string& entry, const std::optional<std::string>& value) = 0;
+  // Changes one entry of a dictionary value (made if absent): the same as reading, changing and setting the
+  // whole, at a cost that does not grow with the dictionary. Nothing as value removes the entry.
+  virtual void setEntry(const std::string& key, const std::string& entry,
+                        const std::optional<std::string>& value) = 0;
 
   // Returns once everything set so far would survive a kill of the process. Throws as above.
   virtual void synchronize() = 0;

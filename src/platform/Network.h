@@ -1,14 +1,14 @@
 // Supplied by the platform: reachability, network interfaces, the mobile carrier and the last known location.
 #pragma once
 
+#include "velto/platform/Handle.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/platform/Handle.h"
 
 namespace velto {
 
@@ -27,7 +27,8 @@ class SCNetworkReachability {
  public:
   virtual ~SCNetworkReachability() = default;
   virtual std::optional<uint32_t> flags() const = 0;  // nothing when they cannot be read
-  // Calls back after each change, on the main thread, until the handle goes. Nothing (an empty handle) when changes cannot be watched.
+  // Calls back after each change, on the main thread, until the handle goes. Nothing (an empty handle) when
+  // changes cannot be watched.
   virtual Handle setCallback(std::function<void()> changed) = 0;
 };
 
@@ -39,7 +40,8 @@ struct SocketAddress {
 enum class AddressFamily { IPv4, IPv6, Other };
 
 struct NetworkInterfaceAddress {
-  std::string interfaceName;  // "en0" is the local network and "pdp_ip0" the mobile one, whatever the kernel calls them
+  std::string interfaceName;  // "en0" is the local network and "pdp_ip0" the mobile one, whatever the kernel
+                              // calls them
   bool isUp = false;
   AddressFamily family = AddressFamily::Other;
   std::string text;  // empty when the entry carries no address
@@ -70,10 +72,10 @@ class CTTelephonyNetworkInfo {
 };
 
 struct CLLocation {
-  double latitude = 0;   // degrees
-  double longitude = 0;  // degrees
+  double latitude = 0;             // degrees
+  double longitude = 0;            // degrees
   double horizontalAccuracy = -1;  // metres; negative when unknown
-  double timestamp = 0;  // seconds since 1970
+  double timestamp = 0;            // seconds since 1970
 };
 
 // Any thread. Never asks the user, never starts a search: answers only what the host application obtained.

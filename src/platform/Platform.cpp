@@ -15,10 +15,13 @@ std::atomic<Platform*> installed{nullptr};
 
 Platform& Platform::current() {
   if (auto* platform = installed.load()) return *platform;
-  throw std::logic_error("velto: no platform is installed; call velto::gtk::install() or velto::headless::install() first");
+  throw std::logic_error(
+      "velto: no platform is installed; call velto::gtk::install() or velto::headless::install() first");
 }
 
-Platform* Platform::currentOrNull() { return installed.load(); }
+Platform* Platform::currentOrNull() {
+  return installed.load();
+}
 
 void Platform::install(std::shared_ptr<Platform> platform) {
   if (auto* old = installed.load()) old->dropSingletons();

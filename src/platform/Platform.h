@@ -1,6 +1,9 @@
-// The seam: everything that the library asks of the system below it, in one object. A platform supplies it (velto::gtk,
-// velto::headless, or a port of your own: docs/porting.md); the library reads it through Platform::current().
+// The seam: everything that the library asks of the system below it, in one object. A platform supplies it
+// (velto::gtk, velto::headless, or a port of your own: docs/porting.md); the library reads it through
+// Platform::current().
 #pragma once
+
+#include "velto/platform/NSNotificationCenter.h"
 
 #include <functional>
 #include <memory>
@@ -9,8 +12,6 @@
 #include <typeindex>
 #include <unordered_map>
 #include <vector>
-
-#include "velto/platform/NSNotificationCenter.h"
 
 namespace velto {
 
@@ -38,8 +39,9 @@ class Platform {
   static Platform& current();
   static Platform* currentOrNull();
 
-  // Installs a platform (null: removes it). The library's singletons belong to the platform they were made on and end
-  // with it, so a test that installs a fresh one starts from nothing. Main thread, never inside a callback of the old one.
+  // Installs a platform (null: removes it). The library's singletons belong to the platform they were made on
+  // and end with it, so a test that installs a fresh one starts from nothing. Main thread, never inside a
+  // callback of the old one.
   static void install(std::shared_ptr<Platform> platform);
 
   Platform() = default;
@@ -68,8 +70,8 @@ class Platform {
   virtual WKWebsiteDataStore& websiteDataStore() = 0;
   virtual ViewSystem& views() = 0;
 
-  // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform goes is
-  // destroyed undone; what is being done is waited for. Any thread.
+  // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform
+  // goes is destroyed undone; what is being done is waited for. Any thread.
   virtual void performInBackground(std::function<void()> work) = 0;
 
   // Shared by all platforms.

@@ -1,5 +1,5 @@
-// A callback that is cheap to copy: copies share the callable. A std::function copies what it holds instead, and so all
-// callbacks inside it in turn, which is slow, and endless for a chain of ten thousand. Any thread.
+// A callback that is cheap to copy: copies share the callable. A std::function copies what it holds instead,
+// and so all callbacks inside it in turn, which is slow, and endless for a chain of ten thousand. Any thread.
 #pragma once
 
 #include <functional>
@@ -15,8 +15,8 @@ class SharedCallback {
   SharedCallback() = default;
   SharedCallback(std::nullptr_t) {}
   template <class Callable>
-    requires(std::is_invocable_v<const Callable&, Arguments...> && !std::is_same_v<Callable, SharedCallback>)
-  SharedCallback(Callable callable)
+  requires(std::is_invocable_v<const Callable&, Arguments...> && !std::is_same_v<Callable, SharedCallback>)
+      SharedCallback(Callable callable)
       : callable_(std::make_shared<const std::function<void(Arguments...)>>(std::move(callable))) {}
 
   explicit operator bool() const { return callable_ && *callable_; }

@@ -1,18 +1,20 @@
 // Supplied by the platform: the host application as the desktop sees it.
 #pragma once
 
+#include "velto/platform/foundation/NSURL.h"
+
 #include <functional>
 #include <map>
 #include <string>
 
-#include "velto/platform/foundation/NSURL.h"
-
 namespace velto {
 
-// Posted by the platform on the main thread when the last of the application's windows goes out of sight, and when one
-// comes back. An application that has shown no window yet counts as in the foreground.
-inline constexpr char UIApplicationWillEnterForegroundNotification[] = "UIApplicationWillEnterForegroundNotification";
-inline constexpr char UIApplicationDidEnterBackgroundNotification[] = "UIApplicationDidEnterBackgroundNotification";
+// Posted by the platform on the main thread when the last of the application's windows goes out of sight, and
+// when one comes back. An application that has shown no window yet counts as in the foreground.
+inline constexpr char UIApplicationWillEnterForegroundNotification[] =
+    "UIApplicationWillEnterForegroundNotification";
+inline constexpr char UIApplicationDidEnterBackgroundNotification[] =
+    "UIApplicationDidEnterBackgroundNotification";
 
 // Main thread.
 class UIApplication {

@@ -1,18 +1,19 @@
 // Supplied by the platform: the device, its screen, the user's language and the time zone.
 #pragma once
 
+#include "velto/platform/Geometry.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "velto/platform/Geometry.h"
-
 namespace velto {
 
 enum class UIUserInterfaceIdiom { Phone = 0, Pad = 1 };
 
-// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face down.
+// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up,
+// 6 face down.
 using UIDeviceOrientation = int64_t;
 
 // Values are asked afresh each time, from any thread unless stated.
@@ -29,8 +30,8 @@ class UIDevice {
   // When the system was started, in whole seconds since 1970; 0 when that is not known.
   virtual int64_t bootTime() const = 0;
 
-  // Whether the platform offers what the phone's system offers from this version on. A phone compares its system
-  // version; a platform whose own version numbers mean something else answers for what it supports.
+  // Whether the platform offers what the phone's system offers from this version on. A phone compares its
+  // system version; a platform whose own version numbers mean something else answers for what it supports.
   virtual bool isSystemVersionAtLeast(int major) const = 0;
 
   // Main thread only.
@@ -48,7 +49,7 @@ class UIScreen {
 class NSLocale {
  public:
   virtual ~NSLocale() = default;
-  virtual std::string localeIdentifier() const = 0;               // such as "de_DE"
+  virtual std::string localeIdentifier() const = 0;                 // such as "de_DE"
   virtual std::vector<std::string> preferredLanguages() const = 0;  // BCP 47 tags, best first
 };
 

@@ -1,22 +1,24 @@
-// Supplied by the platform: what stands behind each view on the screen. The view tree, its layout and its animations are
-// the library's own (platform/ui/); a peer only puts one view where it is told and reports what a person does to it.
+// Supplied by the platform: what stands behind each view on the screen. The view tree, its layout and its
+// animations are the library's own (platform/ui/); a peer only puts one view where it is told and reports
+// what a person does to it.
 //
-// Everything here is called on the main thread and calls back on it. A peer is made with its view, owned by it, and
-// dies with it; whatever it shows must be gone from the screen by then. Frames are in the superview's coordinates.
+// Everything here is called on the main thread and calls back on it. A peer is made with its view, owned by
+// it, and dies with it; whatever it shows must be gone from the screen by then. Frames are in the superview's
+// coordinates.
 #pragma once
+
+#include "velto/platform/Geometry.h"
+#include "velto/platform/Handle.h"
+#include "velto/platform/NSError.h"
+#include "velto/platform/UIColor.h"
+#include "velto/platform/foundation/JSON.h"
+#include "velto/platform/foundation/NSURL.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/platform/Geometry.h"
-#include "velto/platform/Handle.h"
-#include "velto/platform/NSError.h"
-#include "velto/platform/foundation/NSURL.h"
-#include "velto/platform/UIColor.h"
-#include "velto/platform/foundation/JSON.h"
 
 namespace velto {
 
@@ -28,14 +30,16 @@ class ViewPeer {
  public:
   virtual ~ViewPeer() = default;
 
-  // The view that this peer stands for, set before any other call. A person's touch is reported to it: UIView::peerTapped().
+  // The view that this peer stands for, set before any other call. A person's touch is reported to it:
+  // UIView::peerTapped().
   void setOwner(UIView* owner) { owner_ = owner; }
 
   virtual void setFrame(const CGRect& frame) = 0;  // also many times a second, while an animation runs
   virtual void setAlpha(double alpha) = 0;         // 0 … 1
   virtual void setHidden(bool hidden) = 0;
   virtual void setBackgroundColor(const UIColor& color) = 0;
-  virtual void setTouchable(bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
+  virtual void setTouchable(
+      bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
 
   // `index` counts among this view's children, 0 is painted first. The child is in no other view.
   virtual void insertSubview(ViewPeer& child, size_t index) = 0;
@@ -65,7 +69,8 @@ struct ButtonLook {
   std::optional<ButtonShape> shape;
 };
 
-// A push button. Reports UIButton::peerHighlighted() while pressed and UIButton::peerTouchedUpInside() when let go inside.
+// A push button. Reports UIButton::peerHighlighted() while pressed and UIButton::peerTouchedUpInside() when
+// let go inside.
 class ButtonPeer : public virtual ViewPeer {
  public:
   virtual void setLook(const ButtonLook& look) = 0;
@@ -80,20 +85,22 @@ struct ScrollBehavior {
 // A web view. Reports navigations to WKWebView::peer…(), in the order in which the engine meets them.
 class WebViewPeer : public virtual ViewPeer {
  public:
-  // Replaces the page. Without base URL the document has an origin of its own. Ends with peerDidFinishNavigation or
-  // peerDidFailNavigation, unless another load comes first.
+  // Replaces the page. Without base URL the document has an origin of its own. Ends with
+  // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
   virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
 
-  // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion (may
-  // be empty) gets the value, or an error when the script threw, was no script, or the page went away. Must not
-  // lend the page a user gesture that it could act on.
-  virtual void evaluateJavaScript(const std::string& script,
-                                  std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
+  // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion
+  // (may be empty) gets the value, or an error when the script threw, was no script, or the page went away.
+  // Must not lend the page a user gesture that it could act on.
+  virtual void evaluateJavaScript(
+      const std::string& script,
+      std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
 
   virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
 };
 
-// A web process held ready for the next web view: destroying it lets the process go, unless a view took it over.
+// A web process held ready for the next web view: destroying it lets the process go, unless a view took it
+// over.
 class PreparedWebContent {
  public:
   virtual ~PreparedWebContent() = default;
@@ -105,11 +112,12 @@ class ViewSystem {
 
   virtual std::unique_ptr<ViewPeer> makeView() = 0;
   virtual std::unique_ptr<ButtonPeer> makeButton() = 0;
-  // The configuration may name prepared content to use and a web view whose process to share; both are wishes.
+  // The configuration may name prepared content to use and a web view whose process to share; both are
+  // wishes.
   virtual std::unique_ptr<WebViewPeer> makeWebView(const WKWebViewConfiguration& configuration) = 0;
 
-  // Starts what the first load of a web view would otherwise wait for, in the background; null where nothing is to be
-  // gained, also when a view made now could share the process of `replacing` (may be null).
+  // Starts what the first load of a web view would otherwise wait for, in the background; null where nothing
+  // is to be gained, also when a view made now could share the process of `replacing` (may be null).
   virtual std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) = 0;
 
   // Calls back once for every frame that the display shows, with monotonic seconds, until the handle goes.

@@ -29,15 +29,17 @@ std::shared_ptr<UIViewController> UIViewControllerCoreSDKVelto::getUserViewContr
   return answer;
 }
 
-void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings,
-                                                      VeltoBannerSize size, const VeltoControllerDelegate& delegate,
+void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
+                                                      const std::optional<VeltoSettings>& settings,
+                                                      VeltoBannerSize size,
+                                                      const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
-  VeltoAdManager::fetchFor(
-      type, size, settings,
-      [this, weak = viewController().weak_from_this(), delegate, notifyFailure](
-          const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-        if (const auto alive = weak.lock()) _processAd(ad, error, delegate, notifyFailure);
-      });
+  VeltoAdManager::fetchFor(type, size, settings,
+                           [this, weak = viewController().weak_from_this(), delegate, notifyFailure](
+                               const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+                             if (const auto alive = weak.lock())
+                               _processAd(ad, error, delegate, notifyFailure);
+                           });
 }
 
 void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad,
@@ -110,7 +112,8 @@ void UIViewControllerCoreSDKVelto::notifyDidClose(const VeltoControllerDelegate&
 }
 
 void UIViewControllerCoreSDKVelto::notifyDidAppear(const VeltoControllerDelegate& delegate) {
-  notify(delegate, nothing, [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidAppear(own); });
+  notify(delegate, nothing,
+         [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidAppear(own); });
 }
 
 void UIViewControllerCoreSDKVelto::notifyDidDisappear(const VeltoControllerDelegate& delegate) {

@@ -1,15 +1,15 @@
-// What banners and interstitials share: asking for an ad, deciding how the answer is shown, telling the delegate.
-// A mixin of the working controllers; main thread.
+// What banners and interstitials share: asking for an ad, deciding how the answer is shown, telling the
+// delegate. A mixin of the working controllers; main thread.
 #pragma once
+
+#include "velto/ads/VeltoAdResolver.h"
+#include "velto/core/VeltoSettings.h"
+#include "velto/ui/VeltoDelegates.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "velto/ads/VeltoAdResolver.h"
-#include "velto/core/VeltoSettings.h"
-#include "velto/ui/VeltoDelegates.h"
 
 namespace velto {
 
@@ -19,7 +19,8 @@ class UIView;
 class MediationBannerViewPresenter {
  public:
   virtual ~MediationBannerViewPresenter() = default;
-  virtual void presentMediationBannerView(const std::shared_ptr<UIView>& view, const std::shared_ptr<VeltoAd>& ad) = 0;
+  virtual void presentMediationBannerView(const std::shared_ptr<UIView>& view,
+                                          const std::shared_ptr<VeltoAd>& ad) = 0;
 };
 
 // A working controller that presents another network's full-screen ad.
@@ -45,9 +46,10 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   // The host's view controller, from a delegate of the kind that fits this controller; else null.
   std::shared_ptr<UIViewController> getUserViewControllerForDelegate(const VeltoControllerDelegate& delegate);
 
-  // Asks the ad manager. The answer is dropped when this controller is gone by then; the delegate is kept until it came.
-  void fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings, VeltoBannerSize size,
-                          const VeltoControllerDelegate& delegate, bool notifyFailure);
+  // Asks the ad manager. The answer is dropped when this controller is gone by then; the delegate is kept
+  // until it came.
+  void fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings,
+                          VeltoBannerSize size, const VeltoControllerDelegate& delegate, bool notifyFailure);
   void _processAd(const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error,
                   const VeltoControllerDelegate& delegate, bool notifyFailure);
   // The handler gets an ad only when it is rich media.
@@ -55,7 +57,8 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
 
   // Each tells the delegate if it is of the kind that fits this controller.
   void notifyDidFinishLoad(const VeltoControllerDelegate& delegate);
-  void notifyDidFail(const VeltoControllerDelegate& delegate, const std::optional<VeltoErrorAd>& veltoErrorAd);
+  void notifyDidFail(const VeltoControllerDelegate& delegate,
+                     const std::optional<VeltoErrorAd>& veltoErrorAd);
   void notifyDidPress(const VeltoControllerDelegate& delegate);
   void notifyDidClose(const VeltoControllerDelegate& delegate);
   void notifyDidAppear(const VeltoControllerDelegate& delegate);     // interstitials only
@@ -69,7 +72,8 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
 
  private:
   template <class BannerCall, class InterstitialCall>
-  void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall, InterstitialCall interstitialCall);
+  void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall,
+              InterstitialCall interstitialCall);
 };
 
 }  // namespace velto

@@ -20,7 +20,8 @@ void UIViewControllerUIAnimationSDKVelto::prepareAnimationForAdView(const std::s
 bool UIViewControllerUIAnimationSDKVelto::commitAnimationForAdView(const std::shared_ptr<UIView>& adView,
                                                                    int64_t animation) {
   if (!animatesAsBanner()) {
-    if (adView) animateWithDuration(interstitialSeconds, 0, adView, {.frame = std::nullopt, .alpha = 1.0}, nullptr);
+    if (adView)
+      animateWithDuration(interstitialSeconds, 0, adView, {.frame = std::nullopt, .alpha = 1.0}, nullptr);
     return true;
   }
   if (animation == VeltoAnimationNone) return false;

@@ -1,11 +1,11 @@
-// The entry animation of an ad view: prepared when the view is placed, run when the ad has loaded. A mixin of the working
-// controllers; main thread.
+// The entry animation of an ad view: prepared when the view is placed, run when the ad has loaded. A mixin of
+// the working controllers; main thread.
 #pragma once
+
+#include "velto/platform/ui/UIViewController.h"
 
 #include <cstdint>
 #include <memory>
-
-#include "velto/platform/ui/UIViewController.h"
 
 namespace velto {
 

@@ -15,8 +15,8 @@ void append(NSLayoutConstraints& list, const NSLayoutConstraints& more) {
 }
 
 std::shared_ptr<NSLayoutConstraint> sameAttribute(const std::shared_ptr<UIView>& view,
-                                                  const std::shared_ptr<UIView>& container, Attribute attribute,
-                                                  double constant) {
+                                                  const std::shared_ptr<UIView>& container,
+                                                  Attribute attribute, double constant) {
   return NSLayoutConstraint::constraintWithItem({view}, attribute, {container}, attribute, 1.0, constant);
 }
 
@@ -59,14 +59,16 @@ Attribute horizontalPin(int64_t closePosition) {
 
 }  // namespace
 
-NSLayoutConstraints UIViewControllerUISDKVelto::setupWKWebViewConstraintsFor(const View& adView, CGSize size) {
+NSLayoutConstraints UIViewControllerUISDKVelto::setupWKWebViewConstraintsFor(const View& adView,
+                                                                             CGSize size) {
   return _addAdView(adView, size, Attribute::CenterY, Attribute::CenterX);
 }
 
 NSLayoutConstraints UIViewControllerUISDKVelto::setupWKWebViewConstraintsFor(const View& adView, CGSize size,
                                                                              int64_t position) {
   if (position == VeltoBannerPositionTop) return _addAdView(adView, size, Attribute::Top, Attribute::CenterX);
-  if (position == VeltoBannerPositionBottom) return _addAdView(adView, size, Attribute::Bottom, Attribute::CenterX);
+  if (position == VeltoBannerPositionBottom)
+    return _addAdView(adView, size, Attribute::Bottom, Attribute::CenterX);
   return _addAdView(adView, size, Attribute::Top, Attribute::Left);
 }
 
@@ -86,10 +88,12 @@ NSLayoutConstraints UIViewControllerUISDKVelto::_addAdView(const View& adView, C
     list = fillingConstraints(*adView, *container);
     for (const auto& constraint : list) constraint->setActive(true);
   } else {
-    append(list, NSLayoutConstraint::constraintsWithVisualFormat("[adView(size)]", NSLayoutFormatAlignAllCenterY,
-                                                                 {{"size", size.width}}, {{"adView", adView}}));
-    append(list, NSLayoutConstraint::constraintsWithVisualFormat("V:[adView(size)]", NSLayoutFormatAlignAllCenterX,
-                                                                 {{"size", size.height}}, {{"adView", adView}}));
+    append(list,
+           NSLayoutConstraint::constraintsWithVisualFormat("[adView(size)]", NSLayoutFormatAlignAllCenterY,
+                                                           {{"size", size.width}}, {{"adView", adView}}));
+    append(list,
+           NSLayoutConstraint::constraintsWithVisualFormat("V:[adView(size)]", NSLayoutFormatAlignAllCenterX,
+                                                           {{"size", size.height}}, {{"adView", adView}}));
     list.push_back(sameAttribute(adView, container, horizontalAttribute, 0));
     list.push_back(sameAttribute(adView, container, verticalAttribute, 0));
   }
@@ -114,31 +118,36 @@ std::shared_ptr<VeltoCloseButton> UIViewControllerUISDKVelto::addCloseButtonInVi
       UIControlEventTouchUpInside);
   view->addSubview(button);
 
-  // Downward by the margin and leftward by it, whatever edge the position names: pages rely on where that puts it.
+  // Downward by the margin and leftward by it, whatever edge the position names: pages rely on where that
+  // puts it.
   const double margin = configuration.margin;
   const double size = configuration.size;
   view->addConstraints({sameAttribute(button, view, verticalPin(configuration.position), margin),
                         sameAttribute(button, view, horizontalPin(configuration.position), -margin)});
   view->addConstraints(
       NSLayoutConstraint::constraintsWithVisualFormat("[btn(size)]", 0, {{"size", size}}, {{"btn", button}}));
-  view->addConstraints(
-      NSLayoutConstraint::constraintsWithVisualFormat("V:[btn(size)]", 0, {{"size", size}}, {{"btn", button}}));
+  view->addConstraints(NSLayoutConstraint::constraintsWithVisualFormat("V:[btn(size)]", 0, {{"size", size}},
+                                                                       {{"btn", button}}));
   return button;
 }
 
 void UIViewControllerUISDKVelto::addTapGestureRecognizerInView(std::function<void()> action) {
-  auto recognizer =
-      std::make_shared<UITapGestureRecognizer>([weak = viewController().weak_from_this(), action = std::move(action)] {
+  auto recognizer = std::make_shared<UITapGestureRecognizer>(
+      [weak = viewController().weak_from_this(), action = std::move(action)] {
         if (const auto alive = weak.lock()) action();
       });
-  recognizer->setDelegate(std::shared_ptr<UIGestureRecognizerDelegate>(viewController().shared_from_this(), this));
+  recognizer->setDelegate(
+      std::shared_ptr<UIGestureRecognizerDelegate>(viewController().shared_from_this(), this));
   viewController().view()->addGestureRecognizer(std::move(recognizer));
 }
 
 // The page's own touches must still work.
-bool UIViewControllerUISDKVelto::gestureRecognizer(UITapGestureRecognizer&) { return true; }
+bool UIViewControllerUISDKVelto::gestureRecognizer(UITapGestureRecognizer&) {
+  return true;
+}
 
-CGRect UIViewControllerUISDKVelto::getFullScreenFrameFor(const View& view, const std::shared_ptr<UIViewController>& vc) {
+CGRect UIViewControllerUISDKVelto::getFullScreenFrameFor(const View& view,
+                                                         const std::shared_ptr<UIViewController>& vc) {
   if (!view || !vc) return {};
   if (Platform::current().device().isSystemVersionAtLeast(11)) return view->safeAreaFrame();
   const CGSize size = view->frame().size;
@@ -146,7 +155,8 @@ CGRect UIViewControllerUISDKVelto::getFullScreenFrameFor(const View& view, const
   return {{0, top}, {size.width, size.height - top - vc->bottomLayoutGuideLength()}};
 }
 
-void UIViewControllerUISDKVelto::setOrientation(int64_t orientation, bool postCurrentOrientationNotification) {
+void UIViewControllerUISDKVelto::setOrientation(int64_t orientation,
+                                                bool postCurrentOrientationNotification) {
   if (orientation == 0) return;
   auto& platform = Platform::current();
   if (postCurrentOrientationNotification)

@@ -1,15 +1,15 @@
-// Where an ad view is pinned, the close button, the full-screen frame, forced orientations and taps: what banners,
-// interstitials and rich media share in layout. A mixin of the working controllers; main thread.
+// Where an ad view is pinned, the close button, the full-screen frame, forced orientations and taps: what
+// banners, interstitials and rich media share in layout. A mixin of the working controllers; main thread.
 #pragma once
+
+#include "velto/platform/ui/UIViewController.h"
+#include "velto/platform/ui/WKWebView.h"
+#include "velto/ui/VeltoCloseButton.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-
-#include "velto/platform/ui/UIViewController.h"
-#include "velto/platform/ui/WKWebView.h"
-#include "velto/ui/VeltoCloseButton.h"
 
 namespace velto {
 
@@ -20,19 +20,22 @@ class UIViewControllerUISDKVelto : public UIGestureRecognizerDelegate {
  public:
   using View = std::shared_ptr<UIView>;
 
-  // Put the ad view into this controller's view and pin it; a zero size fills the safe area. What is returned is what to remove
-  // again later.
-  NSLayoutConstraints setupWKWebViewConstraintsFor(const View& adView, CGSize size);                    // centred
-  NSLayoutConstraints setupWKWebViewConstraintsFor(const View& adView, CGSize size, int64_t position);  // by position
-  NSLayoutConstraints addMediationBannerView(const View& adView, CGSize size);                          // centred
+  // Put the ad view into this controller's view and pin it; a zero size fills the safe area. What is returned
+  // is what to remove again later.
+  NSLayoutConstraints setupWKWebViewConstraintsFor(const View& adView, CGSize size);  // centred
+  NSLayoutConstraints setupWKWebViewConstraintsFor(const View& adView, CGSize size,
+                                                   int64_t position);           // by position
+  NSLayoutConstraints addMediationBannerView(const View& adView, CGSize size);  // centred
   NSLayoutConstraints _addAdView(const View& adView, CGSize size, NSLayoutAttribute verticalAttribute,
                                  NSLayoutAttribute horizontalAttribute);
 
-  std::shared_ptr<WKWebView> addWKWebViewInViewWithNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate);
+  std::shared_ptr<WKWebView> addWKWebViewInViewWithNavigationDelegate(
+      std::weak_ptr<WKNavigationDelegate> delegate);
 
   std::shared_ptr<VeltoCloseButton> addCloseButtonInView(const View& view,
                                                          const VeltoCloseButtonUIConfiguration& configuration,
-                                                         std::function<void()> action, std::optional<double> timer);
+                                                         std::function<void()> action,
+                                                         std::optional<double> timer);
 
   // Taps on this controller's view, also those that the page takes.
   void addTapGestureRecognizerInView(std::function<void()> action);

@@ -1,8 +1,6 @@
 // The ad's web view: configuration, loading and navigation policy.
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 
-#include <limits>
-
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/measurement/OMSDK.h"
@@ -14,11 +12,14 @@
 #include "velto/platform/WKWebsiteDataStore.h"
 #include "velto/platform/ui/UIViewController.h"
 
+#include <limits>
+
 namespace velto {
 namespace {
 
 constexpr char viewportScript[] =
-    "var meta = document.createElement('meta'); meta.setAttribute('name', 'viewport'); meta.setAttribute('content', "
+    "var meta = document.createElement('meta'); meta.setAttribute('name', 'viewport'); "
+    "meta.setAttribute('content', "
     "'width=device-width, initial-scale=1.0, maximum-scale=1.0, user-scalable=no'); "
     "document.getElementsByTagName('head')[0].appendChild(meta);";
 
@@ -34,7 +35,8 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
     std::weak_ptr<WKNavigationDelegate> navigationDelegate) {
   const auto& device = Platform::current().device();
   WKWebViewConfiguration configuration;
-  configuration.userContentController.addUserScript({viewportScript, WKUserScriptInjectionTime::AtDocumentEnd, true});
+  configuration.userContentController.addUserScript(
+      {viewportScript, WKUserScriptInjectionTime::AtDocumentEnd, true});
   configuration.allowsInlineMediaPlayback = true;
   configuration.allowsAirPlayForMediaPlayback = true;
   if (device.isSystemVersionAtLeast(10)) {
@@ -67,7 +69,8 @@ void UIViewControllerWKWebViewSDKVelto::dropPreparedWebContent() {
   replacing_.reset();
 }
 
-void UIViewControllerWKWebViewSDKVelto::loadBannerDataIn(const WebView& webView, const std::shared_ptr<VeltoAd>& ad) {
+void UIViewControllerWKWebViewSDKVelto::loadBannerDataIn(const WebView& webView,
+                                                         const std::shared_ptr<VeltoAd>& ad) {
   if (!ad || !ad->html) return;
   _cleanWKWebViewCache([this, weak = viewController().weak_from_this(), webView, ad] {
     if (const auto alive = weak.lock()) load(webView, ad);

@@ -1,13 +1,13 @@
-// The web view of an ad: made with a fixed configuration, loaded after web data was cleared, and policed: what the page
-// navigates to becomes signals to the controller, rich-media commands, or links opened outside the application.
-// A mixin of the working controllers; main thread.
+// The web view of an ad: made with a fixed configuration, loaded after web data was cleared, and policed:
+// what the page navigates to becomes signals to the controller, rich-media commands, or links opened outside
+// the application. A mixin of the working controllers; main thread.
 #pragma once
-
-#include <functional>
-#include <memory>
 
 #include "velto/ads/VeltoAd.h"
 #include "velto/platform/ui/WKWebView.h"
+
+#include <functional>
+#include <memory>
 
 namespace velto {
 
@@ -17,21 +17,22 @@ class UIViewController;
 class UIViewControllerWKWebViewVeltoSDKProtocol {
  public:
   virtual ~UIViewControllerWKWebViewVeltoSDKProtocol() = default;
-  virtual void veltoBannerInjected(WKWebView& /*webView*/) {}  // the markup was handed to it
-  virtual void veltoAdLoaded(WKWebView& /*webView*/) {}        // the page said so: velto://loadFinished
+  virtual void veltoBannerInjected(WKWebView& /*webView*/) {}    // the markup was handed to it
+  virtual void veltoAdLoaded(WKWebView& /*webView*/) {}          // the page said so: velto://loadFinished
   virtual void veltoDismissWKWebView(WKWebView& /*webView*/) {}  // the page gave up: velto://failLoad
   virtual void veltoWKWebViewDidFinishNavigation(WKWebView& /*webView*/) {}
   virtual void veltoWKWebViewDidFailNavigation(const NSError& /*error*/) {}
 };
 
-class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoSDKProtocol, public WKNavigationDelegate {
+class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoSDKProtocol,
+                                          public WKNavigationDelegate {
  public:
   using WebView = std::shared_ptr<WKWebView>;
 
   std::shared_ptr<WKWebView> createWKWebViewInstance(std::weak_ptr<WKNavigationDelegate> navigationDelegate);
 
-  // Loads the ad's markup once web data is cleared; nothing without an ad or without markup. The page gets the measurement
-  // script and, for rich media, the page script.
+  // Loads the ad's markup once web data is cleared; nothing without an ad or without markup. The page gets
+  // the measurement script and, for rich media, the page script.
   void loadBannerDataIn(const WebView& webView, const std::shared_ptr<VeltoAd>& ad);
   void _cleanWKWebViewCache(std::function<void()> completion);
 
@@ -39,12 +40,13 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
     return secondaryWebView ? secondaryWebView : main;
   }
 
-  // Brings up, while a request is on its way, what the next web view would wait for. `replacing` is the view that it will
-  // replace, or null. The second ends that; making a web view uses it up.
+  // Brings up, while a request is on its way, what the next web view would wait for. `replacing` is the view
+  // that it will replace, or null. The second ends that; making a web view uses it up.
   void prepareWebContent(const WebView& replacing);
   void dropPreparedWebContent();
 
-  void webView(WKWebView& webView, const WKNavigationAction& action, const DecisionHandler& decisionHandler) override;
+  void webView(WKWebView& webView, const WKNavigationAction& action,
+               const DecisionHandler& decisionHandler) override;
   void webView(WKWebView& webView, const WKNavigation& navigation) override;
   void webView(WKWebView& webView, const WKNavigation& navigation, const NSError& error) override;
 

@@ -15,38 +15,52 @@ std::shared_ptr<VeltoBannerViewController> around(std::shared_ptr<VeltoBannerVie
 
 std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDelegate(
     const Delegate& delegate, VeltoBannerSize andSize, VeltoBannerPosition andPosition) {
-  return around(VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, andPosition, {}, nullptr));
+  return around(
+      VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, andPosition, {}, nullptr));
 }
 
-std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDelegate(const Delegate& delegate,
-                                                                                       VeltoBannerSize andSize,
-                                                                                       CGPoint andLocation) {
-  return around(VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, VeltoBannerPositionLocation,
-                                                                   andLocation, nullptr));
+std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDelegate(
+    const Delegate& delegate, VeltoBannerSize andSize, CGPoint andLocation) {
+  return around(VeltoBannerViewControllerPrivate::initWithDelegate(
+      delegate, andSize, VeltoBannerPositionLocation, andLocation, nullptr));
 }
 
 std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDelegate(
     const Delegate& delegate, VeltoBannerSize andSize, const std::shared_ptr<UIView>& andView) {
-  return around(
-      VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, VeltoBannerPositionTop, {}, andView));
+  return around(VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, VeltoBannerPositionTop,
+                                                                   {}, andView));
 }
 
 std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDelegate(
-    const Delegate& delegate, VeltoBannerSize andSize, const std::shared_ptr<UIView>& andView, CGPoint andLocation) {
-  return around(VeltoBannerViewControllerPrivate::initWithDelegate(delegate, andSize, VeltoBannerPositionLocation,
-                                                                   andLocation, andView));
+    const Delegate& delegate, VeltoBannerSize andSize, const std::shared_ptr<UIView>& andView,
+    CGPoint andLocation) {
+  return around(VeltoBannerViewControllerPrivate::initWithDelegate(
+      delegate, andSize, VeltoBannerPositionLocation, andLocation, andView));
 }
 
-// The host view controller owns a shown banner as its child; without its handle nobody could take it off again.
+// The host view controller owns a shown banner as its child; without its handle nobody could take it off
+// again.
 VeltoBannerViewController::~VeltoBannerViewController() {
   if (Platform::currentOrNull()) vc_->removeBanner();
 }
 
-void VeltoBannerViewController::load() { vc_->load(); }
-void VeltoBannerViewController::load(const VeltoSettings& settings) { vc_->load(settings); }
-void VeltoBannerViewController::removeBanner() { vc_->removeBanner(); }
-void VeltoBannerViewController::setRefreshTimeSeconds(int64_t seconds) { vc_->setRefreshTimeSeconds(seconds); }
-void VeltoBannerViewController::setEnableAutoRefresh(bool enable) { vc_->setEnableAutoRefresh(enable); }
-void VeltoBannerViewController::setAnimation(VeltoAnimation animation) { vc_->setAnimation(animation); }
+void VeltoBannerViewController::load() {
+  vc_->load();
+}
+void VeltoBannerViewController::load(const VeltoSettings& settings) {
+  vc_->load(settings);
+}
+void VeltoBannerViewController::removeBanner() {
+  vc_->removeBanner();
+}
+void VeltoBannerViewController::setRefreshTimeSeconds(int64_t seconds) {
+  vc_->setRefreshTimeSeconds(seconds);
+}
+void VeltoBannerViewController::setEnableAutoRefresh(bool enable) {
+  vc_->setEnableAutoRefresh(enable);
+}
+void VeltoBannerViewController::setAnimation(VeltoAnimation animation) {
+  vc_->setAnimation(animation);
+}
 
 }  // namespace velto

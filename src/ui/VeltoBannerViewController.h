@@ -1,19 +1,18 @@
 // A banner: what a host application creates to show ads inside one of its own views. Main thread.
 //
-//   auto banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, VeltoBannerPositionBottom);
-//   banner->setEnableAutoRefresh(true);
-//   banner->load();
+//   auto banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
+//   VeltoBannerPositionBottom); banner->setEnableAutoRefresh(true); banner->load();
 //
 // The delegate (VeltoDelegates.h) is held weakly. Destroying this object removes the banner.
 #pragma once
-
-#include <cstdint>
-#include <memory>
 
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/platform/Geometry.h"
 #include "velto/ui/VeltoDelegates.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace velto {
 
@@ -23,19 +22,26 @@ class VeltoBannerViewController {
  public:
   using Delegate = std::shared_ptr<VeltoBannerViewControllerDelegate>;
 
-  // In the view of the delegate's view controller: at a position, or with its top left corner at a point of it.
-  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate, VeltoBannerSize andSize,
+  // In the view of the delegate's view controller: at a position, or with its top left corner at a point of
+  // it.
+  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
+                                                                     VeltoBannerSize andSize,
                                                                      VeltoBannerPosition andPosition);
-  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate, VeltoBannerSize andSize,
+  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
+                                                                     VeltoBannerSize andSize,
                                                                      CGPoint andLocation);
-  // In another view of that controller: at its top, or at a point of it. A view elsewhere makes every load fail.
-  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate, VeltoBannerSize andSize,
+  // In another view of that controller: at its top, or at a point of it. A view elsewhere makes every load
+  // fail.
+  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
+                                                                     VeltoBannerSize andSize,
                                                                      const std::shared_ptr<UIView>& andView);
-  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate, VeltoBannerSize andSize,
+  static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
+                                                                     VeltoBannerSize andSize,
                                                                      const std::shared_ptr<UIView>& andView,
                                                                      CGPoint andLocation);
 
-  explicit VeltoBannerViewController(std::shared_ptr<VeltoBannerViewControllerPrivate> vc) : vc_(std::move(vc)) {}
+  explicit VeltoBannerViewController(std::shared_ptr<VeltoBannerViewControllerPrivate> vc)
+      : vc_(std::move(vc)) {}
   VeltoBannerViewController(const VeltoBannerViewController&) = delete;
   VeltoBannerViewController& operator=(const VeltoBannerViewController&) = delete;
   ~VeltoBannerViewController();
@@ -46,7 +52,8 @@ class VeltoBannerViewController {
   // Takes the banner off the screen, in the next turn of the main queue, and ends its refreshing.
   void removeBanner();
 
-  // Take effect at the next load. Seconds from the start of one load to the next; below 1 there is no refreshing.
+  // Take effect at the next load. Seconds from the start of one load to the next; below 1 there is no
+  // refreshing.
   void setRefreshTimeSeconds(int64_t seconds);  // 30 by default
   void setEnableAutoRefresh(bool enable);       // off by default
   void setAnimation(VeltoAnimation animation);  // how the first ad comes in; none by default

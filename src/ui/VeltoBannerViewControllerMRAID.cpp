@@ -1,5 +1,5 @@
-// What a rich-media page makes its banner do: expand, resize, close. The page is told a moment later, when the views have
-// their new frames.
+// What a rich-media page makes its banner do: expand, resize, close. The page is told a moment later, when
+// the views have their new frames.
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
@@ -8,7 +8,8 @@ namespace velto {
 
 using namespace std::chrono_literals;
 
-void VeltoBannerViewControllerPrivate::afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step) {
+void VeltoBannerViewControllerPrivate::afterATenth(
+    std::function<void(VeltoBannerViewControllerPrivate&)> step) {
   Platform::current().mainQueue().postAfter(100ms, [weak = std::weak_ptr(self()), step = std::move(step)] {
     if (const auto alive = weak.lock()) step(*alive);
   });
@@ -20,7 +21,9 @@ CGRect VeltoBannerViewControllerPrivate::veltoMRAIDGetFullscreenFrame() {
 
 void VeltoBannerViewControllerPrivate::veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
                                                         const CloseButton& btnCloseConfiguration) {
-  const auto closeAction = [own = this] { own->_tapCloseButtonExpand(); };  // the button drops it with the controller
+  const auto closeAction = [own = this] {
+    own->_tapCloseButtonExpand();
+  };  // the button drops it with the controller
   if (secondPartURL) {
     return fetchSecondaryMRAIDContentFor(
         *secondPartURL, [weak = std::weak_ptr(self()), btnCloseConfiguration, closeAction](
@@ -65,8 +68,9 @@ void VeltoBannerViewControllerPrivate::_tapCloseButtonExpand() {
   });
 }
 
-void VeltoBannerViewControllerPrivate::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
-                                                        const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) {
+void VeltoBannerViewControllerPrivate::veltoMRAIDResize(
+    const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
+    const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) {
   const CGRect frame = property ? property->frame : CGRect{};
   const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
   _resizeActionInMainWebView(Resize, frame.size, offsetCounts ? frame.origin : CGPoint{});
@@ -81,7 +85,8 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDResize(const std::shared_ptr<Ve
 
 void VeltoBannerViewControllerPrivate::veltoMRAIDCloseResize() {
   _resizeActionInMainWebView(CloseResize, {}, {});
-  afterATenth([](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });
+  afterATenth(
+      [](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });
 }
 
 void VeltoBannerViewControllerPrivate::_tapCloseButtonResize() {

@@ -47,7 +47,8 @@ void VeltoBannerViewControllerPrivate::_resizeAndMoveView(CGSize size, int64_t p
 
   if (position == VeltoBannerPositionTop || position == VeltoBannerPositionBottom ||
       position == VeltoBannerPositionResized)
-    activate(NSLayoutConstraint::constraintWithItem({view()}, Attribute::CenterX, {container}, Attribute::CenterX, 1, 0));
+    activate(NSLayoutConstraint::constraintWithItem({view()}, Attribute::CenterX, {container},
+                                                    Attribute::CenterX, 1, 0));
   if (position == VeltoBannerPositionLocation)
     activate(own.leftAnchor().constraintEqualToAnchor(guides.left, location_.x));
   if (position == VeltoBannerPositionFullScreen) {
@@ -69,7 +70,8 @@ void VeltoBannerViewControllerPrivate::_resizeAndMoveView(CGSize size, int64_t p
 }
 
 // The offset of a resize is not applied: a resized banner stands at the bottom centre of its container.
-void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint /*offset*/) {
+void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size,
+                                                                  CGPoint /*offset*/) {
   if (!webView_ || !ad_) return;
   if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
   view()->removeConstraints(webViewContraints_);

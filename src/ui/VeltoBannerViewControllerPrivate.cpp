@@ -10,8 +10,8 @@
 namespace velto {
 
 std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPrivate::initWithDelegate(
-    const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize, int64_t andPosition,
-    CGPoint andLocation, const std::shared_ptr<UIView>& andView) {
+    const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize,
+    int64_t andPosition, CGPoint andLocation, const std::shared_ptr<UIView>& andView) {
   std::shared_ptr<VeltoBannerViewControllerPrivate> made(new VeltoBannerViewControllerPrivate);
   auto* self = made.get();
   made->size_ = andSize;
@@ -24,14 +24,13 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
   made->vc_ = made->getUserViewControllerForDelegate(delegate);
   made->addTapGestureRecognizerInView([self] { self->_adDidPress(); });
   auto& center = Platform::current().notificationCenter();
-  made->adapterReadyObserver_ =
-      center.addObserver(constNotificationAdMobAdapterGADBannerReady, [self](const NSNotification& notification) {
+  made->adapterReadyObserver_ = center.addObserver(
+      constNotificationAdMobAdapterGADBannerReady, [self](const NSNotification& notification) {
         self->_notificationAdMobAdapterGADBannerReady(notification);
       });
-  made->orientationObserver_ =
-      center.addObserver(constNotificationUICurrentOrientation, [self](const NSNotification& notification) {
-        self->_notificationUICurrentOrientation(notification);
-      });
+  made->orientationObserver_ = center.addObserver(
+      constNotificationUICurrentOrientation,
+      [self](const NSNotification& notification) { self->_notificationUICurrentOrientation(notification); });
   return made;
 }
 
@@ -47,7 +46,8 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
   return std::static_pointer_cast<VeltoBannerViewControllerPrivate>(shared_from_this());
 }
 
-// --- load -------------------------------------------------------------------------------------------------------
+// --- load
+// -------------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
   settings_ = settings;
@@ -64,14 +64,15 @@ void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure)
 void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
   timerRefresh_.reset();
   if (!autoRefresh_ || refreshTimeSeconds_ < 1) return;
-  timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(
-      static_cast<double>(refreshTimeSeconds_),
-      [weak = std::weak_ptr(self())] {
-        if (const auto alive = weak.lock()) alive->_refreshAd();
-      });
+  timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(static_cast<double>(refreshTimeSeconds_),
+                                                          [weak = std::weak_ptr(self())] {
+                                                            if (const auto alive = weak.lock())
+                                                              alive->_refreshAd();
+                                                          });
 }
 
-// --- show -------------------------------------------------------------------------------------------------------
+// --- show
+// -------------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
   startAudioVolumeObserverForContext(&audioContext_);
@@ -88,8 +89,8 @@ void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<
   loadBannerDataIn(webView_, ad);
 }
 
-void VeltoBannerViewControllerPrivate::presentMediationBannerView(const std::shared_ptr<UIView>& mediationView,
-                                                                  const std::shared_ptr<VeltoAd>& ad) {
+void VeltoBannerViewControllerPrivate::presentMediationBannerView(
+    const std::shared_ptr<UIView>& mediationView, const std::shared_ptr<VeltoAd>& ad) {
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
   dropPreparedWebContent();
@@ -103,7 +104,8 @@ void VeltoBannerViewControllerPrivate::presentMediationBannerView(const std::sha
   _adLoaded(mediationView);
 }
 
-bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize) {
+bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>& mediationView,
+                                                  CGSize withSize) {
   if (!findContainer()) return false;
   const auto vc = vc_.lock();
 
@@ -148,7 +150,8 @@ void VeltoBannerViewControllerPrivate::_resetBannerView() {
   veltoCloseButton_.reset();
 }
 
-// --- the page ---------------------------------------------------------------------------------------------------
+// --- the page
+// ---------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::veltoAdLoaded(WKWebView& loaded) {
   if (&loaded == webView_.get()) _adLoaded(webView_);
@@ -183,9 +186,12 @@ void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFailNavigation(const NSE
   notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer, error));
 }
 
-void VeltoBannerViewControllerPrivate::veltoDismissWKWebView(WKWebView&) { removeBanner(); }
+void VeltoBannerViewControllerPrivate::veltoDismissWKWebView(WKWebView&) {
+  removeBanner();
+}
 
-// --- the person -------------------------------------------------------------------------------------------------
+// --- the person
+// -------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::_adDidPress() {
   // The delegate may remove or reload the banner; what was pressed is the ad of before.
@@ -198,9 +204,12 @@ void VeltoBannerViewControllerPrivate::_adDidPress() {
   ad->resetAdInformations();
 }
 
-void VeltoBannerViewControllerPrivate::mediationBannerDidClose() { notifyDidClose(delegate()); }
+void VeltoBannerViewControllerPrivate::mediationBannerDidClose() {
+  notifyDidClose(delegate());
+}
 
-// --- removal ----------------------------------------------------------------------------------------------------
+// --- removal
+// ----------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
   Platform::current().mainQueue().post([alive = self()] {
@@ -225,9 +234,11 @@ void VeltoBannerViewControllerPrivate::_invalidateBanner() {
   dropPreparedWebContent();
 }
 
-// --- observations -----------------------------------------------------------------------------------------------
+// --- observations
+// -----------------------------------------------------------------------------------------------
 
-void VeltoBannerViewControllerPrivate::_notificationAdMobAdapterGADBannerReady(const NSNotification& notification) {
+void VeltoBannerViewControllerPrivate::_notificationAdMobAdapterGADBannerReady(
+    const NSNotification& notification) {
   const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
   if (!adapter || !adapter->rootViewControllerUser()) return;
   adapter_ = adapter;
@@ -235,7 +246,8 @@ void VeltoBannerViewControllerPrivate::_notificationAdMobAdapterGADBannerReady(c
 }
 
 void VeltoBannerViewControllerPrivate::_notificationUICurrentOrientation(const NSNotification& notification) {
-  if (const auto* orientation = std::get_if<int64_t>(&notification.object)) originalOrientation_ = *orientation;
+  if (const auto* orientation = std::get_if<int64_t>(&notification.object))
+    originalOrientation_ = *orientation;
 }
 
 void VeltoBannerViewControllerPrivate::_restoreOriginalOrientation() {
@@ -250,13 +262,15 @@ void VeltoBannerViewControllerPrivate::observeValueForKeyPath(const std::string&
   audioVolumeChange(newValue, activeWebView());
 }
 
-void VeltoBannerViewControllerPrivate::viewWillAppear(bool) { mraidIsViewable(true, activeWebView(), mraidHandler_); }
+void VeltoBannerViewControllerPrivate::viewWillAppear(bool) {
+  mraidIsViewable(true, activeWebView(), mraidHandler_);
+}
 void VeltoBannerViewControllerPrivate::viewWillDisappear(bool) {
   mraidIsViewable(false, activeWebView(), mraidHandler_);
 }
 
-void VeltoBannerViewControllerPrivate::viewWillTransitionToSize(CGSize size,
-                                                                UIViewControllerTransitionCoordinator& coordinator) {
+void VeltoBannerViewControllerPrivate::viewWillTransitionToSize(
+    CGSize size, UIViewControllerTransitionCoordinator& coordinator) {
   UIViewController::viewWillTransitionToSize(size, coordinator);
   const auto viewAd = viewAd_.lock();
   const auto vc = vc_.lock();

@@ -1,12 +1,6 @@
-// The working controller of a banner: fetches the ad, hosts its web view (or another network's view) as a child of the
-// host's view controller, refreshes it, and carries out what its page asks for. Main thread.
+// The working controller of a banner: fetches the ad, hosts its web view (or another network's view) as a
+// child of the host's view controller, refreshes it, and carries out what its page asks for. Main thread.
 #pragma once
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 
 #include "velto/ads/VeltoAdMediationAdapterProtocol.h"
 #include "velto/core/VeltoSettings.h"
@@ -19,6 +13,12 @@
 #include "velto/ui/UIViewControllerUISDKVelto.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 #include "velto/video/AVAudioSDKVelto.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace velto {
 
@@ -34,8 +34,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
                                                public MediationBannerViewPresenter {
  public:
   static std::shared_ptr<VeltoBannerViewControllerPrivate> initWithDelegate(
-      const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize, int64_t andPosition,
-      CGPoint andLocation, const std::shared_ptr<UIView>& andView);
+      const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize,
+      int64_t andPosition, CGPoint andLocation, const std::shared_ptr<UIView>& andView);
   ~VeltoBannerViewControllerPrivate() override;
 
   void load() { _loadAndNotifyFailure(true); }
@@ -50,7 +50,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   // What was fetched.
   void fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) override;
   MediationBannerViewPresenter* mediationBannerViewPresenter() override { return this; }
-  void presentMediationBannerView(const std::shared_ptr<UIView>& view, const std::shared_ptr<VeltoAd>& ad) override;
+  void presentMediationBannerView(const std::shared_ptr<UIView>& view,
+                                  const std::shared_ptr<VeltoAd>& ad) override;
 
   // What the web view reports.
   void veltoAdLoaded(WKWebView& webView) override;
@@ -77,7 +78,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void _tapCloseButtonExpand();
   void _tapCloseButtonResize();
 
-  // Placement (VeltoBannerViewControllerPlacement.cpp). Actions: 0 expand, 1 close expand, 2 resize, 3 close resize.
+  // Placement (VeltoBannerViewControllerPlacement.cpp). Actions: 0 expand, 1 close expand, 2 resize, 3 close
+  // resize.
   enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
   void _resizeAndMoveView(CGSize size, int64_t position);
   void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset);
@@ -116,7 +118,9 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
 
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
-  std::shared_ptr<WKWebView> activeWebView() const { return getActiveWebView(webView_, secondaryMRAIDWebView_); }
+  std::shared_ptr<WKWebView> activeWebView() const {
+    return getActiveWebView(webView_, secondaryMRAIDWebView_);
+  }
 
   bool _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
   bool findContainer();
@@ -139,7 +143,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   int64_t animation_ = VeltoAnimationNone;
   std::unique_ptr<NSTimer> timerRefresh_;
   int64_t refreshTimeSeconds_ = 30;
-  std::optional<VeltoSettings> settings_;  // of the last load
+  std::optional<VeltoSettings> settings_;               // of the last load
   std::shared_ptr<VeltoCloseButton> veltoCloseButton_;  // while a page is expanded or resized
   std::weak_ptr<UIView> viewAd_;                        // the host's view that contains the banner
   std::shared_ptr<WKWebView> webView_;
@@ -148,11 +152,11 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   std::shared_ptr<VeltoAd> ad_;
   std::weak_ptr<UIViewController> vc_;  // the host's
   std::weak_ptr<VeltoBannerViewControllerDelegate> delegate_;
-  NSLayoutConstraints viewContraints_;     // in the container
-  NSLayoutConstraints webViewContraints_;  // in the own view
+  NSLayoutConstraints viewContraints_;               // in the container
+  NSLayoutConstraints webViewContraints_;            // in the own view
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
   std::optional<int64_t> originalOrientation_;       // to go back to
-  std::string audioContext_;  // its address marks our observation of the volume
+  std::string audioContext_;                         // its address marks our observation of the volume
   CGPoint location_;
   Handle adapterReadyObserver_;
   Handle orientationObserver_;

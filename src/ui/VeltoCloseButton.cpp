@@ -1,10 +1,10 @@
 // The close button: a black disc with a white rim and title, or nothing but a place to tap.
 #include "velto/ui/VeltoCloseButton.h"
 
+#include "velto/network/FoundationSDKVelto.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "velto/network/FoundationSDKVelto.h"
 
 namespace velto {
 namespace {
@@ -25,7 +25,8 @@ int64_t wholeSeconds(double seconds) {
 }  // namespace
 
 VeltoCloseButtonUIConfiguration VeltoCloseButtonUIConfiguration::configurationWith(uint64_t buttonType,
-                                                                                   int64_t position, uint64_t margin,
+                                                                                   int64_t position,
+                                                                                   uint64_t margin,
                                                                                    uint64_t size) {
   VeltoCloseButtonUIConfiguration made;
   made.margin = margin == 0 ? 16 : 0;
@@ -47,9 +48,12 @@ VeltoCloseButtonUIConfiguration VeltoCloseButtonUIConfiguration::defaultForMRAID
   return defaultForMRAIDWith(VeltoClosePositionTopRight);
 }
 
-std::shared_ptr<VeltoCloseButton> VeltoCloseButton::buttonWithType(uint64_t type) { return buttonWithType(type, 0.0); }
+std::shared_ptr<VeltoCloseButton> VeltoCloseButton::buttonWithType(uint64_t type) {
+  return buttonWithType(type, 0.0);
+}
 
-std::shared_ptr<VeltoCloseButton> VeltoCloseButton::buttonWithType(uint64_t type, std::optional<double> timer) {
+std::shared_ptr<VeltoCloseButton> VeltoCloseButton::buttonWithType(uint64_t type,
+                                                                   std::optional<double> timer) {
   return buttonWithType(type, UIColor::blackColor(), defaultLineWidth, UIColor::whiteColor(), timer);
 }
 
@@ -85,7 +89,8 @@ void VeltoCloseButton::setTimer(std::optional<double> seconds) {
 void VeltoCloseButton::layoutSubviews() {
   if (closeButtonType_ != VeltoCloseButtonRound || shape()) return;
   if (bounds().size == CGSize{}) return;  // not laid out yet: a circle of no size would stay one
-  setShape(ButtonShape{bounds(), frame().size.width / 2, fillColor_, lineColor_, lineWidth_, shadowOpacity, shadowRadius});
+  setShape(ButtonShape{bounds(), frame().size.width / 2, fillColor_, lineColor_, lineWidth_, shadowOpacity,
+                       shadowRadius});
 }
 
 void VeltoCloseButton::setHighlighted(bool highlighted) {

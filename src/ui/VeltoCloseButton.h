@@ -1,11 +1,11 @@
 // The close button of interstitials and of expanded or resized ads, with its countdown. Main thread.
 #pragma once
 
+#include "velto/platform/ui/UIButton.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
-
-#include "velto/platform/ui/UIButton.h"
 
 namespace velto {
 
@@ -27,9 +27,10 @@ enum VeltoClosePosition : int64_t {
 // Where the button stands and how large it is. A plain value.
 class VeltoCloseButtonUIConfiguration {
  public:
-  // The flags choose between two margins (16 or 0 points) and two sizes (33 or 50 points): 0 the first, else the second.
-  static VeltoCloseButtonUIConfiguration configurationWith(uint64_t buttonType, int64_t position, uint64_t margin,
-                                                           uint64_t size);
+  // The flags choose between two margins (16 or 0 points) and two sizes (33 or 50 points): 0 the first, else
+  // the second.
+  static VeltoCloseButtonUIConfiguration configurationWith(uint64_t buttonType, int64_t position,
+                                                           uint64_t margin, uint64_t size);
   static VeltoCloseButtonUIConfiguration defaultForInterstitial();
   static VeltoCloseButtonUIConfiguration defaultForMRAIDWith(int64_t position);
   static VeltoCloseButtonUIConfiguration defaultForMRAID();
@@ -44,8 +45,9 @@ class VeltoCloseButton : public UIButton {
  public:
   static std::shared_ptr<VeltoCloseButton> buttonWithType(uint64_t type);
   static std::shared_ptr<VeltoCloseButton> buttonWithType(uint64_t type, std::optional<double> timer);
-  static std::shared_ptr<VeltoCloseButton> buttonWithType(uint64_t type, const UIColor& fillColor, double lineWidth,
-                                                          const UIColor& lineColor, std::optional<double> timer);
+  static std::shared_ptr<VeltoCloseButton> buttonWithType(uint64_t type, const UIColor& fillColor,
+                                                          double lineWidth, const UIColor& lineColor,
+                                                          std::optional<double> timer);
 
   // Seconds until it can be pressed; the title shows them, whole, and then an X.
   void setTimer(std::optional<double> seconds);

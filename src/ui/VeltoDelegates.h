@@ -1,11 +1,12 @@
-// What a host application implements to hear of its ads. All calls come on the main thread. The controller given is the
-// working controller inside the public one (VeltoBannerViewController::vc()). Delegates are held weakly.
+// What a host application implements to hear of its ads. All calls come on the main thread. The controller
+// given is the working controller inside the public one (VeltoBannerViewController::vc()). Delegates are held
+// weakly.
 #pragma once
+
+#include "velto/core/VeltoErrorAd.h"
 
 #include <memory>
 #include <variant>
-
-#include "velto/core/VeltoErrorAd.h"
 
 namespace velto {
 
@@ -33,17 +34,22 @@ class VeltoInterstitialViewControllerDelegate {
  public:
   virtual ~VeltoInterstitialViewControllerDelegate() = default;
   virtual std::shared_ptr<UIViewController> presentViewController() = 0;
-  virtual void veltoInterstitialViewControllerDidFinishLoad(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  virtual void veltoInterstitialViewControllerDidFinishLoad(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
   virtual void veltoInterstitialViewControllerDidFail(VeltoInterstitialViewControllerPrivate& /*controller*/,
                                                       const VeltoErrorAd& /*withError*/) {}
-  virtual void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
-  virtual void veltoInterstitialViewControllerDidPress(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
-  virtual void veltoInterstitialViewControllerDidClose(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  virtual void veltoInterstitialViewControllerDidAppear(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  virtual void veltoInterstitialViewControllerDidPress(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  virtual void veltoInterstitialViewControllerDidClose(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
   virtual void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
 };
 
 // A delegate of either kind, or none. A null pointer is none.
-using VeltoControllerDelegate = std::variant<std::monostate, std::shared_ptr<VeltoBannerViewControllerDelegate>,
-                                             std::shared_ptr<VeltoInterstitialViewControllerDelegate>>;
+using VeltoControllerDelegate =
+    std::variant<std::monostate, std::shared_ptr<VeltoBannerViewControllerDelegate>,
+                 std::shared_ptr<VeltoInterstitialViewControllerDelegate>>;
 
 }  // namespace velto

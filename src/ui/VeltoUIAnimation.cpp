@@ -1,9 +1,9 @@
 // Slides, springs and fades.
 #include "velto/ui/VeltoUIAnimation.h"
 
-#include <random>
-
 #include "velto/platform/ui/UIViewAnimation.h"
+
+#include <random>
 
 namespace velto {
 namespace {
@@ -15,7 +15,8 @@ constexpr double dismissSeconds = 0.2;
 
 int64_t randomSlide() {
   std::random_device source;
-  return std::uniform_int_distribution<int64_t>(VeltoAnimationFromLeft, VeltoAnimationFromRightWithSpring)(source);
+  return std::uniform_int_distribution<int64_t>(VeltoAnimationFromLeft,
+                                                VeltoAnimationFromRightWithSpring)(source);
 }
 
 void pinToEdges(const std::shared_ptr<UIView>& view, const std::shared_ptr<UIView>& container) {
@@ -53,16 +54,20 @@ void VeltoUIAnimation::animatePresentView(const std::shared_ptr<UIView>& present
   if (animation == VeltoAnimationFromLeft || animation == VeltoAnimationFromRight)
     animateWithDuration(duration, delay, presentedView, change, std::move(completion));
   else
-    animateWithDuration(duration, delay, springDamping, springVelocity, presentedView, change, std::move(completion));
+    animateWithDuration(duration, delay, springDamping, springVelocity, presentedView, change,
+                        std::move(completion));
 }
 
-std::shared_ptr<VeltoUIAnimatedTransitioning> VeltoUIAnimatedTransitioning::animatorForAnimation(int64_t animation) {
+std::shared_ptr<VeltoUIAnimatedTransitioning> VeltoUIAnimatedTransitioning::animatorForAnimation(
+    int64_t animation) {
   auto animator = std::make_shared<VeltoUIAnimatedTransitioning>();
   animator->animation = animation;
   return animator;
 }
 
-double VeltoUIAnimatedTransitioning::transitionDuration() const { return transitionSeconds; }
+double VeltoUIAnimatedTransitioning::transitionDuration() const {
+  return transitionSeconds;
+}
 
 void VeltoUIAnimatedTransitioning::animateTransition(
     const std::shared_ptr<UIViewControllerContextTransitioning>& context) {
@@ -76,9 +81,10 @@ void VeltoUIAnimatedTransitioning::presentAnimateTransitioningUsing(
     const std::shared_ptr<UIViewControllerContextTransitioning>& context) {
   const auto presented = context->presentedViewController();
   const auto container = context->containerView();
-  VeltoUIAnimation::animatePresentView(presented->view(), container, container,
-                                       context->finalFrameForViewController(*presented), animation, transitionSeconds,
-                                       0, [context](bool) { context->completeTransition(!context->transitionWasCancelled()); });
+  VeltoUIAnimation::animatePresentView(
+      presented->view(), container, container, context->finalFrameForViewController(*presented), animation,
+      transitionSeconds, 0,
+      [context](bool) { context->completeTransition(!context->transitionWasCancelled()); });
 }
 
 void VeltoUIAnimatedTransitioning::dismmissAnimateTransitioning(

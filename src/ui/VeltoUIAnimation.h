@@ -1,20 +1,20 @@
-// How ads come in: slides with and without spring for banners and interstitials, and the fade with which the latter go.
-// Main thread.
+// How ads come in: slides with and without spring for banners and interstitials, and the fade with which the
+// latter go. Main thread.
 #pragma once
+
+#include "velto/core/VeltoConstants.h"
+#include "velto/platform/ui/UIViewControllerTransitioning.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 
-#include "velto/core/VeltoConstants.h"
-#include "velto/platform/ui/UIViewControllerTransitioning.h"
-
 namespace velto {
 
 class VeltoUIAnimation {
  public:
-  // Slides the view to its final frame (container coordinates). With a transition view it is first put into that, pinned to its
-  // edges. Times in seconds. The completion may be empty.
+  // Slides the view to its final frame (container coordinates). With a transition view it is first put into
+  // that, pinned to its edges. Times in seconds. The completion may be empty.
   static void animatePresentView(const std::shared_ptr<UIView>& presentedView,
                                  const std::shared_ptr<UIView>& containerView,
                                  const std::shared_ptr<UIView>& transitionView, CGRect finalFrame,

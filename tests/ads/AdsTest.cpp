@@ -39,7 +39,8 @@ class AdsTest : public test::HeadlessTest {
     return fetch();
   }
   static Answer typed(const char* content, std::string body = "x") {
-    return with(Answer{.headers = {{"x-content", content}}, .body = std::move(body)}, {{"x-width", "1"}, {"x-height", "1"}});
+    return with(Answer{.headers = {{"x-content", content}}, .body = std::move(body)},
+                {{"x-width", "1"}, {"x-height", "1"}});
   }
 };
 
@@ -57,7 +58,11 @@ TEST_F(AdsTest, MarkupBecomesAnAd) {
   EXPECT_EQ(ad.veltoKey, "key-1");
   EXPECT_EQ(ad.createdAt, headless::VirtualQueue::defaultStart);
   const auto text = ad.description();
-  EXPECT_NE(text.find(">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 5\n\tAdapter: (null)"), std::string::npos) << text;
+  EXPECT_NE(
+      text.find(
+          ">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 5\n\tAdapter: (null)"),
+      std::string::npos)
+      << text;
 }
 
 TEST_F(AdsTest, RichMediaIsToldByItsScriptAndGetsNoTimer) {
@@ -105,7 +110,8 @@ TEST_F(AdsTest, ASecondCreativeNeedsNoSize) {
   response->headers = std::make_shared<VeltoTaskResponseHeaders>();
   response->data = "mraid.js";
   std::shared_ptr<VeltoAd> ad;
-  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(response, [&](const auto& made, const auto&) { ad = made; });
+  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(
+      response, [&](const auto& made, const auto&) { ad = made; });
   ASSERT_TRUE(ad);
   EXPECT_EQ(ad->bannerSize, std::nullopt);
   EXPECT_FALSE(ad->canBeCached());

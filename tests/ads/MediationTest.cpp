@@ -18,7 +18,9 @@ std::string passback(const std::string& markup, const std::string& more = "") {
 std::string monetize(const std::string& data) {
   return R"({"cn":"VeltoMonetizeBannerAdapter","e":{"data":")" + data + "\"}}";
 }
-std::string list(const std::vector<std::string>& items) { return "{\"mediation\":[" + join(items, ",") + "]}"; }
+std::string list(const std::vector<std::string>& items) {
+  return "{\"mediation\":[" + join(items, ",") + "]}";
+}
 
 class MediationTest : public test::HeadlessTest {
  protected:
@@ -28,18 +30,20 @@ class MediationTest : public test::HeadlessTest {
   };
 
   static Answer mediation(std::string body) {
-    return Answer{.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}}, .body = std::move(body)};
+    return Answer{.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}},
+                  .body = std::move(body)};
   }
   // Resolves a first-level answer with that body.
   Result resolve(const std::string& body) {
     registerKey();
     platform->urlSession().enqueue("/sdk/", mediation(body));
     Result result;
-    VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, [&](const auto& ad, const auto& error) {
-      EXPECT_NE(ad == nullptr, !error);
-      result.ad = ad;
-      result.codes.push_back(error ? error->errorCode : -1);
-    });
+    VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt,
+                             [&](const auto& ad, const auto& error) {
+                               EXPECT_NE(ad == nullptr, !error);
+                               result.ad = ad;
+                               result.codes.push_back(error ? error->errorCode : -1);
+                             });
     platform->runUntilIdle();
     return result;
   }
@@ -62,7 +66,8 @@ TEST_F(MediationTest, RecordsReadWhatHasTheRightKind) {
   EXPECT_EQ(record->mediations()->at(1)->e(), nullptr);
   EXPECT_EQ(record->mediations()->at(2)->cn(), std::nullopt);
   EXPECT_EQ(record->mediations()->at(3)->cn(), "last");
-  EXPECT_NE(record->description().find("\n\tConnectionId: c\n\tTimeout: 7\n\tMediations: ("), std::string::npos);
+  EXPECT_NE(record->description().find("\n\tConnectionId: c\n\tTimeout: 7\n\tMediations: ("),
+            std::string::npos);
 }
 
 TEST_F(MediationTest, AdapterNamesAndTypes) {
@@ -71,11 +76,15 @@ TEST_F(MediationTest, AdapterNamesAndTypes) {
     item->cnValue = std::move(cn);
     return VeltoAdMediationAdapterManager::adapterForMediationItem(item);
   };
-  for (const auto& [cn, type, known] : std::vector<std::tuple<const char*, uint64_t, bool>>{
-           {"VeltoPassbackBannerAdapter", 1, true}, {"VeltoPassbackInterstitialAdapter", 2, true},
-           {"VeltoMonetizeBannerAdapter", 1, true}, {"VeltoMonetizeInterstitialAdapter", 2, true},
-           {"veltoadmobbanneradapter", 1, false}, {"VeltoAdmobBannerAdapter", 1, false},
-           {"InterstitialBANNER", 1, false}, {"Other", 0, false}}) {
+  for (const auto& [cn, type, known] :
+       std::vector<std::tuple<const char*, uint64_t, bool>>{{"VeltoPassbackBannerAdapter", 1, true},
+                                                            {"VeltoPassbackInterstitialAdapter", 2, true},
+                                                            {"VeltoMonetizeBannerAdapter", 1, true},
+                                                            {"VeltoMonetizeInterstitialAdapter", 2, true},
+                                                            {"veltoadmobbanneradapter", 1, false},
+                                                            {"VeltoAdmobBannerAdapter", 1, false},
+                                                            {"InterstitialBANNER", 1, false},
+                                                            {"Other", 0, false}}) {
     EXPECT_EQ(record(cn)->adType(), type) << cn;
     EXPECT_EQ(record(cn)->handler() != nullptr, known) << cn;
   }
@@ -124,10 +133,12 @@ TEST_F(MediationTest, MonetizeSendsItsDataBackAndTheAnswerIsResolvedLikeAFirstOn
 struct LinkedClass : VeltoAdMediationAdapterProtocol {
   uint64_t adType = 0;
   void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t>,
-             const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t type, VeltoAdCompletion completion) override {
+             const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t type,
+             VeltoAdCompletion completion) override {
     adType = type;
-    Platform::current().mainQueue().post(
-        [headers, completion] { completion(VeltoAd::adWithMediation(nullptr, std::nullopt, headers), std::nullopt); });
+    Platform::current().mainQueue().post([headers, completion] {
+      completion(VeltoAd::adWithMediation(nullptr, std::nullopt, headers), std::nullopt);
+    });
   }
 };
 
@@ -148,9 +159,11 @@ TEST_F(MediationTest, TenThousandItemsInARowAndTenThousandNested) {
   int answers = 0;
   platform->urlSession().respond([](const NSURLRequest& r) { return r.url.path() == "/dev/puressp.php"; },
                                  [&](const NSURLRequest&) {
-                                   return ++answers == 10'000 ? status(204) : mediation(list({monetize("x")}));
+                                   return ++answers == 10'000 ? status(204)
+                                                              : mediation(list({monetize("x")}));
                                  });
-  EXPECT_EQ(resolve(list({monetize("x")})).codes, std::vector<int64_t>{0}) << "the last no-fill comes up through all levels";
+  EXPECT_EQ(resolve(list({monetize("x")})).codes, std::vector<int64_t>{0})
+      << "the last no-fill comes up through all levels";
   EXPECT_EQ(answers, 10'000);
 }
 

@@ -19,8 +19,8 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
 
   auto entries = platform->defaults()->entries();
   const std::map<std::string, DefaultsValue> expected{
-      {"kVeltoClientIdKey", "key-1"},   {"constVeltoTestMode", 1.0}, {"constVeltoPlatform", "native"},
-      {"constVeltoEndpoint", ""},       {"kVeltoGDPROptin", 0.0},    {"kVeltoGDPRConsent", ""},
+      {"kVeltoClientIdKey", "key-1"}, {"constVeltoTestMode", 1.0}, {"constVeltoPlatform", "native"},
+      {"constVeltoEndpoint", ""},     {"kVeltoGDPROptin", 0.0},    {"kVeltoGDPRConsent", ""},
       {"kVeltoCCPAConsent", ""},
   };
   // The install that a first registration tracks waits there too, and its request asked for the user agent.
@@ -80,7 +80,8 @@ TEST_F(CoreTest, AValueOfAnotherTypeReadsAsAbsent) {
 TEST_F(CoreTest, TheFallbackUserAgentNamesTheDeviceTwiceAndIsStored) {
   platform->device().facts.idiom = UIUserInterfaceIdiom::Pad;
   const std::string tablet =
-      "Mozilla/5.0 (iPad; CPU iPad OS 16_4 like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) Mobile/15E148";
+      "Mozilla/5.0 (iPad; CPU iPad OS 16_4 like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) "
+      "Mobile/15E148";
   EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
   platform->device().facts.idiom = UIUserInterfaceIdiom::Phone;
   EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
@@ -92,7 +93,8 @@ TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
   const auto view = WKWebView::initWithFrame({}, {});
   auto& page = headless::RecordingWebView::of(*view);
   std::optional<JSON> answer = JSON("Engine/1");
-  page.answerScripts([&](const std::string& script) { return script == "navigator.userAgent" ? answer : JSON(0); });
+  page.answerScripts(
+      [&](const std::string& script) { return script == "navigator.userAgent" ? answer : JSON(0); });
 
   VeltoDataStore::updateUserAgentFromWKWebView(view);
   EXPECT_TRUE(page.scripts().empty()) << "the script must run in a later turn of the main queue";
@@ -110,11 +112,13 @@ TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
 TEST_F(CoreTest, VersionsAndBundles) {
   EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
   EXPECT_EQ(VeltoFramework::version(), 4010);
-  platform->veltoBundle().information = std::map<std::string, std::string>{{"CFBundleShortVersionString", "5.1"}};
+  platform->veltoBundle().information =
+      std::map<std::string, std::string>{{"CFBundleShortVersionString", "5.1"}};
   EXPECT_EQ(VeltoFramework::version(), 51);
-  for (const auto& lacking : {std::optional<std::map<std::string, std::string>>(),
-                              std::optional(std::map<std::string, std::string>()),
-                              std::optional(std::map<std::string, std::string>{{"CFBundleShortVersionString", ""}})}) {
+  for (const auto& lacking :
+       {std::optional<std::map<std::string, std::string>>(),
+        std::optional(std::map<std::string, std::string>()),
+        std::optional(std::map<std::string, std::string>{{"CFBundleShortVersionString", ""}})}) {
     platform->veltoBundle().information = lacking;
     EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
   }
@@ -132,7 +136,8 @@ TEST_F(CoreTest, OrientationMaskComesFromANumberOnly) {
 }
 
 TEST(ErrorAdTest, CodesHaveTextsAndCarryTheSystemError) {
-  const std::vector<std::string> words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED", "NO_CONNECTION"};
+  const std::vector<std::string> words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED",
+                                       "NO_CONNECTION"};
   for (int64_t code = 0; code < 5; ++code) {
     const auto error = VeltoErrorAd::veltoErrorAdWithCode(code);
     EXPECT_EQ(error.descriptionError(), "VeltoError: " + words[static_cast<size_t>(code)]);

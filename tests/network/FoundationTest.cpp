@@ -1,4 +1,5 @@
-// JSON, numbers, URLs, links, dates and colours: the small tools under everything, mostly against hostile input.
+// JSON, numbers, URLs, links, dates and colours: the small tools under everything, mostly against hostile
+// input.
 #include "velto/network/FoundationSDKVelto.h"
 #include "velto/network/JSONSDKVelto.h"
 #include "velto/platform/NSURLSession.h"
@@ -16,7 +17,8 @@ JSON::Object object(const std::string& text) {
 }
 
 TEST(JSONTest, GettersTakeAWrongTypeAsAbsent) {
-  const auto o = object(R"({"s":"320","n":2.5,"t":true,"f":false,"one":1,"zero":0,"word":"abc","quoted":"true",
+  const auto o =
+      object(R"({"s":"320","n":2.5,"t":true,"f":false,"one":1,"zero":0,"word":"abc","quoted":"true",
                             "a":[1],"o":{"x":1},"null":null,"dup":1,"dup":2})");
   EXPECT_EQ(stringValue(o, "s"), "320");
   EXPECT_EQ(stringValue(o, "n"), std::nullopt);
@@ -25,9 +27,11 @@ TEST(JSONTest, GettersTakeAWrongTypeAsAbsent) {
   EXPECT_EQ(numberValue(o, "n"), 2.5);
   EXPECT_EQ(numberValue(o, "t"), 1);
   EXPECT_EQ(numberValue(o, "dup"), 2);
-  for (const auto* key : {"word", "a", "o", "null", "none"}) EXPECT_EQ(numberValue(o, key), std::nullopt) << key;
+  for (const auto* key : {"word", "a", "o", "null", "none"})
+    EXPECT_EQ(numberValue(o, key), std::nullopt) << key;
   for (const auto* key : {"t", "one", "n"}) EXPECT_TRUE(boolValue(o, key)) << key;
-  for (const auto* key : {"f", "zero", "quoted", "s", "a", "null", "none"}) EXPECT_FALSE(boolValue(o, key)) << key;
+  for (const auto* key : {"f", "zero", "quoted", "s", "a", "null", "none"})
+    EXPECT_FALSE(boolValue(o, key)) << key;
   EXPECT_EQ(arrayValue(o, "a")->size(), 1U);
   EXPECT_EQ(arrayValue(o, "o"), nullptr);
   EXPECT_EQ(dictionaryValue(o, "o")->size(), 1U);
@@ -48,7 +52,8 @@ TEST(JSONTest, ReadsAnyTopLevelValueAndRejectsTheRest) {
 }
 
 TEST(JSONTest, WritingKeepsTheKindOfNumbers) {
-  const JSON::Object o{{"f", 3.0F}, {"g", 0.1F}, {"d", 2.0}, {"e", 0.25}, {"i", int64_t{9007199254740993}}, {"b", true}};
+  const JSON::Object o{{"f", 3.0F}, {"g", 0.1F}, {"d", 2.0}, {"e", 0.25}, {"i", int64_t{9007199254740993}},
+                       {"b", true}};
   EXPECT_EQ(writeJSON(o, false), R"({"b":true,"d":2,"e":0.25,"f":3,"g":0.1,"i":9007199254740993})");
   EXPECT_EQ(JSONString({JSON(1), JSON("a")}), "[\n  1,\n  \"a\"\n]");
   EXPECT_EQ(writeJSON(JSON("\xff"), true), std::nullopt);
@@ -106,12 +111,14 @@ TEST(ColorTest, AdjustingHasACeilingAndNoFloor) {
 
 TEST(URLTest, QueryItemsAreEscapedAsQueriesAreAndNoMore) {
   const auto url = *NSURL::URLWithString("https://h.example/p?old=1#f");
-  EXPECT_EQ(url.URLByReplacingQueryItems({{"a b", "x&y=z+1"}, {"p", "/?:@!$'()*,;~"}, {"u", "\xc3\xa9#%"}}).absoluteString(),
+  EXPECT_EQ(url.URLByReplacingQueryItems({{"a b", "x&y=z+1"}, {"p", "/?:@!$'()*,;~"}, {"u", "\xc3\xa9#%"}})
+                .absoluteString(),
             "https://h.example/p?a%20b=x%26y%3Dz+1&p=/?:@!$'()*,;~&u=%C3%A9%23%25#f");
   EXPECT_EQ(NSURL::URLWithString("https://h.example")->URLByAppendingPathComponent("sdk/").absoluteString(),
             "https://h.example/sdk/");
-  EXPECT_EQ(NSURL::URLWithString("https://h.example/a/?q")->URLByAppendingPathComponent("/b").absoluteString(),
-            "https://h.example/a/b?q");
+  EXPECT_EQ(
+      NSURL::URLWithString("https://h.example/a/?q")->URLByAppendingPathComponent("/b").absoluteString(),
+      "https://h.example/a/b?q");
 }
 
 TEST(URLTest, ComponentsAndRefusals) {
@@ -123,7 +130,8 @@ TEST(URLTest, ComponentsAndRefusals) {
   EXPECT_EQ(url.query(), "q=1");
   EXPECT_EQ(NSURL::URLWithString("www.example.org/x")->scheme(), std::nullopt);
   EXPECT_EQ(NSURL::URLWithString("https://h.example/\xc3\xa9")->absoluteString(), "https://h.example/%C3%A9");
-  for (const auto* bad : {"", "https://a b", "https://h:99999/", "%zz", "http://[::1", "a\nb", "https://h/<x>"})
+  for (const auto* bad :
+       {"", "https://a b", "https://h:99999/", "%zz", "http://[::1", "a\nb", "https://h/<x>"})
     EXPECT_EQ(NSURL::URLWithString(bad), std::nullopt) << bad;
   const std::string longPath(1 << 20, 'a');
   EXPECT_EQ(NSURL::URLWithString("https://h.example/" + longPath)->path().size(), longPath.size() + 1);
@@ -141,11 +149,12 @@ TEST(HeaderFieldsTest, NamesMatchWithoutRegardToCase) {
 
 TEST(LinkTest, OnlyARealLinkCounts) {
   const std::string part = "velto://noFillAd";
-  for (const auto* text : {"velto://noFillAd", "<a href=\"velto://noFillAd\">", "see velto://noFillAd, please",
-                           "x\n(velto://noFillAd)", "https://h/?u=velto://noFillAd", "\xff velto://noFillAd \xfe"})
+  for (const auto* text :
+       {"velto://noFillAd", "<a href=\"velto://noFillAd\">", "see velto://noFillAd, please",
+        "x\n(velto://noFillAd)", "https://h/?u=velto://noFillAd", "\xff velto://noFillAd \xfe"})
     EXPECT_TRUE(containsLinkWith(text, part)) << text;
-  for (const auto* text : {"", "velto:noFillAd", "Velto://nofillad", "my_velto://noFillAd", "velto:// noFillAd",
-                           "\xc3\xa9velto://noFillAd"})
+  for (const auto* text : {"", "velto:noFillAd", "Velto://nofillad", "my_velto://noFillAd",
+                           "velto:// noFillAd", "\xc3\xa9velto://noFillAd"})
     EXPECT_FALSE(containsLinkWith(text, part)) << text;
 }
 
@@ -156,7 +165,8 @@ TEST(LinkTest, HostileTextsStayLinear) {
   while (separators.size() < size) separators += "://";
   std::string shortLinks;
   while (shortLinks.size() < size) shortLinks += "_a://x";
-  for (const auto& text : {separators, shortLinks, std::string(size, 'a') + "://", "x" + std::string(size, '.')})
+  for (const auto& text :
+       {separators, shortLinks, std::string(size, 'a') + "://", "x" + std::string(size, '.')})
     EXPECT_FALSE(containsLinkWith(text + " _velto://noFillAd", "velto://noFillAd"));
 }
 

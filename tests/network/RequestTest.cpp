@@ -8,7 +8,6 @@
 #include "velto/network/VeltoDevice.h"
 #include "velto/network/VeltoTaskRequest.h"
 
-
 #include "../support/HeadlessTest.h"
 
 namespace velto {
@@ -26,12 +25,14 @@ class RequestTest : public test::HeadlessTest {
 TEST_F(RequestTest, BannerRequestOnTheAdServer) {
   registerKey("pub key");
   const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
-  EXPECT_EQ(request.url.absoluteString(),
-            "https://ads.velto.example/sdk/v3/req?ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
+  EXPECT_EQ(
+      request.url.absoluteString(),
+      "https://ads.velto.example/sdk/v3/req?ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
   EXPECT_EQ(request.httpMethod, "POST");
   EXPECT_EQ(request.allHTTPHeaderFields.value("Content-Type"), "application/json");
   EXPECT_EQ(request.allHTTPHeaderFields.value("user-agent"), VeltoDataStore::getUserAgent());
-  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos) << *request.httpBody;
+  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos)
+      << *request.httpBody;
 }
 
 TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
@@ -102,12 +103,32 @@ TEST_F(RequestTest, ServerNamesCanBeChangedWithAndWithoutPort) {
 TEST_F(RequestTest, BodyOfAFreshRegistration) {
   registerKey();
   const JSON::Object expected{
-      {"sdkt", "native"}, {"sdkv", "4.0.10"}, {"mraid", 3}, {"omsdk", 1}, {"gadapt", 0},
-      {"aida", VeltoAdvertisingIdentifier::veltoIdentifier()}, {"aidl", "1"},
-      {"dmn", "Apple"}, {"dmo", "iPhone12,1"}, {"dmp", "iPhone"}, {"dos", "ios"}, {"dov", "16.4"},
-      {"dsw", 390}, {"dsh", 844}, {"dsd", 3}, {"dua", VeltoDataStore::getUserAgent()}, {"dln", "en-US"},
-      {"dct", "CARRIER"}, {"aln", "en"}, {"ab", "org.example.host"}, {"an", "Host"}, {"gz", "-0.0000"},
-      {"gdpr_opt", false}, {"gdpr_consent", ""}, {"gdpr_dc", false}, {"us_privacy", ""},
+      {"sdkt", "native"},
+      {"sdkv", "4.0.10"},
+      {"mraid", 3},
+      {"omsdk", 1},
+      {"gadapt", 0},
+      {"aida", VeltoAdvertisingIdentifier::veltoIdentifier()},
+      {"aidl", "1"},
+      {"dmn", "Apple"},
+      {"dmo", "iPhone12,1"},
+      {"dmp", "iPhone"},
+      {"dos", "ios"},
+      {"dov", "16.4"},
+      {"dsw", 390},
+      {"dsh", 844},
+      {"dsd", 3},
+      {"dua", VeltoDataStore::getUserAgent()},
+      {"dln", "en-US"},
+      {"dct", "CARRIER"},
+      {"aln", "en"},
+      {"ab", "org.example.host"},
+      {"an", "Host"},
+      {"gz", "-0.0000"},
+      {"gdpr_opt", false},
+      {"gdpr_consent", ""},
+      {"gdpr_dc", false},
+      {"us_privacy", ""},
   };
   EXPECT_EQ(body(VeltoSettings{}), expected);
 }
@@ -131,11 +152,27 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   auto o = body(settings);
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
   const JSON::Object expected{
-      {"gadapt", 1}, {"aid", *platform->identifierManager().identifier}, {"aidl", ""},
-      {"soc", "01"}, {"noc", "01"}, {"son", "Net"}, {"non", "Net"}, {"ncc", "262"}, {"scc", "262"},
-      {"geo", "52.500000,-13.400000"}, {"ga", 12.5}, {"gf", int64_t{1704067000000}},
-      {"mediator", "hub"}, {"okw", "a,b"}, {"oyob", 1990}, {"oage", 34}, {"ogender", "Other"},
-      {"omarital", "Living Common"}, {"gdpr_opt", true}, {"gdpr_dc", true}, {"gdpr_consent", "CO|x"},
+      {"gadapt", 1},
+      {"aid", *platform->identifierManager().identifier},
+      {"aidl", ""},
+      {"soc", "01"},
+      {"noc", "01"},
+      {"son", "Net"},
+      {"non", "Net"},
+      {"ncc", "262"},
+      {"scc", "262"},
+      {"geo", "52.500000,-13.400000"},
+      {"ga", 12.5},
+      {"gf", int64_t{1704067000000}},
+      {"mediator", "hub"},
+      {"okw", "a,b"},
+      {"oyob", 1990},
+      {"oage", 34},
+      {"ogender", "Other"},
+      {"omarital", "Living Common"},
+      {"gdpr_opt", true},
+      {"gdpr_dc", true},
+      {"gdpr_consent", "CO|x"},
   };
   for (const auto& [key, value] : expected) EXPECT_EQ(o[key], value) << key;
 }
@@ -148,7 +185,8 @@ TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
   settings.age = 0;
   settings.keywords = std::vector<std::string>{};
   auto o = body(settings);
-  for (const auto* absent : {"soc", "noc", "ncc", "scc", "ga", "aid", "oage", "dctd"}) EXPECT_FALSE(o.contains(absent)) << absent;
+  for (const auto* absent : {"soc", "noc", "ncc", "scc", "ga", "aid", "oage", "dctd"})
+    EXPECT_FALSE(o.contains(absent)) << absent;
   for (const auto* present : {"son", "non", "geo", "gf", "gz"}) EXPECT_TRUE(o.contains(present)) << present;
   EXPECT_EQ(o["okw"], JSON(""));
 
@@ -160,8 +198,8 @@ TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
 TEST_F(RequestTest, TimeZoneWordsKeepTheirQuirks) {
   registerKey();
   const std::vector<std::pair<int, std::string>> words{
-      {3600, "+1.0000"}, {19800, "+5.0000"}, {0, "-0.0000"},   {3599, "-0.0000"},   {-1800, "-0.0000"},
-      {-18000, "--5.0000"}, {-12600, "--3.0000"}, {50400, "+14.0000"}};
+      {3600, "+1.0000"},  {19800, "+5.0000"},   {0, "-0.0000"},       {3599, "-0.0000"},
+      {-1800, "-0.0000"}, {-18000, "--5.0000"}, {-12600, "--3.0000"}, {50400, "+14.0000"}};
   for (const auto& [seconds, word] : words) {
     platform->localTimeZone().seconds = seconds;
     EXPECT_EQ(body()["gz"], JSON(word)) << seconds;
@@ -192,21 +230,21 @@ TEST_F(RequestTest, ABodyThatIsNoTextIsLeftOutAndTheRequestGoesAsGET) {
 }
 
 TEST_F(RequestTest, FingerprintAndAddresses) {
-  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(), md5Hex("Phone|iPhone12,1|ios|16.4|390.00x844.00|3.00"));
+  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(),
+            md5Hex("Phone|iPhone12,1|ios|16.4|390.00x844.00|3.00"));
   platform->telephony().carrier = CTCarrier{std::nullopt, "262", std::nullopt};
-  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(), md5Hex("Phone|iPhone12,1|ios|16.4|262|390.00x844.00|3.00"));
+  EXPECT_EQ(VeltoAdvertisingIdentifier::veltoIdentifier(),
+            md5Hex("Phone|iPhone12,1|ios|16.4|262|390.00x844.00|3.00"));
   EXPECT_EQ(VeltoDevice::simOperatorCode(), std::nullopt);
   platform->telephony().carrier->mobileNetworkCode = "07";
   EXPECT_EQ(VeltoDevice::simOperatorCode(), "262-07");
   platform->device().facts.machine.reset();
   EXPECT_EQ(VeltoDevice::model(), "");
 
-  platform->network().interfaces = {{"pdp_ip0", true, AddressFamily::IPv4, "10.1.1.1"},
-                                    {"en0", false, AddressFamily::IPv4, "10.0.0.9"},
-                                    {"en0", true, AddressFamily::Other, "x"},
-                                    {"en0", true, AddressFamily::IPv6, ""},
-                                    {"en0", true, AddressFamily::IPv6, "fe80::1"},
-                                    {"en0", true, AddressFamily::IPv6, "fe80::2"}};
+  platform->network().interfaces = {
+      {"pdp_ip0", true, AddressFamily::IPv4, "10.1.1.1"}, {"en0", false, AddressFamily::IPv4, "10.0.0.9"},
+      {"en0", true, AddressFamily::Other, "x"},           {"en0", true, AddressFamily::IPv6, ""},
+      {"en0", true, AddressFamily::IPv6, "fe80::1"},      {"en0", true, AddressFamily::IPv6, "fe80::2"}};
   EXPECT_EQ(VeltoDevice::ip(), "fe80::2");
   platform->network().interfaces = {{"lo", true, AddressFamily::IPv4, "127.0.0.1"}};
   EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
@@ -232,10 +270,15 @@ TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
 
 TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
   using R = VeltoReachability;
-  const std::vector<std::pair<uint32_t, VeltoNetworkStatus>> table{
-      {0, VeltoNetworkNotReachable},       {262144, VeltoNetworkNotReachable}, {2 | 262144, VeltoNetworkReachableViaWWAN},
-      {2, VeltoNetworkReachableViaWiFi},   {2 | 4, VeltoNetworkNotReachable},  {2 | 4 | 8, VeltoNetworkReachableViaWiFi},
-      {2 | 4 | 32, VeltoNetworkReachableViaWiFi}, {2 | 4 | 8 | 16, VeltoNetworkNotReachable}, {2 | 16, VeltoNetworkReachableViaWiFi}};
+  const std::vector<std::pair<uint32_t, VeltoNetworkStatus>> table{{0, VeltoNetworkNotReachable},
+                                                                   {262144, VeltoNetworkNotReachable},
+                                                                   {2 | 262144, VeltoNetworkReachableViaWWAN},
+                                                                   {2, VeltoNetworkReachableViaWiFi},
+                                                                   {2 | 4, VeltoNetworkNotReachable},
+                                                                   {2 | 4 | 8, VeltoNetworkReachableViaWiFi},
+                                                                   {2 | 4 | 32, VeltoNetworkReachableViaWiFi},
+                                                                   {2 | 4 | 8 | 16, VeltoNetworkNotReachable},
+                                                                   {2 | 16, VeltoNetworkReachableViaWiFi}};
   for (const auto& [flags, status] : table) EXPECT_EQ(R::networkStatusForFlags(flags), status) << flags;
 
   int posted = 0;
@@ -260,7 +303,9 @@ TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
 }
 
 TEST_F(RequestTest, ImplicitSchemesAndCommands) {
-  const auto resolve = [](const char* text) { return SDKVelto::URLByResolvingImplicitScheme(*NSURL::URLWithString(text)).absoluteString(); };
+  const auto resolve = [](const char* text) {
+    return SDKVelto::URLByResolvingImplicitScheme(*NSURL::URLWithString(text)).absoluteString();
+  };
   EXPECT_EQ(resolve("www.shop.example/x"), "https://www.shop.example/x");
   EXPECT_EQ(resolve("//shop.example"), "https://shop.example");
   EXPECT_EQ(resolve("unknown:thing"), "unknown:thing");

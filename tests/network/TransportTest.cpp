@@ -15,10 +15,11 @@ class TransportTest : public test::HeadlessTest {
     std::shared_ptr<VeltoTaskResponse> result;
     bool onMain = true;
     platform->urlSession().enqueue(std::move(answer));
-    VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, [&](auto response) {
-      result = std::move(response);
-      onMain = platform->mainQueue().isCurrent();
-    });
+    VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt,
+                                     [&](auto response) {
+                                       result = std::move(response);
+                                       onMain = platform->mainQueue().isCurrent();
+                                     });
     EXPECT_FALSE(result) << "a handler is never called inside the call when a request was made";
     platform->runUntilIdle();
     EXPECT_FALSE(onMain);
@@ -132,7 +133,9 @@ TEST_F(TransportTest, ResponsesDescribeThemselves) {
   const auto response = responseTo(status(204));
   const auto text = response->description();
   EXPECT_EQ(text.find("<VeltoTaskResponse: 0x"), 0U);
-  EXPECT_NE(text.find(">\n\tResponseType: 0\n\tError: VeltoError: NO_FILL\n\tHeaders: (null)"), std::string::npos) << text;
+  EXPECT_NE(text.find(">\n\tResponseType: 0\n\tError: VeltoError: NO_FILL\n\tHeaders: (null)"),
+            std::string::npos)
+      << text;
 }
 
 }  // namespace

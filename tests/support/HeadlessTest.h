@@ -1,16 +1,18 @@
-// The ground that most tests stand on: a fresh headless platform, a registered key, a server that answers with markup.
+// The ground that most tests stand on: a fresh headless platform, a registered key, a server that answers
+// with markup.
 #pragma once
+
+#include "velto/headless/VeltoHeadless.h"
+#include "velto/velto.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "velto/headless/VeltoHeadless.h"
-#include "velto/velto.h"
-
 namespace velto::test {
 
-inline const std::string readyPage = "<html><body><a href='https://shop.example/'>ad</a><!-- velto://loadFinished --></body></html>";
+inline const std::string readyPage =
+    "<html><body><a href='https://shop.example/'>ad</a><!-- velto://loadFinished --></body></html>";
 
 class HeadlessTest : public ::testing::Test {
  protected:
@@ -22,7 +24,8 @@ class HeadlessTest : public ::testing::Test {
   // An answer with an ad of that size.
   static headless::Answer markup(std::string body = readyPage, int width = 320, int height = 50) {
     headless::Answer answer;
-    answer.headers = {{"x-content", "html"}, {"x-width", std::to_string(width)}, {"x-height", std::to_string(height)}};
+    answer.headers = {
+        {"x-content", "html"}, {"x-width", std::to_string(width)}, {"x-height", std::to_string(height)}};
     answer.body = std::move(body);
     return answer;
   }

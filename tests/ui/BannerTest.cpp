@@ -55,9 +55,11 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
 
 TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
   const auto b = banner();
-  const std::vector<std::pair<Answer, std::string>> table{
-      {status(204), "fail 0"}, {status(500), "fail 1"}, {status(403), "fail 2"}, {Answer::offline(), "fail 4"},
-      {markup("velto://noFillAd"), "fail 0"}};
+  const std::vector<std::pair<Answer, std::string>> table{{status(204), "fail 0"},
+                                                          {status(500), "fail 1"},
+                                                          {status(403), "fail 2"},
+                                                          {Answer::offline(), "fail 4"},
+                                                          {markup("velto://noFillAd"), "fail 0"}};
   for (const auto& [answer, heard] : table) {
     delegate->heard.clear();
     platform->urlSession().enqueue(answer);
@@ -95,7 +97,8 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
   EXPECT_EQ(frameInWindow(*fine->vc()->webView(), window->view()), (CGRect{{35, 200}, {320, 50}}));
 
   headless::HostWindow other;
-  const auto elsewhere = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, other.controller()->view());
+  const auto elsewhere = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
+                                                                     other.controller()->view());
   delegate->heard.clear();
   for (int i = 0; i < 2; ++i) {
     platform->urlSession().enqueue(markup());
@@ -105,7 +108,8 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
   EXPECT_EQ(delegate->heard, (Heard{"fail 2", "fail 2"}));
 
   const auto noHost = std::make_shared<test::RecordingDelegate>();
-  const auto lost = VeltoBannerViewController::initWithDelegate(noHost, VeltoBannerSize320x50, VeltoBannerPositionTop);
+  const auto lost =
+      VeltoBannerViewController::initWithDelegate(noHost, VeltoBannerSize320x50, VeltoBannerPositionTop);
   platform->urlSession().enqueue(markup());
   lost->load();
   platform->runUntilIdle();
@@ -121,14 +125,16 @@ TEST_F(BannerTest, PlacementsAndTheirConstraints) {
   // A phone with a notch: 47 points above, 34 below.
   for (const auto& [position, origin, count] :
        {Case{VeltoBannerPositionTop, {35, 47}, 4}, Case{VeltoBannerPositionBottom, {35, 760}, 4},
-        Case{VeltoBannerPositionResized, {35, 760}, 4}, Case{static_cast<VeltoBannerPosition>(5), {0, 0}, 2}}) {
+        Case{VeltoBannerPositionResized, {35, 760}, 4},
+        Case{static_cast<VeltoBannerPosition>(5), {0, 0}, 2}}) {
     const auto b = banner(position);
     loadAd(*b);
     EXPECT_EQ(b->vc()->view()->frame(), (CGRect{origin, {320, 50}})) << position;
     EXPECT_EQ(b->vc()->viewContraints().size(), count) << position;
     EXPECT_EQ(b->vc()->webViewContraints().size(), 4U);
   }
-  const auto point = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, CGPoint{10, 20});
+  const auto point =
+      VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, CGPoint{10, 20});
   loadAd(*point);
   EXPECT_EQ(point->vc()->view()->frame(), (CGRect{{10, 67}, {320, 50}}));
   const auto full = banner(VeltoBannerPositionFullScreen);
@@ -219,7 +225,8 @@ TEST_F(BannerTest, OnlyTheFirstAdIsAnimated) {
   EXPECT_EQ(b->vc()->webView()->alpha(), 1);
   EXPECT_LT(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame().minX(), 0);
   platform->advance(2s);
-  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame(), (CGRect{{0, 0}, {320, 50}}));
+  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(b->vc()->webView()->peer()).frame(),
+            (CGRect{{0, 0}, {320, 50}}));
   b->load();
   platform->runUntilIdle();
   EXPECT_EQ(b->vc()->webView()->alpha(), 1);

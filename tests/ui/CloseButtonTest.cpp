@@ -30,9 +30,15 @@ TEST_F(CloseButtonTest, CountsDownInWholeSeconds) {
   const auto button = VeltoCloseButton::buttonWithType(0, 2.9);
   EXPECT_EQ(button->title(), "2");
   EXPECT_FALSE(button->isEnabled());
-  for (const auto& [seconds, title, enabled] : std::vector<std::tuple<std::optional<double>, std::string, bool>>{
-           {1.0, "1", false}, {0.95, "X", true}, {-3, "X", true}, {5, "5", false}, {std::nullopt, "X", true},
-           {std::numeric_limits<double>::infinity(), "999999999", false}, {std::nan(""), "X", true}}) {
+  for (const auto& [seconds, title, enabled] :
+       std::vector<std::tuple<std::optional<double>, std::string, bool>>{
+           {1.0, "1", false},
+           {0.95, "X", true},
+           {-3, "X", true},
+           {5, "5", false},
+           {std::nullopt, "X", true},
+           {std::numeric_limits<double>::infinity(), "999999999", false},
+           {std::nan(""), "X", true}}) {
     button->setTimer(seconds);
     EXPECT_EQ(button->title(), title);
     EXPECT_EQ(button->isEnabled(), enabled);
@@ -80,10 +86,12 @@ TEST_F(CloseButtonTest, EveryPositionIsPinnedDownwardAndLeftwardByTheMargin) {
   int pressed = 0;
   // Margin 16, size 33: at the top right it stands inside, elsewhere the signs push it out, as pages know it.
   const double middle = 150 - 16.5 - 16;
-  const std::vector<CGPoint> expected{{-16, 16}, {middle, 16}, {251, 16}, {middle, 99.5}, {-16, 183}, {middle, 183}, {251, 183}};
+  const std::vector<CGPoint> expected{{-16, 16},  {middle, 16},  {251, 16}, {middle, 99.5},
+                                      {-16, 183}, {middle, 183}, {251, 183}};
   for (int64_t position = 0; position <= 9; ++position) {
     const auto button = controller->vc()->addCloseButtonInView(
-        container, VeltoCloseButtonUIConfiguration::configurationWith(0, position, 0, 0), [&] { ++pressed; }, std::nullopt);
+        container, VeltoCloseButtonUIConfiguration::configurationWith(0, position, 0, 0), [&] { ++pressed; },
+        std::nullopt);
     platform->runUntilIdle();
     const CGPoint place = position < 7 ? expected[static_cast<size_t>(position)] : expected[0];
     EXPECT_EQ(button->frame().origin, place) << position;

@@ -23,8 +23,8 @@ class LayoutTest : public test::UITest {
     return view;
   }
   static std::shared_ptr<NSLayoutConstraint> tie(const std::shared_ptr<UIView>& a, A attribute,
-                                                 const std::shared_ptr<UIView>& b, A other, double multiplier = 1,
-                                                 double constant = 0) {
+                                                 const std::shared_ptr<UIView>& b, A other,
+                                                 double multiplier = 1, double constant = 0) {
     return NSLayoutConstraint::constraintWithItem({a}, attribute, {b}, other, multiplier, constant);
   }
   std::shared_ptr<UIView> root = window->controller()->view();
@@ -54,7 +54,8 @@ TEST_F(LayoutTest, AnyTwoEquationsOfAnAxisGiveTheFrame) {
         const size_t other = random() % 4;
         const double multiplier = 0.5 + static_cast<double>(random() % 4);
         const double constant = value(wanted, i, x) - multiplier * value(rootFrame, other, x);
-        list.push_back(tie(view, (x ? attributes : vertical)[i], root, (x ? attributes : vertical)[other], multiplier, constant));
+        list.push_back(tie(view, (x ? attributes : vertical)[i], root, (x ? attributes : vertical)[other],
+                           multiplier, constant));
         if (random() % 2) {  // the same relation, told from the other side
           auto& c = *list.back();
           std::swap(c.firstItem, c.secondItem);
@@ -77,17 +78,24 @@ TEST_F(LayoutTest, AnyTwoEquationsOfAnAxisGiveTheFrame) {
 
 TEST_F(LayoutTest, SafeAreasReachDownTheTreeAndAcrossLevels) {
   const auto outer = child(root);
-  for (const auto attribute : {A::Left, A::Right, A::Top}) tie(outer, attribute, root, attribute)->setActive(true);
+  for (const auto attribute : {A::Left, A::Right, A::Top})
+    tie(outer, attribute, root, attribute)->setActive(true);
   tie(outer, A::Height, root, A::Height, 0.5)->setActive(true);
   const auto inner = child(outer);
-  inner->boxGuide().topAnchor().constraintEqualToAnchor(outer->safeAreaLayoutGuide().topAnchor())->setActive(true);
+  inner->boxGuide()
+      .topAnchor()
+      .constraintEqualToAnchor(outer->safeAreaLayoutGuide().topAnchor())
+      ->setActive(true);
   inner->boxGuide().leftAnchor().constraintEqualToAnchor(root->boxGuide().leftAnchor(), 10)->setActive(true);
-  outer->addConstraints(NSLayoutConstraint::constraintsWithVisualFormat("[v(w)]", 0, {{"w", 30}}, {{"v", inner}}));
-  outer->addConstraints(NSLayoutConstraint::constraintsWithVisualFormat("V:[v(w)]", 0, {{"w", 20}}, {{"v", inner}}));
+  outer->addConstraints(
+      NSLayoutConstraint::constraintsWithVisualFormat("[v(w)]", 0, {{"w", 30}}, {{"v", inner}}));
+  outer->addConstraints(
+      NSLayoutConstraint::constraintsWithVisualFormat("V:[v(w)]", 0, {{"w", 20}}, {{"v", inner}}));
   platform->runUntilIdle();
   EXPECT_EQ(outer->frame(), (CGRect{{0, 0}, {390, 422}}));
   EXPECT_EQ(inner->frame(), (CGRect{{10, 47}, {30, 20}}));
-  EXPECT_EQ(outer->safeAreaInsets(), (UIEdgeInsets{47, 0, 0, 0})) << "the bottom edge is far from the screen's";
+  EXPECT_EQ(outer->safeAreaInsets(), (UIEdgeInsets{47, 0, 0, 0}))
+      << "the bottom edge is far from the screen's";
 
   window->setSafeAreaInsets({});
   window->resize({400, 300});
@@ -99,7 +107,8 @@ TEST_F(LayoutTest, SafeAreasReachDownTheTreeAndAcrossLevels) {
 TEST_F(LayoutTest, FormatsThatAreNotUnderstoodAreRefused) {
   const auto view = child(root);
   for (const auto* format : {"", "v", "[v]", "[v(w)", "[x(w)]", "[v(x)]", "H:[v(w)]", "[v(w)]-[v(w)]"})
-    EXPECT_THROW(NSLayoutConstraint::constraintsWithVisualFormat(format, 0, {{"w", 1}}, {{"v", view}}), std::invalid_argument)
+    EXPECT_THROW(NSLayoutConstraint::constraintsWithVisualFormat(format, 0, {{"w", 1}}, {{"v", view}}),
+                 std::invalid_argument)
         << format;
 }
 
@@ -139,12 +148,14 @@ TEST_F(LayoutTest, SlidesStartOutsideAndEndInPlace) {
     double startX;
   };
   const CGRect finalFrame{{35, 10}, {320, 50}};
-  for (const auto& [kind, startX] : {Case{2, 35 - 390}, Case{3, 35 - 390}, Case{4, 390}, Case{5, 390}, Case{0, 35}}) {
+  for (const auto& [kind, startX] :
+       {Case{2, 35 - 390}, Case{3, 35 - 390}, Case{4, 390}, Case{5, 390}, Case{0, 35}}) {
     const auto view = UIView::make();
     root->addSubview(view);
     auto& peer = dynamic_cast<headless::RecordingViewPeer&>(view->peer());
     bool finished = false;
-    VeltoUIAnimation::animatePresentView(view, root, nullptr, finalFrame, kind, 1.2, 0, [&](bool done) { finished = done; });
+    VeltoUIAnimation::animatePresentView(view, root, nullptr, finalFrame, kind, 1.2, 0,
+                                         [&](bool done) { finished = done; });
     EXPECT_EQ(view->frame(), finalFrame) << "the model is final at once";
     EXPECT_NEAR(peer.frame().minX(), startX, 1e-9) << kind;
     EXPECT_EQ(peer.frame().minY(), 10);
@@ -174,7 +185,8 @@ TEST_F(LayoutTest, AnotherFrameOvertakesAnAnimation) {
   const auto view = UIView::make();
   root->addSubview(view);
   std::optional<bool> finished;
-  animateWithDuration(1, 0, view, {.frame = CGRect{{0, 0}, {100, 100}}, .alpha = 0.5}, [&](bool done) { finished = done; });
+  animateWithDuration(1, 0, view, {.frame = CGRect{{0, 0}, {100, 100}}, .alpha = 0.5},
+                      [&](bool done) { finished = done; });
   platform->advance(200ms);
   view->setFrame({{7, 7}, {8, 8}});
   platform->advance(2s);

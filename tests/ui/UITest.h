@@ -1,4 +1,5 @@
-// What the tests of the presentation share: a window, a delegate that writes down what it hears, an ad network's adapter.
+// What the tests of the presentation share: a window, a delegate that writes down what it hears, an ad
+// network's adapter.
 #pragma once
 
 #include "velto/ads/VeltoAdMediationAdapterProtocol.h"
@@ -16,10 +17,13 @@ struct RecordingDelegate : VeltoBannerViewControllerDelegate {
   std::function<void()> onCall;
 
   std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate& c) override { note("finish", c); }
+  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate& c) override {
+    note("finish", c);
+  }
   void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate& c) override { note("press", c); }
   void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& c) override { note("close", c); }
-  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate& c, const VeltoErrorAd& error) override {
+  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate& c,
+                                        const VeltoErrorAd& error) override {
     lastError = error;
     note("fail " + std::to_string(error.errorCode), c);
   }
@@ -34,13 +38,20 @@ struct RecordingDelegate : VeltoBannerViewControllerDelegate {
 
 class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
  public:
-  explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot), view(UIView::make()) {}
+  explicit FakeAdapter(uint64_t type, bool takesRoot = true)
+      : type_(type), takesRoot_(takesRoot), view(UIView::make()) {}
   uint64_t adType() const override { return type_; }
   std::string description() const override { return "<FakeAdapter>"; }
-  VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override { return takesRoot_ ? this : nullptr; }
+  VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override {
+    return takesRoot_ ? this : nullptr;
+  }
   std::shared_ptr<UIView> getBannerView() override { return view; }
-  void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override { loadedView = shown; }
-  void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) override { root = controller; }
+  void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override {
+    loadedView = shown;
+  }
+  void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) override {
+    root = controller;
+  }
   std::shared_ptr<VeltoAdMediationAdapterDelegate> told() const { return delegate(); }
 
  private:
@@ -61,7 +72,8 @@ class UITest : public HeadlessTest {
   }
   ~UITest() override { window.reset(); }
 
-  std::shared_ptr<VeltoBannerViewController> banner(VeltoBannerPosition position = VeltoBannerPositionBottom) {
+  std::shared_ptr<VeltoBannerViewController> banner(
+      VeltoBannerPosition position = VeltoBannerPositionBottom) {
     return VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, position);
   }
   headless::RecordingWebView& page() { return platform->views().webView(); }

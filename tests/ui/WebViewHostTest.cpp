@@ -29,7 +29,8 @@ TEST_F(WebViewHostTest, Configuration) {
   const auto& script = c.userContentController.userScripts[0];
   EXPECT_EQ(script.source,
             "var meta = document.createElement('meta'); meta.setAttribute('name', 'viewport'); "
-            "meta.setAttribute('content', 'width=device-width, initial-scale=1.0, maximum-scale=1.0, user-scalable=no'); "
+            "meta.setAttribute('content', 'width=device-width, initial-scale=1.0, maximum-scale=1.0, "
+            "user-scalable=no'); "
             "document.getElementsByTagName('head')[0].appendChild(meta);");
   EXPECT_EQ(script.injectionTime, WKUserScriptInjectionTime::AtDocumentEnd);
   EXPECT_TRUE(script.forMainFrameOnly);
@@ -48,7 +49,8 @@ TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
   const auto view = host.createWKWebViewInstance({});
   std::vector<std::string> order;
   const auto shown = platform->notificationCenter().addObserver(
-      constNotificationAdShowed, [&](const NSNotification& n) { order.push_back(n.objectAs<VeltoAd>()->html.value()); });
+      constNotificationAdShowed,
+      [&](const NSNotification& n) { order.push_back(n.objectAs<VeltoAd>()->html.value()); });
   auto& data = platform->websiteDataStore();
   host.loadBannerDataIn(view, ad("<p>x</p>"));
   EXPECT_TRUE(page().loads().empty()) << "not before the data is cleared";
@@ -113,11 +115,15 @@ TEST_F(WebViewHostTest, DelegatesOfTheOtherKindHearNothing) {
       ++calls;
       return nullptr;
     }
-    void veltoInterstitialViewControllerDidPress(VeltoInterstitialViewControllerPrivate&) override { ++calls; }
+    void veltoInterstitialViewControllerDidPress(VeltoInterstitialViewControllerPrivate&) override {
+      ++calls;
+    }
   };
   const auto other = std::make_shared<Other>();
   host.notifyDidPress(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other));
-  EXPECT_EQ(host.getUserViewControllerForDelegate(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other)), nullptr);
+  EXPECT_EQ(
+      host.getUserViewControllerForDelegate(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other)),
+      nullptr);
   EXPECT_EQ(other->calls, 0);
   const VeltoControllerDelegate own = std::shared_ptr<VeltoBannerViewControllerDelegate>(delegate);
   host.notifyDidFail(own, std::nullopt);

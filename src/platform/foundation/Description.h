@@ -1,11 +1,12 @@
-// The text with which records describe themselves: class name and address, then one tab-indented line a field.
+// The text with which records describe themselves: class name and address, then one tab-indented line a
+// field.
 #pragma once
+
+#include "velto/platform/foundation/Text.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "velto/platform/foundation/Text.h"
 
 namespace velto {
 

@@ -1,4 +1,5 @@
-// GLib's allocations and reference counts as owned C++ values. Private to platform/foundation and the GTK platform.
+// GLib's allocations and reference counts as owned C++ values. Private to platform/foundation and the GTK
+// platform.
 #pragma once
 
 #include <glib-object.h>

@@ -1,4 +1,5 @@
-// JSON through nlohmann-json, which stays behind this file: its event parser, since that needs no recursion, and its writer.
+// JSON through nlohmann-json, which stays behind this file: its event parser, since that needs no recursion,
+// and its writer.
 #include "velto/platform/foundation/JSON.h"
 
 #include <charconv>
@@ -33,7 +34,9 @@ class Reader : public nlohmann::json_sax<json> {
     levels_.back().key = std::move(value);
     return true;
   }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    return false;
+  }
 
   JSON take() { return std::move(root_); }
 

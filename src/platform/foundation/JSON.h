@@ -1,5 +1,5 @@
-// A JSON value (RFC 8259). Numbers keep their kind: an integer, a double or single precision, a boolean that still counts
-// as the number 0 or 1. Any thread.
+// A JSON value (RFC 8259). Numbers keep their kind: an integer, a double or single precision, a boolean that
+// still counts as the number 0 or 1. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -45,12 +45,13 @@ class JSON {
   std::variant<std::monostate, bool, int64_t, double, float, std::string, Array, Object> value_;
 };
 
-// Reads any JSON value from UTF-8 text, also one that is no array or object. Nothing for anything else: bad syntax,
-// bad UTF-8, trailing text, nesting deeper than 512. Of equal keys the last wins. Time is linear in the text.
+// Reads any JSON value from UTF-8 text, also one that is no array or object. Nothing for anything else: bad
+// syntax, bad UTF-8, trailing text, nesting deeper than 512. Of equal keys the last wins. Time is linear in
+// the text.
 std::optional<JSON> readJSON(std::string_view text);
 
-// Writes it, on several lines with two blanks of indentation when pretty. Reals without fraction are written as integers.
-// Nothing when a text is not UTF-8 or a number is not finite.
+// Writes it, on several lines with two blanks of indentation when pretty. Reals without fraction are written
+// as integers. Nothing when a text is not UTF-8 or a number is not finite.
 std::optional<std::string> writeJSON(const JSON& value, bool pretty);
 
 }  // namespace velto

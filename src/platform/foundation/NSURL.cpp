@@ -1,16 +1,17 @@
 // URLs by GLib's RFC 3986 parser; the text itself is kept as it came.
 #include "velto/platform/foundation/NSURL.h"
 
-#include <glib.h>
-
 #include "velto/platform/foundation/GMemory.h"
 #include "velto/platform/foundation/Text.h"
+
+#include <glib.h>
 
 namespace velto {
 namespace {
 
 constexpr auto uriFlags = static_cast<GUriFlags>(G_URI_FLAGS_ENCODED);
-// Unreserved characters, sub-delimiters and others that a query may hold unescaped, less "&" and "=", which separate items.
+// Unreserved characters, sub-delimiters and others that a query may hold unescaped, less "&" and "=", which
+// separate items.
 constexpr std::string_view allowedInQueryItem = "-._~!$'()*+,;:@/?";
 
 struct Parts {
@@ -39,7 +40,8 @@ bool hasOnlyURLCharacters(std::string_view text) {
   static constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
   for (size_t i = 0; i < text.size(); ++i) {
     if (g_ascii_isalnum(text[i]) || others.find(text[i]) != std::string_view::npos) continue;
-    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) && g_ascii_isxdigit(text[i + 2]);
+    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) &&
+                        g_ascii_isxdigit(text[i + 2]);
     if (!escape) return false;
     i += 2;
   }
@@ -70,7 +72,9 @@ std::string escapedOutsideASCII(std::string_view text) {
 }
 
 std::string escapedForQuery(std::string_view text) {
-  return escaped(text, [](char c) { return g_ascii_isalnum(c) || allowedInQueryItem.find(c) != std::string_view::npos; });
+  return escaped(text, [](char c) {
+    return g_ascii_isalnum(c) || allowedInQueryItem.find(c) != std::string_view::npos;
+  });
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// A uniform resource locator (RFC 3986) that keeps the text it was made from. Shared by all platforms; any thread.
+// A uniform resource locator (RFC 3986) that keeps the text it was made from. Shared by all platforms; any
+// thread.
 #pragma once
 
 #include <optional>
@@ -17,8 +18,8 @@ struct NSURLQueryItem {
 
 class NSURL {
  public:
-  // Nothing when the text is empty or is no URI reference: a character outside RFC 3986, a broken escape, a bad port.
-  // Characters outside ASCII are percent-escaped as UTF-8 first, as web engines do.
+  // Nothing when the text is empty or is no URI reference: a character outside RFC 3986, a broken escape, a
+  // bad port. Characters outside ASCII are percent-escaped as UTF-8 first, as web engines do.
   static std::optional<NSURL> URLWithString(std::string_view text);
 
   const std::string& absoluteString() const { return text_; }
@@ -36,8 +37,8 @@ class NSURL {
   // The URL with another scheme put before it (it must have none), or nothing when the result is no URL.
   std::optional<NSURL> URLByAddingScheme(std::string_view scheme) const;
 
-  // The URL with its query replaced by the items, each name and value escaped for a query: what RFC 3986 allows in a
-  // query stays (also "+"), but "&" and "=" are escaped, since they separate the items.
+  // The URL with its query replaced by the items, each name and value escaped for a query: what RFC 3986
+  // allows in a query stays (also "+"), but "&" and "=" are escaped, since they separate the items.
   NSURL URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) const;
 
   bool operator==(const NSURL&) const = default;

@@ -1,16 +1,19 @@
-// Regular expressions and dates by GLib; links by a scan, since a backtracking engine is slow on long lines of nonsense.
+// Regular expressions and dates by GLib; links by a scan, since a backtracking engine is slow on long lines
+// of nonsense.
 #include "velto/platform/foundation/Patterns.h"
 
-#include <glib.h>
-
 #include "velto/platform/foundation/GMemory.h"
+
+#include <glib.h>
 
 namespace velto {
 namespace {
 
 using Regex = GOwned<GRegex, g_regex_unref>;
 
-bool isSchemeCharacter(char c) { return g_ascii_isalnum(c) || c == '+' || c == '-' || c == '.'; }
+bool isSchemeCharacter(char c) {
+  return g_ascii_isalnum(c) || c == '+' || c == '-' || c == '.';
+}
 
 bool endsLink(char c) {
   const auto byte = static_cast<unsigned char>(c);
@@ -19,9 +22,10 @@ bool endsLink(char c) {
 
 }  // namespace
 
-std::optional<std::string> replaceMatches(const std::string& text, const std::string& pattern, bool ignoringCase,
-                                          std::string_view replacement) {
-  const auto flags = static_cast<GRegexCompileFlags>(G_REGEX_OPTIMIZE | (ignoringCase ? G_REGEX_CASELESS : 0));
+std::optional<std::string> replaceMatches(const std::string& text, const std::string& pattern,
+                                          bool ignoringCase, std::string_view replacement) {
+  const auto flags =
+      static_cast<GRegexCompileFlags>(G_REGEX_OPTIMIZE | (ignoringCase ? G_REGEX_CASELESS : 0));
   Regex regex(g_regex_new(pattern.c_str(), flags, GRegexMatchFlags(0), nullptr));
   if (!regex || !g_utf8_validate_len(text.data(), text.size(), nullptr)) return std::nullopt;
   GText result(g_regex_replace_literal(regex.get(), text.data(), static_cast<gssize>(text.size()), 0,
@@ -37,12 +41,14 @@ bool containsLinkWith(std::string_view text, std::string_view part) {
     size_t start = at;
     while (start > 0 && isSchemeCharacter(text[start - 1])) --start;
     const bool schemeBegins = start < at && g_ascii_isalpha(text[start]);
-    const bool atBoundary = start == 0 || (text[start - 1] != '_' && static_cast<unsigned char>(text[start - 1]) < 0x80);
+    const bool atBoundary =
+        start == 0 || (text[start - 1] != '_' && static_cast<unsigned char>(text[start - 1]) < 0x80);
     size_t next = at + mark.size();
     if (schemeBegins && atBoundary) {
       while (next < text.size() && !endsLink(text[next])) ++next;
       const bool namesSomething = next > at + mark.size();
-      if (namesSomething && text.substr(start, next - start).find(part) != std::string_view::npos) return true;
+      if (namesSomething && text.substr(start, next - start).find(part) != std::string_view::npos)
+        return true;
     }
     at = text.find(mark, next);
   }
@@ -50,8 +56,8 @@ bool containsLinkWith(std::string_view text, std::string_view part) {
 }
 
 std::optional<std::chrono::sys_seconds> parseDateTime(const std::string& text) {
-  static const Regex shape(
-      g_regex_new(R"(^\d{4}-\d\d-\d\dT\d\d:\d\d(:\d\d)?(Z|[+-]\d\d:\d\d)$)", G_REGEX_DOLLAR_ENDONLY, GRegexMatchFlags(0), nullptr));
+  static const Regex shape(g_regex_new(R"(^\d{4}-\d\d-\d\dT\d\d:\d\d(:\d\d)?(Z|[+-]\d\d:\d\d)$)",
+                                       G_REGEX_DOLLAR_ENDONLY, GRegexMatchFlags(0), nullptr));
   GOwned<GMatchInfo, g_match_info_unref> match;
   GMatchInfo* found = nullptr;
   const bool matches = text.size() < 64 && g_utf8_validate_len(text.data(), text.size(), nullptr) &&

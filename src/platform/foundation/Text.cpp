@@ -1,6 +1,8 @@
 // Texts and bytes: GLib where it has the thing, the standard library elsewhere.
 #include "velto/platform/foundation/Text.h"
 
+#include "velto/platform/foundation/GMemory.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -8,20 +10,23 @@
 #include <limits>
 #include <random>
 
-#include "velto/platform/foundation/GMemory.h"
-
 namespace velto {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool isBlank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 std::string_view withoutLeadingBlanks(std::string_view text) {
   text.remove_prefix(static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isBlank) - text.begin()));
   return text;
 }
 
-// The length of the decimal number that the text starts with: sign, digits, fraction, exponent. 0 when there is none.
+// The length of the decimal number that the text starts with: sign, digits, fraction, exponent. 0 when there
+// is none.
 size_t numberLength(std::string_view text, bool plusAllowed) {
   size_t at = 0;
   const auto digits = [&] {
@@ -64,7 +69,8 @@ bool isValidUTF8(std::string_view text) {
 }
 
 std::string md5Hex(std::string_view bytes) {
-  GText digest(g_compute_checksum_for_data(G_CHECKSUM_MD5, reinterpret_cast<const guchar*>(bytes.data()), bytes.size()));
+  GText digest(g_compute_checksum_for_data(G_CHECKSUM_MD5, reinterpret_cast<const guchar*>(bytes.data()),
+                                           bytes.size()));
   return digest.get();
 }
 
@@ -110,7 +116,8 @@ std::string randomText(std::string_view alphabet, size_t length) {
 
 std::string fixedDecimals(double value, int decimals) {
   char buffer[400];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
+  const auto result =
+      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
   return std::string(buffer, result.ptr);
 }
 

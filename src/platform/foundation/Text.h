@@ -1,5 +1,5 @@
-// Texts and bytes: digests, base64, identifiers, numbers in and out of text, all independent of the process's locale.
-// Any thread.
+// Texts and bytes: digests, base64, identifiers, numbers in and out of text, all independent of the process's
+// locale. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -30,8 +30,8 @@ std::string randomText(std::string_view alphabet, size_t length);
 // With exactly that many decimals, rounded, as "%.*f" prints in the C locale.
 std::string fixedDecimals(double value, int decimals);
 
-// With at most 16 significant digits and no more decimals than needed ("320", "0.5", "1e+21"), as number objects of the phone
-// platforms describe themselves.
+// With at most 16 significant digits and no more decimals than needed ("320", "0.5", "1e+21"), as number
+// objects of the phone platforms describe themselves.
 std::string numberText(double value);
 
 // The whole text as a decimal number ("-12", "2.5", "1E3"); nothing for anything else.

@@ -1,10 +1,10 @@
 // The solver: at most a handful of equations a view, so elimination is written out for two unknowns.
 #include "velto/platform/ui/LayoutSolver.h"
 
+#include "velto/platform/ui/UIView.h"
+
 #include <cmath>
 #include <optional>
-
-#include "velto/platform/ui/UIView.h"
 
 namespace velto {
 namespace {
@@ -76,8 +76,10 @@ double ancestorValue(const UIView& ancestor, const NSLayoutItem& item, NSLayoutA
 std::optional<Equation> equationFor(const UIView& view, const NSLayoutConstraint& constraint) {
   const auto first = constraint.firstItem.view.lock();
   const auto second = constraint.secondItem.view.lock();
-  const bool viewIsFirst = first.get() == &view && constraint.firstItem.region == NSLayoutItem::Region::Bounds;
-  const bool viewIsSecond = second.get() == &view && constraint.secondItem.region == NSLayoutItem::Region::Bounds;
+  const bool viewIsFirst =
+      first.get() == &view && constraint.firstItem.region == NSLayoutItem::Region::Bounds;
+  const bool viewIsSecond =
+      second.get() == &view && constraint.secondItem.region == NSLayoutItem::Region::Bounds;
   if (viewIsFirst == viewIsSecond) return std::nullopt;  // of others, or of this view alone
 
   const auto& ownAttribute = viewIsFirst ? constraint.firstAttribute : constraint.secondAttribute;
@@ -88,7 +90,8 @@ std::optional<Equation> equationFor(const UIView& view, const NSLayoutConstraint
 
   if (otherAttribute == NSLayoutAttribute::NotAnAttribute)
     return viewIsFirst ? std::optional(Equation{own.a, own.b, constraint.constant - own.c}) : std::nullopt;
-  if (!other || !view.superview() || other.get() == &view || !view.isDescendantOfView(*other)) return std::nullopt;
+  if (!other || !view.superview() || other.get() == &view || !view.isDescendantOfView(*other))
+    return std::nullopt;
 
   const double value = ancestorValue(*other, otherItem, otherAttribute, *view.superview());
   if (viewIsFirst) return Equation{own.a, own.b, value * constraint.multiplier + constraint.constant - own.c};

@@ -1,7 +1,7 @@
-// Turns constraints into frames. Each axis of each view has two unknowns, its start and its length; every active constraint
-// between the view and one of its ancestors (or a fixed length) is one linear equation in them. The first two
-// equations that do not depend on each other decide; later ones that contradict them are passed over. What is left open
-// is zero: a view has no size of its own.
+// Turns constraints into frames. Each axis of each view has two unknowns, its start and its length; every
+// active constraint between the view and one of its ancestors (or a fixed length) is one linear equation in
+// them. The first two equations that do not depend on each other decide; later ones that contradict them are
+// passed over. What is left open is zero: a view has no size of its own.
 #pragma once
 
 #include "velto/platform/Geometry.h"

@@ -1,17 +1,15 @@
 // Making constraints, and finding the view that holds both ends of one.
 #include "velto/platform/ui/NSLayoutConstraint.h"
 
-#include <stdexcept>
-
 #include "velto/platform/ui/UIView.h"
+
+#include <stdexcept>
 
 namespace velto {
 
-std::shared_ptr<NSLayoutConstraint> NSLayoutConstraint::constraintWithItem(NSLayoutItem item,
-                                                                           NSLayoutAttribute attribute,
-                                                                           NSLayoutItem toItem,
-                                                                           NSLayoutAttribute toAttribute,
-                                                                           double multiplier, double constant) {
+std::shared_ptr<NSLayoutConstraint> NSLayoutConstraint::constraintWithItem(
+    NSLayoutItem item, NSLayoutAttribute attribute, NSLayoutItem toItem, NSLayoutAttribute toAttribute,
+    double multiplier, double constant) {
   auto constraint = std::make_shared<NSLayoutConstraint>();
   constraint->firstItem = std::move(item);
   constraint->firstAttribute = attribute;
@@ -34,8 +32,8 @@ std::vector<std::shared_ptr<NSLayoutConstraint>> NSLayoutConstraint::constraints
   const auto metric = metrics.find(body.substr(open + 1, body.size() - open - 3));
   if (view == views.end() || metric == metrics.end())
     throw std::invalid_argument("layout format names something that is not given: " + format);
-  return {constraintWithItem({view->second}, vertical ? NSLayoutAttribute::Height : NSLayoutAttribute::Width, {},
-                             NSLayoutAttribute::NotAnAttribute, 1, metric->second)};
+  return {constraintWithItem({view->second}, vertical ? NSLayoutAttribute::Height : NSLayoutAttribute::Width,
+                             {}, NSLayoutAttribute::NotAnAttribute, 1, metric->second)};
 }
 
 void NSLayoutConstraint::setActive(bool active) {

@@ -1,5 +1,5 @@
-// A linear relation between two edges, centres or lengths of views: first = second * multiplier + constant. Shared by all
-// platforms; the solver (LayoutSolver.h) turns the active ones into frames. Main thread.
+// A linear relation between two edges, centres or lengths of views: first = second * multiplier + constant.
+// Shared by all platforms; the solver (LayoutSolver.h) turns the active ones into frames. Main thread.
 #pragma once
 
 #include <map>
@@ -27,7 +27,10 @@ enum class NSLayoutAttribute {
   BottomMargin = 16,
 };
 
-enum NSLayoutFormatOptions : unsigned { NSLayoutFormatAlignAllCenterX = 512, NSLayoutFormatAlignAllCenterY = 1024 };
+enum NSLayoutFormatOptions : unsigned {
+  NSLayoutFormatAlignAllCenterX = 512,
+  NSLayoutFormatAlignAllCenterY = 1024
+};
 
 // What a constraint speaks of: a view's own box, or the part of it that nothing of the device covers.
 struct NSLayoutItem {
@@ -38,13 +41,15 @@ struct NSLayoutItem {
 
 class NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
  public:
-  static std::shared_ptr<NSLayoutConstraint> constraintWithItem(NSLayoutItem item, NSLayoutAttribute attribute,
-                                                                NSLayoutItem toItem, NSLayoutAttribute toAttribute,
+  static std::shared_ptr<NSLayoutConstraint> constraintWithItem(NSLayoutItem item,
+                                                                NSLayoutAttribute attribute,
+                                                                NSLayoutItem toItem,
+                                                                NSLayoutAttribute toAttribute,
                                                                 double multiplier, double constant);
 
   // Understands the formats "[name(metric)]" and "V:[name(metric)]", a fixed width or height; throws
-  // std::invalid_argument on any other, and on names that are not given. The options align views that stand beside each
-  // other, so with a single view they change nothing.
+  // std::invalid_argument on any other, and on names that are not given. The options align views that stand
+  // beside each other, so with a single view they change nothing.
   static std::vector<std::shared_ptr<NSLayoutConstraint>> constraintsWithVisualFormat(
       const std::string& format, unsigned options, const std::map<std::string, double>& metrics,
       const std::map<std::string, std::shared_ptr<UIView>>& views);
@@ -68,7 +73,8 @@ using NSLayoutConstraints = std::vector<std::shared_ptr<NSLayoutConstraint>>;
 struct NSLayoutAnchor {
   NSLayoutItem item;
   NSLayoutAttribute attribute;
-  std::shared_ptr<NSLayoutConstraint> constraintEqualToAnchor(const NSLayoutAnchor& other, double constant = 0) const {
+  std::shared_ptr<NSLayoutConstraint> constraintEqualToAnchor(const NSLayoutAnchor& other,
+                                                              double constant = 0) const {
     return NSLayoutConstraint::constraintWithItem(item, attribute, other.item, other.attribute, 1, constant);
   }
 };

@@ -7,8 +7,8 @@ namespace velto {
 
 UIButton::UIButton() : UIButton(Platform::current().views().makeButton()) {}
 
-// The base takes the peer over; this pointer to the same object only remembers that it is a button's. The braces matter:
-// they read the pointer before the peer is moved.
+// The base takes the peer over; this pointer to the same object only remembers that it is a button's. The
+// braces matter: they read the pointer before the peer is moved.
 UIButton::UIButton(std::unique_ptr<ButtonPeer> peer) : UIButton{peer.get(), std::move(peer)} {}
 
 UIButton::UIButton(ButtonPeer* buttonPeer, std::unique_ptr<ViewPeer> peer)
@@ -67,10 +67,14 @@ void UIButton::sendTouchUpInside() {
   for (const auto& action : actions) action();
 }
 
-void UIButton::peerTapped(CGPoint) { sendTouchUpInside(); }
+void UIButton::peerTapped(CGPoint) {
+  sendTouchUpInside();
+}
 
 void UIButton::updateLook() {
-  const auto state = !enabled_ ? UIControlStateDisabled : highlighted_ ? UIControlStateHighlighted : UIControlStateNormal;
+  const auto state = !enabled_      ? UIControlStateDisabled
+                     : highlighted_ ? UIControlStateHighlighted
+                                    : UIControlStateNormal;
   buttonPeer_->setLook({title_, titleColor(state), fontSize_, enabled_, showsTouch_, shape_});
 }
 

@@ -1,16 +1,20 @@
 // A push button with a title for each state and an optional painted shape. Main thread only.
 #pragma once
 
+#include "velto/platform/ui/UIView.h"
+
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 
-#include "velto/platform/ui/UIView.h"
-
 namespace velto {
 
-enum UIControlState : unsigned { UIControlStateNormal = 0, UIControlStateHighlighted = 1, UIControlStateDisabled = 2 };
+enum UIControlState : unsigned {
+  UIControlStateNormal = 0,
+  UIControlStateHighlighted = 1,
+  UIControlStateDisabled = 2
+};
 enum UIControlEvents : unsigned { UIControlEventTouchUpInside = 64 };
 
 class UIButton : public UIView {

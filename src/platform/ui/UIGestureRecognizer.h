@@ -12,7 +12,8 @@ class UITapGestureRecognizer;
 class UIGestureRecognizerDelegate {
  public:
   virtual ~UIGestureRecognizerDelegate() = default;
-  // gestureRecognizer:shouldRecognizeSimultaneouslyWithGestureRecognizer: the other one is the page's, which has no object.
+  // gestureRecognizer:shouldRecognizeSimultaneouslyWithGestureRecognizer: the other one is the page's, which
+  // has no object.
   virtual bool gestureRecognizer(UITapGestureRecognizer& recognizer) = 0;
 };
 
@@ -22,8 +23,8 @@ class UITapGestureRecognizer {
 
   void setDelegate(std::weak_ptr<UIGestureRecognizerDelegate> delegate) { delegate_ = std::move(delegate); }
 
-  // Called by the view that it is attached to, main thread. `alsoTakenByPage` tells that something below it, such as
-  // a page, takes the touch for itself as well.
+  // Called by the view that it is attached to, main thread. `alsoTakenByPage` tells that something below it,
+  // such as a page, takes the touch for itself as well.
   void recognize(bool alsoTakenByPage) {
     if (alsoTakenByPage) {
       auto delegate = delegate_.lock();

@@ -1,12 +1,12 @@
 // The view tree: structure, frames, layout passes, safe areas and taps.
 #include "velto/platform/ui/UIView.h"
 
-#include <algorithm>
-
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ui/LayoutSolver.h"
 #include "velto/platform/ui/UIViewController.h"
+
+#include <algorithm>
 
 namespace velto {
 
@@ -14,13 +14,17 @@ namespace {
 constexpr double layoutMargin = 8;  // points
 }
 
-std::shared_ptr<UIView> UIView::make() { return makeWithPeer(Platform::current().views().makeView()); }
+std::shared_ptr<UIView> UIView::make() {
+  return makeWithPeer(Platform::current().views().makeView());
+}
 
 std::shared_ptr<UIView> UIView::makeWithPeer(std::unique_ptr<ViewPeer> peer) {
   return std::shared_ptr<UIView>(new UIView(std::move(peer)));
 }
 
-UIView::UIView(std::unique_ptr<ViewPeer> peer) : peer_(std::move(peer)) { peer_->setOwner(this); }
+UIView::UIView(std::unique_ptr<ViewPeer> peer) : peer_(std::move(peer)) {
+  peer_->setOwner(this);
+}
 
 UIView::~UIView() {
   animation_.cancel();
@@ -30,7 +34,8 @@ UIView::~UIView() {
   }
 }
 
-// --- appearance -------------------------------------------------------------------------------------------------
+// --- appearance
+// -------------------------------------------------------------------------------------------------
 
 void UIView::setFrame(const CGRect& frame) {
   if (frame == frame_) return;
@@ -63,7 +68,8 @@ void UIView::present(const CGRect& frame, double alpha) {
   peer_->setAlpha(alpha);
 }
 
-// --- tree -------------------------------------------------------------------------------------------------------
+// --- tree
+// -------------------------------------------------------------------------------------------------------
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
   if (view->superview_ == this) {  // comes to the front, and stays what it is otherwise
@@ -113,7 +119,9 @@ UIView& UIView::root() {
   return *view;
 }
 
-bool UIView::isInWindow() const { return const_cast<UIView*>(this)->root().rootInWindow_; }
+bool UIView::isInWindow() const {
+  return const_cast<UIView*>(this)->root().rootInWindow_;
+}
 
 UIResponder* UIView::nextResponder() const {
   if (controller_) return controller_;
@@ -134,7 +142,8 @@ void UIView::windowChanged(bool inWindow) {
   for (const auto& child : children) child->windowChanged(inWindow);
 }
 
-// --- layout -----------------------------------------------------------------------------------------------------
+// --- layout
+// -----------------------------------------------------------------------------------------------------
 
 void UIView::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
   translatesMask_ = translates;
@@ -192,15 +201,20 @@ void UIView::resizeFlexibleSubviews(CGSize from) {
   for (const auto& child : subviews_) {
     if (!child->translatesMask_ || child->autoresizingMask_ == 0) continue;
     CGRect frame = child->frame_;
-    if (child->autoresizingMask_ & UIViewAutoresizingFlexibleWidth) frame.size.width += frame_.size.width - from.width;
+    if (child->autoresizingMask_ & UIViewAutoresizingFlexibleWidth)
+      frame.size.width += frame_.size.width - from.width;
     if (child->autoresizingMask_ & UIViewAutoresizingFlexibleHeight)
       frame.size.height += frame_.size.height - from.height;
     child->setFrame(frame);
   }
 }
 
-UILayoutGuide UIView::boxGuide() { return {{weak_from_this(), NSLayoutItem::Region::Bounds}}; }
-UILayoutGuide UIView::safeAreaLayoutGuide() { return {{weak_from_this(), NSLayoutItem::Region::SafeArea}}; }
+UILayoutGuide UIView::boxGuide() {
+  return {{weak_from_this(), NSLayoutItem::Region::Bounds}};
+}
+UILayoutGuide UIView::safeAreaLayoutGuide() {
+  return {{weak_from_this(), NSLayoutItem::Region::SafeArea}};
+}
 
 void UIView::platformSetSafeAreaInsets(const UIEdgeInsets& insets) {
   rootSafeAreaInsets_ = insets;
@@ -242,7 +256,8 @@ CGPoint UIView::convertPointFromView(CGPoint point, const UIView& view) const {
   return point;
 }
 
-// --- touch ------------------------------------------------------------------------------------------------------
+// --- touch
+// ------------------------------------------------------------------------------------------------------
 
 void UIView::addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer) {
   recognizers_.push_back(std::move(recognizer));

@@ -1,9 +1,7 @@
-// A rectangle on the screen: the library's own view tree, the same on every platform. A peer (ViewPeer.h) shows each
-// view. Views are owned by their superview and by whoever else holds the pointer. Main thread only.
+// A rectangle on the screen: the library's own view tree, the same on every platform. A peer (ViewPeer.h)
+// shows each view. Views are owned by their superview and by whoever else holds the pointer. Main thread
+// only.
 #pragma once
-
-#include <memory>
-#include <vector>
 
 #include "velto/platform/Geometry.h"
 #include "velto/platform/UIColor.h"
@@ -12,9 +10,15 @@
 #include "velto/platform/ui/UIGestureRecognizer.h"
 #include "velto/platform/ui/UIResponder.h"
 
+#include <memory>
+#include <vector>
+
 namespace velto {
 
-enum UIViewAutoresizing : unsigned { UIViewAutoresizingFlexibleWidth = 2, UIViewAutoresizingFlexibleHeight = 16 };
+enum UIViewAutoresizing : unsigned {
+  UIViewAutoresizingFlexibleWidth = 2,
+  UIViewAutoresizingFlexibleHeight = 16
+};
 
 class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
  public:
@@ -51,15 +55,15 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   const NSLayoutConstraints& constraints() const { return constraints_; }
   void addConstraints(const NSLayoutConstraints& constraints);  // one that is there already stays where it is
   void removeConstraints(const NSLayoutConstraints& constraints);
-  void setNeedsLayout();   // a layout pass follows in the next turn of the main queue
-  void layoutIfNeeded();   // or now, for the whole tree that this view is in
+  void setNeedsLayout();            // a layout pass follows in the next turn of the main queue
+  void layoutIfNeeded();            // or now, for the whole tree that this view is in
   virtual void layoutSubviews() {}  // called after the subviews have their new frames
 
   UILayoutGuide boxGuide();             // the view's own edges
   UILayoutGuide safeAreaLayoutGuide();  // the edges of its safe area
   CGRect safeAreaFrame() const;         // own coordinates
   UIEdgeInsets safeAreaInsets() const;
-  UIEdgeInsets layoutMargins() const;  // 8 points inside the safe area
+  UIEdgeInsets layoutMargins() const;                                     // 8 points inside the safe area
   CGPoint convertPointFromView(CGPoint point, const UIView& view) const;  // both in one tree
 
   void addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer);
@@ -72,7 +76,8 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
 
   // For peers: a person tapped at a point of this view (own coordinates).
   virtual void peerTapped(CGPoint point);
-  // For platforms, on the root views they make: the window it is shown in came or went, its safe area changed.
+  // For platforms, on the root views they make: the window it is shown in came or went, its safe area
+  // changed.
   void platformSetInWindow(bool inWindow);
   void platformSetSafeAreaInsets(const UIEdgeInsets& insets);
   ViewPeer& peer() const { return *peer_; }

@@ -1,17 +1,20 @@
-// Animation by display link. A running animation is a handle on its view, so any other change of the frame ends it.
+// Animation by display link. A running animation is a handle on its view, so any other change of the frame
+// ends it.
 #include "velto/platform/ui/UIViewAnimation.h"
-
-#include <algorithm>
-#include <cmath>
 
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace velto {
 namespace {
 
-double between(double from, double to, double part) { return from + (to - from) * part; }
+double between(double from, double to, double part) {
+  return from + (to - from) * part;
+}
 
 CGRect between(const CGRect& from, const CGRect& to, double part) {
   return {{between(from.origin.x, to.origin.x, part), between(from.origin.y, to.origin.y, part)},
@@ -89,18 +92,21 @@ double springPosition(double time, double duration, double damping, double initi
                  (std::cos(damped * time) + (decay - initialVelocity) / damped * std::sin(damped * time));
 }
 
-void animateWithDuration(double duration, double delay, const std::shared_ptr<UIView>& view, const ViewChange& change,
-                         std::function<void(bool)> completion) {
-  animate(duration, delay, view, change, [duration](double time) { return easeInOut(time, duration); },
-          std::move(completion));
+void animateWithDuration(double duration, double delay, const std::shared_ptr<UIView>& view,
+                         const ViewChange& change, std::function<void(bool)> completion) {
+  animate(
+      duration, delay, view, change, [duration](double time) { return easeInOut(time, duration); },
+      std::move(completion));
 }
 
-void animateWithDuration(double duration, double delay, double usingSpringWithDamping, double initialSpringVelocity,
-                         const std::shared_ptr<UIView>& view, const ViewChange& change,
-                         std::function<void(bool)> completion) {
+void animateWithDuration(double duration, double delay, double usingSpringWithDamping,
+                         double initialSpringVelocity, const std::shared_ptr<UIView>& view,
+                         const ViewChange& change, std::function<void(bool)> completion) {
   animate(
       duration, delay, view, change,
-      [=](double time) { return springPosition(time, duration, usingSpringWithDamping, initialSpringVelocity); },
+      [=](double time) {
+        return springPosition(time, duration, usingSpringWithDamping, initialSpringVelocity);
+      },
       std::move(completion));
 }
 

@@ -8,7 +8,9 @@ namespace velto {
 
 UIViewController::UIViewController() : UIViewController(UIView::make()) {}
 
-UIViewController::UIViewController(std::shared_ptr<UIView> view) : view_(std::move(view)) { view_->controller_ = this; }
+UIViewController::UIViewController(std::shared_ptr<UIView> view) : view_(std::move(view)) {
+  view_->controller_ = this;
+}
 
 UIViewController::~UIViewController() {
   view_->controller_ = nullptr;
@@ -28,7 +30,8 @@ void UIViewController::removeFromParentViewController() {
   std::erase(std::exchange(parent_, nullptr)->children_, self);
 }
 
-void UIViewController::viewWillTransitionToSize(CGSize size, UIViewControllerTransitionCoordinator& coordinator) {
+void UIViewController::viewWillTransitionToSize(CGSize size,
+                                                UIViewControllerTransitionCoordinator& coordinator) {
   const auto children = children_;
   for (const auto& child : children) child->viewWillTransitionToSize(size, coordinator);
 }

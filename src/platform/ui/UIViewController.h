@@ -1,12 +1,12 @@
-// A view with behaviour, in a tree of controllers. The host application's window is one; the library's banners and
-// interstitials are others, put into it. Main thread only.
+// A view with behaviour, in a tree of controllers. The host application's window is one; the library's
+// banners and interstitials are others, put into it. Main thread only.
 #pragma once
+
+#include "velto/platform/ui/UIView.h"
 
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "velto/platform/ui/UIView.h"
 
 namespace velto {
 
@@ -39,7 +39,8 @@ class UIViewController : public UIResponder, public std::enable_shared_from_this
   virtual void viewWillAppear(bool /*animated*/) {}
   virtual void viewWillDisappear(bool /*animated*/) {}
 
-  // The window takes another size, such as in a rotation. Told by the platform to a window's controller, passed on to children.
+  // The window takes another size, such as in a rotation. Told by the platform to a window's controller,
+  // passed on to children.
   virtual void viewWillTransitionToSize(CGSize size, UIViewControllerTransitionCoordinator& coordinator);
 
   virtual bool shouldAutorotate() const { return true; }

@@ -1,10 +1,10 @@
 // Custom transitions of presented view controllers, and what runs beside a rotation. Main thread.
 #pragma once
 
+#include "velto/platform/ui/UIViewController.h"
+
 #include <functional>
 #include <memory>
-
-#include "velto/platform/ui/UIViewController.h"
 
 namespace velto {
 

@@ -5,7 +5,8 @@
 
 namespace velto {
 
-std::shared_ptr<WKWebView> WKWebView::initWithFrame(const CGRect& frame, WKWebViewConfiguration configuration) {
+std::shared_ptr<WKWebView> WKWebView::initWithFrame(const CGRect& frame,
+                                                    WKWebViewConfiguration configuration) {
   auto peer = Platform::current().views().makeWebView(configuration);
   auto* webPeer = peer.get();
   std::shared_ptr<WKWebView> view(new WKWebView(webPeer, std::move(peer), std::move(configuration)));
@@ -13,7 +14,8 @@ std::shared_ptr<WKWebView> WKWebView::initWithFrame(const CGRect& frame, WKWebVi
   return view;
 }
 
-WKWebView::WKWebView(WebViewPeer* webPeer, std::unique_ptr<ViewPeer> peer, WKWebViewConfiguration configuration)
+WKWebView::WKWebView(WebViewPeer* webPeer, std::unique_ptr<ViewPeer> peer,
+                     WKWebViewConfiguration configuration)
     : UIView(std::move(peer)), webPeer_(webPeer), configuration_(std::move(configuration)) {
   configuration_.preparedContent.reset();  // taken over by the peer, or not wanted
 }
@@ -22,8 +24,8 @@ void WKWebView::loadHTMLString(const std::string& html, const std::optional<NSUR
   webPeer_->loadHTMLString(html, baseURL);
 }
 
-void WKWebView::evaluateJavaScript(const std::string& script,
-                                   std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) {
+void WKWebView::evaluateJavaScript(
+    const std::string& script, std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) {
   webPeer_->evaluateJavaScript(script, std::move(completion));
 }
 
@@ -32,12 +34,14 @@ void WKWebView::setScrollView(const ScrollBehavior& behavior) {
   webPeer_->setScrollBehavior(behavior);
 }
 
-// Delegates may remove this view while they are being told; the pointers keep both ends alive until they return.
+// Delegates may remove this view while they are being told; the pointers keep both ends alive until they
+// return.
 
 WKNavigationActionPolicy WKWebView::peerDecidePolicy(const WKNavigationAction& action) {
   const auto self = shared_from_this();
   auto decision = WKNavigationActionPolicy::Cancel;
-  if (auto delegate = delegate_.lock()) delegate->webView(*this, action, [&](auto policy) { decision = policy; });
+  if (auto delegate = delegate_.lock())
+    delegate->webView(*this, action, [&](auto policy) { decision = policy; });
   return decision;
 }
 

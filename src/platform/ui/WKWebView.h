@@ -1,5 +1,8 @@
-// A web view: loads markup, runs statements in the page, tells its delegate where the page wants to go. Main thread only.
+// A web view: loads markup, runs statements in the page, tells its delegate where the page wants to go. Main
+// thread only.
 #pragma once
+
+#include "velto/platform/ui/UIView.h"
 
 #include <cstdint>
 #include <functional>
@@ -7,8 +10,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "velto/platform/ui/UIView.h"
 
 namespace velto {
 
@@ -30,16 +31,23 @@ struct WKUserContentController {
 struct WKWebViewConfiguration {
   bool allowsInlineMediaPlayback = false;
   bool allowsAirPlayForMediaPlayback = true;
-  uint64_t dataDetectorTypes = 0;                    // 2 turns links in plain text into links
+  uint64_t dataDetectorTypes = 0;                                    // 2 turns links in plain text into links
   uint64_t mediaTypesRequiringUserActionForPlayback = ~uint64_t{0};  // 0 none, all bits all
-  bool requiresUserActionForMediaPlayback = true;    // the same, where the above is not known
+  bool requiresUserActionForMediaPlayback = true;                    // the same, where the above is not known
   WKUserContentController userContentController;
   // Wishes that save time: content to start from, and a view whose web process to share.
   std::shared_ptr<PreparedWebContent> preparedContent;
   std::weak_ptr<WKWebView> relatedWebView;
 };
 
-enum class WKNavigationType { LinkActivated = 0, FormSubmitted = 1, BackForward = 2, Reload = 3, FormResubmitted = 4, Other = -1 };
+enum class WKNavigationType {
+  LinkActivated = 0,
+  FormSubmitted = 1,
+  BackForward = 2,
+  Reload = 3,
+  FormResubmitted = 4,
+  Other = -1
+};
 enum class WKNavigationActionPolicy { Cancel = 0, Allow = 1 };
 
 struct WKNavigationAction {
@@ -55,8 +63,10 @@ class WKNavigationDelegate {
   using DecisionHandler = std::function<void(WKNavigationActionPolicy)>;
 
   virtual ~WKNavigationDelegate() = default;
-  // webView:decidePolicyForNavigationAction:decisionHandler: for every navigation of every frame; the handler is called inside.
-  virtual void webView(WKWebView& webView, const WKNavigationAction& action, const DecisionHandler& decisionHandler) = 0;
+  // webView:decidePolicyForNavigationAction:decisionHandler: for every navigation of every frame; the handler
+  // is called inside.
+  virtual void webView(WKWebView& webView, const WKNavigationAction& action,
+                       const DecisionHandler& decisionHandler) = 0;
   // webView:didFinishNavigation:
   virtual void webView(WKWebView& webView, const WKNavigation& navigation) = 0;
   // webView:didFailNavigation:withError:
@@ -68,12 +78,15 @@ class WKWebView : public UIView {
   static std::shared_ptr<WKWebView> initWithFrame(const CGRect& frame, WKWebViewConfiguration configuration);
 
   const WKWebViewConfiguration& configuration() const { return configuration_; }
-  void setNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate) { delegate_ = std::move(delegate); }
+  void setNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate) {
+    delegate_ = std::move(delegate);
+  }
 
   void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL);
   // See WebViewPeer. The completion may be empty; it is not called once the view is gone.
-  void evaluateJavaScript(const std::string& script,
-                          std::function<void(std::optional<JSON> result, std::optional<NSError> error)> completion);
+  void evaluateJavaScript(
+      const std::string& script,
+      std::function<void(std::optional<JSON> result, std::optional<NSError> error)> completion);
 
   const ScrollBehavior& scrollView() const { return scroll_; }
   void setScrollView(const ScrollBehavior& behavior);
