@@ -300,7 +300,7 @@ void Stage::add(const std::string& name, const std::string& what) {
   const Event& event =
       events_.emplace_back(Event{double(g_get_monotonic_time() - start_) / 1000, name, what});
   char line[160];
-  std::snprintf(line, sizeof line, "%7.0f ms  %-8s %s\n", event.ms, name.c_str(), what.c_str());
+  std::snprintf(line, sizeof line, "%6.0f ms %-7s %s\n", event.ms, name.c_str(), what.c_str());
   std::fputs(line, stdout);
   std::fflush(stdout);
   if (!window_) return;
