@@ -19,7 +19,6 @@ namespace {
 using nlohmann::json;
 
 // --- building one ad request
-// ----------------------------------------------------------------------------------------
 
 std::optional<NSURLRequest> libraryRequest() {
   VeltoSettings settings;
@@ -96,7 +95,6 @@ void BM_RequestByHand(benchmark::State& state) {
 BENCHMARK(BM_RequestByHand);
 
 // --- laying out a hundred banners
-// -----------------------------------------------------------------------------------
 
 constexpr int banners = 100;
 constexpr CGSize bannerSize{320, 50};

@@ -26,7 +26,6 @@ const char* nameOf(VeltoTrackType type) {
 }  // namespace
 
 // --- events
-// -----------------------------------------------------------------------------------------------------
 
 std::shared_ptr<VeltoTrackerManager> VeltoTrackerManager::shared() {
   return Platform::shared<VeltoTrackerManager>();
@@ -72,7 +71,6 @@ std::string VeltoTrackerManager::clickIdentifierForBannerId(const std::string& b
 }
 
 // --- life
-// -------------------------------------------------------------------------------------------------------
 
 VeltoTrackerManager::VeltoTrackerManager() : self_(std::make_shared<VeltoTrackerManager*>(this)) {
   _startPollingService();
@@ -105,7 +103,6 @@ void VeltoTrackerManager::_pollingTimerPerformed() {
 }
 
 // --- the queue
-// --------------------------------------------------------------------------------------------------
 
 DefaultsDictionary& VeltoTrackerManager::identifiers() {
   if (!identifiers_)
@@ -153,7 +150,6 @@ void VeltoTrackerManager::save(const std::string& identifier, const std::optiona
 }
 
 // --- sending
-// ----------------------------------------------------------------------------------------------------
 
 // What is not acknowledged stays in progress, so that polling leaves it alone until the application starts
 // again.

@@ -47,7 +47,6 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
 }
 
 // --- load
-// -------------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
   settings_ = settings;
@@ -72,7 +71,6 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
 }
 
 // --- show
-// -------------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
   startAudioVolumeObserverForContext(&audioContext_);
@@ -151,7 +149,6 @@ void VeltoBannerViewControllerPrivate::_resetBannerView() {
 }
 
 // --- the page
-// ---------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::veltoAdLoaded(WKWebView& loaded) {
   if (&loaded == webView_.get()) _adLoaded(webView_);
@@ -191,7 +188,6 @@ void VeltoBannerViewControllerPrivate::veltoDismissWKWebView(WKWebView&) {
 }
 
 // --- the person
-// -------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::_adDidPress() {
   // The delegate may remove or reload the banner; what was pressed is the ad of before.
@@ -209,7 +205,6 @@ void VeltoBannerViewControllerPrivate::mediationBannerDidClose() {
 }
 
 // --- removal
-// ----------------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
   Platform::current().mainQueue().post([alive = self()] {
@@ -235,7 +230,6 @@ void VeltoBannerViewControllerPrivate::_invalidateBanner() {
 }
 
 // --- observations
-// -----------------------------------------------------------------------------------------------
 
 void VeltoBannerViewControllerPrivate::_notificationAdMobAdapterGADBannerReady(
     const NSNotification& notification) {

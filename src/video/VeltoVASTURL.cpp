@@ -60,7 +60,6 @@ class Items {
 }  // namespace
 
 // --- making
-// -----------------------------------------------------------------------------------------------------
 
 std::optional<VeltoVASTURL> VeltoVASTURL::VASTURLforHost(const OptionalText& host,
                                                          const OptionalText& veltoKey, uint64_t videoPosition,
@@ -116,7 +115,6 @@ void VeltoVASTURL::setVASTVersion(const std::optional<Numbers>& versions) {
 }
 
 // --- the URL
-// ----------------------------------------------------------------------------------------------------
 
 std::optional<NSURL> VeltoVASTURL::URL() const {
   return _mandatoryParametersAreValid() ? _buildURL() : std::nullopt;

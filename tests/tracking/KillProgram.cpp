@@ -53,7 +53,6 @@ void installOn(const std::string& folder, const std::string& caFile = {}, const 
 }
 
 // --- the victim
-// -----------------------------------------------------------------------------------------------------
 
 // Tells on standard output what has happened: "registered", "stored EVENT" once that is on the medium, "gone
 // EVENT" once it was removed again. With `once` it ends after the first that went.
@@ -87,7 +86,6 @@ int produceClicks(const std::string& folder, const std::string& caFile, const st
 }
 
 // --- the killer
-// -----------------------------------------------------------------------------------------------------
 
 // A running victim. Its end is waited for.
 class Victim {

@@ -56,7 +56,6 @@ struct Event {
 };
 
 // --- the store
-// ------------------------------------------------------------------------------------------------------
 
 // SQLite's readers, too, make files beside a database with a log; where nobody has it open there is no log,
 // and the file can be read as it stands.
@@ -91,7 +90,6 @@ std::vector<Event> readEvents(std::filesystem::path file) {
 }
 
 // --- the commands
-// ---------------------------------------------------------------------------------------------------
 
 std::string dateOf(const std::string& seconds) {
   char* end = nullptr;

@@ -35,7 +35,6 @@ UIView::~UIView() {
 }
 
 // --- appearance
-// -------------------------------------------------------------------------------------------------
 
 void UIView::setFrame(const CGRect& frame) {
   if (frame == frame_) return;
@@ -69,7 +68,6 @@ void UIView::present(const CGRect& frame, double alpha) {
 }
 
 // --- tree
-// -------------------------------------------------------------------------------------------------------
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
   if (view->superview_ == this) {  // comes to the front, and stays what it is otherwise
@@ -143,7 +141,6 @@ void UIView::windowChanged(bool inWindow) {
 }
 
 // --- layout
-// -----------------------------------------------------------------------------------------------------
 
 void UIView::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
   translatesMask_ = translates;
@@ -257,7 +254,6 @@ CGPoint UIView::convertPointFromView(CGPoint point, const UIView& view) const {
 }
 
 // --- touch
-// ------------------------------------------------------------------------------------------------------
 
 void UIView::addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer) {
   recognizers_.push_back(std::move(recognizer));
