@@ -114,7 +114,6 @@ Engine& Engine::operator=(Engine&& other) noexcept {
   std::swap(view, other.view);
   std::swap(related, other.related);
   std::swap(process, other.process);
-  std::swap(arriving, other.arriving);
   return *this;
 }
 
@@ -137,11 +136,10 @@ Engine relatedEngine(const Engine& other) {
 }
 
 PreparedEngine::PreparedEngine(WebSession& session) : engine_(freshEngine(session)) {
-  engine_.arriving = true;
-  g_signal_connect(engine_.view, "load-changed", G_CALLBACK(loadChanged), this);
   g_signal_connect(engine_.view, "web-process-terminated", G_CALLBACK(terminated), this);
   timer_ = g_timeout_add_seconds(preparedLife, timedOut, this);
-  webkit_web_view_load_html(engine_.view, "", nullptr);
+  // A statement brings the process up like a page would, and leaves nothing behind for the ad to wait for.
+  webkit_web_view_evaluate_javascript(engine_.view, "0", -1, nullptr, nullptr, nullptr, nullptr, nullptr);
 }
 
 PreparedEngine::~PreparedEngine() {
@@ -160,12 +158,6 @@ std::optional<Engine> PreparedEngine::take() {
   Engine taken = std::move(engine_);
   letGo();
   return taken;
-}
-
-void PreparedEngine::loadChanged(WebKitWebView*, WebKitLoadEvent event, PreparedEngine* self) noexcept {
-  if (event != WEBKIT_LOAD_FINISHED) return;
-  self->engine_.arriving = false;
-  self->engine_.process->pageArrived();
 }
 
 void PreparedEngine::terminated(WebKitWebView*, WebKitWebProcessTerminationReason,

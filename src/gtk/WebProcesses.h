@@ -63,13 +63,12 @@ struct Engine {
   // until then.
   SharedView related;
   std::shared_ptr<WebProcess> process;
-  bool arriving = false;  // while an empty page is on its way into it
 };
 
 Engine freshEngine(WebSession& session);
 Engine relatedEngine(const Engine& other);  // in the other's process
 
-// A hidden web view that has loaded an empty page, so its process is up. The next web view takes it over; if
+// A hidden web view whose process is up, or coming. The next web view takes it over; if
 // none does, it and its process go with this object, or by themselves after half a minute.
 class PreparedEngine final : public PreparedWebContent {
  public:
@@ -82,7 +81,6 @@ class PreparedEngine final : public PreparedWebContent {
   std::optional<Engine> take();
 
  private:
-  static void loadChanged(WebKitWebView*, WebKitLoadEvent event, PreparedEngine* self) noexcept;
   static void terminated(WebKitWebView*, WebKitWebProcessTerminationReason, PreparedEngine* self) noexcept;
   static gboolean timedOut(gpointer self) noexcept;
   void letGo();

@@ -108,15 +108,7 @@ void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
 // --- loading -------------------------------------------------------------------------------------------
 
 void WebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
-  std::string base = baseURL && !isFile(baseURL->absoluteString()) ? baseURL->absoluteString() : "";
-  // In the engine's events the empty page of prepared content looks like any without base: it goes first.
-  if (engine_.arriving)
-    waiting_ = {html, std::move(base)};
-  else
-    load(html, base);
-}
-
-void WebView::load(const std::string& html, const std::string& base) {
+  const std::string base = baseURL && !isFile(baseURL->absoluteString()) ? baseURL->absoluteString() : "";
   if (engine_.process->hasEnded()) engine_.process = std::make_shared<WebProcess>();
   engine_.process->adLoaded();
   load_ = Load::Requested;
@@ -129,23 +121,17 @@ void WebView::load(const std::string& html, const std::string& base) {
   engine_.related = {};  // its process is shared from here on
 }
 
-void WebView::engineArrived() {
-  engine_.arriving = false;
-  if (const auto next = std::exchange(waiting_, std::nullopt)) load(next->first, next->second);
-}
-
 void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) noexcept {
   const auto view = self->owner();  // completions and delegates may remove it
   switch (event) {
     case WEBKIT_LOAD_STARTED:
-      if (!self->engine_.arriving) self->load_ = Load::Started;
+      self->load_ = Load::Started;
       break;
     case WEBKIT_LOAD_COMMITTED:
       self->scripts_->documentChanged();
       self->engine_.process->pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
-      if (self->engine_.arriving) return self->engineArrived();
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
       self->load_ = Load::Ended;
       view->peerDidFinishNavigation();
@@ -157,7 +143,6 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
 
 gboolean WebView::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error,
                              WebView* self) noexcept {
-  if (self->engine_.arriving) return TRUE;
   if (!isNoFailure(*error))
     self->fail(errorFrom(*error));
   else if (self->load_ == Load::Started)
@@ -179,7 +164,6 @@ void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReaso
   self->engine_.process->ended();
   self->ownNavigations_.clear();
   self->scripts_->processEnded();
-  if (self->engine_.arriving) return self->engineArrived();
   if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended"});
 }
 
@@ -233,7 +217,7 @@ void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow)
 bool WebView::isOwnNavigation(const WKNavigationAction& action, const std::string& address) {
   if (action.navigationType != WKNavigationType::Other) return false;
   const auto found = std::find(ownNavigations_.begin(), ownNavigations_.end(), address);
-  if (found == ownNavigations_.end()) return engine_.arriving;
+  if (found == ownNavigations_.end()) return false;
   ownNavigations_.erase(ownNavigations_.begin(), found + 1);
   return true;
 }

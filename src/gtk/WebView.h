@@ -52,8 +52,6 @@ class WebView final : public Peer, public WebViewPeer {
   void configure(const WKWebViewConfiguration& configuration);
   void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
   bool isOwnNavigation(const WKNavigationAction& action, const std::string& address);
-  void load(const std::string& html, const std::string& base);
-  void engineArrived();
   void fail(const NSError& error);
   std::shared_ptr<WKWebView> owner() const;
 
@@ -62,8 +60,7 @@ class WebView final : public Peer, public WebViewPeer {
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   Load load_ = Load::None;
-  std::optional<std::pair<std::string, std::string>> waiting_;  // markup and base, until the engine arrives
-  std::vector<std::string> ownNavigations_;                     // told to the engine, not yet asked about
+  std::vector<std::string> ownNavigations_;  // told to the engine, not yet asked about
 };
 
 }  // namespace velto::gtk
