@@ -32,7 +32,7 @@ endfunction()
 velto_install(velto NAME velto DESCRIPTION "Advertising client library" PRIVATE glib-2.0 gobject-2.0)
 # All headers of the library and of the headless platform; of the Linux platform only the public one.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto
-        FILES_MATCHING PATTERN "*.h" PATTERN GMemory.h EXCLUDE PATTERN gtk EXCLUDE PATTERN resources EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN GMemory.h EXCLUDE PATTERN gtk EXCLUDE)
 if(TARGET velto_headless)
   velto_install(velto_headless NAME velto-headless DESCRIPTION "Velto in memory, for tests" REQUIRES velto)
 endif()

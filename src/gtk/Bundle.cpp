@@ -2,6 +2,7 @@
 #include "velto/gtk/Bundle.h"
 
 #include "velto/gtk/Locale.h"
+#include "velto/resources/Resources.h"
 
 #include <glib.h>
 
@@ -31,6 +32,12 @@ std::optional<std::map<std::string, std::string>> LibraryBundle::infoDictionary(
   return std::map<std::string, std::string>{{"CFBundleIdentifier", identifier},
                                             {"CFBundleName", "Velto"},
                                             {"CFBundleShortVersionString", VELTO_VERSION}};
+}
+
+std::optional<std::string> LibraryBundle::contentsOfResource(const std::string& name,
+                                                             const std::string& extension) const {
+  const auto text = resourceText(name + "." + extension);
+  return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
 }  // namespace velto::gtk

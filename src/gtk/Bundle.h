@@ -28,7 +28,7 @@ class ApplicationBundle : public NSBundle {
   std::vector<std::string> localizations_;
 };
 
-// The library itself: its version, and the resources built into it (none so far).
+// The library itself: its version, and the scripts built into it.
 class LibraryBundle : public NSBundle {
  public:
   static constexpr char identifier[] = "com.velto.VeltoFramework";
@@ -39,9 +39,8 @@ class LibraryBundle : public NSBundle {
   std::shared_ptr<NSBundle> bundleForResource(const std::string&, const std::string&) const override {
     return nullptr;
   }
-  std::optional<std::string> contentsOfResource(const std::string&, const std::string&) const override {
-    return std::nullopt;
-  }
+  std::optional<std::string> contentsOfResource(const std::string& name,
+                                                const std::string& extension) const override;
 };
 
 }  // namespace velto::gtk

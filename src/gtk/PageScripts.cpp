@@ -63,7 +63,7 @@ bool isSyntax(JSCContext* context, const std::string& code) {
 
 std::optional<JSON> readValue(JSCValue* answer) {
   const auto value = GPtr<JSCValue>::adopt(jsc_value_object_get_property(answer, "value"));
-  if (jsc_value_is_undefined(value)) return JSON();
+  if (jsc_value_is_undefined(value)) return std::make_optional<JSON>();
   const GText text(jsc_value_to_json(value, 0));
   return text ? readJSON(text.get()) : std::nullopt;
 }

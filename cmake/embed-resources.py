@@ -1,0 +1,39 @@
+#!/usr/bin/python3
+"""Turns scripts into a C++ source that holds their minified texts: embed-resources.py OUTPUT SCRIPT..."""
+import pathlib
+import sys
+
+import rjsmin
+
+
+def literal(text):
+    """A text as C++ literals of a length that every compiler takes."""
+    data = text.encode()
+    parts = [data[at : at + 4000] for at in range(0, len(data), 4000)]
+    return "\n".join('"' + "".join(escaped(byte) for byte in part) + '"' for part in parts) or '""'
+
+
+def escaped(byte):
+    if byte in b'"\\':
+        return "\\" + chr(byte)
+    return chr(byte) if 32 <= byte < 127 and byte != ord("?") else f"\\{byte:03o}"
+
+
+def main(output, scripts):
+    answers = []
+    for path in map(pathlib.Path, scripts):
+        text = rjsmin.jsmin(path.read_text())
+        answers.append(
+            f'  if (name == "{path.name}") {{\n    return std::string_view(\n{literal(text)},\n{len(text.encode())});\n  }}\n'
+        )
+    pathlib.Path(output).write_text(
+        '#include "velto/resources/Resources.h"\n\n'
+        "namespace velto {\n\n"
+        "std::optional<std::string_view> resourceText([[maybe_unused]] std::string_view name) {\n"
+        + "".join(answers)
+        + "  return std::nullopt;\n}\n\n}  // namespace velto\n"
+    )
+
+
+if __name__ == "__main__":
+    main(sys.argv[1], sys.argv[2:])

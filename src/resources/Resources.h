@@ -1,0 +1,14 @@
+// The scripts that are built into the library: every .js file of this folder, minified
+// (cmake/embed-resources.py). The platforms' library bundles answer with them. Any thread.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace velto {
+
+// The text of a script by its file name ("mraid.js"), for the life of the process; nothing when there is
+// none.
+std::optional<std::string_view> resourceText(std::string_view name);
+
+}  // namespace velto
