@@ -22,6 +22,7 @@ Peer::Peer(GtkAccessibleRole role) : widget_(GPtr<GtkWidget>::sink(newViewWidget
 Peer::~Peer() {
   // The widget may outlive this by the event that is under way.
   if (tap_) g_signal_handlers_disconnect_by_data(tap_, this);
+  modal_.reset();
   Peer::removeFromSuperview();
 }
 
@@ -68,6 +69,12 @@ void Peer::touchEnded(GtkGestureClick*, int, double x, double y, Peer* self) noe
                          {static_cast<double>(gtk_widget_get_width(self->widget_)),
                           static_cast<double>(gtk_widget_get_height(self->widget_))}};
   if (pressed && isTap(*pressed, {x, y}) && bounds.contains({x, y})) self->owner_->peerTapped({x, y});
+}
+
+void Peer::setModal(bool modal) {
+  modal_.reset();
+  setViewTarget(widget_, modal ? ViewTarget::Always : ViewTarget::WhenPainted);
+  if (modal) modal_ = std::make_unique<ModalFocus>(widget_, [this] { owner_->peerEscaped(); });
 }
 
 void Peer::insertSubview(ViewPeer& child, size_t index) {

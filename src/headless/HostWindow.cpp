@@ -1,6 +1,7 @@
 // The window: a root view, and touches that find their way down from it.
 #include "velto/headless/HostWindow.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace velto::headless {
@@ -64,6 +65,17 @@ void HostWindow::tap(CGPoint point) {
   if (path.back().view->isControl()) return path.back().view->peerTapped(path.back().point);
   for (auto touched = path.rbegin(); touched != path.rend(); ++touched)
     if (RecordingViewPeer::of(*touched->view).isTouchable()) touched->view->peerTapped(touched->point);
+}
+
+bool HostWindow::pressEscape() {
+  if (!view().isInWindow()) return false;
+  const auto subviews = view().subviews();
+  const auto modal = std::find_if(subviews.rbegin(), subviews.rend(), [](const auto& subview) {
+    return RecordingViewPeer::of(*subview).isModal();
+  });
+  if (modal == subviews.rend()) return false;
+  (*modal)->peerEscaped();
+  return true;
 }
 
 WKNavigationActionPolicy HostWindow::tapLink(RecordingWebView& webView, const std::string& url) {

@@ -58,6 +58,7 @@ class UIViewControllerMRAIDSDKVelto {
   virtual void veltoMRAIDExpand(const std::optional<std::string>& /*secondPartURL*/,
                                 const CloseButton& /*btnCloseConfiguration*/) {}
   virtual void veltoMRAIDCloseExpand() {}
+  virtual void veltoMRAIDCloseInterstitial() {}
 
  protected:
   virtual UIViewController& viewController() = 0;

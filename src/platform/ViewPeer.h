@@ -41,6 +41,11 @@ class ViewPeer {
   virtual void setTouchable(
       bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
 
+  // While it is on, this view, which lies over all others of its window, has the keyboard: the focus goes
+  // into it, cannot leave it, and goes back where it was when it ends; Escape is reported to it
+  // (UIView::peerEscaped()). Several may be on; the last one counts.
+  virtual void setModal(bool modal) = 0;
+
   // `index` counts among this view's children, 0 is painted first. The child is in no other view.
   virtual void insertSubview(ViewPeer& child, size_t index) = 0;
   virtual void removeFromSuperview() = 0;

@@ -73,6 +73,7 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
 // --- show
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
+  if (abandoned_) return;
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
   if (!ad) dropPreparedWebContent();  // a view that stays empty needs no process
@@ -89,6 +90,7 @@ void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<
 
 void VeltoBannerViewControllerPrivate::presentMediationBannerView(
     const std::shared_ptr<UIView>& mediationView, const std::shared_ptr<VeltoAd>& ad) {
+  if (abandoned_) return;
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
   dropPreparedWebContent();
@@ -216,6 +218,11 @@ void VeltoBannerViewControllerPrivate::removeBanner() {
     alive->removeFromParentViewController();
     alive->didMoveToParentViewController(nullptr);
   });
+}
+
+void VeltoBannerViewControllerPrivate::abandon() {
+  abandoned_ = true;
+  removeBanner();
 }
 
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {

@@ -41,6 +41,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void load() { _loadAndNotifyFailure(true); }
   void load(const VeltoSettings& settings);
   void removeBanner();
+  // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
+  void abandon();
   void setRefreshTimeSeconds(int64_t seconds) { refreshTimeSeconds_ = seconds; }
   void setEnableAutoRefresh(bool enable) { autoRefresh_ = enable; }
   void setAnimation(int64_t animation) { animation_ = animation; }
@@ -109,7 +111,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
  private:
   VeltoBannerViewControllerPrivate() = default;
   UIViewController& viewController() override { return *this; }
-  VeltoBannerViewControllerPrivate* bannerController() override { return this; }
+  VeltoBannerViewControllerPrivate* bannerController() override { return abandoned_ ? nullptr : this; }
   bool animatesAsBanner() const override { return true; }
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
     return createWKWebViewInstance(std::move(delegate));
@@ -137,6 +139,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step);  // unless it is gone by then
 
   bool autoRefresh_ = false;
+  bool abandoned_ = false;
   bool firstAnimationCompleted_ = false;  // the entry animation has run, once for this controller's life
   int64_t position_ = VeltoBannerPositionTop;
   VeltoBannerSize size_ = VeltoBannerSizeSmart;

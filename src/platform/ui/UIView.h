@@ -76,6 +76,8 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
 
   // For peers: a person tapped at a point of this view (own coordinates).
   virtual void peerTapped(CGPoint point);
+  // Or pressed Escape while this view was the modal one.
+  virtual void peerEscaped() {}
   // For platforms, on the root views they make: the window it is shown in came or went, its safe area
   // changed.
   void platformSetInWindow(bool inWindow);

@@ -1,0 +1,58 @@
+// Modal focus: everything beside the widget and beside its ancestors is told not to take the focus.
+#include "velto/gtk/ModalFocus.h"
+
+namespace velto::gtk {
+
+ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped)
+    : widget_(GPtr<GtkWidget>::retain(widget)),
+      keys_(gtk_event_controller_key_new()),
+      escaped_(std::move(escaped)) {
+  auto* root = gtk_widget_get_root(widget);
+  g_weak_ref_init(&before_, root ? gtk_root_get_focus(root) : nullptr);
+
+  // Ahead of the page, which would keep Escape to itself.
+  gtk_event_controller_set_propagation_phase(keys_, GTK_PHASE_CAPTURE);
+  g_signal_connect(keys_, "key-pressed", G_CALLBACK(keyPressed), this);
+  gtk_widget_add_controller(widget, keys_);
+
+  gtk_widget_set_focusable(widget, TRUE);
+  gtk_widget_grab_focus(widget);
+  for (auto* inside = widget; inside && !GTK_IS_ROOT(inside); inside = gtk_widget_get_parent(inside)) {
+    auto* parent = gtk_widget_get_parent(inside);
+    for (auto* beside = parent ? gtk_widget_get_first_child(parent) : nullptr; beside;
+         beside = gtk_widget_get_next_sibling(beside))
+      if (beside != inside) shutOut(beside);
+  }
+}
+
+ModalFocus::~ModalFocus() {
+  g_signal_handlers_disconnect_by_data(keys_, this);
+  gtk_widget_remove_controller(widget_, keys_);
+  for (const auto& widget : shutOut_) gtk_widget_set_can_focus(widget, TRUE);
+
+  // Only if the focus is still here: the application may have moved it to another window's content meanwhile.
+  auto* root = gtk_widget_get_root(widget_);
+  auto* focus = root ? gtk_root_get_focus(root) : nullptr;
+  const bool isHere = focus && (focus == widget_.get() || gtk_widget_is_ancestor(focus, widget_));
+  const auto before = GPtr<GtkWidget>::adopt(static_cast<GtkWidget*>(g_weak_ref_get(&before_)));
+  gtk_widget_set_focusable(widget_, FALSE);
+  if (root && (isHere || !focus))
+    gtk_root_set_focus(root, before && gtk_widget_get_root(before) == root ? before.get() : nullptr);
+  g_weak_ref_clear(&before_);
+}
+
+void ModalFocus::shutOut(GtkWidget* widget) {
+  if (!gtk_widget_get_can_focus(widget)) return;
+  gtk_widget_set_can_focus(widget, FALSE);
+  shutOut_.push_back(GPtr<GtkWidget>::retain(widget));
+}
+
+gboolean ModalFocus::keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+                                ModalFocus* self) noexcept {
+  if (key != GDK_KEY_Escape) return GDK_EVENT_PROPAGATE;
+  const auto escaped = self->escaped_;
+  escaped();
+  return GDK_EVENT_STOP;
+}
+
+}  // namespace velto::gtk

@@ -1,0 +1,34 @@
+// The keyboard in the hand of one widget that covers its window: from construction to destruction the focus
+// is in it and cannot go to anything beside it; then it returns to where it was. Main thread only.
+#pragma once
+
+#include "velto/platform/foundation/GMemory.h"
+
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <vector>
+
+namespace velto::gtk {
+
+class ModalFocus {
+ public:
+  // The widget is in its window already. `escaped` may destroy this.
+  ModalFocus(GtkWidget* widget, std::function<void()> escaped);
+  ModalFocus(const ModalFocus&) = delete;
+  ModalFocus& operator=(const ModalFocus&) = delete;
+  ~ModalFocus();
+
+ private:
+  static gboolean keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+                             ModalFocus* self) noexcept;
+  void shutOut(GtkWidget* widget);
+
+  GPtr<GtkWidget> widget_;
+  GtkEventController* keys_;              // the widget's
+  GWeakRef before_;                       // what had the focus
+  std::vector<GPtr<GtkWidget>> shutOut_;  // all that lies beside it and could have had the focus
+  std::function<void()> escaped_;
+};
+
+}  // namespace velto::gtk

@@ -1,0 +1,97 @@
+// What a rich-media page makes its interstitial do: expand, resize, close. The page is told a moment later,
+// when the views have their new frames.
+#include "velto/platform/Platform.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+
+namespace velto {
+
+CGRect VeltoInterstitialViewControllerPrivate::veltoMRAIDGetFullscreenFrame() {
+  return getFullScreenFrameFor(view(), self());
+}
+
+void VeltoInterstitialViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size,
+                                                                        CGPoint) {
+  if (!webView_) return;
+  view()->removeConstraints(webViewContraints_);
+  if (action == Expand)
+    size = {};
+  else if (action == CloseExpand || action == CloseResize)
+    size = ad_ ? ad_->size : CGSize{};
+  webViewContraints_ = setupWKWebViewConstraintsFor(webView_, size);
+}
+
+void VeltoInterstitialViewControllerPrivate::veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
+                                                              const CloseButton& btnCloseConfiguration) {
+  const auto closeAction = [own = this] {
+    own->_tapCloseButtonExpand();
+  };  // the button drops it with the controller
+  if (secondPartURL) {
+    return fetchSecondaryMRAIDContentFor(
+        *secondPartURL, [weak = std::weak_ptr(self()), btnCloseConfiguration, closeAction, first = webView_](
+                            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
+          const auto alive = weak.lock();
+          if (!alive || !ad || !alive->mraidHandler_ || alive->webView_ != first) return;
+          alive->_initSecondMRAIDWebView();
+          alive->loadBannerDataIn(alive->secondaryMRAIDWebView_, ad);
+          alive->veltoCloseButton_ =
+              alive->mraidExpandFor(alive->secondaryMRAIDWebView_, alive->view(), alive,
+                                    btnCloseConfiguration, closeAction, alive->mraidHandler_);
+        });
+  }
+  _expandOrResizeMainWebView(Expand, {}, {});
+  const auto button =
+      mraidExpandFor(webView_, view(), self(), btnCloseConfiguration, closeAction, mraidHandler_);
+  if (!button) return;  // the page has a close button of its own; ours stays beside it
+  veltoCloseButton_ = button;
+  addFriendlyObstructionOMSDKFor(veltoCloseButton_);
+}
+
+void VeltoInterstitialViewControllerPrivate::_initSecondMRAIDWebView() {
+  if (secondaryMRAIDWebView_) secondaryMRAIDWebView_->removeFromSuperview();
+  secondaryMRAIDWebView_ = addWKWebViewInViewWithNavigationDelegate(self());
+  setupWKWebViewConstraintsFor(secondaryMRAIDWebView_, CGSize{});
+}
+
+void VeltoInterstitialViewControllerPrivate::_tapCloseButtonExpand() {
+  mraidCloseExpandFor(webView_, view()->frame(), mraidHandler_);
+  _restoreOriginalOrientation();
+  dismissInterstitialViewController(true);
+}
+
+void VeltoInterstitialViewControllerPrivate::veltoMRAIDResize(
+    const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
+    const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) {
+  const CGRect frame = property ? property->frame : CGRect{};
+  const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
+  _expandOrResizeMainWebView(Resize, frame.size, offsetCounts ? frame.origin : CGPoint{});
+  afterATenth([btnCloseConfiguration](auto& own) {
+    if (!own.webView_ || !own.mraidHandler_) return;
+    own.veltoMRAIDRemoveCloseCustomButton();
+    own.veltoCloseButton_ = own.addCloseButtonInView(
+        own.webView_, btnCloseConfiguration, [&own] { own._tapCloseButtonResize(); }, std::nullopt);
+    own.addFriendlyObstructionOMSDKFor(own.veltoCloseButton_);
+    own.mraidResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_);
+  });
+}
+
+void VeltoInterstitialViewControllerPrivate::veltoMRAIDCloseResize() {
+  _expandOrResizeMainWebView(CloseResize, {}, {});
+  // The button of the resized page went with it; a person must be able to leave the screen.
+  if (!veltoCloseButton_ && isReady_) _addInterstitialCloseButtonWithTimer(timerValue_);
+  afterATenth(
+      [](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });
+}
+
+void VeltoInterstitialViewControllerPrivate::_tapCloseButtonResize() {
+  veltoMRAIDRemoveCloseCustomButton();
+  veltoMRAIDCloseResize();
+}
+
+void VeltoInterstitialViewControllerPrivate::veltoMRAIDRemoveCloseCustomButton() {
+  if (!veltoCloseButton_) return;
+  veltoCloseButton_->removeFromSuperview();
+  removeFriendlyObstructionOMSDKFor(veltoCloseButton_);
+  veltoCloseButton_.reset();
+}
+
+}  // namespace velto
