@@ -3,6 +3,7 @@
 
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoDataStore.h"
+#include "velto/core/VeltoInspector.h"
 #include "velto/measurement/OMSDK.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/network/NSURLSDKVelto.h"
@@ -45,6 +46,7 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
   } else {
     configuration.requiresUserActionForMediaPlayback = false;
   }
+  if (auto* inspector = VeltoInspector::current()) inspector->prepare(configuration);
   configuration.preparedContent = std::move(preparedContent_);
   configuration.relatedWebView = std::exchange(replacing_, {});
 
@@ -103,6 +105,10 @@ void UIViewControllerWKWebViewSDKVelto::_cleanWKWebViewCache(std::function<void(
 void UIViewControllerWKWebViewSDKVelto::webView(WKWebView& webView, const WKNavigationAction& action,
                                                 const DecisionHandler& decisionHandler) {
   const auto alive = viewController().shared_from_this();
+  inspect("navigation", [&] {
+    return JSON::Object{{"url", action.requestURL ? action.requestURL->absoluteString() : ""},
+                        {"tapped", action.navigationType == WKNavigationType::LinkActivated}};
+  });
   decisionHandler(decide(webView, action));
 }
 
@@ -134,6 +140,7 @@ WKNavigationActionPolicy UIViewControllerWKWebViewSDKVelto::decide(WKWebView& we
 
 void UIViewControllerWKWebViewSDKVelto::webView(WKWebView& webView, const WKNavigation&) {
   const auto alive = viewController().shared_from_this();
+  inspect("load-finished", [] { return JSON::Object{}; });
   veltoWKWebViewDidFinishNavigation(webView);
 }
 
