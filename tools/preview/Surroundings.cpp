@@ -72,6 +72,8 @@ void Surroundings::startDisplay() {
   close(numbers[0]);
   if (number.empty()) throw UsageError("there is no display, and Xvfb cannot be started");
   g_setenv("DISPLAY", (":" + number).c_str(), TRUE);
+  // A bus would be started for this display, and its end would be ours.
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", FALSE);
   g_setenv("GDK_BACKEND", "x11", TRUE);
   g_setenv("GSK_RENDERER", "cairo", FALSE);
   g_setenv("LIBGL_ALWAYS_SOFTWARE", "1", FALSE);
