@@ -36,6 +36,8 @@ class RecordingViewPeer : public virtual ViewPeer {
   void setTouchable(bool touchable) override;
   void insertSubview(ViewPeer& child, size_t index) override;
   void removeFromSuperview() override;
+  WindowSight windowSight() const override { return sight_; }
+  void setWindowSight(WindowSight sight);
 
  protected:
   VirtualQueue& queue() const { return *queue_; }
@@ -49,6 +51,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   bool hidden_ = false;
   UIColor backgroundColor_;
   bool touchable_ = false;
+  WindowSight sight_;
   RecordingViewPeer* superview_ = nullptr;
   std::vector<RecordingViewPeer*> subviews_;
 };
