@@ -1,9 +1,12 @@
 // Fetching ads, and the list of those not shown yet.
 #include "velto/ads/VeltoAdManager.h"
 
+#include "velto/core/SDKVeltoBundle.h"
+#include "velto/measurement/OMSDK.h"
 #include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/foundation/Text.h"
 
 namespace velto {
 namespace {
@@ -63,6 +66,16 @@ void VeltoAdManager::_veltoNotificationAdShowed(const NSNotification& notificati
   if (!shown) return;
   std::lock_guard lock(mutex_);
   std::erase(ads_, shown);
+}
+
+std::optional<std::string> VeltoAdManager::getOMSDK() {
+  if (!OMSDK::isOMSDKActive()) return std::nullopt;
+  if (!omsdkJs_) {
+    if (const auto bundle = SDKVelto::veltoResourcesBundle())
+      omsdkJs_ = bundle->contentsOfResource("omsdk-v1", "js");
+    if (omsdkJs_ && !isValidUTF8(*omsdkJs_)) omsdkJs_.reset();
+  }
+  return omsdkJs_;
 }
 
 std::vector<std::shared_ptr<VeltoAd>> VeltoAdManager::ads() const {

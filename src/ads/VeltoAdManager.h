@@ -30,10 +30,14 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
   static void fetchForSecondaryMRAIDContent(const std::string& /*url*/,
                                             VeltoAdCompletion /*completionHandler*/) {}
 
-  // The image of a storePicture command, and the measurement engine's service script: likewise.
+  // The image of a storePicture command: likewise.
   static void fetchForMRAIDImageContent(const std::string& /*url*/,
                                         std::function<void(bool)> /*completionHandler*/) {}
-  static std::optional<std::string> getOMSKJs() { return std::nullopt; }
+
+  // The measurement engine's service script, of the shared manager; nothing while the engine is not active
+  // or when the library's resources have none. Main thread.
+  static std::optional<std::string> getOMSKJs() { return shared()->getOMSDK(); }
+  std::optional<std::string> getOMSDK();
 
   VeltoAdManager();
 
@@ -50,6 +54,7 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
 
   mutable std::mutex mutex_;
   std::vector<std::shared_ptr<VeltoAd>> ads_;
+  std::optional<std::string> omsdkJs_;
   Handle shownObserver_;
 };
 

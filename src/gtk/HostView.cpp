@@ -2,6 +2,7 @@
 #include "velto/gtk/HostView.h"
 
 #include "velto/gtk/Peer.h"
+#include "velto/platform/ui/ViewChanges.h"
 
 #include <algorithm>
 #include <optional>
@@ -24,10 +25,13 @@ class ClipPeer final : public Peer {
     frame_ = frame;
     place();
   }
+  std::optional<CGRect> clip() const override { return clip_; }
   void setBackgroundColor(const UIColor& color) override { setViewColor(inner_, color); }
   void setClip(const CGRect& clip) {
+    if (clip == clip_) return;
     clip_ = clip;
     place();
+    ViewChanges::note();
   }
 
  protected:

@@ -2,8 +2,10 @@
 #include "velto/gtk/HostWindow.h"
 
 #include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/PaintedOver.h"
 #include "velto/gtk/Peer.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/ui/ViewChanges.h"
 
 #include <stdexcept>
 
@@ -21,6 +23,10 @@ class RootPeer final : public Peer {
   ~RootPeer() override { gtk_overlay_remove_overlay(GTK_OVERLAY(overlay_.get()), widget()); }
 
   void setFrame(const CGRect&) override {}
+  WindowSight windowSight() const override {
+    const auto* host = HostWindow::of(GTK_WINDOW(gtk_widget_get_root(widget())));
+    return host ? host->sight() : WindowSight{};
+  }
 
  private:
   GPtr<GtkWidget> overlay_;
@@ -49,14 +55,16 @@ GtkWidget* HostWindow::mappedWidget() {
 
 HostWindow::HostWindow(GtkWindow* window)
     : window_(window), overlay_(GPtr<GtkWidget>::sink(gtk_overlay_new())) {
-  controller_ =
-      std::make_shared<UIViewController>(UIView::makeWithPeer(std::make_unique<RootPeer>(overlay_)));
+  auto peer = std::make_unique<RootPeer>(overlay_);
+  root_ = peer->widget();
+  controller_ = std::make_shared<UIViewController>(UIView::makeWithPeer(std::move(peer)));
   g_signal_connect(window_, "destroy", G_CALLBACK(destroyed), this);
   g_signal_connect(window_, "notify::child", G_CALLBACK(childChanged), this);
   g_signal_connect_after(window_, "realize", G_CALLBACK(realized), this);
   g_signal_connect(window_, "unrealize", G_CALLBACK(unrealized), this);
   g_signal_connect_after(window_, "map", G_CALLBACK(mapped), this);
   g_signal_connect(window_, "unmap", G_CALLBACK(unmapped), this);
+  g_signal_connect(window_, "notify::is-active", G_CALLBACK(focusChanged), this);
   insertOverlay();
   if (gtk_widget_get_realized(GTK_WIDGET(window_))) realized(nullptr, this);
   if (gtk_widget_get_mapped(GTK_WIDGET(window_))) mapped(nullptr, this);
@@ -109,6 +117,33 @@ void HostWindow::unmapped(GtkWidget*, HostWindow* self) noexcept {
 
 void HostWindow::stateChanged(GdkSurface*, GParamSpec*, HostWindow*) noexcept {
   tellVisibility();
+  ViewChanges::note();
+}
+
+// The attention goes from one window of the application to another by way of none.
+void HostWindow::focusChanged(GtkWindow*, GParamSpec*, HostWindow*) noexcept {
+  hasFocus();
+  ViewChanges::note();
+}
+
+// A person who looks at another application has left this one. Where windows get no focus at all (a display
+// without window manager) nobody has.
+bool HostWindow::hasFocus() {
+  static bool hadFocus = false;
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    if (gtk_window_is_active(window)) return hadFocus = true;
+  }
+  return !hadFocus;
+}
+
+WindowSight HostWindow::sight() const {
+  WindowSight sight;
+  sight.minimized = !isVisible();
+  sight.focused = hasFocus();
+  sight.covers = paintedOver(root_);
+  return sight;
 }
 
 void HostWindow::tellVisibility() {
@@ -136,6 +171,7 @@ bool HostWindow::isVisible() const {
 void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
   self->clock_ = GPtr<GdkFrameClock>::retain(gtk_widget_get_frame_clock(GTK_WIDGET(self->window_)));
   g_signal_connect_after(self->clock_, "layout", G_CALLBACK(laidOut), self);
+  g_signal_connect(self->clock_, "after-paint", G_CALLBACK(painted), self);
   self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state",
                                G_CALLBACK(stateChanged), self);
 }
@@ -152,6 +188,10 @@ void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
 // nothing moves has no such phases.
 void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
   self->followWidgets();
+}
+
+void HostWindow::painted(GdkFrameClock*, HostWindow*) noexcept {
+  ViewChanges::note();
 }
 
 void HostWindow::followWidgets() {

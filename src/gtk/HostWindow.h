@@ -30,6 +30,8 @@ class HostWindow {
   const std::shared_ptr<UIViewController>& controller() const { return controller_; }
   // The one of that widget, which is in this window; made on first use.
   std::shared_ptr<UIView> viewOf(GtkWidget* widget);
+  // How its root view is seen now.
+  WindowSight sight() const;
 
  private:
   explicit HostWindow(GtkWindow* window);
@@ -41,7 +43,10 @@ class HostWindow {
   static void destroyed(GtkWidget* window, HostWindow* self) noexcept;
   static void laidOut(GdkFrameClock*, HostWindow* self) noexcept;
   static void stateChanged(GdkSurface*, GParamSpec*, HostWindow* self) noexcept;
+  static void focusChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
+  static void painted(GdkFrameClock*, HostWindow* self) noexcept;
   static void tellVisibility();
+  static bool hasFocus();
   bool isVisible() const;
   void insertOverlay();
   void followWidgets();
@@ -49,6 +54,7 @@ class HostWindow {
 
   GtkWindow* window_;
   GPtr<GtkWidget> overlay_;
+  GtkWidget* root_ = nullptr;  // of the root view, in the overlay
   GPtr<GdkFrameClock> clock_;
   Signal stateChanged_;
   bool inserting_ = false;

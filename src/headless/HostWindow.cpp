@@ -59,6 +59,10 @@ void HostWindow::setSafeAreaInsets(UIEdgeInsets insets) {
   view().platformSetSafeAreaInsets(insets);
 }
 
+void HostWindow::setSight(WindowSight sight) {
+  RecordingViewPeer::of(view()).setWindowSight(std::move(sight));
+}
+
 void HostWindow::tap(CGPoint point) {
   if (!view().isInWindow() || !view().bounds().contains(point)) return;
   const auto path = viewsUnder(controller_->view(), point);

@@ -25,6 +25,8 @@ class HostWindow {
   void hide();
   void resize(CGSize size);
   void setSafeAreaInsets(UIEdgeInsets insets);
+  // Minimised, unfocused, partly off the screen or painted over, for what is measured of the ads in it.
+  void setSight(WindowSight sight);
 
   // A touch that comes and goes at a point of the window. A control under the point takes it; otherwise every
   // view there that waits for taps is told, innermost first. Outside the window, or while it is hidden,

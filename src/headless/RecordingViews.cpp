@@ -3,6 +3,7 @@
 
 #include "velto/headless/VirtualQueue.h"
 #include "velto/platform/ui/UIView.h"
+#include "velto/platform/ui/ViewChanges.h"
 
 #include <cmath>
 #include <stdexcept>
@@ -66,6 +67,12 @@ void RecordingViewPeer::insertSubview(ViewPeer& child, size_t index) {
 void RecordingViewPeer::removeFromSuperview() {
   queue_->requireMain("ViewPeer::removeFromSuperview");
   detach();
+}
+
+void RecordingViewPeer::setWindowSight(WindowSight sight) {
+  queue_->requireMain("RecordingViewPeer::setWindowSight");
+  sight_ = std::move(sight);
+  ViewChanges::note();
 }
 
 void RecordingViewPeer::detach() {

@@ -38,6 +38,8 @@ class RecordingViewPeer : public virtual ViewPeer {
   void setModal(bool modal) override;
   void insertSubview(ViewPeer& child, size_t index) override;
   void removeFromSuperview() override;
+  WindowSight windowSight() const override { return sight_; }
+  void setWindowSight(WindowSight sight);
 
  protected:
   VirtualQueue& queue() const { return *queue_; }
@@ -52,6 +54,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   UIColor backgroundColor_;
   bool touchable_ = false;
   bool modal_ = false;
+  WindowSight sight_;
   RecordingViewPeer* superview_ = nullptr;
   std::vector<RecordingViewPeer*> subviews_;
 };

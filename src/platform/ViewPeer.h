@@ -11,6 +11,7 @@
 #include "velto/platform/Handle.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/UIColor.h"
+#include "velto/platform/WindowSight.h"
 #include "velto/platform/foundation/JSON.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -50,6 +51,11 @@ class ViewPeer {
   virtual void insertSubview(ViewPeer& child, size_t index) = 0;
   virtual void removeFromSuperview() = 0;
 
+  // For who measures what can be seen. Changes of these are told by ViewChanges::note() (platform/ui/).
+  virtual bool paintsContent() const { return false; }                 // more than a background
+  virtual std::optional<CGRect> clip() const { return std::nullopt; }  // shows nothing outside of it
+  virtual WindowSight windowSight() const { return {}; }               // asked of root views only
+
  protected:
   UIView* owner_ = nullptr;
 };
@@ -79,6 +85,7 @@ struct ButtonLook {
 class ButtonPeer : public virtual ViewPeer {
  public:
   virtual void setLook(const ButtonLook& look) = 0;
+  bool paintsContent() const override { return true; }
 };
 
 struct ScrollBehavior {
@@ -102,6 +109,7 @@ class WebViewPeer : public virtual ViewPeer {
       std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
 
   virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
+  bool paintsContent() const override { return true; }
 };
 
 // A web process held ready for the next web view: destroying it lets the process go, unless a view took it

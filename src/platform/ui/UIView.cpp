@@ -5,6 +5,7 @@
 #include "velto/platform/Platform.h"
 #include "velto/platform/ui/LayoutSolver.h"
 #include "velto/platform/ui/UIViewController.h"
+#include "velto/platform/ui/ViewChanges.h"
 
 #include <algorithm>
 
@@ -42,6 +43,7 @@ void UIView::setFrame(const CGRect& frame) {
   const CGSize before = frame_.size;
   frame_ = frame;
   peer_->setFrame(frame_);
+  ViewChanges::note();
   if (before == frame_.size) return;
   resizeFlexibleSubviews(before);
   layoutTree();
@@ -50,16 +52,24 @@ void UIView::setFrame(const CGRect& frame) {
 void UIView::setAlpha(double alpha) {
   alpha_ = alpha;
   peer_->setAlpha(alpha_);
+  ViewChanges::note();
 }
 
 void UIView::setHidden(bool hidden) {
   hidden_ = hidden;
   peer_->setHidden(hidden_);
+  ViewChanges::note();
 }
 
 void UIView::setBackgroundColor(const UIColor& color) {
   backgroundColor_ = color;
   peer_->setBackgroundColor(color);
+  ViewChanges::note();
+}
+
+bool UIView::paints() const {
+  const auto color = backgroundColor_.components();
+  return !color || color->alpha > 0 || peer_->paintsContent();
 }
 
 void UIView::present(const CGRect& frame, double alpha) {
@@ -75,6 +85,7 @@ void UIView::addSubview(const std::shared_ptr<UIView>& view) {
     subviews_.push_back(view);
     view->peer_->removeFromSuperview();
     peer_->insertSubview(*view->peer_, subviews_.size() - 1);
+    ViewChanges::note();
     return;
   }
   view->removeFromSuperview();
@@ -83,6 +94,7 @@ void UIView::addSubview(const std::shared_ptr<UIView>& view) {
   peer_->insertSubview(*view->peer_, subviews_.size() - 1);
   if (isInWindow()) view->windowChanged(true);
   setNeedsLayout();
+  ViewChanges::note();
 }
 
 void UIView::removeFromSuperview() {
@@ -92,6 +104,7 @@ void UIView::removeFromSuperview() {
   UIView& parent = *std::exchange(superview_, nullptr);
   std::erase(parent.subviews_, self);
   peer_->removeFromSuperview();
+  ViewChanges::note();
   // Constraints that tie this view to the tree it leaves mean nothing any more.
   for (UIView* ancestor = &parent; ancestor; ancestor = ancestor->superview_) {
     NSLayoutConstraints gone;
@@ -131,6 +144,7 @@ void UIView::platformSetInWindow(bool inWindow) {
   if (!inWindow) windowChanged(false);
   rootInWindow_ = inWindow;
   if (inWindow) windowChanged(true);
+  ViewChanges::note();
 }
 
 void UIView::windowChanged(bool inWindow) {

@@ -37,6 +37,8 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   void setHidden(bool hidden);
   const UIColor& backgroundColor() const { return backgroundColor_; }
   void setBackgroundColor(const UIColor& color);
+  // Whether there is anything to be seen of the view itself, its subviews left aside.
+  bool paints() const;
 
   // The tree. A view added while it has another superview is moved.
   void addSubview(const std::shared_ptr<UIView>& view);

@@ -1,0 +1,45 @@
+// The page in which a session's service script runs, and the statements that it gets: the ad's own page, or
+// for an ad that is none a hidden one. Made by a session; it outlives the session by a second, so that
+// verification scripts can still send what they have to. Main thread.
+#pragma once
+
+#include "velto/platform/ui/WKWebView.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velto {
+
+class ServicePage final : public WKNavigationDelegate {
+ public:
+  // The page of an ad, which has the script already.
+  static std::shared_ptr<ServicePage> ofAd(const std::shared_ptr<WKWebView>& webView);
+  // A page that nobody sees, with nothing but the script. Statements wait until it has loaded.
+  static std::shared_ptr<ServicePage> hidden(const std::string& script);
+
+  const std::shared_ptr<WKWebView>& webView() const { return webView_; }
+  // A page that was in a view and is in none any more: whoever showed it is done with it.
+  bool wasTakenAway();
+
+  // Calls an operation of the service (the last part of omsdk-v1.js); a page without the service stays as it
+  // is.
+  void call(const char* operation, const std::string& arguments);
+  // Tells the scripts that it is over, and lets go of the page a second later.
+  static void finish(std::shared_ptr<ServicePage> page);
+
+  void webView(WKWebView& webView, const WKNavigationAction& action,
+               const DecisionHandler& decisionHandler) override;
+  void webView(WKWebView& webView, const WKNavigation& navigation) override;
+  void webView(WKWebView& webView, const WKNavigation& navigation, const NSError& error) override;
+
+ private:
+  explicit ServicePage(std::shared_ptr<WKWebView> webView) : webView_(std::move(webView)) {}
+
+  std::shared_ptr<WKWebView> webView_;
+  bool wasShown_ = false;
+  bool loaded_ = true;
+  std::vector<std::string> waiting_;  // statements for a page that is not there yet
+};
+
+}  // namespace velto

@@ -1,0 +1,65 @@
+// The start of a session, as the service script reads it.
+#include "velto/measurement/SessionStart.h"
+
+#include "velto/measurement/OMIDVeltoSDK.h"
+#include "velto/network/VeltoDevice.h"
+#include "velto/platform/NSBundle.h"
+#include "velto/platform/Platform.h"
+
+namespace velto {
+namespace {
+
+JSON::Object contextOf(const OMIDVeltoAdSessionContext& context) {
+  const std::string version = OMIDVeltoSDK::versionString();
+  JSON::Object app{{"libraryVersion", version}};
+  if (auto identifier = Platform::current().mainBundle().bundleIdentifier())
+    app["appId"] = std::move(*identifier);
+  JSON::Object result{{"apiVersion", "1.0"},
+                      {"environment", "app"},
+                      {"adSessionType", context.isNative ? "native" : "html"},
+                      {"sessionOwner", "native"},
+                      {"supports", JSON::Array{"clid", "vlid"}},
+                      {"omidNativeInfo", JSON::Object{{"partnerName", context.partner->name()},
+                                                      {"partnerVersion", context.partner->versionString()}}},
+                      {"omidJsInfo", JSON::Object{{"omidImplementer", "velto"}, {"serviceVersion", version}}},
+                      {"app", std::move(app)},
+                      {"deviceInfo", JSON::Object{{"deviceType", VeltoDevice::model()},
+                                                  {"os", VeltoDevice::os()},
+                                                  {"osVersion", VeltoDevice::systemVersion()}}},
+                      {"deviceCategory", "mobile"}};
+  if (context.customReferenceIdentifier && !context.customReferenceIdentifier->empty())
+    result["customReferenceData"] = *context.customReferenceIdentifier;
+  return result;
+}
+
+JSON::Array resourcesOf(const OMIDVeltoAdSessionContext& context, bool isolated) {
+  JSON::Array result;
+  for (const auto& resource : context.resources) {
+    JSON::Object entry{{"resourceUrl", resource->URL().absoluteString()},
+                       {"accessMode", isolated ? "limited" : "full"}};
+    if (resource->vendorKey()) entry["vendorKey"] = *resource->vendorKey();
+    if (resource->parameters()) entry["verificationParameters"] = *resource->parameters();
+    result.emplace_back(std::move(entry));
+  }
+  return result;
+}
+
+}  // namespace
+
+JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessionConfiguration& configuration,
+                          const OMIDVeltoAdSessionContext& context, const Viewability& seen) {
+  JSON::Object result{{"adSessionId", identifier},
+                      {"context", contextOf(context)},
+                      {"creativeType", OMIDVeltoName(configuration.creativeType)},
+                      {"impressionType", OMIDVeltoName(configuration.impressionType)},
+                      {"impressionOwner", OMIDVeltoName(configuration.impressionOwner)},
+                      {"mediaEventsOwner", OMIDVeltoName(configuration.mediaEventsOwner)},
+                      {"deviceVolume", OMIDVeltoSDK::sharedInstance()->deviceVolume()},
+                      {"geometry", seen.json()}};
+  if (context.contentUrl) result["contentUrl"] = *context.contentUrl;
+  if (!context.resources.empty())
+    result["resources"] = resourcesOf(context, configuration.isolateVerificationScripts);
+  return result;
+}
+
+}  // namespace velto

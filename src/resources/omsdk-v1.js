@@ -1,0 +1,414 @@
+// The measurement service of a page that holds an ad: it takes what the application and the ad's own session client
+// tell of the ad, and passes it on to the verification scripts that listen (Open Measurement, version 1.0). It stands
+// first in the page, before any other script, and in the hidden page of a native ad.
+//
+// The application calls window.__veltoOMID (last in this file). Clients reach the service in three ways: the objects
+// of window.omid, when they can touch this window; messages posted to it, for which two empty frames tell them that
+// somebody listens; and the functions of window.omid3p.
+(() => {
+  'use strict';
+  if (window.__veltoOMID) return;
+
+  const mediaEvents = ['loaded', 'start', 'firstQuartile', 'midpoint', 'thirdQuartile', 'complete', 'pause', 'resume',
+    'bufferStart', 'bufferFinish', 'skipped', 'volumeChange', 'playerStateChange', 'adUserInteraction'];
+  const sessionEvents = ['sessionStart', 'sessionError', 'sessionFinish'];
+  const groups = { session: sessionEvents, media: mediaEvents, video: mediaEvents };
+  const replayed = ['sessionStart', 'loaded', 'impression', 'geometryChange'];  // in the order of a late start
+
+  let session = null;        // what the application started: see start() below
+  let finished = false;
+  let client = null;         // the page's session client, as it introduced itself
+  let clientId;              // ends each of its argument lists, once it has told it
+  let contentUrl;
+  let slot = null, video = null, bounds = null;  // the ad's own elements, when the page names them
+  let nativeGeometry = null;
+  let shown = '';            // the last geometryChange, as text
+  const byScript = {};       // types that the page gave before the session started
+  const early = [];          // what the page reported before that
+  const listeners = [];      // verification scripts, in the order in which they came
+  const observers = [];      // the page's own
+  const resources = [];      // verification scripts by their address: those that the ad names
+  const happened = {};       // the latest event of a type
+  const waiting = [];        // events that were published while another one was being told
+  let telling = false;
+
+  // --- geometry: the application knows the ad view; the page may narrow it down to an element
+
+  const box = (x, y, width, height) => ({ x, y, width, height });
+  const overlap = (a, b) => {
+    const x = Math.max(a.x, b.x), y = Math.max(a.y, b.y);
+    return box(x, y, Math.max(0, Math.min(a.x + a.width, b.x + b.width) - x),
+      Math.max(0, Math.min(a.y + a.height, b.y + b.height) - y));
+  };
+  const area = (a) => a.width * a.height;
+
+  // What remains of the rectangle once the others are cut out of it: a list of rectangles that do not overlap.
+  const without = (rect, others) => others.reduce((rest, other) => rest.flatMap((r) => {
+    const cut = overlap(r, other);
+    if (!area(cut)) return [r];
+    const below = cut.y + cut.height, right = cut.x + cut.width;
+    return [box(r.x, r.y, r.width, cut.y - r.y), box(r.x, below, r.width, r.y + r.height - below),
+      box(r.x, cut.y, cut.x - r.x, cut.height), box(right, cut.y, r.x + r.width - right, cut.height)]
+      .filter((part) => area(part) > 0);
+  }), [rect]);
+
+  const elementRect = () => {
+    const element = video || slot;
+    if (!element && !bounds) return null;
+    const at = element ? element.getBoundingClientRect() : box(0, 0, 0, 0);
+    return bounds ? box(at.x + bounds.x, at.y + bounds.y, bounds.width, bounds.height)
+      : box(at.x, at.y, at.width, at.height);
+  };
+
+  const geometry = () => {
+    const element = elementRect();
+    if (!element || !nativeGeometry.adView) return nativeGeometry;
+    const view = nativeGeometry.adView, whole = view.geometry, seen = view.onScreenGeometry;
+    const rect = box(whole.x + element.x, whole.y + element.y, element.width, element.height);
+    const onScreen = overlap(rect, seen);
+    const inside = overlap(rect, whole);
+    const pixels = view.percentageInView || area(seen) && view.pixelsInView
+      ? without(onScreen, seen.obstructions).reduce((sum, part) => sum + area(part), 0) : 0;
+    const percentage = area(rect) ? Math.round(100 * pixels / area(rect)) : 0;
+    const reasons = new Set(view.reasons);
+    if (!area(rect)) reasons.add('hidden');
+    if (area(inside) < area(rect)) reasons.add('clipped');
+    return {
+      viewport: nativeGeometry.viewport,
+      adView: {
+        percentageInView: percentage,
+        pixelsInView: pixels,
+        geometry: rect,
+        onScreenGeometry: { ...onScreen, obstructions: seen.obstructions.filter((o) => area(overlap(o, rect))) },
+        reasons: percentage < 100 ? [...reasons] : [],
+      },
+    };
+  };
+
+  // --- events
+
+  const copy = (value) => JSON.parse(JSON.stringify(value));  // what is absent, and elements, stay out
+
+  const types = () => ({
+    mediaType: ['video', 'audio'].includes(session.creativeType) ? 'video' : 'display',
+    creativeType: session.creativeType,
+    impressionType: session.impressionType,
+  });
+
+  // The resource that a listening script was loaded from, as far as can be told.
+  const resourceOf = (listener) =>
+    resources.find((r) => r.injectionId === listener.injectionId && listener.injectionId) ||
+    (listener.injectionId ? undefined : resources.find((r) => r.vendorKey && r.vendorKey === listener.vendorKey));
+
+  const personal = (event, listener) => {
+    const told = copy(event);
+    if (event.type === 'sessionStart') {
+      const resource = resourceOf(listener);
+      if (resource && resource.verificationParameters !== undefined)
+        told.data.verificationParameters = resource.verificationParameters;
+      const access = resource ? resource.accessMode : listener.near ? 'full' : 'limited';
+      told.data.context.accessMode = access;
+      if (listener.near && access === 'full') {
+        if (slot) told.data.context.slotElement = slot;
+        if (video) told.data.context.videoElement = video;
+      }
+    }
+    return told;
+  };
+
+  const wants = (listener, type) => listener.type === type || (groups[listener.type] || []).includes(type);
+
+  const tell = (listener, event) => {
+    try {
+      listener.call(personal(event, listener));
+    } catch (error) {
+      // A listener's fault is its own.
+    }
+  };
+
+  // Listeners hear all events in one order, also when one of them causes the next.
+  const publish = (type, data) => {
+    waiting.push({ adSessionId: session.adSessionId, timestamp: Date.now(), type, data });
+    if (telling) return;
+    telling = true;
+    while (waiting.length) {
+      const event = waiting.shift();
+      happened[event.type] = event;
+      for (const listener of listeners.slice()) if (wants(listener, event.type)) tell(listener, event);
+      if (sessionEvents.includes(event.type)) for (const observer of observers.slice()) tell(observer, event);
+    }
+    telling = false;
+  };
+
+  const replay = (listener) => {
+    if (finished) return;
+    for (const type of replayed) if (happened[type] && wants(listener, type)) tell(listener, happened[type]);
+  };
+
+  const listen = (listener) => {
+    listeners.push(listener);
+    replay(listener);
+  };
+
+  const publishGeometry = () => {
+    const data = geometry();
+    const text = JSON.stringify(data);
+    if (text === shown) return;
+    shown = text;
+    publish('geometryChange', data);
+  };
+
+  // --- what is reported of the ad, by the application (native) or by the page (javascript)
+
+  const done = {};
+  const running = () => session && !finished;
+  const once = (type, owner) => {
+    if (!running() || owner !== session.impressionOwner || done[type]) return false;
+    return done[type] = true;
+  };
+
+  const impression = (owner) => {
+    if (once('impression', owner)) publish('impression', { ...types(), ...geometry() });
+  };
+
+  const loaded = (owner, vast) => {
+    if (!once('loaded', owner)) return;
+    const media = types().mediaType === 'video' && vast || {};
+    publish('loaded', {
+      ...types(),
+      skippable: media.isSkippable ?? media.skippable,
+      skipOffset: media.skipOffset ?? undefined,
+      autoPlay: media.isAutoPlay ?? media.autoPlay,
+      position: media.position ?? undefined,
+    });
+  };
+
+  const media = (owner, type, data) => {
+    if (running() && owner === session.mediaEventsOwner) publish(type, data);
+  };
+
+  const withVolumes = (volume, data) =>
+    ({ ...data, mediaPlayerVolume: volume, videoPlayerVolume: volume, deviceVolume: session.deviceVolume });
+
+  // --- verification scripts that the ad names
+
+  const attribute = (text) => text.replace(/&/g, '&amp;').replace(/"/g, '&quot;');
+
+  const inject = (resource) => {
+    if (resource.injectionId || !/^https?:\/\//i.test(resource.resourceUrl) || !document.body) return;
+    resource.injectionId = resource.vendorKey + '-' + Math.random().toString(36).slice(2);
+    const properties = JSON.stringify({ injectionId: resource.injectionId, injectionSource: 'app' })
+      .replace(/</g, '\\u003c');
+    const frame = document.createElement('iframe');
+    frame.setAttribute('sandbox', 'allow-scripts' + (resource.accessMode === 'full' ? ' allow-same-origin' : ''));
+    frame.style.display = 'none';
+    frame.srcdoc = '<script>omidVerificationProperties=' + properties +
+      ';omidVerificationProperties.serviceWindow=parent<' + '/script>' +
+      '<script src="' + attribute(resource.resourceUrl) + '"><' + '/script>';
+    document.body.appendChild(frame);
+  };
+
+  const addResources = (list) => {
+    for (const entry of Array.isArray(list) ? list : []) {
+      if (!entry || typeof entry.resourceUrl !== 'string') continue;
+      const access = entry.accessMode;
+      resources.push({
+        resourceUrl: entry.resourceUrl,
+        vendorKey: typeof entry.vendorKey === 'string' ? entry.vendorKey : '',
+        verificationParameters: entry.verificationParameters ?? undefined,
+        accessMode: ['full', 'domain'].includes(access) ? access : 'limited',
+      });
+    }
+    if (running() && happened.sessionStart) resources.forEach(inject);
+  };
+
+  // --- what a session client may call. What it reports before the session runs is kept until then.
+
+  const sessionMethods = {
+    setClientInfo: (version, partnerName, partnerVersion) => {
+      client = { sessionClientVersion: version, partnerName, partnerVersion };
+    },
+    injectVerificationScriptResources: addResources,
+    setSlotElement: (element) => setElements(() => { slot = element; }),
+    setVideoElement: (element) => setElements(() => { video = element; }),
+    setElementBounds: (rect) => setElements(() => { bounds = rect; }),
+    setContentUrl: (url) => { contentUrl = url; },
+    setCreativeType: (type) => { byScript.creativeType = type; },
+    setImpressionType: (type) => { byScript.impressionType = type; },
+    registerSessionObserver(reply) {
+      const observer = { type: 'session', call: reply, near: this.near };
+      observers.push(observer);
+      replay(observer);
+    },
+    sessionError: (errorType, message) => whenRunning(() => publish('sessionError', { message, errorType })),
+    impressionOccurred: () => whenRunning(() => impression('javascript')),
+    loaded: (vast) => whenRunning(() => loaded('javascript', vast)),
+    start: (duration, volume) => media('javascript', 'start', withVolumes(volume, { duration })),
+    volumeChange: (volume) => media('javascript', 'volumeChange', withVolumes(volume)),
+    playerStateChange: (state) => media('javascript', 'playerStateChange', { state }),
+    adUserInteraction: (interactionType) => media('javascript', 'adUserInteraction', { interactionType }),
+    // The application starts and finishes its sessions itself; the events' owners it told when it did.
+    startSession() {}, finishSession() {}, registerAdEvents() {}, registerMediaEvents() {},
+  };
+  for (const type of mediaEvents)
+    if (!sessionMethods[type]) sessionMethods[type] = () => media('javascript', type);
+
+  const whenRunning = (report) => {
+    if (session) report();
+    else if (!finished) early.push(report);
+  };
+  const setElements = (set) => {
+    set();
+    if (running() && nativeGeometry) publishGeometry();
+  };
+
+  // --- messages
+
+  const verificationMethods = {
+    addSessionListener(vendorKey, injectionId) {
+      listen({ type: 'session', vendorKey, injectionId, call: this.reply, near: this.near });
+    },
+    addEventListener(type, injectionId) {
+      listen({ type, injectionId, call: this.reply, near: this.near });
+    },
+  };
+
+  // Since 1.0.3 the arguments are a list, before that they were the text of one.
+  const takesList = (version) => {
+    const [major, minor, patch] = version.split('.').map((part) => parseInt(part, 10) || 0);
+    return major !== 1 ? major > 1 : minor > 0 || patch >= 3;
+  };
+
+  const own = (methods, name) => Object.prototype.hasOwnProperty.call(methods, name) ? methods[name] : undefined;
+
+  const receive = (message, send, near) => {
+    if (!message || typeof message !== 'object') return;
+    const guid = message.omid_message_guid, method = message.omid_message_method;
+    const version = message.omid_message_version;
+    let list = message.omid_message_args;
+    if (typeof guid !== 'string' || typeof method !== 'string' || typeof version !== 'string') return;
+    try {
+      if (typeof list === 'string') list = JSON.parse(list);
+    } catch (error) {
+      return;
+    }
+    list = Array.isArray(list) ? Array.from(list) : [];
+    const reply = (event) => send({
+      omid_message_guid: guid,
+      omid_message_method: 'response',
+      omid_message_version: version,
+      omid_message_args: takesList(version) ? [event] : JSON.stringify([event]),
+    });
+    const [service, name] = method.split('.');
+    if (service === 'VerificationService') {
+      const called = own(verificationMethods, name);
+      if (called) called.apply({ reply, near }, list);
+    } else if (service === 'SessionService') {
+      const called = own(sessionMethods, name);
+      if (!called) return;
+      if (name === 'setClientInfo' && list.length > 3) clientId = list[3];
+      if (clientId !== undefined && list[list.length - 1] === clientId) list.pop();
+      if (name === 'registerSessionObserver') list = [reply];
+      called.apply({ near }, list);
+    }
+  };
+
+  const serviceFor = () => {
+    const service = {
+      handleExportedMessage: (message, from) =>
+        receive(message, (answer) => from.handleExportedMessage(answer, service), true),
+    };
+    return service;
+  };
+
+  window.addEventListener('message', (event) => {
+    const source = event.source;
+    // Only what can be copied travels; answers hold no elements, since such a listener is not near.
+    receive(event.data, (answer) => source.postMessage(answer, '*'), false);
+  });
+
+  const omid = window.omid = window.omid || {};
+  omid.v1_SessionServiceCommunication = serviceFor();
+  omid.v1_VerificationServiceCommunication = serviceFor();
+  window.omid3p = {
+    registerSessionObserver: (call, vendorKey, injectionId) =>
+      listen({ type: 'session', vendorKey, injectionId, call, near: true }),
+    addEventListener: (type, call, injectionId) => listen({ type, injectionId, call, near: true }),
+  };
+
+  // --- presence: scripts in frames of another origin look for these two
+
+  const addPresence = () => {
+    for (const name of ['omid_v1_present', 'omid_v1_present_app']) {
+      const frame = document.createElement('iframe');
+      frame.name = frame.id = name;
+      frame.style.display = 'none';
+      document.body.appendChild(frame);
+    }
+  };
+  if (document.body) {
+    addPresence();
+  } else {
+    // The first inline script of the body may ask already.
+    const watcher = new MutationObserver(() => {
+      if (!document.body) return;
+      watcher.disconnect();
+      addPresence();
+    });
+    watcher.observe(document.documentElement, { childList: true });
+  }
+
+  // --- the application's side
+
+  const position = { 0: 'preroll', 1: 'midroll', 2: 'postroll', 3: 'standalone' };
+  const web = (url) => /^https?:/.test(url) ? url : undefined;
+
+  const api = {
+    // { adSessionId, context, creativeType, impressionType, impressionOwner, mediaEventsOwner, deviceVolume,
+    //   contentUrl?, resources?, loaded?, geometry }. Once in a page.
+    start(told) {
+      if (session || finished) return;
+      session = told;
+      for (const type of ['creativeType', 'impressionType'])
+        if (session[type] === 'definedByJavaScript' && byScript[type]) session[type] = byScript[type];
+      nativeGeometry = told.geometry;
+      addResources(told.resources);
+      const context = told.context;
+      context.omidJsInfo = { ...context.omidJsInfo, ...client };
+      telling = true;  // all of what follows in one go, so that sessionStart is first for everybody
+      publish('sessionStart', {
+        context,
+        supportsLoadedEvent: session.creativeType !== 'definedByJavaScript' &&
+          session.impressionType !== 'definedByJavaScript',
+        ...types(),
+        pageUrl: web(location.href),
+        contentUrl: told.contentUrl ?? contentUrl,
+      });
+      if (told.loaded) loaded('native', told.loaded);
+      for (const report of early.splice(0)) report();
+      telling = false;
+      publishGeometry();
+      resources.forEach(inject);
+    },
+    geometry(told) {
+      if (!running()) return;
+      nativeGeometry = told;
+      publishGeometry();
+    },
+    impression: () => impression('native'),
+    loaded: (vast) => loaded('native', vast),
+    media: (type, data) => media('native', type, data),
+    mediaVolume: (type, volume, data) => running() && media('native', type, withVolumes(volume, data)),
+    deviceVolume(volume) {
+      if (session) session.deviceVolume = volume;
+    },
+    // The page lives on for a moment, so that scripts can send what they have to; out of sight it keeps quiet.
+    finish(outOfSight) {
+      if (!running()) return;
+      publish('sessionFinish');
+      finished = true;
+      if (outOfSight) for (const player of document.querySelectorAll('video,audio')) player.pause();
+    },
+  };
+  Object.defineProperty(window, '__veltoOMID', { value: Object.freeze(api) });
+})();
