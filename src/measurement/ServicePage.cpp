@@ -1,6 +1,7 @@
 // Statements to the service.
 #include "velto/measurement/ServicePage.h"
 
+#include "velto/core/VeltoInspector.h"
 #include "velto/measurement/OMIDVeltoScriptInjector.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -36,6 +37,9 @@ bool ServicePage::wasTakenAway() {
 }
 
 void ServicePage::call(const char* operation, const std::string& arguments) {
+  inspect("measurement", [&] {
+    return JSON::Object{{"type", operation}, {"data", readJSON(arguments).value_or(JSON())}};
+  });
   std::string statement = "window.__veltoOMID&&__veltoOMID.";
   statement.append(operation).append("(").append(arguments).append(")");
   if (loaded_)
