@@ -14,6 +14,7 @@
 #include "velto/gtk/MainQueue.h"
 #include "velto/gtk/NetworkInfo.h"
 #include "velto/gtk/Photos.h"
+#include "velto/gtk/Rotation.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/WebSession.h"
@@ -35,6 +36,7 @@ class GtkPlatform : public Platform {
   // The one installed, or null.
   static GtkPlatform* installed();
   Foreground& foreground() { return foreground_; }
+  const Rotation& rotation() const { return rotation_; }
 
   // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
   // it.
@@ -46,8 +48,8 @@ class GtkPlatform : public Platform {
   NSURLSession& urlSession() override { return urlSession_; }
   NSBundle& mainBundle() override { return mainBundle_; }
   std::shared_ptr<NSBundle> bundleWithIdentifier(const std::string& identifier) override;
-  UIApplication& application() override { return application_; }
-  UIDevice& device() override { return device_; }
+  Application& application() override { return application_; }
+  Device& device() override { return device_; }
   UIScreen& mainScreen() override { return screen_; }
   NSLocale& currentLocale() override { return locale_; }
   NSTimeZone& localTimeZone() override { return timeZone_; }
@@ -68,8 +70,9 @@ class GtkPlatform : public Platform {
   DefaultsStore defaults_;
   ApplicationBundle mainBundle_;
   std::shared_ptr<LibraryBundle> libraryBundle_ = std::make_shared<LibraryBundle>();
-  Application application_{mainQueue_};
+  Application application_;
   Foreground foreground_{notificationCenter()};
+  Rotation rotation_{notificationCenter()};
   Screen screen_;
   Device device_;
   Locale locale_;
