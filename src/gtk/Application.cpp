@@ -1,6 +1,7 @@
 // The host application's desk: GAppInfo for URLs, settings for the interface.
 #include "velto/gtk/Application.h"
 
+#include "velto/gtk/GtkPlatform.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <gtk/gtk.h>
@@ -76,8 +77,11 @@ bool hasHighContrastTheme() {
 
 }  // namespace
 
-Application::Application(MainQueue& mainQueue)
+Application::Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
+                         std::function<void(const std::string&)> refused)
     : mainQueue_(mainQueue),
+      touchGuard_(opensOnlyAfterTouch),
+      refused_(std::move(refused)),
       monitor_(GPtr<GAppInfoMonitor>::adopt(g_app_info_monitor_get())),
       applicationsChanged_(monitor_.get(), "changed", G_CALLBACK(onApplicationsChanged), this) {}
 
@@ -95,13 +99,19 @@ bool Application::canOpenURL(const NSURL& url) const {
 
 void Application::openURL(const NSURL& url, const std::map<std::string, std::string>&,
                           std::function<void(bool)> completion) {
-  if (!openableScheme(url)) {
+  const bool refused = !touchGuard_.mayOpen();
+  if (refused && refused_) refused_(url.absoluteString());
+  if (refused || !openableScheme(url)) {
     if (completion) mainQueue_.post([completion = std::move(completion)] { completion(false); });
     return;
   }
   auto opening = std::make_unique<Opening>(Opening{alive_, std::move(completion)});
   g_app_info_launch_default_for_uri_async(url.absoluteString().c_str(), launchContext(), nullptr, onOpened,
                                           opening.release());
+}
+
+void Application::attemptRotationToDeviceOrientation() {
+  if (auto* platform = GtkPlatform::installed()) platform->rotation().attempt(platform->device().wanted());
 }
 
 bool Application::isReduceTransparencyEnabled() const {

@@ -2,6 +2,7 @@
 #include "velto/gtk/Device.h"
 
 #include "velto/gtk/Files.h"
+#include "velto/gtk/HostWindow.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <sys/utsname.h>
@@ -66,6 +67,16 @@ std::string Device::machine() const {
 
 int64_t Device::bootTime() const {
   return leadingInteger(lineAfter("/proc/stat", "btime ").value_or(""));
+}
+
+UIDeviceOrientation Device::orientation() const {
+  auto* window = HostWindow::mappedWidget();
+  if (!window) return orientation_;
+  const bool upright = gtk_widget_get_height(window) >= gtk_widget_get_width(window);
+  const bool setUpright = orientation_ == 1 || orientation_ == 2;
+  const bool setOnItsSide = orientation_ == 3 || orientation_ == 4;
+  if (upright) return setUpright ? orientation_ : 1;
+  return setOnItsSide ? orientation_ : 4;
 }
 
 Screen::Screen() {

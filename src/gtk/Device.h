@@ -13,7 +13,7 @@ namespace velto::gtk {
 // Facts are read from the system at each call. A desktop counts as a tablet.
 class Device : public UIDevice {
  public:
-  // Windows have no device to turn: the orientation is what it is set to, here and by setOrientation().
+  // Windows have no device to turn. `orientation` is what counts while there is none.
   explicit Device(UIDeviceOrientation orientation) : orientation_(orientation) {}
 
   std::string name() const override;
@@ -25,8 +25,11 @@ class Device : public UIDevice {
   bool isSystemVersionAtLeast(int) const override {
     return true;
   }  // the interfaces offered are the current ones
-  UIDeviceOrientation orientation() const override { return orientation_; }
+  // That of the application's window, once one is shown: upright when it is higher than wide.
+  UIDeviceOrientation orientation() const override;
   void setOrientation(UIDeviceOrientation orientation) override { orientation_ = orientation; }
+  // What it was set to last; the window may not have got there yet.
+  UIDeviceOrientation wanted() const { return orientation_; }
 
  private:
   UIDeviceOrientation orientation_;

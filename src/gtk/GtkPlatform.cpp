@@ -49,7 +49,10 @@ UIDeviceOrientation orientationOf(const UIScreen& screen) {
 GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
+      application_(mainQueue_, options.opensOnlyAfterTouch, options.refusedToOpen),
       device_(orientationOf(screen_)),
+      calendar_(mainQueue_, options.mayAddCalendarEvents),
+      photos_(mainQueue_, options.mayStorePictures),
       webSession_(std::make_shared<WebSession>(options)),
       urlSession_(transportOptions(options)) {}
 

@@ -5,6 +5,7 @@
 #include "velto/gtk/Application.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
+#include "velto/gtk/Calendar.h"
 #include "velto/gtk/Clock.h"
 #include "velto/gtk/DefaultsStore.h"
 #include "velto/gtk/Device.h"
@@ -12,6 +13,8 @@
 #include "velto/gtk/Locale.h"
 #include "velto/gtk/MainQueue.h"
 #include "velto/gtk/NetworkInfo.h"
+#include "velto/gtk/Photos.h"
+#include "velto/gtk/Rotation.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/WebSession.h"
@@ -33,6 +36,7 @@ class GtkPlatform : public Platform {
   // The one installed, or null.
   static GtkPlatform* installed();
   Foreground& foreground() { return foreground_; }
+  const Rotation& rotation() const { return rotation_; }
 
   // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
   // it.
@@ -44,8 +48,8 @@ class GtkPlatform : public Platform {
   NSURLSession& urlSession() override { return urlSession_; }
   NSBundle& mainBundle() override { return mainBundle_; }
   std::shared_ptr<NSBundle> bundleWithIdentifier(const std::string& identifier) override;
-  UIApplication& application() override { return application_; }
-  UIDevice& device() override { return device_; }
+  Application& application() override { return application_; }
+  Device& device() override { return device_; }
   UIScreen& mainScreen() override { return screen_; }
   NSLocale& currentLocale() override { return locale_; }
   NSTimeZone& localTimeZone() override { return timeZone_; }
@@ -56,6 +60,8 @@ class GtkPlatform : public Platform {
   ATTrackingManager& trackingManager() override { return trackingManager_; }
   WKWebsiteDataStore& websiteDataStore() override;
   ViewSystem& views() override;
+  Calendar& eventStore() override { return calendar_; }
+  Photos& photoLibrary() override { return photos_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -64,8 +70,9 @@ class GtkPlatform : public Platform {
   DefaultsStore defaults_;
   ApplicationBundle mainBundle_;
   std::shared_ptr<LibraryBundle> libraryBundle_ = std::make_shared<LibraryBundle>();
-  Application application_{mainQueue_};
+  Application application_;
   Foreground foreground_{notificationCenter()};
+  Rotation rotation_{notificationCenter()};
   Screen screen_;
   Device device_;
   Locale locale_;
@@ -75,6 +82,8 @@ class GtkPlatform : public Platform {
   NoLocation location_;
   NoAdvertisingIdentifier identifierManager_;
   NoTracking trackingManager_;
+  Calendar calendar_;
+  Photos photos_;
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;

@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,6 +48,15 @@ struct Options {
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
+  // An ad may open an address outside the application, such as its shop, only within two seconds after a
+  // person touched that ad. Each address that was not opened for this reason is told to the second (may be
+  // empty).
+  bool opensOnlyAfterTouch = true;
+  std::function<void(const std::string& address)> refusedToOpen = {};
+  // Whether the user allowed this application to add events to the calendar, and pictures to the pictures
+  // folder: ads that ask for it then may. The library never asks the user.
+  bool mayAddCalendarEvents = false;
+  bool mayStorePictures = false;
 };
 
 // Throws std::invalid_argument without an identifier. A second call replaces the platform: only for tests.

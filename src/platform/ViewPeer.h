@@ -25,6 +25,7 @@ namespace velto {
 
 class UIView;
 class WKWebView;
+struct WKUserScript;
 struct WKWebViewConfiguration;
 
 class ViewPeer {
@@ -100,6 +101,9 @@ class WebViewPeer : public virtual ViewPeer {
   // Replaces the page. Without base URL the document has an origin of its own. Ends with
   // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
   virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
+
+  // One more script for the documents that are loaded from now on, once in each.
+  virtual void addUserScript(const WKUserScript& script) = 0;
 
   // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion
   // (may be empty) gets the value, or an error when the script threw, was no script, or the page went away.

@@ -83,7 +83,11 @@ void UIViewControllerWKWebViewSDKVelto::load(const WebView& webView, const std::
   std::string markup = OMSDK::htmlWithOMSDKInjection(*ad->html);
   if (ad->sourceType == VeltoAdSourceMRAID) {
     markup = UIViewControllerMRAIDSDKVelto::htmlForAvoidLoadMRAIDLocalScript(std::move(markup));
-    webView->evaluateJavaScript(UIViewControllerMRAIDSDKVelto::MRAIDJs(), nullptr);
+    const auto& script = UIViewControllerMRAIDSDKVelto::MRAIDJs();
+    webView->evaluateJavaScript(script, nullptr);
+    // Not every engine carries what was evaluated over into the document that comes; the script itself sees to
+    // it that it runs once in each.
+    webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, true});
   }
   webView->loadHTMLString(markup, std::nullopt);
   VeltoDataStore::updateUserAgentFromWKWebView(webView);

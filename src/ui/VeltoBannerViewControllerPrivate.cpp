@@ -280,7 +280,7 @@ void VeltoBannerViewControllerPrivate::viewWillTransitionToSize(
 }
 
 bool VeltoBannerViewControllerPrivate::shouldAutorotate() const {
-  return mraidHandler_ ? mraidHandler_->orientationProperty.allowOrientationChange
+  return mraidHandler_ ? mraidHandler_->orientationProperty().allowOrientationChange
                        : UIViewController::shouldAutorotate();
 }
 

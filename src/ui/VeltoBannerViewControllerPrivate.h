@@ -116,7 +116,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
     return createWKWebViewInstance(std::move(delegate));
   }
-  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override { mraidHandleAction(url, webView); }
+  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
 
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
@@ -136,7 +136,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void _notificationAdMobAdapterGADBannerReady(const NSNotification& notification);
   void _notificationUICurrentOrientation(const NSNotification& notification);
   void _restoreOriginalOrientation();
-  void afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step);  // unless it is gone by then
+  // Unless it, or the page that it shows, is gone by then.
+  void afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step);
 
   bool autoRefresh_ = false;
   bool abandoned_ = false;

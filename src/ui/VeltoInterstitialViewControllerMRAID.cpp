@@ -5,6 +5,18 @@
 
 namespace velto {
 
+void VeltoInterstitialViewControllerPrivate::afterATenthOnThisPage(
+    std::function<void(VeltoInterstitialViewControllerPrivate&)> step) {
+  afterATenth([page = std::weak_ptr(webView_), step = std::move(step)](auto& own) {
+    if (own.webView_ && own.webView_ == page.lock() && own.mraidHandler_) step(own);
+  });
+}
+
+// A page that was replaced or removed has nothing to say any more.
+void VeltoInterstitialViewControllerPrivate::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
+  if (&webView == webView_.get() || &webView == secondaryMRAIDWebView_.get()) mraidHandleAction(url, webView);
+}
+
 CGRect VeltoInterstitialViewControllerPrivate::veltoMRAIDGetFullscreenFrame() {
   return getFullScreenFrameFor(view(), self());
 }
@@ -26,16 +38,27 @@ void VeltoInterstitialViewControllerPrivate::veltoMRAIDExpand(const std::optiona
     own->_tapCloseButtonExpand();
   };  // the button drops it with the controller
   if (secondPartURL) {
+    prepareWebContent(webView_);  // the second view may live beside the first
     return fetchSecondaryMRAIDContentFor(
-        *secondPartURL, [weak = std::weak_ptr(self()), btnCloseConfiguration, closeAction, first = webView_](
-                            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
+        *secondPartURL,
+        [weak = std::weak_ptr(self()), page = std::weak_ptr(webView_), btnCloseConfiguration, closeAction](
+            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
           const auto alive = weak.lock();
-          if (!alive || !ad || !alive->mraidHandler_ || alive->webView_ != first) return;
+          const auto view = page.lock();
+          // It may show another ad by now, or have got the second part from an earlier command.
+          if (!alive || !view || alive->webView_ != view || !alive->mraidHandler_ ||
+              alive->secondaryMRAIDWebView_)
+            return;
+          if (!ad) return alive->dropPreparedWebContent();
           alive->_initSecondMRAIDWebView();
           alive->loadBannerDataIn(alive->secondaryMRAIDWebView_, ad);
-          alive->veltoCloseButton_ =
-              alive->mraidExpandFor(alive->secondaryMRAIDWebView_, alive->view(), alive,
-                                    btnCloseConfiguration, closeAction, alive->mraidHandler_);
+          const auto button = alive->mraidExpandFor(alive->secondaryMRAIDWebView_, alive->view(), alive,
+                                                    btnCloseConfiguration, closeAction, alive->mraidHandler_);
+          if (button)
+            alive->veltoCloseButton_ = button;
+          else if (alive->veltoCloseButton_)
+            alive->view()->addSubview(
+                alive->veltoCloseButton_);  // to the front: a person must be able to leave
         });
   }
   _expandOrResizeMainWebView(Expand, {}, {});
@@ -47,7 +70,6 @@ void VeltoInterstitialViewControllerPrivate::veltoMRAIDExpand(const std::optiona
 }
 
 void VeltoInterstitialViewControllerPrivate::_initSecondMRAIDWebView() {
-  if (secondaryMRAIDWebView_) secondaryMRAIDWebView_->removeFromSuperview();
   secondaryMRAIDWebView_ = addWKWebViewInViewWithNavigationDelegate(self());
   setupWKWebViewConstraintsFor(secondaryMRAIDWebView_, CGSize{});
 }
@@ -64,8 +86,7 @@ void VeltoInterstitialViewControllerPrivate::veltoMRAIDResize(
   const CGRect frame = property ? property->frame : CGRect{};
   const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
   _expandOrResizeMainWebView(Resize, frame.size, offsetCounts ? frame.origin : CGPoint{});
-  afterATenth([btnCloseConfiguration](auto& own) {
-    if (!own.webView_ || !own.mraidHandler_) return;
+  afterATenthOnThisPage([btnCloseConfiguration](auto& own) {
     own.veltoMRAIDRemoveCloseCustomButton();
     own.veltoCloseButton_ = own.addCloseButtonInView(
         own.webView_, btnCloseConfiguration, [&own] { own._tapCloseButtonResize(); }, std::nullopt);

@@ -385,7 +385,7 @@ void VeltoInterstitialViewControllerPrivate::viewWillTransitionToSize(
 }
 
 bool VeltoInterstitialViewControllerPrivate::shouldAutorotate() const {
-  return mraidHandler_ ? mraidHandler_->orientationProperty.allowOrientationChange
+  return mraidHandler_ ? mraidHandler_->orientationProperty().allowOrientationChange
                        : UIViewController::shouldAutorotate();
 }
 

@@ -121,7 +121,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
     return createWKWebViewInstance(std::move(delegate));
   }
-  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override { mraidHandleAction(url, webView); }
+  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
 
   std::shared_ptr<VeltoInterstitialViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
@@ -154,6 +154,8 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
   void _notificationAdMobAdapterGADInterstitialError();
   void _notificationUICurrentOrientation(const NSNotification& notification);
   void _restoreOriginalOrientation();
+  // The same, unless it shows another page by then.
+  void afterATenthOnThisPage(std::function<void(VeltoInterstitialViewControllerPrivate&)> step);
   void afterATenth(
       std::function<void(VeltoInterstitialViewControllerPrivate&)> step);  // unless it is gone by then
 

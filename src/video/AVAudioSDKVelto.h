@@ -8,14 +8,14 @@ namespace velto {
 class UIViewController;
 class WKWebView;
 
-// The volume is not watched yet: the operations are called where they will be needed and do nothing so far.
+// The volume is not watched yet: starting and stopping do nothing so far.
 class AVAudioSDKVelto {
  public:
   virtual ~AVAudioSDKVelto() = default;
 
   void startAudioVolumeObserverForContext(const void* /*context*/) {}
   void stopAudioVolumeObserverForContext(const void* /*context*/) {}
-  void audioVolumeChange(float /*volume*/, const std::shared_ptr<WKWebView>& /*mraidWebView*/) {}
+  void audioVolumeChange(float volume, const std::shared_ptr<WKWebView>& mraidWebView);
 
  protected:
   virtual UIViewController& viewController() = 0;
