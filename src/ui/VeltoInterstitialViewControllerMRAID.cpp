@@ -1,5 +1,6 @@
 // What a rich-media page makes its interstitial do: expand, resize, close. The page is told a moment later,
 // when the views have their new frames.
+#include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
@@ -97,8 +98,6 @@ void VeltoInterstitialViewControllerPrivate::veltoMRAIDResize(
 
 void VeltoInterstitialViewControllerPrivate::veltoMRAIDCloseResize() {
   _expandOrResizeMainWebView(CloseResize, {}, {});
-  // The button of the resized page went with it; a person must be able to leave the screen.
-  if (!veltoCloseButton_ && isReady_) _addInterstitialCloseButtonWithTimer(timerValue_);
   afterATenth(
       [](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });
 }
@@ -113,6 +112,13 @@ void VeltoInterstitialViewControllerPrivate::veltoMRAIDRemoveCloseCustomButton()
   veltoCloseButton_->removeFromSuperview();
   removeFriendlyObstructionOMSDKFor(veltoCloseButton_);
   veltoCloseButton_.reset();
+  // Whatever the page makes of it, a person must be able to leave: unless another button has come, the
+  // screen's own comes back.
+  Platform::current().mainQueue().post([weak = std::weak_ptr(self())] {
+    const auto alive = weak.lock();
+    if (alive && alive->isReady_ && !alive->veltoCloseButton_)
+      alive->_addInterstitialCloseButtonWithTimer(alive->timerValue_);
+  });
 }
 
 }  // namespace velto

@@ -129,7 +129,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
     return getActiveWebView(webView_, secondaryMRAIDWebView_);
   }
   // From the call to show until it has gone again.
-  bool isOnScreen() const { return showing_ || presentingViewController(); }
+  bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 
   void fetch(const std::optional<VeltoSettings>& settings);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);

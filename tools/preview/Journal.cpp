@@ -111,15 +111,17 @@ int Journal::count(const std::string& name) const {
 
 void Journal::inspect(const std::string& event, JSON::Object details) {
   if (event == "navigation") {
-    if (isOfThePage(textOf(details, "url"))) return;
+    const auto url = textOf(details, "url");
+    if (url == "about:blank" || isOfThePage(url)) return;  // frames without content are nothing to tell of
   } else if (event == "statement") {
     const auto text = textOf(details, "text");
+    if (const auto fired = argumentOf(text, "fireEvent"); !fired.empty()) details["name"] = fired;
     if (const auto placement = argumentOf(text, "setPlacementType"); !placement.empty())
       placement_ = placement;
     if (const auto state = argumentOf(text, "setState"); !state.empty() && state != state_) {
       add(event, std::move(details));
       state_ = state;
-      return add("state", {{"state", state}});
+      return add("state", {{"state", state}, {"name", "stateChange"}});
     }
   }
   add(event, std::move(details));
