@@ -22,10 +22,13 @@ class ModalFocus {
  private:
   static gboolean keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
                              ModalFocus* self) noexcept;
+  static void focusMoved(GtkRoot*, GParamSpec*, ModalFocus* self) noexcept;
   void shutOut(GtkWidget* widget);
+  bool holdsFocus() const;
 
   GPtr<GtkWidget> widget_;
   GtkEventController* keys_;              // the widget's
+  GWeakRef root_;                         // the window, which goes although this is there
   GWeakRef before_;                       // what had the focus
   std::vector<GPtr<GtkWidget>> shutOut_;  // all that lies beside it and could have had the focus
   std::function<void()> escaped_;
