@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+// clang-format off: the X headers define words like Success as macros, so they come last
+#include <gdk/x11/gdkx.h>
+// clang-format on
+
 namespace velto {
 namespace {
 
@@ -84,6 +88,20 @@ TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
   EXPECT_TRUE(sees(100, {}));
   gtk_widget_set_visible(GTK_WIDGET(window_), FALSE);
   EXPECT_TRUE(sees(0, {"notFound"}));
+}
+
+TEST_F(SightTest, AWindowOverTheEdgeOfTheScreenIsCutThere) {
+  EXPECT_TRUE(sees(100, {}));
+  auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
+  const auto moveTo = [&](int x) {
+    const auto line = "xdotool windowmove " + std::to_string(gdk_x11_surface_get_xid(surface)) + " " +
+                      std::to_string(x) + " 0";
+    ASSERT_TRUE(g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr)) << line;
+  };
+  moveTo(-100);
+  EXPECT_TRUE(sees(75, {"viewport"})) << watcher_->latest().percentageInView;
+  moveTo(0);
+  EXPECT_TRUE(sees(100, {}));
 }
 
 TEST_F(SightTest, APopoverCoversAndGoesAgain) {
