@@ -9,6 +9,7 @@
 //
 // Prints {"firstMs": ..., "laterMs": [...]}.
 #include "velto/headless/VeltoHeadless.h"
+#include "velto/resources/Resources.h"
 #include "velto/velto.h"
 
 #include <cstdio>
@@ -35,6 +36,7 @@ int run(const char* program, const std::string& adFile, int loads) {
   std::ifstream file(adFile, std::ios::binary);
   const std::string ad{std::istreambuf_iterator<char>(file), {}};
   auto platform = headless::Platform::install();
+  platform->veltoBundle().files["omsdk-v1.js"] = resourceText("omsdk-v1.js").value();
   platform->setPagesFinishByThemselves(true);
   platform->urlSession().respond("", {.headers = {{"Content-Type", "text/html"},
                                                   {"x-content", "html"},

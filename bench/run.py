@@ -11,7 +11,7 @@ import sys
 import tempfile
 import threading
 
-GROUPS = ["load", "time", "registration", "operations", "tracking", "size", "memory"]
+GROUPS = ["load", "time", "measurement", "registration", "operations", "tracking", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
 
@@ -158,6 +158,11 @@ class Bench:
             later.append(statistics.median(line["laterMs"]))
         return [Row.of_samples("library's time in a first load, engine excluded", "ms", first, limit=1, of="value"),
                 Row.of_samples("library's time in a later load, engine excluded", "ms", later, limit=1, of="value")]
+
+    def measurement(self):
+        (line,) = self.run("velto-bench-injection", os.path.join(self.source, "ad.html"), 40 if self.quick else 150)
+        return [Row.of_samples("load of a page with the measurement service, and without", "ms", line["withMs"],
+                               line["withoutMs"], limit=3, of="difference")]
 
     def registration(self):
         def once(program):

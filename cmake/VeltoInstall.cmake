@@ -38,7 +38,7 @@ if(TARGET velto_headless)
 endif()
 if(TARGET velto_gtk)
   velto_install(velto_gtk NAME velto-gtk DESCRIPTION "Velto on Linux" REQUIRES velto gtk4
-                PRIVATE webkitgtk-6.0 sqlite3 libcurl)
+                PRIVATE webkitgtk-6.0 sqlite3 libcurl x11)
   install(FILES ${PROJECT_SOURCE_DIR}/src/gtk/VeltoGtk.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto/gtk)
 endif()
 

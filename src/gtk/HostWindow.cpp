@@ -4,6 +4,7 @@
 #include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/PaintedOver.h"
 #include "velto/gtk/Peer.h"
+#include "velto/gtk/ScreenPart.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/platform/ui/UIViewControllerTransitioning.h"
 #include "velto/platform/ui/ViewChanges.h"
@@ -180,6 +181,7 @@ WindowSight HostWindow::sight() const {
   WindowSight sight;
   sight.minimized = !isVisible();
   sight.focused = hasFocus();
+  sight.onScreen = screenAround(root_);
   sight.covers = paintedOver(root_);
   return sight;
 }
@@ -212,11 +214,13 @@ void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
   g_signal_connect(self->clock_, "after-paint", G_CALLBACK(painted), self);
   self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state",
                                G_CALLBACK(stateChanged), self);
+  self->moved_ = watchMoves(gtk_native_get_surface(GTK_NATIVE(self->window_)));
 }
 
 void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
   if (!self->clock_) return;
   self->stateChanged_ = Signal();
+  self->moved_ = Signal();
   g_signal_handlers_disconnect_by_data(self->clock_, self);
   self->clock_.reset();
 }

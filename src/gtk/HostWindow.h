@@ -60,6 +60,7 @@ class HostWindow {
   GtkWidget* root_ = nullptr;  // of the root view, in the overlay
   GPtr<GdkFrameClock> clock_;
   Signal stateChanged_;
+  Signal moved_;
   bool inserting_ = false;
   std::shared_ptr<UIViewController> controller_;
   std::vector<std::unique_ptr<HostView>> hostViews_;

@@ -1,6 +1,7 @@
 // Later siblings all the way up, by what they painted last; popovers by their surfaces.
 #include "velto/gtk/PaintedOver.h"
 
+#include "velto/gtk/ScreenPart.h"
 #include "velto/platform/foundation/GMemory.h"
 
 #include <optional>
@@ -88,17 +89,6 @@ void addPainted(GtkWidget* widget, GtkWidget* over, std::vector<CGRect>& rects) 
   if (!node) return;
   Painted(rects).add(node, matrix, std::nullopt);
   gsk_render_node_unref(node);
-}
-
-// Where the widget's coordinates begin on the surface of its window.
-CGPoint placeOnSurface(GtkWidget* widget) {
-  auto* native = gtk_widget_get_native(widget);
-  CGPoint place;
-  gtk_native_get_surface_transform(native, &place.x, &place.y);
-  double x = 0;
-  double y = 0;
-  gtk_widget_translate_coordinates(widget, GTK_WIDGET(native), 0, 0, &x, &y);
-  return {place.x + x, place.y + y};
 }
 
 void addPopovers(GtkWidget* within, GtkWidget* over, std::vector<CGRect>& rects) {

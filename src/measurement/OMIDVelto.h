@@ -9,7 +9,7 @@
 
 namespace velto {
 
-enum OMIDVeltoCreativeType {
+enum OMIDVeltoCreativeType : int {
   OMIDVeltoCreativeTypeDefinedByJavaScript = 1,
   OMIDVeltoCreativeTypeHTMLDisplay = 2,
   OMIDVeltoCreativeTypeNativeDisplay = 3,
@@ -17,7 +17,7 @@ enum OMIDVeltoCreativeType {
   OMIDVeltoCreativeTypeAudio = 5,
 };
 
-enum OMIDVeltoImpressionType {
+enum OMIDVeltoImpressionType : int {
   OMIDVeltoImpressionTypeDefinedByJavaScript = 1,
   OMIDVeltoImpressionTypeUnspecified = 2,
   OMIDVeltoImpressionTypeLoaded = 3,
@@ -29,27 +29,27 @@ enum OMIDVeltoImpressionType {
 };
 
 // Who reports the impression, and who the media events.
-enum OMIDVeltoOwner {
+enum OMIDVeltoOwner : int {
   OMIDVeltoOwnerJavaScript = 1,
   OMIDVeltoOwnerNative = 2,
   OMIDVeltoOwnerNone = 3,
 };
 
-enum OMIDVeltoFriendlyObstructionType {
+enum OMIDVeltoFriendlyObstructionType : int {
   OMIDVeltoFriendlyObstructionMediaControls = 0,
   OMIDVeltoFriendlyObstructionCloseAd = 1,
   OMIDVeltoFriendlyObstructionNotVisible = 2,
   OMIDVeltoFriendlyObstructionOther = 3,
 };
 
-enum OMIDVeltoPosition {
+enum OMIDVeltoPosition : int {
   OMIDVeltoPositionPreroll = 0,
   OMIDVeltoPositionMidroll = 1,
   OMIDVeltoPositionPostroll = 2,
   OMIDVeltoPositionStandalone = 3,
 };
 
-enum OMIDVeltoPlayerState {
+enum OMIDVeltoPlayerState : int {
   OMIDVeltoPlayerStateMinimized = 0,
   OMIDVeltoPlayerStateCollapsed = 1,
   OMIDVeltoPlayerStateNormal = 2,
@@ -57,13 +57,13 @@ enum OMIDVeltoPlayerState {
   OMIDVeltoPlayerStateFullscreen = 4,
 };
 
-enum OMIDVeltoInteractionType {
+enum OMIDVeltoInteractionType : int {
   OMIDVeltoInteractionTypeClick = 0,
   OMIDVeltoInteractionTypeAcceptInvitation = 1,
 };
 
 inline constexpr char OMIDVeltoErrorDomain[] = "OMIDVeltoErrorDomain";
-enum OMIDVeltoErrorCode {
+enum OMIDVeltoErrorCode : int {
   OMIDVeltoErrorNotActive = 1,        // the engine was not activated
   OMIDVeltoErrorInvalidArgument = 2,  // a value that is out of range, blank or missing
   OMIDVeltoErrorInvalidState = 3,     // not now: before the start, after the finish, a second time

@@ -343,6 +343,8 @@
       const frame = document.createElement('iframe');
       frame.name = frame.id = name;
       frame.style.display = 'none';
+      frame.loading = 'lazy';  // out of sight for ever, so nothing is loaded, and the page does not wait for it
+      frame.src = 'data:,';
       document.body.appendChild(frame);
     }
   };

@@ -13,6 +13,7 @@ class ViewChanges {
  public:
   // Called within each change, often many times in a row: the observer only takes note, and looks later.
   static Handle observe(std::function<void()> observer);
+  static bool isObserved() { return observed_; }
 
   // By views, and by platforms for changes around them. Costs next to nothing while nobody observes.
   static void note() {

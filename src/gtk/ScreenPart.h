@@ -1,0 +1,24 @@
+// Where a window lies on the screens, as far as the display tells: X11 does, others keep it to themselves.
+// Used by host windows; main thread.
+#pragma once
+
+#include "velto/gtk/Signal.h"
+#include "velto/platform/Geometry.h"
+
+#include <gtk/gtk.h>
+
+#include <optional>
+
+namespace velto::gtk {
+
+// The rectangle, in the widget's coordinates, that all monitors together span; nothing where the display does
+// not tell.
+std::optional<CGRect> screenAround(GtkWidget* widget);
+
+// Tells of moves by ViewChanges::note(), until it goes. The surface must outlive it.
+Signal watchMoves(GdkSurface* surface);
+
+// Where the widget's coordinates begin on the surface of its window.
+CGPoint placeOnSurface(GtkWidget* widget);
+
+}  // namespace velto::gtk

@@ -1,0 +1,142 @@
+// What a window of the toolkit knows of how the library's views are seen: the application's own widgets over
+// them, popovers, scrolled lists; and that a change is told.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/measurement/ViewSight.h"
+#include "velto/measurement/ViewabilityWatcher.h"
+#include "velto/platform/ui/UIViewController.h"
+
+#include <gtest/gtest.h>
+
+// clang-format off: the X headers define words like Success as macros, so they come last
+#include <gdk/x11/gdkx.h>
+// clang-format on
+
+namespace velto {
+namespace {
+
+class SightTest : public testing::Test {
+ protected:
+  SightTest() {
+    gtk_init();
+    gtk::install({.applicationIdentifier = "org.example.sight"});
+    window_ = GTK_WINDOW(gtk_window_new());
+    gtk_window_set_decorated(window_, false);
+    gtk_window_set_default_size(window_, 400, 300);
+    list_ = gtk_scrolled_window_new();
+    place_ = gtk_drawing_area_new();
+    gtk_widget_set_size_request(place_, 400, 900);
+    gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(list_), place_);
+    gtk_window_set_child(window_, list_);
+    host_ = gtk::hostViewController(window_);
+    gtk_window_present(window_);
+    runUntil([&] { return host_->view()->bounds().size.height >= 300; });
+    ad_ = UIView::make();
+    ad_->setFrame({{0, 100}, {400, 100}});
+    watch(*host_->view());
+  }
+  ~SightTest() override {
+    watcher_.reset();
+    gtk::uninstall();
+    gtk_window_destroy(window_);
+  }
+
+  static void draw(GtkDrawingArea*, cairo_t* context, int, int, gpointer) {
+    cairo_set_source_rgb(context, 1, 0, 0);
+    cairo_paint(context);
+  }
+  static bool runUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
+    const guint deadline = g_timeout_add_seconds(10, expire, &expired);
+    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+    g_source_remove(deadline);
+    return condition();
+  }
+  void watch(UIView& container) {
+    container.addSubview(ad_);
+    watcher_ = ViewabilityWatcher::watch([this] { return sightOf(ad_.get(), {}); }, [](const auto&) {});
+  }
+  // Whether a watcher comes to see that much, by itself.
+  bool sees(int percentage, std::vector<std::string> reasons) {
+    const auto& seen = watcher_->latest();
+    return runUntil([&] { return seen.percentageInView == percentage && seen.reasons == reasons; });
+  }
+
+  GtkWindow* window_;
+  GtkWidget* list_;
+  GtkWidget* place_;
+  std::shared_ptr<UIViewController> host_;
+  std::shared_ptr<UIView> ad_;
+  std::shared_ptr<ViewabilityWatcher> watcher_;
+};
+
+TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
+  EXPECT_TRUE(sees(100, {}));
+  auto* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);  // over everything, and empty but for its child
+  auto* painted = gtk_drawing_area_new();
+  gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(painted), draw, nullptr, nullptr);
+  gtk_widget_set_size_request(painted, 100, 300);
+  gtk_box_append(GTK_BOX(box), painted);
+  gtk_overlay_add_overlay(GTK_OVERLAY(gtk_window_get_child(window_)), box);
+  EXPECT_TRUE(sees(75, {"obstructed"})) << watcher_->latest().percentageInView;
+  gtk_widget_set_opacity(painted, 0);
+  EXPECT_TRUE(sees(100, {})) << watcher_->latest().percentageInView;
+  gtk_widget_set_opacity(painted, 1);
+  gtk_widget_set_margin_start(box, 360);
+  EXPECT_TRUE(sees(90, {"obstructed"})) << watcher_->latest().percentageInView;
+  gtk_widget_set_visible(box, FALSE);
+  EXPECT_TRUE(sees(100, {}));
+  gtk_widget_set_visible(GTK_WIDGET(window_), FALSE);
+  EXPECT_TRUE(sees(0, {"notFound"}));
+}
+
+TEST_F(SightTest, AWindowOverTheEdgeOfTheScreenIsCutThere) {
+  EXPECT_TRUE(sees(100, {}));
+  auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
+  const auto moveTo = [&](int x) {
+    const auto line = "xdotool windowmove " + std::to_string(gdk_x11_surface_get_xid(surface)) + " " +
+                      std::to_string(x) + " 0";
+    ASSERT_TRUE(g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr)) << line;
+  };
+  moveTo(-100);
+  EXPECT_TRUE(sees(75, {"viewport"})) << watcher_->latest().percentageInView;
+  moveTo(0);
+  EXPECT_TRUE(sees(100, {}));
+}
+
+TEST_F(SightTest, APopoverCoversAndGoesAgain) {
+  auto* popover = gtk_popover_new();
+  auto* content = gtk_label_new("over the ad");
+  gtk_widget_set_size_request(content, 150, 60);
+  gtk_popover_set_child(GTK_POPOVER(popover), content);
+  gtk_popover_set_autohide(GTK_POPOVER(popover), FALSE);
+  const GdkRectangle at = {200, 100, 1, 1};
+  gtk_popover_set_pointing_to(GTK_POPOVER(popover), &at);
+  gtk_widget_set_parent(popover, list_);
+  EXPECT_TRUE(sees(100, {}));
+  gtk_popover_popup(GTK_POPOVER(popover));
+  EXPECT_TRUE(runUntil([&] { return watcher_->latest().percentageInView < 100; }));
+  ASSERT_EQ(watcher_->latest().obstructions.size(), 1u);
+  const CGRect& cover = watcher_->latest().obstructions.front();
+  EXPECT_GE(cover.size.width, 150);
+  EXPECT_NEAR(cover.midX(), 200, 2);
+  EXPECT_GE(cover.minY(), 100);
+  gtk_popover_popdown(GTK_POPOVER(popover));
+  EXPECT_TRUE(sees(100, {}));
+  gtk_widget_unparent(popover);
+}
+
+TEST_F(SightTest, AnAdInAScrolledListIsClippedWithIt) {
+  watch(*gtk::hostView(place_));
+  EXPECT_TRUE(sees(100, {}));
+  auto* adjustment = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(list_));
+  gtk_adjustment_set_value(adjustment, 150);
+  EXPECT_TRUE(sees(50, {"viewport"})) << watcher_->latest().percentageInView;
+  gtk_adjustment_set_value(adjustment, 400);
+  EXPECT_TRUE(runUntil([&] { return watcher_->latest().percentageInView == 0; }));
+  gtk_adjustment_set_value(adjustment, 0);
+  EXPECT_TRUE(sees(100, {}));
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,228 @@
+// Sessions of real banners on the headless platform: what their pages are told, when it ends, and that
+// nothing is left behind.
+#include "velto/measurement/OMIDVeltoAdSession.h"
+#include "velto/measurement/OMIDVeltoSDK.h"
+#include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
+#include "velto/platform/ui/ViewChanges.h"
+
+#include "../ui/UITest.h"
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The operations of the service that a page was told to run, such as "start geometry finish".
+std::string calls(const headless::RecordingWebView& page) {
+  constexpr std::string_view prefix = "window.__veltoOMID&&__veltoOMID.";
+  std::string result;
+  for (const auto& script : page.scripts())
+    if (script.starts_with(prefix))
+      result += (result.empty() ? "" : " ") + script.substr(prefix.size(), script.find('(') - prefix.size());
+  return result;
+}
+
+// The argument of the last such call.
+JSON argument(const headless::RecordingWebView& page, const std::string& operation) {
+  const std::string prefix = "window.__veltoOMID&&__veltoOMID." + operation + "(";
+  JSON result;
+  for (const auto& script : page.scripts())
+    if (script.starts_with(prefix))
+      result = readJSON(script.substr(prefix.size(), script.size() - prefix.size() - 1)).value_or(JSON());
+  return result;
+}
+
+double percentage(const JSON& geometry) {
+  return geometry.object()->at("adView").object()->at("percentageInView").number().value();
+}
+
+// A screen that plays videos, as the library's own is.
+class Screen : public UIViewController, public UIViewControllerOMSDKSDKVelto {
+  UIViewController& viewController() override { return *this; }
+};
+
+class SessionTest : public UITest {
+ protected:
+  SessionTest() { platform->veltoBundle().files["omsdk-v1.js"] = "service()"; }
+  std::shared_ptr<VeltoBannerViewControllerPrivate> working(VeltoBannerViewController& banner) {
+    return banner.vc();
+  }
+};
+
+TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
+  const auto banner = this->banner();
+  loadAd(*banner);
+  EXPECT_TRUE(page().html().starts_with("<html><script>service()</script>"));
+  EXPECT_EQ(calls(page()), "start");
+  const auto start = *argument(page(), "start").object();
+  EXPECT_EQ(start.at("creativeType"), JSON("htmlDisplay"));
+  EXPECT_EQ(start.at("impressionType"), JSON("beginToRender"));
+  EXPECT_EQ(start.at("impressionOwner"), JSON("javascript"));
+  EXPECT_EQ(start.at("mediaEventsOwner"), JSON("none"));
+  EXPECT_FALSE(start.contains("loaded")) << "that is the page's";
+  EXPECT_FALSE(start.contains("contentUrl"));
+  EXPECT_EQ(start.at("context").object()->at("omidNativeInfo"),
+            JSON(JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}}));
+  EXPECT_EQ(percentage(start.at("geometry")), 100);
+
+  auto& shown = page();
+  platform->advance(1min);
+  EXPECT_EQ(calls(shown), "start") << "nothing changed";
+  window->setSight({.minimized = true});
+  platform->runUntilIdle();
+  EXPECT_EQ(percentage(argument(shown, "geometry")), 0);
+  window->setSight({});
+  platform->advance(200ms);
+  platform->application().enterBackground();
+  platform->advance(200ms);
+  EXPECT_EQ(*argument(shown, "geometry").object()->at("adView").object()->at("reasons").array(),
+            JSON::Array{"backgrounded"});
+  platform->application().enterForeground();
+  platform->advance(200ms);
+  EXPECT_EQ(calls(shown), "start geometry geometry geometry geometry");
+
+  banner->removeBanner();
+  platform->runUntilIdle();
+  EXPECT_TRUE(calls(shown).ends_with(" finish"));
+  EXPECT_EQ(shown.navigate("velto://failLoad"), WKNavigationActionPolicy::Cancel);
+  platform->advance(999ms);
+  EXPECT_EQ(platform->webViews().size(), 1u) << "its scripts have a second";
+  platform->advance(1ms);
+  EXPECT_TRUE(platform->webViews().empty());
+}
+
+TEST_F(SessionTest, ARefreshEndsTheOldPageAndGoesOnInTheNewOne) {
+  const auto banner = this->banner();
+  loadAd(*banner);
+  auto& first = page();
+  const auto session = working(*banner)->omidSession();
+  loadAd(*banner);
+  auto& second = page();
+  ASSERT_NE(&first, &second);
+  EXPECT_EQ(calls(first), "start finish");
+  EXPECT_EQ(calls(second), "start");
+  EXPECT_EQ(working(*banner)->omidSession(), session);
+  EXPECT_EQ(session->mainAdView(), second.webView().shared_from_this());
+  EXPECT_NE(argument(first, "start").object()->at("adSessionId"),
+            argument(second, "start").object()->at("adSessionId"));
+  second.finish();  // the same page says so once more
+  EXPECT_EQ(calls(second), "start start") << "a page that has its session ignores the second";
+  EXPECT_EQ(working(*banner)->omidSession(), session);
+
+  // The page that is on its way out has no say in the banner any more.
+  first.navigate("velto://failLoad");
+  platform->advance(1s);
+  EXPECT_EQ(platform->webViews().size(), 1u);
+  EXPECT_TRUE(second.webView().isInWindow());
+}
+
+TEST_F(SessionTest, AThousandRefreshesLeaveNothing) {
+  {
+    std::vector<std::weak_ptr<OMIDVeltoAdSession>> sessions;
+    platform->runUntilIdle();
+    const size_t before = platform->mainQueue().pending();
+    for (int i = 0; i < 1000; ++i) {
+      const auto banner = this->banner();
+      loadAd(*banner);
+      loadAd(*banner);
+      sessions.push_back(working(*banner)->omidSession());
+      EXPECT_FALSE(sessions.back().expired());
+      banner->removeBanner();
+      platform->advance(10ms);
+      ASSERT_LE(platform->webViews().size(), 2u * 101) << "a second of them at most";
+    }
+    platform->advance(2s);
+    for (const auto& session : sessions) EXPECT_TRUE(session.expired());
+    EXPECT_TRUE(platform->webViews().empty());
+    EXPECT_EQ(platform->mainQueue().pending(), before);
+  }
+  window->view().setFrame({{0, 0}, {400, 400}});
+  platform->runUntilIdle();
+  EXPECT_FALSE(ViewChanges::isObserved());
+}
+
+TEST_F(SessionTest, WhatCoversABannerIsSeenUnlessItIsFriendly) {
+  const auto banner = this->banner();
+  loadAd(*banner);
+  const auto& controller = working(*banner);
+  const CGRect ad = frameInWindow(*controller->webView(), window->view());
+  const auto cover = UIView::make();
+  cover->setBackgroundColor(UIColor::blackColor());
+  cover->setFrame({ad.origin, {ad.size.width / 2, ad.size.height}});
+  window->view().addSubview(cover);
+  platform->advance(200ms);
+  EXPECT_EQ(percentage(argument(page(), "geometry")), 50);
+  controller->addFriendlyObstructionOMSDKFor(cover);
+  EXPECT_EQ(percentage(argument(page(), "geometry")), 100) << "at once";
+  controller->removeFriendlyObstructionOMSDKFor(cover);
+  EXPECT_EQ(percentage(argument(page(), "geometry")), 50);
+  controller->impressionOMSDK();
+  EXPECT_EQ(calls(page()), "start geometry geometry geometry") << "the impression is the page's";
+}
+
+TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
+  auto screen = std::make_shared<Screen>();
+  screen->signalPlaybackNativeVideoOMSDK(0.25F);
+  screen->finishOMSDKSession();
+  EXPECT_TRUE(platform->webViews().empty()) << "without session nothing happens";
+  screen->startOMSDKSessionForNativeVideo();
+  auto& hidden = page();
+  EXPECT_NE(hidden.html().find("<head><script>service()</script>"), std::string::npos);
+  screen->startPlaybackNativeVideoOMSDWith(12, 0.5F);
+  EXPECT_EQ(calls(hidden), "") << "its page has not loaded yet";
+  hidden.finish();
+  EXPECT_EQ(calls(hidden), "start impression mediaVolume");
+  const auto start = *argument(hidden, "start").object();
+  EXPECT_EQ(start.at("creativeType"), JSON("video"));
+  EXPECT_EQ(start.at("impressionOwner"), JSON("native"));
+  EXPECT_EQ(start.at("mediaEventsOwner"), JSON("native"));
+  EXPECT_EQ(start.at("loaded"), JSON(JSON::Object{}));
+  const auto& resource = *start.at("resources").array()->at(0).object();
+  EXPECT_EQ(resource.at("verificationParameters"), JSON(" "));
+  EXPECT_TRUE(resource.at("resourceUrl").string()->starts_with("https://"));
+  EXPECT_EQ(hidden.navigate("https://elsewhere.example/"), WKNavigationActionPolicy::Cancel);
+  EXPECT_EQ(hidden.navigate("about:srcdoc"), WKNavigationActionPolicy::Allow);
+
+  const auto signalled = [&](float progress) {
+    const size_t before = hidden.scripts().size();
+    screen->signalPlaybackNativeVideoOMSDK(progress);
+    if (hidden.scripts().size() == before) return std::string();
+    const auto& script = hidden.scripts().back();
+    return script.substr(script.find('"') + 1, script.rfind('"') - script.find('"') - 1);
+  };
+  for (const auto& [progress, event] :
+       std::vector<std::pair<float, std::string>>{{0.255F, "firstQuartile"},
+                                                  {0.3F, ""},
+                                                  {0.5F, "midpoint"},
+                                                  {0.755F, "thirdQuartile"},
+                                                  {1, "complete"},
+                                                  {1.005F, "complete"},
+                                                  {0.98F, ""},
+                                                  {0, ""},
+                                                  {std::numeric_limits<float>::quiet_NaN(), ""}})
+    EXPECT_EQ(signalled(progress), event) << progress;
+  screen->volumePlaybackNativeVideoChangeOMSD(0.75F);
+  EXPECT_NE(hidden.scripts().back().find("mediaVolume(\"volumeChange\",0.75,"), std::string::npos);
+
+  screen.reset();  // a screen that goes away finishes
+  EXPECT_TRUE(calls(hidden).ends_with("finish"));
+  platform->advance(1s);
+  EXPECT_TRUE(platform->webViews().empty());
+}
+
+TEST_F(SessionTest, WithoutServiceScriptAllIsSilent) {
+  platform->veltoBundle().files.clear();
+  const auto banner = this->banner();
+  loadAd(*banner);
+  EXPECT_EQ(page().html(), readyPage);
+  EXPECT_EQ(working(*banner)->omidSession(), nullptr);
+  EXPECT_EQ(calls(page()), "");
+  working(*banner)->impressionOMSDK();
+  banner->removeBanner();
+  platform->runUntilIdle();
+  EXPECT_TRUE(platform->webViews().empty());
+  EXPECT_EQ(delegate->heard, std::vector<std::string>{"finish"});
+}
+
+}  // namespace
+}  // namespace velto::test
