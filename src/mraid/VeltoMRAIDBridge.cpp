@@ -51,8 +51,9 @@ std::string filled(std::string_view format, std::initializer_list<std::string> v
   return text;
 }
 
+// A zero is written without sign, whichever way the layout arrived at it.
 std::string number(double value, int decimals) {
-  return fixedDecimals(value, decimals);
+  return fixedDecimals(value + 0.0, decimals);
 }
 
 bool opens(const char* probe) {

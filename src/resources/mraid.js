@@ -119,8 +119,17 @@
     };
   }
 
+  // What the host fetches must say where from; what it opens, such as "shop.example", may leave the scheme to it.
+  function absolute(address) {
+    try {
+      return /^[a-z][\w+.-]*:/i.test(address) ? address : new URL(address, document.baseURI).href;
+    } catch (error) {
+      return address; // a page without base
+    }
+  }
+
   function sendAddress(command, address) {
-    if (isText(address)) send(command, 'url', address);
+    if (isText(address)) send(command, 'url', command === 'open' ? address : absolute(address));
     else fail(command + '() needs a URL.');
   }
 
@@ -383,7 +392,7 @@
       if (state === 'expanded') return; // it is what it should be
       if (placement === 'interstitial') return fail('An interstitial does not expand.');
       if (state !== 'default') return fail('expand() is not possible in state ' + state + '.');
-      if (url) send('expand', 'url', url);
+      if (url) send('expand', 'url', absolute(url));
       else send('expand');
     },
     resize: () => {

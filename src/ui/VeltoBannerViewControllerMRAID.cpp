@@ -63,11 +63,14 @@ void VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
   setupWKWebViewConstraintsFor(secondaryMRAIDWebView_, CGSize{});
 }
 
+void VeltoBannerViewControllerPrivate::removeSecondMRAIDWebView() {
+  if (!secondaryMRAIDWebView_) return;
+  secondaryMRAIDWebView_->removeFromSuperview();
+  secondaryMRAIDWebView_.reset();
+}
+
 void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
-  if (secondaryMRAIDWebView_) {
-    secondaryMRAIDWebView_->removeFromSuperview();
-    secondaryMRAIDWebView_.reset();
-  }
+  removeSecondMRAIDWebView();
   _expandActionInMainWebView(CloseExpand);
   mraidCloseExpandFor(webView_, view()->frame(), mraidHandler_);
   _restoreOriginalOrientation();
@@ -76,6 +79,7 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
 void VeltoBannerViewControllerPrivate::_tapCloseButtonExpand() {
   _expandActionInMainWebView(CloseExpand);
   afterATenth([](auto& own) {
+    own.removeSecondMRAIDWebView();  // or it would lie over the banner for ever
     own.mraidCloseExpandFor(own.webView_, own.view()->frame(), own.mraidHandler_);
     own._restoreOriginalOrientation();
   });

@@ -133,6 +133,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void _handleRefreshTimer();
   void _refreshAd() { _loadAndNotifyFailure(false); }
   void _initSecondMRAIDWebView();
+  void removeSecondMRAIDWebView();
   void _notificationAdMobAdapterGADBannerReady(const NSNotification& notification);
   void _notificationUICurrentOrientation(const NSNotification& notification);
   void _restoreOriginalOrientation();
