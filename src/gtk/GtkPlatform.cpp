@@ -50,6 +50,8 @@ GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
       device_(orientationOf(screen_)),
+      calendar_(mainQueue_, options.mayAddCalendarEvents),
+      photos_(mainQueue_, options.mayStorePictures),
       webSession_(std::make_shared<WebSession>(options)),
       urlSession_(transportOptions(options)) {}
 

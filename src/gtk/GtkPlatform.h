@@ -5,6 +5,7 @@
 #include "velto/gtk/Application.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
+#include "velto/gtk/Calendar.h"
 #include "velto/gtk/Clock.h"
 #include "velto/gtk/DefaultsStore.h"
 #include "velto/gtk/Device.h"
@@ -12,6 +13,7 @@
 #include "velto/gtk/Locale.h"
 #include "velto/gtk/MainQueue.h"
 #include "velto/gtk/NetworkInfo.h"
+#include "velto/gtk/Photos.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/WebSession.h"
@@ -56,6 +58,8 @@ class GtkPlatform : public Platform {
   ATTrackingManager& trackingManager() override { return trackingManager_; }
   WKWebsiteDataStore& websiteDataStore() override;
   ViewSystem& views() override;
+  Calendar& eventStore() override { return calendar_; }
+  Photos& photoLibrary() override { return photos_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -75,6 +79,8 @@ class GtkPlatform : public Platform {
   NoLocation location_;
   NoAdvertisingIdentifier identifierManager_;
   NoTracking trackingManager_;
+  Calendar calendar_;
+  Photos photos_;
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;

@@ -47,6 +47,10 @@ struct Options {
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
+  // Whether the user allowed this application to add events to the calendar, and pictures to the pictures
+  // folder: ads that ask for it then may. The library never asks the user.
+  bool mayAddCalendarEvents = false;
+  bool mayStorePictures = false;
 };
 
 // Throws std::invalid_argument without an identifier. A second call replaces the platform: only for tests.

@@ -4,6 +4,7 @@
 
 #include "velto/headless/MemoryBundle.h"
 #include "velto/headless/MemoryDefaults.h"
+#include "velto/headless/MemoryLibrary.h"
 #include "velto/headless/MemoryWebsiteData.h"
 #include "velto/headless/ScriptedApplication.h"
 #include "velto/headless/ScriptedDevice.h"
@@ -52,6 +53,8 @@ class Platform : public velto::Platform {
   ScriptedAdvertising& trackingManager() override { return advertising_; }
   MemoryWebsiteData& websiteDataStore() override { return websiteData_; }
   ScriptedViewSystem& views() override { return views_; }
+  MemoryEventStore& eventStore() override { return eventStore_; }
+  MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
   void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
 
  private:
@@ -73,6 +76,8 @@ class Platform : public velto::Platform {
   ScriptedNetwork network_{queue_};
   ScriptedApplication application_{queue_};
   MemoryWebsiteData websiteData_{queue_};
+  MemoryEventStore eventStore_{queue_};
+  MemoryPhotoLibrary photoLibrary_{queue_};
   ScriptedURLSession session_{queue_};
   ScriptedViewSystem views_{queue_};
 };

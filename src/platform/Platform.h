@@ -20,6 +20,7 @@ class ATTrackingManager;
 class CLLocationManager;
 class CTTelephonyNetworkInfo;
 class Clock;
+class EKEventStore;
 class MainQueue;
 class NSBundle;
 class NSLocale;
@@ -27,6 +28,7 @@ class NSTimeZone;
 class NSURLSession;
 class NSUserDefaults;
 class NetworkInformation;
+class PHPhotoLibrary;
 class UIApplication;
 class UIDevice;
 class UIScreen;
@@ -69,6 +71,8 @@ class Platform {
   virtual ATTrackingManager& trackingManager() = 0;
   virtual WKWebsiteDataStore& websiteDataStore() = 0;
   virtual ViewSystem& views() = 0;
+  virtual EKEventStore& eventStore() = 0;
+  virtual PHPhotoLibrary& photoLibrary() = 0;
 
   // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform
   // goes is destroyed undone; what is being done is waited for. Any thread.
