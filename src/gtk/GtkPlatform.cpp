@@ -38,22 +38,20 @@ TransportOptions transportOptions(const Options& options) {
   return result;
 }
 
-// A window on an upright monitor counts as a device held upright; on any other nothing is known.
-UIDeviceOrientation orientationOf(const UIScreen& screen) {
-  const auto size = screen.bounds().size;
-  return size.height > size.width ? 1 : 0;
-}
-
 }  // namespace
 
 GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
-      device_(orientationOf(screen_)),
+      device_(screen_),
+      orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
+                         [this](auto orientation) { device_.turned(orientation); }),
       calendar_(mainQueue_, options.mayAddCalendarEvents),
       photos_(mainQueue_, options.mayStorePictures),
       webSession_(std::make_shared<WebSession>(options)),
-      urlSession_(transportOptions(options)) {}
+      urlSession_(transportOptions(options)) {
+  systemBus_.start();
+}
 
 GtkPlatform::~GtkPlatform() = default;
 
@@ -64,6 +62,7 @@ GtkPlatform* GtkPlatform::installed() {
 void GtkPlatform::stopThreads() {
   urlSession_.stop();
   background_.stop();
+  systemBus_.stop();
 }
 
 std::shared_ptr<NSBundle> GtkPlatform::bundleWithIdentifier(const std::string& identifier) {

@@ -6,14 +6,18 @@
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
 #include "velto/gtk/Calendar.h"
+#include "velto/gtk/Carrier.h"
 #include "velto/gtk/Clock.h"
 #include "velto/gtk/DefaultsStore.h"
 #include "velto/gtk/Device.h"
 #include "velto/gtk/Foreground.h"
 #include "velto/gtk/Locale.h"
+#include "velto/gtk/Location.h"
 #include "velto/gtk/MainQueue.h"
 #include "velto/gtk/NetworkInfo.h"
+#include "velto/gtk/OrientationSensor.h"
 #include "velto/gtk/Photos.h"
+#include "velto/gtk/SystemBus.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/WebSession.h"
@@ -26,7 +30,7 @@
 namespace velto::gtk {
 
 // Made and destroyed on the main thread. Making it is cheap: what costs starts with its first use (file,
-// transport thread, web engine, network monitor).
+// transport thread, web engine), or on a thread of its own (services of the system bus).
 class GtkPlatform : public Platform {
  public:
   explicit GtkPlatform(const Options& options);
@@ -35,6 +39,7 @@ class GtkPlatform : public Platform {
   // The one installed, or null.
   static GtkPlatform* installed();
   Foreground& foreground() { return foreground_; }
+  SystemBus& systemBus() { return systemBus_; }
 
   // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
   // it.
@@ -52,7 +57,7 @@ class GtkPlatform : public Platform {
   NSLocale& currentLocale() override { return locale_; }
   NSTimeZone& localTimeZone() override { return timeZone_; }
   NetworkInformation& network() override { return network_; }
-  CTTelephonyNetworkInfo& telephony() override { return telephony_; }
+  CTTelephonyNetworkInfo& telephony() override { return carrier_; }
   CLLocationManager& location() override { return location_; }
   ASIdentifierManager& identifierManager() override { return identifierManager_; }
   ATTrackingManager& trackingManager() override { return trackingManager_; }
@@ -75,8 +80,9 @@ class GtkPlatform : public Platform {
   Locale locale_;
   TimeZone timeZone_;
   NetworkInfo network_{mainQueue_};
-  NoCarrier telephony_;
-  NoLocation location_;
+  Carrier carrier_;
+  Location location_;
+  OrientationSensor orientationSensor_;
   NoAdvertisingIdentifier identifierManager_;
   NoTracking trackingManager_;
   Calendar calendar_;
@@ -86,6 +92,7 @@ class GtkPlatform : public Platform {
   std::unique_ptr<ViewSystem> views_;
   UrlSession urlSession_;
   Background background_;
+  SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_}};
 };
 
 }  // namespace velto::gtk
