@@ -93,6 +93,15 @@ void uninstall() {
   Platform::install(nullptr);
 }
 
+bool isTrackingAllowed() {
+  return AdvertisingFile().read().identifier.has_value();
+}
+
+void setTrackingAllowed(bool allowed) {
+  const AdvertisingFile file;
+  allowed ? file.allow() : file.deny();
+}
+
 void setInForeground(std::optional<bool> inForeground) {
   if (auto* platform = GtkPlatform::installed()) platform->foreground().setByApplication(inForeground);
 }

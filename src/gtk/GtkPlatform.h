@@ -1,7 +1,7 @@
 // The Linux platform: each service of the seam by the system's own means. velto::gtk::install() makes it.
 #pragma once
 
-#include "velto/gtk/Absent.h"
+#include "velto/gtk/Advertising.h"
 #include "velto/gtk/Application.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
@@ -59,8 +59,8 @@ class GtkPlatform : public Platform {
   NetworkInformation& network() override { return network_; }
   CTTelephonyNetworkInfo& telephony() override { return carrier_; }
   CLLocationManager& location() override { return location_; }
-  ASIdentifierManager& identifierManager() override { return identifierManager_; }
-  ATTrackingManager& trackingManager() override { return trackingManager_; }
+  ASIdentifierManager& identifierManager() override { return advertising_; }
+  ATTrackingManager& trackingManager() override { return advertising_; }
   WKWebsiteDataStore& websiteDataStore() override;
   ViewSystem& views() override;
   Calendar& eventStore() override { return calendar_; }
@@ -83,8 +83,7 @@ class GtkPlatform : public Platform {
   Carrier carrier_;
   Location location_;
   OrientationSensor orientationSensor_;
-  NoAdvertisingIdentifier identifierManager_;
-  NoTracking trackingManager_;
+  Advertising advertising_;
   Calendar calendar_;
   Photos photos_;
   std::shared_ptr<WebSession> webSession_;

@@ -74,4 +74,12 @@ std::shared_ptr<UIView> hostView(GtkWidget* widget);
 // here; nothing: the windows count again. Main thread.
 void setInForeground(std::optional<bool> inForeground);
 
+// Whether this user lets applications be told apart for advertisers by an identifier, which is made when the
+// answer is yes and forgotten when it is no. It holds for all applications of the user, at once, and nobody
+// is tracked before the user was asked: by the application's own consent screen through these two, or by the
+// command velto-adid. Any thread, also without the platform. Setting throws std::runtime_error when the
+// user's configuration folder cannot be written.
+bool isTrackingAllowed();
+void setTrackingAllowed(bool allowed);
+
 }  // namespace velto::gtk
