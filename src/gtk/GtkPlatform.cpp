@@ -38,6 +38,10 @@ TransportOptions transportOptions(const Options& options) {
   return result;
 }
 
+AuthorizationStatus statusOf(bool granted) {
+  return granted ? AuthorizationStatusAuthorized : AuthorizationStatusNotDetermined;
+}
+
 }  // namespace
 
 GtkPlatform::GtkPlatform(const Options& options)
@@ -46,8 +50,8 @@ GtkPlatform::GtkPlatform(const Options& options)
       device_(screen_),
       orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
                          [this](auto orientation) { device_.turned(orientation); }),
-      calendar_(mainQueue_, options.mayAddCalendarEvents),
-      photos_(mainQueue_, options.mayStorePictures),
+      calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
+      photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
       webSession_(std::make_shared<WebSession>(options)),
       urlSession_(transportOptions(options)) {
   systemBus_.start();
@@ -61,6 +65,7 @@ GtkPlatform* GtkPlatform::installed() {
 
 void GtkPlatform::stopThreads() {
   urlSession_.stop();
+  calendar_.stop();
   background_.stop();
   systemBus_.stop();
 }
@@ -100,6 +105,16 @@ bool isTrackingAllowed() {
 void setTrackingAllowed(bool allowed) {
   const AdvertisingFile file;
   allowed ? file.allow() : file.deny();
+}
+
+void setCalendarAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->eventStore().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
+}
+
+void setPicturesAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->photoLibrary().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
 }
 
 void setInForeground(std::optional<bool> inForeground) {

@@ -85,12 +85,12 @@ class GtkPlatform : public Platform {
   OrientationSensor orientationSensor_;
   Advertising advertising_;
   Calendar calendar_;
+  Background background_;
   Photos photos_;
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;
   UrlSession urlSession_;
-  Background background_;
   SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_}};
 };
 

@@ -47,8 +47,7 @@ struct Options {
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
-  // Whether the user allowed this application to add events to the calendar, and pictures to the pictures
-  // folder: ads that ask for it then may. The library never asks the user.
+  // What setCalendarAccess() and setPicturesAccess() say below, from the start: allowed, or not determined.
   bool mayAddCalendarEvents = false;
   bool mayStorePictures = false;
 };
@@ -73,6 +72,13 @@ std::shared_ptr<UIView> hostView(GtkWidget* widget);
 // application that knows better (it plays on in the background, or its ads are one window of many) says so
 // here; nothing: the windows count again. Main thread.
 void setInForeground(std::optional<bool> inForeground);
+
+// Whether ads may add events to the user's calendar, and pictures to the user's pictures folder. The
+// application asks the user, keeps the answer, and tells it after each install(); the library never asks. The
+// numbers are the platform's. Main thread.
+enum class Access { NotDetermined = 0, Denied = 2, Allowed = 3 };
+void setCalendarAccess(Access access);
+void setPicturesAccess(Access access);
 
 // Whether this user lets applications be told apart for advertisers by an identifier, which is made when the
 // answer is yes and forgotten when it is no. It holds for all applications of the user, at once, and nobody
