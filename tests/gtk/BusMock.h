@@ -87,8 +87,9 @@ class MockService {
     mock("AddProperties", "('" + interface + "', " + properties + ")", path);
   }
   void addMethod(const std::string& path, const std::string& interface, const std::string& name,
-                 const std::string& answerType, const std::string& code) {
-    mock("AddMethod", "('" + interface + "', '" + name + "', '', '" + answerType + "', \"" + code + "\")",
+                 const std::string& answerType, const std::string& code, const std::string& types = "") {
+    mock("AddMethod",
+         "('" + interface + "', '" + name + "', '" + types + "', '" + answerType + "', \"" + code + "\")",
          path);
   }
   // Changes properties, and signals it.
