@@ -30,7 +30,10 @@ inline bool runUntil(const std::function<bool()>& condition) {
 class PrivateBus {
  public:
   PrivateBus() : daemon_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
-    g_test_dbus_up(daemon_);
+    const GText display(g_strdup(g_getenv("DISPLAY"))), runtime(g_strdup(g_getenv("XDG_RUNTIME_DIR")));
+    g_test_dbus_up(daemon_);  // takes these away
+    if (display) g_setenv("DISPLAY", display.get(), TRUE);
+    if (runtime) g_setenv("XDG_RUNTIME_DIR", runtime.get(), TRUE);
     g_setenv("DBUS_SYSTEM_BUS_ADDRESS", g_test_dbus_get_bus_address(daemon_), TRUE);
   }
   ~PrivateBus() {
