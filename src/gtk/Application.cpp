@@ -6,10 +6,6 @@
 
 #include <gtk/gtk.h>
 
-#include <algorithm>
-#include <array>
-#include <cstdlib>
-
 namespace velto::gtk {
 namespace {
 
@@ -17,18 +13,7 @@ constexpr char accessibilitySchema[] = "org.gnome.desktop.a11y.interface";
 constexpr char highContrastKey[] = "high-contrast";
 constexpr size_t mostSchemesKept = 256;  // pages may ask for any
 
-bool isSandboxed() {
-  static const bool sandboxed = g_file_test("/.flatpak-info", G_FILE_TEST_EXISTS) || std::getenv("SNAP");
-  return sandboxed;
-}
-
-bool isOpenedByPortal(const std::string& scheme) {
-  static constexpr std::array schemes{"http", "https", "mailto", "tel"};
-  return std::find(schemes.begin(), schemes.end(), scheme) != schemes.end();
-}
-
 bool hasHandler(const std::string& scheme) {
-  if (isSandboxed() && isOpenedByPortal(scheme)) return true;
   return static_cast<bool>(GPtr<GAppInfo>::adopt(g_app_info_get_default_for_uri_scheme(scheme.c_str())));
 }
 
@@ -86,15 +71,20 @@ Application::Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
       applicationsChanged_(monitor_.get(), "changed", G_CALLBACK(onApplicationsChanged), this) {}
 
 void Application::onApplicationsChanged(GAppInfoMonitor*, gpointer application) noexcept {
-  static_cast<Application*>(application)->openable_.clear();
+  auto& self = *static_cast<Application*>(application);
+  self.openable_.clear();
+  self.portal_.forget();
 }
 
 bool Application::canOpenURL(const NSURL& url) const {
   const auto scheme = openableScheme(url);
   if (!scheme) return false;
-  if (auto known = openable_.find(*scheme); known != openable_.end()) return known->second;
-  if (openable_.size() >= mostSchemesKept) openable_.clear();
-  return openable_[*scheme] = hasHandler(*scheme);
+  auto known = openable_.find(*scheme);
+  if (known == openable_.end()) {
+    if (openable_.size() >= mostSchemesKept) openable_.clear();
+    known = openable_.emplace(*scheme, hasHandler(*scheme)).first;
+  }
+  return known->second || (isSandboxed() && portal_.supports(*scheme));
 }
 
 void Application::openURL(const NSURL& url, const std::map<std::string, std::string>&,

@@ -4,6 +4,7 @@
 
 #include "velto/gtk/Signal.h"
 #include "velto/gtk/TouchGuard.h"
+#include "velto/gtk/UriPortal.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/UIApplication.h"
 
@@ -22,8 +23,8 @@ class Application : public UIApplication {
               std::function<void(const std::string& address)> refused);
   TouchGuard& touchGuard() { return touchGuard_; }
 
-  // By the applications known for the URL's scheme. Never for "file": an ad has no business with the user's
-  // files. Inside a sandbox the desktop portal opens the usual schemes, whatever is installed there.
+  // By the applications known for the URL's scheme, inside a sandbox also by what the desktop's portal says.
+  // Never for "file": an ad has no business with the user's files.
   bool canOpenURL(const NSURL& url) const override;
 
   // Not for a page that nobody has touched. Through the portal inside a sandbox. No options are known. The
@@ -45,6 +46,7 @@ class Application : public UIApplication {
   std::shared_ptr<int> alive_ =
       std::make_shared<int>();  // what still waits for an answer looks whether anybody wants it
   mutable std::unordered_map<std::string, bool> openable_;  // by scheme; asked in every navigation
+  mutable UriPortal portal_;
   GPtr<GAppInfoMonitor> monitor_;
   Signal applicationsChanged_;
   mutable GPtr<GSettings> accessibility_;

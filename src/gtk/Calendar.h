@@ -1,34 +1,42 @@
-// The calendar of the Linux platform. So far events are kept in memory, and gone with the process. Main
-// thread.
+// The user's calendar, by the calendar module. Main thread; events are stored on a thread of their own.
 #pragma once
 
+#include "velto/gtk/Background.h"
 #include "velto/platform/EKEventStore.h"
 #include "velto/platform/MainQueue.h"
+#include "velto/platform/foundation/GMemory.h"
 
+#include <gio/gio.h>
+
+#include <filesystem>
 #include <vector>
 
 namespace velto::gtk {
 
 class Calendar : public EKEventStore {
  public:
-  Calendar(MainQueue& mainQueue, bool granted) : mainQueue_(mainQueue), granted_(granted) {}
+  Calendar(MainQueue& mainQueue, AuthorizationStatus status);
+  ~Calendar() override { stop(); }
 
-  AuthorizationStatus authorizationStatusForEntityType(EKEntityType) const override {
-    return granted_ ? AuthorizationStatusAuthorized : AuthorizationStatusNotDetermined;
-  }
-  std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() override {
-    return std::make_shared<EKCalendar>(EKCalendar{"memory", "Calendar"});
-  }
-  void saveEvent(const EKEvent& event, EKSpan, std::function<void(bool)> completion) override {
-    events_.push_back(event);
-    if (completion) mainQueue_.post([completion = std::move(completion)] { completion(true); });
-  }
-  const std::vector<EKEvent>& events() const { return events_; }
+  // Without it nothing is stored, and nothing loaded.
+  void setAuthorizationStatus(AuthorizationStatus status) { status_ = status; }
+  // Events that are not stored by now will not be.
+  void stop();
+
+  AuthorizationStatus authorizationStatusForEntityType(EKEntityType type) const override;
+  // Stands for the one that the user has chosen, whichever it is when an event is stored.
+  std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() override;
+  void saveEvent(const EKEvent& event, EKSpan span, std::function<void(bool)> completion) override;
 
  private:
   MainQueue& mainQueue_;
-  bool granted_;
-  std::vector<EKEvent> events_;
+  AuthorizationStatus status_;
+  GPtr<GCancellable> cancellable_ = GPtr<GCancellable>::adopt(g_cancellable_new());
+  Background worker_;
 };
+
+// Where the module may be, best first: the folder that VELTO_MODULE_PATH names, beside the library, where it
+// was installed.
+std::vector<std::filesystem::path> modulePaths(const char* fileName);
 
 }  // namespace velto::gtk

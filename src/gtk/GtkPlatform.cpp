@@ -38,10 +38,8 @@ TransportOptions transportOptions(const Options& options) {
   return result;
 }
 
-// A window on an upright monitor counts as a device held upright; on any other nothing is known.
-UIDeviceOrientation orientationOf(const UIScreen& screen) {
-  const auto size = screen.bounds().size;
-  return size.height > size.width ? 1 : 0;
+AuthorizationStatus statusOf(bool granted) {
+  return granted ? AuthorizationStatusAuthorized : AuthorizationStatusNotDetermined;
 }
 
 }  // namespace
@@ -50,11 +48,15 @@ GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
       application_(mainQueue_, options.opensOnlyAfterTouch, options.refusedToOpen),
-      device_(orientationOf(screen_)),
-      calendar_(mainQueue_, options.mayAddCalendarEvents),
-      photos_(mainQueue_, options.mayStorePictures),
+      device_(screen_),
+      orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
+                         [this](auto orientation) { device_.turned(orientation); }),
+      calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
+      photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
       webSession_(std::make_shared<WebSession>(options)),
-      urlSession_(transportOptions(options)) {}
+      urlSession_(transportOptions(options)) {
+  systemBus_.start();
+}
 
 GtkPlatform::~GtkPlatform() = default;
 
@@ -64,7 +66,9 @@ GtkPlatform* GtkPlatform::installed() {
 
 void GtkPlatform::stopThreads() {
   urlSession_.stop();
+  calendar_.stop();
   background_.stop();
+  systemBus_.stop();
 }
 
 std::shared_ptr<NSBundle> GtkPlatform::bundleWithIdentifier(const std::string& identifier) {
@@ -93,6 +97,29 @@ void uninstall() {
   if (!platform) return;
   platform->stopThreads();
   Platform::install(nullptr);
+}
+
+bool isTrackingAllowed() {
+  return AdvertisingFile().read().identifier.has_value();
+}
+
+void setTrackingAllowed(bool allowed) {
+  const AdvertisingFile file;
+  allowed ? file.allow() : file.deny();
+}
+
+void setCalendarAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->eventStore().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
+}
+
+void setPicturesAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->photoLibrary().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
+}
+
+void setScreenSize(std::optional<CGSize> points) {
+  if (auto* platform = GtkPlatform::installed()) platform->mainScreen().setSize(points);
 }
 
 void setInForeground(std::optional<bool> inForeground) {

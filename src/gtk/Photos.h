@@ -1,36 +1,44 @@
-// The pictures of the Linux platform. So far they are kept in memory, and gone with the process. Any thread.
+// The user's pictures: files in the pictures folder (XDG user directories). Any thread.
 #pragma once
 
+#include "velto/gtk/Background.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/PHPhotoLibrary.h"
 
-#include <mutex>
+#include <atomic>
+#include <filesystem>
+#include <optional>
 #include <string>
-#include <vector>
 
 namespace velto::gtk {
 
 class Photos : public PHPhotoLibrary {
  public:
-  struct Picture {
-    std::string bytes;
-    std::string address;
-  };
+  // Pictures are decoded and written on `background`, which ends before this goes.
+  Photos(MainQueue& mainQueue, Background& background, AuthorizationStatus status)
+      : mainQueue_(mainQueue), background_(background), status_(status) {}
 
-  Photos(MainQueue& mainQueue, bool granted) : mainQueue_(mainQueue), granted_(granted) {}
+  // Without it nothing is written.
+  void setAuthorizationStatus(AuthorizationStatus status) { status_ = status; }
 
-  AuthorizationStatus authorizationStatus() const override {
-    return granted_ ? AuthorizationStatusAuthorized : AuthorizationStatusNotDetermined;
-  }
+  AuthorizationStatus authorizationStatus() const override { return status_; }
   void UIImageWriteToSavedPhotosAlbum(std::string bytes, std::string address,
                                       std::function<void(bool)> completion) override;
-  std::vector<Picture> pictures() const;
 
  private:
   MainQueue& mainQueue_;
-  bool granted_;
-  mutable std::mutex mutex_;
-  std::vector<Picture> pictures_;
+  Background& background_;
+  std::atomic<AuthorizationStatus> status_;
 };
+
+// The file name extension of an image, such as "png"; nothing when the bytes are none that can be shown, or
+// one that is larger than any screen could want.
+std::optional<std::string> imageExtension(const std::string& bytes);
+// A file's name for what came from an address: its last part without what other systems or people would
+// stumble over, and the extension of what it really is.
+std::string pictureName(const std::string& address, const std::string& extension);
+// Writes a new file; where there is one of that name already, under a name with a number. False when it
+// cannot be written.
+bool writePicture(const std::filesystem::path& folder, const std::string& name, const std::string& bytes);
 
 }  // namespace velto::gtk

@@ -72,6 +72,7 @@ class Screen::InterstitialDelegate : public VeltoInterstitialViewControllerDeleg
 };
 
 Screen::Screen(const Arguments& arguments, Journal& journal) : journal_(journal), arguments_(arguments) {
+  gtk::setScreenSize(arguments.screen);
   window_ = GTK_WINDOW(gtk_window_new());
   gtk_window_set_title(window_, "velto-preview");
   gtk_window_set_decorated(window_, FALSE);  // the window is the screen, to the point
@@ -153,9 +154,10 @@ void Screen::followFrame() {
 void Screen::rotate(bool landscape) {
   const double longer = std::max(arguments_.screen.width, arguments_.screen.height);
   const double shorter = std::min(arguments_.screen.width, arguments_.screen.height);
+  const CGSize size = landscape ? CGSize{longer, shorter} : CGSize{shorter, longer};
+  gtk::setScreenSize(size);
   Platform::current().device().setOrientation(landscape ? landscapeLeft : portrait);
-  gtk_window_set_default_size(window_, static_cast<int>(landscape ? longer : shorter),
-                              static_cast<int>(landscape ? shorter : longer));
+  gtk_window_set_default_size(window_, static_cast<int>(size.width), static_cast<int>(size.height));
   UIViewController::attemptRotationToDeviceOrientation();
 }
 

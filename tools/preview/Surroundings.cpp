@@ -20,11 +20,12 @@ bool isSet(const char* variable) {
 
 }  // namespace
 
-Surroundings::Surroundings() {
+Surroundings::Surroundings(const std::string& out) {
   char* made = g_dir_make_tmp("velto-preview-XXXXXX", nullptr);
   if (!made) throw UsageError("no temporary folder can be made");
   folder_ = made;
   g_free(made);
+  pictures_ = out.empty() ? folder_ / "pictures" : std::filesystem::absolute(out) / "pictures";
   quietDesktop();
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) startDisplay();
 }
@@ -51,7 +52,10 @@ void Surroundings::quietDesktop() {
   for (const char* scheme : {"http", "https", "tel", "sms", "mailto"})
     list << "x-scheme-handler/" << scheme << "=velto-preview-nothing.desktop\n";
   for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) g_setenv(home, folder_.c_str(), TRUE);
+  std::ofstream(folder_ / "user-dirs.dirs") << "XDG_PICTURES_DIR=\"" << pictures_.string() << "\"\n";
   g_setenv("GTK_A11Y", "none", FALSE);
+  // The user's calendar is behind that bus, and stays untouched.
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", TRUE);
 }
 
 void Surroundings::startDisplay() {
@@ -72,8 +76,6 @@ void Surroundings::startDisplay() {
   close(numbers[0]);
   if (number.empty()) throw UsageError("there is no display, and Xvfb cannot be started");
   g_setenv("DISPLAY", (":" + number).c_str(), TRUE);
-  // A bus would be started for this display, and its end would be ours.
-  g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", FALSE);
   g_setenv("GDK_BACKEND", "x11", TRUE);
   g_setenv("GSK_RENDERER", "cairo", FALSE);
   g_setenv("LIBGL_ALWAYS_SOFTWARE", "1", FALSE);

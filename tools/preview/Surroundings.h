@@ -13,7 +13,8 @@ class Surroundings {
  public:
   // Before GTK starts: the environment is set for it. Throws UsageError when a display is needed and cannot
   // be had.
-  Surroundings();
+  // Stored pictures go to the folder "pictures" in `out`; "" keeps none.
+  explicit Surroundings(const std::string& out);
   Surroundings(const Surroundings&) = delete;
   Surroundings& operator=(const Surroundings&) = delete;
   ~Surroundings();
@@ -26,6 +27,7 @@ class Surroundings {
   void quietDesktop();
 
   std::filesystem::path folder_;
+  std::filesystem::path pictures_;
   pid_t server_ = 0;
 };
 

@@ -35,14 +35,16 @@ std::unique_ptr<sandbox::Server> serve(const Creative& creative, const Arguments
 int run(const Arguments& arguments) {
   const auto steps = arguments.stepsFile.empty() ? std::vector<Step>() : readSteps(arguments.stepsFile);
   const Creative creative(arguments.creative);
-  const Surroundings surroundings;
+  const Surroundings surroundings(arguments.out);
   if (!gtk_init_check()) throw UsageError("the display cannot be opened");
   const auto server = serve(creative, arguments, surroundings);
   const std::string address = "127.0.0.1:" + std::to_string(server->port());
   gtk::install({.applicationIdentifier = "org.example.velto.preview",
                 .dataFolder = surroundings.folder() / "store",
                 .caFile = server->caFile(),
-                .hostMap = {{server->names().adServer, address}, {server->names().tracking, address}}});
+                .hostMap = {{server->names().adServer, address}, {server->names().tracking, address}},
+                .mayAddCalendarEvents = true,
+                .mayStorePictures = true});
   bool fine = false;
   {
     Journal journal;
