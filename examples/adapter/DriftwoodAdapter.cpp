@@ -62,10 +62,12 @@ std::string DriftwoodAdapter::description() const {
 }
 
 void DriftwoodAdapter::announce() {
-  Platform::current().notificationCenter().postNotification(
-      {adType_ == VeltoAdTypeInterstitial ? constNotificationAdMobAdapterGADInterstitialReady
-                                          : constNotificationAdMobAdapterGADBannerReady,
-       shared_from_this()});
+  post(adType_ == VeltoAdTypeInterstitial ? constNotificationAdMobAdapterGADInterstitialReady
+                                          : constNotificationAdMobAdapterGADBannerReady);
+}
+
+void DriftwoodAdapter::post(const char* name) {
+  Platform::current().notificationCenter().postNotification({name, shared_from_this()});
 }
 
 std::shared_ptr<UIView> DriftwoodAdapter::getBannerView() {
@@ -78,7 +80,12 @@ void DriftwoodAdapter::setAdRootViewController(const std::shared_ptr<UIViewContr
   if (adType_ != VeltoAdTypeInterstitial || !screen_.expired()) return;
   const auto screen = DriftwoodScreen::make(offer_, actions());
   screen_ = screen;
-  controller->presentViewController(screen, false, nullptr);
+  controller->presentViewController(screen, false, [weak = weak_from_this()] {
+    const auto alive = weak.lock();
+    const auto shown = alive ? alive->screen_.lock() : nullptr;
+    if (alive && !(shown && shown->view()->isInWindow()))
+      alive->post(constNotificationAdMobAdapterGADInterstitialError);
+  });
 }
 
 // The views may outlive the adapter by the turn in which both go.

@@ -45,11 +45,12 @@ class DriftwoodAdapter : public velto::VeltoAdMediationCoreAdapter,
   // An interstitial's screen comes over that controller at once: Velto gives it when it is the turn of the
   // ad.
   void setAdRootViewController(const std::shared_ptr<velto::UIViewController>& controller) override;
-  // Tells Velto's controllers that this ad can be shown.
+  // Tells Velto's controllers that this ad can be shown. They also hear when its screen could not be.
   void announce();
 
  private:
   DriftwoodActions actions();
+  void post(const char* name);
   void pressed();
   void closed();
 

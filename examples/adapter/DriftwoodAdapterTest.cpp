@@ -120,6 +120,20 @@ TEST_F(DriftwoodTest, AnInterstitialsScreenStandsOverVeltosAndBothGo) {
   EXPECT_TRUE(application->window.view().subviews().empty());
 }
 
+TEST_F(DriftwoodTest, AScreenThatCannotBeShownIsAnError) {
+  const auto adapter = std::make_shared<DriftwoodAdapter>(2, DriftwoodOffer{});
+  const auto second = std::make_shared<DriftwoodAdapter>(2, DriftwoodOffer{});
+  std::vector<std::shared_ptr<DriftwoodAdapter>> failed;
+  const auto observer = platform->notificationCenter().addObserver(
+      velto::constNotificationAdMobAdapterGADInterstitialError,
+      [&](const velto::NSNotification& told) { failed.push_back(told.objectAs<DriftwoodAdapter>()); });
+  for (const auto& each : {adapter, second}) {
+    each->setAdRootViewController(application->window.controller());
+    platform->runUntilIdle();
+  }
+  EXPECT_EQ(failed, std::vector{second}) << "the window shows one already";
+}
+
 TEST_F(DriftwoodTest, AnItemWithoutOfferPassesTheTurn) {
   answerWith(R"(InterstitialAdapter", "e": {"adunit": "driftwood/none")");
   const auto full = velto::VeltoInterstitialViewController::initWithDelegate(application);

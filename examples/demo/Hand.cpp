@@ -38,10 +38,11 @@ void Hand::act(std::vector<std::string> words) {
   command.push_back(nullptr);
   GError* error = nullptr;
   GSubprocess* hand = g_subprocess_newv(command.data(), G_SUBPROCESS_FLAGS_NONE, &error);
-  if (hand) return g_object_unref(hand);
+  if (hand && g_subprocess_wait_check(hand, nullptr, &error)) return g_object_unref(hand);
+  g_clear_object(&hand);
   const std::string reason = error->message;
   g_error_free(error);
-  throw std::runtime_error(reason);
+  throw std::runtime_error("xdotool: " + reason);
 }
 
 }  // namespace demo
