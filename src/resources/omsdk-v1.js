@@ -31,6 +31,7 @@
   const happened = {};       // the latest event of a type
   const waiting = [];        // events that were published while another one was being told
   let telling = false;
+  const trace = [], longestTrace = 500;  // events for a tool, when the application asks for them
 
   // --- geometry: the application knows the ad view; the page may narrow it down to an element
 
@@ -87,7 +88,8 @@
 
   // --- events
 
-  const copy = (value) => JSON.parse(JSON.stringify(value));  // what is absent, and elements, stay out
+  // What is absent stays out.
+  const copy = (value) => JSON.parse(JSON.stringify(value, (key, part) => part === null ? undefined : part));
 
   const types = () => ({
     mediaType: ['video', 'audio'].includes(session.creativeType) ? 'video' : 'display',
@@ -134,6 +136,7 @@
     while (waiting.length) {
       const event = waiting.shift();
       happened[event.type] = event;
+      if (session.trace && trace.push(copy(event)) > longestTrace) trace.shift();
       for (const listener of listeners.slice()) if (wants(listener, event.type)) tell(listener, event);
       if (sessionEvents.includes(event.type)) for (const observer of observers.slice()) tell(observer, event);
     }
@@ -367,7 +370,7 @@
 
   const api = {
     // { adSessionId, context, creativeType, impressionType, impressionOwner, mediaEventsOwner, deviceVolume,
-    //   contentUrl?, resources?, loaded?, geometry }. Once in a page.
+    //   contentUrl?, resources?, loaded?, trace?, geometry }. Once in a page.
     start(told) {
       if (session || finished) return;
       session = told;
@@ -404,6 +407,7 @@
     deviceVolume(volume) {
       if (session) session.deviceVolume = volume;
     },
+    trace: () => trace.splice(0),
     // The page lives on for a moment, so that scripts can send what they have to; out of sight it keeps quiet.
     finish(outOfSight) {
       if (!running()) return;
