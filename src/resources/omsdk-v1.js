@@ -190,8 +190,8 @@
     if (running() && owner === session.mediaEventsOwner) publish(type, data);
   };
 
-  const withVolumes = (volume, data) =>
-    ({ ...data, mediaPlayerVolume: volume, videoPlayerVolume: volume, deviceVolume: session.deviceVolume });
+  const withVolume = (owner, type, volume, data) => media(owner, type,
+    { ...data, mediaPlayerVolume: volume, videoPlayerVolume: volume, deviceVolume: session?.deviceVolume });
 
   // --- verification scripts that the ad names
 
@@ -246,8 +246,8 @@
     sessionError: (errorType, message) => whenRunning(() => publish('sessionError', { message, errorType })),
     impressionOccurred: () => whenRunning(() => impression('javascript')),
     loaded: (vast) => whenRunning(() => loaded('javascript', vast)),
-    start: (duration, volume) => media('javascript', 'start', withVolumes(volume, { duration })),
-    volumeChange: (volume) => media('javascript', 'volumeChange', withVolumes(volume)),
+    start: (duration, volume) => withVolume('javascript', 'start', volume, { duration }),
+    volumeChange: (volume) => withVolume('javascript', 'volumeChange', volume),
     playerStateChange: (state) => media('javascript', 'playerStateChange', { state }),
     adUserInteraction: (interactionType) => media('javascript', 'adUserInteraction', { interactionType }),
     // The application starts and finishes its sessions itself; the events' owners it told when it did.
@@ -257,8 +257,8 @@
     if (!sessionMethods[type]) sessionMethods[type] = () => media('javascript', type);
 
   const whenRunning = (report) => {
-    if (session) report();
-    else if (!finished) early.push(report);
+    if (running()) report();
+    else if (!session) early.push(report);
   };
   const setElements = (set) => {
     set();
@@ -403,9 +403,9 @@
     impression: () => impression('native'),
     loaded: (vast) => loaded('native', vast),
     media: (type, data) => media('native', type, data),
-    mediaVolume: (type, volume, data) => running() && media('native', type, withVolumes(volume, data)),
-    deviceVolume(volume) {
-      if (session) session.deviceVolume = volume;
+    mediaVolume(type, volume, deviceVolume, data) {
+      if (session) session.deviceVolume = deviceVolume;
+      withVolume('native', type, volume, data);
     },
     trace: () => trace.splice(0),
     // The page lives on for a moment, so that scripts can send what they have to; out of sight it keeps quiet.
