@@ -268,7 +268,8 @@ TEST_F(PagesTest, TheImpressionIsThePagesAndComesOnce) {
 }
 
 TEST_F(PagesTest, MediaEventsGoToWhoeverAsksForMediaAndOnlyFromTheirOwner) {
-  load("<script>var call = session(); verify('media', ['media']); verify('one', ['volumeChange']);"
+  load(
+      "<script>var call = session(); verify('media', ['media']); verify('one', ['volumeChange']);"
       "call('start', [30, 0.5]);</script>");
   startHTML(OMIDVeltoCreativeTypeVideo, OMIDVeltoOwnerJavaScript);
   value(
