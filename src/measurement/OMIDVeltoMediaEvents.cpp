@@ -63,7 +63,8 @@ bool OMIDVeltoMediaEvents::tellVolume(const char* event, float volume, const JSO
   if (!(volume >= 0 && volume <= 1))
     return OMIDVeltoFail(error, OMIDVeltoErrorInvalidArgument, "A volume lies between 0 and 1");
   session_->call("mediaVolume", textOf(event) + "," + textOf(rounded(volume)) + "," +
-                                    textOf(OMIDVeltoSDK::sharedInstance()->deviceVolume()) + "," + textOf(data));
+                                    textOf(OMIDVeltoSDK::sharedInstance()->deviceVolume()) + "," +
+                                    textOf(data));
   return true;
 }
 
