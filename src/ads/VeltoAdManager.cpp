@@ -2,7 +2,7 @@
 #include "velto/ads/VeltoAdManager.h"
 
 #include "velto/core/SDKVeltoBundle.h"
-#include "velto/measurement/OMSDK.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -69,7 +69,7 @@ void VeltoAdManager::_veltoNotificationAdShowed(const NSNotification& notificati
 }
 
 std::optional<std::string> VeltoAdManager::getOMSDK() {
-  if (!OMSDK::isOMSDKActive()) return std::nullopt;
+  if (!VeltoUtilities::isOMSDKActive()) return std::nullopt;
   if (!omsdkJs_) {
     if (const auto bundle = SDKVelto::veltoResourcesBundle())
       omsdkJs_ = bundle->contentsOfResource("omsdk-v1", "js");

@@ -1,6 +1,8 @@
 // Small facts that several rooms share.
 #pragma once
 
+#include <string>
+
 namespace velto {
 
 class VeltoUtilities {
@@ -8,6 +10,15 @@ class VeltoUtilities {
   // Whether the host application linked and registered the adapter "VeltoAdMediationAdapterAdMob". Any
   // thread.
   static bool isGoogleAdMobAvailable();
+
+  // What the library tells of itself when ads are measured, the verification script of native sessions (which
+  // no page brings along), and the engine's activation. Main thread.
+  static std::string omsdkPartnerName();
+  static std::string omsdkVendorKey();
+  static std::string omsdkVerificationScriptURL();
+  static std::string omsdkVerificationParameters();
+  static bool isOMSDKActive();
+  static void activateOMSDK();
 
   // The property of the audio session whose changes the controllers watch.
   static constexpr const char* keypathVolumeObserver = "outputVolume";

@@ -2,6 +2,7 @@
 #include "velto/measurement/OMIDVeltoMediaEvents.h"
 
 #include "velto/measurement/OMIDVeltoAdSession.h"
+#include "velto/measurement/OMIDVeltoSDK.h"
 
 #include <cmath>
 
@@ -61,7 +62,9 @@ bool OMIDVeltoMediaEvents::tellVolume(const char* event, float volume, const JSO
   if (!mayReport(error)) return false;
   if (!(volume >= 0 && volume <= 1))
     return OMIDVeltoFail(error, OMIDVeltoErrorInvalidArgument, "A volume lies between 0 and 1");
-  session_->call("mediaVolume", textOf(event) + "," + textOf(rounded(volume)) + "," + textOf(data));
+  session_->call("mediaVolume", textOf(event) + "," + textOf(rounded(volume)) + "," +
+                                    textOf(OMIDVeltoSDK::sharedInstance()->deviceVolume()) + "," +
+                                    textOf(data));
   return true;
 }
 

@@ -3,7 +3,9 @@
 #pragma once
 
 #include "velto/platform/Handle.h"
+#include "velto/platform/foundation/JSON.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -24,10 +26,17 @@ class OMIDVeltoSDK {
   double deviceVolume() const { return deviceVolume_; }
   void setDeviceVolume(double volume) { deviceVolume_ = volume; }
 
+  // For tools: hears the events of all sessions that start from now on, as verification scripts do. What a
+  // page reports by itself comes with the next thing that the application tells it.
+  using Tracer = std::function<void(const JSON& event)>;
+  void setTracer(Tracer tracer) { tracer_ = std::move(tracer); }
+  const Tracer& tracer() const { return tracer_; }
+
  private:
   bool active_ = false;
   bool inBackground_ = false;
   double deviceVolume_ = 1;
+  Tracer tracer_;
   Handle foreground_;
   Handle background_;
 };

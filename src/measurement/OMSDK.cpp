@@ -2,40 +2,42 @@
 #include "velto/measurement/OMSDK.h"
 
 #include "velto/ads/VeltoAdManager.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/measurement/OMIDVeltoScriptInjector.h"
 
-namespace velto::OMSDK {
+namespace velto {
 
-std::string omsdkPartnerName() {
+std::string VeltoUtilities::omsdkPartnerName() {
   return "Velto";
 }
-std::string omsdkVendorKey() {
+std::string VeltoUtilities::omsdkVendorKey() {
   return VELTO_VERIFICATION_VENDOR;
 }
-std::string omsdkVerificationScriptURL() {
+std::string VeltoUtilities::omsdkVerificationScriptURL() {
   return VELTO_VERIFICATION_SCRIPT;
 }
-std::string omsdkVerificationParameters() {
+std::string VeltoUtilities::omsdkVerificationParameters() {
   return " ";
 }
 
-bool isOMSDKActive() {
+bool VeltoUtilities::isOMSDKActive() {
   return OMIDVeltoSDK::sharedInstance()->isActive();
 }
-void activateOMSDK() {
+void VeltoUtilities::activateOMSDK() {
   OMIDVeltoSDK::sharedInstance()->activate();
 }
-void initOMSDK() {
-  if (!isOMSDKActive()) activateOMSDK();
+
+void OMSDK::initOMSDK() {
+  if (!VeltoUtilities::isOMSDKActive()) VeltoUtilities::activateOMSDK();
 }
 
-std::string htmlWithOMSDKInjection(std::string html) {
-  if (!isOMSDKActive()) return html;
+std::string OMSDK::htmlWithOMSDKInjection(std::string html) {
+  if (!VeltoUtilities::isOMSDKActive()) return html;
   const auto script = VeltoAdManager::getOMSKJs();
   if (!script) return html;
   auto injected = OMIDVeltoScriptInjector::injectScriptContent(*script, html, nullptr);
   return injected ? std::move(*injected) : html;
 }
 
-}  // namespace velto::OMSDK
+}  // namespace velto

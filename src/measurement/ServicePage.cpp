@@ -1,7 +1,7 @@
 // Statements to the service.
 #include "velto/measurement/ServicePage.h"
 
-#include "velto/core/VeltoInspector.h"
+#include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/measurement/OMIDVeltoScriptInjector.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -36,14 +36,22 @@ bool ServicePage::wasTakenAway() {
   return wasShown_ && !shown;
 }
 
+void ServicePage::run(const std::string& statement) {
+  webView_->evaluateJavaScript(statement, nullptr);
+  if (!OMIDVeltoSDK::sharedInstance()->tracer()) return;
+  webView_->evaluateJavaScript("window.__veltoOMID?__veltoOMID.trace():[]",
+                               [](const std::optional<JSON>& events, const std::optional<NSError>&) {
+                                 const auto tracer = OMIDVeltoSDK::sharedInstance()->tracer();
+                                 if (!tracer || !events || !events->array()) return;
+                                 for (const auto& event : *events->array()) tracer(event);
+                               });
+}
+
 void ServicePage::call(const char* operation, const std::string& arguments) {
-  inspect("measurement", [&] {
-    return JSON::Object{{"type", operation}, {"data", readJSON(arguments).value_or(JSON())}};
-  });
   std::string statement = "window.__veltoOMID&&__veltoOMID.";
   statement.append(operation).append("(").append(arguments).append(")");
   if (loaded_)
-    webView_->evaluateJavaScript(statement, nullptr);
+    run(statement);
   else
     waiting_.push_back(std::move(statement));
 }
@@ -67,7 +75,7 @@ void ServicePage::webView(WKWebView&, const WKNavigationAction& action,
 
 void ServicePage::webView(WKWebView&, const WKNavigation&) {
   loaded_ = true;
-  for (const auto& statement : std::exchange(waiting_, {})) webView_->evaluateJavaScript(statement, nullptr);
+  for (const auto& statement : std::exchange(waiting_, {})) run(statement);
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&, const NSError&) {

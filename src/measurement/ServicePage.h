@@ -34,6 +34,7 @@ class ServicePage final : public WKNavigationDelegate {
   void webView(WKWebView& webView, const WKNavigation& navigation, const NSError& error) override;
 
  private:
+  void run(const std::string& statement);
   explicit ServicePage(std::shared_ptr<WKWebView> webView) : webView_(std::move(webView)) {}
 
   std::shared_ptr<WKWebView> webView_;

@@ -56,6 +56,7 @@ JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessio
                       {"mediaEventsOwner", OMIDVeltoName(configuration.mediaEventsOwner)},
                       {"deviceVolume", OMIDVeltoSDK::sharedInstance()->deviceVolume()},
                       {"geometry", seen.json()}};
+  if (OMIDVeltoSDK::sharedInstance()->tracer()) result["trace"] = true;
   if (context.contentUrl) result["contentUrl"] = *context.contentUrl;
   if (!context.resources.empty())
     result["resources"] = resourcesOf(context, configuration.isolateVerificationScripts);

@@ -3,11 +3,11 @@
 
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoFramework.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/measurement/OMIDVeltoAdEvents.h"
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/measurement/OMIDVeltoMediaEvents.h"
 #include "velto/measurement/OMIDVeltoVASTProperties.h"
-#include "velto/measurement/OMSDK.h"
 #include "velto/platform/ui/WKWebView.h"
 
 namespace velto {
@@ -69,7 +69,7 @@ void UIViewControllerOMSDKSDKVelto::_createOmidSessionFor(
 }
 
 std::shared_ptr<const OMIDVeltoPartner> UIViewControllerOMSDKSDKVelto::_createPartner() {
-  return OMIDVeltoPartner::initWithName(OMSDK::omsdkPartnerName(), VeltoFramework::versionSDK());
+  return OMIDVeltoPartner::initWithName(VeltoUtilities::omsdkPartnerName(), VeltoFramework::versionSDK());
 }
 
 std::shared_ptr<const OMIDVeltoAdSessionContext> UIViewControllerOMSDKSDKVelto::_createContextFor(
@@ -78,10 +78,11 @@ std::shared_ptr<const OMIDVeltoAdSessionContext> UIViewControllerOMSDKSDKVelto::
   if (adView)
     return OMIDVeltoAdSessionContext::initWithPartner(partner, std::dynamic_pointer_cast<WKWebView>(adView),
                                                       std::nullopt, "", nullptr);
-  const auto url = NSURL::URLWithString(OMSDK::omsdkVerificationScriptURL());
-  const auto resource = url ? OMIDVeltoVerificationScriptResource::initWithURL(
-                                  *url, OMSDK::omsdkVendorKey(), OMSDK::omsdkVerificationParameters())
-                            : nullptr;
+  const auto url = NSURL::URLWithString(VeltoUtilities::omsdkVerificationScriptURL());
+  const auto resource =
+      url ? OMIDVeltoVerificationScriptResource::initWithURL(*url, VeltoUtilities::omsdkVendorKey(),
+                                                             VeltoUtilities::omsdkVerificationParameters())
+          : nullptr;
   if (!resource) return nullptr;
   return OMIDVeltoAdSessionContext::initWithPartner(partner, VeltoAdManager::getOMSKJs(), {resource},
                                                     std::nullopt, "", nullptr);

@@ -31,6 +31,7 @@
   const happened = {};       // the latest event of a type
   const waiting = [];        // events that were published while another one was being told
   let telling = false;
+  const trace = [], longestTrace = 500;  // events for a tool, when the application asks for them
 
   // --- geometry: the application knows the ad view; the page may narrow it down to an element
 
@@ -87,7 +88,8 @@
 
   // --- events
 
-  const copy = (value) => JSON.parse(JSON.stringify(value));  // what is absent, and elements, stay out
+  // What is absent stays out.
+  const copy = (value) => JSON.parse(JSON.stringify(value, (key, part) => part === null ? undefined : part));
 
   const types = () => ({
     mediaType: ['video', 'audio'].includes(session.creativeType) ? 'video' : 'display',
@@ -134,6 +136,7 @@
     while (waiting.length) {
       const event = waiting.shift();
       happened[event.type] = event;
+      if (session.trace && trace.push(copy(event)) > longestTrace) trace.shift();
       for (const listener of listeners.slice()) if (wants(listener, event.type)) tell(listener, event);
       if (sessionEvents.includes(event.type)) for (const observer of observers.slice()) tell(observer, event);
     }
@@ -187,8 +190,8 @@
     if (running() && owner === session.mediaEventsOwner) publish(type, data);
   };
 
-  const withVolumes = (volume, data) =>
-    ({ ...data, mediaPlayerVolume: volume, videoPlayerVolume: volume, deviceVolume: session.deviceVolume });
+  const withVolume = (owner, type, volume, data) => media(owner, type,
+    { ...data, mediaPlayerVolume: volume, videoPlayerVolume: volume, deviceVolume: session?.deviceVolume });
 
   // --- verification scripts that the ad names
 
@@ -243,8 +246,8 @@
     sessionError: (errorType, message) => whenRunning(() => publish('sessionError', { message, errorType })),
     impressionOccurred: () => whenRunning(() => impression('javascript')),
     loaded: (vast) => whenRunning(() => loaded('javascript', vast)),
-    start: (duration, volume) => media('javascript', 'start', withVolumes(volume, { duration })),
-    volumeChange: (volume) => media('javascript', 'volumeChange', withVolumes(volume)),
+    start: (duration, volume) => withVolume('javascript', 'start', volume, { duration }),
+    volumeChange: (volume) => withVolume('javascript', 'volumeChange', volume),
     playerStateChange: (state) => media('javascript', 'playerStateChange', { state }),
     adUserInteraction: (interactionType) => media('javascript', 'adUserInteraction', { interactionType }),
     // The application starts and finishes its sessions itself; the events' owners it told when it did.
@@ -254,8 +257,8 @@
     if (!sessionMethods[type]) sessionMethods[type] = () => media('javascript', type);
 
   const whenRunning = (report) => {
-    if (session) report();
-    else if (!finished) early.push(report);
+    if (running()) report();
+    else if (!session) early.push(report);
   };
   const setElements = (set) => {
     set();
@@ -367,7 +370,7 @@
 
   const api = {
     // { adSessionId, context, creativeType, impressionType, impressionOwner, mediaEventsOwner, deviceVolume,
-    //   contentUrl?, resources?, loaded?, geometry }. Once in a page.
+    //   contentUrl?, resources?, loaded?, trace?, geometry }. Once in a page.
     start(told) {
       if (session || finished) return;
       session = told;
@@ -400,10 +403,11 @@
     impression: () => impression('native'),
     loaded: (vast) => loaded('native', vast),
     media: (type, data) => media('native', type, data),
-    mediaVolume: (type, volume, data) => running() && media('native', type, withVolumes(volume, data)),
-    deviceVolume(volume) {
-      if (session) session.deviceVolume = volume;
+    mediaVolume(type, volume, deviceVolume, data) {
+      if (session) session.deviceVolume = deviceVolume;
+      withVolume('native', type, volume, data);
     },
+    trace: () => trace.splice(0),
     // The page lives on for a moment, so that scripts can send what they have to; out of sight it keeps quiet.
     finish(outOfSight) {
       if (!running()) return;

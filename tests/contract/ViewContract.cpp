@@ -1,5 +1,7 @@
 // Views in a window: where they end up, and whom a touch reaches.
 #include "velto/platform/ui/UIButton.h"
+#include "velto/platform/ui/ViewChanges.h"
+#include "velto/platform/ui/WKWebView.h"
 
 #include <algorithm>
 
@@ -116,6 +118,41 @@ TEST_F(ViewContract, AControlKeepsItsTouchForItself) {
   EXPECT_TRUE(runUntil([&] { return taps > 0; }));
   EXPECT_EQ(taps, 1);
   EXPECT_EQ(pressed, 1);
+}
+
+TEST_F(ViewContract, ViewsTellWhatTheyShowAndWhenItChanges) {
+  const WindowSight sight = root().peer().windowSight();
+  EXPECT_FALSE(sight.minimized);
+  EXPECT_TRUE(sight.focused) << "nothing else has the attention";
+  EXPECT_TRUE(sight.covers.empty());
+  EXPECT_TRUE(!sight.onScreen || sight.onScreen->contains({200, 300}));
+
+  const auto view = UIView::make();
+  EXPECT_FALSE(view->paints());
+  EXPECT_FALSE(view->peer().clip());
+  EXPECT_TRUE(std::make_shared<PlainButton>()->paints());
+  EXPECT_TRUE(WKWebView::initWithFrame({}, {})->paints());
+  runUntilShown();
+  int changes = 0;
+  Handle observer = ViewChanges::observe([&] { ++changes; });
+  const std::vector<std::function<void()>> steps{[&] { root().addSubview(view); },
+                                                 [&] {
+                                                   view->setFrame({{10, 10}, {50, 50}});
+                                                 },
+                                                 [&] { view->setBackgroundColor(UIColor::blackColor()); },
+                                                 [&] { view->setAlpha(0.5); },
+                                                 [&] { view->setHidden(true); },
+                                                 [&] { view->removeFromSuperview(); }};
+  for (size_t i = 0; i < steps.size(); ++i) {
+    changes = 0;
+    steps[i]();
+    EXPECT_GT(changes, 0) << "step " << i;
+  }
+  EXPECT_TRUE(view->paints());
+  observer.cancel();
+  changes = 0;
+  root().addSubview(view);
+  EXPECT_EQ(changes, 0);
 }
 
 TEST_F(ViewContract, TheDisplayLinkTicksUntilItsHandleGoes) {

@@ -1,5 +1,6 @@
 // The rules of the engine's classes, each with its error, and the injection of the service script.
 #include "velto/ads/VeltoAdManager.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/measurement/OMIDVeltoAdEvents.h"
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/measurement/OMIDVeltoMediaEvents.h"
@@ -105,7 +106,7 @@ TEST_F(EngineTest, NothingWorksBeforeTheActivation) {
   EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>ad"), "<p>ad");
   EXPECT_EQ(VeltoAdManager::getOMSKJs(), std::nullopt);
   registerKey();
-  EXPECT_TRUE(OMSDK::isOMSDKActive());
+  EXPECT_TRUE(VeltoUtilities::isOMSDKActive());
   EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>ad"), "<script>service()</script><p>ad");
 }
 

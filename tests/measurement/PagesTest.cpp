@@ -1,10 +1,12 @@
 // Real pages in a real engine: clients find the service in each of the ways that public ones try, and hear
 // events of the right shape in the right order.
 #include "velto/ads/VeltoAdManager.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/measurement/OMIDVeltoAdEvents.h"
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/measurement/OMIDVeltoMediaEvents.h"
+#include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/measurement/OMIDVeltoVASTProperties.h"
 #include "velto/measurement/OMSDK.h"
 #include "velto/platform/MainQueue.h"
@@ -80,7 +82,7 @@ class PagesTest : public testing::Test {
   PagesTest() {
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.pages"});
-    OMSDK::activateOMSDK();
+    VeltoUtilities::activateOMSDK();
     window_ = GTK_WINDOW(gtk_window_new());
     gtk_window_set_decorated(window_, false);
     gtk_window_set_default_size(window_, 400, 500);
@@ -203,6 +205,9 @@ TEST_F(PagesTest, ClientsFindTheServiceInEveryWay) {
 }
 
 TEST_F(PagesTest, TheImpressionIsThePagesAndComesOnce) {
+  std::string traced;
+  OMIDVeltoSDK::sharedInstance()->setTracer(
+      [&](const JSON& event) { traced += *event.object()->at("type").string() + " "; });
   load(
       "<script>const call = session((event) => { log.push({ by: 'page', event });"
       "  if (event.type === 'sessionStart') { call('impressionOccurred', []); call('impressionOccurred', "
@@ -255,10 +260,17 @@ TEST_F(PagesTest, TheImpressionIsThePagesAndComesOnce) {
   EXPECT_EQ(text("log.every(e => Math.abs(e.event.timestamp - Date.now()) < 60000 && e.event.adSessionId === "
                  "log[0].event.adSessionId)"),
             "true");
+
+  session_->finish();
+  EXPECT_TRUE(runUntil([&] {
+    return traced == "sessionStart loaded geometryChange impression sessionFinish ";
+  })) << traced;
 }
 
 TEST_F(PagesTest, MediaEventsGoToWhoeverAsksForMediaAndOnlyFromTheirOwner) {
-  load("<script>var call = session(); verify('media', ['media']); verify('one', ['volumeChange']);</script>");
+  load(
+      "<script>var call = session(); verify('media', ['media']); verify('one', ['volumeChange']);"
+      "call('start', [30, 0.5]);</script>");
   startHTML(OMIDVeltoCreativeTypeVideo, OMIDVeltoOwnerJavaScript);
   value(
       "call('registerMediaEvents', []); call('loaded', [{ isSkippable: true, skipOffset: 5, isAutoPlay: "

@@ -2,6 +2,7 @@
 #include "preview/Journal.h"
 
 #include <glib.h>
+#include <velto/measurement/OMIDVeltoSDK.h>
 #include <velto/platform/foundation/NSURL.h>
 #include <velto/platform/ui/WKWebView.h>
 
@@ -79,9 +80,11 @@ std::string argumentOf(const std::string& statement, const std::string& function
 
 Journal::Journal() : start_(g_get_monotonic_time()) {
   VeltoInspector::install(this);
+  OMIDVeltoSDK::sharedInstance()->setTracer([this](const JSON& event) { addMeasured(event); });
 }
 
 Journal::~Journal() {
+  OMIDVeltoSDK::sharedInstance()->setTracer(nullptr);
   VeltoInspector::install(nullptr);
 }
 
@@ -125,6 +128,14 @@ void Journal::inspect(const std::string& event, JSON::Object details) {
     }
   }
   add(event, std::move(details));
+}
+
+void Journal::addMeasured(const JSON& event) {
+  const auto* object = event.object();
+  if (!object) return;
+  JSON::Object details{{"type", textOf(*object, "type")}};
+  if (const auto data = object->find("data"); data != object->end()) details["data"] = data->second;
+  add("measurement", std::move(details));
 }
 
 bool Journal::isOfThePage(const std::string& url) {

@@ -35,6 +35,7 @@ class Journal final : public VeltoInspector {
 
  private:
   bool isOfThePage(const std::string& url);
+  void addMeasured(const JSON& event);
 
   int64_t start_;
   std::map<std::string, int> counts_;
