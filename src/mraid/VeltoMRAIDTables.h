@@ -65,16 +65,16 @@ class MRAIDText {
   MRAIDText(std::string text) : text_(std::move(text)) {}
   static MRAIDText entry(const char* entry) {
     MRAIDText text{std::string(entry)};
-    text.entry_ = entry;
+    text.isFromTable_ = true;
     return text;
   }
-  bool isEntry(const char* entry) const { return entry_ == entry; }
+  bool isEntry(const char* entry) const { return isFromTable_ && text_ == entry; }
   const std::string& text() const { return text_; }
   friend bool operator==(const MRAIDText& one, std::string_view other) { return one.text_ == other; }
 
  private:
   std::string text_;
-  const char* entry_ = nullptr;
+  bool isFromTable_ = false;
 };
 
 }  // namespace velto

@@ -102,6 +102,9 @@ class WebViewPeer : public virtual ViewPeer {
   // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
   virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
 
+  // A page may also send an address as a message to window.webkit.messageHandlers.veltoNavigation, where the
+  // platform offers that: it is reported like a navigation that a script began.
+
   // One more script for the documents that are loaded from now on, once in each.
   virtual void addUserScript(const WKUserScript& script) = 0;
 

@@ -85,8 +85,8 @@ void UIViewControllerWKWebViewSDKVelto::load(const WebView& webView, const std::
     markup = UIViewControllerMRAIDSDKVelto::htmlForAvoidLoadMRAIDLocalScript(std::move(markup));
     const auto& script = UIViewControllerMRAIDSDKVelto::MRAIDJs();
     webView->evaluateJavaScript(script, nullptr);
-    // Not every engine carries what was evaluated over into the document that comes; the script itself sees to
-    // it that it runs once in each.
+    // Not every engine carries what was evaluated over into the document that comes; the script itself sees
+    // to it that it runs once in each.
     webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, true});
   }
   webView->loadHTMLString(markup, std::nullopt);
