@@ -57,13 +57,16 @@ void Location::appeared() {
   listenForProperties(managerInterface);
 }
 
-void Location::heard(const std::string&, const std::string& member, GVariant* parameters) {
+void Location::heard(const std::string& path, const std::string& member, GVariant* parameters) {
+  // Only an application's own clients signal to it; of several the one that moved last counts.
+  if (member == "LocationUpdated") client_ = path;
   if (member != "PropertiesChanged" ||
       mentions(parameters, {"Location", "Active", "InUse", "AvailableAccuracyLevel"}))
     readAgain();
 }
 
 void Location::forget() {
+  client_.clear();
   enabled_.set(false);
   location_.set(std::nullopt);
 }
@@ -76,6 +79,7 @@ void Location::read() {
     }
     enabled_.set(true);
     if (!isInUse(manager)) return;  // the last place stands
+    if (!client_.empty()) return readClient(client_);
     call(managerPath, managerInterface, "GetClient", nullptr, "(o)", [this](GVariant* client) {
       if (!client) return forget();
       const char* path = nullptr;
@@ -88,6 +92,7 @@ void Location::read() {
 void Location::readClient(const std::string& path) {
   getAll(path, clientInterface, [this](GVariant* client) {
     const std::string place = textProperty(client, "Location", "o");
+    if (!client) client_.clear();  // given up by the application
     if (place.empty() || place == "/")
       location_.set(std::nullopt);
     else

@@ -26,6 +26,7 @@ class Location : public CLLocationManager, public BusService {
   void heard(const std::string& path, const std::string& member, GVariant* parameters) override;
   void readClient(const std::string& path);
 
+  std::string client_;  // on the bus's thread only; empty: to be asked for
   Kept<bool> enabled_;
   Kept<std::optional<CLLocation>> location_;
 };

@@ -104,6 +104,10 @@ class MockService {
     mock("Set", "('" + interface + "', '" + property + "', <objectpath '" + object + "'>)", path,
          "org.freedesktop.DBus.Properties");
   }
+  void signal(const std::string& path, const std::string& interface, const std::string& name,
+              const std::string& types, const std::string& arguments) {
+    mock("EmitSignal", "('" + interface + "', '" + name + "', '" + types + "', " + arguments + ")", path);
+  }
   // How often a method that was added has been called.
   size_t callsOf(const std::string& path, const std::string& method) {
     const auto calls = mock("GetMethodCalls", "('" + method + "',)", path);

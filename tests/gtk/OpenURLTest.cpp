@@ -21,8 +21,12 @@ TEST(OpenURLTest, OnlyWhatSomeApplicationOpensCanBeOpened) {
   EXPECT_FALSE(application.canOpenURL(tel));
 
   std::filesystem::create_directories(applications);
+  const auto dialer = std::filesystem::path(g_get_home_dir()) / "dialer";
+  std::ofstream(dialer) << "#!/bin/sh\nprintf %s \"$1\" >" << opened.string() << ".new && mv "
+                        << opened.string() << ".new " << opened.string() << "\n";
+  std::filesystem::permissions(dialer, std::filesystem::perms::owner_all);
   std::ofstream(applications / "dialer.desktop")
-      << "[Desktop Entry]\nType=Application\nName=Dialer\nExec=/usr/bin/touch " << opened.string()
+      << "[Desktop Entry]\nType=Application\nName=Dialer\nExec=" << dialer.string()
       << " %u\nMimeType=x-scheme-handler/tel;\n";
   std::ofstream(applications / "mimeinfo.cache") << "[MIME Cache]\nx-scheme-handler/tel=dialer.desktop;\n";
   EXPECT_TRUE(test::runUntil([&] { return application.canOpenURL(tel); })) << "noticed when it is installed";
@@ -32,6 +36,9 @@ TEST(OpenURLTest, OnlyWhatSomeApplicationOpensCanBeOpened) {
   application.openURL(tel, {}, [&](bool success) { telOpened = success; });
   application.openURL(sms, {}, [&](bool success) { smsOpened = success; });
   EXPECT_TRUE(test::runUntil([&] { return telOpened && smsOpened && std::filesystem::exists(opened); }));
+  std::string dialed;
+  std::ifstream(opened) >> dialed;
+  EXPECT_EQ(dialed, "TEL:+491234");
   EXPECT_EQ(telOpened, true);
   EXPECT_EQ(smsOpened, false);
   gtk::uninstall();

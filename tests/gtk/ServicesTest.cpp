@@ -176,6 +176,13 @@ TEST_F(ServicesTest, ThePlaceIsTheHostApplicationsAndNothingIsStarted) {
   EXPECT_TRUE(runUntil([] { return VeltoDevice::locationLatitude() == 1.0; }));
   EXPECT_NEAR(*VeltoDevice::locationTimestampInSeconds(), static_cast<double>(time(nullptr)), 60);
 
+  const std::string second = "/org/freedesktop/GeoClue2/Client/2";
+  addPlace(*service, "/place/4", "-3.5", "4.0", "(uint64 1700000002, uint64 0)");
+  service->addObject(second, clientInterface, "{'Active': <true>, 'Location': <objectpath '/place/4'>}");
+  service->signal(second, clientInterface, "LocationUpdated", "oo", "[<'/'>, <'/place/4'>]");
+  EXPECT_TRUE(runUntil([] { return VeltoDevice::locationLatitude() == -3.5; }))
+      << "another client of the host";
+
   service->update(geoPath, geoInterface, "{'AvailableAccuracyLevel': <uint32 0>}");
   EXPECT_TRUE(runUntil([] { return !VeltoDevice::isLocationServiceEnabled(); }))
       << "switched off by the user";
@@ -250,12 +257,10 @@ TEST_F(ServicesTest, ServicesThatHangHoldNobodyUpAndAreAskedAgain) {
   const auto all = {modems.get(), places.get(), networks.get(), sensors.get()};
   for (auto* service : all) service->hang();
   install();
-  // Answers come at once: nothing was waited for.
+  // Waiting for one call in each of the requests would take twice as long as is allowed for all of them.
   const gint64 start = g_get_monotonic_time();
-  EXPECT_EQ(carrier(), "-/-");
-  EXPECT_FALSE(VeltoDevice::isLocationServiceEnabled());
-  EXPECT_TRUE(VeltoTaskRequest::httpBodyFor(std::nullopt));
-  EXPECT_LT(g_get_monotonic_time() - start, 250'000);
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(VeltoTaskRequest::httpBodyFor(std::nullopt));
+  EXPECT_LT(g_get_monotonic_time() - start, 3 * G_USEC_PER_SEC);
   auto& systemBus = gtk::GtkPlatform::installed()->systemBus();
   EXPECT_TRUE(systemBus.waitUntilRead(std::chrono::seconds(5))) << "given up for now";
   EXPECT_EQ(carrier(), "-/-");
