@@ -51,6 +51,7 @@ GtkPlatform::GtkPlatform(const Options& options)
       mainBundle_(options.applicationIdentifier, options.applicationName),
       device_(orientationOf(screen_)),
       webSession_(std::make_shared<WebSession>(options)),
+      media_(options.caFile),
       urlSession_(transportOptions(options)) {}
 
 GtkPlatform::~GtkPlatform() = default;

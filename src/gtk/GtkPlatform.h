@@ -3,6 +3,7 @@
 
 #include "velto/gtk/Absent.h"
 #include "velto/gtk/Application.h"
+#include "velto/gtk/AudioSession.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
 #include "velto/gtk/Clock.h"
@@ -14,6 +15,7 @@
 #include "velto/gtk/NetworkInfo.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/VideoPlayer.h"
 #include "velto/gtk/WebSession.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewPeer.h"
@@ -56,6 +58,8 @@ class GtkPlatform : public Platform {
   ATTrackingManager& trackingManager() override { return trackingManager_; }
   WKWebsiteDataStore& websiteDataStore() override;
   ViewSystem& views() override;
+  Media& media() override { return media_; }
+  AudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -78,6 +82,8 @@ class GtkPlatform : public Platform {
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;
+  Media media_;
+  AudioSession audioSession_{mainQueue_};
   UrlSession urlSession_;
   Background background_;
 };

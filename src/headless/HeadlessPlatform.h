@@ -6,7 +6,9 @@
 #include "velto/headless/MemoryDefaults.h"
 #include "velto/headless/MemoryWebsiteData.h"
 #include "velto/headless/ScriptedApplication.h"
+#include "velto/headless/ScriptedAudioSession.h"
 #include "velto/headless/ScriptedDevice.h"
+#include "velto/headless/ScriptedMedia.h"
 #include "velto/headless/ScriptedNetwork.h"
 #include "velto/headless/ScriptedURLSession.h"
 #include "velto/headless/ScriptedViewSystem.h"
@@ -52,6 +54,8 @@ class Platform : public velto::Platform {
   ScriptedAdvertising& trackingManager() override { return advertising_; }
   MemoryWebsiteData& websiteDataStore() override { return websiteData_; }
   ScriptedViewSystem& views() override { return views_; }
+  ScriptedMedia& media() override { return media_; }
+  ScriptedAudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
 
  private:
@@ -75,6 +79,8 @@ class Platform : public velto::Platform {
   MemoryWebsiteData websiteData_{queue_};
   ScriptedURLSession session_{queue_};
   ScriptedViewSystem views_{queue_};
+  ScriptedMedia media_{queue_};
+  ScriptedAudioSession audioSession_{queue_};
 };
 
 }  // namespace velto::headless

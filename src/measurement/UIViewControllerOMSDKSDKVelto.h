@@ -20,6 +20,10 @@ class UIViewControllerOMSDKSDKVelto {
   void addFriendlyObstructionOMSDKFor(const std::shared_ptr<UIView>& /*view*/) {}
   void removeFriendlyObstructionOMSDKFor(const std::shared_ptr<UIView>& /*view*/) {}
   void impressionOMSDK() {}
+  void startOMSDKSessionForNativeVideo() {}
+  void startPlaybackNativeVideoOMSDWith(float /*duration*/, float /*volume*/) {}
+  void signalPlaybackNativeVideoOMSDK(float /*progress*/) {}
+  void volumePlaybackNativeVideoChangeOMSD(float /*volume*/) {}
 
  protected:
   virtual UIViewController& viewController() = 0;

@@ -46,6 +46,7 @@ class UIViewControllerMRAIDSDKVelto {
   void mraidResizeFor(const WebView&, const CGRect& /*frame*/, const Handler&) {}
   void mraidCloseResizeFor(const WebView&, const CGRect& /*frame*/, const Handler&) {}
   void mraidHandleAction(const NSURL& /*url*/, WKWebView& /*wkWebView*/) {}
+  static void mraidAudioVolumeChange(const WebView& /*webView*/, float /*volumePercentage*/) {}
 
   // What a controller does for its page; one that does not, leaves it.
   virtual std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() { return nullptr; }
@@ -59,6 +60,7 @@ class UIViewControllerMRAIDSDKVelto {
                                 const CloseButton& /*btnCloseConfiguration*/) {}
   virtual void veltoMRAIDCloseExpand() {}
   virtual void veltoMRAIDCloseInterstitial() {}
+  virtual void playVideoAt(const NSURL& /*url*/) {}
 
  protected:
   virtual UIViewController& viewController() = 0;
