@@ -41,8 +41,8 @@ void VideoPlayer::run(bool playing) {
   if (pipeline_) pipeline_->run(playing);
 }
 
-void VideoPlayer::jump(Nanoseconds position) {
-  if (pipeline_) pipeline_->jump(position);
+bool VideoPlayer::jump(Nanoseconds position) {
+  return pipeline_ && pipeline_->jump(position);
 }
 
 void VideoPlayer::applyVolume(float volume) {

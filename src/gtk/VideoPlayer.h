@@ -24,7 +24,7 @@ class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
  protected:
   using AVPlayer::Nanoseconds;
   void run(bool playing) override;
-  void jump(Nanoseconds position) override;
+  bool jump(Nanoseconds position) override;
   void applyVolume(float volume) override;
   Nanoseconds position() const override;
   void release() override;

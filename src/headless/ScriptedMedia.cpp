@@ -60,10 +60,11 @@ void ScriptedPlayer::run(bool playing) {
   scheduleStop();
 }
 
-void ScriptedPlayer::jump(Nanoseconds position) {
+bool ScriptedPlayer::jump(Nanoseconds position) {
   from_ = position;
   if (since_) since_ = queue_->monotonicSeconds();
   scheduleStop();
+  return true;
 }
 
 void ScriptedPlayer::scheduleStop() {

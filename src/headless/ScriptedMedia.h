@@ -51,7 +51,7 @@ class ScriptedPlayer : public AVPlayer {
 
  protected:
   void run(bool playing) override;
-  void jump(Nanoseconds position) override;
+  bool jump(Nanoseconds position) override;
   void applyVolume(float volume) override { appliedVolume_ = volume; }
   Nanoseconds position() const override;
   void release() override;

@@ -64,8 +64,8 @@ void AVPlayer::seekToTime(CMTime time) {
   const auto end = nanosecondsOf(asset()->duration());
   auto target = std::max(nanosecondsOf(time), nanoseconds(0));
   if (end > 0ns) target = std::min(target, end);
+  if (!jump(target)) return;
   passed_ = target;
-  jump(target);
   scheduleNextBoundary();
 }
 

@@ -43,7 +43,7 @@ class AVPlayer : public std::enable_shared_from_this<AVPlayer> {
   float volume() const { return volume_; }     // 0 … 1; the output volume comes on top
   void setVolume(float volume);
   CMTime currentTime() const;
-  void seekToTime(CMTime time);
+  void seekToTime(CMTime time);  // nothing where the server sends only all of a video
   // Lets go of everything, for good: silence, no event, no call of an observer.
   void cancel();
 
@@ -64,8 +64,8 @@ class AVPlayer : public std::enable_shared_from_this<AVPlayer> {
   explicit AVPlayer(std::shared_ptr<AVPlayerItem> item) : item_(std::move(item)) {}
 
   // What the platform's player does. Only release() is called once it has told the end or a failure.
-  virtual void run(bool playing) = 0;  // plays, or holds
-  virtual void jump(Nanoseconds position) = 0;
+  virtual void run(bool playing) = 0;           // plays, or holds
+  virtual bool jump(Nanoseconds position) = 0;  // false: this one cannot
   virtual void applyVolume(float volume) = 0;
   virtual Nanoseconds position() const = 0;
   virtual void release() = 0;

@@ -1,10 +1,7 @@
 // Videos played by a controller that shows ads, in virtual time: what is measured of them and in which order,
 // every way out of the player, and the output volume.
-#include "velto/core/VeltoUtilities.h"
-#include "velto/video/AVAudioSDKVelto.h"
-#include "velto/video/AVVideoSDKVelto.h"
-
 #include "../ui/UITest.h"
+#include "RecordingHost.h"
 
 namespace velto::test {
 namespace {
@@ -13,42 +10,6 @@ using namespace std::chrono_literals;
 using headless::VideoScript;
 
 constexpr char videoURL[] = "https://videos.example/a.webm";
-using Lines = std::vector<std::string>;
-
-std::string shortText(float number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%g", static_cast<double>(number));
-  return text;
-}
-
-// A controller with just the two mixins, which writes down what they tell.
-class Host : public UIViewController, public AVVideoSDKVelto, public AVAudioSDKVelto {
- public:
-  ~Host() override { closeVideo(); }
-  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override {
-    told.push_back(keyPath + " " + shortText(newValue));
-    lastContext = context;
-  }
-  Lines told;
-  const void* lastContext = nullptr;
-  std::function<void()> onProgress;
-
- protected:
-  UIViewController& viewController() override { return *this; }
-  void tellStart(AVPlayerViewController& screen, float duration, float volume) override {
-    told.push_back("start " + shortText(duration) + " at " + shortText(volume));
-    AVVideoSDKVelto::tellStart(screen, duration, volume);
-  }
-  void tellProgress(AVPlayerViewController& screen, float progress) override {
-    told.push_back(shortText(progress));
-    AVVideoSDKVelto::tellProgress(screen, progress);
-    if (onProgress) onProgress();
-  }
-  void tellPage(const std::shared_ptr<WKWebView>&, float volume) override {
-    told.push_back("page " + shortText(volume));
-  }
-  void tellMeasurement(float volume) override { told.push_back("measurement " + shortText(volume)); }
-};
 
 class PlaybackTest : public UITest {
  protected:
@@ -72,7 +33,7 @@ class PlaybackTest : public UITest {
     for (const auto* player : platform->media().players()) EXPECT_TRUE(player->isReleased());
   }
 
-  std::shared_ptr<Host> host = std::make_shared<Host>();
+  std::shared_ptr<RecordingHost> host = std::make_shared<RecordingHost>();
 };
 
 TEST_F(PlaybackTest, IsMeasuredFromItsStartToItsEnd) {

@@ -101,10 +101,16 @@ void GstVideoPipeline::applyState() {
   gst_element_set_state(playbin_, wanted_ && buffered_ ? GST_STATE_PLAYING : GST_STATE_PAUSED);
 }
 
-void GstVideoPipeline::jump(Nanoseconds position) {
+bool GstVideoPipeline::jump(Nanoseconds position) {
+  auto* query = gst_query_new_seeking(GST_FORMAT_TIME);
+  gboolean seekable = FALSE;
+  if (gst_element_query(playbin_, query))
+    gst_query_parse_seeking(query, nullptr, &seekable, nullptr, nullptr);
+  gst_query_unref(query);
+  if (!seekable) return false;
   position_ = position;
   constexpr auto how = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
-  gst_element_seek_simple(playbin_, GST_FORMAT_TIME, how, position.count());
+  return gst_element_seek_simple(playbin_, GST_FORMAT_TIME, how, position.count());
 }
 
 void GstVideoPipeline::setVolume(double volume) {

@@ -23,7 +23,7 @@ class GstVideoPipeline final : public VideoPipeline {
   ~GstVideoPipeline() override;
 
   void run(bool playing) override;
-  void jump(Nanoseconds position) override;
+  bool jump(Nanoseconds position) override;
   void setVolume(double volume) override;
   Nanoseconds position() const override;
 

@@ -37,8 +37,8 @@ class VideoPipeline {
   using Nanoseconds = std::chrono::nanoseconds;
   virtual ~VideoPipeline() = default;
   virtual void run(bool playing) = 0;
-  virtual void jump(Nanoseconds position) = 0;
-  virtual void setVolume(double volume) = 0;  // 0 … 1
+  virtual bool jump(Nanoseconds position) = 0;  // false: this video or its server cannot
+  virtual void setVolume(double volume) = 0;    // 0 … 1
   virtual Nanoseconds position() const = 0;
 };
 
