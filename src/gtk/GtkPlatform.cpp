@@ -54,6 +54,7 @@ GtkPlatform::GtkPlatform(const Options& options)
       calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
       photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
       webSession_(std::make_shared<WebSession>(options)),
+      media_(options.caFile),
       urlSession_(transportOptions(options)) {
   systemBus_.start();
 }

@@ -3,6 +3,7 @@
 
 #include "velto/gtk/Advertising.h"
 #include "velto/gtk/Application.h"
+#include "velto/gtk/AudioSession.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
 #include "velto/gtk/Calendar.h"
@@ -21,6 +22,7 @@
 #include "velto/gtk/SystemBus.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/VideoPlayer.h"
 #include "velto/gtk/WebSession.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewPeer.h"
@@ -67,6 +69,8 @@ class GtkPlatform : public Platform {
   ViewSystem& views() override;
   Calendar& eventStore() override { return calendar_; }
   Photos& photoLibrary() override { return photos_; }
+  Media& media() override { return media_; }
+  AudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -93,6 +97,8 @@ class GtkPlatform : public Platform {
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;
+  Media media_;
+  AudioSession audioSession_{mainQueue_};
   UrlSession urlSession_;
   SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_}};
 };

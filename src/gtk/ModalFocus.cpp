@@ -5,10 +5,12 @@
 
 namespace velto::gtk {
 
-ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped)
+ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped, Key pressed)
     : widget_(GPtr<GtkWidget>::retain(widget)),
       keys_(gtk_event_controller_key_new()),
-      escaped_(std::move(escaped)) {
+      leftOver_(gtk_event_controller_key_new()),
+      escaped_(std::move(escaped)),
+      pressed_(std::move(pressed)) {
   auto* root = gtk_widget_get_root(widget);
   g_weak_ref_init(&before_, root ? gtk_root_get_focus(root) : nullptr);
 
@@ -16,6 +18,8 @@ ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped)
   gtk_event_controller_set_propagation_phase(keys_, GTK_PHASE_CAPTURE);
   g_signal_connect(keys_, "key-pressed", G_CALLBACK(keyPressed), this);
   gtk_widget_add_controller(widget, keys_);
+  g_signal_connect(leftOver_, "key-pressed", G_CALLBACK(keyLeftOver), this);
+  gtk_widget_add_controller(widget, leftOver_);
 
   for (auto* inside = widget; inside && !GTK_IS_ROOT(inside); inside = gtk_widget_get_parent(inside)) {
     auto* parent = gtk_widget_get_parent(inside);
@@ -32,8 +36,10 @@ ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped)
 ModalFocus::~ModalFocus() {
   if (const auto left = GPtr<GObject>::adopt(static_cast<GObject*>(g_weak_ref_get(&root_))))
     g_signal_handlers_disconnect_by_data(left, this);
-  g_signal_handlers_disconnect_by_data(keys_, this);
-  gtk_widget_remove_controller(widget_, keys_);
+  for (auto* controller : {keys_, leftOver_}) {
+    g_signal_handlers_disconnect_by_data(controller, this);
+    gtk_widget_remove_controller(widget_, controller);
+  }
   for (const auto& widget : shutOut_) gtk_widget_set_can_focus(widget, TRUE);
 
   // Only if the focus is still here: the application may have moved it to another window's content meanwhile.
@@ -71,6 +77,12 @@ gboolean ModalFocus::keyPressed(GtkEventControllerKey*, guint key, guint, GdkMod
   const auto escaped = self->escaped_;
   escaped();
   return GDK_EVENT_STOP;
+}
+
+gboolean ModalFocus::keyLeftOver(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+                                 ModalFocus* self) noexcept {
+  const auto pressed = self->pressed_;
+  return pressed(key) ? GDK_EVENT_STOP : GDK_EVENT_PROPAGATE;
 }
 
 }  // namespace velto::gtk

@@ -13,8 +13,11 @@ namespace velto::gtk {
 
 class ModalFocus {
  public:
-  // The widget is in its window already. `escaped` may destroy this.
-  ModalFocus(GtkWidget* widget, std::function<void()> escaped);
+  using Key = std::function<bool(guint key)>;
+
+  // The widget is in its window already. Escape is reported before anything inside hears of it, other keys
+  // when nothing inside took them, to `pressed`, which says whether it took them. Both may destroy this.
+  ModalFocus(GtkWidget* widget, std::function<void()> escaped, Key pressed);
   ModalFocus(const ModalFocus&) = delete;
   ModalFocus& operator=(const ModalFocus&) = delete;
   ~ModalFocus();
@@ -23,15 +26,19 @@ class ModalFocus {
   static gboolean keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
                              ModalFocus* self) noexcept;
   static void focusMoved(GtkRoot*, GParamSpec*, ModalFocus* self) noexcept;
+  static gboolean keyLeftOver(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+                              ModalFocus* self) noexcept;
   void shutOut(GtkWidget* widget);
   bool holdsFocus() const;
 
   GPtr<GtkWidget> widget_;
   GtkEventController* keys_;              // the widget's
   GWeakRef root_;                         // the window, which goes although this is there
+  GtkEventController* leftOver_;          // the widget's
   GWeakRef before_;                       // what had the focus
   std::vector<GPtr<GtkWidget>> shutOut_;  // all that lies beside it and could have had the focus
   std::function<void()> escaped_;
+  Key pressed_;
 };
 
 }  // namespace velto::gtk

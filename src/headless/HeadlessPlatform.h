@@ -7,7 +7,9 @@
 #include "velto/headless/MemoryLibrary.h"
 #include "velto/headless/MemoryWebsiteData.h"
 #include "velto/headless/ScriptedApplication.h"
+#include "velto/headless/ScriptedAudioSession.h"
 #include "velto/headless/ScriptedDevice.h"
+#include "velto/headless/ScriptedMedia.h"
 #include "velto/headless/ScriptedNetwork.h"
 #include "velto/headless/ScriptedURLSession.h"
 #include "velto/headless/ScriptedViewSystem.h"
@@ -55,6 +57,8 @@ class Platform : public velto::Platform {
   ScriptedViewSystem& views() override { return views_; }
   MemoryEventStore& eventStore() override { return eventStore_; }
   MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
+  ScriptedMedia& media() override { return media_; }
+  ScriptedAudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
 
  private:
@@ -80,6 +84,8 @@ class Platform : public velto::Platform {
   MemoryPhotoLibrary photoLibrary_{queue_};
   ScriptedURLSession session_{queue_};
   ScriptedViewSystem views_{queue_};
+  ScriptedMedia media_{queue_};
+  ScriptedAudioSession audioSession_{queue_};
 };
 
 }  // namespace velto::headless

@@ -71,15 +71,28 @@ void HostWindow::tap(CGPoint point) {
     if (RecordingViewPeer::of(*touched->view).isTouchable()) touched->view->peerTapped(touched->point);
 }
 
-bool HostWindow::pressEscape() {
-  if (!view().isInWindow()) return false;
-  const auto subviews = view().subviews();
+UIView* HostWindow::topmostModal() const {
+  if (!view().isInWindow()) return nullptr;
+  const auto& subviews = view().subviews();
   const auto modal = std::find_if(subviews.rbegin(), subviews.rend(), [](const auto& subview) {
     return RecordingViewPeer::of(*subview).isModal();
   });
-  if (modal == subviews.rend()) return false;
-  (*modal)->peerEscaped();
+  return modal == subviews.rend() ? nullptr : modal->get();
+}
+
+bool HostWindow::pressEscape() {
+  auto* modal = topmostModal();
+  if (!modal) return false;
+  const auto alive = modal->shared_from_this();
+  modal->peerEscaped();
   return true;
+}
+
+bool HostWindow::pressKey(UIKey key) {
+  auto* modal = topmostModal();
+  if (!modal) return false;
+  const auto alive = modal->shared_from_this();
+  return modal->peerKeyPressed(key);
 }
 
 WKNavigationActionPolicy HostWindow::tapLink(RecordingWebView& webView, const std::string& url) {

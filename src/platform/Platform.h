@@ -17,11 +17,13 @@ namespace velto {
 
 class ASIdentifierManager;
 class ATTrackingManager;
+class AVAudioSession;
 class CLLocationManager;
 class CTTelephonyNetworkInfo;
 class Clock;
 class EKEventStore;
 class MainQueue;
+class MediaSystem;
 class NSBundle;
 class NSLocale;
 class NSTimeZone;
@@ -73,6 +75,8 @@ class Platform {
   virtual ViewSystem& views() = 0;
   virtual EKEventStore& eventStore() = 0;
   virtual PHPhotoLibrary& photoLibrary() = 0;
+  virtual MediaSystem& media() = 0;
+  virtual AVAudioSession& audioSession() = 0;
 
   // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform
   // goes is destroyed undone; what is being done is waited for. Any thread.

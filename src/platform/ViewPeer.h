@@ -28,6 +28,9 @@ class WKWebView;
 struct WKUserScript;
 struct WKWebViewConfiguration;
 
+// Keys that mean something to what is presented over a window.
+enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow };
+
 class ViewPeer {
  public:
   virtual ~ViewPeer() = default;
@@ -45,7 +48,8 @@ class ViewPeer {
 
   // While it is on, this view, which lies over all others of its window, has the keyboard: the focus goes
   // into it, cannot leave it, and goes back where it was when it ends; Escape is reported to it
-  // (UIView::peerEscaped()). Several may be on; the last one counts.
+  // (UIView::peerEscaped()), and so are the keys above where nothing inside takes them
+  // (UIView::peerKeyPressed()). Several may be on; the last one counts.
   virtual void setModal(bool modal) = 0;
 
   // `index` counts among this view's children, 0 is painted first. The child is in no other view.

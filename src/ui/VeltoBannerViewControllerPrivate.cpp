@@ -177,6 +177,7 @@ void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFinishNavigation(WKWebVi
 
 void VeltoBannerViewControllerPrivate::_setMRAIDAsReady(const std::shared_ptr<WKWebView>& webView) {
   if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
+  activateAudioSession();
   mraidReady(webView, false, getFullScreenFrameFor(viewAd_.lock(), vc_.lock()).size, mraidHandler_);
 }
 
@@ -226,6 +227,7 @@ void VeltoBannerViewControllerPrivate::abandon() {
 }
 
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {
+  closeVideo();
   _resetBannerView();
   settings_.reset();
   adapter_.reset();

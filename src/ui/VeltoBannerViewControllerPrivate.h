@@ -13,6 +13,7 @@
 #include "velto/ui/UIViewControllerUISDKVelto.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 #include "velto/video/AVAudioSDKVelto.h"
+#include "velto/video/AVVideoSDKVelto.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +31,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
                                                public UIViewControllerMRAIDSDKVelto,
                                                public UIViewControllerOMSDKSDKVelto,
                                                public AVAudioSDKVelto,
+                                               public AVVideoSDKVelto,
                                                public VeltoAdMediationAdapterDelegate,
                                                public MediationBannerViewPresenter {
  public:
@@ -68,6 +70,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
 
   // What the page commands (VeltoBannerViewControllerMRAID.cpp).
   std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() override { return mraidHandler_; }
+  void playVideoAt(const NSURL& url) override { AVVideoSDKVelto::playVideoAt(url); }
   CGRect veltoMRAIDGetFullscreenFrame() override;
   void veltoMRAIDRemoveCloseCustomButton() override;
   void veltoMRAIDUnload() override { removeBanner(); }
@@ -91,7 +94,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   }
 
   // A new value of the output volume, 0 … 1.
-  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context);
+  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override;
 
   void viewWillAppear(bool animated) override;
   void viewWillDisappear(bool animated) override;
@@ -111,6 +114,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
  private:
   VeltoBannerViewControllerPrivate() = default;
   UIViewController& viewController() override { return *this; }
+  void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
   VeltoBannerViewControllerPrivate* bannerController() override { return abandoned_ ? nullptr : this; }
   bool animatesAsBanner() const override { return true; }
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {

@@ -274,6 +274,7 @@ void VeltoInterstitialViewControllerPrivate::veltoWKWebViewDidFinishNavigation(W
 
 void VeltoInterstitialViewControllerPrivate::_setMRAIDAsReady(const std::shared_ptr<WKWebView>& webView) {
   if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
+  activateAudioSession();
   mraidReady(webView, webView == secondaryMRAIDWebView_, veltoMRAIDGetFullscreenFrame().size, mraidHandler_);
 }
 
@@ -323,6 +324,7 @@ void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(b
 }
 
 void VeltoInterstitialViewControllerPrivate::_invalidateBanner() {
+  closeVideo();
   isReady_ = false;
   ad_.reset();
   mraidHandler_.reset();

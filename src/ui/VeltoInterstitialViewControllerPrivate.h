@@ -15,6 +15,7 @@
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 #include "velto/ui/VeltoUIAnimation.h"
 #include "velto/video/AVAudioSDKVelto.h"
+#include "velto/video/AVVideoSDKVelto.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,6 +33,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
                                                      public UIViewControllerMRAIDSDKVelto,
                                                      public UIViewControllerOMSDKSDKVelto,
                                                      public AVAudioSDKVelto,
+                                                     public AVVideoSDKVelto,
                                                      public VeltoAdMediationAdapterDelegate,
                                                      public MediationBannerPresenter,
                                                      public UIViewControllerTransitioningDelegate {
@@ -70,6 +72,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
 
   // What the page commands (VeltoInterstitialViewControllerMRAID.cpp).
   std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() override { return mraidHandler_; }
+  void playVideoAt(const NSURL& url) override { AVVideoSDKVelto::playVideoAt(url); }
   CGRect veltoMRAIDGetFullscreenFrame() override;
   void veltoMRAIDRemoveCloseCustomButton() override;
   void veltoMRAIDCloseInterstitial() override { dismissInterstitialViewController(true); }
@@ -95,7 +98,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
   void dismissInterstitialViewController(bool animated);
 
   // A new value of the output volume, 0 … 1.
-  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context);
+  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override;
 
   void viewWillAppear(bool animated) override;
   void viewWillDisappear(bool animated) override;
@@ -114,6 +117,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
  private:
   VeltoInterstitialViewControllerPrivate() = default;
   UIViewController& viewController() override { return *this; }
+  void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
   VeltoInterstitialViewControllerPrivate* interstitialController() override {
     return abandoned_ ? nullptr : this;
   }

@@ -19,6 +19,10 @@ class Cover final : public UIView {
   void peerEscaped() override {
     if (const auto presented = presented_.lock()) presented->accessibilityPerformEscape();
   }
+  bool peerKeyPressed(UIKey key) override {
+    const auto presented = presented_.lock();
+    return presented && presented->pressesBegan(key);
+  }
 
  private:
   std::weak_ptr<UIViewController> presented_;

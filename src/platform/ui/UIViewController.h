@@ -60,6 +60,8 @@ class UIViewController : public UIResponder, public std::enable_shared_from_this
   void setModalPresentationStyle(int64_t style) { modalPresentationStyle_ = style; }
   // The person wants to leave what is presented (Escape on a keyboard). Whether that was understood.
   virtual bool accessibilityPerformEscape() { return false; }
+  // Presses a key on what is presented. Whether it meant something.
+  virtual bool pressesBegan(UIKey /*key*/) { return false; }
 
   // Its view came into a window, or is about to leave it.
   virtual void viewWillAppear(bool /*animated*/) {}
