@@ -6,8 +6,8 @@
 namespace velto::gtk {
 namespace {
 
-constexpr char managerPath[] = "/org/freedesktop/GeoClue2/Manager";
-constexpr char managerInterface[] = "org.freedesktop.GeoClue2.Manager";
+constexpr char locationManagerPath[] = "/org/freedesktop/GeoClue2/Manager";
+constexpr char locationManagerInterface[] = "org.freedesktop.GeoClue2.Manager";
 constexpr char clientInterface[] = "org.freedesktop.GeoClue2.Client";
 constexpr char locationInterface[] = "org.freedesktop.GeoClue2.Location";
 
@@ -54,7 +54,7 @@ bool isAllowed(GVariant* manager) {
 void Location::appeared() {
   listen(clientInterface, "LocationUpdated");
   listenForProperties(clientInterface);
-  listenForProperties(managerInterface);
+  listenForProperties(locationManagerInterface);
 }
 
 void Location::heard(const std::string& path, const std::string& member, GVariant* parameters) {
@@ -72,7 +72,7 @@ void Location::forget() {
 }
 
 void Location::read() {
-  getAll(managerPath, managerInterface, [this](GVariant* manager) {
+  getAll(locationManagerPath, locationManagerInterface, [this](GVariant* manager) {
     if (!isAllowed(manager)) {
       forget();
       return;
@@ -80,7 +80,7 @@ void Location::read() {
     enabled_.set(true);
     if (!isInUse(manager)) return;  // the last place stands
     if (!client_.empty()) return readClient(client_);
-    call(managerPath, managerInterface, "GetClient", nullptr, "(o)", [this](GVariant* client) {
+    call(locationManagerPath, locationManagerInterface, "GetClient", nullptr, "(o)", [this](GVariant* client) {
       if (!client) return forget();
       const char* path = nullptr;
       g_variant_get(client, "(&o)", &path);

@@ -16,8 +16,8 @@
 namespace velto::gtk {
 namespace {
 
-constexpr char managerPath[] = "/org/freedesktop/NetworkManager";
-constexpr char managerInterface[] = "org.freedesktop.NetworkManager";
+constexpr char networkManagerPath[] = "/org/freedesktop/NetworkManager";
+constexpr char networkManagerInterface[] = "org.freedesktop.NetworkManager";
 
 uint32_t kernelFlags() {
   if (!hasDefaultRoute()) return 0;
@@ -118,7 +118,7 @@ class NetworkInfo::Reachability : public SCNetworkReachability {
 };
 
 NetworkInfo::NetworkInfo(MainQueue& mainQueue)
-    : BusService(managerInterface), flags_(std::make_shared<Flags>(mainQueue, kernelFlags())) {}
+    : BusService(networkManagerInterface), flags_(std::make_shared<Flags>(mainQueue, kernelFlags())) {}
 
 NetworkInfo::~NetworkInfo() {
   flags_->close();
@@ -161,7 +161,7 @@ gboolean NetworkInfo::onRoutesChanged(int socket, GIOCondition, gpointer info) n
 }
 
 void NetworkInfo::appeared() {
-  listenForProperties(managerInterface);
+  listenForProperties(networkManagerInterface);
 }
 
 void NetworkInfo::heard(const std::string&, const std::string&, GVariant* parameters) {
@@ -169,7 +169,7 @@ void NetworkInfo::heard(const std::string&, const std::string&, GVariant* parame
 }
 
 void NetworkInfo::read() {
-  getAll(managerPath, managerInterface, [this](GVariant* properties) {
+  getAll(networkManagerPath, networkManagerInterface, [this](GVariant* properties) {
     managed_ = managedFlags(properties);
     update();
   });

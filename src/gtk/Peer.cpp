@@ -9,7 +9,7 @@ namespace velto::gtk {
 namespace {
 
 constexpr double tapRadius = 10;       // points that a finger or hand may slip within a tap
-constexpr double leastVisible = 0.01;  // a fainter view takes no touches, as on a phone
+constexpr double leastTouchable = 0.01;  // a fainter view takes no touches, as on a phone
 
 std::optional<UIKey> keyOf(guint key) {
   switch (key) {
@@ -49,7 +49,7 @@ void Peer::setFrame(const CGRect& frame) {
 
 void Peer::setAlpha(double alpha) {
   gtk_widget_set_opacity(widget_, alpha);
-  gtk_widget_set_can_target(widget_, alpha >= leastVisible);
+  gtk_widget_set_can_target(widget_, alpha >= leastTouchable);
 }
 
 void Peer::setHidden(bool hidden) {

@@ -15,7 +15,7 @@ namespace velto::gtk {
 namespace {
 
 constexpr int64_t mostPixels = 100'000'000;
-constexpr size_t longestName = 100;  // bytes, without extension
+constexpr size_t longestFileName = 100;  // bytes, without extension
 constexpr int mostNumbers = 10'000;
 
 // Sizes are known before anything is decoded; without a size nothing is.
@@ -68,7 +68,7 @@ std::string pictureName(const std::string& address, const std::string& extension
   for (const char c : name)
     clean += g_ascii_isalnum(c) || static_cast<unsigned char>(c) >= 0x80 || strchr("-_ ().", c) ? c : '_';
   clean.erase(0, clean.find_first_not_of(". "));
-  size_t length = std::min(clean.size(), longestName);
+  size_t length = std::min(clean.size(), longestFileName);
   while (length > 0 && length < clean.size() && (static_cast<unsigned char>(clean[length]) & 0xC0) == 0x80)
     --length;
   clean.resize(length);

@@ -7,7 +7,7 @@
 namespace velto::gtk {
 namespace {
 
-constexpr int answerMilliseconds = 300;
+constexpr int portalMilliseconds = 300;
 constexpr size_t mostSchemes = 256;  // pages may ask for any
 
 bool isOfTheWeb(const std::string& scheme) {
@@ -64,7 +64,7 @@ void UriPortal::onConnected(GObject*, GAsyncResult* result, gpointer data) noexc
   auto* parameters = g_variant_new("(sa{sv})", question->scheme.c_str(), nullptr);
   g_dbus_connection_call(connection, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
                          "org.freedesktop.portal.OpenURI", "SchemeSupported", parameters,
-                         G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, answerMilliseconds, nullptr, onAnswer,
+                         G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, portalMilliseconds, nullptr, onAnswer,
                          question.release());
 }
 
