@@ -8,9 +8,6 @@
 
 #include <gio/gio.h>
 
-#include <filesystem>
-#include <vector>
-
 namespace velto::gtk {
 
 class Calendar : public EKEventStore {
@@ -34,9 +31,5 @@ class Calendar : public EKEventStore {
   GPtr<GCancellable> cancellable_ = GPtr<GCancellable>::adopt(g_cancellable_new());
   Background worker_;
 };
-
-// Where the module may be, best first: the folder that VELTO_MODULE_PATH names, beside the library, where it
-// was installed.
-std::vector<std::filesystem::path> modulePaths(const char* fileName);
 
 }  // namespace velto::gtk

@@ -19,7 +19,9 @@ Folders moduleFolders() {
   if (dladdr(reinterpret_cast<const void*>(&moduleFolders), &self) && self.dli_fname) {
     std::error_code error;
     const auto file = std::filesystem::canonical(self.dli_fname, error);
-    if (!error) folders.push_back(file.parent_path() / "velto");
+    const auto folder = file.parent_path();
+    if (!error)
+      folders.insert(folders.end(), {folder / "velto", folder / ".." / VELTO_LIBRARY_FOLDER / "velto"});
   }
   folders.emplace_back(VELTO_MODULES_INSTALLED);
   folders.emplace_back(VELTO_MODULES_BUILT);

@@ -1,9 +1,10 @@
 // Parts of this platform that few processes need and that bring many libraries along: they are shared objects
 // of their own, opened on first use and kept open. Each exports one C function and knows nothing of the
-// library but the header that it implements. Main thread.
+// library but the header that it implements. Any thread.
 //
 // They lie in the folder named by VELTO_MODULES, if that is set, else beside the library or program that this
-// is linked into (in "velto/"), else where they were installed or built.
+// is linked into (in "velto/"), else in the library folder of the same prefix, else where they were installed
+// or built.
 #pragma once
 
 #include <string>

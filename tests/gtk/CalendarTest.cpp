@@ -40,7 +40,6 @@ bool isLoaded(const char* library) {
 class CalendarTest : public testing::Test {
  protected:
   CalendarTest() {
-    setenv("VELTO_MODULE_PATH", MODULE_FOLDER, 1);
     setenv("TZ", "Europe/Berlin", 1);
     gtk::install({.applicationIdentifier = "org.example.calendar"});
   }
