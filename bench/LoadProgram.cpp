@@ -46,23 +46,6 @@ std::optional<Arguments> parse(int count, char** words) {
   return arguments;
 }
 
-void runMainLoopFor(guint duration) {
-  bool over = false;
-  g_timeout_add_once(
-      duration, [](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
-  while (!over) g_main_context_iteration(nullptr, TRUE);
-}
-
-GtkWindow* showWindow() {
-  auto* window = GTK_WINDOW(gtk_window_new());
-  gtk_window_set_default_size(window, 400, 300);
-  gtk_window_set_child(window, gtk_overlay_new());
-  gtk_window_present(window);
-  while (!gtk_widget_get_mapped(GTK_WIDGET(window))) g_main_context_iteration(nullptr, TRUE);
-  runMainLoopFor(windowSettles);
-  return window;
-}
-
 void measureLoad(Loader& loader, int number) {
   bool loaded = false;
   double wall = 0;
@@ -102,6 +85,25 @@ void giveUp(const std::string& reason) {
   std::_Exit(1);
 }
 
+void runMainLoopFor(guint duration) {
+  bool over = false;
+  g_timeout_add_once(
+      duration, [](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
+  while (!over) g_main_context_iteration(nullptr, TRUE);
+}
+
+GtkWindow* startWithWindow(const char* program) {
+  g_set_prgname(g_path_get_basename(program));
+  if (!gtk_init_check()) giveUp("no display");
+  auto* window = GTK_WINDOW(gtk_window_new());
+  gtk_window_set_default_size(window, 400, 300);
+  gtk_window_set_child(window, gtk_overlay_new());
+  gtk_window_present(window);
+  while (!gtk_widget_get_mapped(GTK_WIDGET(window))) g_main_context_iteration(nullptr, TRUE);
+  runMainLoopFor(windowSettles);
+  return window;
+}
+
 int runLoads(int count, char** words,
              const std::function<std::unique_ptr<Loader>(const Server&, GtkWindow*)>& make) {
   const auto arguments = parse(count, words);
@@ -109,10 +111,7 @@ int runLoads(int count, char** words,
     std::fprintf(stderr, "usage: %s PORT CA_FILE KEY LOADS [PAUSE_AFTER...]\n", words[0]);
     return 2;
   }
-  g_set_prgname(g_path_get_basename(words[0]));
-  if (!gtk_init_check()) giveUp("no display");
-
-  GtkWindow* window = showWindow();
+  GtkWindow* window = startWithWindow(words[0]);
   auto loader = make(arguments->server, window);
   const auto& pauses = arguments->pauses;
   for (int number = 1; number <= arguments->loads; ++number) {

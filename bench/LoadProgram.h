@@ -40,4 +40,8 @@ int runLoads(int count, char** words,
 // Says why and ends the process with 1: a benchmark of ads that do not load measures nothing.
 [[noreturn]] void giveUp(const std::string& reason);
 
+// Starts GTK, and returns the window of all these programs once it is shown and has come to rest.
+GtkWindow* startWithWindow(const char* program);
+void runMainLoopFor(guint milliseconds);
+
 }  // namespace velto::bench

@@ -11,7 +11,7 @@ import sys
 import tempfile
 import threading
 
-GROUPS = ["load", "time", "measurement", "registration", "operations", "tracking", "size", "memory"]
+GROUPS = ["load", "interstitial", "time", "measurement", "registration", "operations", "tracking", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
 
@@ -149,6 +149,25 @@ class Bench:
                 row("later load, server at once", "ms", *times(later, "ms"), limit=0.12),
                 row("  main thread in a first load, engine included", "ms", *times(first, "cpuMs")),
                 row("  main thread in a later load, engine included", "ms", *times(later, "cpuMs"))]
+
+    def interstitial(self):
+        rounds = 3 if self.quick else 6
+
+        def rows_of(program):
+            return lambda: [self.run(program, *self.server, "bench-full", rounds)]
+
+        library, bare = self.in_turns(3 if self.quick else 7, rows_of("velto-bench-interstitial"),
+                                      rows_of("velto-bench-bare-interstitial"))
+        first = lambda side, what: [run[0][what] for run in side]
+        later = lambda side, what: [sample[what] for run in side for sample in run[1:]]
+        row = lambda name, pick, what, base=True: Row.of_samples(name, "ms", pick(library, what),
+                                                                 pick(bare, what) if base else None)
+        return [row("interstitial, load to ready, first of a process", first, "readyMs"),
+                row("interstitial, load to ready, later", later, "readyMs"),
+                row("interstitial, show to its page loaded, first of a process", first, "pageMs"),
+                row("interstitial, show to its page loaded, later", later, "pageMs"),
+                row("  show to DidAppear but for the transition's 0.9 s, first", first, "shownMs", False),
+                row("  show to DidAppear but for the transition's 0.9 s, later", later, "shownMs", False)]
 
     def time(self):
         first, later = [], []

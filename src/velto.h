@@ -10,4 +10,5 @@
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/ui/VeltoBannerViewController.h"
 #include "velto/ui/VeltoDelegates.h"
+#include "velto/ui/VeltoInterstitialViewController.h"
 #include "velto/video/VeltoVASTURL.h"

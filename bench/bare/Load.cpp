@@ -1,13 +1,10 @@
 // Ads on a real display without the library, written the straightforward way: fetch with libcurl, make a web
-// view, load the markup into it, wait until the page says velto://loadFinished. The request goes to the same
-// server over the same HTTPS (private authority, connection sent to loopback), with a body of the usual size;
-// the connection is kept for later loads, the web session is in memory, the view stands in the same window at
-// the same size. Nothing is checked, cleared, injected or reported.
+// view, load the markup into it, wait until the page says velto://loadFinished. The web session is in memory,
+// the view stands in the same window at the same size. Nothing is checked, cleared, injected or reported.
 //
 // By default each view is a fresh one. With VELTO_BENCH_RELATED set, a new view shares the process of the one
 // before, with a fresh process every 32 loads, as the library does it: then both programs put an engine
 // through the same, and what memory they differ in is the library's own.
-#include <curl/curl.h>
 #include <webkit/webkit.h>
 
 #include <cstdlib>
@@ -16,10 +13,10 @@
 
 #include "LoadProgram.h"
 #include "Measure.h"
+#include "bare/Fetch.h"
 
 namespace {
 
-using velto::bench::giveUp;
 using velto::bench::threadMilliseconds;
 
 constexpr int loadsForProcess = 32;
@@ -27,20 +24,17 @@ constexpr int loadsForProcess = 32;
 class BareLoader : public velto::bench::Loader {
  public:
   BareLoader(velto::bench::Server server, GtkWindow* window)
-      : server_(std::move(server)), overlay_(GTK_OVERLAY(gtk_window_get_child(window))) {}
+      : fetch_(std::move(server)), overlay_(GTK_OVERLAY(gtk_window_get_child(window))) {}
 
   ~BareLoader() override {
     if (view_) gtk_overlay_remove_overlay(overlay_, GTK_WIDGET(view_));
     g_clear_object(&session_);
-    curl_easy_cleanup(curl_);
-    curl_slist_free_all(connectTo_);
-    curl_slist_free_all(headers_);
   }
 
   void load(std::function<void()> loaded) override {
     loaded_ = std::move(loaded);
     const double before = threadMilliseconds();
-    const std::string markup = fetch();
+    const std::string markup = fetch_.markup("at=banner&fsz=320x50");
     fetching_ = threadMilliseconds() - before;
     replaceView();
     webkit_web_view_load_html(view_, markup.c_str(), nullptr);
@@ -49,39 +43,6 @@ class BareLoader : public velto::bench::Loader {
   double uncountedMilliseconds() const override { return fetching_; }
 
  private:
-  std::string fetch() {
-    if (!curl_) prepareTransport();
-    std::string body;
-    curl_easy_setopt(curl_, CURLOPT_WRITEDATA, &body);
-    if (const CURLcode code = curl_easy_perform(curl_))
-      giveUp(std::string("no ad: ") + curl_easy_strerror(code));
-    return body;
-  }
-
-  void prepareTransport() {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
-    curl_ = curl_easy_init();
-    const std::string url = "https://ads.velto.example/sdk/v3/req?ts=1700000000&k=" + server_.key +
-                            "&test=0&at=banner&fsz=320x50";
-    connectTo_ = curl_slist_append(nullptr, ("::127.0.0.1:" + server_.port).c_str());
-    headers_ = curl_slist_append(nullptr, "Content-Type: application/json");
-    const std::string body = "{\"about\": \"" + std::string(1100, 'x') + "\"}";
-    curl_easy_setopt(curl_, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(curl_, CURLOPT_CAINFO, server_.caFile.c_str());
-    curl_easy_setopt(curl_, CURLOPT_CONNECT_TO, connectTo_);
-    curl_easy_setopt(curl_, CURLOPT_HTTPHEADER, headers_);
-    curl_easy_setopt(curl_, CURLOPT_COPYPOSTFIELDS, body.c_str());
-    curl_easy_setopt(curl_, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_2TLS);
-    curl_easy_setopt(curl_, CURLOPT_FAILONERROR, 1L);
-    curl_easy_setopt(curl_, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(curl_, CURLOPT_WRITEFUNCTION, keep);
-  }
-
-  static size_t keep(char* bytes, size_t, size_t size, std::string* body) {
-    body->append(bytes, size);
-    return size;
-  }
-
   void replaceView() {
     if (!session_) session_ = webkit_network_session_new_ephemeral();
     WebKitWebView* old = std::exchange(view_, nullptr);
@@ -111,15 +72,12 @@ class BareLoader : public velto::bench::Loader {
     return TRUE;
   }
 
-  const velto::bench::Server server_;
+  velto::bench::Fetch fetch_;
   GtkOverlay* const overlay_;
   const bool sharesProcesses_ = std::getenv("VELTO_BENCH_RELATED") != nullptr;
   std::function<void()> loaded_;
   double fetching_ = 0;
   int loads_ = 0;
-  CURL* curl_ = nullptr;
-  curl_slist* connectTo_ = nullptr;
-  curl_slist* headers_ = nullptr;
   WebKitNetworkSession* session_ = nullptr;
   WebKitWebView* view_ = nullptr;  // the overlay owns it
 };

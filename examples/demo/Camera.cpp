@@ -1,6 +1,7 @@
 // See Camera.h.
 #include "Camera.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
@@ -52,6 +53,27 @@ std::optional<int> Picture::rightEnd(int row, Color color) const {
   return std::nullopt;
 }
 
+std::optional<Picture::Columns> Picture::otherThan(Color color, int row) const {
+  std::optional<Columns> found;
+  for (int x = 0; x < width_; ++x) {
+    if (isNear(at(x, row), color)) continue;
+    if (!found) found = Columns{x, x};
+    found->last = x;
+  }
+  return found;
+}
+
+int Picture::brightest(const velto::CGRect& frame) const {
+  int most = 0;
+  for (double y = frame.minY(); y < frame.maxY(); ++y) {
+    for (double x = frame.minX(); x < frame.maxX(); ++x) {
+      const Color color = at(x, y).value_or(0);
+      most = std::max(most, int(std::min({color >> 16 & 0xff, color >> 8 & 0xff, color & 0xff})));
+    }
+  }
+  return most;
+}
+
 bool Picture::save(const std::filesystem::path& file) const {
   return texture_ && gdk_texture_save_to_png(texture_.get(), file.c_str());
 }
@@ -65,6 +87,9 @@ Picture Camera::take() const {
   GskRenderer* renderer = gtk_native_get_renderer(gtk_widget_get_native(widget_));
   if (!renderer || width <= 0 || height <= 0) return {};
   GtkSnapshot* snapshot = gtk_snapshot_new();
+  // What lies below the widget belongs to the picture, since ads may be half clear.
+  gtk_snapshot_render_background(
+      snapshot, gtk_widget_get_style_context(GTK_WIDGET(gtk_widget_get_root(widget_))), 0, 0, width, height);
   gdk_paintable_snapshot(paintable_.get(), GDK_SNAPSHOT(snapshot), width, height);
   GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
   if (!node) return {};

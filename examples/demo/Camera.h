@@ -27,6 +27,14 @@ class Picture {
   bool shows(const velto::CGRect& frame, Color color) const;
   // The column after the last pixel of that color in a row; nothing when there is none.
   std::optional<int> rightEnd(int row, Color color) const;
+  // The first and the last column in which a row is of another color; nothing when it is all of that one.
+  struct Columns {
+    int first;
+    int last;
+  };
+  std::optional<Columns> otherThan(Color color, int row) const;
+  // The largest of the smallest color components: 0xff where something white is drawn.
+  int brightest(const velto::CGRect& frame) const;
   bool save(const std::filesystem::path& file) const;
 
  private:

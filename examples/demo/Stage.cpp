@@ -18,8 +18,8 @@ constexpr char layout[] = R"(
 <interface>
   <object class="GtkWindow" id="window">
     <property name="title">Velto demo</property>
-    <property name="default-width">1040</property>
-    <property name="default-height">800</property>
+    <property name="default-width">1240</property>
+    <property name="default-height">860</property>
     <property name="child">
       <object class="GtkBox">
         <property name="margin-top">60</property>
@@ -73,11 +73,12 @@ and the gulls know it.</property>
             <property name="spacing">6</property>
             <property name="margin-start">12</property>
             <property name="margin-end">12</property>
-            <property name="width-request">300</property>
+            <property name="width-request">480</property>
             <child>
-              <object class="GtkBox" id="buttons">
-                <property name="orientation">vertical</property>
-                <property name="spacing">4</property>
+              <object class="GtkGrid" id="buttons">
+                <property name="row-spacing">4</property>
+                <property name="column-spacing">4</property>
+                <property name="column-homogeneous">true</property>
               </object>
             </child>
             <child>
@@ -102,13 +103,13 @@ and the gulls know it.</property>
 
 constexpr char style[] = ".hole { border: 1px dashed alpha(currentColor, 0.3); }";
 
-void addButton(GtkBox* box, const std::string& label, std::function<void()> action) {
+void addButton(GtkGrid* grid, int column, int row, const std::string& label, std::function<void()> action) {
   GtkWidget* button = gtk_button_new_with_label(label.c_str());
   const auto clicked = +[](GtkButton*, gpointer data) { (*static_cast<std::function<void()>*>(data))(); };
   const auto forget = +[](gpointer data, GClosure*) { delete static_cast<std::function<void()>*>(data); };
   g_signal_connect_data(button, "clicked", G_CALLBACK(clicked), new std::function<void()>(std::move(action)),
                         forget, GConnectFlags{});
-  gtk_box_append(box, button);
+  gtk_grid_attach(grid, button, column, row, 1, 1);
 }
 
 }  // namespace
@@ -123,18 +124,17 @@ class Stage::Banner : public velto::VeltoBannerViewControllerDelegate {
  private:
   std::shared_ptr<velto::UIViewController> presentViewController() override { return stage_.host_; }
   void veltoBannerViewControllerDidFinishLoad(velto::VeltoBannerViewControllerPrivate&) override {
-    stage_.add(name_, "DidFinishLoad");
+    stage_.hear(name_, "DidFinishLoad");
   }
   void veltoBannerViewControllerDidPress(velto::VeltoBannerViewControllerPrivate&) override {
-    stage_.add(name_, "DidPress");
-    stage_.followClick(name_);
+    stage_.hear(name_, "DidPress");
   }
   void veltoBannerViewControllerDidFail(velto::VeltoBannerViewControllerPrivate&,
                                         const velto::VeltoErrorAd& error) override {
-    stage_.add(name_, "DidFail " + std::to_string(error.errorCode));
+    stage_.hear(name_, "DidFail " + std::to_string(error.errorCode));
   }
   void veltoBannerViewControllerDidClose(velto::VeltoBannerViewControllerPrivate&) override {
-    stage_.add(name_, "DidClose");
+    stage_.hear(name_, "DidClose");
   }
 
   Stage& stage_;
@@ -154,6 +154,8 @@ const std::vector<Case>& Stage::cases() {
       {"refresh", "Top, refreshed every 2 s", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 2},
       {"no fill", "No fill", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "nofill"},
       {"error", "Server error", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "error"},
+      {"net banner", "Top, another network's", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0,
+       "network"},
   };
   return all;
 }
@@ -171,8 +173,13 @@ Stage::Stage() {
   window_ = GTK_WINDOW(object("window"));
   slot_ = GTK_WIDGET(object("slot"));
   log_ = GTK_TEXT_VIEW(object("log"));
-  for (const Case& c : cases()) addButton(GTK_BOX(object("buttons")), c.label, [this, &c] { show(c.name); });
-  addButton(GTK_BOX(object("buttons")), "Remove all", [this] { clear(); });
+  auto* buttons = GTK_GRID(object("buttons"));
+  int row = 0;
+  for (const Case& c : cases()) addButton(buttons, 0, row++, c.label, [this, &c] { show(c.name); });
+  addButton(buttons, 0, row, "Remove all", [this] { clear(); });
+  row = 0;
+  for (const auto& c : Interstitials::cases())
+    addButton(buttons, 1, row++, c.label, [this, &c] { interstitials_->open(c.name); });
   g_object_unref(builder);
 
   GtkCssProvider* css = gtk_css_provider_new();
@@ -182,6 +189,8 @@ Stage::Stage() {
   g_object_unref(css);
 
   host_ = velto::gtk::hostViewController(window_);
+  interstitials_ = std::make_unique<Interstitials>(
+      host_, [this](const std::string& name, const std::string& what) { hear(name, what); });
   const auto closed = +[](GtkWidget*, gpointer stage) {
     static_cast<Stage*>(stage)->clear();
     static_cast<Stage*>(stage)->window_ = nullptr;
@@ -230,6 +239,7 @@ void Stage::show(const std::string& name) {
 
 void Stage::clear() {
   banners_.clear();
+  interstitials_->clear();
 }
 
 velto::CGRect Stage::expectedFrame(const std::string& name, velto::CGSize size) const {
@@ -290,6 +300,11 @@ void Stage::followClick(const std::string& name) {
   g_idle_add_full(G_PRIORITY_HIGH, Click::begin, new Click{self_, name, {}}, Click::destroy);
 }
 
+void Stage::hear(const std::string& name, const std::string& what) {
+  add(name, what);
+  if (what == "DidPress") followClick(name);
+}
+
 int Stage::count(const std::string& name, const std::string& what) const {
   return static_cast<int>(std::count_if(events_.begin(), events_.end(), [&](const Event& event) {
     return event.name == name && event.what == what;
@@ -300,7 +315,7 @@ void Stage::add(const std::string& name, const std::string& what) {
   const Event& event =
       events_.emplace_back(Event{double(g_get_monotonic_time() - start_) / 1000, name, what});
   char line[160];
-  std::snprintf(line, sizeof line, "%6.0f ms %-7s %s\n", event.ms, name.c_str(), what.c_str());
+  std::snprintf(line, sizeof line, "%6.0f ms %-12s %s\n", event.ms, name.c_str(), what.c_str());
   std::fputs(line, stdout);
   std::fflush(stdout);
   if (!window_) return;

@@ -1,5 +1,5 @@
-// The demo's window: a page with room for banners, a column of buttons, and a log of what the banners'
-// delegates hear. main() makes one; its buttons and the tour show the same cases. Main thread.
+// The demo's window: a page with room for banners, buttons for those and for interstitials, and a log of what
+// their delegates hear. main() makes one; its buttons and the tour show the same cases. Main thread.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "Interstitials.h"
 
 namespace demo {
 
@@ -43,6 +45,7 @@ class Stage {
 
   // Puts the case's banner into its place, instead of the one that is there. The name must be one of cases().
   void show(const std::string& name);
+  Interstitials& interstitials() { return *interstitials_; }
   void clear();
 
   bool isOpen() const { return window_ != nullptr; }
@@ -57,6 +60,7 @@ class Stage {
  private:
   class Banner;
   static const Case& caseOf(const std::string& name);
+  void hear(const std::string& name, const std::string& what);  // from a delegate
   void add(const std::string& name, const std::string& what);
   // Follows the click that a press just made until the server has acknowledged it, which takes it out of the
   // store.
@@ -68,6 +72,7 @@ class Stage {
   GtkTextView* log_ = nullptr;
   std::shared_ptr<velto::UIViewController> host_;
   std::map<Place, std::shared_ptr<Banner>> banners_;
+  std::unique_ptr<Interstitials> interstitials_;
   std::vector<Event> events_;
   std::shared_ptr<Stage*> self_ = std::make_shared<Stage*>(this);  // expires with the stage
   const gint64 start_ = g_get_monotonic_time();

@@ -1,5 +1,5 @@
 // Plays the demo by itself: shows each case, waits for what must happen, looks at the pixels, takes pictures,
-// clicks on an ad as a person would. Main thread; needs an X11 display and xdotool.
+// clicks and presses keys as a person would. Main thread; needs an X11 display and xdotool.
 #pragma once
 
 #include <filesystem>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Camera.h"
+#include "Hand.h"
 #include "LinkTrap.h"
 #include "Stage.h"
 
@@ -34,12 +35,30 @@ class Tour {
   bool expectShown(const std::string& name);
   void photograph(const std::string& name);
   void photograph(const std::string& name, const Picture& picture);
-  void click(velto::CGPoint point);
+  void expectOpened(const std::string& name, const std::string& url);  // the last link so far
+
+  // TourInterstitials.cpp
+  void showInterstitials();
+  void countdown();
+  void autoShow();
+  void comeIn(const std::string& name);
+  void reload();
+  void anotherNetwork();
+  void open(const std::string& name);
+  void expectGone(const std::string& name, int times);
+  void expectHeard(const std::string& name, const std::vector<std::string>& heard);
+  velto::CGRect wholeContent() const;
+  velto::CGRect closeButton() const;
+  velto::CGRect card() const;
+  bool canClose() const;
+  std::optional<Picture::Columns> covered(const Picture& picture) const;
 
   Stage& stage_;
   const LinkTrap& links_;
   std::filesystem::path out_;
   Camera camera_;
+  Hand hand_;
+  Color bareRow_ = 0;  // of the row by which an interstitial's place is seen
   std::vector<std::string> missing_;
 };
 

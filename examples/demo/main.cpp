@@ -7,12 +7,13 @@
 #include <optional>
 #include <stdexcept>
 
+#include "DriftwoodAdapter.h"
 #include "Tour.h"
 
 namespace {
 
 constexpr char help[] =
-    R"(velto-demo - banners of every size and place
+    R"(velto-demo - banners of every size and place, and interstitials
 
 usage: velto-demo --server ADDRESS --ca FILE [options]
 
@@ -72,6 +73,7 @@ int run(const Arguments& arguments) {
        .dataFolder = arguments.data,
        .caFile = arguments.ca,
        .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}}});
+  linkDriftwoodAdapter();
   velto::VeltoFramework::addVeltoKey("demo");
   int code = 0;
   {
@@ -83,6 +85,7 @@ int run(const Arguments& arguments) {
       while (stage.isOpen()) g_main_context_iteration(nullptr, TRUE);
     }
   }
+  unlinkDriftwoodAdapter();
   velto::gtk::uninstall();
   return code;
 }

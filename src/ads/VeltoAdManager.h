@@ -7,9 +7,11 @@
 #include "velto/core/VeltoSettings.h"
 #include "velto/platform/NSNotificationCenter.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velto {
@@ -25,14 +27,11 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
   // the resolution of the answer ends without one.
   static void fetchFor(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
                        VeltoAdCompletion completionHandler);
-  // The second creative of a two-part expand. Not fetched yet: called where it will be needed, does nothing
-  // so far.
-  static void fetchForSecondaryMRAIDContent(const std::string& /*url*/,
-                                            VeltoAdCompletion /*completionHandler*/) {}
-
-  // The image of a storePicture command: likewise.
-  static void fetchForMRAIDImageContent(const std::string& /*url*/,
-                                        std::function<void(bool)> /*completionHandler*/) {}
+  // The second creative of a two-part expand. As above; the ad is of no size, and not kept in the list.
+  static void fetchForSecondaryMRAIDContent(const std::string& url, VeltoAdCompletion completionHandler);
+  // Fetches an image and adds it to the user's pictures if access was granted before. The completion (may be
+  // empty) is called on the main queue: whether it was added.
+  static void fetchForMRAIDImageContent(const std::string& url, std::function<void(bool)> completionHandler);
 
   // The measurement engine's service script, of the shared manager; nothing while the engine is not active
   // or when the library's resources have none. Main thread.
@@ -43,6 +42,8 @@ class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {
 
   void _fetch(VeltoAdType type, VeltoBannerSize size, const std::optional<VeltoSettings>& settings,
               VeltoAdCompletion completionHandler);
+  void fetchSecondaryMRAIDContent(const std::string& url, VeltoAdCompletion completionHandler);
+  void fetchMRAIDImageContent(const std::string& url, std::function<void(bool)> completionHandler);
   void _addAdInCache(const std::shared_ptr<VeltoAd>& ad);
   void _veltoNotificationAdShowed(const NSNotification& notification);
 

@@ -1,13 +1,10 @@
 // The host application's desk: GAppInfo for URLs, settings for the interface.
 #include "velto/gtk/Application.h"
 
+#include "velto/gtk/GtkPlatform.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <gtk/gtk.h>
-
-#include <algorithm>
-#include <array>
-#include <cstdlib>
 
 namespace velto::gtk {
 namespace {
@@ -16,18 +13,7 @@ constexpr char accessibilitySchema[] = "org.gnome.desktop.a11y.interface";
 constexpr char highContrastKey[] = "high-contrast";
 constexpr size_t mostSchemesKept = 256;  // pages may ask for any
 
-bool isSandboxed() {
-  static const bool sandboxed = g_file_test("/.flatpak-info", G_FILE_TEST_EXISTS) || std::getenv("SNAP");
-  return sandboxed;
-}
-
-bool isOpenedByPortal(const std::string& scheme) {
-  static constexpr std::array schemes{"http", "https", "mailto", "tel"};
-  return std::find(schemes.begin(), schemes.end(), scheme) != schemes.end();
-}
-
 bool hasHandler(const std::string& scheme) {
-  if (isSandboxed() && isOpenedByPortal(scheme)) return true;
   return static_cast<bool>(GPtr<GAppInfo>::adopt(g_app_info_get_default_for_uri_scheme(scheme.c_str())));
 }
 
@@ -76,32 +62,46 @@ bool hasHighContrastTheme() {
 
 }  // namespace
 
-Application::Application(MainQueue& mainQueue)
+Application::Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
+                         std::function<void(const std::string&)> refused)
     : mainQueue_(mainQueue),
+      touchGuard_(opensOnlyAfterTouch),
+      refused_(std::move(refused)),
       monitor_(GPtr<GAppInfoMonitor>::adopt(g_app_info_monitor_get())),
       applicationsChanged_(monitor_.get(), "changed", G_CALLBACK(onApplicationsChanged), this) {}
 
 void Application::onApplicationsChanged(GAppInfoMonitor*, gpointer application) noexcept {
-  static_cast<Application*>(application)->openable_.clear();
+  auto& self = *static_cast<Application*>(application);
+  self.openable_.clear();
+  self.portal_.forget();
 }
 
 bool Application::canOpenURL(const NSURL& url) const {
   const auto scheme = openableScheme(url);
   if (!scheme) return false;
-  if (auto known = openable_.find(*scheme); known != openable_.end()) return known->second;
-  if (openable_.size() >= mostSchemesKept) openable_.clear();
-  return openable_[*scheme] = hasHandler(*scheme);
+  auto known = openable_.find(*scheme);
+  if (known == openable_.end()) {
+    if (openable_.size() >= mostSchemesKept) openable_.clear();
+    known = openable_.emplace(*scheme, hasHandler(*scheme)).first;
+  }
+  return known->second || (isSandboxed() && portal_.supports(*scheme));
 }
 
 void Application::openURL(const NSURL& url, const std::map<std::string, std::string>&,
                           std::function<void(bool)> completion) {
-  if (!openableScheme(url)) {
+  const bool refused = !touchGuard_.mayOpen();
+  if (refused && refused_) refused_(url.absoluteString());
+  if (refused || !openableScheme(url)) {
     if (completion) mainQueue_.post([completion = std::move(completion)] { completion(false); });
     return;
   }
   auto opening = std::make_unique<Opening>(Opening{alive_, std::move(completion)});
   g_app_info_launch_default_for_uri_async(url.absoluteString().c_str(), launchContext(), nullptr, onOpened,
                                           opening.release());
+}
+
+void Application::attemptRotationToDeviceOrientation() {
+  if (auto* platform = GtkPlatform::installed()) platform->rotation().attempt(platform->device().wanted());
 }
 
 bool Application::isReduceTransparencyEnabled() const {

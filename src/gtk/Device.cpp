@@ -2,16 +2,20 @@
 #include "velto/gtk/Device.h"
 
 #include "velto/gtk/Files.h"
+#include "velto/gtk/HostWindow.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <sys/utsname.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 
 namespace velto::gtk {
 namespace {
 
 constexpr char machineInfo[] = "/etc/machine-info";
+constexpr double narrowestTablet = 600;  // points, of the shorter side
 
 utsname kernel() {
   utsname names{};
@@ -19,10 +23,20 @@ utsname kernel() {
   return names;
 }
 
-// Chassis types of the SMBIOS standard (DSP0134, 7.4.1) that are no desktop.
-std::string chassis() {
-  if (auto chosen = assignment(machineInfo, "CHASSIS")) return *chosen;
-  switch (leadingInteger(firstLine("/sys/class/dmi/id/chassis_type").value_or(""))) {
+// Chassis types of the SMBIOS standard (DSP0134, 7.4.1), in systemd's words.
+std::string chassisOfFirmware(int64_t type) {
+  switch (type) {
+    case 3:   // desktop
+    case 4:   // low profile
+    case 5:   // pizza box
+    case 6:   // mini tower
+    case 7:   // tower
+    case 13:  // all in one
+    case 15:  // space-saving
+    case 16:  // lunch box
+    case 35:  // mini PC
+    case 36:  // stick PC
+      return "desktop";
     case 8:   // portable
     case 9:   // laptop
     case 10:  // notebook
@@ -30,26 +44,58 @@ std::string chassis() {
       return "laptop";
     case 11:
       return "handset";
+    case 17:
+    case 23:  // rack mount
+    case 28:  // blade
+    case 29:  // blade enclosure
+      return "server";
     case 30:
       return "tablet";
     case 31:
     case 32:
       return "convertible";
     default:
-      return "desktop";
+      return {};
   }
+}
+
+// What makers leave in their tables when they forget to fill them in.
+bool isFilledIn(const std::string& product) {
+  const std::string text = lowercased(product);
+  for (const char* blank : {"to be filled", "system product name", "system version", "default string",
+                            "not specified", "not applicable", "undefined"})
+    if (text.starts_with(blank)) return false;
+  return text != "none" && text != "unknown" && text != "product" && text != "o.e.m.";
 }
 
 }  // namespace
 
+Device::Device(const UIScreen& screen, std::string root) : screen_(screen), root_(std::move(root)) {}
+
 std::string Device::name() const {
-  return assignment(machineInfo, "PRETTY_HOSTNAME").value_or(g_get_host_name());
+  return assignment((root_ + machineInfo).c_str(), "PRETTY_HOSTNAME").value_or(g_get_host_name());
+}
+
+std::string Device::chassis() const {
+  if (auto chosen = assignment((root_ + machineInfo).c_str(), "CHASSIS")) return *chosen;
+  const auto type = firstLine((root_ + "/sys/class/dmi/id/chassis_type").c_str());
+  if (auto told = chassisOfFirmware(leadingInteger(type.value_or(""))); !told.empty()) return told;
+  return firstLine((root_ + "/proc/device-tree/chassis-type").c_str()).value_or("");
 }
 
 std::string Device::model() const {
   std::string word = chassis();
+  if (word.empty()) word = userInterfaceIdiom() == UIUserInterfaceIdiom::Phone ? "handset" : "desktop";
   word[0] = g_ascii_toupper(word[0]);
   return word;
+}
+
+UIUserInterfaceIdiom Device::userInterfaceIdiom() const {
+  const std::string word = chassis();
+  const auto size = screen_.bounds().size;
+  const bool isNarrow = std::min(size.width, size.height) < narrowestTablet;
+  return word == "handset" || (word.empty() && isNarrow) ? UIUserInterfaceIdiom::Phone
+                                                         : UIUserInterfaceIdiom::Pad;
 }
 
 std::string Device::systemVersion() const {
@@ -60,12 +106,41 @@ std::string Device::systemVersion() const {
 
 std::string Device::machine() const {
   for (const char* path : {"/sys/class/dmi/id/product_name", "/proc/device-tree/model"})
-    if (auto product = firstLine(path)) return *product;
+    if (auto product = firstLine((root_ + path).c_str()); product && isFilledIn(*product)) return *product;
   return kernel().machine;
 }
 
 int64_t Device::bootTime() const {
   return leadingInteger(lineAfter("/proc/stat", "btime ").value_or(""));
+}
+
+UIDeviceOrientation Device::orientation() const {
+  const UIDeviceOrientation set = orientation_.value_or(0);
+  if (hasSensor_) return set;
+  auto* window = HostWindow::mappedWidget();
+  if (!window) {
+    const auto size = screen_.bounds().size;
+    return orientation_.value_or(size.height > size.width ? 1 : 0);
+  }
+  const bool isUpright = gtk_widget_get_height(window) >= gtk_widget_get_width(window);
+  if (isUpright) return set == 1 || set == 2 ? set : 1;
+  return set == 3 || set == 4 ? set : 4;
+}
+
+bool isPanelUpright(UIUserInterfaceIdiom idiom, const std::string& root) {
+  // Connectors of built-in displays; the first mode is the panel's own.
+  std::error_code absent;
+  for (const auto& entry : std::filesystem::directory_iterator(root + "/sys/class/drm", absent)) {
+    const std::string connector = entry.path().filename();
+    const bool isBuiltIn = connector.find("-eDP-") != std::string::npos ||
+                           connector.find("-DSI-") != std::string::npos ||
+                           connector.find("-LVDS-") != std::string::npos;
+    const auto mode = isBuiltIn ? firstLine((entry.path() / "modes").c_str()) : std::nullopt;
+    const size_t separator = mode ? mode->find('x') : std::string::npos;
+    if (separator != std::string::npos)
+      return leadingInteger(mode->substr(separator + 1)) > leadingInteger(*mode);
+  }
+  return idiom == UIUserInterfaceIdiom::Phone;
 }
 
 Screen::Screen() {
@@ -102,9 +177,14 @@ void Screen::read() {
   scale_ = gdk_monitor_get_scale_factor(monitor_);
 }
 
+void Screen::setSize(std::optional<CGSize> points) {
+  std::lock_guard lock(mutex_);
+  set_ = points;
+}
+
 CGRect Screen::bounds() const {
   std::lock_guard lock(mutex_);
-  return bounds_;
+  return set_ ? CGRect{{0, 0}, *set_} : bounds_;
 }
 
 double Screen::scale() const {

@@ -38,10 +38,8 @@ TransportOptions transportOptions(const Options& options) {
   return result;
 }
 
-// A window on an upright monitor counts as a device held upright; on any other nothing is known.
-UIDeviceOrientation orientationOf(const UIScreen& screen) {
-  const auto size = screen.bounds().size;
-  return size.height > size.width ? 1 : 0;
+AuthorizationStatus statusOf(bool granted) {
+  return granted ? AuthorizationStatusAuthorized : AuthorizationStatusNotDetermined;
 }
 
 }  // namespace
@@ -49,9 +47,17 @@ UIDeviceOrientation orientationOf(const UIScreen& screen) {
 GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
-      device_(orientationOf(screen_)),
+      application_(mainQueue_, options.opensOnlyAfterTouch, options.refusedToOpen),
+      device_(screen_),
+      orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
+                         [this](auto orientation) { device_.turned(orientation); }),
+      calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
+      photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
       webSession_(std::make_shared<WebSession>(options)),
-      urlSession_(transportOptions(options)) {}
+      media_(options.caFile),
+      urlSession_(transportOptions(options)) {
+  systemBus_.start();
+}
 
 GtkPlatform::~GtkPlatform() = default;
 
@@ -61,7 +67,9 @@ GtkPlatform* GtkPlatform::installed() {
 
 void GtkPlatform::stopThreads() {
   urlSession_.stop();
+  calendar_.stop();
   background_.stop();
+  systemBus_.stop();
 }
 
 std::shared_ptr<NSBundle> GtkPlatform::bundleWithIdentifier(const std::string& identifier) {
@@ -90,6 +98,29 @@ void uninstall() {
   if (!platform) return;
   platform->stopThreads();
   Platform::install(nullptr);
+}
+
+bool isTrackingAllowed() {
+  return AdvertisingFile().read().identifier.has_value();
+}
+
+void setTrackingAllowed(bool allowed) {
+  const AdvertisingFile file;
+  allowed ? file.allow() : file.deny();
+}
+
+void setCalendarAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->eventStore().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
+}
+
+void setPicturesAccess(Access access) {
+  if (auto* platform = GtkPlatform::installed())
+    platform->photoLibrary().setAuthorizationStatus(static_cast<AuthorizationStatus>(access));
+}
+
+void setScreenSize(std::optional<CGSize> points) {
+  if (auto* platform = GtkPlatform::installed()) platform->mainScreen().setSize(points);
 }
 
 void setInForeground(std::optional<bool> inForeground) {

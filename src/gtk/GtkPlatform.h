@@ -1,19 +1,28 @@
 // The Linux platform: each service of the seam by the system's own means. velto::gtk::install() makes it.
 #pragma once
 
-#include "velto/gtk/Absent.h"
+#include "velto/gtk/Advertising.h"
 #include "velto/gtk/Application.h"
+#include "velto/gtk/AudioSession.h"
 #include "velto/gtk/Background.h"
 #include "velto/gtk/Bundle.h"
+#include "velto/gtk/Calendar.h"
+#include "velto/gtk/Carrier.h"
 #include "velto/gtk/Clock.h"
 #include "velto/gtk/DefaultsStore.h"
 #include "velto/gtk/Device.h"
 #include "velto/gtk/Foreground.h"
 #include "velto/gtk/Locale.h"
+#include "velto/gtk/Location.h"
 #include "velto/gtk/MainQueue.h"
 #include "velto/gtk/NetworkInfo.h"
+#include "velto/gtk/OrientationSensor.h"
+#include "velto/gtk/Photos.h"
+#include "velto/gtk/Rotation.h"
+#include "velto/gtk/SystemBus.h"
 #include "velto/gtk/UrlSession.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/VideoPlayer.h"
 #include "velto/gtk/WebSession.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewPeer.h"
@@ -24,7 +33,7 @@
 namespace velto::gtk {
 
 // Made and destroyed on the main thread. Making it is cheap: what costs starts with its first use (file,
-// transport thread, web engine, network monitor).
+// transport thread, web engine), or on a thread of its own (services of the system bus).
 class GtkPlatform : public Platform {
  public:
   explicit GtkPlatform(const Options& options);
@@ -33,6 +42,8 @@ class GtkPlatform : public Platform {
   // The one installed, or null.
   static GtkPlatform* installed();
   Foreground& foreground() { return foreground_; }
+  const Rotation& rotation() const { return rotation_; }
+  SystemBus& systemBus() { return systemBus_; }
 
   // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
   // it.
@@ -44,18 +55,22 @@ class GtkPlatform : public Platform {
   NSURLSession& urlSession() override { return urlSession_; }
   NSBundle& mainBundle() override { return mainBundle_; }
   std::shared_ptr<NSBundle> bundleWithIdentifier(const std::string& identifier) override;
-  UIApplication& application() override { return application_; }
-  UIDevice& device() override { return device_; }
-  UIScreen& mainScreen() override { return screen_; }
+  Application& application() override { return application_; }
+  Device& device() override { return device_; }
+  Screen& mainScreen() override { return screen_; }
   NSLocale& currentLocale() override { return locale_; }
   NSTimeZone& localTimeZone() override { return timeZone_; }
   NetworkInformation& network() override { return network_; }
-  CTTelephonyNetworkInfo& telephony() override { return telephony_; }
+  CTTelephonyNetworkInfo& telephony() override { return carrier_; }
   CLLocationManager& location() override { return location_; }
-  ASIdentifierManager& identifierManager() override { return identifierManager_; }
-  ATTrackingManager& trackingManager() override { return trackingManager_; }
+  ASIdentifierManager& identifierManager() override { return advertising_; }
+  ATTrackingManager& trackingManager() override { return advertising_; }
   WKWebsiteDataStore& websiteDataStore() override;
   ViewSystem& views() override;
+  Calendar& eventStore() override { return calendar_; }
+  Photos& photoLibrary() override { return photos_; }
+  Media& media() override { return media_; }
+  AudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -64,22 +79,28 @@ class GtkPlatform : public Platform {
   DefaultsStore defaults_;
   ApplicationBundle mainBundle_;
   std::shared_ptr<LibraryBundle> libraryBundle_ = std::make_shared<LibraryBundle>();
-  Application application_{mainQueue_};
+  Application application_;
   Foreground foreground_{notificationCenter()};
+  Rotation rotation_{notificationCenter()};
   Screen screen_;
   Device device_;
   Locale locale_;
   TimeZone timeZone_;
   NetworkInfo network_{mainQueue_};
-  NoCarrier telephony_;
-  NoLocation location_;
-  NoAdvertisingIdentifier identifierManager_;
-  NoTracking trackingManager_;
+  Carrier carrier_;
+  Location location_;
+  OrientationSensor orientationSensor_;
+  Advertising advertising_;
+  Calendar calendar_;
+  Background background_;
+  Photos photos_;
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;
+  Media media_;
+  AudioSession audioSession_{mainQueue_};
   UrlSession urlSession_;
-  Background background_;
+  SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_}};
 };
 
 }  // namespace velto::gtk

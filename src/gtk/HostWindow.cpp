@@ -6,6 +6,7 @@
 #include "velto/gtk/Peer.h"
 #include "velto/gtk/ScreenPart.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/ui/UIViewControllerTransitioning.h"
 #include "velto/platform/ui/ViewChanges.h"
 
 #include <stdexcept>
@@ -14,6 +15,20 @@ namespace velto::gtk {
 namespace {
 
 constexpr char windowKey[] = "velto-host-window";
+
+// A window that takes another size, with what is to run once everything in it has its new frame.
+class SizeChange final : public UIViewControllerTransitionCoordinator {
+ public:
+  void animateAlongsideTransition(std::function<void()> animation) override {
+    animations_.push_back(std::move(animation));
+  }
+  void run() const {
+    for (const auto& animation : animations_) animation();
+  }
+
+ private:
+  std::vector<std::function<void()>> animations_;
+};
 
 // The overlay gives the root view's widget its place: always all of the content.
 class RootPeer final : public Peer {
@@ -53,6 +68,29 @@ GtkWidget* HostWindow::mappedWidget() {
     if (of(window) && gtk_widget_get_mapped(GTK_WIDGET(window.get()))) return GTK_WIDGET(window.get());
   }
   return nullptr;
+}
+
+void HostWindow::turnAll(bool onItsSide) {
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    if (auto* host = of(window)) host->turn(onItsSide);
+  }
+}
+
+// The content changes places of width and height; the frame around it stays as thick as it is.
+void HostWindow::turn(bool onItsSide) {
+  const bool fixed = !gtk_window_get_resizable(window_) || gtk_window_is_maximized(window_) ||
+                     gtk_window_is_fullscreen(window_);
+  if (fixed || !gtk_widget_get_mapped(GTK_WIDGET(window_))) return;
+  const int width = gtk_widget_get_width(overlay_);
+  const int height = gtk_widget_get_height(overlay_);
+  if (onItsSide ? width >= height : height >= width) return;
+  int windowWidth = -1, windowHeight = -1;
+  gtk_window_get_default_size(window_, &windowWidth, &windowHeight);
+  if (windowWidth <= 0) windowWidth = gtk_widget_get_width(GTK_WIDGET(window_));
+  if (windowHeight <= 0) windowHeight = gtk_widget_get_height(GTK_WIDGET(window_));
+  gtk_window_set_default_size(window_, windowWidth - width + height, windowHeight - height + width);
 }
 
 HostWindow::HostWindow(GtkWindow* window)
@@ -203,8 +241,16 @@ void HostWindow::followWidgets() {
   const auto controller = controller_;  // a delegate that hears of this may do anything
   const double width = gtk_widget_get_width(overlay_);
   const double height = gtk_widget_get_height(overlay_);
-  controller->view()->setFrame({{0, 0}, {width, height}});
+  const CGSize before = controller->view()->frame().size;
+  const CGSize after{width, height};
+  const bool changes = before != after && before.width > 0 && width > 0;
+  SizeChange change;
+  if (changes) controller->viewWillTransitionToSize(after, change);
+  controller->view()->setFrame({{0, 0}, after});
   for (const auto& hostView : hostViews_) hostView->follow();
+  if (!changes) return;
+  controller->view()->layoutIfNeeded();
+  change.run();
 }
 
 // --- host views ----------------------------------------------------------------------------------------

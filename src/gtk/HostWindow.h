@@ -22,6 +22,8 @@ class HostWindow {
   static HostWindow& make(GtkWindow* window);
   // A widget of some host window that is on the screen, or null: its frame clock drives animations.
   static GtkWidget* mappedWidget();
+  // All windows on the screen take the upright or the other form, where they can.
+  static void turnAll(bool onItsSide);
 
   HostWindow(const HostWindow&) = delete;
   HostWindow& operator=(const HostWindow&) = delete;
@@ -50,6 +52,7 @@ class HostWindow {
   bool isVisible() const;
   void insertOverlay();
   void followWidgets();
+  void turn(bool onItsSide);
   void forget(GtkWidget* widget);
 
   GtkWindow* window_;

@@ -64,6 +64,22 @@ std::string defaultRoute() {
   return best;
 }
 
+bool hasDefaultRoute6() {
+  constexpr unsigned isRouteUp = 1, isRejected = 0x200;  // RTF_UP, RTF_REJECT
+  std::ifstream table("/proc/net/ipv6_route");
+  for (std::string line; std::getline(table, line);) {
+    std::istringstream fields(line);
+    std::string destination, length, source, sourceLength, gateway, metric, references, use;
+    unsigned flags = 0;
+    fields >> destination >> length >> source >> sourceLength >> gateway >> metric >> references >> use >>
+        std::hex >> flags;
+    if (fields && length == "00" && destination.find_first_not_of('0') == std::string::npos &&
+        (flags & isRouteUp) && !(flags & isRejected))
+      return true;
+  }
+  return false;
+}
+
 bool isUsable(const ifaddrs& entry) {
   return (entry.ifa_flags & IFF_UP) && !(entry.ifa_flags & IFF_LOOPBACK);
 }
@@ -130,13 +146,8 @@ std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses() {
   return result;
 }
 
-bool hasNonLocalAddress() {
-  const Addresses list = readAddresses();
-  for (const auto* entry = list.get(); entry; entry = entry->ifa_next)
-    if (isUsable(*entry) && entry->ifa_addr && !isLinkLocal(*entry->ifa_addr) &&
-        !described(*entry).text.empty())
-      return true;
-  return false;
+bool hasDefaultRoute() {
+  return !defaultRoute().empty() || hasDefaultRoute6();
 }
 
 bool isDefaultRouteMobile() {

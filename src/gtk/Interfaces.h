@@ -14,8 +14,8 @@ namespace velto::gtk {
 // when the list cannot be read.
 std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses();
 
-// A first answer from the interfaces alone, for the time until the system's monitor has told its own.
-bool hasNonLocalAddress();
+// Whether packets for the internet have a way out, by IPv4 or IPv6.
+bool hasDefaultRoute();
 
 // Whether the default route goes through a mobile modem.
 bool isDefaultRouteMobile();

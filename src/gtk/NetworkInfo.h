@@ -1,19 +1,18 @@
-// Reachability by GLib's network monitor, and the addresses of this machine.
+// Reachability, and the addresses of this machine.
 #pragma once
 
+#include "velto/gtk/BusService.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Network.h"
 
 #include <memory>
-#include <mutex>
+#include <optional>
 
 namespace velto::gtk {
 
-// All targets share one state: what the system says of the way to the internet. The system's monitor may have
-// to ask other processes when it starts, so it is started by the first reachability object, in a turn of the
-// main queue of its own; until then the flags tell what the interfaces show. Made and destroyed on the main
-// thread.
-class NetworkInfo : public NetworkInformation {
+// All targets share one state: what NetworkManager says of the way to the internet, and where it is not
+// there, whether the kernel has a default route. Made and destroyed on the main thread.
+class NetworkInfo : public NetworkInformation, public BusService {
  public:
   explicit NetworkInfo(MainQueue& mainQueue);
   ~NetworkInfo() override;
@@ -25,13 +24,23 @@ class NetworkInfo : public NetworkInformation {
   std::optional<std::vector<NetworkInterfaceAddress>> interfaceAddresses() const override;
 
  private:
-  class Monitor;
+  class Flags;
   class Reachability;
-  std::shared_ptr<SCNetworkReachability> reachability();
 
-  MainQueue& mainQueue_;
-  std::once_flag started_;
-  std::shared_ptr<Monitor> monitor_;
+  void begun() override;
+  void ended() override;
+  void read() override;
+  void forget() override;
+  void appeared() override;
+  void heard(const std::string& path, const std::string& member, GVariant* parameters) override;
+  void update();
+  static gboolean onRoutesChanged(int socket, GIOCondition, gpointer info) noexcept;
+
+  std::shared_ptr<Flags> flags_;
+  // On the bus's thread only.
+  std::optional<uint32_t> managed_;  // flags by NetworkManager
+  int routes_ = -1;                  // the kernel tells of changes here
+  GSourceOwned routesChanged_;
 };
 
 }  // namespace velto::gtk

@@ -11,6 +11,23 @@ namespace {
 constexpr double tapRadius = 10;       // points that a finger or hand may slip within a tap
 constexpr double leastVisible = 0.01;  // a fainter view takes no touches, as on a phone
 
+std::optional<UIKey> keyOf(guint key) {
+  switch (key) {
+    case GDK_KEY_space:
+      return UIKey::Space;
+    case GDK_KEY_Left:
+      return UIKey::LeftArrow;
+    case GDK_KEY_Right:
+      return UIKey::RightArrow;
+    case GDK_KEY_Up:
+      return UIKey::UpArrow;
+    case GDK_KEY_Down:
+      return UIKey::DownArrow;
+    default:
+      return std::nullopt;
+  }
+}
+
 bool isTap(CGPoint from, CGPoint to) {
   return std::hypot(to.x - from.x, to.y - from.y) <= tapRadius;
 }
@@ -22,6 +39,7 @@ Peer::Peer(GtkAccessibleRole role) : widget_(GPtr<GtkWidget>::sink(newViewWidget
 Peer::~Peer() {
   // The widget may outlive this by the event that is under way.
   if (tap_) g_signal_handlers_disconnect_by_data(tap_, this);
+  modal_.reset();
   Peer::removeFromSuperview();
 }
 
@@ -68,6 +86,18 @@ void Peer::touchEnded(GtkGestureClick*, int, double x, double y, Peer* self) noe
                          {static_cast<double>(gtk_widget_get_width(self->widget_)),
                           static_cast<double>(gtk_widget_get_height(self->widget_))}};
   if (pressed && isTap(*pressed, {x, y}) && bounds.contains({x, y})) self->owner_->peerTapped({x, y});
+}
+
+void Peer::setModal(bool modal) {
+  modal_.reset();
+  setViewTarget(widget_, modal ? ViewTarget::Always : ViewTarget::WhenPainted);
+  if (!modal) return;
+  modal_ = std::make_unique<ModalFocus>(
+      widget_, [this] { owner_->peerEscaped(); },
+      [this](guint key) {
+        const auto known = keyOf(key);
+        return known && owner_->peerKeyPressed(*known);
+      });
 }
 
 void Peer::insertSubview(ViewPeer& child, size_t index) {

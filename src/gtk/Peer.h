@@ -2,10 +2,12 @@
 // view's peers. Made by the view system, owned by its UIView; main thread only.
 #pragma once
 
+#include "velto/gtk/ModalFocus.h"
 #include "velto/gtk/ViewWidget.h"
 #include "velto/platform/ViewPeer.h"
 #include "velto/platform/foundation/GMemory.h"
 
+#include <memory>
 #include <optional>
 
 namespace velto::gtk {
@@ -22,6 +24,7 @@ class Peer : public virtual ViewPeer {
   void setHidden(bool hidden) override;
   void setBackgroundColor(const UIColor& color) override;
   void setTouchable(bool touchable) override;
+  void setModal(bool modal) override;
   void insertSubview(ViewPeer& child, size_t index) override;
   void removeFromSuperview() override;
 
@@ -36,7 +39,8 @@ class Peer : public virtual ViewPeer {
   static void touchEnded(GtkGestureClick*, int presses, double x, double y, Peer* self) noexcept;
 
   GPtr<GtkWidget> widget_;
-  GtkGesture* tap_ = nullptr;       // the widget's
+  GtkGesture* tap_ = nullptr;  // the widget's
+  std::unique_ptr<ModalFocus> modal_;
   std::optional<CGPoint> pressed_;  // where the touch began, while it lasts
 };
 

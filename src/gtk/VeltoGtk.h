@@ -14,12 +14,14 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace velto {
+struct CGSize;
 class UIView;
 class UIViewController;
 }  // namespace velto
@@ -47,6 +49,14 @@ struct Options {
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
+  // An ad may open an address outside the application, such as its shop, only within two seconds after a
+  // person touched that ad. Each address that was not opened for this reason is told to the second (may be
+  // empty).
+  bool opensOnlyAfterTouch = true;
+  std::function<void(const std::string& address)> refusedToOpen = {};
+  // What setCalendarAccess() and setPicturesAccess() say below, from the start: allowed, or not determined.
+  bool mayAddCalendarEvents = false;
+  bool mayStorePictures = false;
 };
 
 // Throws std::invalid_argument without an identifier. A second call replaces the platform: only for tests.
@@ -64,10 +74,29 @@ std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
 // it is destroyed. Its window must have a host view controller already.
 std::shared_ptr<UIView> hostView(GtkWidget* widget);
 
+// The screen that the library tells of, in points, instead of the monitor: for an application that has a part
+// of a large display for itself. Nothing: the monitor again. Main thread.
+void setScreenSize(std::optional<CGSize> points);
+
 // Whether a person uses the application now. The library takes it from the windows with a host view
 // controller: when all of them are hidden, minimised or destroyed, it sends nothing that can wait. An
 // application that knows better (it plays on in the background, or its ads are one window of many) says so
 // here; nothing: the windows count again. Main thread.
 void setInForeground(std::optional<bool> inForeground);
+
+// Whether ads may add events to the user's calendar, and pictures to the user's pictures folder. The
+// application asks the user, keeps the answer, and tells it after each install(); the library never asks. The
+// numbers are the platform's. Main thread.
+enum class Access { NotDetermined = 0, Denied = 2, Allowed = 3 };
+void setCalendarAccess(Access access);
+void setPicturesAccess(Access access);
+
+// Whether this user lets applications be told apart for advertisers by an identifier, which is made when the
+// answer is yes and forgotten when it is no. It holds for all applications of the user, at once, and nobody
+// is tracked before the user was asked: by the application's own consent screen through these two, or by the
+// command velto-adid. Any thread, also without the platform. Setting throws std::runtime_error when the
+// user's configuration folder cannot be written.
+bool isTrackingAllowed();
+void setTrackingAllowed(bool allowed);
 
 }  // namespace velto::gtk

@@ -55,12 +55,12 @@ std::string escaped(const std::string& address) {
   return text;
 }
 
+}  // namespace
+
 std::optional<NSURL> urlFrom(const std::string& address) {
   auto url = NSURL::URLWithString(address);
   return url ? url : NSURL::URLWithString(escaped(address));
 }
-
-}  // namespace
 
 std::string addressOf(WebKitNavigationAction* action) {
   const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));

@@ -13,6 +13,9 @@ namespace velto::gtk {
 // script clicks is like any other navigation that a script starts.
 WKNavigationAction navigationAction(WebKitNavigationAction* action);
 
+// An address of a page, with characters that only engines let pass escaped; nothing when it is none even so.
+std::optional<NSURL> urlFrom(const std::string& address);
+
 // Whether the engine can load such an address at all. With any other it would put an error in the ad's place.
 bool isLoadable(const std::string& address);
 // Local files are nobody's business in an ad.

@@ -1,6 +1,7 @@
 // The web view: loads, navigation decisions and load events.
 #include "velto/gtk/WebView.h"
 
+#include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/WebGuards.h"
 #include "velto/gtk/WebNavigation.h"
 #include "velto/platform/ui/WKWebView.h"
@@ -12,20 +13,13 @@ namespace {
 
 constexpr char emptyAddress[] = "about:blank";  // what a document without base has
 
+// What a page's scripts send commands with: an address as a message, which keeps its place among others and
+// needs no leave of the page's content security policy.
+constexpr char messageHandler[] = "veltoNavigation";
+constexpr char messageSignal[] = "script-message-received::veltoNavigation";
+
 // Only the page as a whole stands still: its own scrolling boxes go on, and so do its scripts' scrollTo().
 constexpr char noScrollingStyle[] = ":root { overflow: hidden !important; }";
-
-void addUserScript(WebKitUserContentManager* manager, const WKUserScript& script) {
-  // No list of allowed addresses: one of http and https would leave the document without base out.
-  const GOwned<WebKitUserScript, webkit_user_script_unref> made(webkit_user_script_new(
-      script.source.c_str(),
-      script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-      script.injectionTime == WKUserScriptInjectionTime::AtDocumentStart
-          ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
-          : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
-      nullptr, nullptr));
-  webkit_user_content_manager_add_script(manager, made.get());
-}
 
 // An address as the engine will ask about it: lower case, dots resolved.
 std::string engineSpelling(const std::string& address) {
@@ -45,10 +39,21 @@ bool isNoFailure(const GError& error) {
 }  // namespace
 
 WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
-    : engine_(std::move(engine)), scripts_(std::make_shared<PageScripts>(engine_.view)) {
+    : engine_(std::move(engine)),
+      scripts_(std::make_shared<PageScripts>(engine_.view)),
+      commands_(std::make_shared<CommandQueue>(
+          [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })) {
   auto* view = engine_.view.get();
   guardWebView(view);
   configure(configuration);
+  auto* manager = webkit_web_view_get_user_content_manager(view);
+  g_signal_connect(manager, messageSignal, G_CALLBACK(messageReceived), this);
+  webkit_user_content_manager_register_script_message_handler(manager, messageHandler, nullptr);
+  // On the engine's own widget: what lies above it, such as a close button, is not the page.
+  touches_ = gtk_event_controller_legacy_new();
+  gtk_event_controller_set_propagation_phase(touches_, GTK_PHASE_CAPTURE);
+  g_signal_connect(touches_, "event", G_CALLBACK(touched), this);
+  gtk_widget_add_controller(GTK_WIDGET(view), touches_);
   g_signal_connect(view, "decide-policy", G_CALLBACK(decidePolicy), this);
   g_signal_connect(view, "create", G_CALLBACK(createView), this);
   g_signal_connect(view, "load-changed", G_CALLBACK(loadChanged), this);
@@ -59,6 +64,12 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
 }
 
 WebView::~WebView() {
+  commands_->close();
+  auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
+  webkit_user_content_manager_unregister_script_message_handler(manager, messageHandler, nullptr);
+  g_signal_handlers_disconnect_by_data(manager, this);
+  g_signal_handlers_disconnect_by_data(touches_, this);
+  gtk_widget_remove_controller(GTK_WIDGET(engine_.view.get()), touches_);
   g_signal_handlers_disconnect_by_data(engine_.view, this);
   if (gtk_widget_get_parent(GTK_WIDGET(engine_.view.get())))
     gtk_widget_unparent(GTK_WIDGET(engine_.view.get()));
@@ -73,10 +84,21 @@ void WebView::configure(const WKWebViewConfiguration& configuration) {
   webkit_settings_set_media_playback_allows_inline(settings, configuration.allowsInlineMediaPlayback);
   policies_ = GPtr<WebKitWebsitePolicies>::adopt(webkit_website_policies_new_with_policies(
       "autoplay", playsByItself ? WEBKIT_AUTOPLAY_ALLOW : WEBKIT_AUTOPLAY_DENY, nullptr));
-  auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
-  for (const auto& script : configuration.userContentController.userScripts) addUserScript(manager, script);
+  for (const auto& script : configuration.userContentController.userScripts) addUserScript(script);
   const GdkRGBA clear = {0, 0, 0, 0};  // the view's own background is the widget's to paint
   webkit_web_view_set_background_color(engine_.view, &clear);
+}
+
+void WebView::addUserScript(const WKUserScript& script) {
+  // No list of allowed addresses: one of http and https would leave the document without base out.
+  const GOwned<WebKitUserScript, webkit_user_script_unref> made(webkit_user_script_new(
+      script.source.c_str(),
+      script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+      script.injectionTime == WKUserScriptInjectionTime::AtDocumentStart
+          ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
+          : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
+      nullptr, nullptr));
+  webkit_user_content_manager_add_script(webkit_web_view_get_user_content_manager(engine_.view), made.get());
 }
 
 bool WebView::canShareProcess() const {
@@ -128,6 +150,7 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       self->load_ = Load::Started;
       break;
     case WEBKIT_LOAD_COMMITTED:
+      self->commands_->clear();
       self->scripts_->documentChanged();
       self->engine_.process->pageArrived();
       break;
@@ -195,10 +218,12 @@ void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow)
   const std::string address = addressOf(described);
   const WKNavigationAction action = navigationAction(described);
   const auto view = owner();
-  const bool allowed =
-      isOwnNavigation(action, address) ||
-      (!isFile(address) && view->peerDecidePolicy(action) == WKNavigationActionPolicy::Allow &&
-       isLoadable(address));
+  if (!isFile(address) && !isLoadable(address)) {
+    webkit_policy_decision_ignore(decision);
+    return command(action);
+  }
+  const bool allowed = isOwnNavigation(action, address) ||
+                       (!isFile(address) && ask(action, wasTouched()) == WKNavigationActionPolicy::Allow);
   // If the delegate has removed it, a load now would only leave a process behind.
   const bool removed = view.use_count() == 1;
   if (allowed && !inNewWindow && !removed) {
@@ -225,9 +250,57 @@ bool WebView::isOwnNavigation(const WKNavigationAction& action, const std::strin
 // window.open() asks here only. The delegate hears of it, since it may be a command; a window there is never.
 GtkWidget* WebView::createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept {
   const std::string address = addressOf(action);
-  if (!isFile(address))
-    self->owner()->peerDecidePolicy({navigationAction(action).requestURL, WKNavigationType::Other});
+  const auto view = self->owner();
+  const WKNavigationAction other{navigationAction(action).requestURL, WKNavigationType::Other};
+  if (!isLoadable(address) && !isFile(address))
+    self->command(other);
+  else if (!isFile(address))
+    self->ask(other, self->wasTouched());
   return nullptr;
+}
+
+// --- commands --------------------------------------------------------------------------------------------
+
+// Addresses that no engine loads say something to the library, and nothing else comes of them.
+void WebView::command(const WKNavigationAction& action) {
+  const auto view = owner();
+  commands_->add({action, wasTouched()});
+}
+
+void WebView::messageReceived(WebKitUserContentManager*, JSCValue* message, WebView* self) noexcept {
+  const auto view = self->owner();
+  const GText text(jsc_value_is_string(message) ? jsc_value_to_string(message) : nullptr);
+  if (!text) return;
+  const std::string address = text.get();
+  if (!isLoadable(address) && !isFile(address)) self->command({urlFrom(address), WKNavigationType::Other});
+}
+
+WKNavigationActionPolicy WebView::ask(const WKNavigationAction& action, bool mayOpen) {
+  const auto view = owner();
+  auto* platform = GtkPlatform::installed();
+  if (!platform) return WKNavigationActionPolicy::Cancel;
+  const TouchGuard::Acting acting(platform->application().touchGuard(), mayOpen);
+  return view->peerDecidePolicy(action);
+}
+
+gboolean WebView::touched(GtkEventController*, GdkEvent* event, WebView* self) noexcept {
+  switch (gdk_event_get_event_type(event)) {
+    case GDK_BUTTON_PRESS:
+    case GDK_BUTTON_RELEASE:
+    case GDK_TOUCH_BEGIN:
+    case GDK_TOUCH_END:
+    case GDK_KEY_PRESS:
+      self->lastTouch_ = g_get_monotonic_time();
+      break;
+    default:
+      break;
+  }
+  return FALSE;
+}
+
+bool WebView::wasTouched() const {
+  using std::chrono::microseconds;
+  return lastTouch_ && microseconds(g_get_monotonic_time() - *lastTouch_) <= TouchGuard::lasts;
 }
 
 }  // namespace velto::gtk

@@ -3,6 +3,7 @@
 // statements, WebGuards.h for what a page may not.
 #pragma once
 
+#include "velto/gtk/CommandQueue.h"
 #include "velto/gtk/PageScripts.h"
 #include "velto/gtk/Peer.h"
 #include "velto/gtk/WebProcesses.h"
@@ -17,6 +18,7 @@ namespace velto {
 class WKWebView;
 struct WKNavigationAction;
 struct WKWebViewConfiguration;
+enum class WKNavigationActionPolicy;
 }  // namespace velto
 
 namespace velto::gtk {
@@ -26,6 +28,7 @@ class WebView final : public Peer, public WebViewPeer {
   WebView(Engine engine, const WKWebViewConfiguration& configuration);
   ~WebView() override;
 
+  void addUserScript(const WKUserScript& script) override;
   void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) override;
   void evaluateJavaScript(const std::string& script, PageScripts::Completion completion) override;
   void setScrollBehavior(const ScrollBehavior& behavior) override;
@@ -49,7 +52,13 @@ class WebView final : public Peer, public WebViewPeer {
   static void processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
                                 WebView* self) noexcept;
 
+  static void messageReceived(WebKitUserContentManager*, JSCValue* message, WebView* self) noexcept;
+  static gboolean touched(GtkEventController*, GdkEvent* event, WebView* self) noexcept;
+
   void configure(const WKWebViewConfiguration& configuration);
+  void command(const WKNavigationAction& action);
+  bool wasTouched() const;
+  WKNavigationActionPolicy ask(const WKNavigationAction& action, bool mayOpen);
   void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
   bool isOwnNavigation(const WKNavigationAction& action, const std::string& address);
   void fail(const NSError& error);
@@ -59,6 +68,9 @@ class WebView final : public Peer, public WebViewPeer {
   std::shared_ptr<PageScripts> scripts_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
+  std::shared_ptr<CommandQueue> commands_;
+  GtkEventController* touches_ = nullptr;  // the engine view's
+  std::optional<gint64> lastTouch_;        // monotonic, microseconds
   Load load_ = Load::None;
   std::vector<std::string> ownNavigations_;  // told to the engine, not yet asked about
 };

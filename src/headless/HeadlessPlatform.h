@@ -4,9 +4,12 @@
 
 #include "velto/headless/MemoryBundle.h"
 #include "velto/headless/MemoryDefaults.h"
+#include "velto/headless/MemoryLibrary.h"
 #include "velto/headless/MemoryWebsiteData.h"
 #include "velto/headless/ScriptedApplication.h"
+#include "velto/headless/ScriptedAudioSession.h"
 #include "velto/headless/ScriptedDevice.h"
+#include "velto/headless/ScriptedMedia.h"
 #include "velto/headless/ScriptedNetwork.h"
 #include "velto/headless/ScriptedURLSession.h"
 #include "velto/headless/ScriptedViewSystem.h"
@@ -52,6 +55,10 @@ class Platform : public velto::Platform {
   ScriptedAdvertising& trackingManager() override { return advertising_; }
   MemoryWebsiteData& websiteDataStore() override { return websiteData_; }
   ScriptedViewSystem& views() override { return views_; }
+  MemoryEventStore& eventStore() override { return eventStore_; }
+  MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
+  ScriptedMedia& media() override { return media_; }
+  ScriptedAudioSession& audioSession() override { return audioSession_; }
   void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
 
  private:
@@ -73,8 +80,12 @@ class Platform : public velto::Platform {
   ScriptedNetwork network_{queue_};
   ScriptedApplication application_{queue_};
   MemoryWebsiteData websiteData_{queue_};
+  MemoryEventStore eventStore_{queue_};
+  MemoryPhotoLibrary photoLibrary_{queue_};
   ScriptedURLSession session_{queue_};
   ScriptedViewSystem views_{queue_};
+  ScriptedMedia media_{queue_};
+  ScriptedAudioSession audioSession_{queue_};
 };
 
 }  // namespace velto::headless

@@ -1,6 +1,7 @@
 // The window: a root view, and touches that find their way down from it.
 #include "velto/headless/HostWindow.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace velto::headless {
@@ -68,6 +69,30 @@ void HostWindow::tap(CGPoint point) {
   if (path.back().view->isControl()) return path.back().view->peerTapped(path.back().point);
   for (auto touched = path.rbegin(); touched != path.rend(); ++touched)
     if (RecordingViewPeer::of(*touched->view).isTouchable()) touched->view->peerTapped(touched->point);
+}
+
+UIView* HostWindow::topmostModal() const {
+  if (!view().isInWindow()) return nullptr;
+  const auto& subviews = view().subviews();
+  const auto modal = std::find_if(subviews.rbegin(), subviews.rend(), [](const auto& subview) {
+    return RecordingViewPeer::of(*subview).isModal();
+  });
+  return modal == subviews.rend() ? nullptr : modal->get();
+}
+
+bool HostWindow::pressEscape() {
+  auto* modal = topmostModal();
+  if (!modal) return false;
+  const auto alive = modal->shared_from_this();
+  modal->peerEscaped();
+  return true;
+}
+
+bool HostWindow::pressKey(UIKey key) {
+  auto* modal = topmostModal();
+  if (!modal) return false;
+  const auto alive = modal->shared_from_this();
+  return modal->peerKeyPressed(key);
 }
 
 WKNavigationActionPolicy HostWindow::tapLink(RecordingWebView& webView, const std::string& url) {

@@ -33,12 +33,20 @@ class HostWindow {
   // nothing happens.
   void tap(CGPoint point);
 
-  // The same in the middle of a web view, where the page has a link to that URL: the tap, then the
+  // Escape on a keyboard: goes to the topmost modal view, such as a shown interstitial. Whether there was
+  // one.
+  bool pressEscape();
+  // Another key: goes there too, unless the page takes it. Whether it meant something.
+  bool pressKey(UIKey key);
+
+  // A tap in the middle of a web view, where the page has a link to that URL: the tap, then the
   // navigation, unless the tap took the view away. Returns what the engine was told to do with the navigation
   // (cancel for a view that went).
   WKNavigationActionPolicy tapLink(RecordingWebView& webView, const std::string& url);
 
  private:
+  UIView* topmostModal() const;
+
   std::shared_ptr<UIViewController> controller_;
 };
 

@@ -50,6 +50,11 @@ void RecordingViewPeer::setTouchable(bool touchable) {
   touchable_ = touchable;
 }
 
+void RecordingViewPeer::setModal(bool modal) {
+  queue_->requireMain("ViewPeer::setModal");
+  modal_ = modal;
+}
+
 void RecordingViewPeer::insertSubview(ViewPeer& child, size_t index) {
   queue_->requireMain("ViewPeer::insertSubview");
   auto& added = dynamic_cast<RecordingViewPeer&>(child);

@@ -25,6 +25,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   bool isHidden() const { return hidden_; }
   const UIColor& backgroundColor() const { return backgroundColor_; }
   bool isTouchable() const { return touchable_; }
+  bool isModal() const { return modal_; }
   RecordingViewPeer* superview() const { return superview_; }
   const std::vector<RecordingViewPeer*>& subviews() const { return subviews_; }  // painted first to last
   UIView* owner() const { return owner_; }
@@ -34,6 +35,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   void setHidden(bool hidden) override;
   void setBackgroundColor(const UIColor& color) override;
   void setTouchable(bool touchable) override;
+  void setModal(bool modal) override;
   void insertSubview(ViewPeer& child, size_t index) override;
   void removeFromSuperview() override;
   WindowSight windowSight() const override { return sight_; }
@@ -51,6 +53,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   bool hidden_ = false;
   UIColor backgroundColor_;
   bool touchable_ = false;
+  bool modal_ = false;
   WindowSight sight_;
   RecordingViewPeer* superview_ = nullptr;
   std::vector<RecordingViewPeer*> subviews_;

@@ -48,6 +48,11 @@ void RecordingWebView::fail(const NSError& error) {
   webView().peerDidFailNavigation(error);
 }
 
+void RecordingWebView::addUserScript(const WKUserScript& script) {
+  queue().requireMain("WebViewPeer::addUserScript");
+  configuration_.userContentController.addUserScript(script);
+}
+
 void RecordingWebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
   queue().requireMain("WebViewPeer::loadHTMLString");
   loads_.push_back({html, baseURL});

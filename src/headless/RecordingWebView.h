@@ -49,6 +49,7 @@ class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
   // order.
   void answerScripts(ScriptAnswers answers) { answers_ = std::move(answers); }
 
+  void addUserScript(const WKUserScript& script) override;
   void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) override;
   void evaluateJavaScript(
       const std::string& script,

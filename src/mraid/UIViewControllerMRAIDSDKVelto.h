@@ -1,7 +1,9 @@
 // Rich-media (MRAID) operations of a controller that shows ads: what its page asks for, and what its page is
-// told. Main thread.
+// told. A mixin of the working controllers; main thread. Commands of the page stand in
+// UIViewControllerMRAIDCommands.cpp.
 #pragma once
 
+#include "velto/mraid/VeltoMRAIDAction.h"
 #include "velto/mraid/VeltoMRAIDHandler.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/foundation/NSURL.h"
@@ -9,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace velto {
@@ -18,7 +21,6 @@ class UIViewController;
 class UIViewControllerTransitionCoordinator;
 class WKWebView;
 
-// Pages are not spoken to yet: the operations are called where they will be needed and change nothing so far.
 class UIViewControllerMRAIDSDKVelto {
  public:
   using Handler = std::shared_ptr<VeltoMRAIDHandler>;
@@ -27,27 +29,33 @@ class UIViewControllerMRAIDSDKVelto {
 
   virtual ~UIViewControllerMRAIDSDKVelto() = default;
 
-  static std::string htmlForAvoidLoadMRAIDLocalScript(std::string html) { return html; }
-  static std::string MRAIDJs() { return {}; }
+  // The markup without its own script tags for the page script, and that script.
+  static std::string htmlForAvoidLoadMRAIDLocalScript(std::string html);
+  static const std::string& MRAIDJs();
 
-  void mraidReady(const WebView& /*webView*/, bool /*forcedPlacement*/, CGSize /*maxSize*/, const Handler&) {}
-  void mraidViewWillTransitionWithCoordinator(UIViewControllerTransitionCoordinator& /*coordinator*/,
-                                              const std::shared_ptr<UIView>& /*viewAd*/,
-                                              const std::shared_ptr<UIViewController>& /*vc*/,
-                                              const WebView& /*wkWebView*/, const Handler&) {}
-  std::shared_ptr<VeltoCloseButton> mraidExpandFor(const WebView&, const std::shared_ptr<UIView>& /*viewAd*/,
-                                                   const std::shared_ptr<UIViewController>& /*vc*/,
-                                                   const CloseButton& /*closeButtonConfiguration*/,
-                                                   std::function<void()> /*action*/, const Handler&) {
-    return nullptr;
-  }
-  void mraidIsViewable(bool /*viewable*/, const WebView& /*wkWebView*/, const Handler&) {}
-  void mraidCloseExpandFor(const WebView&, const CGRect& /*frame*/, const Handler&) {}
-  void mraidResizeFor(const WebView&, const CGRect& /*frame*/, const Handler&) {}
-  void mraidCloseResizeFor(const WebView&, const CGRect& /*frame*/, const Handler&) {}
-  void mraidHandleAction(const NSURL& /*url*/, WKWebView& /*wkWebView*/) {}
+  // Telling the page. A missing handler changes nothing, a missing web view only the handler.
+  void mraidReady(const WebView& webView, bool forcedPlacement, CGSize maxSize, const Handler& handler);
+  // The page hears of its new size beside the animation, if it is expanded.
+  void mraidViewWillTransitionWithCoordinator(UIViewControllerTransitionCoordinator& coordinator,
+                                              const std::shared_ptr<UIView>& viewAd,
+                                              const std::shared_ptr<UIViewController>& vc,
+                                              const WebView& wkWebView, const Handler& handler);
+  // The button that was added, or null without a configuration.
+  std::shared_ptr<VeltoCloseButton> mraidExpandFor(const WebView& webView,
+                                                   const std::shared_ptr<UIView>& viewAd,
+                                                   const std::shared_ptr<UIViewController>& vc,
+                                                   const CloseButton& closeButtonConfiguration,
+                                                   std::function<void()> action, const Handler& handler);
+  void mraidIsViewable(bool viewable, const WebView& wkWebView, const Handler& handler);
+  void mraidCloseExpandFor(const WebView& webView, const CGRect& frame, const Handler& handler);
+  void mraidResizeFor(const WebView& webView, const CGRect& frame, const Handler& handler);
+  void mraidCloseResizeFor(const WebView& webView, const CGRect& frame, const Handler& handler);
+  static void mraidAudioVolumeChange(const WebView& webView, float volumePercentage);  // 0 … 1
 
-  // What a controller does for its page; one that does not, leaves it.
+  // Carries a command URL out; nothing without a handler.
+  void mraidHandleAction(const NSURL& url, WKWebView& wkWebView);
+
+  // What a controller does for its page.
   virtual std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() { return nullptr; }
   virtual CGRect veltoMRAIDGetFullscreenFrame() { return {}; }
   virtual void veltoMRAIDRemoveCloseCustomButton() {}
@@ -58,9 +66,33 @@ class UIViewControllerMRAIDSDKVelto {
   virtual void veltoMRAIDExpand(const std::optional<std::string>& /*secondPartURL*/,
                                 const CloseButton& /*btnCloseConfiguration*/) {}
   virtual void veltoMRAIDCloseExpand() {}
+  virtual void veltoMRAIDCloseInterstitial() {}
+  virtual void playVideoAt(const NSURL& /*url*/) {}
+
+  // Whether it does the operation. Without the first two the commands of that name are refused; without the
+  // third, resizes that may leave the screen are.
+  enum class Operation { Expand, Resize, GetFullscreenFrame };
+  virtual bool respondsTo(Operation) const { return true; }
 
  protected:
   virtual UIViewController& viewController() = 0;
+
+ private:
+  void _open(const VeltoMRAIDAction& action);
+  void _playVideo(const VeltoMRAIDAction& action);
+  void _unload();
+  void _close(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler, const WebView& wkWebView);
+  void _closeInterstitial(VeltoMRAIDHandler& handler, const WebView& wkWebView);
+  void _closeExpand();
+  void _closeResize();
+  void _expand(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler, const WebView& wkWebView);
+  void _resize(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler, const WebView& wkWebView);
+  void _setOrientationProperties(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
+  void _setExpandProperties(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
+  void _setResizeProperties(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
+  void _setCurrentAppOrientation(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
+  void _storePicture(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
+  void _storeCalendarEvent(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler);
 };
 
 }  // namespace velto

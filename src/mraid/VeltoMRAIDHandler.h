@@ -1,21 +1,72 @@
-// The rich-media state of one displayed ad. Main thread.
+// The rich-media state of one displayed ad: where it stands, what its page has asked for, the orientations
+// that it allows. It guards no transition, the controller decides what is allowed; it tells the page of each.
+// Owned by its ad and, while that is shown, by the controller. Main thread.
 #pragma once
 
 #include "velto/mraid/VeltoMRAIDProperties.h"
 
 #include <cstdint>
 #include <memory>
-#include <optional>
+#include <string>
 
 namespace velto {
 
-// Only what the controllers read of a handler stands here so far; the state machine behind it does not.
+class EKEventStore;
+struct EKEvent;
+class VeltoMRAIDPropertyCalendarEvent;
+class WKWebView;
+
 class VeltoMRAIDHandler {
  public:
-  static std::shared_ptr<VeltoMRAIDHandler> handler() { return std::make_shared<VeltoMRAIDHandler>(); }
+  using WebView = std::shared_ptr<WKWebView>;
 
-  uint64_t orientationMask = 30;  // orientations that the ad allows
-  VeltoMRAIDPropertyOrientation orientationProperty;
+  // Posts the lock notification, with all orientations.
+  static std::shared_ptr<VeltoMRAIDHandler> handler();
+  VeltoMRAIDHandler(const VeltoMRAIDHandler&) = delete;
+  VeltoMRAIDHandler& operator=(const VeltoMRAIDHandler&) = delete;
+  ~VeltoMRAIDHandler();
+
+  bool isViewable = false;
+  std::string state = MRAIDState[0];
+  MRAIDText placementType = MRAIDText::entry(MRAIDPlacementType[0]);
+  int64_t orientation = 0;        // that the ad forces: 0 none, 1 portrait, 4 landscape
+  uint64_t orientationMask = 30;  // that the ad allows: 30 all, 2 portrait only, 16 landscape only
+  std::shared_ptr<VeltoMRAIDPropertyExpand> expandProperty;
+  std::shared_ptr<VeltoMRAIDPropertyResize> resizeProperty;
+  std::shared_ptr<VeltoMRAIDPropertyCurrentAppOrientation> currentAppOrientation;
+  CGRect rect;  // for the controller's use
+
+  const VeltoMRAIDPropertyOrientation& orientationProperty() const { return *orientationProperty_; }
+  // Computes the lock anew and posts it.
+  void setOrientationProperty(std::shared_ptr<VeltoMRAIDPropertyOrientation> property);
+
+  void readyInlinePlacementType(const WebView& webView, CGSize maxSize);
+  void readyInterstitialPlacementType(const WebView& webView, CGSize maxSize);
+  void setIsViewable(bool viewable, const WebView& wkWebView);
+  void expand(const WebView& webView, const CGRect& frame);
+  void closeExpand(const WebView& webView, const CGRect& frame);
+  void resize(const WebView& webView, const CGRect& frame, bool notify);
+  void closeResize(const WebView& webView, const CGRect& frame);
+  void closeInterstitial(const WebView& webView);
+  void changeOrientation(const WebView& webView, CGSize size);
+
+  // Each only with access granted before; nobody hears how it went.
+  void downloadImageContent(const std::string& url);
+  void storeCalendarEvent(const VeltoMRAIDPropertyCalendarEvent& event) { _storeCalendarEvent(event); }
+
+ private:
+  VeltoMRAIDHandler() = default;
+  void _ready(const WebView& webView, CGSize maxSize, const char* placementType);
+  void _updateOrientation();
+  static void postLock(uint64_t mask);
+  static void _resetOrientationLock();
+  static void _storeCalendarEvent(const VeltoMRAIDPropertyCalendarEvent& property);
+  static void _handleCalendarRecurrence(const VeltoMRAIDPropertyCalendarEvent& property, EKEventStore& store,
+                                        EKEvent& event);
+  static void _handleCalendarReminder(const VeltoMRAIDPropertyCalendarEvent& property, EKEventStore& store,
+                                      EKEvent& event);
+
+  std::shared_ptr<VeltoMRAIDPropertyOrientation> orientationProperty_;
 };
 
 }  // namespace velto

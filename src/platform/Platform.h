@@ -17,16 +17,20 @@ namespace velto {
 
 class ASIdentifierManager;
 class ATTrackingManager;
+class AVAudioSession;
 class CLLocationManager;
 class CTTelephonyNetworkInfo;
 class Clock;
+class EKEventStore;
 class MainQueue;
+class MediaSystem;
 class NSBundle;
 class NSLocale;
 class NSTimeZone;
 class NSURLSession;
 class NSUserDefaults;
 class NetworkInformation;
+class PHPhotoLibrary;
 class UIApplication;
 class UIDevice;
 class UIScreen;
@@ -69,6 +73,10 @@ class Platform {
   virtual ATTrackingManager& trackingManager() = 0;
   virtual WKWebsiteDataStore& websiteDataStore() = 0;
   virtual ViewSystem& views() = 0;
+  virtual EKEventStore& eventStore() = 0;
+  virtual PHPhotoLibrary& photoLibrary() = 0;
+  virtual MediaSystem& media() = 0;
+  virtual AVAudioSession& audioSession() = 0;
 
   // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform
   // goes is destroyed undone; what is being done is waited for. Any thread.

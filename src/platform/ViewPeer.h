@@ -25,7 +25,11 @@ namespace velto {
 
 class UIView;
 class WKWebView;
+struct WKUserScript;
 struct WKWebViewConfiguration;
+
+// Keys that mean something to what is presented over a window.
+enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow };
 
 class ViewPeer {
  public:
@@ -41,6 +45,12 @@ class ViewPeer {
   virtual void setBackgroundColor(const UIColor& color) = 0;
   virtual void setTouchable(
       bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
+
+  // While it is on, this view, which lies over all others of its window, has the keyboard: the focus goes
+  // into it, cannot leave it, and goes back where it was when it ends; Escape is reported to it
+  // (UIView::peerEscaped()), and so are the keys above where nothing inside takes them
+  // (UIView::peerKeyPressed()). Several may be on; the last one counts.
+  virtual void setModal(bool modal) = 0;
 
   // `index` counts among this view's children, 0 is painted first. The child is in no other view.
   virtual void insertSubview(ViewPeer& child, size_t index) = 0;
@@ -95,6 +105,12 @@ class WebViewPeer : public virtual ViewPeer {
   // Replaces the page. Without base URL the document has an origin of its own. Ends with
   // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
   virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
+
+  // A page may also send an address as a message to window.webkit.messageHandlers.veltoNavigation, where the
+  // platform offers that: it is reported like a navigation that a script began.
+
+  // One more script for the documents that are loaded from now on, once in each.
+  virtual void addUserScript(const WKUserScript& script) = 0;
 
   // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion
   // (may be empty) gets the value, or an error when the script threw, was no script, or the page went away.

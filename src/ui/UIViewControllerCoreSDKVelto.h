@@ -64,11 +64,12 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   void notifyDidAppear(const VeltoControllerDelegate& delegate);     // interstitials only
   void notifyDidDisappear(const VeltoControllerDelegate& delegate);  // interstitials only
 
- protected:
-  virtual UIViewController& viewController() = 0;
   // Which kind of controller this is: one of the two is not null.
   virtual VeltoBannerViewControllerPrivate* bannerController() { return nullptr; }
   virtual VeltoInterstitialViewControllerPrivate* interstitialController() { return nullptr; }
+
+ protected:
+  virtual UIViewController& viewController() = 0;
 
  private:
   template <class BannerCall, class InterstitialCall>

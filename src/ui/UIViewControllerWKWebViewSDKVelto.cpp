@@ -3,6 +3,7 @@
 
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoDataStore.h"
+#include "velto/core/VeltoInspector.h"
 #include "velto/measurement/OMSDK.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/network/NSURLSDKVelto.h"
@@ -45,6 +46,7 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
   } else {
     configuration.requiresUserActionForMediaPlayback = false;
   }
+  if (auto* inspector = VeltoInspector::current()) inspector->prepare(configuration);
   configuration.preparedContent = std::move(preparedContent_);
   configuration.relatedWebView = std::exchange(replacing_, {});
 
@@ -81,7 +83,11 @@ void UIViewControllerWKWebViewSDKVelto::load(const WebView& webView, const std::
   std::string markup = OMSDK::htmlWithOMSDKInjection(*ad->html);
   if (ad->sourceType == VeltoAdSourceMRAID) {
     markup = UIViewControllerMRAIDSDKVelto::htmlForAvoidLoadMRAIDLocalScript(std::move(markup));
-    webView->evaluateJavaScript(UIViewControllerMRAIDSDKVelto::MRAIDJs(), nullptr);
+    const auto& script = UIViewControllerMRAIDSDKVelto::MRAIDJs();
+    webView->evaluateJavaScript(script, nullptr);
+    // Not every engine carries what was evaluated over into the document that comes; the script itself sees
+    // to it that it runs once in each.
+    webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, true});
   }
   webView->loadHTMLString(markup, std::nullopt);
   VeltoDataStore::updateUserAgentFromWKWebView(webView);
@@ -103,6 +109,10 @@ void UIViewControllerWKWebViewSDKVelto::_cleanWKWebViewCache(std::function<void(
 void UIViewControllerWKWebViewSDKVelto::webView(WKWebView& webView, const WKNavigationAction& action,
                                                 const DecisionHandler& decisionHandler) {
   const auto alive = viewController().shared_from_this();
+  inspect("navigation", [&] {
+    return JSON::Object{{"url", action.requestURL ? action.requestURL->absoluteString() : ""},
+                        {"tapped", action.navigationType == WKNavigationType::LinkActivated}};
+  });
   decisionHandler(decide(webView, action));
 }
 
@@ -134,6 +144,7 @@ WKNavigationActionPolicy UIViewControllerWKWebViewSDKVelto::decide(WKWebView& we
 
 void UIViewControllerWKWebViewSDKVelto::webView(WKWebView& webView, const WKNavigation&) {
   const auto alive = viewController().shared_from_this();
+  inspect("load-finished", [] { return JSON::Object{}; });
   veltoWKWebViewDidFinishNavigation(webView);
 }
 

@@ -41,7 +41,7 @@ std::shared_ptr<VeltoBannerViewController> VeltoBannerViewController::initWithDe
 // The host view controller owns a shown banner as its child; without its handle nobody could take it off
 // again.
 VeltoBannerViewController::~VeltoBannerViewController() {
-  if (Platform::currentOrNull()) vc_->removeBanner();
+  if (Platform::currentOrNull()) vc_->abandon();
 }
 
 void VeltoBannerViewController::load() {

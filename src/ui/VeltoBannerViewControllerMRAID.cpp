@@ -10,9 +10,17 @@ using namespace std::chrono_literals;
 
 void VeltoBannerViewControllerPrivate::afterATenth(
     std::function<void(VeltoBannerViewControllerPrivate&)> step) {
-  Platform::current().mainQueue().postAfter(100ms, [weak = std::weak_ptr(self()), step = std::move(step)] {
-    if (const auto alive = weak.lock()) step(*alive);
-  });
+  Platform::current().mainQueue().postAfter(
+      100ms, [weak = std::weak_ptr(self()), page = std::weak_ptr(webView_), step = std::move(step)] {
+        const auto alive = weak.lock();
+        const auto view = page.lock();
+        if (alive && view && alive->webView_ == view) step(*alive);
+      });
+}
+
+// A page that was replaced or removed has nothing to say any more.
+void VeltoBannerViewControllerPrivate::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
+  if (&webView == webView_.get() || &webView == secondaryMRAIDWebView_.get()) mraidHandleAction(url, webView);
 }
 
 CGRect VeltoBannerViewControllerPrivate::veltoMRAIDGetFullscreenFrame() {
@@ -25,11 +33,16 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDExpand(const std::optional<std:
     own->_tapCloseButtonExpand();
   };  // the button drops it with the controller
   if (secondPartURL) {
+    prepareWebContent(webView_);  // the second view may live beside the first
     return fetchSecondaryMRAIDContentFor(
-        *secondPartURL, [weak = std::weak_ptr(self()), btnCloseConfiguration, closeAction](
-                            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
+        *secondPartURL,
+        [weak = std::weak_ptr(self()), page = std::weak_ptr(webView_), btnCloseConfiguration, closeAction](
+            const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>&) {
           const auto alive = weak.lock();
-          if (!alive || !ad) return;
+          const auto view = page.lock();
+          // The ad may be another one by now, or have got its second part from an earlier command.
+          if (!alive || !view || alive->webView_ != view || alive->secondaryMRAIDWebView_) return;
+          if (!ad) return alive->dropPreparedWebContent();
           alive->_initSecondMRAIDWebView();
           alive->loadBannerDataIn(alive->secondaryMRAIDWebView_, ad);
           alive->veltoCloseButton_ =
@@ -50,11 +63,14 @@ void VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
   setupWKWebViewConstraintsFor(secondaryMRAIDWebView_, CGSize{});
 }
 
+void VeltoBannerViewControllerPrivate::removeSecondMRAIDWebView() {
+  if (!secondaryMRAIDWebView_) return;
+  secondaryMRAIDWebView_->removeFromSuperview();
+  secondaryMRAIDWebView_.reset();
+}
+
 void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
-  if (secondaryMRAIDWebView_) {
-    secondaryMRAIDWebView_->removeFromSuperview();
-    secondaryMRAIDWebView_.reset();
-  }
+  removeSecondMRAIDWebView();
   _expandActionInMainWebView(CloseExpand);
   mraidCloseExpandFor(webView_, view()->frame(), mraidHandler_);
   _restoreOriginalOrientation();
@@ -63,6 +79,7 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
 void VeltoBannerViewControllerPrivate::_tapCloseButtonExpand() {
   _expandActionInMainWebView(CloseExpand);
   afterATenth([](auto& own) {
+    own.removeSecondMRAIDWebView();  // or it would lie over the banner for ever
     own.mraidCloseExpandFor(own.webView_, own.view()->frame(), own.mraidHandler_);
     own._restoreOriginalOrientation();
   });
@@ -75,7 +92,7 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDResize(
   const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
   _resizeActionInMainWebView(Resize, frame.size, offsetCounts ? frame.origin : CGPoint{});
   afterATenth([btnCloseConfiguration](auto& own) {
-    if (!own.webView_) return;
+    own.veltoMRAIDRemoveCloseCustomButton();  // of a resize just before
     own.veltoCloseButton_ = own.addCloseButtonInView(
         own.webView_, btnCloseConfiguration, [&own] { own._tapCloseButtonResize(); }, std::nullopt);
     own.addFriendlyObstructionOMSDKFor(own.veltoCloseButton_);

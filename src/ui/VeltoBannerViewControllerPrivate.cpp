@@ -73,6 +73,7 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
 // --- show
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
+  if (abandoned_) return;
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
   if (!ad) dropPreparedWebContent();  // a view that stays empty needs no process
@@ -89,6 +90,7 @@ void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<
 
 void VeltoBannerViewControllerPrivate::presentMediationBannerView(
     const std::shared_ptr<UIView>& mediationView, const std::shared_ptr<VeltoAd>& ad) {
+  if (abandoned_) return;
   startAudioVolumeObserverForContext(&audioContext_);
   _resetBannerView();
   dropPreparedWebContent();
@@ -175,6 +177,7 @@ void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFinishNavigation(WKWebVi
 
 void VeltoBannerViewControllerPrivate::_setMRAIDAsReady(const std::shared_ptr<WKWebView>& webView) {
   if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
+  activateAudioSession();
   mraidReady(webView, false, getFullScreenFrameFor(viewAd_.lock(), vc_.lock()).size, mraidHandler_);
 }
 
@@ -218,7 +221,13 @@ void VeltoBannerViewControllerPrivate::removeBanner() {
   });
 }
 
+void VeltoBannerViewControllerPrivate::abandon() {
+  abandoned_ = true;
+  removeBanner();
+}
+
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {
+  closeVideo();
   _resetBannerView();
   settings_.reset();
   adapter_.reset();
@@ -273,7 +282,7 @@ void VeltoBannerViewControllerPrivate::viewWillTransitionToSize(
 }
 
 bool VeltoBannerViewControllerPrivate::shouldAutorotate() const {
-  return mraidHandler_ ? mraidHandler_->orientationProperty.allowOrientationChange
+  return mraidHandler_ ? mraidHandler_->orientationProperty().allowOrientationChange
                        : UIViewController::shouldAutorotate();
 }
 

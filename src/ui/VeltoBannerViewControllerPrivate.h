@@ -13,6 +13,7 @@
 #include "velto/ui/UIViewControllerUISDKVelto.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 #include "velto/video/AVAudioSDKVelto.h"
+#include "velto/video/AVVideoSDKVelto.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +31,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
                                                public UIViewControllerMRAIDSDKVelto,
                                                public UIViewControllerOMSDKSDKVelto,
                                                public AVAudioSDKVelto,
+                                               public AVVideoSDKVelto,
                                                public VeltoAdMediationAdapterDelegate,
                                                public MediationBannerViewPresenter {
  public:
@@ -41,6 +43,8 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void load() { _loadAndNotifyFailure(true); }
   void load(const VeltoSettings& settings);
   void removeBanner();
+  // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
+  void abandon();
   void setRefreshTimeSeconds(int64_t seconds) { refreshTimeSeconds_ = seconds; }
   void setEnableAutoRefresh(bool enable) { autoRefresh_ = enable; }
   void setAnimation(int64_t animation) { animation_ = animation; }
@@ -66,6 +70,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
 
   // What the page commands (VeltoBannerViewControllerMRAID.cpp).
   std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() override { return mraidHandler_; }
+  void playVideoAt(const NSURL& url) override { AVVideoSDKVelto::playVideoAt(url); }
   CGRect veltoMRAIDGetFullscreenFrame() override;
   void veltoMRAIDRemoveCloseCustomButton() override;
   void veltoMRAIDUnload() override { removeBanner(); }
@@ -89,7 +94,7 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   }
 
   // A new value of the output volume, 0 … 1.
-  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context);
+  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override;
 
   void viewWillAppear(bool animated) override;
   void viewWillDisappear(bool animated) override;
@@ -109,12 +114,13 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
  private:
   VeltoBannerViewControllerPrivate() = default;
   UIViewController& viewController() override { return *this; }
-  VeltoBannerViewControllerPrivate* bannerController() override { return this; }
+  void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
+  VeltoBannerViewControllerPrivate* bannerController() override { return abandoned_ ? nullptr : this; }
   bool animatesAsBanner() const override { return true; }
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
     return createWKWebViewInstance(std::move(delegate));
   }
-  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override { mraidHandleAction(url, webView); }
+  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
 
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
@@ -131,12 +137,15 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   void _handleRefreshTimer();
   void _refreshAd() { _loadAndNotifyFailure(false); }
   void _initSecondMRAIDWebView();
+  void removeSecondMRAIDWebView();
   void _notificationAdMobAdapterGADBannerReady(const NSNotification& notification);
   void _notificationUICurrentOrientation(const NSNotification& notification);
   void _restoreOriginalOrientation();
-  void afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step);  // unless it is gone by then
+  // Unless it, or the page that it shows, is gone by then.
+  void afterATenth(std::function<void(VeltoBannerViewControllerPrivate&)> step);
 
   bool autoRefresh_ = false;
+  bool abandoned_ = false;
   bool firstAnimationCompleted_ = false;  // the entry animation has run, once for this controller's life
   int64_t position_ = VeltoBannerPositionTop;
   VeltoBannerSize size_ = VeltoBannerSizeSmart;

@@ -164,8 +164,11 @@ TEST_F(WebViewContract, UserScriptsRunAtTheirTime) {
   configuration.userContentController.addUserScript(
       {"window.log = ['start']", WKUserScriptInjectionTime::AtDocumentStart});
   auto view = addWebView(configuration);
-  ASSERT_TRUE(load(*view, "<body id=page><script>log.push('page')</script>"));
-  EXPECT_EQ(value(*view, "log.join()"), JSON("end of page,start,page"));
+  view->addUserScript({"log.push('added')", WKUserScriptInjectionTime::AtDocumentStart});
+  for (int times = 0; times < 2; ++times) {
+    ASSERT_TRUE(load(*view, "<body id=page><script>log.push('page')</script>"));
+    EXPECT_EQ(value(*view, "log.join()"), JSON("end of page,start,added,page"));
+  }
 }
 
 TEST_F(WebViewContract, ATapOnALinkIsALinkActivation) {

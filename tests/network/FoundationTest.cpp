@@ -59,6 +59,7 @@ TEST(JSONTest, WritingKeepsTheKindOfNumbers) {
   EXPECT_EQ(writeJSON(JSON("\xff"), true), std::nullopt);
   EXPECT_EQ(writeJSON(JSON(std::nan("")), true), std::nullopt);
   EXPECT_EQ(readJSON("12345678901234567890")->number(), 12345678901234567890.0);
+  EXPECT_EQ(readJSON(std::string_view("{}\0 more", 8)), std::nullopt);
 }
 
 TEST(TextTest, NumbersInText) {

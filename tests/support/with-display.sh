@@ -40,6 +40,8 @@ mkdir -m 700 "$home/run"
 unset WAYLAND_DISPLAY XDG_CURRENT_DESKTOP GTK_THEME
 export DISPLAY=":$number" HOME="$home" TMPDIR="$home/tmp" XDG_RUNTIME_DIR="$home/run" XDG_DATA_HOME="$home/data"
 export XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_STATE_HOME="$home/state"
+# Nor does this machine's system bus say anything.
+export DBUS_SYSTEM_BUS_ADDRESS="unix:path=$home/no-system-bus"
 export GDK_BACKEND=x11 GSK_RENDERER=cairo LIBGL_ALWAYS_SOFTWARE=1 WEBKIT_DISABLE_COMPOSITING_MODE=1
 export NO_AT_BRIDGE=1 GTK_A11Y=none GSETTINGS_BACKEND=memory GIO_USE_VFS=local LC_ALL=C.UTF-8 no_proxy='*'
 

@@ -92,7 +92,7 @@ TEST_F(BannerMRAIDTest, OrientationIsForcedAndRestored) {
   EXPECT_EQ(device.orientation, 4) << "nothing was remembered";
 
   EXPECT_TRUE(host.shouldAutorotate());
-  host.veltoGetMRAIDHandler()->orientationProperty.allowOrientationChange = false;
+  host.veltoGetMRAIDHandler()->setOrientationProperty(VeltoMRAIDPropertyOrientation::decode("{}"));
   host.veltoGetMRAIDHandler()->orientationMask = 2;
   EXPECT_FALSE(host.shouldAutorotate());
   EXPECT_EQ(host.supportedInterfaceOrientations(), 2U);

@@ -4,6 +4,7 @@
 
 #include "velto/ads/VeltoAdMediationAdapterProtocol.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
 #include "../support/HeadlessTest.h"
 
@@ -36,6 +37,33 @@ struct RecordingDelegate : VeltoBannerViewControllerDelegate {
   }
 };
 
+struct RecordingInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
+  using Controller = VeltoInterstitialViewControllerPrivate;
+  std::weak_ptr<UIViewController> host;
+  std::vector<std::string> heard;
+  std::optional<VeltoErrorAd> lastError;
+  const Controller* lastController = nullptr;
+  std::function<void()> onCall;
+
+  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void veltoInterstitialViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
+  void veltoInterstitialViewControllerDidFail(Controller& c, const VeltoErrorAd& error) override {
+    lastError = error;
+    note("fail " + std::to_string(error.errorCode), c);
+  }
+  void veltoInterstitialViewControllerDidAppear(Controller& c) override { note("appear", c); }
+  void veltoInterstitialViewControllerDidPress(Controller& c) override { note("press", c); }
+  void veltoInterstitialViewControllerDidClose(Controller& c) override { note("close", c); }
+  void onVeltoInterstitialDismissed(Controller& c) override { note("dismissed", c); }
+
+ private:
+  void note(const std::string& what, const Controller& controller) {
+    heard.push_back(what);
+    lastController = &controller;
+    if (onCall) onCall();
+  }
+};
+
 class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
  public:
   explicit FakeAdapter(uint64_t type, bool takesRoot = true)
@@ -48,6 +76,7 @@ class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationR
   std::shared_ptr<UIView> getBannerView() override { return view; }
   void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override {
     loadedView = shown;
+    ++loaded;
   }
   void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) override {
     root = controller;
@@ -61,6 +90,7 @@ class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationR
  public:
   std::shared_ptr<UIView> view;
   std::shared_ptr<UIView> loadedView;
+  int loaded = 0;
   std::weak_ptr<UIViewController> root;
 };
 

@@ -21,7 +21,7 @@ bool meets(const Match& when, const RequestFacts& facts) {
   return (!when.kind || *when.kind == facts.kind) && equalOrUnset(when.key, facts.key) &&
          equalOrUnset(when.type, facts.type) && equalOrUnset(when.size, facts.size) &&
          equalOrUnset(when.host, facts.host) && equalOrUnset(when.endpoint, facts.endpoint) &&
-         pathMatches(when.path, facts.path);
+         pathMatches(when.path, facts.path) && equalOrUnset(when.item, facts.item);
 }
 
 }  // namespace

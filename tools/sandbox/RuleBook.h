@@ -22,6 +22,7 @@ struct RequestFacts {
   std::string key;
   std::string type;
   std::string size;
+  std::string item;
 };
 
 // An answer picked for one request: a copy, so that rules may change meanwhile.

@@ -68,6 +68,7 @@ struct Match {
   std::optional<std::string> host = {};      // without port
   std::optional<std::string> endpoint = {};  // the sub-domain of the publisher host; "" is the ad server
   std::optional<std::string> path = {};
+  std::optional<std::string> item = {};  // the data of a mediation item, as its request carries it
   Count count = {};
 };
 

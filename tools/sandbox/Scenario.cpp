@@ -100,7 +100,7 @@ Count readCount(const Node& node) {
 }
 
 Match readMatch(const Node& node) {
-  node.expectObject({"kind", "key", "type", "size", "host", "endpoint", "path", "request"});
+  node.expectObject({"kind", "key", "type", "size", "host", "endpoint", "path", "item", "request"});
   Match match;
   if (node.has("kind")) {
     std::vector<std::pair<std::string, Kind>> kinds;
@@ -119,6 +119,7 @@ Match readMatch(const Node& node) {
   match.host = text("host");
   match.endpoint = text("endpoint");
   match.path = text("path");
+  match.item = text("item");
   if (match.host) match.host = lowerCase(*match.host);
   if (node.has("request")) match.count = readCount(node["request"]);
   return match;

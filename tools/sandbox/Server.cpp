@@ -232,6 +232,7 @@ class Server::Impl {
                     : record.queryValue(record.kind == Kind::Vast ? "key" : "k");
     facts.type = record.queryValue("at");
     facts.size = record.queryValue("fsz");
+    if (record.kind == Kind::Mediation) facts.item = record.body;
     if (std::optional<ChosenAnswer> chosen = rules_.choose(facts)) return std::move(*chosen);
     if (record.kind == Kind::Download) {
       if (std::optional<ServedFile> file = folder_.find(record.path)) {

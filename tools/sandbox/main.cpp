@@ -51,7 +51,7 @@ for something else: nofill, nofill-page, error, notfound, cut, nosize, mraid, me
 A scenario file is a JSON object with a list of rules; the first that matches answers:
   {"rules": [{"name": "...", "when": {...}, "answer": {...}}]}
   when      kind (ad, mediation, install, click, download, other), key, type (banner, interstitial),
-            size (320x50, ...), host, endpoint, path (may end in *),
+            size (320x50, ...), host, endpoint, path (may end in *), item,
             request ("first", 3, {"from": 2}, {"every": 2}); all optional
   answer    status, headers, body (text, list of lines, {"file": ...}, {"base64": ...} or {"json": ...}),
             delayMs, expand (fills {{width}}, {{height}}, {{key}}, {{type}}, {{host}}, {{count}}), fault;

@@ -113,6 +113,38 @@ std::optional<std::string> NSURL::query() const {
   return parts ? parts->query : std::nullopt;
 }
 
+std::string NSURL::unescaped(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) &&
+                        g_ascii_isxdigit(text[i + 2]);
+    if (escape) {
+      result += static_cast<char>(g_ascii_xdigit_value(text[i + 1]) * 16 + g_ascii_xdigit_value(text[i + 2]));
+      i += 2;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+std::optional<std::vector<NSURLQueryItem>> NSURL::queryItems() const {
+  const auto text = query();
+  if (!text) return std::nullopt;
+  std::vector<NSURLQueryItem> items;
+  for (const auto& part : split(*text, "&")) {
+    const size_t equals = part.find('=');
+    NSURLQueryItem item{unescaped(std::string_view(part).substr(0, equals)), std::nullopt};
+    if (equals != std::string::npos) {
+      item.value = unescaped(std::string_view(part).substr(equals + 1));
+      if (!isValidUTF8(*item.value)) item.value.reset();
+    }
+    items.push_back(std::move(item));
+  }
+  return items;
+}
+
 NSURL NSURL::URLByAppendingPathComponent(std::string_view component) const {
   const size_t pathEnd = std::min(text_.find_first_of("?#"), text_.size());
   std::string text = text_.substr(0, pathEnd);

@@ -18,6 +18,9 @@ struct NSURLQueryItem {
 
 class NSURL {
  public:
+  // The text with every percent escape undone.
+  static std::string unescaped(std::string_view text);
+
   // Nothing when the text is empty or is no URI reference: a character outside RFC 3986, a broken escape, a
   // bad port. Characters outside ASCII are percent-escaped as UTF-8 first, as web engines do.
   static std::optional<NSURL> URLWithString(std::string_view text);
@@ -30,6 +33,9 @@ class NSURL {
   std::optional<int> port() const;
   std::string path() const;
   std::optional<std::string> query() const;
+  // Its items in their order, names and values unescaped ("+" stays); nothing without a query. A value that
+  // is no UTF-8 once unescaped counts as absent.
+  std::optional<std::vector<NSURLQueryItem>> queryItems() const;
 
   // The URL with `component` joined to its path by exactly one slash; a query or fragment is kept behind it.
   NSURL URLByAppendingPathComponent(std::string_view component) const;

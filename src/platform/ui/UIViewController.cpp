@@ -3,6 +3,7 @@
 
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
+#include "velto/platform/ui/UIPresentation.h"
 
 namespace velto {
 
@@ -14,6 +15,7 @@ UIViewController::UIViewController(std::shared_ptr<UIView> view) : view_(std::mo
 
 UIViewController::~UIViewController() {
   view_->controller_ = nullptr;
+  if (presentation_) presentation_->presenterGone();
   for (const auto& child : children_) child->parent_ = nullptr;
 }
 
@@ -34,6 +36,8 @@ void UIViewController::viewWillTransitionToSize(CGSize size,
                                                 UIViewControllerTransitionCoordinator& coordinator) {
   const auto children = children_;
   for (const auto& child : children) child->viewWillTransitionToSize(size, coordinator);
+  if (const auto presented = presentedViewController())
+    presented->viewWillTransitionToSize(size, coordinator);
 }
 
 void UIViewController::attemptRotationToDeviceOrientation() {

@@ -26,6 +26,17 @@ class UIViewControllerAnimatedTransitioning {
   virtual void animateTransition(const std::shared_ptr<UIViewControllerContextTransitioning>& context) = 0;
 };
 
+// Names the animators of a controller that is presented with UIModalPresentationCustom; null for none.
+class UIViewControllerTransitioningDelegate {
+ public:
+  virtual ~UIViewControllerTransitioningDelegate() = default;
+  virtual std::shared_ptr<UIViewControllerAnimatedTransitioning> animationControllerForPresentedController(
+      UIViewController& presented, UIViewController& presentingController,
+      UIViewController& sourceController) = 0;
+  virtual std::shared_ptr<UIViewControllerAnimatedTransitioning> animationControllerForDismissedController(
+      UIViewController& dismissed) = 0;
+};
+
 // A change of the window's size that is being animated, such as a rotation.
 class UIViewControllerTransitionCoordinator {
  public:

@@ -20,6 +20,11 @@ WKWebView::WKWebView(WebViewPeer* webPeer, std::unique_ptr<ViewPeer> peer,
   configuration_.preparedContent.reset();  // taken over by the peer, or not wanted
 }
 
+void WKWebView::addUserScript(WKUserScript script) {
+  webPeer_->addUserScript(script);
+  configuration_.userContentController.addUserScript(std::move(script));
+}
+
 void WKWebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
   webPeer_->loadHTMLString(html, baseURL);
 }

@@ -78,6 +78,8 @@ class WKWebView : public UIView {
   static std::shared_ptr<WKWebView> initWithFrame(const CGRect& frame, WKWebViewConfiguration configuration);
 
   const WKWebViewConfiguration& configuration() const { return configuration_; }
+  // For documents that are loaded from now on.
+  void addUserScript(WKUserScript script);
   void setNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate) {
     delegate_ = std::move(delegate);
   }

@@ -1,0 +1,27 @@
+// A person's hand on the demo's window: real clicks and keys, from the X server through xdotool. Throws
+// std::runtime_error where there is none. Main thread.
+#pragma once
+
+#include <gtk/gtk.h>
+#include <velto/platform/Geometry.h>
+
+#include <string>
+#include <vector>
+
+namespace demo {
+
+class Hand {
+ public:
+  explicit Hand(GtkWidget* content) : content_(content) {}
+
+  void click(velto::CGPoint point);    // of the content
+  void press(const std::string& key);  // such as "Escape"
+
+ private:
+  std::string window() const;
+  static void act(std::vector<std::string> words);
+
+  GtkWidget* content_;
+};
+
+}  // namespace demo

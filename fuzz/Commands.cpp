@@ -1,0 +1,87 @@
+// Command URLs and the records in their arguments: whatever a page sends is read without harm, and what comes
+// out keeps to what the library builds on.
+#include "velto/mraid/MRAIDSDKVelto.h"
+#include "velto/mraid/VeltoMRAIDAction.h"
+#include "velto/mraid/VeltoMRAIDPropertyCalendar.h"
+#include "velto/platform/foundation/Patterns.h"
+#include "velto/platform/foundation/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Check.h"
+
+namespace {
+
+bool isWhole(double value) {
+  return std::trunc(value) == value && std::abs(value) <= 2147483648.0;
+}
+
+void readRecords(const std::string& text) {
+  using namespace velto;
+  require(!VeltoMRAIDProperty::decode(text));
+  VeltoMRAIDPropertyExpand::decode(text);
+  VeltoMRAIDPropertyOrientation::decode(text);
+  VeltoMRAIDPropertyCurrentAppOrientation::decode(text);
+  if (const auto resize = VeltoMRAIDPropertyResize::decode(text)) {
+    const auto& frame = resize->frame;
+    require(isWhole(frame.origin.x) && isWhole(frame.origin.y) && isWhole(frame.size.width) &&
+            isWhole(frame.size.height));
+    require(resize->customClosePositionType >= 0 && resize->customClosePositionType <= 6);
+    require(!resize->description().empty());
+  }
+  const auto rule = VeltoMRAIDPropertyCalendarRepeatRule::decode(text);
+  if (rule && rule->daysInWeek)
+    for (const auto& day : *rule->daysInWeek) require(day.dayOfTheWeek >= 1 && day.dayOfTheWeek <= 7);
+  if (const auto event = VeltoMRAIDPropertyCalendarEvent::decode(text))
+    require(!event->description().empty());
+}
+
+// The search for script tags, against the expression that it stands for.
+void removeTags(const std::string& text) {
+  static const std::string pattern =
+      R"(<script\s+[^>]*\bsrc\s*=\s*\\?([\\"\\'])mraid\.js\\?\1[^>]*>[^<]*<\/script>\n*)";
+  // Beyond ASCII the expression knows more blanks and letters than markup does.
+  const auto isPlain = [](char c) { return c > 0; };
+  if (!std::all_of(text.begin(), text.end(), isPlain)) return;
+  const auto expected = velto::replaceMatches(text, pattern, true, "");
+  size_t steps = 0;
+  const auto found = velto::MRAIDSDKVelto::withoutLocalScript(text, &steps);
+  require(steps <= 4 * text.size() + 8);
+  if (expected) require(found == *expected);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size == 0) return 0;
+  const auto text = std::string(asText(data, size).substr(1));
+  switch (data[0] % 3) {
+    case 0: {
+      const auto url = velto::NSURL::URLWithString("mraid://" + text);
+      if (!url) break;
+      const auto action = velto::VeltoMRAIDAction::actionFrom(*url);
+      require(action && action->actionType() <= velto::VeltoMRAIDActionLog);
+      if (action->args()) readRecords(*action->args());
+      break;
+    }
+    case 1:
+      readRecords(text);
+      break;
+    default: {
+      // Random bytes hardly ever spell a tag, so some of them stand for its parts.
+      static constexpr std::string_view parts[] = {
+          "<script", "src", "mraid.js", "</script>", "=", " ", "\\", "\"", "'", ">", "\n", "<", "SRC", "x"};
+      std::string markup;
+      for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < std::size(parts) * 4)
+          markup += parts[byte / 4];
+        else
+          markup += c;
+      }
+      removeTags(markup);
+    }
+  }
+  return 0;
+}

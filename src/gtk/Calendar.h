@@ -1,0 +1,42 @@
+// The user's calendar, by the calendar module. Main thread; events are stored on a thread of their own.
+#pragma once
+
+#include "velto/gtk/Background.h"
+#include "velto/platform/EKEventStore.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/foundation/GMemory.h"
+
+#include <gio/gio.h>
+
+#include <filesystem>
+#include <vector>
+
+namespace velto::gtk {
+
+class Calendar : public EKEventStore {
+ public:
+  Calendar(MainQueue& mainQueue, AuthorizationStatus status);
+  ~Calendar() override { stop(); }
+
+  // Without it nothing is stored, and nothing loaded.
+  void setAuthorizationStatus(AuthorizationStatus status) { status_ = status; }
+  // Events that are not stored by now will not be.
+  void stop();
+
+  AuthorizationStatus authorizationStatusForEntityType(EKEntityType type) const override;
+  // Stands for the one that the user has chosen, whichever it is when an event is stored.
+  std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() override;
+  void saveEvent(const EKEvent& event, EKSpan span, std::function<void(bool)> completion) override;
+
+ private:
+  MainQueue& mainQueue_;
+  AuthorizationStatus status_;
+  GPtr<GCancellable> cancellable_ = GPtr<GCancellable>::adopt(g_cancellable_new());
+  Background worker_;
+};
+
+// Where the module may be, best first: the folder that VELTO_MODULE_PATH names, beside the library, where it
+// was installed.
+std::vector<std::filesystem::path> modulePaths(const char* fileName);
+
+}  // namespace velto::gtk

@@ -1,0 +1,51 @@
+// The player of the Linux platform: puts the pictures of a pipeline (modules/VideoPipeline.h) into views. The
+// pipeline's module is opened with the first player. Main thread.
+#pragma once
+
+#include "velto/gtk/modules/VideoPipeline.h"
+#include "velto/platform/AVPlayer.h"
+#include "velto/platform/foundation/GMemory.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace velto::gtk {
+
+class Picture;
+
+class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
+ public:
+  explicit VideoPlayer(const std::shared_ptr<AVPlayerItem>& item);
+  ~VideoPlayer() override;
+
+  void load(const std::filesystem::path& caFile);  // once
+  std::unique_ptr<ViewPeer> makePicture() override;
+
+ protected:
+  using AVPlayer::Nanoseconds;
+  void run(bool playing) override;
+  bool jump(Nanoseconds position) override;
+  void applyVolume(float volume) override;
+  Nanoseconds position() const override;
+  void release() override;
+
+ private:
+  void pipelineLoaded(std::optional<Nanoseconds> duration) override;
+  void pipelineShows(const VideoFrame& frame) override;
+  void pipelineEnded() override;
+  void pipelineFailed(const NSError& error) override;
+
+  std::unique_ptr<VideoPipeline> pipeline_;
+  std::shared_ptr<Picture> picture_;
+};
+
+class Media final : public MediaSystem {
+ public:
+  explicit Media(std::filesystem::path caFile) : caFile_(std::move(caFile)) {}
+  std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
+
+ private:
+  std::filesystem::path caFile_;
+};
+
+}  // namespace velto::gtk

@@ -1,0 +1,57 @@
+// A video played by GStreamer's playbin: pictures out of an appsink, sound to whatever sound output there is,
+// or nowhere. See VideoPipeline.h.
+#pragma once
+
+#include "velto/gtk/modules/VideoPipeline.h"
+#include "velto/platform/foundation/GMemory.h"
+
+#include <gio/gio.h>
+#include <gst/app/gstappsink.h>
+#include <gst/gst.h>
+
+#include <memory>
+
+namespace velto::gtk {
+
+class FrameSlot;
+
+class GstVideoPipeline final : public VideoPipeline {
+ public:
+  GstVideoPipeline(const char* url, const char* caFile, VideoPipelineEvents& events);
+  GstVideoPipeline(const GstVideoPipeline&) = delete;
+  GstVideoPipeline& operator=(const GstVideoPipeline&) = delete;
+  ~GstVideoPipeline() override;
+
+  void run(bool playing) override;
+  bool jump(Nanoseconds position) override;
+  void setVolume(double volume) override;
+  Nanoseconds position() const override;
+
+ private:
+  static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
+  static void sourceMade(GstElement*, GstElement* source, GTlsDatabase* authorities) noexcept;
+
+  GstElement* makePictureSink();
+  void useAudioSink(GstElement* sink);
+  void applyState();
+  void reachedState(GstState state);
+  void buffered(int percent);
+  void failed(GstMessage* message);
+  void goOnSilently();
+
+  VideoPipelineEvents& events_;
+  GPtr<GstElement> playbin_;
+  GPtr<GstElement> audioSink_;
+  GPtr<GTlsDatabase> authorities_;
+  GOwned<GSource, g_source_unref> messages_;
+  std::shared_ptr<FrameSlot> frames_;
+  bool live_ = false;
+  bool loaded_ = false;
+  bool wanted_ = false;              // to play
+  bool buffered_ = true;             // enough data is there
+  bool silent_ = false;              // the sound output failed
+  bool restarting_ = false;          // loading again, without it
+  mutable Nanoseconds position_{0};  // the last one known
+};
+
+}  // namespace velto::gtk

@@ -1,0 +1,76 @@
+// Rational arithmetic without a loss where the numbers allow it.
+#include "velto/platform/CMTime.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace velto {
+namespace {
+
+constexpr int64_t finest = 1'000'000'000;  // the timescale of nanoseconds
+
+CMTime orZero(CMTime time) {
+  return time.timescale > 0 ? time : kCMTimeZero;
+}
+
+bool fits(long double value) {
+  constexpr long double limit = 9.2e18L;
+  return value > -limit && value < limit;
+}
+
+CMTime inScale(CMTime time, int64_t timescale) {
+  const auto factor = static_cast<long double>(timescale) / time.timescale;
+  return {static_cast<int64_t>(std::llroundl(static_cast<long double>(time.value) * factor)),
+          static_cast<int32_t>(timescale)};
+}
+
+}  // namespace
+
+double CMTimeGetSeconds(CMTime time) {
+  time = orZero(time);
+  return static_cast<double>(time.value) / time.timescale;
+}
+
+CMTime CMTimeAdd(CMTime a, CMTime b) {
+  a = orZero(a);
+  b = orZero(b);
+  int64_t timescale = std::lcm<int64_t>(a.timescale, b.timescale);
+  if (timescale > INT32_MAX) timescale = finest;
+  a = inScale(a, timescale);
+  b = inScale(b, timescale);
+  return {a.value + b.value, static_cast<int32_t>(timescale)};
+}
+
+CMTime CMTimeMultiplyByFloat64(CMTime time, double multiplier) {
+  time = orZero(time);
+  const long double product = static_cast<long double>(time.value) * multiplier;
+  if (!std::isfinite(product) || !fits(product)) return {};
+  const auto inSteps = [&](int64_t steps) { return product * static_cast<long double>(steps); };
+  const auto result = [&](int64_t steps) {
+    return CMTime{std::llroundl(inSteps(steps)), static_cast<int32_t>(time.timescale * steps)};
+  };
+  // Halves, quarters and so on of a step come out whole.
+  for (int64_t steps = 1; time.timescale * steps <= INT32_MAX && fits(inSteps(steps)); steps *= 2)
+    if (inSteps(steps) == std::floor(inSteps(steps))) return result(steps);
+  const int64_t steps = std::max<int64_t>(finest / time.timescale, 1);
+  return result(fits(inSteps(steps)) ? steps : 1);
+}
+
+int32_t CMTimeCompare(CMTime a, CMTime b) {
+  a = orZero(a);
+  b = orZero(b);
+  // Whole seconds first, then what is left over: no product is larger than 62 bits.
+  const auto floorOf = [](CMTime time) {
+    const int64_t whole = time.value / time.timescale;
+    return time.value % time.timescale < 0 ? whole - 1 : whole;
+  };
+  const int64_t wholeA = floorOf(a);
+  const int64_t wholeB = floorOf(b);
+  if (wholeA != wholeB) return wholeA < wholeB ? -1 : 1;
+  const int64_t restA = (a.value - wholeA * a.timescale) * b.timescale;
+  const int64_t restB = (b.value - wholeB * b.timescale) * a.timescale;
+  return restA == restB ? 0 : restA < restB ? -1 : 1;
+}
+
+}  // namespace velto

@@ -1,0 +1,39 @@
+// The public interstitial: forwards everything to its working controller.
+#include "velto/ui/VeltoInterstitialViewController.h"
+
+#include "velto/platform/Platform.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+
+namespace velto {
+
+std::shared_ptr<VeltoInterstitialViewController> VeltoInterstitialViewController::initWithDelegate(
+    const Delegate& delegate) {
+  return std::make_shared<VeltoInterstitialViewController>(
+      VeltoInterstitialViewControllerPrivate::initWithDelegate(delegate));
+}
+
+// The host's view controller owns a shown interstitial; without its handle nobody could take it off again.
+VeltoInterstitialViewController::~VeltoInterstitialViewController() {
+  if (Platform::currentOrNull()) vc_->abandon();
+}
+
+void VeltoInterstitialViewController::setAutoShowWhenReady(bool autoShow) {
+  vc_->setAutoShowWhenReady(autoShow);
+}
+void VeltoInterstitialViewController::load() {
+  vc_->load();
+}
+void VeltoInterstitialViewController::load(const VeltoSettings& settings) {
+  vc_->load(settings);
+}
+bool VeltoInterstitialViewController::isReady() const {
+  return vc_->isReady();
+}
+void VeltoInterstitialViewController::show() {
+  vc_->show();
+}
+void VeltoInterstitialViewController::setAnimation(VeltoAnimation animation) {
+  vc_->setAnimation(animation);
+}
+
+}  // namespace velto

@@ -1,0 +1,55 @@
+// An interstitial: a full-screen ad, fetched ahead of time and shown over the host application's window when
+// that asks for it. Main thread.
+//
+//   auto interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
+//   interstitial->load();                                      // DidFinishLoad or DidFail comes
+//   if (interstitial->isReady()) interstitial->show();         // DidAppear, DidPress …, DidClose, dismissed
+//
+// The delegate (VeltoDelegates.h) is held weakly. Destroying this object takes a shown interstitial off the
+// screen, and nothing is called any more.
+#pragma once
+
+#include "velto/core/VeltoConstants.h"
+#include "velto/core/VeltoSettings.h"
+#include "velto/ui/VeltoDelegates.h"
+
+#include <memory>
+
+namespace velto {
+
+class VeltoInterstitialViewController {
+ public:
+  using Delegate = std::shared_ptr<VeltoInterstitialViewControllerDelegate>;
+
+  static std::shared_ptr<VeltoInterstitialViewController> initWithDelegate(const Delegate& delegate);
+
+  explicit VeltoInterstitialViewController(std::shared_ptr<VeltoInterstitialViewControllerPrivate> vc)
+      : vc_(std::move(vc)) {}
+  VeltoInterstitialViewController(const VeltoInterstitialViewController&) = delete;
+  VeltoInterstitialViewController& operator=(const VeltoInterstitialViewController&) = delete;
+  ~VeltoInterstitialViewController();
+
+  // Whether each ad is shown as soon as it is ready, inside the call that says so. Off by default.
+  void setAutoShowWhenReady(bool autoShow);
+
+  // Fetches an ad. A new one takes the place of one that is ready; while one is on the screen, the new one
+  // becomes ready when that has gone.
+  void load();
+  void load(const VeltoSettings& settings);
+  bool isReady() const;
+
+  // Shows the ad that is ready, over the delegate's view controller. Without one, or while one is on the
+  // screen, nothing happens.
+  void show();
+
+  // How it comes in; none by default. Takes effect before the first show.
+  void setAnimation(VeltoAnimation animation);
+
+  // The working controller, which delegate calls give as their first argument.
+  const std::shared_ptr<VeltoInterstitialViewControllerPrivate>& vc() const { return vc_; }
+
+ private:
+  std::shared_ptr<VeltoInterstitialViewControllerPrivate> vc_;
+};
+
+}  // namespace velto

@@ -1,0 +1,90 @@
+// A process that shows a banner and nothing else: what its request carried, as the server saw it, and what it
+// had to load for it.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/network/VeltoDevice.h"
+#include "velto/platform/foundation/JSON.h"
+#include "velto/velto.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "BusMock.h"
+#include "sandbox/Server.h"
+
+namespace velto {
+namespace {
+
+struct Ads : VeltoBannerViewControllerDelegate {
+  std::shared_ptr<UIViewController> host;
+  bool finished = false;
+
+  std::shared_ptr<UIViewController> presentViewController() override { return host; }
+  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override { finished = true; }
+};
+
+std::vector<std::string> loaded(std::initializer_list<const char*> libraries) {
+  std::ifstream maps("/proc/self/maps");
+  std::vector<std::string> found;
+  for (std::string line; std::getline(maps, line);)
+    for (const char* library : libraries)
+      if (line.find(library) != std::string::npos) found.push_back(line.substr(line.rfind(' ')));
+  return found;
+}
+
+TEST(BannerProcessTest, SendsWhatTheServicesSayAndLoadsNothingHeavy) {
+  gtk_init();
+  const test::PrivateBus bus;
+  test::MockService modems(bus, "org.freedesktop.ModemManager1", "/org/freedesktop/ModemManager1",
+                           "org.example.Unused");
+  const std::string modem = "/org/freedesktop/ModemManager1/Modem/0";
+  modems.addObject(modem, "org.freedesktop.ModemManager1.Modem", "{'AccessTechnologies': <uint32 16384>}");
+  modems.addInterface(
+      modem, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
+      "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");
+
+  sandbox::Options serverOptions;
+  serverOptions.dataFolder = std::filesystem::temp_directory_path() / "sandbox";
+  sandbox::Server server(serverOptions);
+  server.start();
+  gtk::Options options;
+  options.applicationIdentifier = "org.example.process";
+  options.caFile = server.caFile();
+  options.hostMap = {{"*.velto.example", "127.0.0.1:" + std::to_string(server.port())}};
+  gtk::install(options);
+  gtk::setTrackingAllowed(true);
+  gtk::setCalendarAccess(gtk::Access::Allowed);
+  VeltoFramework::addVeltoKey("process-test");
+
+  auto* window = GTK_WINDOW(gtk_window_new());
+  gtk_window_set_default_size(window, 480, 320);
+  auto ads = std::make_shared<Ads>();
+  ads->host = gtk::hostViewController(window);
+  gtk_window_present(window);
+  EXPECT_TRUE(test::runUntil([] { return VeltoDevice::simOperatorName().has_value(); }));
+  auto banner =
+      VeltoBannerViewController::initWithDelegate(ads, VeltoBannerSize320x50, VeltoBannerPositionBottom);
+  banner->load();
+  EXPECT_TRUE(test::runUntil([&] { return ads->finished; }));
+
+  std::optional<JSON> body;
+  for (const auto& request : server.requests())
+    if (request.kind == sandbox::Kind::Ad) body = readJSON(request.body);
+  ASSERT_TRUE(body && body->object());
+  auto sent = *body->object();
+  EXPECT_EQ(sent["son"], JSON("Example Mobile"));
+  EXPECT_EQ(sent["ncc"], JSON("262"));
+  EXPECT_TRUE(sent["aid"].string());
+  EXPECT_EQ(sent["aidl"], JSON(""));
+
+  EXPECT_EQ(loaded({"libwebkitgtk"}).empty(), false) << "the list is read";
+  EXPECT_EQ(loaded({"libecal", "libedataserver", "velto-calendar", "libpulse", "/gstreamer-1.0/"}),
+            std::vector<std::string>{});
+  banner.reset();
+  gtk::uninstall();
+  gtk_window_destroy(window);
+}
+
+}  // namespace
+}  // namespace velto

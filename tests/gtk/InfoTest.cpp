@@ -1,0 +1,90 @@
+// velto-info tells all that would be sent, and what it depends on.
+#include "velto/gtk/AdvertisingFile.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/foundation/JSON.h"
+#include "velto/velto.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+
+#include "BusMock.h"
+
+namespace velto {
+namespace {
+
+const std::string folder = [] {
+  std::string pattern = (std::filesystem::temp_directory_path() / "velto-info-test-XXXXXX").string();
+  mkdtemp(pattern.data());
+  for (const char* variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "TMPDIR"})
+    setenv(variable, pattern.c_str(), 1);
+  unsetenv("DISPLAY");
+  return pattern;
+}();
+
+struct Facts {
+  std::map<std::string, JSON::Object> byName;  // "ad/dmo"
+  const JSON& value(const std::string& name) { return byName.at(name)["value"]; }
+};
+
+std::pair<int, std::string> run(const std::string& arguments) {
+  char* output = nullptr;
+  int status = -1;
+  g_spawn_command_line_sync((INFO_PROGRAM " " + arguments).c_str(), &output, nullptr, &status, nullptr);
+  const GText owner(output);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+Facts facts(const std::string& arguments) {
+  Facts facts;
+  const auto parsed = readJSON(run("--json " + arguments).second);
+  for (const auto& fact : *parsed.value().array()) {
+    auto object = *fact.object();
+    EXPECT_FALSE(object["source"].string()->empty()) << *object["name"].string() << " is not described";
+    facts.byName[*object["request"].string() + "/" + *object["name"].string()] = object;
+  }
+  EXPECT_GT(facts.byName.size(), 80u);
+  return facts;
+}
+
+TEST(InfoTest, TellsEveryValueWithItsSourceAndGate) {
+  const test::PrivateBus bus;
+  auto without = facts("");
+  for (const char* name :
+       {"ad/aid", "ad/geo", "ad/son", "ad/k", "video/aid", "video/lat", "track/carrier", "page/location"})
+    EXPECT_TRUE(without.value(name).isNull()) << name;
+  for (const char* name : {"ad/aid", "ad/geo", "video/lat", "page/calendar", "page/storePicture"})
+    EXPECT_FALSE(without.byName.at(name)["gate"].isNull()) << name;
+  EXPECT_TRUE(without.byName.at("ad/dmo")["gate"].isNull());
+  EXPECT_EQ(without.value("ad/aidl"), JSON("1"));
+
+  test::MockService modems(bus, "org.freedesktop.ModemManager1", "/org/freedesktop/ModemManager1",
+                           "org.example.Unused");
+  const std::string modem = "/org/freedesktop/ModemManager1/Modem/0";
+  modems.addObject(modem, "org.freedesktop.ModemManager1.Modem", "{'AccessTechnologies': <uint32 16384>}");
+  modems.addInterface(
+      modem, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
+      "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");
+  const auto identifier = gtk::AdvertisingFile().allow().identifier.value();
+  gtk::install({.applicationIdentifier = "org.example.info"});
+  VeltoFramework::addVeltoKey("key-of-the-application");
+  gtk::uninstall();
+  auto with = facts("--application org.example.info");
+  EXPECT_EQ(with.value("ad/son"), JSON("Example Mobile"));
+  EXPECT_EQ(with.value("track/carrier"), JSON("Example Mobile"));
+  EXPECT_EQ(with.value("video/soc"), JSON("262-01"));
+  EXPECT_EQ(with.value("ad/aid"), JSON(identifier));
+  EXPECT_EQ(with.value("ad/k"), JSON("key-of-the-application"));
+  EXPECT_NE(with.value("ad/aida"), without.value("ad/aida"));
+
+  const auto [code, columns] = run("--application org.example.info");
+  EXPECT_EQ(code, 0);
+  EXPECT_NE(columns.find("Example Mobile"), std::string::npos);
+  EXPECT_EQ(run("--application org.example.unknown").first, 2);
+  EXPECT_FALSE(std::filesystem::exists(folder + "/org.example.unknown")) << "looking makes nothing";
+  EXPECT_EQ(run("--unknown").first, 2);
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace velto

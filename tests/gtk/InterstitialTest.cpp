@@ -1,0 +1,234 @@
+// Interstitials in a real window: whose the keyboard is, and what happens when the window goes.
+#include "velto/ads/VeltoAd.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/ui/VeltoInterstitialViewController.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+
+#include <gtest/gtest.h>
+
+// clang-format off: the X headers define words like Success as macros, so they come last
+#include <gdk/x11/gdkx.h>
+// clang-format on
+
+namespace velto {
+namespace {
+
+using Heard = std::vector<std::string>;
+
+struct Delegate : VeltoInterstitialViewControllerDelegate {
+  using Controller = VeltoInterstitialViewControllerPrivate;
+  std::weak_ptr<UIViewController> host;
+  Heard heard;
+  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd& error) override {
+    heard.push_back("fail " + std::to_string(error.errorCode));
+  }
+  void veltoInterstitialViewControllerDidAppear(Controller&) override { heard.emplace_back("appear"); }
+  void veltoInterstitialViewControllerDidPress(Controller&) override { heard.emplace_back("press"); }
+  void veltoInterstitialViewControllerDidClose(Controller&) override { heard.emplace_back("close"); }
+  void onVeltoInterstitialDismissed(Controller&) override { heard.emplace_back("dismissed"); }
+};
+
+class GtkInterstitialTest : public testing::Test {
+ protected:
+  GtkInterstitialTest() {
+    gtk_init();
+    gtk::install({.applicationIdentifier = "org.example.interstitial"});
+    window = GTK_WINDOW(gtk_window_new());
+    gtk_window_set_decorated(window, false);
+    gtk_window_set_default_size(window, 480, 640);
+    entry = gtk_entry_new();
+    gtk_widget_set_valign(entry, GTK_ALIGN_CENTER);
+    gtk_window_set_child(window, entry);
+    g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer*>(&window));
+    delegate->host = gtk::hostViewController(window);
+    gtk_window_present(window);
+    EXPECT_TRUE(runUntil([this] { return gtk_widget_get_width(entry) > 0; }));
+    xdotool("windowfocus --sync " + id());
+    EXPECT_TRUE(runUntil([this] { return gtk_window_is_active(window); }));
+    gtk_widget_grab_focus(entry);
+  }
+  ~GtkInterstitialTest() override {
+    interstitial.reset();
+    auto* left = window;
+    g_clear_weak_pointer(&window);
+    if (left) gtk_window_destroy(left);
+    gtk::uninstall();
+  }
+
+  static bool runUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
+    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
+    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+    g_source_remove(deadline);
+    return condition();
+  }
+  std::string id() const {
+    return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
+  }
+  static void xdotool(const std::string& words) {
+    int status = -1;
+    ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
+    ASSERT_EQ(status, 0) << words;
+  }
+  // Gets a key through to the window, and everything that it does there done: the key that follows it, which
+  // nobody uses, has come.
+  void press(const std::string& key) {
+    bool arrived = false;
+    auto* keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    const auto see = +[](GtkEventControllerKey*, guint pressed, guint, GdkModifierType,
+                         bool* flag) -> gboolean { return *flag |= pressed == GDK_KEY_F9; };
+    g_signal_connect(keys, "key-pressed", G_CALLBACK(see), &arrived);
+    gtk_widget_add_controller(GTK_WIDGET(window), keys);
+    xdotool("key " + key + " key F9");
+    EXPECT_TRUE(runUntil([&] { return arrived; })) << key;
+    gtk_widget_remove_controller(GTK_WIDGET(window), keys);
+  }
+  std::string text() const { return gtk_editable_get_text(GTK_EDITABLE(entry)); }
+  bool entryHasFocus() const {
+    auto* focus = gtk_window_get_focus(window);
+    return focus && gtk_widget_is_ancestor(focus, entry);
+  }
+
+  static std::shared_ptr<VeltoInterstitialViewController> ready(const std::shared_ptr<Delegate>& delegate,
+                                                                double seconds) {
+    auto made = VeltoInterstitialViewController::initWithDelegate(delegate);
+    made->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, seconds));
+    return made;
+  }
+  void show(double seconds) {
+    interstitial = ready(delegate, seconds);
+    interstitial->show();
+    EXPECT_TRUE(heardLast("appear"));
+  }
+  bool heardLast(const std::string& what) {
+    return runUntil([&] { return !delegate->heard.empty() && delegate->heard.back() == what; });
+  }
+  bool waitForCloseButton() {
+    return runUntil([this] { return interstitial->vc()->veltoCloseButton()->isEnabled(); });
+  }
+
+  GtkWindow* window = nullptr;
+  GtkWidget* entry = nullptr;
+  std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
+  std::shared_ptr<VeltoInterstitialViewController> interstitial;
+};
+
+TEST_F(GtkInterstitialTest, HasTheKeyboardWhileItIsShown) {
+  press("a");
+  EXPECT_EQ(text(), "a");
+  show(4);
+  press("b");
+  press("Escape");
+  EXPECT_EQ(delegate->heard, Heard{"appear"}) << "the close button is not active yet";
+  for (const auto& take : std::vector<std::function<void()>>{
+           [&] { gtk_widget_grab_focus(entry); },
+           [&] { gtk_entry_grab_focus_without_selecting(GTK_ENTRY(entry)); },
+           [&] { gtk_window_set_focus(window, entry); }, [&] { gtk_window_set_focus(window, nullptr); },
+           [&] { press("Tab"); }, [&] { press("shift+Tab"); },
+           [&] { xdotool("mousemove --window " + id() + " 100 320 click 1"); }}) {
+    take();
+    EXPECT_FALSE(entryHasFocus());
+    press("c");
+  }
+  EXPECT_EQ(text(), "a");
+
+  // The application changes its page meanwhile.
+  entry = gtk_entry_new();
+  gtk_window_set_child(window, entry);
+  gtk_widget_grab_focus(entry);
+  EXPECT_FALSE(entryHasFocus());
+
+  EXPECT_TRUE(waitForCloseButton());
+  press("Escape");
+  EXPECT_TRUE(heardLast("dismissed"));
+  EXPECT_EQ(delegate->heard, (Heard{"appear", "press", "close", "dismissed"}));
+  gtk_widget_grab_focus(entry);
+  press("d");
+  EXPECT_EQ(text(), "d") << "the page can be used again";
+}
+
+TEST_F(GtkInterstitialTest, TheFocusReturnsToWhereItWas) {
+  auto* before = gtk_window_get_focus(window);
+  show(0);
+  EXPECT_NE(gtk_window_get_focus(window), before);
+  xdotool("mousemove --window " + id() + " 100 100 click 1");
+  EXPECT_TRUE(heardLast("press"));
+  press("Escape");
+  EXPECT_TRUE(heardLast("dismissed"));
+  int frames = 0;
+  const auto count = [](GtkWidget*, GdkFrameClock*, gpointer counted) -> gboolean {
+    return ++*static_cast<int*>(counted) < 3;
+  };
+  gtk_widget_add_tick_callback(entry, count, &frames, nullptr);
+  EXPECT_TRUE(runUntil([&] { return frames == 3; }));
+  EXPECT_EQ(gtk_window_get_focus(window), before) << "and stays there";
+  press("x");
+  EXPECT_EQ(text(), "x");
+}
+
+// What another network's adapter does.
+TEST_F(GtkInterstitialTest, HandsTheKeyboardToWhatIsPresentedOverIt) {
+  struct Screen : UIViewController {
+    int escapes = 0;
+    bool accessibilityPerformEscape() override { return ++escapes; }
+  };
+  show(0);
+  const auto screen = std::make_shared<Screen>();
+  bool done = false;
+  interstitial->vc()->presentViewController(screen, false, [&] { done = true; });
+  EXPECT_TRUE(runUntil([&] { return done; }));
+  press("Escape");
+  EXPECT_EQ(screen->escapes, 1);
+  EXPECT_EQ(delegate->heard, Heard{"appear"});
+  done = false;
+  screen->dismissViewControllerAnimated(false, [&] { done = true; });
+  EXPECT_TRUE(runUntil([&] { return done; }));
+  press("Escape");
+  EXPECT_TRUE(heardLast("dismissed"));
+  EXPECT_EQ(screen->escapes, 1);
+}
+
+TEST_F(GtkInterstitialTest, ASecondOneIsRefused) {
+  show(0);
+  const auto other = std::make_shared<Delegate>();
+  other->host = delegate->host;
+  const auto second = ready(other, 0);
+  second->show();
+  EXPECT_TRUE(runUntil([&] { return !other->heard.empty(); }));
+  EXPECT_EQ(other->heard, Heard{"fail 2"});
+  press("Escape");
+  EXPECT_TRUE(heardLast("dismissed"));
+  second->show();
+  EXPECT_TRUE(runUntil([&] { return other->heard.size() > 1; }));
+  EXPECT_EQ(other->heard, (Heard{"fail 2", "appear"})) << "and may come afterwards";
+}
+
+TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
+  interstitial = ready(delegate, 0);
+  interstitial->setAnimation(VeltoAnimationFromLeft);
+  interstitial->show();
+  EXPECT_TRUE(runUntil([this] { return interstitial->vc()->presentingViewController() != nullptr; }));
+  const auto kept = delegate->host.lock();  // the application may hold the controller beyond its window
+  gtk_window_destroy(window);
+  EXPECT_TRUE(heardLast("fail 2"));
+  EXPECT_EQ(delegate->heard, Heard{"fail 2"});
+}
+
+TEST_F(GtkInterstitialTest, AWindowThatGoesTakesAShownOneAlong) {
+  show(0);
+  gtk_window_destroy(window);
+  EXPECT_TRUE(runUntil([this] { return interstitial->vc()->presentingViewController() == nullptr; }));
+  EXPECT_EQ(delegate->host.lock(), nullptr);
+  interstitial.reset();
+  for (bool over = false; !over;) {  // what that asks for is done
+    g_idle_add_once([](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
+    while (!over) g_main_context_iteration(nullptr, TRUE);
+  }
+  EXPECT_EQ(delegate->heard, Heard{"appear"}) << "nobody closed it";
+}
+
+}  // namespace
+}  // namespace velto

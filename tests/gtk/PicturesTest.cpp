@@ -1,0 +1,78 @@
+// Pictures in the user's folder: only real ones, only when allowed, never over another file.
+#include "velto/gtk/Photos.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/Platform.h"
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "BusMock.h"
+
+namespace velto {
+namespace {
+
+std::string image(const char* format, int size = 4) {
+  const auto pixels = GPtr<GdkPixbuf>::adopt(gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, size, size));
+  gdk_pixbuf_fill(pixels, 0x336699ff);
+  char* bytes = nullptr;
+  gsize count = 0;
+  gdk_pixbuf_save_to_buffer(pixels, &bytes, &count, format, nullptr, nullptr);
+  const GText owner(bytes);
+  return {bytes, count};
+}
+
+// Runs in with-display.sh, so home is a folder of the test's own.
+TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
+  gtk::install({.applicationIdentifier = "org.example.pictures"});
+  const auto folder = std::filesystem::path(g_get_home_dir()) / "Pictures";
+  const auto store = [](const std::string& bytes, const char* address) {
+    std::optional<bool> outcome;
+    Platform::current().photoLibrary().UIImageWriteToSavedPhotosAlbum(
+        bytes, address, [&](bool written) { outcome = written; });
+    EXPECT_TRUE(test::runUntil([&] { return outcome.has_value(); }));
+    return outcome.value_or(false);
+  };
+  const auto png = image("png"), jpeg = image("jpeg");
+  EXPECT_FALSE(store(png, "https://a.example/not-yet.png"));
+  gtk::setPicturesAccess(gtk::Access::Denied);
+  EXPECT_EQ(Platform::current().photoLibrary().authorizationStatus(), 2);
+  EXPECT_FALSE(store(png, "https://a.example/denied.png"));
+  EXPECT_FALSE(std::filesystem::exists(folder));
+
+  gtk::setPicturesAccess(gtk::Access::Allowed);
+  EXPECT_TRUE(store(png, "https://a.example/pictures/coupon.png?size=1"));
+  EXPECT_TRUE(store(jpeg, "https://a.example/coupon.png")) << "it is none: the extension tells";
+  EXPECT_TRUE(store(image("png", 8), "https://b.example/coupon.png"));
+  EXPECT_TRUE(store(png, "https://a.example/%2e%2e%2F%2e%2e%2F.bashrc"));
+  for (const std::string& bytes :
+       {std::string(), std::string("<html>no</html>"), png.substr(0, png.size() / 2),
+        std::string("<svg xmlns='http://www.w3.org/2000/svg' width='4' height='4'/>")})
+    EXPECT_FALSE(store(bytes, "https://a.example/bad.png")) << bytes.substr(0, 8);
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
+  EXPECT_EQ(names, (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png"}));
+  std::ifstream first(folder / "coupon.png", std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(first), {}), png) << "as it came, and not overwritten";
+  gtk::uninstall();
+}
+
+TEST(PicturesTest, NamesAreHarmless) {
+  const std::string umlauts = "https://a.example/" + std::string(120, 'x') + "\u00e4.png";
+  const std::vector<std::pair<std::string, std::string>> names{
+      {"https://a.example/", "picture.png"},
+      {"", "picture.png"},
+      {"https://a.example/..", "picture.png"},
+      {"https://a.example/a%00b.png", "a_00b.png"},
+      {"https://a.example/a:b*c%22.gif", "a_b_c_.png"},
+      {"https://a.example/.hidden.png", "hidden.png"},
+      {"https://a.example/my%20cat.jpeg", "my cat.png"},
+      {umlauts, std::string(100, 'x') + ".png"}};
+  for (const auto& [address, name] : names) EXPECT_EQ(gtk::pictureName(address, "png"), name) << address;
+}
+
+}  // namespace
+}  // namespace velto

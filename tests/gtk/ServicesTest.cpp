@@ -1,0 +1,323 @@
+// Carrier, location, reachability and orientation against services on a private bus: present, absent,
+// hanging, restarting and talking nonsense.
+#include "velto/gtk/GtkPlatform.h"
+#include "velto/network/VeltoDevice.h"
+#include "velto/network/VeltoReachability.h"
+#include "velto/network/VeltoTaskRequest.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIDevice.h"
+#include "velto/platform/foundation/JSON.h"
+
+#include <stdlib.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "BusMock.h"
+
+namespace velto {
+namespace {
+
+using test::MockService;
+using test::runUntil;
+
+constexpr char modemPath[] = "/org/freedesktop/ModemManager1/Modem/0";
+constexpr char modemInterface[] = "org.freedesktop.ModemManager1.Modem";
+constexpr char gsmInterface[] = "org.freedesktop.ModemManager1.Modem.Modem3gpp";
+constexpr char simPath[] = "/org/freedesktop/ModemManager1/SIM/0";
+constexpr char simInterface[] = "org.freedesktop.ModemManager1.Sim";
+constexpr char geoPath[] = "/org/freedesktop/GeoClue2/Manager";
+constexpr char geoInterface[] = "org.freedesktop.GeoClue2.Manager";
+constexpr char clientPath[] = "/org/freedesktop/GeoClue2/Client/1";
+constexpr char clientInterface[] = "org.freedesktop.GeoClue2.Client";
+constexpr char placeInterface[] = "org.freedesktop.GeoClue2.Location";
+constexpr char networkPath[] = "/org/freedesktop/NetworkManager";
+constexpr char networkInterface[] = "org.freedesktop.NetworkManager";
+constexpr char sensorPath[] = "/net/hadess/SensorProxy";
+constexpr char sensorInterface[] = "net.hadess.SensorProxy";
+
+constexpr uint32_t reachable = SCNetworkReachabilityFlagsReachable;
+constexpr uint32_t mobile = reachable | SCNetworkReachabilityFlagsIsWWAN;
+
+class ServicesTest : public testing::Test {
+ protected:
+  ServicesTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velto-services-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~ServicesTest() override {
+    gtk::uninstall();
+    std::filesystem::remove_all(folder_);
+  }
+
+  void install() { gtk::install({.applicationIdentifier = "org.example.services", .dataFolder = folder_}); }
+  // And waits for the first readings.
+  void installAndRead() {
+    install();
+    ASSERT_TRUE(gtk::GtkPlatform::installed()->systemBus().waitUntilRead(std::chrono::seconds(10)));
+  }
+
+  std::unique_ptr<MockService> modemManager() {
+    auto service = std::make_unique<MockService>(bus, "org.freedesktop.ModemManager1",
+                                                 "/org/freedesktop/ModemManager1", "org.example.Unused");
+    service->addObject(
+        modemPath, modemInterface,
+        "{'Sim': <objectpath '" + std::string(simPath) + "'>, 'AccessTechnologies': <uint32 16384>}");
+    service->addInterface(modemPath, gsmInterface,
+                          "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, "
+                          "'RegistrationState': <uint32 1>}");
+    service->addObject(simPath, simInterface,
+                       "{'OperatorIdentifier': <'310260'>, 'OperatorName': <'Home Mobile'>}");
+    service->update(modemPath, gsmInterface, "{'RegistrationState': <uint32 1>}");
+    return service;
+  }
+  // As after the host application started its client and got a fix.
+  std::unique_ptr<MockService> geoClue() {
+    auto service = std::make_unique<MockService>(bus, "org.freedesktop.GeoClue2", geoPath, geoInterface,
+                                                 "{'InUse': <true>, 'AvailableAccuracyLevel': <uint32 8>}");
+    service->addMethod(geoPath, geoInterface, "GetClient", "o", "ret = '" + std::string(clientPath) + "'");
+    service->addObject(clientPath, clientInterface,
+                       "{'Active': <true>, 'Location': <objectpath '/place/1'>}");
+    for (const char* method : {"Start", "Stop"})
+      service->addMethod(clientPath, clientInterface, method, "", "");
+    addPlace(*service, "/place/1", "52.5", "13.25", "(uint64 1700000000, uint64 500000)");
+    service->update(geoPath, geoInterface, "{'InUse': <true>}");
+    return service;
+  }
+  static void addPlace(MockService& service, const std::string& path, const std::string& latitude,
+                       const std::string& longitude, const std::string& time) {
+    service.addObject(path, placeInterface,
+                      "{'Latitude': <" + latitude + ">, 'Longitude': <" + longitude +
+                          ">, 'Accuracy': <25.0>, 'Timestamp': <" + time + ">}");
+  }
+  std::unique_ptr<MockService> networkManager() {
+    return std::make_unique<MockService>(
+        bus, networkInterface, networkPath, networkInterface,
+        "{'State': <uint32 70>, 'Connectivity': <uint32 4>, 'PrimaryConnectionType': <'gsm'>}");
+  }
+  std::unique_ptr<MockService> sensor() {
+    auto service = std::make_unique<MockService>(
+        bus, sensorInterface, sensorPath, sensorInterface,
+        "{'HasAccelerometer': <true>, 'AccelerometerOrientation': <'left-up'>}");
+    for (const char* method : {"ClaimAccelerometer", "ReleaseAccelerometer"})
+      service->addMethod(sensorPath, sensorInterface, method, "", "");
+    return service;
+  }
+
+  static uint32_t flags() {
+    return Platform::current().network().reachabilityWithAddress({"0.0.0.0"})->flags().value_or(99);
+  }
+  static std::string carrier() {
+    return VeltoDevice::simOperatorName().value_or("-") + "/" + VeltoDevice::simOperatorCode().value_or("-");
+  }
+  static std::optional<std::string> radio() {
+    return Platform::current().telephony().currentRadioAccessTechnology();
+  }
+  static int64_t orientation() { return Platform::current().device().orientation(); }
+
+  test::PrivateBus bus;
+
+ private:
+  std::string folder_;
+};
+
+TEST_F(ServicesTest, TheCarrierIsTheOneOfTheSim) {
+  auto service = modemManager();
+  installAndRead();
+  EXPECT_EQ(carrier(), "Example Mobile/262-01");
+  EXPECT_EQ(radio(), "CTRadioAccessTechnologyLTE");
+
+  service->update(modemPath, gsmInterface, "{'RegistrationState': <uint32 5>, 'OperatorName': <'Abroad'>}");
+  EXPECT_TRUE(runUntil([] { return carrier() == "Home Mobile/310-260"; })) << "roaming";
+  service->update(simPath, simInterface, "{'OperatorIdentifier': <'nonsense'>, 'OperatorName': <'\\n'>}");
+  EXPECT_TRUE(runUntil([] { return carrier() == "-/-"; }));
+  service->update(simPath, simInterface,
+                  "{'OperatorIdentifier': <uint32 7>, 'OperatorName': <'Only a name'>}");
+  EXPECT_TRUE(runUntil([] { return carrier() == "Only a name/-"; }));
+
+  const std::map<uint32_t, std::optional<std::string>> technologies{{0, std::nullopt},
+                                                                    {0xFFFFFFFF, std::nullopt},
+                                                                    {1U << 3, "GPRS"},
+                                                                    {1U << 4, "Edge"},
+                                                                    {1U << 5, "WCDMA"},
+                                                                    {1U << 6 | 1U << 7, "HSDPA"},
+                                                                    {1U << 7, "HSUPA"},
+                                                                    {1U << 9, "HSDPA"},
+                                                                    {1U << 10, "CDMA1x"},
+                                                                    {1U << 11, "CDMAEVDORev0"},
+                                                                    {1U << 12, "CDMAEVDORevA"},
+                                                                    {1U << 13, "CDMAEVDORevB"},
+                                                                    {1U << 14 | 1U << 5, "LTE"},
+                                                                    {1U << 15 | 1U << 14, "NRNSA"},
+                                                                    {1U << 15, "NR"},
+                                                                    {1U << 30, std::nullopt}};
+  for (const auto& [bits, word] : technologies)
+    EXPECT_EQ(gtk::radioAccessTechnology(bits),
+              word ? std::optional("CTRadioAccessTechnology" + *word) : word);
+
+  service->pointTo(modemPath, modemInterface, "Sim", "/");
+  EXPECT_TRUE(runUntil([] { return carrier() == "-/-"; })) << "no SIM, and not at home";
+}
+
+TEST_F(ServicesTest, ThePlaceIsTheHostApplicationsAndNothingIsStarted) {
+  auto service = geoClue();
+  installAndRead();
+  ASSERT_TRUE(VeltoDevice::isLocationServiceEnabled());
+  EXPECT_EQ(VeltoDevice::locationLatitude(), 52.5);
+  EXPECT_EQ(VeltoDevice::locationLongitude(), 13.25);
+  EXPECT_EQ(VeltoDevice::locationAccuracy(), 25);
+  EXPECT_EQ(VeltoDevice::locationTimestampInMilliseconds(), 1700000000500);
+
+  addPlace(*service, "/place/2", "-91.0", "13.25", "(uint64 1700000001, uint64 0)");
+  addPlace(*service, "/place/3", "1.0", "2.0", "'yesterday'");
+  service->pointTo(clientPath, clientInterface, "Location", "/place/2");
+  EXPECT_TRUE(runUntil([] { return !VeltoDevice::isLocationServiceEnabled(); })) << "no such latitude";
+  service->pointTo(clientPath, clientInterface, "Location", "/place/3");
+  EXPECT_TRUE(runUntil([] { return VeltoDevice::locationLatitude() == 1.0; }));
+  EXPECT_NEAR(*VeltoDevice::locationTimestampInSeconds(), static_cast<double>(time(nullptr)), 60);
+
+  const std::string second = "/org/freedesktop/GeoClue2/Client/2";
+  addPlace(*service, "/place/4", "-3.5", "4.0", "(uint64 1700000002, uint64 0)");
+  service->addObject(second, clientInterface, "{'Active': <true>, 'Location': <objectpath '/place/4'>}");
+  service->signal(second, clientInterface, "LocationUpdated", "oo", "[<'/'>, <'/place/4'>]");
+  EXPECT_TRUE(runUntil([] { return VeltoDevice::locationLatitude() == -3.5; }))
+      << "another client of the host";
+
+  service->update(geoPath, geoInterface, "{'AvailableAccuracyLevel': <uint32 0>}");
+  EXPECT_TRUE(runUntil([] { return !VeltoDevice::isLocationServiceEnabled(); }))
+      << "switched off by the user";
+  EXPECT_EQ(service->callsOf(clientPath, "Start") + service->callsOf(clientPath, "Stop"), 0u);
+}
+
+TEST_F(ServicesTest, WithoutAClientOfTheHostNoPlaceIsKnown) {
+  auto service = geoClue();
+  service->update(geoPath, geoInterface, "{'InUse': <false>}");
+  installAndRead();
+  EXPECT_FALSE(VeltoDevice::isLocationServiceEnabled());
+  EXPECT_EQ(service->callsOf(geoPath, "GetClient"), 0u) << "a client would be made";
+  service->pointTo(clientPath, clientInterface, "Location", "/");
+  service->update(geoPath, geoInterface, "{'InUse': <true>}");
+  EXPECT_TRUE(runUntil([&] { return service->callsOf(geoPath, "GetClient") > 0; }));
+  EXPECT_FALSE(VeltoDevice::isLocationServiceEnabled());
+}
+
+TEST_F(ServicesTest, ReachabilityFollowsThePrimaryConnectionAndTells) {
+  auto service = networkManager();
+  installAndRead();
+  runUntil([] { return !g_main_context_pending(nullptr); });  // told of all that was before
+  const auto watched = VeltoReachability::reachabilityForInternetConnection();
+  ASSERT_TRUE(watched->startNotifier());
+  int told = 0;
+  const auto observer = Platform::current().notificationCenter().addObserver(
+      kVeltoNetworkReachabilityChangedNotification, [&](const NSNotification& notification) {
+        EXPECT_EQ(notification.objectAs<VeltoReachability>(), watched);
+        ++told;
+      });
+  EXPECT_EQ(flags(), mobile);
+  EXPECT_EQ(watched->currentReachabilityStatus(), VeltoNetworkReachableViaWWAN);
+
+  const auto changesTo = [&](const char* properties, uint32_t expected, VeltoNetworkStatus status) {
+    const int before = told;
+    service->update(networkPath, networkInterface, properties);
+    EXPECT_TRUE(runUntil([&] { return flags() == expected && told == before + 1; })) << properties << flags();
+    EXPECT_EQ(watched->currentReachabilityStatus(), status) << properties;
+  };
+  changesTo("{'PrimaryConnectionType': <'802-11-wireless'>}", reachable, VeltoNetworkReachableViaWiFi);
+  changesTo("{'State': <uint32 20>}", 0, VeltoNetworkNotReachable);
+  changesTo("{'State': <uint32 60>, 'Connectivity': <uint32 2>}", reachable | 4 | 16,
+            VeltoNetworkNotReachable);
+  EXPECT_TRUE(watched->connectionRequired());
+  EXPECT_EQ(VeltoDevice::connection(), "CARRIER");
+}
+
+TEST_F(ServicesTest, TheDeviceTurnsWithItsSensor) {
+  auto service = sensor();
+  installAndRead();
+  // Without a built-in display this machine's panel counts as lying.
+  const bool upright = gtk::isPanelUpright(Platform::current().device().userInterfaceIdiom());
+  EXPECT_TRUE(runUntil([&] { return orientation() == (upright ? 4 : 1); })) << orientation();
+  EXPECT_TRUE(runUntil([&] { return service->callsOf(sensorPath, "ClaimAccelerometer") == 1; }));
+  Platform::current().device().setOrientation(2);
+  EXPECT_EQ(orientation(), 2);
+  service->update(sensorPath, sensorInterface, "{'AccelerometerOrientation': <'normal'>}");
+  EXPECT_TRUE(runUntil([&] { return orientation() == (upright ? 1 : 3); })) << orientation();
+  service->update(sensorPath, sensorInterface, "{'AccelerometerOrientation': <'undefined'>}");
+  // A connection of the host application's own does not end with the library.
+  const auto shared = GPtr<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+  gtk::uninstall();
+  EXPECT_TRUE(runUntil([&] { return service->callsOf(sensorPath, "ReleaseAccelerometer") == 1; }));
+
+  EXPECT_EQ(gtk::orientationOf("right-up", true), 3);
+  EXPECT_EQ(gtk::orientationOf("bottom-up", false), 4);
+  EXPECT_EQ(gtk::orientationOf("upside-down", true), 0);
+}
+
+TEST_F(ServicesTest, ServicesThatHangHoldNobodyUpAndAreAskedAgain) {
+  const auto modems = modemManager(), places = geoClue(), networks = networkManager(), sensors = sensor();
+  const auto all = {modems.get(), places.get(), networks.get(), sensors.get()};
+  for (auto* service : all) service->hang();
+  install();
+  // Waiting for one call in each of the requests would take twice as long as is allowed for all of them.
+  const gint64 start = g_get_monotonic_time();
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(VeltoTaskRequest::httpBodyFor(std::nullopt));
+  EXPECT_LT(g_get_monotonic_time() - start, 3 * G_USEC_PER_SEC);
+  auto& systemBus = gtk::GtkPlatform::installed()->systemBus();
+  EXPECT_TRUE(systemBus.waitUntilRead(std::chrono::seconds(5))) << "given up for now";
+  EXPECT_EQ(carrier(), "-/-");
+
+  for (auto* service : all) service->goOn();
+  const auto allKnown = [] {
+    return carrier() == "Example Mobile/262-01" && VeltoDevice::locationLatitude() == 52.5 &&
+           flags() == mobile && orientation() != 0;
+  };
+  EXPECT_TRUE(runUntil(allKnown)) << carrier() << flags();
+
+  for (auto* service : all) service->hang();
+  EXPECT_TRUE(allKnown()) << "the last known values";
+  for (auto* service : all) service->goOn();
+}
+
+TEST_F(ServicesTest, ServicesThatCrashAreForgottenAndReadAnew) {
+  auto modems = modemManager(), places = geoClue(), networks = networkManager();
+  installAndRead();
+  EXPECT_EQ(carrier(), "Example Mobile/262-01");
+  EXPECT_EQ(flags(), mobile);
+  EXPECT_TRUE(VeltoDevice::isLocationServiceEnabled());
+  modems.reset();
+  places.reset();
+  networks.reset();
+  EXPECT_TRUE(runUntil([] {
+    return carrier() == "-/-" && !radio() && !VeltoDevice::isLocationServiceEnabled() && flags() != mobile;
+  }));
+  modems = modemManager();
+  places = geoClue();
+  networks = networkManager();
+  EXPECT_TRUE(runUntil([] {
+    return carrier() == "Example Mobile/262-01" && VeltoDevice::isLocationServiceEnabled() &&
+           flags() == mobile;
+  })) << carrier()
+      << flags();
+  bus.stop();
+  EXPECT_TRUE(runUntil([] { return carrier() == "-/-"; })) << "and this process lives on without a bus";
+}
+
+TEST_F(ServicesTest, ARequestCarriesWhatIsKnownAndNothingElse) {
+  const std::map<std::string, JSON> known{
+      {"soc", "01"},          {"noc", "01"},  {"son", "Example Mobile"},      {"non", "Example Mobile"},
+      {"ncc", "262"},         {"scc", "262"}, {"geo", "52.500000,13.250000"}, {"ga", 25.0},
+      {"gf", 1700000000500.0}};
+  const auto modems = modemManager(), places = geoClue();
+  installAndRead();
+  const auto fingerprint = VeltoTaskRequest::_postParametersForSettings({})["aida"];
+  for (const auto& [key, value] : known)
+    EXPECT_EQ(VeltoTaskRequest::_postParametersForSettings({})[key], value) << key;
+
+  bus.stop();
+  EXPECT_TRUE(runUntil([] { return carrier() == "-/-" && !VeltoDevice::isLocationServiceEnabled(); }));
+  const auto parameters = VeltoTaskRequest::_postParametersForSettings({});
+  for (const auto& [key, value] : known) EXPECT_FALSE(parameters.contains(key)) << key;
+  EXPECT_NE(parameters.at("aida"), fingerprint) << "it is made of the carrier, too";
+}
+
+}  // namespace
+}  // namespace velto

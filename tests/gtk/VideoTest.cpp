@@ -1,0 +1,265 @@
+// Real videos, made here and served on loopback, in a real window: played to their end, broken in every way,
+// closed at any moment. There is no sound output, as on many a machine, and they play all the same.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/foundation/GMemory.h"
+
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "../video/RecordingHost.h"
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::string contents(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// A second of red with a tone, as WebM.
+std::string madeVideo() {
+  const auto file = std::filesystem::temp_directory_path() / "made.webm";
+  const std::string line =
+      "gst-launch-1.0 -q webmmux name=mux max-cluster-duration=200000000 ! filesink location=" +
+      file.string() +
+      " videotestsrc num-buffers=30 pattern=red ! video/x-raw,width=160,height=120,framerate=30/1"
+      " ! vp8enc deadline=1 keyframe-max-dist=6 ! mux."
+      " audiotestsrc num-buffers=43 ! audioconvert ! vorbisenc ! mux.";
+  int status = -1;
+  if (!g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, &status, nullptr) || status != 0)
+    throw std::runtime_error("no video: " + line);
+  return contents(file);
+}
+
+struct Served {
+  std::string body = {};
+  int status = 200;
+  size_t promised = 0;   // if more than there is
+  bool chunked = false;  // its length is not told
+  bool never = false;
+};
+
+class VideoServer {
+ public:
+  VideoServer() {
+    server_.Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
+    port_ = server_.bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_.listen_after_bind(); });
+    while (!server_.is_running()) std::this_thread::yield();
+  }
+  ~VideoServer() {
+    {
+      std::lock_guard lock(mutex_);
+      stopping_ = true;
+    }
+    stopped_.notify_all();
+    server_.stop();
+    thread_.join();
+  }
+  std::map<std::string, Served> files;  // by path, set before it is asked for
+  std::string url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + path;
+  }
+
+ private:
+  void answer(const std::string& path, httplib::Response& response) {
+    const auto& file = files.at(path);
+    if (file.status != 200) response.status = file.status;  // else 206 for a part of it
+    std::unique_lock lock(mutex_);
+    stopped_.wait(lock, [&] { return stopping_ || !file.never; });
+    if (file.chunked)
+      return response.set_chunked_content_provider("video/webm", [&file](size_t, httplib::DataSink& sink) {
+        sink.write(file.body.data(), file.body.size());
+        sink.done();
+        return true;
+      });
+    response.set_content_provider(std::max(file.promised, file.body.size()), "video/webm",
+                                  [&file](size_t offset, size_t length, httplib::DataSink& sink) {
+                                    if (offset >= file.body.size()) return false;
+                                    return sink.write(file.body.data() + offset,
+                                                      std::min(length, file.body.size() - offset));
+                                  });
+  }
+
+  httplib::Server server_;
+  int port_ = 0;
+  std::mutex mutex_;
+  std::condition_variable stopped_;
+  bool stopping_ = false;
+  std::thread thread_;
+};
+
+bool isMapped(const std::string& library) {
+  return contents("/proc/self/maps").find(library) != std::string::npos;
+}
+
+class GtkVideo : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
+    gtk_init();
+    whole = madeVideo();
+  }
+  GtkVideo() {
+    gtk::install({.applicationIdentifier = "org.example.video"});
+    window_ = GTK_WINDOW(gtk_window_new());
+    gtk_window_set_decorated(window_, false);
+    gtk_window_set_default_size(window_, 400, 600);
+    controller = gtk::hostViewController(window_);
+    paintable_ = GPtr<GdkPaintable>::adopt(gtk_widget_paintable_new(GTK_WIDGET(window_)));
+    gtk_window_present(window_);
+    EXPECT_TRUE(runUntil([&] { return controller->view()->bounds().size.height >= 600; }));
+    host = std::make_shared<RecordingHost>();
+    controller->addChildViewController(host);
+    controller->view()->addSubview(host->view());
+  }
+  ~GtkVideo() override {
+    host.reset();
+    controller.reset();
+    gtk::uninstall();
+    gtk_window_destroy(window_);
+  }
+  static bool runUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
+    const guint deadline = g_timeout_add_seconds(30, expire, &expired);
+    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+    if (!expired) g_source_remove(deadline);
+    return condition();
+  }
+  void play(const std::string& path) { host->playVideoAt(NSURL::URLWithString(server.url(path)).value()); }
+  bool isOver() const { return !controller->presentedViewController(); }
+  void press(const std::string& key) {
+    ASSERT_TRUE(
+        g_spawn_command_line_sync(("xdotool key " + key).c_str(), nullptr, nullptr, nullptr, nullptr));
+  }
+  // What the window shows at a point now: red, green, blue; -1 before it was painted.
+  std::array<int, 3> colorAt(int x, int y) {
+    auto* widget = GTK_WIDGET(window_);
+    const auto snapshot = GPtr<GtkSnapshot>::adopt(gtk_snapshot_new());
+    gdk_paintable_snapshot(paintable_, snapshot, gtk_widget_get_width(widget), gtk_widget_get_height(widget));
+    const GOwned<GskRenderNode, gsk_render_node_unref> node(gtk_snapshot_to_node(snapshot));
+    if (!node) return {-1, -1, -1};
+    const graphene_rect_t all = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(gtk_widget_get_width(widget)),
+                                                   static_cast<float>(gtk_widget_get_height(widget)));
+    const auto texture = GPtr<GdkTexture>::adopt(
+        gsk_renderer_render_texture(gtk_native_get_renderer(GTK_NATIVE(window_)), node.get(), &all));
+    const auto stride = static_cast<size_t>(gdk_texture_get_width(texture)) * 4;
+    std::vector<guchar> pixels(stride * static_cast<size_t>(gdk_texture_get_height(texture)));
+    gdk_texture_download(texture, pixels.data(), stride);
+    const auto* pixel = &pixels[static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 4];
+    return {pixel[2], pixel[1], pixel[0]};
+  }
+
+  inline static std::string whole;
+  VideoServer server;
+  std::shared_ptr<UIViewController> controller;
+  std::shared_ptr<RecordingHost> host;
+
+ private:
+  GtkWindow* window_;
+  GPtr<GdkPaintable> paintable_;
+};
+
+TEST_F(GtkVideo, PlaysToItsEndAndIsSeenAndMeasured) {
+  EXPECT_FALSE(isMapped("velto-video")) << "a process without a video has no player";
+  server.files["/a"] = {whole};
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
+  EXPECT_TRUE(isMapped("velto-video"));
+  EXPECT_FALSE(isMapped("velto-volume")) << "nobody observes the volume";
+  const auto duration = host->asset()->duration();
+  EXPECT_NEAR(CMTimeGetSeconds(duration), 1, 0.05);
+  ASSERT_TRUE(runUntil([&] { return colorAt(200, 300)[0] > 200; }));
+  const auto middle = colorAt(200, 300);
+  EXPECT_LT(middle[1] + middle[2], 100) << "red";
+  EXPECT_EQ(colorAt(200, 20), (std::array{0, 0, 0})) << "above the picture, which keeps its shape";
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+}
+
+TEST_F(GtkVideo, BrokenVideosEndInAClosedPlayer) {
+  server.files = {{"/missing", {.body = "not here", .status = 404}},
+                  {"/text", {.body = "<html><body>not a video</body></html>"}},
+                  {"/empty", {}},
+                  {"/cut", {.body = whole.substr(0, whole.size() / 2)}},
+                  {"/lost", {.body = whole.substr(0, whole.size() / 2), .promised = whole.size()}}};
+  for (const auto& [path, served] : server.files) {
+    SCOPED_TRACE(path);
+    host->told.clear();
+    play(path);
+    ASSERT_TRUE(runUntil([&] { return isOver(); }));
+    EXPECT_EQ(std::count(host->told.begin(), host->told.end(), "1"), 0) << "it was not played to its end";
+    ASSERT_TRUE(host->player()->error());
+    EXPECT_FALSE(host->player()->error()->localizedDescription.empty());
+    const bool isVideo = path == "/cut" || path == "/lost";  // whose first part may have been played
+    EXPECT_TRUE(isVideo || host->told.empty());
+  }
+}
+
+TEST_F(GtkVideo, AStreamWithoutALengthPlaysUnmeasured) {
+  auto live = whole;  // without the field of its duration, which becomes a void
+  const auto field = live.find("\x44\x89");
+  ASSERT_NE(field, std::string::npos);
+  live.replace(field, 2, "\x42\xfe");
+  server.files["/live"] = {.body = live, .chunked = true};
+  play("/live");
+  ASSERT_TRUE(runUntil([&] { return !host->told.empty(); }));
+  EXPECT_EQ(host->timeObserverToken(), nullptr);
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  EXPECT_EQ(host->told, (Lines{"start 0 at 1"}));
+}
+
+TEST_F(GtkVideo, IsClosedAtAnyMoment) {
+  server.files = {{"/never", {.never = true}}, {"/a", {whole}}};
+  play("/never");
+  press("Escape");
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  EXPECT_EQ(host->told, Lines{});
+
+  // The second takes the first one's place, and is steered by keys.
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->told.size() == 4; }));
+  press("space");
+  ASSERT_TRUE(runUntil([&] { return !host->player()->isPlaying(); }));
+  press("Left");
+  ASSERT_TRUE(runUntil([&] { return CMTimeGetSeconds(host->player()->currentTime()) < 0.1; }));
+  press("space");
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  const std::string first = "start 1 at 1";
+  EXPECT_EQ(host->told, (Lines{first, "0.25", first, "0.25", "0.25", "0.5", "0.75", "1"}));
+
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->player()->isPlaying(); }));
+  const std::weak_ptr<AVPlayer> player = host->player();
+  const std::weak_ptr<AVPlayerViewController> screen = host->playerViewController();
+  host->view()->removeFromSuperview();
+  host->removeFromParentViewController();
+  host.reset();
+  EXPECT_TRUE(isOver());
+  EXPECT_TRUE(player.expired() && screen.expired());
+}
+
+TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
+  g_setenv("VELTO_MODULES", "/nowhere", TRUE);
+  server.files["/a"] = {whole};
+  play("/a");
+  EXPECT_TRUE(runUntil([&] { return isOver(); }));
+  g_unsetenv("VELTO_MODULES");
+  EXPECT_EQ(host->told, Lines{});
+}
+
+}  // namespace
+}  // namespace velto::test

@@ -1,0 +1,139 @@
+// The output volume, from a sound server of the test's own, which has an output that nobody hears.
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/AVAudioSession.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace velto {
+namespace {
+
+// Made by its socket: it is there once clients can connect.
+class SoundServer {
+ public:
+  explicit SoundServer(const std::filesystem::path& socket) {
+    const std::string load = "module-native-protocol-unix auth-anonymous=1 socket=" + socket.string();
+    std::vector<std::string> words{"pulseaudio",
+                                   "-n",
+                                   "--daemonize=no",
+                                   "--exit-idle-time=-1",
+                                   "--use-pid-file=no",
+                                   "--load=module-null-sink sink_name=first",
+                                   "--load=module-null-sink sink_name=second",
+                                   "--load=" + load};
+    std::vector<char*> line;
+    for (auto& word : words) line.push_back(word.data());
+    line.push_back(nullptr);
+    constexpr auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
+                                                    G_SPAWN_STDERR_TO_DEV_NULL | G_SPAWN_STDOUT_TO_DEV_NULL);
+    if (!g_spawn_async(nullptr, line.data(), nullptr, flags, nullptr, nullptr, &process_, nullptr))
+      throw std::runtime_error("no pulseaudio");
+  }
+  ~SoundServer() { stop(); }
+  void stop() {
+    if (!process_) return;
+    kill(process_, SIGTERM);
+    waitpid(process_, nullptr, 0);
+    process_ = 0;
+  }
+
+ private:
+  GPid process_ = 0;
+};
+
+class GtkVolume : public testing::Test {
+ protected:
+  GtkVolume() {
+    gtk_init();
+    gtk::install({.applicationIdentifier = "org.example.volume"});
+    socket = std::filesystem::temp_directory_path() / "sound";
+    g_setenv("PULSE_SERVER", ("unix:" + socket.string()).c_str(), TRUE);
+  }
+  ~GtkVolume() override { gtk::uninstall(); }
+
+  static AVAudioSession& session() { return AVAudioSession::sharedInstance(); }
+  static bool runUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
+    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
+    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+    if (!expired) g_source_remove(deadline);
+    return condition();
+  }
+  static bool isMapped(const std::string& library) {
+    std::ifstream maps("/proc/self/maps");
+    const std::string text{std::istreambuf_iterator<char>(maps), {}};
+    return text.find(library) != std::string::npos;
+  }
+  static bool control(const std::string& words) {
+    int status = -1;
+    return g_spawn_command_line_sync(("pactl " + words).c_str(), nullptr, nullptr, &status, nullptr) &&
+           status == 0;
+  }
+  Handle observe() {
+    return session().addObserver("outputVolume", NSKeyValueObservingOptionNew, this,
+                                 [this](const std::string&, float volume, const void* context) {
+                                   EXPECT_EQ(context, this);
+                                   heard.push_back(volume);
+                                 });
+  }
+
+  std::filesystem::path socket;
+  std::vector<float> heard;
+};
+
+TEST_F(GtkVolume, IsOneWithoutASoundServer) {
+  EXPECT_THROW((void)session().addObserver("inputGain", 1, nullptr, {}), std::invalid_argument);
+  const Handle observation = observe();
+  bool passed = false;
+  Platform::current().mainQueue().postAfter(std::chrono::milliseconds(50), [&] { passed = true; });
+  ASSERT_TRUE(runUntil([&] { return passed; }));
+  EXPECT_FALSE(isMapped("libpulse.so")) << "observing alone asks nobody";
+  session().setActive();
+  ASSERT_TRUE(runUntil([] { return isMapped("libpulse.so"); }));
+  EXPECT_FLOAT_EQ(session().outputVolume(), 1);
+  EXPECT_TRUE(heard.empty());
+}
+
+TEST_F(GtkVolume, FollowsTheDefaultOutput) {
+  SoundServer server(socket);
+  ASSERT_TRUE(runUntil([&] {
+    g_main_context_wakeup(nullptr);
+    return std::filesystem::exists(socket);
+  }));
+  ASSERT_TRUE(control("set-default-sink first") && control("set-sink-volume first 50%") &&
+              control("set-sink-volume second 30%"));
+  Handle observation = observe();
+  session().setActive();
+  ASSERT_TRUE(runUntil([] { return session().outputVolume() < 1; }));
+  EXPECT_NEAR(session().outputVolume(), 0.5, 0.01);
+  EXPECT_TRUE(heard.empty()) << "that it was so all along is no change";
+
+  const auto expectNext = [&](const std::string& words, double volume) {
+    const auto before = heard.size();
+    ASSERT_TRUE(control(words));
+    ASSERT_TRUE(runUntil([&] { return heard.size() > before; })) << words;
+    EXPECT_NEAR(heard.back(), volume, 0.01) << words;
+    EXPECT_EQ(heard.size(), before + 1) << words;
+  };
+  expectNext("set-sink-volume first 80%", 0.8);
+  expectNext("set-sink-volume first 150%", 1);
+  expectNext("set-sink-mute first 1", 0);
+  expectNext("set-default-sink second", 0.3);
+  server.stop();
+  ASSERT_TRUE(runUntil([] { return session().outputVolume() == 1; }));
+  EXPECT_EQ(heard.size(), 4U) << "nobody knows it any more, which is no change";
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,489 @@
+// What a page is told, statement by statement, and what its commands may do in which state.
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
+#include "velto/mraid/VeltoMRAIDBridge.h"
+
+#include "../ui/UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+
+class MRAIDTest : public test::UITest {
+ protected:
+  MRAIDTest() {
+    lock = platform->notificationCenter().addObserver(
+        VeltoNotificationUIInterfaceOrientationMaskLock,
+        [this](const NSNotification& posted) { locks.push_back(std::get<int64_t>(posted.object)); });
+    loadAd(*owner, markup("<script src='mraid.js'></script>"));
+    said();
+  }
+  headless::RecordingWebView& first() { return headless::RecordingWebView::of(*host.webView()); }
+  // "name" or "name?item=value", the value as it is before it is escaped.
+  static NSURL url(const std::string& text) {
+    const size_t question = text.find('?');
+    const auto bare = NSURL::URLWithString("mraid://" + text.substr(0, question)).value();
+    if (question == std::string::npos) return bare;
+    const size_t equals = text.find('=');
+    return bare.URLByReplacingQueryItems(
+        {{text.substr(question + 1, equals - question - 1), text.substr(equals + 1)}});
+  }
+  void command(const std::string& text) { first().navigate(url(text).absoluteString()); }
+  // Statements since the last call, without what surrounds each.
+  std::vector<std::string> said() {
+    const auto& scripts = first().scripts();
+    std::vector<std::string> statements;
+    for (; heard < scripts.size(); ++heard) {
+      const std::string& text = scripts[heard];
+      if (text.starts_with("window.mraid.") && text.ends_with(";"))
+        statements.push_back(text.substr(13, text.size() - 14));
+    }
+    return statements;
+  }
+  void loadAgain() {
+    platform->urlSession().enqueue(markup("<script src='mraid.js'></script>"));
+    owner->load();
+    platform->runUntilIdle();
+  }
+  VeltoMRAIDHandler& handler() { return *host.veltoGetMRAIDHandler(); }
+
+  size_t heard = 0;
+  std::vector<int64_t> locks;
+  Handle lock;
+  std::shared_ptr<VeltoBannerViewController> owner = banner(VeltoBannerPositionTop);
+  VeltoBannerViewControllerPrivate& host = *owner->vc();
+};
+
+using Statements = std::vector<std::string>;
+
+TEST_F(MRAIDTest, ThePageScriptComesBeforeTheLoadAndWithEachDocument) {
+  const auto& script = UIViewControllerMRAIDSDKVelto::MRAIDJs();
+  EXPECT_EQ(page().scripts().front(), script);
+  const auto& scripts = page().configuration().userContentController.userScripts;
+  EXPECT_EQ(scripts.size(), 2U);
+  EXPECT_EQ(scripts.back().source, script);
+  EXPECT_EQ(scripts.back().injectionTime, WKUserScriptInjectionTime::AtDocumentStart);
+  EXPECT_TRUE(scripts.back().forMainFrameOnly);
+  EXPECT_EQ(page().html(), "") << "the ad's own tag is gone";
+}
+
+TEST_F(MRAIDTest, TheReadySequence) {
+  platform->application().schemes.insert("tel");
+  platform->eventStore().eventStatus = 3;
+  platform->location().lastKnown = CLLocation{52.5, -13.25, 20, 1'700'000'000.5};
+  page().finish();
+  const Statements expected = {
+      "setSupports(\"sms\", true)",
+      "setSupports(\"tel\", false)",
+      "setSupports(\"storePicture\", false)",
+      "setSupports(\"calendar\", true)",
+      "setSupports(\"inlineVideo\", true)",
+      "setSupports(\"vpaid\", false)",
+      "setSupports(\"location\", true)",
+      "setScreenSize({width: 390.00, height: 844.00})",
+      "setMaxSize({width: 390.00, height: 763.00})",
+      "setDefaultPosition({x: 0.00, y: 0.00, width: 320.00, height: 50.00})",
+      "setCurrentPosition({x: 0.00, y: 0.00, width: 320.00, height: 50.00})",
+      "setVersion(\"2.0\")",
+      "setPlacementType(\"inline\")",
+      "setIsViewable(true)",
+      "setState(\"default\")",
+      "setLocation({lat: 52.500000, lon: -13.250000, type: 1, accuracy: 20.000000, lastfix: "
+      "1700000000.500000, "
+      "ipservice: null})",
+      "fireEvent(\"viewableChange\",true)",
+      "fireEvent(\"sizeChange\",{width: 320.00, height: 50.00})",
+      "fireEvent(\"exposureChange\",{exposedPercentage: 100.0, visibleRectangle: {x: 0.00, y: 0.00, width: "
+      "320.00, "
+      "height: 50.00}, occlusionRectangles: null})",
+      "fireEvent(\"ready\")",
+  };
+  EXPECT_EQ(said(), expected);
+  platform->location().servicesEnabled = false;
+  page().finish();
+  const auto without = said();
+  EXPECT_EQ(without.size(), expected.size() - 1);
+  EXPECT_EQ(without[6], "setSupports(\"location\", false)");
+  handler().state = "expanded";
+  page().finish();
+  EXPECT_EQ(handler().state, "expanded") << "only a loading ad becomes ready";
+}
+
+TEST_F(MRAIDTest, VisibilityVolumeAndOcclusions) {
+  host.viewWillDisappear(false);
+  host.viewWillDisappear(false);
+  EXPECT_EQ(said(),
+            (Statements{"setIsViewable(false)",
+                        "fireEvent(\"exposureChange\",{exposedPercentage: 0.0, visibleRectangle: {x: 0.00, "
+                        "y: 0.00, width: 0.00, height: 0.00}, occlusionRectangles: null})",
+                        "fireEvent(\"viewableChange\",false)", "setIsViewable(false)"}));
+  host.audioVolumeChange(0.5F, host.webView());
+  host.audioVolumeChange(0.5F, nullptr);
+  EXPECT_EQ(said(), (Statements{"fireEvent(\"audioVolumeChange\",{volumePercentage: 50.0})"}));
+  EXPECT_EQ(VeltoMRAIDBridge::_exposure(99.96F, {{1, 2}, {3, 4}}, {"{{1, -2.5}, {30, 4e1}}", "no rectangle"}),
+            "{exposedPercentage: 100.0, visibleRectangle: {x: 1.00, y: 2.00, width: 3.00, height: 4.00}, "
+            "occlusionRectangles: [\n  \"{x: 1.00, y: -2.50, width: 30.00, height: 40.00}\",\n"
+            "  \"{x: 0.00, y: 0.00, width: 0.00, height: 0.00}\"\n]}");
+}
+
+TEST_F(MRAIDTest, ExpandAndItsClose) {
+  command("expand");
+  EXPECT_EQ(said(),
+            (Statements{"setPlacementType(\"inline\")",
+                        "setCurrentPosition({x: 0.00, y: 47.00, width: 390.00, height: 763.00})",
+                        "fireEvent(\"sizeChange\",{width: 390.00, height: 763.00})",
+                        "fireEvent(\"exposureChange\",{exposedPercentage: 100.0, visibleRectangle: {x: 0.00, "
+                        "y: 47.00, width: 390.00, height: 763.00}, occlusionRectangles: null})",
+                        "setState(\"expanded\")"}));
+  EXPECT_EQ(host.webView()->subviews().size(), 1U);
+  command("expand");
+  EXPECT_EQ(said(), Statements{}) << "not twice";
+  command("resize");
+  EXPECT_EQ(said(),
+            (Statements{"fireEvent(\"error\",Resize() cannot be called before setResizeProperties().)",
+                        "setState(\"resized\")"}))
+      << "elsewhere a resize changes the word only";
+  handler().state = "expanded";
+  locks.clear();
+  command("close");
+  platform->runUntilIdle();
+  const auto closing = said();
+  ASSERT_EQ(closing.size(), 5U);
+  EXPECT_EQ(closing.front(), "setPlacementType(\"inline\")")
+      << "told as an expansion, with no new default position";
+  EXPECT_EQ(closing.back(), "setState(\"default\")");
+  EXPECT_EQ(locks, (std::vector<int64_t>{30}));
+  EXPECT_TRUE(host.webView()->subviews().empty());
+
+  command("setExpandProperties?p={\"useCustomClose\":false}");
+  command("expand");
+  EXPECT_TRUE(host.webView()->subviews().empty()) << "a page that says no gets no button";
+  command("close");
+  command("setExpandProperties?p={\"useCustomClose\":true}");
+  command("expand");
+  EXPECT_EQ(host.webView()->subviews().size(), 1U);
+  platform->runUntilIdle();
+  window->tap({380, 60});
+  platform->advance(100ms);
+  EXPECT_EQ(handler().state, "default");
+  command("setExpandProperties?p=[]");
+  EXPECT_FALSE(handler().expandProperty) << "what does not decode clears";
+}
+
+TEST_F(MRAIDTest, ResizeAndItsClose) {
+  const std::string set = "setResizeProperties?p=";
+  command("resize");
+  platform->advance(100ms);
+  EXPECT_EQ(said(),
+            (Statements{"fireEvent(\"error\",Resize() cannot be called before setResizeProperties().)",
+                        "setState(\"resized\")"}))
+      << "asked all the same, without a record";
+  command("close");
+  platform->advance(100ms);
+  said();
+  command(set +
+          R"({"width":300,"height":250,"offsetX":0,"offsetY":9000,"customClosePosition":"bottom-left"})");
+  command("resize");
+  command("resize");
+  platform->advance(100ms);
+  EXPECT_EQ(handler().state, "resized") << "off screen is no matter unless it is allowed";
+  ASSERT_EQ(host.webView()->subviews().size(), 1U) << "of two resizes in a row one button stays";
+  EXPECT_EQ(host.webView()->subviews()[0]->frame(), (CGRect{{0, 200}, {50, 50}}));
+  const Statements resized{
+      "setCurrentPosition({x: 45.00, y: 560.00, width: 300.00, height: 250.00})",
+      "fireEvent(\"sizeChange\",{width: 300.00, height: 250.00})",
+      "fireEvent(\"exposureChange\",{exposedPercentage: 100.0, visibleRectangle: {x: 45.00, y: "
+      "560.00, width: 300.00, height: 250.00}, occlusionRectangles: null})",
+      "setState(\"resized\")"};
+  auto statements = said();
+  statements.resize(4);
+  EXPECT_EQ(statements, resized);
+  command("expand");
+  EXPECT_EQ(said(), Statements{}) << "a resized ad does not expand";
+  command("close");
+  platform->advance(100ms);
+  EXPECT_EQ(said().back(), "setState(\"default\")");
+  EXPECT_TRUE(host.webView()->subviews().empty());
+
+  const Statements offScreen{
+      "fireEvent(\"error\",Current resize properties would result in the close region being off "
+      "screen. Ignoring resize.)"};
+  // Against a screen of 390 × 763, for a view at the origin.
+  const struct {
+    const char* position;
+    int x, y, width;
+    bool passes;
+  } cases[] = {
+      {"top-right", 0, -10, 300, false},
+      {"top-right", 0, 713, 300, true},
+      {"top-right", 0, 714, 300, false},
+      {"top-right", 41, 0, 300, false},
+      {"top-left", 340, 0, 300, true},
+      {"top-left", -1, 0, 300, false},
+      {"bottom-left", 0, 463, 300, true},
+      {"bottom-left", 0, 464, 300, false},
+      {"bottom-right", -251, 0, 300, false},
+      {"center", 999, 999, 300, true},
+      {"top-center", 999, 0, 300, true},
+      {"bottom-center", 0, -201, 300, false},
+      {nullptr, 0, 0, 300, true},
+      {nullptr, 41, 0, 300, false},
+  };
+  for (const auto& test : cases) {
+    const std::string named =
+        test.position ? std::string(R"(,"customClosePosition":")") + test.position + "\"" : "";
+    command(set + R"({"allowOffscreen":true,"height":250,"width":)" + std::to_string(test.width) +
+            ",\"offsetX\":" + std::to_string(test.x) + ",\"offsetY\":" + std::to_string(test.y) + named +
+            "}");
+    command("resize");
+    platform->advance(100ms);
+    EXPECT_EQ(handler().state == "resized", test.passes) << named << test.x << " " << test.y;
+    EXPECT_EQ(said() == offScreen, !test.passes);
+    command("close");
+    platform->advance(100ms);
+    said();
+  }
+}
+
+TEST_F(MRAIDTest, OrientationLocks) {
+  EXPECT_EQ(locks, (std::vector<int64_t>{30})) << "a new handler says so";
+  auto& device = platform->device().facts;
+  command("setOrientationProperties?p={\"forceOrientation\":\"landscape\"}");
+  EXPECT_EQ(locks.back(), 30) << "an inline ad that is not expanded locks nothing";
+  EXPECT_EQ(device.orientation, 1);
+  command("expand");
+  EXPECT_EQ(device.orientation, 4);
+  command("setOrientationProperties?p={\"forceOrientation\":\"portrait\",\"allowOrientationChange\":false}");
+  EXPECT_EQ(locks.back(), 2);
+  EXPECT_EQ(device.orientation, 1);
+  EXPECT_FALSE(host.shouldAutorotate());
+  command("setOrientationProperties?p={\"forceOrientation\":\"none\"}");
+  EXPECT_EQ(locks.back(), 30);
+  EXPECT_EQ(handler().orientation, 0);
+  command("setOrientationProperties?p={\"forceOrientation\":\"landscape\"}");
+  EXPECT_EQ(locks.back(), 16);
+  command("setOrientationProperties?p=nonsense");
+  EXPECT_EQ(handler().orientation, 4);
+  owner->removeBanner();
+  platform->runUntilIdle();
+  EXPECT_EQ(locks.back(), 30) << "nothing of a removed ad stays locked";
+}
+
+TEST_F(MRAIDTest, InterstitialPlacementClosesToHidden) {
+  handler().readyInterstitialPlacementType(host.webView(), {390, 763});
+  handler().setOrientationProperty(
+      VeltoMRAIDPropertyOrientation::decode(R"({"forceOrientation":"landscape"})"));
+  EXPECT_EQ(handler().orientation, 4);
+  said();
+  command("close");
+  EXPECT_EQ(said(), (Statements{"setState(\"hidden\")", "setIsViewable(false)"}));
+  handler().state = "default";
+  handler().placementType = MRAIDText("interstitial");
+  command("close");
+  EXPECT_EQ(handler().state, "default") << "the word from elsewhere is not the table's";
+}
+
+TEST_F(MRAIDTest, OpenOnlyWhatTheApplicationCan) {
+  for (const char* text : {"open?u=https://a.example/?b&c", "open?u=b.example/x", "open?u=odd://x", "open",
+                           "open?u=", "setLocation?u=https://x", "mraidLog?m=hi"})
+    command(text);
+  ASSERT_EQ(platform->application().opened.size(), 2U);
+  EXPECT_EQ(platform->application().opened[0].url.absoluteString(), "https://a.example/?b&c");
+  EXPECT_EQ(platform->application().opened[1].url.absoluteString(), "https://b.example/x");
+}
+
+TEST_F(MRAIDTest, PicturesAndEventsOnlyWhenGranted) {
+  auto& session = platform->urlSession();
+  const std::string event =
+      R"(createCalendarEvent?e={"description":"Fair","start":"2024-05-01T10:00Z","reminder":"-1",)"
+      R"("recurrence":"{\"frequency\":\"daily\"}"})";
+  const auto requests = session.requests().size();
+  command("storePicture?u=https://a.example/b.png");
+  command(event);
+  platform->runUntilIdle();
+  EXPECT_EQ(session.requests().size(), requests);
+  EXPECT_TRUE(platform->eventStore().events.empty());
+
+  platform->photoLibrary().setAuthorizationStatus(3);
+  platform->eventStore().eventStatus = 3;
+  session.enqueue(markup("<html>no picture</html>"));
+  session.enqueue(markup("GIF89a..."));
+  command("storePicture?u=https://a.example/b.png");
+  command("storePicture?u=https://a.example/c.gif");
+  command(event);
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->photoLibrary().pictures().size(), 1U);
+  EXPECT_EQ(platform->photoLibrary().pictures()[0].address, "https://a.example/c.gif");
+  ASSERT_EQ(platform->eventStore().events.size(), 1U);
+  const auto& saved = platform->eventStore().events[0];
+  EXPECT_EQ(saved.title, "Fair");
+  ASSERT_EQ(saved.recurrenceRules.size(), 1U);
+  EXPECT_EQ(saved.recurrenceRules[0].frequency, EKRecurrenceFrequencyDaily);
+  EXPECT_FALSE(saved.recurrenceRules[0].recurrenceEnd);
+
+  std::vector<bool> results;
+  for (const char* bytes : {"GIF89a", "none"}) {
+    session.enqueue(markup(bytes));
+    VeltoAdManager::fetchForMRAIDImageContent("https://a.example/",
+                                              [&](bool kept) { results.push_back(kept); });
+  }
+  platform->photoLibrary().setAuthorizationStatus(2);
+  VeltoAdManager::fetchForMRAIDImageContent("not a URL", [&](bool kept) { results.push_back(kept); });
+  platform->runUntilIdle();
+  EXPECT_EQ(results, (std::vector<bool>{false, false, false}));
+}
+
+TEST_F(MRAIDTest, TheSecondPart) {
+  auto& session = platform->urlSession();
+  session.enqueue(markup("<p>not rich media</p>"));
+  command("expand?u=https://a.example/2");
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->webViews().size(), 1U);
+  EXPECT_EQ(platform->views().contentHeld(), 0);
+  session.enqueue(markup("<script src='mraid.js'></script>two", 0, 0));
+  command("expand?u=https://a.example/2");
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->webViews().size(), 2U);
+  auto& second = *platform->webViews()[1];
+  EXPECT_EQ(second.html(), "two");
+  EXPECT_EQ(second.webView().frame().size, (CGSize{390, 763}));
+  second.finish();
+  EXPECT_TRUE(second.hasRun("setState(\"expanded\")"));
+  EXPECT_EQ(said(), Statements{}) << "the first page is not spoken to";
+  delegate->heard.clear();
+  second.navigate("velto://loadFinished");
+  EXPECT_TRUE(delegate->heard.empty());
+  second.navigate("mraid://close");
+  EXPECT_EQ(platform->webViews().size(), 1U);
+  EXPECT_EQ(handler().state, "default");
+
+  session.enqueue(markup("<script src='mraid.js'></script>two"));
+  command("expand?u=https://a.example/2");
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->webViews().size(), 2U);
+  window->tap({380, 60});
+  platform->advance(100ms);
+  EXPECT_EQ(platform->webViews().size(), 1U) << "a person's close takes the second part away too";
+  said();
+
+  // Neither answers nor steps that come too late touch the next ad.
+  const auto old = host.webView();
+  session.enqueue(markup("<script src='mraid.js'></script>two"));
+  command("resize");
+  command("expand?u=https://a.example/2");
+  host.fetchBannerSuccess(VeltoAd::adWithHTML("mraid.js", std::nullopt, host.ad()->headers));
+  platform->advance(1s);
+  EXPECT_EQ(platform->webViews().size(), 2U) << "the old one, held here, and the new one";
+  EXPECT_EQ(handler().state, "loading");
+  headless::RecordingWebView::of(*old).navigate("mraid://open?u=https%3A%2F%2Fa.example");
+  EXPECT_TRUE(platform->application().opened.empty());
+}
+
+// Whatever a page asks for, in whatever order: once its ad is gone nothing of it is left.
+TEST_F(MRAIDTest, AWalkThroughTheStatesLeavesNothingBehind) {
+  const std::vector<std::string> commands = {
+      "expand",
+      "expand?u=https://a.example/2",
+      "resize",
+      "close",
+      "unload",
+      R"(setResizeProperties?p={"width":300,"height":250,"offsetX":0,"offsetY":0})",
+      R"(setExpandProperties?p={"useCustomClose":false})",
+      "setExpandProperties?p=1",
+      R"(setOrientationProperties?p={"forceOrientation":"landscape"})",
+      R"(setOrientationProperties?p={"forceOrientation":"portrait"})"};
+  uint32_t random = 1;
+  const auto next = [&](size_t below) {
+    random = random * 1664525 + 1013904223;
+    return (random >> 8) % below;
+  };
+  platform->urlSession().respond("a.example", markup("<script src='mraid.js'></script>two"));
+  platform->setPagesFinishByThemselves(true);
+  for (int walk = 0; walk < 200; ++walk) {
+    if (!host.webView()) loadAgain();
+    for (int step = 0; step < 20 && host.webView(); ++step) {
+      const auto pages = platform->webViews();
+      auto& speaker = *pages[next(pages.size())];
+      speaker.navigate(url(commands[next(commands.size())]).absoluteString());
+      if (next(3) == 0) platform->advance(std::chrono::milliseconds(next(150)));
+      if (next(8) == 0) window->tap({380, 60});
+    }
+    EXPECT_LE(platform->webViews().size(), 2U);
+    if (walk % 2 == 0)
+      owner->removeBanner();
+    else
+      loadAgain();
+    platform->advance(1s);
+    if (!host.webView()) {
+      EXPECT_TRUE(platform->webViews().empty());
+      EXPECT_TRUE(window->view().subviews().empty());
+    } else {
+      EXPECT_EQ(platform->webViews().size(), 1U);
+      EXPECT_TRUE(host.webView()->subviews().empty());
+      EXPECT_EQ(handler().state, "default");
+      EXPECT_EQ(host.webView()->frame().size, (CGSize{320, 50}));
+    }
+    EXPECT_EQ(locks.back(), 30);
+    EXPECT_EQ(platform->views().contentHeld(), 0);
+  }
+}
+
+// A controller that shows pages and carries nothing out.
+class Plain : public UIViewController, public UIViewControllerMRAIDSDKVelto {
+ public:
+  std::shared_ptr<VeltoMRAIDHandler> handler;
+  std::vector<std::string> asked;
+  std::vector<Operation> missing;
+
+  std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() override { return handler; }
+  bool respondsTo(Operation operation) const override {
+    return std::find(missing.begin(), missing.end(), operation) == missing.end();
+  }
+  void veltoMRAIDExpand(const std::optional<std::string>&, const CloseButton&) override {
+    asked.emplace_back("expand");
+  }
+  void veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>&,
+                        const VeltoCloseButtonUIConfiguration&) override {
+    asked.emplace_back("resize");
+  }
+  void veltoMRAIDRemoveCloseCustomButton() override { asked.emplace_back("remove"); }
+  void playVideoAt(const NSURL& url) override { asked.push_back(url.absoluteString()); }
+
+ private:
+  UIViewController& viewController() override { return *this; }
+};
+
+TEST_F(MRAIDTest, OperationsThatAControllerLacks) {
+  const auto plain = std::make_shared<Plain>();
+  auto& web = *host.webView();
+  const auto act = [&](const std::string& text) {
+    plain->mraidHandleAction(url(text), web);
+    return std::exchange(plain->asked, {});
+  };
+  EXPECT_EQ(act("playVideo?u=https://v.example/a.mp4"), Statements{}) << "without a handler nothing";
+  plain->handler = VeltoMRAIDHandler::handler();
+  EXPECT_EQ(act("playVideo?u=https://v.example/a.mp4"), Statements{"https://v.example/a.mp4"});
+  EXPECT_EQ(act("playVideo?u=odd://v"), Statements{});
+  plain->mraidReady(host.webView(), false, {}, plain->handler);
+  EXPECT_EQ(plain->handler->state, "loading") << "neither banner nor interstitial";
+  plain->mraidReady(host.webView(), true, {}, plain->handler);
+  EXPECT_EQ(plain->handler->state, "default");
+
+  using Operation = UIViewControllerMRAIDSDKVelto::Operation;
+  EXPECT_EQ(act("expand"), Statements{"expand"});
+  plain->missing = {Operation::Expand, Operation::GetFullscreenFrame};
+  platform->device().facts.orientation = 3;
+  plain->handler->setOrientationProperty(
+      VeltoMRAIDPropertyOrientation::decode(R"({"forceOrientation":"portrait"})"));
+  EXPECT_EQ(act("expand"), Statements{});
+  EXPECT_EQ(platform->device().facts.orientation, 3);
+  EXPECT_EQ(act("resize"), (Statements{"remove", "resize"}));
+  act(R"(setResizeProperties?p={"allowOffscreen":true,"width":300,"height":250,"customClosePosition":"center"})");
+  EXPECT_EQ(act("resize"), Statements{"remove"});
+  plain->missing = {Operation::Resize};
+  EXPECT_EQ(act("resize"), Statements{});
+}
+
+}  // namespace
+}  // namespace velto

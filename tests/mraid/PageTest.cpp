@@ -1,0 +1,285 @@
+// Creatives against the page script and the whole library: what their scripts see, and in which order.
+#include "PageTest.h"
+
+#include <fstream>
+
+namespace velto {
+namespace {
+
+class Page : public test::PageTest {};
+
+TEST_F(Page, TheScriptIsThereFirstAndOnce) {
+  show(R"(<script>
+    window.first = [typeof mraid, mraid.getState(), MRAID_ENV.version, MRAID_ENV.sdkVersion].join();
+    window.original = mraid;
+    const late = document.createElement('script');
+    late.src = 'mraid.js';
+    late.onload = () => window.late = 'loaded';
+    late.onerror = () => window.late = 'failed';
+    document.body.appendChild(late);
+  </script>)");
+  EXPECT_EQ(text("first"), std::string("object,loading,3.0,") + kVeltoSDKVersion);
+  EXPECT_TRUE(holds("window.late === 'loaded'"));
+  EXPECT_EQ(value("window.mraid = {}; mraid === original"), JSON(true)) << "and stays";
+  EXPECT_EQ(log(),
+            "ready @default 320x50\n"
+            "viewableChange true @default 320x50\n"
+            "stateChange default @default 320x50\n"
+            "sizeChange 320 50 @default 320x50\n"
+            "exposureChange 100 [object Object]  @default 320x50");
+  EXPECT_EQ(
+      text("[mraid.getVersion(), mraid.getPlacementType(), mraid.isViewable(), mraid.getMaxSize().height, "
+           "mraid.supports('inlineVideo'), mraid.supports('calendar'), mraid.supports('storePicture'), "
+           "mraid.supports('constructor'), mraid.getCurrentAppOrientation().orientation].join()"),
+      "2.0,inline,true,600,true,true,false,false,landscape");
+  banner->viewWillDisappear(false);
+  banner->viewWillDisappear(false);
+  EXPECT_TRUE(holds("log.length === 2"));
+  EXPECT_EQ(log(), "viewableChange false @default 320x50\nexposureChange 0   @default 320x50");
+  banner->observeValueForKeyPath("outputVolume", 0.5F, nullptr);
+  VeltoBannerViewControllerPrivate::mraidAudioVolumeChange(web(), 0.5F);
+  VeltoBannerViewControllerPrivate::mraidAudioVolumeChange(web(), 0.5F);
+  EXPECT_TRUE(holds("log.length > 0"));
+  EXPECT_EQ(log(), "audioVolumeChange 50 @default 320x50");
+}
+
+TEST_F(Page, ExpandAndCloseKeepThePageAndTellOnceAllIsInPlace) {
+  show("<script>window.mark = 7;</script>");
+  log();
+  run("mraid.addEventListener('stateChange', () => { throw 'of one listener'; });"
+      "mraid.addEventListener('stateChange', state => window.heard = state);"
+      "mraid.expand(); mraid.expand();");
+  ASSERT_TRUE(holds("window.heard === 'expanded'"));
+  EXPECT_EQ(state(), "expanded");
+  EXPECT_EQ(frame(), (CGRect{{0, 0}, {400, 600}}));
+  EXPECT_EQ(log(),
+            "sizeChange 400 600 @expanded 400x600\n"
+            "exposureChange 100 [object Object]  @expanded 400x600\n"
+            "stateChange expanded @expanded 400x600");
+  EXPECT_TRUE(holds("innerWidth === 400 && innerHeight === 600"));
+  run("mraid.expand(); mraid.resize();");
+  EXPECT_TRUE(holds("log.length === 1"));
+  EXPECT_EQ(log(), "error resize() is not possible in state expanded. resize @expanded 400x600");
+
+  tap({375, 25});  // the host's area, under which the page shows its mark
+  ASSERT_TRUE(holds("heard === 'default'"));
+  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+  EXPECT_EQ(value("mark"), JSON(7)) << "the page was not loaded again";
+  EXPECT_TRUE(web()->subviews().empty()) << "no close button stays";
+
+  // With expand properties the host has no area, and the page's own mark closes.
+  run("mraid.setExpandProperties({width: 300}); mraid.expand();");
+  ASSERT_TRUE(holds("heard === 'expanded' && innerWidth === 400"));
+  EXPECT_TRUE(web()->subviews().empty());
+  tap({375, 25});
+  ASSERT_TRUE(holds("heard === 'default'"));
+  run("mraid.useCustomClose(true); mraid.setExpandProperties({height: 200}); mraid.expand();");
+  ASSERT_TRUE(holds("heard === 'expanded'"));
+  EXPECT_EQ(value("mraid.getExpandProperties().useCustomClose"), JSON(true));
+  EXPECT_EQ(value("document.documentElement.children.length"), JSON(2)) << "a mark of the creative's own";
+  EXPECT_EQ(web()->subviews().size(), 1U);
+  run("mraid.close()");
+  ASSERT_TRUE(holds("heard === 'default'"));
+}
+
+TEST_F(Page, ResizeAndWhatIsWrongWithIt) {
+  show("");
+  log();
+  run(R"(mraid.resize();
+    mraid.setResizeProperties({width: 300, offsetX: 0, offsetY: 0});
+    mraid.setResizeProperties({width: 300, height: 49, offsetX: 0, offsetY: 0});
+    mraid.setResizeProperties({width: '300', height: 250, offsetX: 0, offsetY: 0});
+    mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: 0, customClosePosition: 'somewhere'});
+    mraid.setResizeProperties({width: 500, height: 250, offsetX: 0, offsetY: 0, allowOffscreen: false});
+    mraid.setResizeProperties(null);
+    mraid.addEventListener('nothing', () => 0);
+    mraid.setOrientationProperties({forceOrientation: 'up'});
+    mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: -10});
+    mraid.resize();)");
+  EXPECT_EQ(log(),
+            "error resize() needs setResizeProperties() before. resize @default 320x50\n"
+            "error height is missing. setResizeProperties @default 320x50\n"
+            "error width and height must be at least 50. setResizeProperties @default 320x50\n"
+            "error width is not a number. setResizeProperties @default 320x50\n"
+            "error customClosePosition is unknown. setResizeProperties @default 320x50\n"
+            "error width and height must not exceed the maximum size when allowOffscreen is false. "
+            "setResizeProperties @default 320x50\n"
+            "error setResizeProperties() needs an object. setResizeProperties @default 320x50\n"
+            "error There is no event nothing. addEventListener @default 320x50\n"
+            "error forceOrientation is unknown. setOrientationProperties @default 320x50\n"
+            "error The close region would be off screen. resize @default 320x50");
+  EXPECT_EQ(state(), "default") << "nothing of this went to the host";
+
+  // As wide as the screen, which the host refuses when its offset counts.
+  run("mraid.setResizeProperties({width: 400, offsetY: 0}); mraid.resize();");
+  ASSERT_TRUE(holds("mraid.getState() === 'resized'"));
+  EXPECT_EQ(frame(), (CGRect{{0, 350}, {400, 250}}));
+  EXPECT_EQ(log(),
+            "sizeChange 400 250 @resized 400x250\n"
+            "exposureChange 100 [object Object]  @resized 400x250\n"
+            "stateChange resized @resized 400x250");
+  EXPECT_EQ(value("mraid.getResizeProperties().allowOffscreen"), JSON(true));
+  run("mraid.close();");
+  ASSERT_TRUE(holds("mraid.getState() === 'default'"));
+  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+  EXPECT_TRUE(web()->subviews().empty());
+}
+
+TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
+  const std::string twenty =
+      "<script>for (let i = 0; i < 20; ++i) mraid.open('https://shop.example/' + i);</script>"
+      "<p id=end></p>";
+  // Where the engine takes no messages, hidden frames carry them.
+  for (const char* before : {"window.webkit = {}", ""}) {
+    refused.clear();
+    show(twenty, before);
+    EXPECT_EQ(text("typeof webkit.messageHandlers"), *before ? "undefined" : "object");
+    EXPECT_TRUE(holds("document.getElementById('end') !== null"));
+    ASSERT_TRUE(runUntil([&] { return refused.size() == 20; })) << refused.size();
+    for (size_t i = 0; i < 20; ++i) EXPECT_EQ(refused[i], "https://shop.example/" + std::to_string(i));
+    EXPECT_TRUE(holds("!document.querySelector('iframe')"));
+  }
+  const std::vector<std::string> addresses = {"https://shop.example/?a=1&b=2,3+4%20%26#top",
+                                              "https://shop.example/%C3%BC?q=mraid://close"};
+  for (const auto& address : addresses) run("mraid.open('" + address + "')");
+  run("mraid.open('https://shop.example/a b'); mraid.open('https://shop.example/\\u00fc')");
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 24; }));
+  EXPECT_EQ(refused[20], addresses[0]);
+  EXPECT_EQ(refused[21], addresses[1]);
+  EXPECT_EQ(refused[22], "https://shop.example/a%20b");
+  EXPECT_EQ(refused[23], "https://shop.example/%C3%BC");
+  EXPECT_TRUE(trap().opened().empty()) << "nobody has touched the ad";
+  refused.clear();
+  run("for (let i = 0; i < 1000; ++i) { mraid.expand(); mraid.open('https://shop.example/' + i); "
+      "mraid.close(); }");
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 1000; })) << refused.size();
+  EXPECT_EQ(refused[999], "https://shop.example/999");
+}
+
+TEST_F(Page, OnlyATouchedAdOpens) {
+  show(R"(<script>
+    addEventListener('pointerdown', () => mraid.open('https://shop.example/tapped'));
+    mraid.addEventListener('stateChange', () => mraid.open('https://shop.example/by-itself'));
+  </script>)");
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 1; })) << "our own statements are nobody's touch";
+  tap({200, 25});
+  ASSERT_TRUE(runUntil([&] { return !trap().opened().empty(); }));
+  EXPECT_EQ(trap().opened(), (std::vector<std::string>{"https://shop.example/tapped"}));
+  run("mraid.open('file:///etc/passwd')");
+  bool later = false;
+  Platform::current().mainQueue().postAfter(std::chrono::milliseconds(2100), [&] { later = true; });
+  ASSERT_TRUE(runUntil([&] { return later; }));
+  run("mraid.open('https://shop.example/too-late')");
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 2; }));
+  EXPECT_EQ(refused[1], "https://shop.example/too-late");
+}
+
+TEST_F(Page, TwoParts) {
+  test::SecondParts parts;
+  parts.pages["/second"] = "<html><head></head><body>" + test::logging + "<p>second</p></body></html>";
+  const std::string address = parts.address("/second");
+  show("");
+  log();
+  run("mraid.expand('" + address + "'); mraid.expand('" + address + "');");
+  ASSERT_TRUE(runUntil([&] { return secondWeb() != nullptr; }));
+  const auto second = secondWeb();
+  ASSERT_TRUE(runUntil([&] { return value("!!window.log && log.length > 4", second) == JSON(true); }));
+  EXPECT_EQ(log(second).substr(0, 22), "ready @expanded 400x60") << "expanded before it is ready";
+  EXPECT_EQ(state(), "expanded");
+  EXPECT_EQ(second->frame(), (CGRect{{0, 0}, {400, 600}}));
+  value("mraid.close()", second);
+  ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
+  EXPECT_EQ(state(), "default");
+  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+  EXPECT_EQ(banner->view()->subviews().size(), 1U) << "one second part for two commands";
+
+  // What was under way for an ad does not reach the next one.
+  const auto old = web();
+  run("mraid.expand('" + address +
+      "'); mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: 0}); "
+      "mraid.resize();");
+  ASSERT_TRUE(runUntil([&] { return banner->veltoGetMRAIDHandler()->resizeProperty != nullptr; }));
+  show("");
+  bool later = false;
+  Platform::current().mainQueue().postAfter(std::chrono::milliseconds(500), [&] { later = true; });
+  ASSERT_TRUE(runUntil([&] { return later; }));
+  EXPECT_EQ(state(), "default");
+  EXPECT_FALSE(secondWeb());
+  EXPECT_TRUE(web()->subviews().empty());
+  value("mraid.expand()", old);
+  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+}
+
+TEST_F(Page, TheExampleCreativesWork) {
+  const auto creative = [](const std::string& name) {
+    std::ifstream in(std::string(CREATIVES) + "/" + name);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  show(creative("expanding.html"));
+  tap({200, 25});
+  ASSERT_TRUE(
+      holds("getComputedStyle(document.querySelector('.screen')).display === 'flex' && innerHeight === 600"));
+  show(creative("resizing.html"));
+  tap({200, 25});
+  ASSERT_TRUE(holds("document.body.className === 'resized' && innerHeight === 250"));
+  tap({200, 375});  // its bar, at the top of the resized banner
+  ASSERT_TRUE(holds("document.body.className === '' && innerHeight === 50"));
+
+  test::SecondParts parts;
+  parts.pages["/two-part-second.html"] = creative("two-part-second.html");
+  show("<base href='" + parts.address("/") + "'>" + creative("two-part.html"));
+  tap({200, 25});
+  ASSERT_TRUE(runUntil([&] {
+    const auto second = secondWeb();
+    return second && value("mraid.getState()", second) == JSON("expanded");
+  }));
+  value("document.getElementById('leave').click()", secondWeb());
+  ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
+  show(creative("video.html"));
+  banner->viewWillDisappear(false);
+  ASSERT_TRUE(holds("document.body.className === 'paused'"));
+}
+
+TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {
+  show("");
+  run("mraid.setOrientationProperties({forceOrientation: 'landscape'}); mraid.expand();");
+  ASSERT_TRUE(holds("innerWidth === 600 && innerHeight === 400"));
+  ASSERT_TRUE(holds("mraid.getCurrentPosition().width === 600"));
+  EXPECT_EQ(value("mraid.getScreenSize().height"), JSON(400));
+  EXPECT_NE(log().find("sizeChange 600 400 @expanded 600x400"), std::string::npos);
+  run("mraid.setOrientationProperties({forceOrientation: 'portrait'});");
+  ASSERT_TRUE(holds("innerWidth === 400"));
+  run("mraid.setOrientationProperties({forceOrientation: 'landscape'});");
+  ASSERT_TRUE(holds("innerWidth === 600"));
+  run("mraid.close()");
+  ASSERT_TRUE(runUntil([&] { return host->view()->bounds().size == CGSize{400, 600}; }));
+}
+
+TEST_F(Page, CalendarEventsAreJudgedAndWrittenAsTheHostReadsThem) {
+  show("",
+       "window.sent = []; window.webkit = {messageHandlers: {veltoNavigation: {postMessage: address => "
+       "sent.push(decodeURIComponent(address))}}};");
+  log();
+  run(R"(mraid.createCalendarEvent('tomorrow');
+    mraid.createCalendarEvent({start: new Date(0)});
+    mraid.createCalendarEvent({description: 'x', start: '2024-05-01'});
+    mraid.createCalendarEvent({description: 'x', start: new Date(0), location: 5});
+    mraid.createCalendarEvent({get description() { throw 'mine'; }});
+    mraid.storePicture('https://shop.example/a.png');
+    mraid.createCalendarEvent({description: 'Fair', start: new Date(86400000), end: '1970-01-02T01:00:00.000+0100',
+      recurrence: {frequency: 'weekly', daysInWeek: [2], expires: '1971-01-01T00:00Z'}});)");
+  EXPECT_EQ(log(),
+            "error createCalendarEvent() needs an object. createCalendarEvent @default 320x50\n"
+            "error description is missing. createCalendarEvent @default 320x50\n"
+            "error start is not a date and time with zone. createCalendarEvent @default 320x50\n"
+            "error location is not a text. createCalendarEvent @default 320x50\n"
+            "error The arguments cannot be used. createCalendarEvent @default 320x50\n"
+            "error Pictures cannot be stored here. storePicture @default 320x50");
+  EXPECT_EQ(text("sent.join()"),
+            R"(mraid://createCalendarEvent?event={"description":"Fair","start":"1970-01-02T00:00:00Z",)"
+            R"("end":"1970-01-02T01:00:00+01:00","recurrence":"{\"frequency\":\"weekly\",\"daysInWeek\":[2],)"
+            R"(\"expires\":\"1971-01-01T00:00Z\"}"})");
+}
+
+}  // namespace
+}  // namespace velto

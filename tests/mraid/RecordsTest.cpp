@@ -1,0 +1,179 @@
+// Commands and records: what is read from a page's texts.
+#include "velto/core/VeltoConstants.h"
+#include "velto/mraid/MRAIDSDKVelto.h"
+#include "velto/mraid/VeltoMRAIDAction.h"
+#include "velto/mraid/VeltoMRAIDPropertyCalendar.h"
+#include "velto/platform/foundation/Patterns.h"
+#include "velto/resources/Resources.h"
+
+#include <gtest/gtest.h>
+
+namespace velto {
+namespace {
+
+VeltoMRAIDAction action(const std::string& url) {
+  return VeltoMRAIDAction::actionFrom(NSURL::URLWithString(url).value()).value();
+}
+
+TEST(MRAIDAction, CodesOfTheVocabulary) {
+  const std::pair<const char*, uint64_t> codes[] = {
+      {"open", 1},         {"expand", 2},
+      {"playVideo", 3},    {"resize", 4},
+      {"storePicture", 5}, {"createCalendarEvent", 6},
+      {"close", 11},       {"setOrientationProperties", 7},
+      {"unload", 12},      {"setExpandProperties", 8},
+      {"mraidLog", 13},    {"setResizeProperties", 9},
+      {"setLocation", 0},  {"setCurrentAppOrientation", 10},
+      {"Expand", 0},       {"opens", 0},
+  };
+  for (const auto& [name, code] : codes) {
+    const auto parsed = action(std::string("mraid://") + name + "/path?x");
+    EXPECT_EQ(parsed.actionType(), code) << name;
+    EXPECT_EQ(parsed.actionValue(), name);
+    EXPECT_EQ(parsed.args(), std::nullopt);
+  }
+  EXPECT_EQ(action("mraid:close").actionType(), 0U);
+}
+
+TEST(MRAIDAction, TheFirstItemsValueIsTheArgument) {
+  EXPECT_EQ(action("mraid://open?url=a%20b").args(), "a b");
+  EXPECT_EQ(action("mraid://open?x=1&url=2").args(), "1");
+  EXPECT_EQ(action("mraid://open?x&url=2").args(), std::nullopt);
+  EXPECT_EQ(action("mraid://open?u=").args(), "");
+  EXPECT_EQ(action("mraid://open?u=a=b+c%26%C3%BC#f").args(), "a=b+c&\xC3\xBC");
+  EXPECT_EQ(action("mraid://open?u=%FF").args(), std::nullopt);
+  const auto parsed = action("mraid://open?u=v");
+  EXPECT_NE(parsed.description().find(">\n\tAction: open\n\tArgs: v"), std::string::npos);
+}
+
+TEST(MRAIDRecords, NothingButAnObjectIsARecord) {
+  for (const char* text : {"", "[]", "1", "{", "\"{}\""}) {
+    EXPECT_FALSE(VeltoMRAIDPropertyExpand::decode(text)) << text;
+    EXPECT_FALSE(VeltoMRAIDPropertyResize::decode(text));
+    EXPECT_FALSE(VeltoMRAIDPropertyOrientation::decode(text));
+    EXPECT_FALSE(VeltoMRAIDPropertyCurrentAppOrientation::decode(text));
+    EXPECT_FALSE(VeltoMRAIDPropertyCalendarEvent::decode(text));
+    EXPECT_FALSE(VeltoMRAIDPropertyCalendarRepeatRule::decode(text));
+  }
+  EXPECT_FALSE(VeltoMRAIDProperty::decode("{}"));
+}
+
+TEST(MRAIDRecords, Expand) {
+  const auto record = VeltoMRAIDPropertyExpand::decode(
+      R"({"useCustomClose":true,"isModal":"true","width":"320","height":[1]})");
+  EXPECT_TRUE(record->useCustomClose);
+  EXPECT_FALSE(record->isModal) << "a text is no boolean";
+  EXPECT_EQ(record->width, 320);
+  EXPECT_EQ(record->height, std::nullopt);
+}
+
+TEST(MRAIDRecords, Resize) {
+  const char* positions[] = {"top-left",    "top-center",    "top-right",   "center",
+                             "bottom-left", "bottom-center", "bottom-right"};
+  for (int64_t type = 0; type < 7; ++type) {
+    const auto record = VeltoMRAIDPropertyResize::decode(R"({"customClosePosition":")" +
+                                                         std::string(positions[type]) + "\"}");
+    EXPECT_EQ(record->customClosePositionType, type);
+  }
+  const auto record = VeltoMRAIDPropertyResize::decode(
+      R"({"width":320.9,"height":true,"offsetX":-7.9,"offsetY":"1e12","customClosePosition":"Top-Right"})");
+  EXPECT_EQ(record->frame, (CGRect{{-7, 2147483647}, {320, 1}}));
+  EXPECT_EQ(record->customClosePosition, "Top-Right");
+  EXPECT_EQ(record->customClosePositionType, 0) << "no fallback";
+  EXPECT_EQ(record->allowOffscreen, std::nullopt);
+  const auto bare =
+      VeltoMRAIDPropertyResize::decode(R"({"width":300,"offsetX":5,"offsetY":6,"allowOffscreen":false})");
+  EXPECT_EQ(bare->frame, (CGRect{{5, 6}, {0, 0}}));
+  EXPECT_EQ(bare->allowOffscreen, 0);
+}
+
+TEST(MRAIDRecords, OrientationKnowsWhoseNoneItIs) {
+  const auto initial = VeltoMRAIDPropertyOrientation::orientation();
+  EXPECT_TRUE(initial->allowOrientationChange);
+  const auto empty = VeltoMRAIDPropertyOrientation::decode(R"({"forceOrientation":1})");
+  EXPECT_FALSE(empty->allowOrientationChange);
+  const auto written = VeltoMRAIDPropertyOrientation::decode(R"({"forceOrientation":"none"})");
+  for (const auto& record : {initial, empty, written}) EXPECT_TRUE(record->forceOrientation == "none");
+  EXPECT_TRUE(initial->forceOrientation.isEntry(MRAIDOrientation[2]));
+  EXPECT_TRUE(empty->forceOrientation.isEntry(MRAIDOrientation[2]));
+  EXPECT_FALSE(written->forceOrientation.isEntry(MRAIDOrientation[2]));
+  const auto app = VeltoMRAIDPropertyCurrentAppOrientation::decode(R"({"locked":1})");
+  EXPECT_TRUE(app->locked);
+  EXPECT_EQ(app->orientation, "none");
+}
+
+TEST(MRAIDRecords, CalendarEvent) {
+  EXPECT_FALSE(VeltoMRAIDPropertyCalendarEvent::decode(R"({"start":"2024-05-01T10:00Z"})"));
+  EXPECT_FALSE(VeltoMRAIDPropertyCalendarEvent::decode(R"({"description":1,"start":"2024-05-01T10:00Z"})"));
+  EXPECT_FALSE(VeltoMRAIDPropertyCalendarEvent::decode(R"({"description":"d","start":"2024-05-01"})"));
+  const auto event = VeltoMRAIDPropertyCalendarEvent::decode(
+      R"({"id":"i","description":"d","location":2,"start":"2024-05-01T10:00+02:00","end":"soon","reminder":"-60",
+          "recurrence":{"frequency":"daily"},"status":"s","summary":"m","transparency":"t"})");
+  EXPECT_EQ(event->start.time_since_epoch().count(), 1714550400);
+  EXPECT_EQ(event->end, std::nullopt);
+  EXPECT_EQ(event->location, std::nullopt);
+  EXPECT_FALSE(event->recurrence) << "an object is no text of one";
+  EXPECT_EQ(event->idEvent.value() + event->reminder.value() + event->status.value() +
+                event->summary.value() + event->transparency.value(),
+            "i-60smt");
+}
+
+TEST(MRAIDRecords, RepeatRule) {
+  const auto rule = VeltoMRAIDPropertyCalendarRepeatRule::decode(
+      R"({"frequency":"monthly","daysInWeek":[0,1,7.5,"3",8,-1,1e30,null],"daysInMonth":[1,-1,"x"],"expires":"never"})");
+  EXPECT_EQ(rule->frequencyEvent, EKRecurrenceFrequencyMonthly);
+  EXPECT_EQ(rule->daysInWeek, (std::vector<EKRecurrenceDayOfWeek>{{1}, {7}, {3}}));
+  EXPECT_EQ(rule->daysInMonth, (std::vector<double>{1, -1}));
+  EXPECT_EQ(rule->monthsInYear, std::nullopt);
+  EXPECT_EQ(rule->expires, std::nullopt);
+  const auto frequency = [](const char* word) {
+    return VeltoMRAIDPropertyCalendarRepeatRule::decode(std::string(R"({"frequency":")") + word + "\"}")
+        ->frequencyEvent;
+  };
+  EXPECT_EQ(frequency("weekly"), 1);
+  EXPECT_EQ(frequency("yearly"), 3);
+  EXPECT_EQ(frequency("daily"), 0);
+  EXPECT_EQ(frequency("Weekly"), 0);
+}
+
+// --- the page script and the markup around it
+
+TEST(MRAIDScript, IsSmallAndOfThisVersion) {
+  const std::string script(resourceText("mraid.js").value());
+  EXPECT_LE(script.size(), 15 * 1024U);
+  EXPECT_NE(script.find(std::string("sdkVersion:'") + kVeltoSDKVersion + "'"), std::string::npos);
+}
+
+TEST(MRAIDScript, TagsOfTheMarkupGo) {
+  using MRAIDSDKVelto::withoutLocalScript;
+  const std::pair<const char*, const char*> cases[] = {
+      {"a<SCRIPT SRC='MRAID.JS'></SCRIPT>\n\n b", "a b"},
+      {R"(<script src="mraid.js" async>text</script>x)", "x"},
+      {R"(<script type="a" src = \"mraid.js\"></script>)", ""},
+      {"<script <script src=\\mraid.js\\></script>\r\n", "\r\n"},
+      {"<script>1</script><script src='mraid.js'></script><script src='other.js'></script>",
+       "<script>1</script><script src='other.js'></script>"},
+  };
+  for (const auto& [html, kept] : cases) EXPECT_EQ(withoutLocalScript(html), kept) << html;
+  for (const char* kept :
+       {"<script src='mraid.js\"></script>", "<script src=mraid.js></script>", "<script data-src='mraid.js'",
+        "<script src='x/mraid.js'></script>", "<scriptsrc='mraid.js'></script>",
+        "<script src='mraid.js'><b></script>", "<script xsrc='mraid.js'></script>", "<script src='mraid.js'>",
+        "<script src='mraid.js", "<script src=", "<script src='mraid.js'></script >"})
+    EXPECT_EQ(withoutLocalScript(kept), kept);
+}
+
+TEST(MRAIDScript, HostileMarkupIsReadOnceOnly) {
+  constexpr size_t size = 5 << 20;
+  for (const std::string part : {"<script ", "<script src=", "<script src='mraid.js'>", "<", "\n", "src = ",
+                                 "<script src='mraid.js'></scrip", ">", "<script src='mraid.js' "}) {
+    std::string html;
+    while (html.size() < size) html += part;
+    size_t steps = 0;
+    EXPECT_EQ(MRAIDSDKVelto::withoutLocalScript(html, &steps), html);
+    EXPECT_LE(steps, 4 * html.size()) << part;
+  }
+}
+
+}  // namespace
+}  // namespace velto

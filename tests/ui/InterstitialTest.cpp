@@ -1,0 +1,372 @@
+// An interstitial's life: load, ready, show, countdown, press, every way to close, and what goes wrong.
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/platform/ui/UIVisualEffectView.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using headless::Answer;
+using Heard = std::vector<std::string>;
+
+class InterstitialTest : public test::UITest {
+ protected:
+  InterstitialTest() { full->host = window->controller(); }
+
+  static Answer fullScreen(const std::string& milliseconds = "") {
+    auto answer = markup("<p>full</p>", 0, 0);
+    return milliseconds.empty() ? answer : with(std::move(answer), {{"x-fst", milliseconds}});
+  }
+  std::shared_ptr<VeltoInterstitialViewController> loaded(const Answer& answer) {
+    auto made = VeltoInterstitialViewController::initWithDelegate(full);
+    load(*made, answer);
+    return made;
+  }
+  void load(VeltoInterstitialViewController& interstitial, const Answer& answer) {
+    platform->urlSession().enqueue("/sdk/", answer);
+    interstitial.load();
+    platform->runUntilIdle();
+  }
+  // A mediation ad that a network's adapter shows by itself.
+  std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& adapter) {
+    auto ad = std::make_shared<VeltoAd>();
+    ad->sourceType = VeltoAdSourceMediation;
+    ad->adapter = adapter;
+    return ad;
+  }
+  size_t closeButtons(const UIView& view) {
+    size_t count = dynamic_cast<const VeltoCloseButton*>(&view) ? 1 : 0;
+    for (const auto& subview : view.subviews()) count += closeButtons(*subview);
+    return count;
+  }
+
+  std::shared_ptr<test::RecordingInterstitialDelegate> full =
+      std::make_shared<test::RecordingInterstitialDelegate>();
+};
+
+TEST_F(InterstitialTest, ReadyFirstAndTheMarkupOnlyAtShow) {
+  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  i->show();
+  platform->urlSession().enqueue("/sdk/", with(fullScreen("250"), {{"x-ttl", "9"}}));
+  i->load();
+  EXPECT_EQ(platform->views().contentHeld(), 1) << "the web process starts while the request is on its way";
+  platform->runUntilIdle();
+  EXPECT_EQ(full->heard, Heard{"finish"}) << "to show what is not ready does nothing";
+  EXPECT_TRUE(i->isReady());
+  EXPECT_TRUE(page().usedPreparedContent());
+  EXPECT_TRUE(page().loads().empty());
+  EXPECT_EQ(VeltoAdManager::shared()->ads().size(), 1U);
+  EXPECT_TRUE(window->view().subviews().empty());
+
+  i->setAnimation(VeltoAnimationFromLeft);
+  i->show();
+  platform->advance(450ms);
+  EXPECT_EQ(page().html(), "<p>full</p>");
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
+  const auto& own = *i->vc()->view();
+  EXPECT_EQ(own.frame(), window->view().bounds());
+  const double underway = headless::RecordingViewPeer::of(own).frame().minX();
+  EXPECT_LT(underway, 0) << "it slides in from the left";
+  EXPECT_GT(underway, -390);
+  EXPECT_EQ(full->heard, Heard{"finish"});
+  i->show();
+  platform->advance(500ms);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear"})) << "to show it again does nothing";
+  EXPECT_EQ(page().loads().size(), 1U);
+  EXPECT_EQ(frameInWindow(*i->vc()->webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
+
+  const auto button = i->vc()->veltoCloseButton();
+  EXPECT_FALSE(button->isEnabled() && button->title() == "0");
+  platform->advance(100ms);
+  EXPECT_TRUE(i->vc()->hasCloseTimer());
+  platform->advance(200ms);
+  EXPECT_TRUE(i->vc()->hasCloseTimer()) << "0.05 s are left";
+  platform->advance(100ms);
+  EXPECT_FALSE(i->vc()->hasCloseTimer());
+  EXPECT_LT(*button->timerValue(), 0);
+  EXPECT_DOUBLE_EQ(headless::RecordingViewPeer::of(*i->vc()->webView()).alpha(), 1)
+      << "the page has faded in";
+
+  EXPECT_EQ(window->tapLink(page(), "https://shop.example/"), WKNavigationActionPolicy::Cancel);
+  button->sendTouchUpInside();
+  button->sendTouchUpInside();
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "press", "close"}));
+  EXPECT_FALSE(i->isReady());
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "press", "close", "dismissed"}));
+  EXPECT_TRUE(window->view().subviews().empty());
+  EXPECT_TRUE(platform->webViews().empty());
+  EXPECT_EQ(full->lastController, i->vc().get());
+}
+
+TEST_F(InterstitialTest, TheCountdownHoldsTheCloseButtonBack) {
+  const auto i = loaded(fullScreen("2500"));
+  i->show();
+  platform->advance(1100ms);
+  const auto button = i->vc()->veltoCloseButton();
+  EXPECT_FALSE(button->isEnabled());
+  EXPECT_EQ(button->title(), "2");
+  EXPECT_TRUE(window->pressEscape());
+  window->tap({360, 80});
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear"}))
+      << "neither a key nor a finger closes it yet, nor is that a press";
+  platform->advance(1600ms);
+  EXPECT_TRUE(button->isEnabled());
+  EXPECT_EQ(button->title(), "X") << "whole seconds, truncated";
+  EXPECT_TRUE(window->pressEscape());
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"}));
+  EXPECT_FALSE(window->pressEscape());
+
+  const auto none = loaded(fullScreen());
+  none->show();
+  platform->advance(1100ms);
+  EXPECT_FALSE(none->vc()->hasCloseTimer()) << "an ad without timer counts nothing down";
+  EXPECT_TRUE(none->vc()->veltoCloseButton()->isEnabled());
+}
+
+TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
+  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const std::vector<std::function<void()>> ways{
+      [&] { i->vc()->veltoCloseButton()->sendTouchUpInside(); }, [&] { page().navigate("velto://failLoad"); },
+      [&] { i->vc()->veltoMRAIDCloseInterstitial(); }, [&] { i->vc()->mediationBannerDidClose(); },
+      [&] { i->vc()->veltoMRAIDCloseExpand(); }};
+  for (const auto& way : ways) {
+    full->heard.clear();
+    load(*i, fullScreen());
+    i->show();
+    platform->advance(1s);
+    EXPECT_EQ(closeButtons(window->view()), 1U);
+    way();
+    platform->advance(1s);
+    EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"}));
+    EXPECT_EQ(i->vc()->presentingViewController(), nullptr);
+    EXPECT_TRUE(platform->webViews().empty());
+  }
+  full->heard.clear();
+  load(*i, fullScreen());
+  i->vc()->dismissInterstitialViewController(true);
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, Heard{"finish"}) << "never presented, so neither closed nor dismissed";
+  EXPECT_TRUE(platform->webViews().empty());
+
+  full->heard.clear();
+  load(*i, fullScreen());
+  i->show();
+  platform->advance(300ms);
+  page().navigate("velto://failLoad");
+  EXPECT_EQ(full->heard, (Heard{"finish", "close"})) << "closed while it was coming";
+  platform->advance(2s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "close", "dismissed"})) << "what has closed does not appear";
+}
+
+TEST_F(InterstitialTest, AutoShowFollowsWithinTheCall) {
+  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  i->setAutoShowWhenReady(true);
+  load(*i, fullScreen());
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
+}
+
+TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
+  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const std::vector<std::pair<Answer, std::string>> table{{status(204), "fail 0"},
+                                                          {status(500), "fail 1"},
+                                                          {status(403), "fail 2"},
+                                                          {Answer::offline(), "fail 4"}};
+  for (const auto& [answer, heard] : table) {
+    full->heard.clear();
+    load(*i, answer);
+    EXPECT_EQ(full->heard, Heard{heard});
+    EXPECT_FALSE(i->isReady());
+  }
+  full->heard.clear();
+
+  // No view controller to present it; the delegate is asked again at each show.
+  const auto lost = std::make_shared<test::RecordingInterstitialDelegate>();
+  const auto homeless = VeltoInterstitialViewController::initWithDelegate(lost);
+  load(*homeless, fullScreen());
+  homeless->show();
+  platform->advance(1s);
+  EXPECT_EQ(lost->heard, (Heard{"finish", "fail 2"}));
+  lost->host = window->controller();
+  homeless->show();
+  platform->advance(1s);
+  EXPECT_EQ(lost->heard, (Heard{"finish", "fail 2", "appear"}));
+
+  // One at a time.
+  load(*i, fullScreen());
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "fail 2"}));
+  homeless->vc()->_tapCloseButton();
+  platform->advance(1s);
+  window->hide();
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "fail 2", "fail 2"})) << "no window to show it in";
+  window->show();
+  i->show();
+  platform->advance(300ms);
+  window->hide();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard.back(), "fail 2") << "the window went while it was coming";
+  EXPECT_EQ(full->heard.size(), 4U);
+  EXPECT_EQ(i->vc()->presentingViewController(), window->controller().get()) << "it stays presented";
+
+  page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
+  EXPECT_EQ(full->heard.back(), "fail 1");
+  EXPECT_EQ(full->lastError->error->code, 399);
+  EXPECT_NE(i->vc()->presentingViewController(), nullptr) << "and its screen stays as well";
+}
+
+TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
+  const auto i = loaded(fullScreen());
+  load(*i, markup("<p>second</p>", 0, 0));
+  EXPECT_EQ(platform->webViews().size(), 1U);
+  EXPECT_EQ(closeButtons(*i->vc()->view()), 1U);
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(page().html(), "<p>second</p>");
+
+  load(*i, markup("<p>third</p>", 0, 0));
+  EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear"}));
+  EXPECT_EQ(platform->webViews().size(), 1U);
+  i->vc()->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear", "close", "dismissed", "finish"}));
+  EXPECT_TRUE(i->isReady());
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(page().html(), "<p>third</p>");
+}
+
+TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
+  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto adapter = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
+  i->vc()->presentMediationBanner(mediated(adapter));
+  EXPECT_EQ(full->heard, Heard{"finish"});
+  EXPECT_TRUE(platform->webViews().empty());
+  EXPECT_EQ(adapter->told(), i->vc());
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
+  EXPECT_EQ(adapter->root.lock(), i->vc());
+  EXPECT_EQ(adapter->loaded, 1);
+  adapter->told()->mediationBannerDidPress();
+  adapter->told()->mediationBannerDidClose();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "press", "close", "dismissed"}));
+
+  // The network says that its ad is ready, or broken.
+  auto& center = platform->notificationCenter();
+  i->vc()->presentMediationBanner(mediated(adapter));
+  const auto better = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
+  center.postNotification({constNotificationAdMobAdapterGADInterstitialReady,
+                           std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial, false)});
+  center.postNotification({constNotificationAdMobAdapterGADInterstitialReady, better});
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(better->root.lock(), i->vc()) << "one that takes no root controller is not taken";
+  i->vc()->_tapCloseButton();
+  platform->advance(1s);
+  i->vc()->presentMediationBanner(mediated(adapter));
+  adapter->root.reset();
+  center.postNotification({constNotificationAdMobAdapterGADInterstitialError, adapter});
+  i->show();
+  platform->advance(1s);
+  EXPECT_EQ(adapter->root.lock(), nullptr);
+
+  const auto bannerOnly = std::make_shared<test::FakeAdapter>(VeltoAdTypeBanner);
+  full->heard.clear();
+  i->vc()->_processAd(mediated(bannerOnly), std::nullopt, full, true);
+  EXPECT_EQ(full->heard, Heard{"fail 2"});
+}
+
+TEST_F(InterstitialTest, OrientationIsFixedWhenItIsShown) {
+  const auto i = loaded(fullScreen());
+  for (const auto& [orientation, mask] :
+       std::vector<std::pair<int64_t, uint64_t>>{{1, 2}, {3, 8}, {5, 8}, {4, 16}, {6, 16}, {2, 16}}) {
+    platform->device().facts.orientation = orientation;
+    i->show();
+    platform->advance(1s);
+    EXPECT_EQ(i->vc()->supportedInterfaceOrientations(), mask) << orientation;
+    i->vc()->_tapCloseButton();
+    platform->advance(1s);
+    load(*i, fullScreen());
+  }
+  platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{3}});
+  i->vc()->veltoMRAIDCloseExpand();
+  EXPECT_EQ(platform->device().facts.orientation, 3) << "what an ad had forced ends with it";
+}
+
+TEST_F(InterstitialTest, GlassOrPlainByTheDesktopsSetting) {
+  const auto glass = VeltoInterstitialViewController::initWithDelegate(full);
+  ASSERT_EQ(glass->vc()->view()->subviews().size(), 1U);
+  EXPECT_NE(dynamic_cast<UIVisualEffectView*>(glass->vc()->view()->subviews()[0].get()), nullptr);
+  EXPECT_EQ(glass->vc()->view()->backgroundColor(), UIColor::colorWithWhite(0, 0.1));
+  platform->application().reduceTransparency = true;
+  const auto plain = VeltoInterstitialViewController::initWithDelegate(full);
+  EXPECT_TRUE(plain->vc()->view()->subviews().empty());
+  EXPECT_EQ(plain->vc()->view()->backgroundColor(), UIColor::colorWithWhite(0, 0.8));
+}
+
+TEST_F(InterstitialTest, DestroyedInAnyStateItLeavesTheScreenAndCallsNobody) {
+  // Steps of a life, after each of which the host lets go; and the callbacks inside which it does.
+  const std::vector<std::chrono::milliseconds> moments{0ms, 1ms, 400ms, 1500ms, 1550ms, 1700ms};
+  for (const auto moment : moments) {
+    auto i = VeltoInterstitialViewController::initWithDelegate(full);
+    const std::weak_ptr<VeltoInterstitialViewControllerPrivate> working = i->vc();
+    i->setAutoShowWhenReady(true);
+    platform->urlSession().enqueue("/sdk/", fullScreen("1000"));
+    i->load();
+    platform->mainQueue().postAfter(1500ms, [working] {
+      if (const auto alive = working.lock()) alive->_tapCloseButton();
+    });
+    if (moment > 0ms) platform->advance(moment);
+    i.reset();
+    full->heard.clear();
+    platform->advance(5s);
+    EXPECT_TRUE(full->heard.empty()) << moment.count();
+    EXPECT_TRUE(working.expired()) << moment.count();
+    EXPECT_TRUE(window->view().subviews().empty()) << moment.count();
+    EXPECT_TRUE(platform->webViews().empty()) << moment.count();
+  }
+  for (const std::string callback : {"finish", "appear", "press", "close", "dismissed"}) {
+    full->heard.clear();
+    auto i = VeltoInterstitialViewController::initWithDelegate(full);
+    const std::weak_ptr<VeltoInterstitialViewControllerPrivate> working = i->vc();
+    full->onCall = [&] {
+      if (full->heard.back() == callback) i.reset();
+    };
+    load(*i, fullScreen());
+    if (i) i->show();
+    platform->advance(1s);
+    if (i) i->vc()->_adDidPress();
+    if (i) i->vc()->_tapCloseButton();
+    platform->advance(1s);
+    EXPECT_EQ(full->heard.back(), callback);
+    EXPECT_TRUE(working.expired()) << callback;
+    EXPECT_TRUE(window->view().subviews().empty()) << callback;
+  }
+}
+
+TEST_F(InterstitialTest, AWindowThatIsDestroyedTakesItAlong) {
+  const auto i = loaded(fullScreen());
+  i->show();
+  platform->advance(300ms);
+  full->onCall = [] {};
+  window.reset();
+  platform->advance(2s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "fail 2"}));
+  EXPECT_EQ(i->vc()->presentingViewController(), nullptr);
+  i->vc()->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_TRUE(platform->webViews().empty());
+}
+
+}  // namespace
+}  // namespace velto

@@ -1,0 +1,259 @@
+// Random walks: host calls, server answers, page signals, touches and time in any order, also from inside
+// callbacks. What must hold whatever happens is checked after every step; every walk ends by letting go of
+// everything.
+#include <algorithm>
+#include <random>
+
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using headless::Answer;
+
+// Checks the order of what one interstitial tells, and that nothing comes after its end.
+struct StrictInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
+  using Controller = VeltoInterstitialViewControllerPrivate;
+  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void veltoInterstitialViewControllerDidFinishLoad(Controller&) override {
+    EXPECT_FALSE(shown) << "an ad became ready while another was on the screen";
+    EXPECT_FALSE(closing);
+    ready = true;
+    tell();
+  }
+  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd&) override { tell(); }
+  void veltoInterstitialViewControllerDidAppear(Controller& controller) override {
+    EXPECT_TRUE(ready && !shown && !closing);
+    EXPECT_NE(controller.presentingViewController(), nullptr);
+    shown = true;
+    tell();
+  }
+  void veltoInterstitialViewControllerDidPress(Controller&) override { tell(); }
+  void veltoInterstitialViewControllerDidClose(Controller&) override {
+    EXPECT_FALSE(closing) << "closed twice";
+    closing = true;
+    ready = false;
+    tell();
+  }
+  void onVeltoInterstitialDismissed(Controller& controller) override {
+    EXPECT_TRUE(closing) << "dismissed without a close";
+    EXPECT_EQ(controller.presentingViewController(), nullptr);
+    closing = shown = false;
+    tell();
+  }
+  void tell() {
+    EXPECT_TRUE(alive) << "a call after the end";
+    if (onCall) onCall();
+  }
+
+  std::weak_ptr<UIViewController> host;
+  std::function<void()> onCall;
+  bool alive = true;
+  bool ready = false;
+  bool shown = false;
+  bool closing = false;
+};
+
+struct StrictBannerDelegate : VeltoBannerViewControllerDelegate {
+  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override { tell(); }
+  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate&) override { tell(); }
+  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate&, const VeltoErrorAd&) override {
+    tell();
+  }
+  void tell() {
+    EXPECT_TRUE(alive) << "a call after the end";
+    if (onCall) onCall();
+  }
+
+  std::weak_ptr<UIViewController> host;
+  std::function<void()> onCall;
+  bool alive = true;
+};
+
+class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsigned> {
+ protected:
+  template <class Ad, class Delegate>
+  struct Slot {
+    std::shared_ptr<Ad> ad;
+    std::shared_ptr<Delegate> delegate;
+  };
+  using Interstitial = Slot<VeltoInterstitialViewController, StrictInterstitialDelegate>;
+  using Banner = Slot<VeltoBannerViewController, StrictBannerDelegate>;
+
+  StateWalk() : random(GetParam()) {}
+
+  size_t below(size_t limit) { return random() % limit; }
+
+  // From inside a callback: now and then the host does something at once.
+  template <class Slot>
+  void inCallback(Slot& slot) {
+    const size_t choice = below(24);
+    if (choice == 0) letGo(slot);
+    if (choice == 1 && slot.ad) slot.ad->load();
+    if constexpr (std::is_same_v<Slot, Interstitial>) {
+      if (choice < 6 && slot.ad) slot.ad->show();
+    }
+  }
+  template <class Slot>
+  void letGo(Slot& slot) {
+    if (!slot.ad) return;
+    const auto ad = std::move(slot.ad);  // it ends at the end of this call, inside it
+    slot.ad.reset();
+    slot.delegate->alive = false;
+  }
+  void begin(Interstitial& slot) {
+    slot.delegate = std::make_shared<StrictInterstitialDelegate>();
+    slot.delegate->host = window->controller();
+    slot.ad = VeltoInterstitialViewController::initWithDelegate(slot.delegate);
+    slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
+    slot.ad->setAutoShowWhenReady(below(3) == 0);
+    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+  }
+  void begin(Banner& slot) {
+    slot.delegate = std::make_shared<StrictBannerDelegate>();
+    slot.delegate->host = window->controller();
+    slot.ad = VeltoBannerViewController::initWithDelegate(slot.delegate, VeltoBannerSize320x50,
+                                                          static_cast<VeltoBannerPosition>(below(2)));
+    slot.ad->setEnableAutoRefresh(below(2) == 0);
+    slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
+    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+  }
+  template <class Slot>
+  void hostStep(Slot& slot) {
+    if (!slot.ad) return begin(slot);
+    const size_t choice = below(8);
+    if (choice == 0) return letGo(slot);
+    if constexpr (std::is_same_v<Slot, Interstitial>) {
+      if (choice < 4) return slot.ad->show();
+    } else {
+      if (choice == 1) return slot.ad->removeBanner();
+    }
+    slot.ad->load();
+  }
+
+  Answer randomAnswer() {
+    Answer answer = status(204);
+    const size_t choice = below(8);
+    if (choice < 5)
+      answer = markup(readyMarkup, static_cast<int>(below(2) * 320), static_cast<int>(below(2) * 50));
+    if (choice < 3) answer.body = richMarkup;
+    if (choice == 0) answer = with(answer, {{"x-fst", std::to_string(below(3000))}});
+    if (choice == 6) answer = Answer::offline();
+    answer.delay = std::chrono::milliseconds(below(2) * below(4000));
+    return answer;
+  }
+  void pageStep() {
+    if (platform->webViews().empty()) return;
+    auto& page = *platform->webViews()[below(platform->webViews().size())];
+    switch (below(6)) {
+      case 0:
+        return page.finish();
+      case 1:
+        return page.fail(NSError{"WebKitNetworkError", 399, "crashed"});
+      case 2:
+        page.navigate(below(4) == 0 ? "velto://failLoad" : "velto://loadFinished");
+        return;
+      default:
+        page.navigate(commands[below(commands.size())]);
+    }
+  }
+  void personStep() {
+    switch (below(5)) {
+      case 0:
+        window->pressEscape();
+        return;
+      case 1:
+        return below(4) == 0 ? window->hide() : window->show();
+      case 2:
+        return window->resize(below(2) == 0 ? CGSize{390, 844} : CGSize{844, 390});
+      default:
+        return window->tap({static_cast<double>(below(390)), static_cast<double>(below(844))});
+    }
+  }
+  void step() {
+    platform->urlSession().enqueue("/sdk/", randomAnswer());
+    switch (below(8)) {
+      case 0:
+      case 1:
+        return hostStep(interstitials[below(interstitials.size())]);
+      case 2:
+        return hostStep(banners[below(banners.size())]);
+      case 3:
+      case 4:
+        return pageStep();
+      case 5:
+        return personStep();
+      default:
+        platform->advance(std::chrono::milliseconds(below(3) == 0 ? 1500 : below(200)));
+    }
+  }
+
+  size_t closeButtons(const UIView& view) {
+    size_t count = dynamic_cast<const VeltoCloseButton*>(&view) ? 1 : 0;
+    for (const auto& subview : view.subviews()) count += closeButtons(*subview);
+    return count;
+  }
+  bool isOnScreen(const Interstitial& slot) const {
+    return slot.ad && slot.delegate->shown && !slot.delegate->closing;
+  }
+  void check() {
+    // A close button that was taken away may come back a turn later.
+    const auto lacksButton = [this](const Interstitial& slot) {
+      return isOnScreen(slot) && closeButtons(*slot.ad->vc()->view()) == 0;
+    };
+    if (std::any_of(interstitials.begin(), interstitials.end(), lacksButton)) platform->runUntilIdle();
+
+    size_t presented = 0;
+    for (const auto& slot : interstitials) {
+      EXPECT_FALSE(lacksButton(slot)) << "a person must be able to leave";
+      if (!slot.ad) continue;
+      EXPECT_LE(closeButtons(*slot.ad->vc()->view()), 1U);
+      if (slot.ad->vc()->presentingViewController()) ++presented;
+    }
+    EXPECT_LE(presented, 1U);
+    size_t covers = 0;
+    for (const auto& subview : window->view().subviews())
+      covers += headless::RecordingViewPeer::of(*subview).isModal() ? 1 : 0;
+    EXPECT_LE(covers, 1U);
+    EXPECT_LE(platform->webViews().size(), 2 * (interstitials.size() + banners.size()) + 1);
+  }
+
+  std::mt19937 random;
+  std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
+  std::vector<Banner> banners = std::vector<Banner>(2);
+  const std::string readyMarkup = "<html><head></head><body>ad</body></html>";
+  const std::string richMarkup =
+      "<html><head><script src=\"mraid.js\"></script></head><body>ad</body></html>";
+  const std::vector<std::string> commands{
+      "mraid://expand",
+      "mraid://close",
+      "mraid://resize",
+      "mraid://expand?url=https%3A%2F%2Fads.example%2Fsdk%2Ftwo",
+      "mraid://"
+      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A100%2C%22offsetX%22%3A0%2C%22offsetY%22%"
+      "3A0%7D",
+      "mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D",
+      "mraid://unload"};
+};
+
+TEST_P(StateWalk, KeepsItsPromises) {
+  for (int i = 0; i < 3000 && !HasFailure(); ++i) {
+    SCOPED_TRACE("step " + std::to_string(i));
+    step();
+    check();
+  }
+  for (auto& slot : interstitials) letGo(slot);
+  for (auto& slot : banners) letGo(slot);
+  window->show();
+  platform->advance(std::chrono::seconds(20));
+  EXPECT_TRUE(platform->webViews().empty());
+  EXPECT_TRUE(window->view().subviews().empty());
+  EXPECT_TRUE(window->view().constraints().empty());
+  EXPECT_TRUE(window->controller()->childViewControllers().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, StateWalk, ::testing::Range(1U, 17U));
+
+}  // namespace
+}  // namespace velto

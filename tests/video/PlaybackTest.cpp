@@ -1,0 +1,301 @@
+// Videos played by a controller that shows ads, in virtual time: what is measured of them and in which order,
+// every way out of the player, and the output volume.
+#include "../ui/UITest.h"
+#include "RecordingHost.h"
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using headless::VideoScript;
+
+constexpr char videoURL[] = "https://videos.example/a.webm";
+
+class PlaybackTest : public UITest {
+ protected:
+  PlaybackTest() {
+    window->controller()->addChildViewController(host);
+    window->view().addSubview(host->view());
+  }
+  void play(VideoScript script = {}, const std::string& url = videoURL) {
+    platform->media().setVideo(url, script);
+    host->playVideoAt(NSURL::URLWithString(url).value());
+    platform->runUntilIdle();
+  }
+  std::shared_ptr<AVPlayerViewController> screen() { return host->playerViewController(); }
+  bool isShown() { return window->controller()->presentedViewController() != nullptr; }
+  // The screen has left, and what it played was let go.
+  void expectClosed() {
+    EXPECT_FALSE(isShown());
+    EXPECT_FALSE(screen()->view()->isInWindow());
+    EXPECT_EQ(screen()->player(), nullptr);
+    EXPECT_EQ(host->timeObserverToken(), nullptr);
+    for (const auto* player : platform->media().players()) EXPECT_TRUE(player->isReleased());
+  }
+
+  std::shared_ptr<RecordingHost> host = std::make_shared<RecordingHost>();
+};
+
+TEST_F(PlaybackTest, IsMeasuredFromItsStartToItsEnd) {
+  play();
+  ASSERT_TRUE(isShown());
+  EXPECT_TRUE(host->player()->isPlaying());
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1"}));
+  platform->advance(2499ms);
+  EXPECT_EQ(host->told.size(), 1U);
+  platform->advance(7s);
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1", "0.25", "0.5", "0.75"}));
+  EXPECT_NE(host->timeObserverToken(), nullptr);
+  platform->advance(1s);
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1", "0.25", "0.5", "0.75", "1"}));
+  expectClosed();
+}
+
+// What a video says of its length and what is measured of it: the whole seconds, and the marks passed.
+TEST_F(PlaybackTest, MeasuresEveryLengthAsFarAsItWent) {
+  struct Case {
+    const char* what;
+    VideoScript script;
+    std::chrono::milliseconds watched;
+    Lines told;
+    bool over = true;
+  };
+  const Lines all{"0.25", "0.5", "0.75", "1"};
+  const auto with = [](std::string start, Lines marks) {
+    marks.insert(marks.begin(), std::move(start));
+    return marks;
+  };
+  const std::vector<Case> cases = {
+      {"not whole", {.duration = {599, 10}}, 60s, with("start 59 at 1", all)},
+      {"of nanoseconds", {.duration = {1'000'000'003, 1'000'000'000}}, 2s, with("start 1 at 1", all)},
+      {"of one frame", {.duration = {1, 30}}, 1s, with("start 0 at 1", all)},
+      {"of one nanosecond", {.duration = {1, 1'000'000'000}}, 1s, {"start 0 at 1"}},
+      {"of no length", {.duration = {0, 30}}, 1s, {"start 0 at 1"}},
+      {"without an end", {.duration = {}}, 3h, {"start 0 at 1"}, false},
+      {"longer than it says", {.endsAt = 30s}, 20s, with("start 10 at 1", all), false},
+      {"cut off", {.endsAt = 6s}, 20s, {"start 10 at 1", "0.25", "0.5"}},
+      {"short of a frame", {.endsAt = 9960ms}, 20s, with("start 10 at 1", all)},
+      {"broken in the middle", {.failsAt = 3s}, 20s, {"start 10 at 1", "0.25"}},
+      {"not there", {.loadFails = true}, 20s, {}},
+  };
+  for (const auto& [what, script, watched, told, over] : cases) {
+    SCOPED_TRACE(what);
+    host->told.clear();
+    play(script);
+    platform->advance(watched);
+    EXPECT_EQ(host->told, told);
+    EXPECT_EQ(!isShown(), over);
+    screen()->close();
+    platform->runUntilIdle();
+    expectClosed();
+  }
+}
+
+TEST_F(PlaybackTest, ForeignAddressesShowNothing) {
+  for (const char* url : {"file:///etc/passwd", "data:video/webm;base64,AAAA", "video.webm", "https:"}) {
+    host->playVideoAt(NSURL::URLWithString(url).value());
+    platform->runUntilIdle();
+    EXPECT_EQ(screen(), nullptr) << url;
+  }
+  EXPECT_EQ(platform->media().players().size(), 0U);
+}
+
+TEST_F(PlaybackTest, ClosedWhileLoadingStaysClosed) {
+  play({.loadsAfter = 2s});
+  ASSERT_TRUE(isShown());
+  EXPECT_EQ(screen()->controls()->timeLabel().title(), "Loading");
+  EXPECT_FALSE(window->pressKey(UIKey::Space) && host->player()->isPlaying()) << "nothing to play yet";
+  EXPECT_TRUE(window->pressEscape());
+  platform->advance(10s);
+  expectClosed();
+  EXPECT_EQ(host->told, Lines{});
+}
+
+TEST_F(PlaybackTest, ASecondVideoTakesTheFirstOnesPlace) {
+  play();
+  const auto first = screen();
+  platform->advance(3s);
+  play({.duration = {4, 1}}, "https://videos.example/b.webm");
+  EXPECT_EQ(first->player(), nullptr);
+  ASSERT_EQ(window->controller()->presentedViewController(), screen());
+  platform->advance(20s);
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1", "0.25", "start 4 at 1", "0.25", "0.5", "0.75", "1"}));
+  expectClosed();
+}
+
+TEST_F(PlaybackTest, WhatCannotBePresentedIsNotPlayed) {
+  const auto other = std::make_shared<UIViewController>();
+  window->controller()->presentViewController(other, false, nullptr);
+  play();
+  platform->advance(20s);
+  EXPECT_EQ(window->controller()->presentedViewController(), other);
+  EXPECT_EQ(host->told, Lines{});
+  EXPECT_EQ(screen()->player(), nullptr);
+}
+
+TEST_F(PlaybackTest, KeysAndButtonsSteerIt) {
+  play({.duration = {100, 1}});
+  const auto at = [&] { return CMTimeGetSeconds(host->player()->currentTime()); };
+  const auto& controls = *screen()->controls();
+  platform->advance(2s);
+  EXPECT_TRUE(window->pressKey(UIKey::Space));
+  platform->advance(1min);
+  EXPECT_NEAR(at(), 2, 0.01);
+  EXPECT_EQ(controls.playButton().title(), "Play");
+  window->pressKey(UIKey::RightArrow);
+  window->pressKey(UIKey::RightArrow);
+  window->pressKey(UIKey::LeftArrow);
+  EXPECT_NEAR(at(), 7, 0.01);
+  for (int i = 0; i < 4; ++i) window->pressKey(UIKey::DownArrow);
+  window->pressKey(UIKey::UpArrow);
+  EXPECT_NEAR(platform->media().players().back()->appliedVolume(), 0.7F, 0.001F);
+
+  const auto tapAt = [&](const UIView& view, double part) {
+    const auto frame = frameInWindow(view, window->view());
+    window->tap({frame.minX() + frame.size.width * part, frame.midY()});
+    platform->runUntilIdle();
+  };
+  tapAt(controls.playButton(), 0.5);
+  EXPECT_TRUE(host->player()->isPlaying());
+  tapAt(controls.progressBar(), 0.6);
+  EXPECT_NEAR(at(), 60, 1);
+  EXPECT_NEAR(controls.shownProgress(), 0.6, 0.01);
+  EXPECT_EQ(host->told, (Lines{"start 100 at 1"})) << "what was jumped over was not watched";
+  platform->advance(16s);
+  EXPECT_EQ(host->told, (Lines{"start 100 at 1", "0.75"}));
+  tapAt(controls.closeButton(), 0.5);
+  expectClosed();
+}
+
+// Each ends the player at once, and nothing is told afterwards.
+TEST_F(PlaybackTest, TheAdsEndIsTheVideosEnd) {
+  host->onProgress = [&] { screen()->close(); };  // in the middle of being told
+  play();
+  platform->advance(20s);
+  expectClosed();
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1", "0.25"}));
+
+  host->onProgress = nullptr;
+  play();
+  window->controller()->dismissViewControllerAnimated(false, nullptr);  // the application clears its window
+  platform->runUntilIdle();
+  expectClosed();
+
+  play();
+  const std::weak_ptr<AVPlayerViewController> gone = screen();
+  host->view()->removeFromSuperview();
+  host->removeFromParentViewController();
+  host.reset();
+  platform->advance(20s);
+  EXPECT_TRUE(gone.expired());
+  EXPECT_EQ(platform->media().players().size(), 0U);
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(PlaybackTest, AHiddenWindowPausesIt) {
+  play();
+  platform->advance(1s);
+  window->hide();
+  platform->advance(1min);
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1"}));
+  window->show();
+  platform->advance(2s);
+  EXPECT_EQ(host->told, (Lines{"start 10 at 1", "0.25"}));
+}
+
+TEST_F(PlaybackTest, WorkingControllersTakeTheirVideoAlong) {
+  const auto shownBanner = banner();
+  loadAd(*shownBanner);
+  const auto children = window->controller()->childViewControllers();
+  const auto working = std::dynamic_pointer_cast<VeltoBannerViewControllerPrivate>(children.back());
+  ASSERT_NE(working, nullptr);
+  working->playVideoAt(NSURL::URLWithString(videoURL).value());
+  platform->runUntilIdle();
+  ASSERT_TRUE(working->player()->isPlaying());
+  shownBanner->removeBanner();
+  platform->runUntilIdle();
+  EXPECT_FALSE(isShown());
+  EXPECT_TRUE(platform->media().players().back()->isReleased());
+
+  const auto listener = std::make_shared<RecordingInterstitialDelegate>();
+  listener->host = window->controller();
+  const auto interstitial = VeltoInterstitialViewControllerPrivate::initWithDelegate(listener);
+  platform->urlSession().enqueue(markup(readyPage, 320, 480));
+  interstitial->load();
+  platform->runUntilIdle();
+  interstitial->show();
+  platform->advance(1s);
+  interstitial->playVideoAt(NSURL::URLWithString(videoURL).value());
+  platform->runUntilIdle();
+  ASSERT_EQ(interstitial->presentedViewController(), interstitial->playerViewController());
+  EXPECT_TRUE(window->pressEscape());  // the player, which is on top, and not the ad
+  EXPECT_TRUE(interstitial->presentingViewController());
+  interstitial->playVideoAt(NSURL::URLWithString(videoURL).value());
+  platform->runUntilIdle();
+  interstitial->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_FALSE(isShown());
+  EXPECT_EQ(interstitial->playerViewController()->player(), nullptr);
+}
+
+// --- the output volume
+
+TEST_F(PlaybackTest, VolumeIsObservedOnce) {
+  auto& session = platform->audioSession();
+  const int context = 0;
+  session.failObserving = true;
+  host->startAudioVolumeObserverForContext(&context);
+  EXPECT_FALSE(host->isAudioVolumeObserving());
+  session.failObserving = false;
+  host->startAudioVolumeObserverForContext(&context);
+  host->startAudioVolumeObserverForContext(&context);
+  EXPECT_EQ(session.observers(), 1U);
+  session.setOutputVolume(0.75F);
+  EXPECT_EQ(host->told, Lines{}) << "nobody asked for sound yet";
+  session.setActive();
+  session.setOutputVolume(0.5F);
+  EXPECT_EQ(host->told, (Lines{"outputVolume 0.5"}));
+  EXPECT_EQ(host->lastContext, &context);
+  host->stopAudioVolumeObserverForContext(&context);
+  host->stopAudioVolumeObserverForContext(&context);
+  EXPECT_EQ(session.observers(), 0U);
+  host->startAudioVolumeObserverForContext(&context);
+  host->view()->removeFromSuperview();
+  host->removeFromParentViewController();
+  host.reset();
+  EXPECT_EQ(session.observers(), 0U);
+}
+
+TEST_F(PlaybackTest, VolumeGoesToThePageAndThenToTheMeasurement) {
+  host->audioVolumeChange(0.5F, nullptr);
+  host->audioVolumeChange(0.25F, WKWebView::initWithFrame({}, {}));
+  EXPECT_EQ(host->told, (Lines{"measurement 0.5", "page 0.25", "measurement 0.25"}));
+}
+
+// Every banner observes, but only one with a rich-media page has the sound service asked.
+TEST_F(PlaybackTest, OnlyRichMediaAsksForSound) {
+  const auto plain = banner();
+  loadAd(*plain);
+  EXPECT_EQ(platform->audioSession().observers(), 1U);
+  EXPECT_FALSE(platform->audioSession().isActive());
+  const auto rich = banner();
+  loadAd(*rich, markup(readyPage + "<script src='mraid.js'></script>"));
+  EXPECT_TRUE(platform->audioSession().isActive());
+}
+
+// --- media times
+
+TEST(MediaTime, IsExactWhereFractionsAllowIt) {
+  EXPECT_EQ(CMTimeCompare(CMTimeMultiplyByFloat64({10, 1}, 0.25), {5, 2}), 0);
+  EXPECT_EQ(CMTimeMultiplyByFloat64({1000, 600}, 0.25), (CMTime{250, 600}));
+  EXPECT_EQ(CMTimeCompare(CMTimeMultiplyByFloat64({1001, 30000}, 0.25), {1001, 120000}), 0);
+  EXPECT_EQ(CMTimeCompare(CMTimeAdd({1, 3}, {1, 6}), {1, 2}), 0);
+  EXPECT_EQ(CMTimeCompare({INT64_MAX, 1}, {INT64_MAX, 2'000'000'000}), 1);
+  EXPECT_EQ(CMTimeCompare({-1, 3}, {-1, 4}), -1);
+  EXPECT_EQ(CMTimeCompare({7, 0}, {}), 0) << "no time counts as zero";
+  EXPECT_EQ(CMTimeAdd({}, {5, 2}), (CMTime{5, 2}));
+  EXPECT_DOUBLE_EQ(CMTimeGetSeconds({599, 10}), 59.9);
+}
+
+}  // namespace
+}  // namespace velto::test

@@ -1,0 +1,27 @@
+// The creative: its markup, and the folder beside it, served to the page from this process. Any thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace velto::preview {
+
+class Creative {
+ public:
+  // A file or an http(s) URL. Throws UsageError when it cannot be read.
+  explicit Creative(const std::string& source);
+  ~Creative();
+
+  // With a base element, so that its relative addresses mean the files beside it.
+  const std::string& markup() const { return markup_; }
+
+ private:
+  class FolderServer;
+  std::unique_ptr<FolderServer> server_;
+  std::string markup_;
+};
+
+// The markup with a base element as its first in the head. For tests.
+std::string withBase(const std::string& markup, const std::string& base);
+
+}  // namespace velto::preview

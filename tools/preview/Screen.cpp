@@ -1,0 +1,201 @@
+// Window, controllers, delegates.
+#include "preview/Screen.h"
+
+#include <velto/gtk/VeltoGtk.h>
+#include <velto/platform/Platform.h>
+#include <velto/platform/UIDevice.h>
+#include <velto/ui/VeltoBannerViewControllerPrivate.h>
+#include <velto/ui/VeltoInterstitialViewControllerPrivate.h>
+
+#include <functional>
+
+namespace velto::preview {
+namespace {
+
+constexpr int64_t portrait = 1;
+constexpr int64_t landscapeLeft = 3;
+
+VeltoCloseButton* closeButtonIn(UIView& view) {
+  const auto subviews = view.subviews();
+  for (auto subview = subviews.rbegin(); subview != subviews.rend(); ++subview) {
+    if (auto* button = dynamic_cast<VeltoCloseButton*>(subview->get())) return button;
+    if (auto* button = closeButtonIn(**subview)) return button;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+class Screen::BannerDelegate : public VeltoBannerViewControllerDelegate {
+ public:
+  explicit BannerDelegate(Screen& screen) : screen_(screen) {}
+
+ private:
+  std::shared_ptr<UIViewController> presentViewController() override { return screen_.host_; }
+  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override {
+    screen_.heard("DidFinishLoad");
+  }
+  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate&) override {
+    screen_.heard("DidPress");
+  }
+  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate&,
+                                        const VeltoErrorAd& error) override {
+    screen_.heard("DidFail", &error);
+  }
+  void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate&) override {
+    screen_.heard("DidClose");
+  }
+
+  Screen& screen_;
+};
+
+class Screen::InterstitialDelegate : public VeltoInterstitialViewControllerDelegate {
+ public:
+  explicit InterstitialDelegate(Screen& screen) : screen_(screen) {}
+
+ private:
+  using Controller = VeltoInterstitialViewControllerPrivate;
+  std::shared_ptr<UIViewController> presentViewController() override { return screen_.host_; }
+  void veltoInterstitialViewControllerDidFinishLoad(Controller&) override { screen_.heard("DidFinishLoad"); }
+  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd& error) override {
+    screen_.heard("DidFail", &error);
+  }
+  void veltoInterstitialViewControllerDidAppear(Controller&) override {
+    screen_.appeared_ = true;
+    screen_.heard("DidAppear");
+  }
+  void veltoInterstitialViewControllerDidPress(Controller&) override { screen_.heard("DidPress"); }
+  void veltoInterstitialViewControllerDidClose(Controller&) override { screen_.heard("DidClose"); }
+  void onVeltoInterstitialDismissed(Controller&) override { screen_.heard("Dismissed"); }
+
+  Screen& screen_;
+};
+
+Screen::Screen(const Arguments& arguments, Journal& journal) : journal_(journal), arguments_(arguments) {
+  gtk::setScreenSize(arguments.screen);
+  window_ = GTK_WINDOW(gtk_window_new());
+  gtk_window_set_title(window_, "velto-preview");
+  gtk_window_set_decorated(window_, FALSE);  // the window is the screen, to the point
+  gtk_window_set_default_size(window_, static_cast<int>(arguments.screen.width),
+                              static_cast<int>(arguments.screen.height));
+  gtk_window_set_child(window_, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
+  host_ = gtk::hostViewController(window_);
+  g_signal_connect(window_, "destroy", G_CALLBACK(closed), this);
+  gtk_widget_add_tick_callback(GTK_WIDGET(window_), tick, this, nullptr);
+  gtk_window_present(window_);
+}
+
+Screen::~Screen() {
+  banner_.reset();
+  interstitial_.reset();
+  if (window_) gtk_window_destroy(window_);
+}
+
+void Screen::closed(GtkWidget*, Screen* self) noexcept {
+  self->window_ = nullptr;
+}
+
+void Screen::load() {
+  if (arguments_.interstitial) {
+    interstitialDelegate_ = std::make_shared<InterstitialDelegate>(*this);
+    interstitial_ = VeltoInterstitialViewController::initWithDelegate(interstitialDelegate_);
+    interstitial_->setAutoShowWhenReady(true);
+    interstitial_->load();
+  } else {
+    bannerDelegate_ = std::make_shared<BannerDelegate>(*this);
+    banner_ = VeltoBannerViewController::initWithDelegate(
+        bannerDelegate_, VeltoBannerSize320x50,
+        arguments_.atTop ? VeltoBannerPositionTop : VeltoBannerPositionBottom);
+    banner_->load();
+  }
+}
+
+void Screen::heard(const char* name, const VeltoErrorAd* error) {
+  JSON::Object details{{"name", name}};
+  if (error) {
+    failed_ = true;
+    details["code"] = static_cast<int64_t>(error->errorCode);
+    details["description"] = error->descriptionError().value_or("");
+  }
+  journal_.add("callback", std::move(details));
+}
+
+bool Screen::hasLoaded() const {
+  return journal_.count("load-finished") > 0 && (!arguments_.interstitial || appeared_);
+}
+
+std::shared_ptr<WKWebView> Screen::webView() const {
+  if (banner_) return banner_->vc()->webView();
+  return interstitial_ ? interstitial_->vc()->webView() : nullptr;
+}
+
+std::optional<CGRect> Screen::frame() const {
+  const auto view = webView();
+  if (!view || !view->isInWindow()) return std::nullopt;
+  return CGRect{host_->view()->convertPointFromView({0, 0}, *view), view->frame().size};
+}
+
+gboolean Screen::tick(GtkWidget*, GdkFrameClock*, gpointer self) noexcept {
+  static_cast<Screen*>(self)->followFrame();
+  return G_SOURCE_CONTINUE;
+}
+
+void Screen::followFrame() {
+  const auto now = frame();
+  if (now == lastFrame_) return;
+  lastFrame_ = now;
+  if (!now) return journal_.add("frame", {{"frame", JSON()}});
+  journal_.add("frame", {{"frame", JSON::Object{{"x", now->origin.x},
+                                                {"y", now->origin.y},
+                                                {"width", now->size.width},
+                                                {"height", now->size.height}}}});
+}
+
+void Screen::rotate(bool landscape) {
+  const double longer = std::max(arguments_.screen.width, arguments_.screen.height);
+  const double shorter = std::min(arguments_.screen.width, arguments_.screen.height);
+  const CGSize size = landscape ? CGSize{longer, shorter} : CGSize{shorter, longer};
+  gtk::setScreenSize(size);
+  Platform::current().device().setOrientation(landscape ? landscapeLeft : portrait);
+  gtk_window_set_default_size(window_, static_cast<int>(size.width), static_cast<int>(size.height));
+  UIViewController::attemptRotationToDeviceOrientation();
+}
+
+void Screen::setShown(bool shown) {
+  gtk_widget_set_visible(GTK_WIDGET(window_), shown);
+}
+
+void Screen::setVolume(float fraction) {
+  if (banner_) banner_->vc()->audioVolumeChange(fraction, webView());
+  if (interstitial_) interstitial_->vc()->audioVolumeChange(fraction, webView());
+}
+
+bool Screen::pressClose() {
+  auto* button = closeButtonIn(*host_->view());
+  if (!button) return false;
+  const auto held = button->shared_from_this();
+  button->sendTouchUpInside();
+  return true;
+}
+
+bool Screen::photograph(const std::string& file) const {
+  GtkWidget* widget = content();
+  const int width = gtk_widget_get_width(widget);
+  const int height = gtk_widget_get_height(widget);
+  GskRenderer* renderer = gtk_native_get_renderer(gtk_widget_get_native(widget));
+  if (!renderer || width <= 0 || height <= 0) return false;
+  GdkPaintable* paintable = gtk_widget_paintable_new(widget);
+  GtkSnapshot* snapshot = gtk_snapshot_new();
+  gdk_paintable_snapshot(paintable, GDK_SNAPSHOT(snapshot), width, height);
+  g_object_unref(paintable);
+  GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
+  if (!node) return false;
+  const graphene_rect_t bounds = GRAPHENE_RECT_INIT(0, 0, float(width), float(height));
+  GdkTexture* texture = gsk_renderer_render_texture(renderer, node, &bounds);
+  gsk_render_node_unref(node);
+  const bool saved = gdk_texture_save_to_png(texture, file.c_str());
+  g_object_unref(texture);
+  return saved;
+}
+
+}  // namespace velto::preview

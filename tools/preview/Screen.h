@@ -1,0 +1,64 @@
+// The virtual screen: a window of the size asked for, and the ad in it, with what its delegate hears. Main
+// thread.
+#pragma once
+
+#include <gtk/gtk.h>
+#include <velto/platform/ui/WKWebView.h>
+#include <velto/velto.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "preview/Arguments.h"
+#include "preview/Journal.h"
+
+namespace velto::preview {
+
+class Screen {
+ public:
+  Screen(const Arguments& arguments, Journal& journal);
+  Screen(const Screen&) = delete;
+  Screen& operator=(const Screen&) = delete;
+  ~Screen();
+
+  void load();
+  bool isOpen() const { return window_ != nullptr; }
+  GtkWindow* window() const { return window_; }
+  GtkWidget* content() const { return gtk_window_get_child(window_); }
+
+  bool hasLoaded() const;
+  bool hasFailed() const { return failed_; }
+  std::shared_ptr<WKWebView> webView() const;
+  // Of the ad view, points of the screen; nothing while there is none.
+  std::optional<CGRect> frame() const;
+
+  void rotate(bool landscape);
+  void setShown(bool shown);
+  void setVolume(float fraction);
+  // Presses the close button that is on the screen now; whether there is one.
+  bool pressClose();
+  bool photograph(const std::string& file) const;
+
+ private:
+  class BannerDelegate;
+  class InterstitialDelegate;
+  static gboolean tick(GtkWidget*, GdkFrameClock*, gpointer self) noexcept;
+  static void closed(GtkWidget*, Screen* self) noexcept;
+  void heard(const char* name, const VeltoErrorAd* error = nullptr);
+  void followFrame();
+
+  Journal& journal_;
+  const Arguments arguments_;
+  GtkWindow* window_ = nullptr;  // null once closed
+  std::shared_ptr<UIViewController> host_;
+  std::shared_ptr<BannerDelegate> bannerDelegate_;
+  std::shared_ptr<InterstitialDelegate> interstitialDelegate_;
+  std::shared_ptr<VeltoBannerViewController> banner_;
+  std::shared_ptr<VeltoInterstitialViewController> interstitial_;
+  std::optional<CGRect> lastFrame_;
+  bool appeared_ = false;
+  bool failed_ = false;
+};
+
+}  // namespace velto::preview

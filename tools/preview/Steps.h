@@ -1,0 +1,23 @@
+// The steps of a steps file: what velto-preview does to an ad, and what it expects of it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace velto::preview {
+
+struct Step {
+  int line = 0;
+  std::string text;  // the line as it stands
+  std::string verb;  // "wait", "wait-for" …; for the latter and for "expect" with what it is about
+  std::vector<std::string> words;  // what follows
+  std::string rest;                // the same as it stands, for scripts and selectors
+};
+
+// Empty lines and those that begin with # are passed over. Throws UsageError with the number of the line.
+std::vector<Step> readSteps(const std::string& file);
+
+// A number of a step that was read; readSteps() has seen to it that it is one.
+double numberOf(const std::string& word);
+
+}  // namespace velto::preview

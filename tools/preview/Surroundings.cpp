@@ -1,0 +1,85 @@
+// Temporary folder, X server, desktop.
+#include "preview/Surroundings.h"
+
+#include <glib.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "preview/Arguments.h"
+
+namespace velto::preview {
+namespace {
+
+bool isSet(const char* variable) {
+  const char* value = g_getenv(variable);
+  return value && *value;
+}
+
+}  // namespace
+
+Surroundings::Surroundings(const std::string& out) {
+  char* made = g_dir_make_tmp("velto-preview-XXXXXX", nullptr);
+  if (!made) throw UsageError("no temporary folder can be made");
+  folder_ = made;
+  g_free(made);
+  pictures_ = out.empty() ? folder_ / "pictures" : std::filesystem::absolute(out) / "pictures";
+  quietDesktop();
+  if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) startDisplay();
+}
+
+Surroundings::~Surroundings() {
+  if (server_ > 0) {
+    kill(server_, SIGTERM);
+    waitpid(server_, nullptr, 0);
+  }
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+// Whatever an ad opens is handed to an application that does nothing; what it was stands in the journal.
+void Surroundings::quietDesktop() {
+  const std::string types =
+      "x-scheme-handler/http;x-scheme-handler/https;x-scheme-handler/tel;x-scheme-handler/sms;"
+      "x-scheme-handler/mailto;";
+  std::filesystem::create_directories(folder_ / "applications");
+  std::ofstream(folder_ / "applications/velto-preview-nothing.desktop")
+      << "[Desktop Entry]\nType=Application\nName=Nothing\nExec=true %u\nMimeType=" << types << "\n";
+  std::ofstream list(folder_ / "mimeapps.list");
+  list << "[Default Applications]\n";
+  for (const char* scheme : {"http", "https", "tel", "sms", "mailto"})
+    list << "x-scheme-handler/" << scheme << "=velto-preview-nothing.desktop\n";
+  for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) g_setenv(home, folder_.c_str(), TRUE);
+  std::ofstream(folder_ / "user-dirs.dirs") << "XDG_PICTURES_DIR=\"" << pictures_.string() << "\"\n";
+  g_setenv("GTK_A11Y", "none", FALSE);
+  // The user's calendar is behind that bus, and stays untouched.
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", TRUE);
+}
+
+void Surroundings::startDisplay() {
+  int numbers[2];
+  if (pipe(numbers) != 0) throw UsageError("no pipe can be made");
+  server_ = fork();
+  if (server_ == 0) {
+    dup2(numbers[1], 3);
+    freopen("/dev/null", "w", stderr);
+    execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "2560x2560x24", "-nolisten", "tcp", "-noreset",
+           static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  close(numbers[1]);
+  std::string number;
+  char c = 0;
+  while (read(numbers[0], &c, 1) == 1 && c != '\n') number += c;
+  close(numbers[0]);
+  if (number.empty()) throw UsageError("there is no display, and Xvfb cannot be started");
+  g_setenv("DISPLAY", (":" + number).c_str(), TRUE);
+  g_setenv("GDK_BACKEND", "x11", TRUE);
+  g_setenv("GSK_RENDERER", "cairo", FALSE);
+  g_setenv("LIBGL_ALWAYS_SOFTWARE", "1", FALSE);
+  g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", FALSE);
+}
+
+}  // namespace velto::preview

@@ -1,0 +1,34 @@
+// What velto-preview stands on, and takes away again at its end: a folder for everything it writes, a display
+// when there is none, a desktop whose applications open nothing.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+
+namespace velto::preview {
+
+class Surroundings {
+ public:
+  // Before GTK starts: the environment is set for it. Throws UsageError when a display is needed and cannot
+  // be had.
+  // Stored pictures go to the folder "pictures" in `out`; "" keeps none.
+  explicit Surroundings(const std::string& out);
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
+  ~Surroundings();
+
+  const std::filesystem::path& folder() const { return folder_; }
+  bool hasOwnDisplay() const { return server_ > 0; }  // nobody looks at it
+
+ private:
+  void startDisplay();
+  void quietDesktop();
+
+  std::filesystem::path folder_;
+  std::filesystem::path pictures_;
+  pid_t server_ = 0;
+};
+
+}  // namespace velto::preview
