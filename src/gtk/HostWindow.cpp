@@ -40,7 +40,8 @@ class RootPeer final : public Peer {
 
   void setFrame(const CGRect&) override {}
   WindowSight windowSight() const override {
-    const auto* host = HostWindow::of(GTK_WINDOW(gtk_widget_get_root(widget())));
+    auto* window = gtk_widget_get_root(widget());
+    const auto* host = GTK_IS_WINDOW(window) ? HostWindow::of(GTK_WINDOW(window)) : nullptr;
     return host ? host->sight() : WindowSight{};
   }
 

@@ -24,6 +24,7 @@ class PicturePeer final : public Peer {
  public:
   explicit PicturePeer(std::shared_ptr<Picture> picture);
   ~PicturePeer() override;
+  bool paintsContent() const override { return true; }
 
  private:
   std::shared_ptr<Picture> picture_;

@@ -48,6 +48,7 @@ void ServicePage::run(const std::string& statement) {
 }
 
 void ServicePage::call(const char* operation, const std::string& arguments) {
+  if (!Platform::currentOrNull()) return;
   std::string statement = "window.__veltoOMID&&__veltoOMID.";
   statement.append(operation).append("(").append(arguments).append(")");
   if (loaded_)

@@ -39,7 +39,9 @@ void ViewabilityWatcher::noteChange() {
 
 void ViewabilityWatcher::lookNow() {
   scheduled_ = false;
-  lastLook_ = Platform::current().clock().monotonicSeconds();
+  auto* platform = Platform::currentOrNull();
+  if (!platform) return;
+  lastLook_ = platform->clock().monotonicSeconds();
   Viewability now = viewabilityOf(look_());
   if (now == latest_) return;
   latest_ = std::move(now);

@@ -29,8 +29,11 @@
   const observers = [];      // the page's own
   const resources = [];      // verification scripts by their address: those that the ad names
   const happened = {};       // the latest event of a type
+  const held = [];           // media events of before the session's own scripts arrived
+  let arriving = 0;          // how many of those are on their way
   const waiting = [];        // events that were published while another one was being told
   let telling = false;
+  const longestArrival = 3000;  // milliseconds
   const trace = [], longestTrace = 500;  // events for a tool, when the application asks for them
 
   // --- geometry: the application knows the ad view; the page may narrow it down to an element
@@ -129,8 +132,8 @@
   };
 
   // Listeners hear all events in one order, also when one of them causes the next.
-  const publish = (type, data) => {
-    waiting.push({ adSessionId: session.adSessionId, timestamp: Date.now(), type, data });
+  const publish = (type, data, timestamp = Date.now()) => {
+    waiting.push({ adSessionId: session.adSessionId, timestamp, type, data });
     if (telling) return;
     telling = true;
     while (waiting.length) {
@@ -186,8 +189,17 @@
     });
   };
 
+  // Playback does not wait for the session's own scripts to arrive, and is told to nobody twice: so what happens
+  // before they are there is kept for them.
   const media = (owner, type, data) => {
-    if (running() && owner === session.mediaEventsOwner) publish(type, data);
+    if (!running() || owner !== session.mediaEventsOwner) return;
+    const time = Date.now();
+    if (arriving) held.push(() => publish(type, data, time));
+    else publish(type, data, time);
+  };
+  const releaseHeld = () => {
+    arriving = 0;
+    for (const tellNow of held.splice(0)) tellNow();
   };
 
   const withVolume = (owner, type, volume, data) => media(owner, type,
@@ -209,6 +221,7 @@
       ';omidVerificationProperties.serviceWindow=parent<' + '/script>' +
       '<script src="' + attribute(resource.resourceUrl) + '"><' + '/script>';
     document.body.appendChild(frame);
+    return frame;
   };
 
   const addResources = (list) => {
@@ -393,7 +406,16 @@
       for (const report of early.splice(0)) report();
       telling = false;
       publishGeometry();
-      resources.forEach(inject);
+      const theirs = resources.length - (told.resources || []).length;  // those that the page named come first
+      resources.forEach((resource, index) => {
+        const frame = inject(resource);
+        if (!frame || index < theirs) return;
+        ++arriving;
+        frame.onload = () => {
+          if (arriving && !--arriving) releaseHeld();
+        };
+      });
+      if (arriving) setTimeout(releaseHeld, longestArrival);
     },
     geometry(told) {
       if (!running()) return;
@@ -411,6 +433,7 @@
     // The page lives on for a moment, so that scripts can send what they have to; out of sight it keeps quiet.
     finish(outOfSight) {
       if (!running()) return;
+      releaseHeld();
       publish('sessionFinish');
       finished = true;
       if (outOfSight) for (const player of document.querySelectorAll('video,audio')) player.pause();

@@ -200,7 +200,7 @@ TEST_F(PagesTest, ClientsFindTheServiceInEveryWay) {
   EXPECT_EQ(
       text("['direct', 'old', 'same-origin', 'sandboxed'].map(by => log.find(e => e.by === by).way).join()"),
       "direct,direct,direct,posted");
-  session_->finish();
+  view_->removeFromSuperview();  // as a refresh does it
   EXPECT_TRUE(holds("log.filter(e => e.event.type === 'sessionFinish').length === 5")) << heard("sandboxed");
 }
 
@@ -343,10 +343,9 @@ TEST_F(PagesTest, NativeSessionsRunTheirScriptsInAHiddenPage) {
   EXPECT_TRUE(adEvents->loadedWithVastProperties(
       OMIDVeltoVASTProperties::initWithAutoPlay(true, OMIDVeltoPositionStandalone), nullptr));
   session_->start();
-  EXPECT_TRUE(runUntil([&] { return server.heard().size() == 3; }));
   adEvents->impressionOccurredWithError(nullptr);
   mediaEvents->startWithDuration(12, 0.25F);
-  mediaEvents->complete();
+  mediaEvents->complete();  // all before the page and the script are there
   EXPECT_TRUE(runUntil([&] { return server.heard().size() == 6; }));
   session_->finish();
   EXPECT_TRUE(runUntil([&] { return server.heard().size() == 7; }));
@@ -357,15 +356,20 @@ TEST_F(PagesTest, NativeSessionsRunTheirScriptsInAHiddenPage) {
     events[static_cast<int>(entry.at("count").number().value())] = *entry.at("event").object();
   }
   std::string types;
-  for (const auto& [count, event] : events) types += *event.at("type").string() + " ";
-  EXPECT_EQ(types, "sessionStart geometryChange loaded impression start complete sessionFinish ");
-  EXPECT_EQ(events[1].at("data").object()->at("verificationParameters"), JSON(" "));
-  EXPECT_EQ(events[1].at("data").object()->at("context").object()->at("adSessionType"), JSON("native"));
-  EXPECT_EQ(events[3].at("data").object()->at("position"), JSON("standalone"));
-  EXPECT_EQ(events[2].at("data").object()->at("adView").object()->at("reasons"),
-            JSON(JSON::Array{"notFound"}));
+  std::map<std::string, JSON::Object> data;
+  for (const auto& [count, event] : events) {
+    types += *event.at("type").string() + " ";
+    if (event.contains("data")) data[*event.at("type").string()] = *event.at("data").object();
+  }
+  EXPECT_TRUE(types.starts_with("sessionStart ")) << types;
+  EXPECT_TRUE(types.ends_with(" start complete sessionFinish ")) << types;
+  EXPECT_EQ(data["sessionStart"].at("verificationParameters"), JSON(" "));
+  EXPECT_EQ(data["sessionStart"].at("context").object()->at("adSessionType"), JSON("native"));
+  EXPECT_EQ(data["loaded"].at("position"), JSON("standalone"));
+  EXPECT_EQ(data["impression"].at("adView").object()->at("reasons"), JSON(JSON::Array{"notFound"}));
+  EXPECT_TRUE(data.contains("geometryChange"));
   EXPECT_EQ(
-      *events[5].at("data").object(),
+      data["start"],
       (JSON::Object{
           {"duration", 12}, {"mediaPlayerVolume", 0.25}, {"videoPlayerVolume", 0.25}, {"deviceVolume", 1}}));
 }

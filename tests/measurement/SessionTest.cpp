@@ -210,6 +210,19 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   EXPECT_TRUE(platform->webViews().empty());
 }
 
+TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
+  const auto banner = this->banner();
+  loadAd(*banner);
+  const auto controller = working(*banner);
+  const auto friendly = UIView::make();
+  controller->addFriendlyObstructionOMSDKFor(friendly);
+  headless::Platform::uninstall();
+  controller->removeFriendlyObstructionOMSDKFor(friendly);
+  controller->impressionOMSDK();
+  controller->finishOMSDKSession();
+  EXPECT_EQ(controller->omidSession(), nullptr);
+}
+
 TEST_F(SessionTest, WithoutServiceScriptAllIsSilent) {
   platform->veltoBundle().files.clear();
   const auto banner = this->banner();

@@ -114,7 +114,7 @@ class ViewabilityTest : public HeadlessTest {
 
 TEST_F(ViewabilityTest, RandomTreesAgreeWithAPainterOfPixels) {
   int partly = 0;
-  for (int round = 0; round < 4000; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     std::vector<std::shared_ptr<UIView>> views{window.controller()->view()};
     const int count = std::uniform_int_distribution(1, 14)(random);
     for (int i = 0; i < count; ++i) {
@@ -135,7 +135,7 @@ TEST_F(ViewabilityTest, RandomTreesAgreeWithAPainterOfPixels) {
     if (painted > 0 && painted < area) ++partly;
     for (const auto& child : std::vector(window.view().subviews())) child->removeFromSuperview();
   }
-  EXPECT_GT(partly, 400) << "hardly a case that says anything";
+  EXPECT_GT(partly, 150) << "hardly a case that says anything";
 }
 
 TEST_F(ViewabilityTest, ReasonsSayWhyItIsLess) {
