@@ -253,11 +253,13 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
 }
 
 TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
-  g_setenv("VELTO_MODULES", "/nowhere", TRUE);
+  const auto folder = std::filesystem::temp_directory_path() / "modules";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "velto-video.so") << "no shared object";
+  g_setenv("VELTO_MODULE_PATH", folder.c_str(), TRUE);
   server.files["/a"] = {whole};
   play("/a");
   EXPECT_TRUE(runUntil([&] { return isOver(); }));
-  g_unsetenv("VELTO_MODULES");
   EXPECT_EQ(host->told, Lines{});
 }
 
