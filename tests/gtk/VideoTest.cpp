@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "../video/RecordingHost.h"
+#include "SoundServer.h"
 
 namespace velto::test {
 namespace {
@@ -250,6 +251,24 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   host.reset();
   EXPECT_TRUE(isOver());
   EXPECT_TRUE(player.expired() && screen.expired());
+}
+
+TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
+  const auto socket = std::filesystem::temp_directory_path() / "sound";
+  SoundServer sound(socket);
+  ASSERT_TRUE(runUntil([&] {
+    g_main_context_wakeup(nullptr);
+    return std::filesystem::exists(socket);
+  }));
+  g_setenv("PULSE_SERVER", ("unix:" + socket.string()).c_str(), TRUE);
+  server.files["/a"] = {whole};
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
+  ASSERT_TRUE(isMapped("libgstpulseaudio")) << "it sounds";
+  sound.stop();
+  g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
 }
 
 TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
