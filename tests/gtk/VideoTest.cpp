@@ -52,11 +52,13 @@ struct Served {
 
 class VideoServer {
  public:
-  VideoServer() {
-    server_.Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
+  explicit VideoServer(std::unique_ptr<httplib::Server> server = std::make_unique<httplib::Server>(),
+                       std::string scheme = "http")
+      : server_(std::move(server)), scheme_(std::move(scheme)) {
+    server_->Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
+    port_ = server_->bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
+    while (!server_->is_running()) std::this_thread::yield();
   }
   ~VideoServer() {
     {
@@ -64,12 +66,12 @@ class VideoServer {
       stopping_ = true;
     }
     stopped_.notify_all();
-    server_.stop();
+    server_->stop();
     thread_.join();
   }
   std::map<std::string, Served> files;  // by path, set before it is asked for
   std::string url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
+    return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
   }
 
  private:
@@ -92,7 +94,8 @@ class VideoServer {
                                   });
   }
 
-  httplib::Server server_;
+  std::unique_ptr<httplib::Server> server_;
+  std::string scheme_;
   int port_ = 0;
   std::mutex mutex_;
   std::condition_variable stopped_;
@@ -111,8 +114,8 @@ class GtkVideo : public testing::Test {
     gtk_init();
     whole = madeVideo();
   }
-  GtkVideo() {
-    gtk::install({.applicationIdentifier = "org.example.video"});
+  explicit GtkVideo(const std::filesystem::path& caFile = {}) {
+    gtk::install({.applicationIdentifier = "org.example.video", .caFile = caFile});
     window_ = GTK_WINDOW(gtk_window_new());
     gtk_window_set_decorated(window_, false);
     gtk_window_set_default_size(window_, 400, 600);
@@ -253,6 +256,45 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   EXPECT_TRUE(player.expired() && screen.expired());
 }
 
+// An authority of the test's own, which the second of the two does not know.
+std::filesystem::path certificate() {
+  static const auto file = std::filesystem::temp_directory_path() / "ca.pem";
+  const auto line =
+      "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
+      "-keyout " +
+      file.string() + ".key -out " + file.string();
+  if (!std::filesystem::exists(file))
+    g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr);
+  return file;
+}
+
+class GtkVideoTrusting : public GtkVideo {
+ protected:
+  GtkVideoTrusting() : GtkVideo(certificate()) {}
+};
+
+Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std::function<bool()>& isOver,
+                        const std::function<bool(const std::function<bool()>&)>& runUntil) {
+  VideoServer secure(
+      std::make_unique<httplib::SSLServer>(certificate().c_str(), (certificate().string() + ".key").c_str()),
+      "https");
+  secure.files["/a"] = {body};
+  host.playVideoAt(NSURL::URLWithString(secure.url("/a")).value());
+  EXPECT_TRUE(runUntil(isOver));
+  return host.told;
+}
+
+TEST_F(GtkVideoTrusting, PlaysOverHTTPS) {
+  const auto told = toldOfSecureVideo(
+      *host, whole, [&] { return isOver(); }, runUntil);
+  EXPECT_EQ(told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+}
+TEST_F(GtkVideo, RefusesAServerThatNobodyVouchesFor) {
+  EXPECT_EQ(toldOfSecureVideo(
+                *host, whole, [&] { return isOver(); }, runUntil),
+            Lines{});
+}
+
 TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
   const auto socket = std::filesystem::temp_directory_path() / "sound";
   SoundServer sound(socket);
@@ -279,6 +321,7 @@ TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
   server.files["/a"] = {whole};
   play("/a");
   EXPECT_TRUE(runUntil([&] { return isOver(); }));
+  g_unsetenv("VELTO_MODULE_PATH");
   EXPECT_EQ(host->told, Lines{});
 }
 
