@@ -7,10 +7,10 @@ set(VELTO_PC_FOLDER ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 # Where the prefix is, seen from a .pc file: an installed copy may be moved.
 file(RELATIVE_PATH VELTO_PREFIX_FROM_PC /prefix/${VELTO_PC_FOLDER} /prefix)
 
-# velto_install(<target> NAME <library name> DESCRIPTION <text> [REQUIRES <module>...] [PRIVATE <module>...])
+# velto_install(<target> NAME <library name> DESCRIPTION <text> [REQUIRES <module>...] [PRIVATE <module>...] [LIBS <text>])
 # REQUIRES are the pkg-config modules whose headers ours include, PRIVATE those that are only linked.
 function(velto_install target)
-  cmake_parse_arguments(ARG "" "NAME;DESCRIPTION" "REQUIRES;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "NAME;DESCRIPTION;LIBS" "REQUIRES;PRIVATE" ${ARGN})
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${ARG_NAME} VERSION ${PROJECT_VERSION}
                         SOVERSION ${PROJECT_VERSION_MAJOR})
   install(TARGETS ${target} EXPORT ${ARG_NAME})
@@ -22,6 +22,7 @@ function(velto_install target)
     set(ARG_PRIVATE)
   endif()
   set(PC_NAME ${ARG_NAME})
+  set(PC_LIBS ${ARG_LIBS})
   set(PC_DESCRIPTION ${ARG_DESCRIPTION})
   list(JOIN ARG_REQUIRES " " PC_REQUIRES)
   list(JOIN ARG_PRIVATE " " PC_REQUIRES_PRIVATE)
@@ -38,7 +39,7 @@ if(TARGET velto_headless)
 endif()
 if(TARGET velto_gtk)
   velto_install(velto_gtk NAME velto-gtk DESCRIPTION "Velto on Linux" REQUIRES velto gtk4
-                PRIVATE webkitgtk-6.0 sqlite3 libcurl x11)
+                PRIVATE webkitgtk-6.0 sqlite3 libcurl x11 LIBS " -Wl,-rpath,\${libdir}/velto")
   install(FILES ${PROJECT_SOURCE_DIR}/src/gtk/VeltoGtk.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto/gtk)
 endif()
 

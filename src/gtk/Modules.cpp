@@ -2,48 +2,37 @@
 #include "velto/gtk/Modules.h"
 
 #include <dlfcn.h>
-#include <glib.h>
-
-#include <filesystem>
-#include <vector>
+#include <stdlib.h>
 
 namespace velto::gtk {
-namespace {
 
-using Folders = std::vector<std::filesystem::path>;
-
-Folders moduleFolders() {
-  if (const auto* chosen = g_getenv("VELTO_MODULES")) return {chosen};
-  Folders folders;
+std::vector<std::filesystem::path> modulePaths(const std::string& fileName) {
+  std::vector<std::filesystem::path> paths;
+  if (const char* folder = secure_getenv("VELTO_MODULE_PATH"); folder && *folder)
+    paths.push_back(std::filesystem::path(folder) / fileName);
   Dl_info self{};
-  if (dladdr(reinterpret_cast<const void*>(&moduleFolders), &self) && self.dli_fname) {
-    std::error_code error;
-    const auto file = std::filesystem::canonical(self.dli_fname, error);
-    const auto folder = file.parent_path();
-    if (!error)
-      folders.insert(folders.end(), {folder / "velto", folder / ".." / VELTO_LIBRARY_FOLDER / "velto"});
+  if (dladdr(reinterpret_cast<const void*>(&modulePaths), &self) && self.dli_fname) {
+    std::error_code unknown;
+    const auto folder = std::filesystem::absolute(self.dli_fname, unknown).parent_path();
+    paths.push_back(folder / "velto" / fileName);
+    paths.push_back(folder / ".." / VELTO_LIBRARY_FOLDER / "velto" / fileName);
   }
-  folders.emplace_back(VELTO_MODULES_INSTALLED);
-  folders.emplace_back(VELTO_MODULES_BUILT);
-  return folders;
+  paths.push_back(std::filesystem::path(VELTO_MODULE_FOLDER) / fileName);
+  paths.emplace_back(fileName);
+  return paths;
 }
 
-}  // namespace
-
 void* findModuleFunction(const char* module, const char* function, std::string* why) {
-  std::string reason = "no folder has it";
-  for (const auto& folder : moduleFolders()) {
-    const auto file = folder / ("velto-" + std::string(module) + ".so");
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) continue;
+  for (const auto& file : modulePaths("velto-" + std::string(module) + ".so")) {
+    std::error_code unknown;
+    if (file.has_parent_path() && !std::filesystem::exists(file, unknown)) continue;
     // Opened once more or not, it is the same; it is never closed, since threads of its libraries stay.
     auto* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    auto* found = handle ? dlsym(handle, function) : nullptr;
-    if (found) return found;
+    if (auto* found = handle ? dlsym(handle, function) : nullptr) return found;
     const char* text = dlerror();
-    reason = text ? text : "it has no " + std::string(function);
+    if (why) *why = text ? text : file.string() + " is no module of this library";
+    return nullptr;
   }
-  if (why) *why = "velto-" + std::string(module) + ": " + reason;
   return nullptr;
 }
 

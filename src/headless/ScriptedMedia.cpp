@@ -33,8 +33,8 @@ std::shared_ptr<AVPlayer> ScriptedMedia::makePlayer(const std::shared_ptr<AVPlay
 }
 
 ScriptedPlayer::ScriptedPlayer(std::shared_ptr<VirtualQueue> queue, const std::shared_ptr<AVPlayerItem>& item,
-                               VideoScript script)
-    : AVPlayer(item), queue_(std::move(queue)), script_(std::move(script)) {}
+                               const VideoScript& script)
+    : AVPlayer(item), queue_(std::move(queue)), script_(script) {}
 
 void ScriptedPlayer::load() {
   if (!script_.loads) return;

@@ -27,7 +27,7 @@ class ScriptedMedia : public MediaSystem {
   explicit ScriptedMedia(std::shared_ptr<VirtualQueue> queue);
 
   // What is behind a URL; ten seconds that load at once where nothing was said.
-  void setVideo(const std::string& url, VideoScript script) { scripts_[url] = std::move(script); }
+  void setVideo(const std::string& url, const VideoScript& script) { scripts_[url] = script; }
 
   // Players that exist, oldest first, also cancelled ones.
   const std::vector<ScriptedPlayer*>& players() const { return *players_; }
@@ -43,7 +43,7 @@ class ScriptedMedia : public MediaSystem {
 class ScriptedPlayer : public AVPlayer {
  public:
   ScriptedPlayer(std::shared_ptr<VirtualQueue> queue, const std::shared_ptr<AVPlayerItem>& item,
-                 VideoScript script);
+                 const VideoScript& script);
 
   bool isReleased() const { return released_; }
   float appliedVolume() const { return appliedVolume_; }

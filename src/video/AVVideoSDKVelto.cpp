@@ -65,7 +65,7 @@ void AVVideoSDKVelto::_addBoundaryTimeObserver() {
     time = CMTimeAdd(time, step);
     times.push_back(time);
   }
-  if (times.empty()) return;
+  if (times.empty() || !player_) return;
   timeObserverToken_ =
       player_->addBoundaryTimeObserverForTimes(times, [this, weak = viewController().weak_from_this()] {
         if (const auto alive = weak.lock()) _evaluateCurrentTime();

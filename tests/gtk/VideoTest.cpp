@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "../video/RecordingHost.h"
+#include "SoundServer.h"
 
 namespace velto::test {
 namespace {
@@ -51,11 +52,13 @@ struct Served {
 
 class VideoServer {
  public:
-  VideoServer() {
-    server_.Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
+  explicit VideoServer(std::unique_ptr<httplib::Server> server = std::make_unique<httplib::Server>(),
+                       std::string scheme = "http")
+      : server_(std::move(server)), scheme_(std::move(scheme)) {
+    server_->Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
+    port_ = server_->bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
+    while (!server_->is_running()) std::this_thread::yield();
   }
   ~VideoServer() {
     {
@@ -63,12 +66,12 @@ class VideoServer {
       stopping_ = true;
     }
     stopped_.notify_all();
-    server_.stop();
+    server_->stop();
     thread_.join();
   }
   std::map<std::string, Served> files;  // by path, set before it is asked for
   std::string url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
+    return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
   }
 
  private:
@@ -91,7 +94,8 @@ class VideoServer {
                                   });
   }
 
-  httplib::Server server_;
+  std::unique_ptr<httplib::Server> server_;
+  std::string scheme_;
   int port_ = 0;
   std::mutex mutex_;
   std::condition_variable stopped_;
@@ -110,8 +114,8 @@ class GtkVideo : public testing::Test {
     gtk_init();
     whole = madeVideo();
   }
-  GtkVideo() {
-    gtk::install({.applicationIdentifier = "org.example.video"});
+  explicit GtkVideo(const std::filesystem::path& caFile = {}) {
+    gtk::install({.applicationIdentifier = "org.example.video", .caFile = caFile});
     window_ = GTK_WINDOW(gtk_window_new());
     gtk_window_set_decorated(window_, false);
     gtk_window_set_default_size(window_, 400, 600);
@@ -252,12 +256,72 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   EXPECT_TRUE(player.expired() && screen.expired());
 }
 
+// An authority of the test's own, which the second of the two does not know.
+std::filesystem::path certificate() {
+  static const auto file = std::filesystem::temp_directory_path() / "ca.pem";
+  const auto line =
+      "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
+      "-keyout " +
+      file.string() + ".key -out " + file.string();
+  if (!std::filesystem::exists(file))
+    g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr);
+  return file;
+}
+
+class GtkVideoTrusting : public GtkVideo {
+ protected:
+  GtkVideoTrusting() : GtkVideo(certificate()) {}
+};
+
+Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std::function<bool()>& isOver,
+                        const std::function<bool(const std::function<bool()>&)>& runUntil) {
+  VideoServer secure(
+      std::make_unique<httplib::SSLServer>(certificate().c_str(), (certificate().string() + ".key").c_str()),
+      "https");
+  secure.files["/a"] = {body};
+  host.playVideoAt(NSURL::URLWithString(secure.url("/a")).value());
+  EXPECT_TRUE(runUntil(isOver));
+  return host.told;
+}
+
+TEST_F(GtkVideoTrusting, PlaysOverHTTPS) {
+  const auto told = toldOfSecureVideo(
+      *host, whole, [&] { return isOver(); }, runUntil);
+  EXPECT_EQ(told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+}
+TEST_F(GtkVideo, RefusesAServerThatNobodyVouchesFor) {
+  EXPECT_EQ(toldOfSecureVideo(
+                *host, whole, [&] { return isOver(); }, runUntil),
+            Lines{});
+}
+
+TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
+  const auto socket = std::filesystem::temp_directory_path() / "sound";
+  SoundServer sound(socket);
+  ASSERT_TRUE(runUntil([&] {
+    g_main_context_wakeup(nullptr);
+    return std::filesystem::exists(socket);
+  }));
+  g_setenv("PULSE_SERVER", ("unix:" + socket.string()).c_str(), TRUE);
+  server.files["/a"] = {whole};
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
+  ASSERT_TRUE(isMapped("libgstpulseaudio")) << "it sounds";
+  sound.stop();
+  g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
+  ASSERT_TRUE(runUntil([&] { return isOver(); }));
+  EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+}
+
 TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
-  g_setenv("VELTO_MODULES", "/nowhere", TRUE);
+  const auto folder = std::filesystem::temp_directory_path() / "modules";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "velto-video.so") << "no shared object";
+  g_setenv("VELTO_MODULE_PATH", folder.c_str(), TRUE);
   server.files["/a"] = {whole};
   play("/a");
   EXPECT_TRUE(runUntil([&] { return isOver(); }));
-  g_unsetenv("VELTO_MODULES");
+  g_unsetenv("VELTO_MODULE_PATH");
   EXPECT_EQ(host->told, Lines{});
 }
 

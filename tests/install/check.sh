@@ -39,10 +39,19 @@ cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPL
   { cat "$work/cmake.log"; exit 1; }
 cmake --build "$work/consumer"
 "$work/consumer/headless"
+modules() {
+  for module in $(cd "$prefix" && find . -path '*/velto/velto-*.so' -printf '%f '); do
+    "$1" "$module" || { echo "$1 does not find $module" >&2; exit 1; }
+  done
+}
+[ ! -e "$work/consumer/gtk" ] || modules "$work/consumer/gtk"
 
 echo "== pkg-config"
 for platform in "$@"; do
   # shellcheck disable=SC2046
   "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
 done
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir velto) "$work/headless"
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir velto)
+export LD_LIBRARY_PATH
+"$work/headless"
+[ ! -e "$work/gtk" ] || modules "$work/gtk"

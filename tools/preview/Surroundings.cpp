@@ -64,7 +64,7 @@ void Surroundings::startDisplay() {
   server_ = fork();
   if (server_ == 0) {
     dup2(numbers[1], 3);
-    freopen("/dev/null", "w", stderr);
+    if (!freopen("/dev/null", "w", stderr)) _exit(126);
     execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "2560x2560x24", "-nolisten", "tcp", "-noreset",
            static_cast<char*>(nullptr));
     _exit(127);

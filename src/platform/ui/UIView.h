@@ -80,8 +80,7 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   virtual void peerTapped(CGPoint point);
   // Or pressed Escape while this view was the modal one.
   virtual void peerEscaped() {}
-  // Or another key then. Whether it meant something.
-  virtual bool peerKeyPressed(UIKey /*key*/) { return false; }
+  virtual bool peerKeyPressed(UIKey /*key*/) { return false; }  // whether the key meant something
   // For platforms, on the root views they make: the window it is shown in came or went, its safe area
   // changed.
   void platformSetInWindow(bool inWindow);

@@ -1,8 +1,11 @@
-// Uses every entry point of the Linux platform. The install test compiles and links it; nobody runs it.
+// Uses every entry point of the Linux platform. The install test compiles and links it, and runs it only with
+// the name of a module, to hear whether the library would find it.
+#include <dlfcn.h>
 #include <velto/gtk/VeltoGtk.h>
 #include <velto/velto.h>
 
-int main() {
+int main(int count, char** words) {
+  if (count == 2) return dlopen(words[1], RTLD_NOW) ? 0 : 1;
   gtk_init();
   velto::gtk::install({.applicationIdentifier = "org.example.consumer"});
   GtkWidget* window = gtk_window_new();
