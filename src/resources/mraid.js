@@ -141,20 +141,21 @@
   var last = null;
   var silence = 0;
   var news = [];
-  var told = { state: state, viewable: viewable };
+  var told = {};
 
   function begin(statement) {
-    if (last) return;
-    last = isReady ? statement : 'ready'; // nobody hears anything before that
-    if (isReady) silence = later(flush, 50);
+    if (last || !isReady) return;
+    last = statement;
+    silence = later(flush, 50);
   }
 
   function note(event) {
     if (!isOneOf(event, news)) news.push(event);
   }
 
+  // Nobody hears of anything before the page is ready.
   function end(statement) {
-    if (!last || last === statement) flush();
+    if (isReady ? !last || last === statement : statement === 'ready') flush();
   }
 
   function flush() {
@@ -523,7 +524,6 @@
     end('setState');
   };
   mraid.fireEvent = (event, value, about) => {
-    if (!isReady && event !== 'ready') begin('ready');
     if (event === 'error') return tell(event, [value, about]);
     if (event === 'sizeChange') size = value;
     if (event === 'viewableChange') viewable = value;

@@ -12,12 +12,17 @@ TEST_F(Page, TheScriptIsThereFirstAndOnce) {
   show(R"(<script>
     window.first = [typeof mraid, mraid.getState(), MRAID_ENV.version, MRAID_ENV.sdkVersion].join();
     window.original = mraid;
+    mraid.setIsViewable(true);
+    mraid.setState('resized');
+    mraid.fireEvent('sizeChange', {width: 1, height: 2});
+    window.early = log.length;
     const late = document.createElement('script');
     late.src = 'mraid.js';
     late.onload = () => window.late = 'loaded';
     late.onerror = () => window.late = 'failed';
     document.body.appendChild(late);
   </script>)");
+  EXPECT_EQ(value("early"), JSON(0)) << "nothing is told before the page is ready";
   EXPECT_EQ(text("first"), std::string("object,loading,3.0,") + kVeltoSDKVersion);
   EXPECT_TRUE(holds("window.late === 'loaded'"));
   EXPECT_EQ(value("window.mraid = {}; mraid === original"), JSON(true)) << "and stays";
