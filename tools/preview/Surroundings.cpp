@@ -72,7 +72,7 @@ void Surroundings::startDisplay() {
   close(numbers[1]);
   std::string number;
   char c = 0;
-  while (read(numbers[0], &c, 1) == 1 && c != '\n') number += c;
+  while (::read(numbers[0], &c, 1) == 1 && c != '\n') number += c;
   close(numbers[0]);
   if (number.empty()) throw UsageError("there is no display, and Xvfb cannot be started");
   g_setenv("DISPLAY", (":" + number).c_str(), TRUE);
