@@ -80,12 +80,13 @@ void Location::read() {
     enabled_.set(true);
     if (!isInUse(manager)) return;  // the last place stands
     if (!client_.empty()) return readClient(client_);
-    call(locationManagerPath, locationManagerInterface, "GetClient", nullptr, "(o)", [this](GVariant* client) {
-      if (!client) return forget();
-      const char* path = nullptr;
-      g_variant_get(client, "(&o)", &path);
-      readClient(path);
-    });
+    call(locationManagerPath, locationManagerInterface, "GetClient", nullptr, "(o)",
+         [this](GVariant* client) {
+           if (!client) return forget();
+           const char* path = nullptr;
+           g_variant_get(client, "(&o)", &path);
+           readClient(path);
+         });
   });
 }
 

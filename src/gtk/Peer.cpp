@@ -8,7 +8,7 @@
 namespace velto::gtk {
 namespace {
 
-constexpr double tapRadius = 10;       // points that a finger or hand may slip within a tap
+constexpr double tapRadius = 10;         // points that a finger or hand may slip within a tap
 constexpr double leastTouchable = 0.01;  // a fainter view takes no touches, as on a phone
 
 std::optional<UIKey> keyOf(guint key) {
