@@ -60,6 +60,7 @@ const std::vector<InterstitialCase>& Interstitials::cases() {
       {"random", "Full screen, any of those", VeltoAnimationRandom},
       {"reload", "One after another", VeltoAnimationNone, "reload", false, true},
       {"net full", "Another network's full screen", VeltoAnimationNone, "network"},
+      {"film", "A film in a rich page", VeltoAnimationNone, "film"},
   };
   return all;
 }

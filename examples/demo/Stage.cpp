@@ -3,6 +3,9 @@
 
 #include <velto/core/VeltoDataStore.h>
 #include <velto/gtk/VeltoGtk.h>
+#include <velto/measurement/OMIDVeltoSDK.h>
+#include <velto/platform/ui/WKWebView.h>
+#include <velto/ui/VeltoBannerViewControllerPrivate.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -156,6 +159,14 @@ const std::vector<Case>& Stage::cases() {
       {"error", "Server error", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "error"},
       {"net banner", "Top, another network's", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0,
        "network"},
+      {"expanding", "Bottom, expanding", Place::Bottom, VeltoBannerSize320x50, VeltoAnimationNone, 0,
+       "expanding"},
+      {"resizing", "Bottom, resizing", Place::Bottom, VeltoBannerSize320x50, VeltoAnimationNone, 0,
+       "resizing"},
+      {"two-part", "Bottom, in two parts", Place::Bottom, VeltoBannerSize320x50, VeltoAnimationNone, 0,
+       "two-part"},
+      {"measured", "At a point, measured", Place::AtPoint, VeltoBannerSize300x250, VeltoAnimationNone, 0,
+       "measured"},
   };
   return all;
 }
@@ -197,9 +208,11 @@ Stage::Stage() {
   };
   g_signal_connect(window_, "destroy", G_CALLBACK(closed), this);
   gtk_window_present(window_);
+  velto::OMIDVeltoSDK::sharedInstance()->setTracer([this](const velto::JSON& event) { addMeasured(event); });
 }
 
 Stage::~Stage() {
+  velto::OMIDVeltoSDK::sharedInstance()->setTracer(nullptr);
   if (window_) gtk_window_destroy(window_);
 }
 
@@ -240,6 +253,13 @@ void Stage::show(const std::string& name) {
 void Stage::clear() {
   banners_.clear();
   interstitials_->clear();
+}
+
+velto::CGRect Stage::adFrame(const std::string& name) const {
+  const auto banner = banners_.find(caseOf(name).place);
+  const auto view = banner == banners_.end() ? nullptr : banner->second->controller->vc()->webView();
+  if (!view || !view->isInWindow()) return {};
+  return {host_->view()->convertPointFromView({0, 0}, *view), view->frame().size};
 }
 
 velto::CGRect Stage::expectedFrame(const std::string& name, velto::CGSize size) const {
@@ -298,6 +318,27 @@ struct Stage::Click {
 
 void Stage::followClick(const std::string& name) {
   g_idle_add_full(G_PRIORITY_HIGH, Click::begin, new Click{self_, name, {}}, Click::destroy);
+}
+
+// What measurement tells of the ads: how much of the view is seen, and why not more.
+void Stage::addMeasured(const velto::JSON& event) {
+  const auto member = [](const velto::JSON* of, const char* key) -> const velto::JSON* {
+    const auto* object = of ? of->object() : nullptr;
+    if (!object) return nullptr;
+    const auto found = object->find(key);
+    return found == object->end() ? nullptr : &found->second;
+  };
+  const auto* type = member(&event, "type");
+  if (!type || !type->string()) return;
+  std::string what = *type->string();
+  const auto* view = member(member(&event, "data"), "adView");
+  if (const auto* percentage = member(view, "percentageInView")) {
+    what += " " + std::to_string(static_cast<int>(percentage->number().value_or(0))) + " %";
+    const auto* reasons = member(view, "reasons");
+    if (reasons && reasons->array())
+      for (const auto& reason : *reasons->array()) what += " " + (reason.string() ? *reason.string() : "");
+  }
+  add("measurement", what);
 }
 
 void Stage::hear(const std::string& name, const std::string& what) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtk/gtk.h>
+#include <velto/platform/foundation/JSON.h>
 #include <velto/velto.h>
 
 #include <map>
@@ -53,6 +54,8 @@ class Stage {
   GtkWidget* content() const { return gtk_window_get_child(window_); }  // banners included
   // Where a case's banner of that size belongs, in points of the content.
   velto::CGRect expectedFrame(const std::string& name, velto::CGSize size) const;
+  // Where it is now; empty while it is not there.
+  velto::CGRect adFrame(const std::string& name) const;
 
   const std::vector<Event>& events() const { return events_; }
   int count(const std::string& name, const std::string& what) const;
@@ -62,6 +65,7 @@ class Stage {
   static const Case& caseOf(const std::string& name);
   void hear(const std::string& name, const std::string& what);  // from a delegate
   void add(const std::string& name, const std::string& what);
+  void addMeasured(const velto::JSON& event);
   // Follows the click that a press just made until the server has acknowledged it, which takes it out of the
   // store.
   struct Click;

@@ -38,6 +38,7 @@ std::vector<std::string> Tour::run() {
   refresh();
   fail();
   showInterstitials();
+  showRichMedia();
   return missing_;
 }
 

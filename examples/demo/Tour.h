@@ -37,6 +37,13 @@ class Tour {
   void photograph(const std::string& name, const Picture& picture);
   void expectOpened(const std::string& name, const std::string& url);  // the last link so far
 
+  // TourRichMedia.cpp
+  void showRichMedia();
+  void expandAndClose(const std::string& name);
+  void resizeAndClose();
+  void measure();
+  void film();
+
   // TourInterstitials.cpp
   void showInterstitials();
   void countdown();

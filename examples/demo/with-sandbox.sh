@@ -9,14 +9,33 @@ if [ $# -lt 2 ]; then
 fi
 sandbox=$1
 shift
-ads=$(cd "$(dirname "$0")/ads" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 server=
-trap '[ -z "$server" ] || kill "$server" 2>/dev/null; rm -rf "$work"' EXIT
+films=
+trap 'for started in $server $films; do kill "$started" 2>/dev/null || true; done; rm -rf "$work"' EXIT
+
+# The demo's own ads, and the creatives, whose relative addresses mean this server. A film is made for them.
+cp -r "$here/ads" "$work/ads"
+cp "$here"/../creatives/*.html "$work/ads"
+mkdir "$work/films"
+if command -v gst-launch-1.0 >/dev/null; then
+  gst-launch-1.0 -q videotestsrc pattern=ball num-buffers=100 ! video/x-raw,width=640,height=360,framerate=25/1 ! vp8enc deadline=1 ! \
+    queue ! webmmux name=film ! filesink location="$work/films/film.webm" \
+    audiotestsrc wave=ticks num-buffers=172 ! audioconvert ! vorbisenc ! queue ! film. || rm -f "$work/films/film.webm"
+fi
+mkfifo "$work/films-ready"
+python3 -u -m http.server 0 --bind 127.0.0.1 --directory "$work/films" >"$work/films-ready" 2>/dev/null &
+films=$!
+read -r serving <"$work/films-ready"
+films_port=$(sed 's/.* port \([0-9]*\).*/\1/' <<<"$serving")
+sed -i -e 's|<head>|<head><base href="https://ads.velto.example/">|' \
+  -e "s|https://long-coast.example/film.webm|http://127.0.0.1:$films_port/film.webm|" \
+  "$work"/ads/{expanding,resizing,two-part,two-part-second,video,measured}.html
 
 # Its first line of output says where it listens; when it dies first, the read ends without one.
 mkfifo "$work/ready"
-"$sandbox" --data "$work/sandbox" --scenario "$ads/scenario.json" --strict --log "$work/requests" >"$work/ready" &
+"$sandbox" --data "$work/sandbox" --scenario "$work/ads/scenario.json" --serve "$work/ads" --strict --log "$work/requests" >"$work/ready" &
 server=$!
 exec 3<"$work/ready"
 read -r listening <&3 || { echo "with-sandbox.sh: the sandbox did not start" >&2; exit 2; }
