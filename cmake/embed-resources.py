@@ -1,9 +1,13 @@
-#!/usr/bin/python3
+#!/usr/bin/env python3
 """Turns scripts into a C++ source that holds their minified texts: embed-resources.py OUTPUT SCRIPT..."""
 import pathlib
+import subprocess
 import sys
 
-import rjsmin
+
+def minified(path):
+    words = ["uglifyjs", str(path), "--compress", "--mangle"]
+    return subprocess.run(words, check=True, stdout=subprocess.PIPE, text=True).stdout.strip()
 
 
 def literal(text):
@@ -22,7 +26,7 @@ def escaped(byte):
 def main(output, scripts):
     answers = []
     for path in map(pathlib.Path, scripts):
-        text = rjsmin.jsmin(path.read_text())
+        text = minified(path)
         answers.append(
             f'  if (name == "{path.name}") {{\n    return std::string_view(\n{literal(text)},\n{len(text.encode())});\n  }}\n'
         )

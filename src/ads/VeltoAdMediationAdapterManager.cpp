@@ -33,11 +33,19 @@ uint64_t VeltoAdMediationAdapterManager::adType() const {
 }
 
 std::string VeltoAdMediationAdapterManager::description() const {
-  const bool found = handler() != nullptr;
+  // Class names of the adapters; one of the application's goes by the name under which it is known.
+  std::optional<std::string> className;
+  if (handler()) {
+    const bool isMonetize = cn->rfind("VeltoMonetize", 0) == 0;
+    const bool isPassback = cn->rfind("VeltoPassback", 0) == 0;
+    className = std::string("VeltoAdMediationAdapter") + (isMonetize   ? "Monetize"
+                                                          : isPassback ? "Passback"
+                                                                       : "AdMob");
+  }
   return Description("VeltoAdMediationAdapterManager", this)
       .field("Cn", cn)
       .field("AdType", adType())
-      .field("Handler", found ? cn : std::nullopt)
+      .field("Handler", className)
       .text();
 }
 

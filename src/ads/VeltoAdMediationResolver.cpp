@@ -5,6 +5,7 @@
 #include "velto/network/JSONSDKVelto.h"
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 
 namespace velto {
@@ -17,13 +18,15 @@ void inTurn(std::function<void()> step) {
   if (running) return running->push_back(std::move(step));
   std::deque<std::function<void()>> steps;
   running = &steps;
+  struct Done {
+    ~Done() { running = nullptr; }  // also when an adapter throws
+  } done;
   steps.push_back(std::move(step));
   while (!steps.empty()) {
     const auto next = std::move(steps.front());
     steps.pop_front();
     next();
   }
-  running = nullptr;
 }
 
 void answer(const VeltoAdCompletion& completion, int64_t code) {
@@ -53,8 +56,12 @@ void VeltoAdMediationItemResolver::resolveMediationItem(const Item& item, const 
     const auto adapter = VeltoAdMediationAdapterManager::adapterForMediationItem(item);
     const auto handler = adapter->handler();
     if (!handler) return _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);
+    // Each item is tried once: an adapter that answers again (as one whose server sends an empty list does)
+    // must not send the walk along the rest twice.
     handler->adapt(item, bannerSize, headers, adapter->adType(),
-                   [=](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+                   [=, answered = std::make_shared<std::atomic_flag>()](
+                       const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+                     if (answered->test_and_set()) return;
                      inTurn([=] {
                        if (!ad || error)
                          _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);

@@ -36,8 +36,8 @@ class Device : public UIDevice {
   UIDeviceOrientation orientation() const override;
   void setOrientation(UIDeviceOrientation orientation) override { orientation_ = orientation; }
   void turned(UIDeviceOrientation sensed) {
-    orientation_ = sensed;
-    hasSensor_ = true;
+    hasSensor_ = sensed != 0;  // 0: the sensor went
+    orientation_ = hasSensor_ ? std::optional(sensed) : std::nullopt;
   }
   // What it was set to last, 0 for nothing; the window may not have got there yet.
   UIDeviceOrientation wanted() const { return orientation_.value_or(0); }

@@ -70,11 +70,14 @@ GtkWidget* HostWindow::mappedWidget() {
   return nullptr;
 }
 
-void HostWindow::turnAll(bool onItsSide) {
+void HostWindow::turnAll(UIDeviceOrientation orientation, bool onItsSide) {
   GListModel* windows = gtk_window_get_toplevels();
   for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
     const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
-    if (auto* host = of(window)) host->turn(onItsSide);
+    auto* host = of(window);
+    if (!host) continue;
+    const auto presented = host->controller_->presentedViewController();
+    if (!presented || presented->supportedInterfaceOrientations() >> orientation & 1) host->turn(onItsSide);
   }
 }
 
@@ -114,6 +117,7 @@ HostWindow::~HostWindow() {
   g_signal_handlers_disconnect_by_data(window_, this);
   unrealized(nullptr, this);
   controller_->view()->platformSetInWindow(false);
+  controller_->platformWindowGone();
   hostViews_.clear();
   // Others may still hold the controller, and with it the overlay; the application's content they may not.
   gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);

@@ -5,6 +5,7 @@
 
 #include "velto/gtk/HostView.h"
 #include "velto/gtk/Signal.h"
+#include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/GMemory.h"
 #include "velto/platform/ui/UIViewController.h"
 
@@ -23,7 +24,7 @@ class HostWindow {
   // A widget of some host window that is on the screen, or null: its frame clock drives animations.
   static GtkWidget* mappedWidget();
   // All windows on the screen take the upright or the other form, where they can.
-  static void turnAll(bool onItsSide);
+  static void turnAll(UIDeviceOrientation orientation, bool onItsSide);
 
   HostWindow(const HostWindow&) = delete;
   HostWindow& operator=(const HostWindow&) = delete;

@@ -33,7 +33,7 @@ void OrientationSensor::heard(const std::string&, const std::string&, GVariant* 
 void OrientationSensor::read() {
   getAll(path, interface, [this](GVariant* properties) {
     const auto has = property(properties, "HasAccelerometer", "b");
-    if (!has || !g_variant_get_boolean(has.get())) return;
+    if (!has || !g_variant_get_boolean(has.get())) return tellNone();
     const auto now = orientationOf(textProperty(properties, "AccelerometerOrientation"), isPanelUpright_);
     if (now != 0 && now != last_) mainQueue_.post([turned = turned_, now] { turned(now); });
     if (now != 0) last_ = now;
@@ -44,6 +44,12 @@ void OrientationSensor::read() {
 
 void OrientationSensor::forget() {
   claimed_ = false;
+  tellNone();
+}
+
+// There is no sensor any more, or none that can be asked: 0.
+void OrientationSensor::tellNone() {
+  if (std::exchange(last_, 0) != 0) mainQueue_.post([turned = turned_] { turned(0); });
 }
 
 void OrientationSensor::leaving() {

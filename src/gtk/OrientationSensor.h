@@ -18,7 +18,7 @@ class OrientationSensor : public BusService {
 
  private:
   void read() override;
-  void forget() override;  // but the last orientation stands
+  void forget() override;
   void appeared() override { listenForProperties(interface); }
   void heard(const std::string& path, const std::string& member, GVariant* parameters) override;
   void leaving() override;
@@ -27,6 +27,8 @@ class OrientationSensor : public BusService {
   MainQueue& mainQueue_;
   bool isPanelUpright_;
   Turned turned_;
+  void tellNone();
+
   UIDeviceOrientation last_ = 0;
   bool claimed_ = false;
 };

@@ -18,7 +18,7 @@ Rotation::Rotation(NSNotificationCenter& center) : mask_(UIInterfaceOrientationM
 void Rotation::attempt(UIDeviceOrientation orientation) const {
   const bool upright = orientation == 1 || orientation == 2;
   const bool onItsSide = orientation == 3 || orientation == 4;
-  if ((upright || onItsSide) && (mask_ >> orientation & 1)) HostWindow::turnAll(onItsSide);
+  if ((upright || onItsSide) && (mask_ >> orientation & 1)) HostWindow::turnAll(orientation, onItsSide);
 }
 
 }  // namespace velto::gtk

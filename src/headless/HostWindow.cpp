@@ -44,6 +44,7 @@ HostWindow::HostWindow(CGSize size, UIEdgeInsets safeAreaInsets)
 
 HostWindow::~HostWindow() {
   hide();
+  controller_->platformWindowGone();
 }
 
 void HostWindow::show() {

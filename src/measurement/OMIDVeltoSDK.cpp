@@ -2,6 +2,7 @@
 #include "velto/measurement/OMIDVeltoSDK.h"
 
 #include "velto/core/SDKVeltoBundle.h"
+#include "velto/platform/AVAudioSession.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/platform/ui/ViewChanges.h"
@@ -29,6 +30,10 @@ bool OMIDVeltoSDK::activate() {
   foreground_ = observe(UIApplicationWillEnterForegroundNotification, false);
   background_ = observe(UIApplicationDidEnterBackgroundNotification, true);
   return true;
+}
+
+double OMIDVeltoSDK::deviceVolume() const {
+  return AVAudioSession::sharedInstance().outputVolume();
 }
 
 }  // namespace velto

@@ -22,9 +22,8 @@ class OMIDVeltoSDK {
 
   // Nobody can see the application.
   bool isInBackground() const { return inBackground_; }
-  // The volume of the device's output, from 0 to 1, which media events carry; 1 until somebody tells.
-  double deviceVolume() const { return deviceVolume_; }
-  void setDeviceVolume(double volume) { deviceVolume_ = volume; }
+  // The volume of the device's output now, from 0 to 1, which media events carry.
+  double deviceVolume() const;
 
   // For tools: hears the events of all sessions that start from now on, as verification scripts do. What a
   // page reports by itself comes with the next thing that the application tells it.
@@ -35,7 +34,6 @@ class OMIDVeltoSDK {
  private:
   bool active_ = false;
   bool inBackground_ = false;
-  double deviceVolume_ = 1;
   Tracer tracer_;
   Handle foreground_;
   Handle background_;

@@ -30,9 +30,14 @@
   var maxSize = { width: 0, height: 0 };
   var currentPosition = { x: 0, y: 0, width: 0, height: 0 };
   var defaultPosition = { x: 0, y: 0, width: 0, height: 0 };
+  var hostPosition = defaultPosition; // the default position as the host told it: within the banner, at first
   var expandProperties = { useCustomClose: false, isModal: true };
   var orientationProperties = { allowOrientationChange: true, forceOrientation: 'none' };
-  var resizeProperties = null;
+  var resizeProperties = null; // the last that were whole and right
+  var resizeDraft = { customClosePosition: 'top-right', allowOffscreen: true }; // all that was given of the right kind
+  var resizeWrong = null; // what is wrong with it, once something was given
+  var turnedEarly = false; // orientation properties were set before the host knew what kind of ad this is
+  var flat = null; // screen and maximum size before the ad expanded
 
   // --- small helpers
 
@@ -70,7 +75,8 @@
         listener.apply(null, args);
       } catch (error) {
         later(() => {
-          throw error;
+          var message = String(error);
+          window.dispatchEvent(new ErrorEvent('error', { message: message, error: error, lineno: error && error.line }));
         }, 0);
       }
     });
@@ -166,11 +172,39 @@
     showClose();
     if (isOneOf('ready', events) && !isReady) {
       isReady = true;
+      if (turnedEarly) sendOrientationProperties();
       tell('ready', []);
     }
     events.forEach((event) => {
       if (announce[event]) announce[event](event);
     });
+    release();
+  }
+
+  // Between a command that changes the state and the host's word that it did, what follows is judged by the state to
+  // come; what would only be dropped until then waits for it.
+  var coming = null;
+  var comingTimer = 0;
+  var waiting = null;
+
+  function now() {
+    return coming || state;
+  }
+
+  function expectState(value) {
+    coming = value;
+    notLater(comingTimer);
+    comingTimer = later(() => {
+      coming = null;
+      release();
+    }, 1000);
+  }
+
+  function release() {
+    var call = coming ? null : waiting;
+    if (!call) return;
+    waiting = null;
+    call();
   }
 
   // The arguments of the event, unless its listeners know them already.
@@ -253,16 +287,26 @@
     return one.width > other.width || one.height > other.height;
   }
 
-  // Whether the touch area for closing would lie on the screen, all of it.
+  // Whether the touch area for closing would lie on the screen, all of it: where the host puts resized ads, at the
+  // bottom and in the middle, and where the page asked for it. Until it first changed its size the page does not know
+  // where on the screen it stands; then any place that it could have will do.
   function closeRegionIsOnScreen(properties) {
     var words = properties.customClosePosition.split('-');
-    var x = defaultPosition.x + properties.offsetX;
-    var y = defaultPosition.y + properties.offsetY;
     var right = properties.width - LEAST_SIZE;
     var bottom = properties.height - LEAST_SIZE;
-    x += isOneOf('left', words) ? 0 : isOneOf('right', words) ? right : right / 2;
-    y += isOneOf('top', words) ? 0 : isOneOf('bottom', words) ? bottom : bottom / 2;
-    return x >= 0 && y >= 0 && x + LEAST_SIZE <= maxSize.width && y + LEAST_SIZE <= maxSize.height;
+    var dx = isOneOf('left', words) ? 0 : isOneOf('right', words) ? right : right / 2;
+    var dy = isOneOf('top', words) ? 0 : isOneOf('bottom', words) ? bottom : bottom / 2;
+    function isIn(x, y, slackX, slackY) {
+      return x + slackX >= 0 && y + slackY >= 0 && x + LEAST_SIZE <= maxSize.width && y + LEAST_SIZE <= maxSize.height;
+    }
+    if (!isIn((maxSize.width - properties.width) / 2 + dx, maxSize.height - properties.height + dy, 0, 0)) return false;
+    var isKnown = defaultPosition !== hostPosition;
+    return isIn(
+      defaultPosition.x + properties.offsetX + dx,
+      defaultPosition.y + properties.offsetY + dy,
+      isKnown ? 0 : Math.max(0, maxSize.width - defaultPosition.width),
+      isKnown ? 0 : Math.max(0, maxSize.height - defaultPosition.height)
+    );
   }
 
   // The host's own test of offscreen resizes counts the close region from its far edge and refuses, say, one that is
@@ -272,8 +316,8 @@
       return value < least || value > most;
     }
     var position = properties.customClosePosition;
-    var x = defaultPosition.x + properties.offsetX; // the view's place in its banner, which does not change
-    var y = defaultPosition.y + properties.offsetY;
+    var x = hostPosition.x + properties.offsetX; // the view's place in its banner, which does not change
+    var y = hostPosition.y + properties.offsetY;
     var lowest = maxSize.height - LEAST_SIZE;
     var rightmost = maxSize.width - LEAST_SIZE;
     if (/top/.test(position)) {
@@ -390,16 +434,20 @@
 
     expand: (url) => {
       if (url && !isText(url)) return fail('The URL is not a text.');
-      if (state === 'expanded') return; // it is what it should be
+      if (now() === 'expanded') return; // it is what it should be
       if (placement === 'interstitial') return fail('An interstitial does not expand.');
-      if (state !== 'default') return fail('expand() is not possible in state ' + state + '.');
+      if (now() === 'resized') mraid.close(); // the host expands from the default state only
+      if (now() !== 'default') return fail('expand() is not possible in state ' + state + '.');
+      if (coming || waiting) return void (waiting = () => mraid.expand(url));
       if (url) send('expand', 'url', absolute(url));
       else send('expand');
+      expectState('expanded');
     },
     resize: () => {
       if (placement === 'interstitial') return fail('An interstitial does not resize.');
-      if (state !== 'default' && state !== 'resized')
-        return fail('resize() is not possible in state ' + state + '.');
+      if (now() !== 'default' && now() !== 'resized')
+        return fail('resize() is not possible in state ' + now() + '.');
+      if (resizeWrong) return fail(resizeWrong);
       if (!resizeProperties) return fail('resize() needs setResizeProperties() before.');
       var fault = resizeFault(resizeProperties);
       if (fault) return fail(fault);
@@ -407,10 +455,15 @@
         if (!closeRegionIsOnScreen(resizeProperties)) return fail('The close region would be off screen.');
         if (hostRefuses(resizeProperties)) sendResizeProperties(merge(copy(resizeProperties), { allowOffscreen: false }));
       }
+      if (coming === 'default') return void (waiting = () => mraid.resize());
       send('resize');
+      expectState('resized');
     },
     close: () => {
-      if (state !== 'hidden') send('close');
+      if (state === 'hidden') return;
+      if (coming === 'resized' || coming === 'expanded') return void (waiting = () => mraid.close());
+      send('close');
+      if (placement !== 'interstitial' && state !== 'default') expectState('default');
     },
     unload: () => {
       send('unload');
@@ -447,19 +500,22 @@
       if (!isOneOf(merged.forceOrientation, ['portrait', 'landscape', 'none']))
         return fail('forceOrientation is unknown.');
       orientationProperties = merged;
-      send('setOrientationProperties', 'properties', stringify(merged));
+      turnedEarly = !isReady;
+      sendOrientationProperties();
     },
 
-    getResizeProperties: () => copy(resizeProperties || { customClosePosition: 'top-right', allowOffscreen: true }),
+    getResizeProperties: () => copy(resizeDraft),
     setResizeProperties: (properties) => {
       if (!isObject(properties)) return fail('setResizeProperties() needs an object.');
-      var merged = mraid.getResizeProperties();
+      var merged = copy(resizeDraft);
       ['width', 'height', 'offsetX', 'offsetY', 'customClosePosition', 'allowOffscreen'].forEach((name) => {
         if (properties[name] !== undefined) merged[name] = properties[name];
       });
-      var fault = resizeFault(merged);
-      if (fault) return fail(fault);
-      resizeProperties = merged;
+      resizeWrong = resizeFault(merged);
+      // What is only not whole yet is kept, and may be completed.
+      if (!resizeWrong || / is missing\.$/.test(resizeWrong)) resizeDraft = merged;
+      if (resizeWrong) return fail(resizeWrong);
+      resizeProperties = copy(merged);
       sendResizeProperties(merged);
     },
   };
@@ -468,6 +524,10 @@
   Object.keys(methods).forEach((name) => {
     mraid[name] = guarded(name, methods[name]);
   });
+
+  function sendOrientationProperties() {
+    send('setOrientationProperties', 'properties', stringify(orientationProperties));
+  }
 
   function sendResizeProperties(properties) {
     send('setResizeProperties', 'properties', stringify(properties));
@@ -490,11 +550,12 @@
   };
   mraid.setScreenSize = (value) => {
     screenSize = value;
+    if (isReady && state === 'expanded') maxSize = copy(value);
     // Of a rotation, which is not a change of state.
     if (last === 'setState') last = 'exposureChange';
   };
   mraid.setDefaultPosition = (value) => {
-    defaultPosition = value;
+    defaultPosition = hostPosition = value;
     begin('setState');
   };
   mraid.setCurrentPosition = (value) => {
@@ -513,7 +574,17 @@
   };
   mraid.setState = (value) => {
     if (!isOneOf(value, STATES)) return;
+    if (value === 'expanded' && state !== value) flat = [screenSize, maxSize];
+    if (value === 'default' && isReady) {
+      if (state === 'expanded' && flat) {
+        screenSize = flat[0];
+        maxSize = flat[1];
+      }
+      // Where the page stands on the screen, told for the first time.
+      if (state !== value && placement !== 'interstitial') defaultPosition = copy(currentPosition);
+    }
     state = value;
+    coming = null;
     note('stateChange');
     if (value === 'hidden') {
       // Not viewable any more is the next that is told.
@@ -546,6 +617,21 @@
     configurable: true,
   });
   window.MRAID_ENV = { version: '3.0', sdk: 'Velto', sdkVersion: '4.0.10' };
+
+  // A full-page ad is told of no rotation; it sees its own size.
+  window.addEventListener('resize', () => {
+    var now = { width: window.innerWidth, height: window.innerHeight };
+    if (!isReady || placement !== 'interstitial' || !now.width || !now.height) return;
+    if (now.width === currentPosition.width && now.height === currentPosition.height) return;
+    if (now.width > now.height !== screenSize.width > screenSize.height)
+      screenSize = { width: screenSize.height, height: screenSize.width };
+    maxSize = now;
+    currentPosition = merge({ x: 0, y: 0 }, now);
+    defaultPosition = copy(currentPosition);
+    size = now;
+    note('sizeChange');
+    if (!last) flush();
+  });
 
   // A page that asks for "mraid.js" in a later script tag has it already, wherever the address leads.
   window.addEventListener(

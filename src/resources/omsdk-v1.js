@@ -12,7 +12,7 @@
   const mediaEvents = ['loaded', 'start', 'firstQuartile', 'midpoint', 'thirdQuartile', 'complete', 'pause', 'resume',
     'bufferStart', 'bufferFinish', 'skipped', 'volumeChange', 'playerStateChange', 'adUserInteraction'];
   const sessionEvents = ['sessionStart', 'sessionError', 'sessionFinish'];
-  const groups = { session: sessionEvents, media: mediaEvents, video: mediaEvents };
+  const groups = { __proto__: null, session: sessionEvents, media: mediaEvents, video: mediaEvents };
   const replayed = ['sessionStart', 'loaded', 'impression', 'geometryChange'];  // in the order of a late start
 
   let session = null;        // what the application started: see start() below
@@ -56,10 +56,26 @@
       .filter((part) => area(part) > 0);
   }), [rect]);
 
+  // Where an element stands in this page, also one in a frame of it.
+  const placeOf = (element) => {
+    const at = element.getBoundingClientRect();
+    let x = at.x, y = at.y;
+    try {
+      for (let view = element.ownerDocument.defaultView; view && view !== window; view = view.parent) {
+        const frame = view.frameElement.getBoundingClientRect();
+        x += frame.x + view.frameElement.clientLeft;
+        y += frame.y + view.frameElement.clientTop;
+      }
+    } catch (error) {
+      // A frame between that tells nothing: the element's own word has to do.
+    }
+    return box(x, y, at.width, at.height);
+  };
+
   const elementRect = () => {
     const element = video || slot;
     if (!element && !bounds) return null;
-    const at = element ? element.getBoundingClientRect() : box(0, 0, 0, 0);
+    const at = element ? placeOf(element) : box(0, 0, 0, 0);
     return bounds ? box(at.x + bounds.x, at.y + bounds.y, bounds.width, bounds.height)
       : box(at.x, at.y, at.width, at.height);
   };
@@ -77,6 +93,8 @@
     const reasons = new Set(view.reasons);
     if (!area(rect)) reasons.add('hidden');
     if (area(inside) < area(rect)) reasons.add('clipped');
+    if (area(onScreen) < area(inside)) reasons.add('viewport');
+    if (pixels < area(onScreen)) reasons.add('obstructed');
     return {
       viewport: nativeGeometry.viewport,
       adView: {
@@ -92,7 +110,8 @@
   // --- events
 
   // What is absent stays out.
-  const copy = (value) => JSON.parse(JSON.stringify(value, (key, part) => part === null ? undefined : part));
+  const copy = (value) => JSON.parse(JSON.stringify(value, (key, part) =>
+    part === null || typeof part === 'number' && !isFinite(part) ? undefined : part));
 
   const types = () => ({
     mediaType: ['video', 'audio'].includes(session.creativeType) ? 'video' : 'display',
@@ -136,14 +155,17 @@
     waiting.push({ adSessionId: session.adSessionId, timestamp, type, data });
     if (telling) return;
     telling = true;
-    while (waiting.length) {
-      const event = waiting.shift();
-      happened[event.type] = event;
-      if (session.trace && trace.push(copy(event)) > longestTrace) trace.shift();
-      for (const listener of listeners.slice()) if (wants(listener, event.type)) tell(listener, event);
-      if (sessionEvents.includes(event.type)) for (const observer of observers.slice()) tell(observer, event);
+    try {
+      while (waiting.length) {
+        const event = waiting.shift();
+        happened[event.type] = event;
+        if (session.trace && trace.push(copy(event)) > longestTrace) trace.shift();
+        for (const listener of listeners.slice()) if (wants(listener, event.type)) tell(listener, event);
+        if (sessionEvents.includes(event.type)) for (const observer of observers.slice()) tell(observer, event);
+      }
+    } finally {
+      telling = false;
     }
-    telling = false;
   };
 
   const replay = (listener) => {
@@ -243,12 +265,16 @@
   const sessionMethods = {
     setClientInfo: (version, partnerName, partnerVersion) => {
       client = { sessionClientVersion: version, partnerName, partnerVersion };
+      if (happened.sessionStart) Object.assign(happened.sessionStart.data.context.omidJsInfo, client);
     },
     injectVerificationScriptResources: addResources,
-    setSlotElement: (element) => setElements(() => { slot = element; }),
-    setVideoElement: (element) => setElements(() => { video = element; }),
+    setSlotElement: (element) => setElements(() => { slot = follow(element); }),
+    setVideoElement: (element) => setElements(() => { video = follow(element); }),
     setElementBounds: (rect) => setElements(() => { bounds = rect; }),
-    setContentUrl: (url) => { contentUrl = url; },
+    setContentUrl: (url) => {
+      contentUrl = url;
+      if (happened.sessionStart) happened.sessionStart.data.contentUrl = url;  // for those who come late
+    },
     setCreativeType: (type) => { byScript.creativeType = type; },
     setImpressionType: (type) => { byScript.impressionType = type; },
     registerSessionObserver(reply) {
@@ -272,6 +298,22 @@
   const whenRunning = (report) => {
     if (running()) report();
     else if (!session) early.push(report);
+  };
+  // An element moves without a word of the application's: looked at a fifth of a second after it may have.
+  let due = 0;
+  const looked = () => {
+    due = due || setTimeout(() => {
+      due = 0;
+      if (running() && nativeGeometry) publishGeometry();
+    }, 200);
+  };
+  const watcher = window.ResizeObserver && new ResizeObserver(looked);
+  const follow = (element) => {
+    if (!element || typeof element.getBoundingClientRect !== 'function') return null;
+    if (watcher) watcher.observe(element);
+    addEventListener('scroll', looked, true);
+    addEventListener('resize', looked);
+    return element;
   };
   const setElements = (set) => {
     set();
@@ -368,12 +410,12 @@
     addPresence();
   } else {
     // The first inline script of the body may ask already.
-    const watcher = new MutationObserver(() => {
+    const bodyWatcher = new MutationObserver(() => {
       if (!document.body) return;
-      watcher.disconnect();
+      bodyWatcher.disconnect();
       addPresence();
     });
-    watcher.observe(document.documentElement, { childList: true });
+    bodyWatcher.observe(document.documentElement, { childList: true });
   }
 
   // --- the application's side
@@ -436,6 +478,7 @@
       releaseHeld();
       publish('sessionFinish');
       finished = true;
+      if (watcher) watcher.disconnect();
       if (outOfSight) for (const player of document.querySelectorAll('video,audio')) player.pause();
     },
   };

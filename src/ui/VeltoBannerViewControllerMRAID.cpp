@@ -72,6 +72,7 @@ void VeltoBannerViewControllerPrivate::removeSecondMRAIDWebView() {
 void VeltoBannerViewControllerPrivate::veltoMRAIDCloseExpand() {
   removeSecondMRAIDWebView();
   _expandActionInMainWebView(CloseExpand);
+  view()->layoutIfNeeded();  // the page is told of the frame that it goes back to
   mraidCloseExpandFor(webView_, view()->frame(), mraidHandler_);
   _restoreOriginalOrientation();
 }
@@ -101,6 +102,7 @@ void VeltoBannerViewControllerPrivate::veltoMRAIDResize(
 }
 
 void VeltoBannerViewControllerPrivate::veltoMRAIDCloseResize() {
+  removeSecondMRAIDWebView();  // the first page may have asked for a resize meanwhile
   _resizeActionInMainWebView(CloseResize, {}, {});
   afterATenth(
       [](auto& own) { own.mraidCloseResizeFor(own.webView_, own.view()->frame(), own.mraidHandler_); });

@@ -109,6 +109,11 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
   const NSLayoutConstraints& webViewContraints() const { return webViewContraints_; }
   bool hasRefreshTimer() const { return timerRefresh_ != nullptr; }
 
+  // The second part of an expanded page while there is one, else the main page.
+  std::shared_ptr<WKWebView> activeWebView() const {
+    return getActiveWebView(webView_, secondaryMRAIDWebView_);
+  }
+
   using UIViewControllerWKWebViewSDKVelto::webView;
 
  private:
@@ -124,9 +129,6 @@ class VeltoBannerViewControllerPrivate final : public UIViewController,
 
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
-  std::shared_ptr<WKWebView> activeWebView() const {
-    return getActiveWebView(webView_, secondaryMRAIDWebView_);
-  }
 
   bool _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
   bool findContainer();

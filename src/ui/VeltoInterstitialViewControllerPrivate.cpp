@@ -112,6 +112,7 @@ void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<V
   _removeAllWebViews();  // of an ad that was ready and never shown
   mraidHandler_.reset();
   adapter_.reset();
+  timerClose_.reset();
   startAudioVolumeObserverForContext(&audioContext_);
   isReady_ = true;
   timerValue_ = ad->timer ? std::optional(static_cast<float>(*ad->timer)) : std::nullopt;
@@ -193,7 +194,11 @@ bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
 
 void VeltoInterstitialViewControllerPrivate::presented() {
   if (!isReady_) return;  // closed before it was there
-  if (!view()->isInWindow()) return failed();
+  if (!view()->isInWindow()) {
+    // It stays, and is seen when the window comes back: then it must be possible to close it.
+    if (presentingViewController()) afterATenth([](auto& own) { own._startCounterTimer(); });
+    return failed();
+  }
   showing_ = false;
   const auto ad = ad_;
   if (const auto adapter = adapter_) {
@@ -254,6 +259,7 @@ void VeltoInterstitialViewControllerPrivate::_startCounterTimer() {
 }
 
 void VeltoInterstitialViewControllerPrivate::_updateCounterTimer() {
+  if (!timerValue_ || !presentingViewController()) return timerClose_.reset();
   *timerValue_ += -0.1F;
   if (*timerValue_ <= 0) timerClose_.reset();
   if (veltoCloseButton_) veltoCloseButton_->setTimer(*timerValue_);
@@ -276,6 +282,12 @@ void VeltoInterstitialViewControllerPrivate::_setMRAIDAsReady(const std::shared_
   if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
   activateAudioSession();
   mraidReady(webView, webView == secondaryMRAIDWebView_, veltoMRAIDGetFullscreenFrame().size, mraidHandler_);
+}
+
+// A page that was taken off lives on for a moment, and has no say any more.
+void VeltoInterstitialViewControllerPrivate::veltoDismissWKWebView(WKWebView& webView) {
+  if (&webView == webView_.get() || &webView == secondaryMRAIDWebView_.get())
+    dismissInterstitialViewController(true);
 }
 
 void VeltoInterstitialViewControllerPrivate::veltoWKWebViewDidFailNavigation(const NSError& error) {
@@ -337,7 +349,10 @@ void VeltoInterstitialViewControllerPrivate::_removeAllWebViews() {
   view()->removeConstraints(webViewContraints_);
   webViewContraints_.clear();
   for (auto* webView : {&webView_, &secondaryMRAIDWebView_}) {
-    if (*webView) (*webView)->removeFromSuperview();
+    if (*webView) {
+      (*webView)->removeFromSuperview();
+      (*webView)->setNavigationDelegate({});
+    }
     webView->reset();
   }
 }
@@ -347,11 +362,15 @@ void VeltoInterstitialViewControllerPrivate::_removeAllWebViews() {
 void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialReady(
     const NSNotification& notification) {
   const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
+  if (waitingAd_ && waitingAd_->adapter == adapter)
+    return;  // its ad has its turn after the one on the screen
   if (adapter && adapter->rootViewControllerUser()) adapter_ = adapter;
 }
 
 void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialError() {
+  if (!adapter_) return;
   adapter_.reset();
+  _startCounterTimer();  // nothing of the network's comes over this screen, which must be possible to close
 }
 
 void VeltoInterstitialViewControllerPrivate::_notificationUICurrentOrientation(

@@ -59,7 +59,7 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
   // What the web view reports.
   void veltoBannerInjected(WKWebView& webView) override;
   void veltoAdLoaded(WKWebView&) override {}
-  void veltoDismissWKWebView(WKWebView&) override { dismissInterstitialViewController(true); }
+  void veltoDismissWKWebView(WKWebView& webView) override;
   void veltoWKWebViewDidFinishNavigation(WKWebView& webView) override;
   void veltoWKWebViewDidFailNavigation(const NSError& error) override;
 
@@ -112,6 +112,11 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
   const std::shared_ptr<VeltoCloseButton>& veltoCloseButton() const { return veltoCloseButton_; }
   bool hasCloseTimer() const { return timerClose_ != nullptr; }
 
+  // The second part of an expanded page while there is one, else the main page.
+  std::shared_ptr<WKWebView> activeWebView() const {
+    return getActiveWebView(webView_, secondaryMRAIDWebView_);
+  }
+
   using UIViewControllerWKWebViewSDKVelto::webView;
 
  private:
@@ -129,9 +134,6 @@ class VeltoInterstitialViewControllerPrivate final : public UIViewController,
 
   std::shared_ptr<VeltoInterstitialViewControllerPrivate> self();
   VeltoControllerDelegate delegate() const { return delegate_.lock(); }
-  std::shared_ptr<WKWebView> activeWebView() const {
-    return getActiveWebView(webView_, secondaryMRAIDWebView_);
-  }
   // From the call to show until it has gone again.
   bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 

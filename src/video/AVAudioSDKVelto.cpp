@@ -2,7 +2,6 @@
 #include "velto/video/AVAudioSDKVelto.h"
 
 #include "velto/core/VeltoUtilities.h"
-#include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/platform/AVAudioSession.h"
 #include "velto/platform/ui/UIViewController.h"
@@ -33,7 +32,6 @@ void AVAudioSDKVelto::stopAudioVolumeObserverForContext(const void*) {
 }
 
 void AVAudioSDKVelto::audioVolumeChange(float volume, const std::shared_ptr<WKWebView>& mraidWebView) {
-  OMIDVeltoSDK::sharedInstance()->setDeviceVolume(volume);
   if (mraidWebView) tellPage(mraidWebView, volume);
   tellMeasurement(volume);
 }

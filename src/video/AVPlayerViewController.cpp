@@ -116,13 +116,18 @@ bool AVPlayerViewController::pressesBegan(UIKey key) {
       seek(now + seekStep);
       break;
     case UIKey::UpArrow:
-      player_->setVolume(player_->volume() + volumeStep);
+      changeVolume(volumeStep);
       break;
     case UIKey::DownArrow:
-      player_->setVolume(player_->volume() - volumeStep);
+      changeVolume(-volumeStep);
       break;
   }
   return true;
+}
+
+void AVPlayerViewController::changeVolume(float by) {
+  player_->setVolume(player_->volume() + by);
+  volumePlaybackNativeVideoChangeOMSD(player_->volume());
 }
 
 bool AVPlayerViewController::accessibilityPerformEscape() {

@@ -57,6 +57,7 @@ class AVPlayerViewController final : public UIViewController, public UIViewContr
   void heard(AVPlayerEvent event);
   void togglePlaying();
   void seek(double seconds);
+  void changeVolume(float by);
   void showProgress();
   double duration() const;
 

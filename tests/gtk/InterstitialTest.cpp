@@ -191,21 +191,6 @@ TEST_F(GtkInterstitialTest, HandsTheKeyboardToWhatIsPresentedOverIt) {
   EXPECT_EQ(screen->escapes, 1);
 }
 
-TEST_F(GtkInterstitialTest, ASecondOneIsRefused) {
-  show(0);
-  const auto other = std::make_shared<Delegate>();
-  other->host = delegate->host;
-  const auto second = ready(other, 0);
-  second->show();
-  EXPECT_TRUE(runUntil([&] { return !other->heard.empty(); }));
-  EXPECT_EQ(other->heard, Heard{"fail 2"});
-  press("Escape");
-  EXPECT_TRUE(heardLast("dismissed"));
-  second->show();
-  EXPECT_TRUE(runUntil([&] { return other->heard.size() > 1; }));
-  EXPECT_EQ(other->heard, (Heard{"fail 2", "appear"})) << "and may come afterwards";
-}
-
 TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
   interstitial = ready(delegate, 0);
   interstitial->setAnimation(VeltoAnimationFromLeft);
@@ -215,19 +200,6 @@ TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
   gtk_window_destroy(window);
   EXPECT_TRUE(heardLast("fail 2"));
   EXPECT_EQ(delegate->heard, Heard{"fail 2"});
-}
-
-TEST_F(GtkInterstitialTest, AWindowThatGoesTakesAShownOneAlong) {
-  show(0);
-  gtk_window_destroy(window);
-  EXPECT_TRUE(runUntil([this] { return interstitial->vc()->presentingViewController() == nullptr; }));
-  EXPECT_EQ(delegate->host.lock(), nullptr);
-  interstitial.reset();
-  for (bool over = false; !over;) {  // what that asks for is done
-    g_idle_add_once([](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
-    while (!over) g_main_context_iteration(nullptr, TRUE);
-  }
-  EXPECT_EQ(delegate->heard, Heard{"appear"}) << "nobody closed it";
 }
 
 }  // namespace

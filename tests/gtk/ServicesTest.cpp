@@ -301,23 +301,5 @@ TEST_F(ServicesTest, ServicesThatCrashAreForgottenAndReadAnew) {
   EXPECT_TRUE(runUntil([] { return carrier() == "-/-"; })) << "and this process lives on without a bus";
 }
 
-TEST_F(ServicesTest, ARequestCarriesWhatIsKnownAndNothingElse) {
-  const std::map<std::string, JSON> known{
-      {"soc", "01"},          {"noc", "01"},  {"son", "Example Mobile"},      {"non", "Example Mobile"},
-      {"ncc", "262"},         {"scc", "262"}, {"geo", "52.500000,13.250000"}, {"ga", 25.0},
-      {"gf", 1700000000500.0}};
-  const auto modems = modemManager(), places = geoClue();
-  installAndRead();
-  const auto fingerprint = VeltoTaskRequest::_postParametersForSettings({})["aida"];
-  for (const auto& [key, value] : known)
-    EXPECT_EQ(VeltoTaskRequest::_postParametersForSettings({})[key], value) << key;
-
-  bus.stop();
-  EXPECT_TRUE(runUntil([] { return carrier() == "-/-" && !VeltoDevice::isLocationServiceEnabled(); }));
-  const auto parameters = VeltoTaskRequest::_postParametersForSettings({});
-  for (const auto& [key, value] : known) EXPECT_FALSE(parameters.contains(key)) << key;
-  EXPECT_NE(parameters.at("aida"), fingerprint) << "it is made of the carrier, too";
-}
-
 }  // namespace
 }  // namespace velto

@@ -374,31 +374,6 @@ TEST_F(PagesTest, NativeSessionsRunTheirScriptsInAHiddenPage) {
           {"duration", 12}, {"mediaPlayerVolume", 0.25}, {"videoPlayerVolume", 0.25}, {"deviceVolume", 1}}));
 }
 
-TEST_F(PagesTest, TheMeasuredCreativePaintsWhatIsSeenOfIt) {
-  std::ifstream file(MEASURED_CREATIVE);
-  const std::string creative{std::istreambuf_iterator<char>(file), {}};
-  show(creative);
-  EXPECT_EQ(text("document.getElementById('percent').textContent"), "–");
-  startHTML();
-  const auto paints = [&](const std::string& percent) {
-    return holds("document.getElementById('percent').textContent === '" + percent + "'");
-  };
-  EXPECT_TRUE(paints("100 %"));
-  EXPECT_EQ(text("document.getElementById('events').textContent"), "sessionStart · loaded · impression");
-  const auto cover = UIView::make();
-  cover->setBackgroundColor(UIColor::blackColor());
-  cover->setFrame({{40, 50}, {160, 100}});
-  host_->view()->addSubview(cover);
-  EXPECT_TRUE(paints("50 %"));
-  EXPECT_EQ(text("document.getElementById('reasons').textContent"), "obstructed");
-  session_->addFriendlyObstruction(cover, OMIDVeltoFriendlyObstructionCloseAd, std::nullopt, nullptr);
-  EXPECT_TRUE(paints("100 %"));
-  view_->setHidden(true);
-  EXPECT_TRUE(paints("0 %"));
-  gtk::setInForeground(false);
-  EXPECT_TRUE(holds("document.getElementById('reasons').textContent === 'backgrounded, hidden'"));
-}
-
 TEST_F(PagesTest, AnElementThatThePageNamesNarrowsWhatIsMeasured) {
   load(
       "<div id=slot style='position:fixed;left:160px;top:0;width:320px;height:100px'></div><script>"

@@ -380,55 +380,6 @@ TEST_F(MRAIDTest, TheSecondPart) {
   EXPECT_TRUE(platform->application().opened.empty());
 }
 
-// Whatever a page asks for, in whatever order: once its ad is gone nothing of it is left.
-TEST_F(MRAIDTest, AWalkThroughTheStatesLeavesNothingBehind) {
-  const std::vector<std::string> commands = {
-      "expand",
-      "expand?u=https://a.example/2",
-      "resize",
-      "close",
-      "unload",
-      R"(setResizeProperties?p={"width":300,"height":250,"offsetX":0,"offsetY":0})",
-      R"(setExpandProperties?p={"useCustomClose":false})",
-      "setExpandProperties?p=1",
-      R"(setOrientationProperties?p={"forceOrientation":"landscape"})",
-      R"(setOrientationProperties?p={"forceOrientation":"portrait"})"};
-  uint32_t random = 1;
-  const auto next = [&](size_t below) {
-    random = random * 1664525 + 1013904223;
-    return (random >> 8) % below;
-  };
-  platform->urlSession().respond("a.example", markup("<script src='mraid.js'></script>two"));
-  platform->setPagesFinishByThemselves(true);
-  for (int walk = 0; walk < 200; ++walk) {
-    if (!host.webView()) loadAgain();
-    for (int step = 0; step < 20 && host.webView(); ++step) {
-      const auto pages = platform->webViews();
-      auto& speaker = *pages[next(pages.size())];
-      speaker.navigate(url(commands[next(commands.size())]).absoluteString());
-      if (next(3) == 0) platform->advance(std::chrono::milliseconds(next(150)));
-      if (next(8) == 0) window->tap({380, 60});
-    }
-    EXPECT_LE(platform->webViews().size(), 2U);
-    if (walk % 2 == 0)
-      owner->removeBanner();
-    else
-      loadAgain();
-    platform->advance(1s);
-    if (!host.webView()) {
-      EXPECT_TRUE(platform->webViews().empty());
-      EXPECT_TRUE(window->view().subviews().empty());
-    } else {
-      EXPECT_EQ(platform->webViews().size(), 1U);
-      EXPECT_TRUE(host.webView()->subviews().empty());
-      EXPECT_EQ(handler().state, "default");
-      EXPECT_EQ(host.webView()->frame().size, (CGSize{320, 50}));
-    }
-    EXPECT_EQ(locks.back(), 30);
-    EXPECT_EQ(platform->views().contentHeld(), 0);
-  }
-}
-
 // A controller that shows pages and carries nothing out.
 class Plain : public UIViewController, public UIViewControllerMRAIDSDKVelto {
  public:

@@ -99,7 +99,7 @@ TEST_F(Page, ResizeAndWhatIsWrongWithIt) {
     mraid.setResizeProperties(null);
     mraid.addEventListener('nothing', () => 0);
     mraid.setOrientationProperties({forceOrientation: 'up'});
-    mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: -10});
+    mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: -1000});
     mraid.resize();)");
   EXPECT_EQ(log(),
             "error resize() needs setResizeProperties() before. resize @default 320x50\n"
@@ -213,36 +213,6 @@ TEST_F(Page, TwoParts) {
   EXPECT_TRUE(web()->subviews().empty());
   value("mraid.expand()", old);
   EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
-}
-
-TEST_F(Page, TheExampleCreativesWork) {
-  const auto creative = [](const std::string& name) {
-    std::ifstream in(std::string(CREATIVES) + "/" + name);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  };
-  show(creative("expanding.html"));
-  tap({200, 25});
-  ASSERT_TRUE(
-      holds("getComputedStyle(document.querySelector('.screen')).display === 'flex' && innerHeight === 600"));
-  show(creative("resizing.html"));
-  tap({200, 25});
-  ASSERT_TRUE(holds("document.body.className === 'resized' && innerHeight === 250"));
-  tap({200, 375});  // its bar, at the top of the resized banner
-  ASSERT_TRUE(holds("document.body.className === '' && innerHeight === 50"));
-
-  test::SecondParts parts;
-  parts.pages["/two-part-second.html"] = creative("two-part-second.html");
-  show("<base href='" + parts.address("/") + "'>" + creative("two-part.html"));
-  tap({200, 25});
-  ASSERT_TRUE(runUntil([&] {
-    const auto second = secondWeb();
-    return second && value("mraid.getState()", second) == JSON("expanded");
-  }));
-  value("document.getElementById('leave').click()", secondWeb());
-  ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
-  show(creative("video.html"));
-  banner->viewWillDisappear(false);
-  ASSERT_TRUE(holds("document.body.className === 'paused'"));
 }
 
 TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {

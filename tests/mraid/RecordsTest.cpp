@@ -141,7 +141,7 @@ TEST(MRAIDRecords, RepeatRule) {
 TEST(MRAIDScript, IsSmallAndOfThisVersion) {
   const std::string script(resourceText("mraid.js").value());
   EXPECT_LE(script.size(), 15 * 1024U);
-  EXPECT_NE(script.find(std::string("sdkVersion:'") + kVeltoSDKVersion + "'"), std::string::npos);
+  EXPECT_NE(script.find(std::string("sdkVersion:\"") + kVeltoSDKVersion + "\""), std::string::npos);
 }
 
 TEST(MRAIDScript, TagsOfTheMarkupGo) {

@@ -63,12 +63,6 @@ TEST_F(BannerMRAIDTest, ResizeStandsAtTheBottomWhateverItsOffset) {
   platform->advance(1s);  // the step a tenth later finds nobody
 }
 
-TEST_F(BannerMRAIDTest, UnloadRemovesTheBanner) {
-  host.veltoMRAIDUnload();
-  platform->runUntilIdle();
-  EXPECT_TRUE(window->view().subviews().empty());
-}
-
 TEST_F(BannerMRAIDTest, FullScreenFrames) {
   EXPECT_EQ(host.veltoMRAIDGetFullscreenFrame(), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host.getFullScreenFrameFor(window->controller()->view(), nullptr), CGRect{});

@@ -219,6 +219,11 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     EXPECT_LE(platform->webViews().size(), 2 * (interstitials.size() + banners.size()) + 1);
   }
 
+  int64_t lastLock = 30;
+  Handle locks = platform->notificationCenter().addObserver(
+      VeltoNotificationUIInterfaceOrientationMaskLock, [this](const NSNotification& notification) {
+        if (const auto* mask = std::get_if<int64_t>(&notification.object)) lastLock = *mask;
+      });
   std::mt19937 random;
   std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
   std::vector<Banner> banners = std::vector<Banner>(2);
@@ -251,6 +256,8 @@ TEST_P(StateWalk, KeepsItsPromises) {
   EXPECT_TRUE(window->view().subviews().empty());
   EXPECT_TRUE(window->view().constraints().empty());
   EXPECT_TRUE(window->controller()->childViewControllers().empty());
+  EXPECT_EQ(platform->views().contentHeld(), 0);
+  EXPECT_EQ(lastLock, 30) << "no orientation stays locked";
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, StateWalk, ::testing::Range(1U, 17U));

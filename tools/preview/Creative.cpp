@@ -72,6 +72,11 @@ class Creative::FolderServer {
  public:
   explicit FolderServer(const std::filesystem::path& folder) {
     server_.set_mount_point("/", folder.empty() ? "." : folder.string());
+    // The second part of a creative is a document without address, too.
+    server_.set_file_request_handler([this](const httplib::Request& request, httplib::Response& response) {
+      if (response.get_header_value("Content-Type").rfind("text/html", 0) != 0) return;
+      response.body = withBase(response.body, address() + request.path.substr(1));
+    });
     port_ = server_.bind_to_any_port("127.0.0.1");
     if (port_ <= 0) throw UsageError("no port is free to serve the creative's folder from");
     thread_ = std::thread([this] { server_.listen_after_bind(); });

@@ -49,6 +49,7 @@ constexpr char consoleScript[] = R"JS((function () {
   });
   window.addEventListener('error', function (e) {
     if (e.target && e.target !== window) {
+      if (/(^|\/)mraid\.js([?#]|$)/.test(e.target.src || '')) return;  // it is there in any case
       report('resource-error', {url: String(e.target.src || e.target.href || '')});
     } else {
       report('script-error', {message: String(e.message), line: e.lineno || 0, column: e.colno || 0});

@@ -153,7 +153,8 @@ Player::Outcome Player::screenshot(const std::string& name) {
   std::error_code ignored;
   std::filesystem::create_directories(folder, ignored);
   const auto file = (folder / (name + ".png")).string();
-  if (!screen_.photograph(file)) return file + ": cannot be written";
+  // There is nothing to take a picture of while a frame is being drawn.
+  if (!runUntil(2s, [&] { return screen_.photograph(file); })) return file + ": cannot be written";
   journal_.add("screenshot", {{"file", file}});
   return std::nullopt;
 }

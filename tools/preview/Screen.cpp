@@ -13,7 +13,7 @@ namespace velto::preview {
 namespace {
 
 constexpr int64_t portrait = 1;
-constexpr int64_t landscapeLeft = 3;
+constexpr int64_t landscapeRight = 4;
 
 VeltoCloseButton* closeButtonIn(UIView& view) {
   const auto subviews = view.subviews();
@@ -65,7 +65,10 @@ class Screen::InterstitialDelegate : public VeltoInterstitialViewControllerDeleg
     screen_.heard("DidAppear");
   }
   void veltoInterstitialViewControllerDidPress(Controller&) override { screen_.heard("DidPress"); }
-  void veltoInterstitialViewControllerDidClose(Controller&) override { screen_.heard("DidClose"); }
+  void veltoInterstitialViewControllerDidClose(Controller&) override {
+    screen_.appeared_ = true;  // or was about to
+    screen_.heard("DidClose");
+  }
   void onVeltoInterstitialDismissed(Controller&) override { screen_.heard("Dismissed"); }
 
   Screen& screen_;
@@ -73,6 +76,7 @@ class Screen::InterstitialDelegate : public VeltoInterstitialViewControllerDeleg
 
 Screen::Screen(const Arguments& arguments, Journal& journal) : journal_(journal), arguments_(arguments) {
   gtk::setScreenSize(arguments.screen);
+  isLandscape_ = arguments.screen.width > arguments.screen.height;
   window_ = GTK_WINDOW(gtk_window_new());
   gtk_window_set_title(window_, "velto-preview");
   gtk_window_set_decorated(window_, FALSE);  // the window is the screen, to the point
@@ -125,8 +129,8 @@ bool Screen::hasLoaded() const {
 }
 
 std::shared_ptr<WKWebView> Screen::webView() const {
-  if (banner_) return banner_->vc()->webView();
-  return interstitial_ ? interstitial_->vc()->webView() : nullptr;
+  if (banner_) return banner_->vc()->activeWebView();
+  return interstitial_ ? interstitial_->vc()->activeWebView() : nullptr;
 }
 
 std::optional<CGRect> Screen::frame() const {
@@ -136,6 +140,7 @@ std::optional<CGRect> Screen::frame() const {
 }
 
 gboolean Screen::tick(GtkWidget*, GdkFrameClock*, gpointer self) noexcept {
+  static_cast<Screen*>(self)->followOrientation();
   static_cast<Screen*>(self)->followFrame();
   return G_SOURCE_CONTINUE;
 }
@@ -151,14 +156,20 @@ void Screen::followFrame() {
                                                 {"height", now->size.height}}}});
 }
 
+// The window follows unless the ad that is shown allows only other orientations.
 void Screen::rotate(bool landscape) {
-  const double longer = std::max(arguments_.screen.width, arguments_.screen.height);
-  const double shorter = std::min(arguments_.screen.width, arguments_.screen.height);
-  const CGSize size = landscape ? CGSize{longer, shorter} : CGSize{shorter, longer};
-  gtk::setScreenSize(size);
-  Platform::current().device().setOrientation(landscape ? landscapeLeft : portrait);
-  gtk_window_set_default_size(window_, static_cast<int>(size.width), static_cast<int>(size.height));
+  Platform::current().device().setOrientation(landscape ? landscapeRight : portrait);
   UIViewController::attemptRotationToDeviceOrientation();
+}
+
+// The screen turns with its window, whoever turned that.
+void Screen::followOrientation() {
+  const bool isLandscape = gtk_widget_get_width(content()) > gtk_widget_get_height(content());
+  if (isLandscape == isLandscape_) return;
+  isLandscape_ = isLandscape;
+  const auto& [width, height] = arguments_.screen;
+  const bool asGiven = isLandscape == (width > height);
+  gtk::setScreenSize(asGiven ? arguments_.screen : CGSize{height, width});
 }
 
 void Screen::setShown(bool shown) {

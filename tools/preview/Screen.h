@@ -47,6 +47,7 @@ class Screen {
   static void closed(GtkWidget*, Screen* self) noexcept;
   void heard(const char* name, const VeltoErrorAd* error = nullptr);
   void followFrame();
+  void followOrientation();
 
   Journal& journal_;
   const Arguments arguments_;
@@ -57,6 +58,7 @@ class Screen {
   std::shared_ptr<VeltoBannerViewController> banner_;
   std::shared_ptr<VeltoInterstitialViewController> interstitial_;
   std::optional<CGRect> lastFrame_;
+  bool isLandscape_ = false;
   bool appeared_ = false;
   bool failed_ = false;
 };

@@ -86,7 +86,9 @@ std::optional<Equation> equationFor(const UIView& view, const NSLayoutConstraint
   const auto& otherAttribute = viewIsFirst ? constraint.secondAttribute : constraint.firstAttribute;
   const auto& otherItem = viewIsFirst ? constraint.secondItem : constraint.firstItem;
   const auto other = otherItem.view.lock();
-  const auto own = coefficients(ownAttribute, view.layoutMargins());
+  // Its own margins are the plain ones: the safe area would depend on where the view was before.
+  const auto own = coefficients(
+      ownAttribute, {UIView::layoutMargin, UIView::layoutMargin, UIView::layoutMargin, UIView::layoutMargin});
 
   if (otherAttribute == NSLayoutAttribute::NotAnAttribute)
     return viewIsFirst ? std::optional(Equation{own.a, own.b, constraint.constant - own.c}) : std::nullopt;

@@ -148,6 +148,10 @@ void UIViewController::dismissViewControllerAnimated(bool animated, std::functio
   if (completion) Platform::current().mainQueue().post(std::move(completion));
 }
 
+void UIViewController::platformWindowGone() {
+  if (const auto presentation = std::exchange(presentation_, nullptr)) presentation->presenterGone();
+}
+
 std::shared_ptr<UIViewController> UIViewController::presentedViewController() const {
   return presentation_ ? presentation_->presented() : nullptr;
 }

@@ -11,10 +11,6 @@
 
 namespace velto {
 
-namespace {
-constexpr double layoutMargin = 8;  // points
-}
-
 std::shared_ptr<UIView> UIView::make() {
   return makeWithPeer(Platform::current().views().makeView());
 }

@@ -65,6 +65,7 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   UILayoutGuide safeAreaLayoutGuide();  // the edges of its safe area
   CGRect safeAreaFrame() const;         // own coordinates
   UIEdgeInsets safeAreaInsets() const;
+  static constexpr double layoutMargin = 8;                               // points
   UIEdgeInsets layoutMargins() const;                                     // 8 points inside the safe area
   CGPoint convertPointFromView(CGPoint point, const UIView& view) const;  // both in one tree
 

@@ -52,6 +52,8 @@ class UIViewController : public UIResponder, public std::enable_shared_from_this
   void dismissViewControllerAnimated(bool animated, std::function<void()> completion);
   UIViewController* presentingViewController() const { return presenting_; }
   std::shared_ptr<UIViewController> presentedViewController() const;
+  // For platforms: the window of this controller goes for good, and with it what is presented.
+  void platformWindowGone();
   void setTransitioningDelegate(std::weak_ptr<UIViewControllerTransitioningDelegate> delegate) {
     transitioningDelegate_ = std::move(delegate);
   }
