@@ -95,7 +95,11 @@ void Tour::film() {
   expect(name + ": the page is in sight",
          [&] { return stage_.count("measurement", "geometryChange 100 %") > whole; });
   const auto content = wholeContent();
-  hand_.click({content.midX(), content.midY() + 4});
+  const velto::CGPoint button{content.midX(), content.midY() + 15};
+  expect(name + ": the play button is all there", [&] {
+    return camera_.take().brightest({{button.x - 45, button.y - 45}, {90, 90}}) > 0xf0;
+  });
+  hand_.click(button);
   for (const char* what : {"start", "firstQuartile"})
     expect(name + ": " + what, [this, what] { return stage_.count("measurement", what) == 1; });
   photograph("film");

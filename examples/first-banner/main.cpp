@@ -13,6 +13,7 @@ struct Ads : velto::VeltoBannerViewControllerDelegate {
 };
 
 static void start(GtkApplication* application, const std::shared_ptr<Ads>* ads) {
+  if ((*ads)->banner) return;  // started once more: the window is there
   GtkWidget* window = gtk_application_window_new(application);
   gtk_window_set_default_size(GTK_WINDOW(window), 480, 320);
   velto::gtk::install({.applicationIdentifier = "org.example.first"});

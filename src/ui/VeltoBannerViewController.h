@@ -49,7 +49,8 @@ class VeltoBannerViewController {
   // Fetches and shows an ad, in place of the one that is shown. The delegate hears of success or failure.
   void load();
   void load(const VeltoSettings& settings);
-  // Takes the banner off the screen, in the next turn of the main queue, and ends its refreshing.
+  // Takes the banner off the screen, in the next turn of the main queue, and ends its refreshing. An ad that
+  // is on its way by then is shown all the same; to get rid of that, too, let go of this object.
   void removeBanner();
 
   // Take effect at the next load. Seconds from the start of one load to the next; below 1 there is no

@@ -1,6 +1,7 @@
 // What a host application implements to hear of its ads. All calls come on the main thread. The controller
 // given is the working controller inside the public one (VeltoBannerViewController::vc()). Delegates are held
-// weakly.
+// weakly, but for the time that a request is on its way. An application that is done with an ad lets the ad
+// go first.
 #pragma once
 
 #include "velto/core/VeltoErrorAd.h"
@@ -23,7 +24,7 @@ class VeltoBannerViewControllerDelegate {
   virtual void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate& /*controller*/) {}
   // A person tapped the banner.
   virtual void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate& /*controller*/) {}
-  // A load failed. Refreshes fail silently.
+  // A load failed. Refreshes fail silently, and leave an empty banner.
   virtual void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate& /*controller*/,
                                                 const VeltoErrorAd& /*withError*/) {}
   // Another network's banner was closed.
