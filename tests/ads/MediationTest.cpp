@@ -129,6 +129,14 @@ TEST_F(MediationTest, MonetizeSendsItsDataBackAndTheAnswerIsResolvedLikeAFirstOn
   EXPECT_FALSE(result.ad->canBeCached());
 }
 
+// Such an answer comes twice; were the walk to go on twice, ten items would make a thousand requests.
+TEST_F(MediationTest, AnItemIsTriedOnceHoweverOftenItsAdapterAnswers) {
+  platform->urlSession().respond("puressp", mediation("{\"mediation\":[]}"));
+  const auto result = resolve(list(std::vector<std::string>(10, monetize("QQ=="))));
+  EXPECT_EQ(result.codes, std::vector<int64_t>{0});
+  EXPECT_EQ(platform->urlSession().requests("puressp").size(), 10U);
+}
+
 // An adapter of a host application: answers later, on the main queue.
 struct LinkedClass : VeltoAdMediationAdapterProtocol {
   uint64_t adType = 0;

@@ -22,7 +22,7 @@ PYTHON
 )
 [ ${#flags[@]} -gt 0 ] || { echo "tidy: $1 knows no sources" >&2; exit 2; }
 
-newest=$( (sources src; echo .clang-tidy) | xargs ls -t | head -n 1)
+newest=$(find src .clang-tidy -type f -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2-)
 check() {
   local name=${1//\//-} file
   [ "$stamps/$name.passed" -nt "$newest" ] && return 0

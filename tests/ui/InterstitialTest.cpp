@@ -217,6 +217,11 @@ TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
   EXPECT_EQ(full->heard.size(), 4U);
   EXPECT_EQ(i->vc()->presentingViewController(), window->controller().get()) << "it stays presented";
 
+  window->show();
+  platform->advance(1s);
+  EXPECT_DOUBLE_EQ(headless::RecordingViewPeer::of(*i->vc()->webView()).alpha(), 1)
+      << "and is seen when it is back";
+
   page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
   EXPECT_EQ(full->heard.back(), "fail 1");
   EXPECT_EQ(full->lastError->error->code, 399);
