@@ -11,7 +11,7 @@ import sys
 import tempfile
 import threading
 
-GROUPS = ["load", "interstitial", "time", "measurement", "registration", "operations", "tracking", "size", "memory"]
+GROUPS = ["load", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
 
@@ -182,6 +182,11 @@ class Bench:
         (line,) = self.run("velto-bench-injection", os.path.join(self.source, "ad.html"), 40 if self.quick else 150)
         return [Row.of_samples("load of a page with the measurement service, and without", "ms", line["withMs"],
                                line["withoutMs"], limit=3, of="difference")]
+
+    def rich(self):
+        (line,) = self.run("velto-bench-rich-media", 200 if self.quick else 1000)
+        return [Row.of_samples("rich media: command to the new state in the page", "ms", line["libraryMs"], line["bareMs"],
+                               limit=1.2)]
 
     def registration(self):
         def once(program):
