@@ -67,12 +67,10 @@ void ServicePage::finish(std::shared_ptr<ServicePage> page) {
   platform->mainQueue().postAfter(lifeAfterFinish, [page = std::move(page)] {});
 }
 
-// The page itself stays where it is: its scripts run in frames that may not move what is around them. They
-// may open frames of their own.
+// The hidden page navigates nowhere; frames for its scripts come without an address.
 void ServicePage::webView(WKWebView&, const WKNavigationAction& action,
                           const DecisionHandler& decisionHandler) {
-  const auto scheme = action.requestURL ? action.requestURL->scheme().value_or("") : "";
-  const bool isFrame = scheme == "about" || scheme == "http" || scheme == "https";
+  const bool isFrame = action.requestURL && action.requestURL->scheme() == "about";
   decisionHandler(isFrame ? WKNavigationActionPolicy::Allow : WKNavigationActionPolicy::Cancel);
 }
 
