@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Who may include what: toolkit headers stay in src/gtk, GLib in src/gtk and src/platform/foundation, the JSON library in
-# src/platform/foundation and outside the library; nothing in the library includes a platform or a tool.
+# Who may include what: toolkit headers stay in velto/gtk, GLib in velto/gtk and velto/platform/foundation, the JSON library in
+# velto/platform/foundation and outside the library; nothing in the library includes a platform or a tool.
 set -euo pipefail
 . "$(dirname "$0")/sources.sh"
 
@@ -18,16 +18,16 @@ forbid() {
   fi
 }
 
-[ "$(sources src | wc -l)" -gt 50 ]  # else nothing below means anything
-forbid 'toolkit headers outside src/gtk' \
-  'gtk/|gdk|gsk/|webkit|jsc/|libsoup|curl/|sqlite3|gst/|pulse/|libecal|cairo|pango' '^src/gtk/' src
-forbid 'GLib headers outside src/platform/foundation and src/gtk' \
-  'glib|gio/|gmodule|gobject/|velto/platform/foundation/GMemory' '^src/(gtk|platform/foundation)/' src
-forbid 'the JSON library outside src/platform/foundation' 'nlohmann' '^src/platform/foundation/.*\.cpp$' src
-forbid 'platforms included by what decides' 'velto/(gtk|headless)/' '^src/(gtk|headless)/' src
-forbid 'one platform included by the other' 'velto/gtk/' '^src/gtk/' src/headless
-forbid 'one platform included by the other' 'velto/headless/' '^src/headless/' src/gtk
+[ "$(sources velto | wc -l)" -gt 50 ]  # else nothing below means anything
+forbid 'toolkit headers outside velto/gtk' \
+  'gtk/|gdk|gsk/|webkit|jsc/|libsoup|curl/|sqlite3|gst/|pulse/|libecal|cairo|pango' '^velto/gtk/' velto
+forbid 'GLib headers outside velto/platform/foundation and velto/gtk' \
+  'glib|gio/|gmodule|gobject/|velto/platform/foundation/GMemory' '^velto/(gtk|platform/foundation)/' velto
+forbid 'the JSON library outside velto/platform/foundation' 'nlohmann' '^velto/platform/foundation/.*\.cpp$' velto
+forbid 'platforms included by what decides' 'velto/(gtk|headless)/' '^velto/(gtk|headless)/' velto
+forbid 'one platform included by the other' 'velto/gtk/' '^velto/gtk/' velto/headless
+forbid 'one platform included by the other' 'velto/headless/' '^velto/headless/' velto/gtk
 forbid 'the seam including what stands on it' \
-  'velto/(core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' src/platform
-forbid 'tools or tests included by the library' 'sandbox/|tests/|gtest|gmock' '^$' src
+  'velto/(core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/platform
+forbid 'tools or tests included by the library' 'sandbox/|tests/|gtest|gmock' '^$' velto
 exit $bad

@@ -11,5 +11,5 @@ while IFS= read -r path; do
     echo "README.md names $path, which does not exist" >&2
     bad=1
   fi
-done < <(grep -oE '`(src|tools|examples|tests|scripts|docs|cmake)(/[A-Za-z./-]+)?`' README.md | tr -d '\`' | sort -u)
+done < <(grep -oE '`(velto|tools|examples|tests|scripts|docs|cmake)(/[A-Za-z./-]+)?`' README.md | grep -v "\.so" | tr -d '\`' | sort -u)
 exit $bad

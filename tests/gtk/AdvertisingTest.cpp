@@ -1,6 +1,6 @@
 // The advertising identifier: private by default, the user's to decide, shared by all processes.
-#include "velto/gtk/AdvertisingFile.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/store/AdvertisingFile.h"
 #include "velto/network/VeltoAdvertisingIdentifier.h"
 #include "velto/network/VeltoTaskRequest.h"
 

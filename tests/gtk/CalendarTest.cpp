@@ -1,6 +1,6 @@
 // Events that arrive in a real evolution-data-server on this test's session bus, and what is never stored.
-#include "velto/gtk/EventText.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/services/EventText.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 

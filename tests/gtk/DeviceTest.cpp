@@ -1,6 +1,6 @@
 // What the machine is, from the files in which firmware and administrators say it; where the user is.
-#include "velto/gtk/Device.h"
-#include "velto/gtk/Locale.h"
+#include "velto/gtk/services/Device.h"
+#include "velto/gtk/services/Locale.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

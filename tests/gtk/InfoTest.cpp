@@ -1,6 +1,6 @@
 // velto-info tells all that would be sent, and what it depends on.
-#include "velto/gtk/AdvertisingFile.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/store/AdvertisingFile.h"
 #include "velto/platform/foundation/JSON.h"
 #include "velto/velto.h"
 

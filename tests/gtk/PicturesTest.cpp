@@ -1,6 +1,6 @@
 // Pictures in the user's folder: only real ones, only when allowed, never over another file.
-#include "velto/gtk/Photos.h"
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/media/Photos.h"
 #include "velto/platform/Platform.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>

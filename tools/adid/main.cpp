@@ -1,5 +1,5 @@
 // velto-adid: how a person decides whether applications may tell them apart for advertisers.
-#include "velto/gtk/AdvertisingFile.h"
+#include "velto/gtk/store/AdvertisingFile.h"
 
 #include <exception>
 #include <iostream>

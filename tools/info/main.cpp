@@ -1,7 +1,7 @@
 // velto-info: the answer to "what does this library know about me?".
-#include "velto/gtk/Database.h"
 #include "velto/gtk/GtkPlatform.h"
-#include "velto/gtk/UriPortal.h"
+#include "velto/gtk/services/UriPortal.h"
+#include "velto/gtk/store/Database.h"
 #include "velto/platform/foundation/JSON.h"
 
 #include <gtk/gtk.h>

@@ -1,7 +1,7 @@
 // velto-track: tells people where their installs and clicks are that the tracking server has not acknowledged
-// yet. It reads an application's store (src/gtk/DefaultsFile) and never changes it, also while the
+// yet. It reads an application's store (velto/gtk/DefaultsFile) and never changes it, also while the
 // application runs.
-#include "velto/gtk/Database.h"
+#include "velto/gtk/store/Database.h"
 
 #include <glib.h>
 #include <sqlite3.h>

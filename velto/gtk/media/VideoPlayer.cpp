@@ -1,0 +1,86 @@
+// Between a pipeline and the views that show it.
+#include "velto/gtk/media/VideoPlayer.h"
+
+#include "velto/gtk/Modules.h"
+#include "velto/gtk/views/PicturePeer.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+
+namespace velto::gtk {
+namespace {
+
+constexpr int32_t nanosecondScale = 1'000'000'000;
+
+}  // namespace
+
+VideoPlayer::VideoPlayer(const std::shared_ptr<AVPlayerItem>& item)
+    : AVPlayer(item), picture_(std::make_shared<Picture>()) {}
+
+VideoPlayer::~VideoPlayer() = default;
+
+void VideoPlayer::load(const std::filesystem::path& caFile) {
+  NSError error{"velto", 1, "GStreamer or its base plugins are not there"};
+  const auto make =
+      moduleFunction<MakeVideoPipeline>(videoModule, makeVideoPipelineName, &error.localizedDescription);
+  if (make)
+    pipeline_.reset(
+        make(asset()->url().absoluteString().c_str(), caFile.empty() ? nullptr : caFile.c_str(), this));
+  if (pipeline_) return;
+  Platform::current().mainQueue().post([weak = weak_from_this(), error] {
+    if (const auto alive = std::static_pointer_cast<VideoPlayer>(weak.lock())) alive->failed(error);
+  });
+}
+
+std::unique_ptr<ViewPeer> VideoPlayer::makePicture() {
+  return std::make_unique<PicturePeer>(picture_);
+}
+
+// --- what the library wants
+
+void VideoPlayer::run(bool playing) {
+  if (pipeline_) pipeline_->run(playing);
+}
+
+bool VideoPlayer::jump(Nanoseconds position) {
+  return pipeline_ && pipeline_->jump(position);
+}
+
+void VideoPlayer::applyVolume(float volume) {
+  if (pipeline_) pipeline_->setVolume(volume);
+}
+
+AVPlayer::Nanoseconds VideoPlayer::position() const {
+  return pipeline_ ? pipeline_->position() : Nanoseconds(0);
+}
+
+void VideoPlayer::release() {
+  pipeline_.reset();
+  picture_->set({});
+}
+
+// --- what the pipeline tells
+
+void VideoPlayer::pipelineLoaded(std::optional<Nanoseconds> duration) {
+  becameReady(duration ? CMTime{duration->count(), nanosecondScale} : CMTime{});
+}
+
+void VideoPlayer::pipelineShows(const VideoFrame& frame) {
+  picture_->set(GPtr<GdkTexture>::adopt(gdk_memory_texture_new(
+      frame.width, frame.height, GDK_MEMORY_B8G8R8A8_PREMULTIPLIED, frame.pixels, frame.stride)));
+}
+
+void VideoPlayer::pipelineEnded() {
+  reachedEnd();
+}
+
+void VideoPlayer::pipelineFailed(const NSError& error) {
+  failed(error);
+}
+
+std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>& item) {
+  const auto player = std::make_shared<VideoPlayer>(item);
+  player->load(caFile_);
+  return player;
+}
+
+}  // namespace velto::gtk

@@ -1,0 +1,85 @@
+// The rules of RFC 9110 as far as a client's requests go.
+#include "velto/gtk/network/RequestRules.h"
+
+#include "velto/platform/foundation/Text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace velto::gtk {
+namespace {
+
+template <size_t n>
+bool isOneOf(const std::string& name, const std::array<std::string_view, n>& names) {
+  return std::find(names.begin(), names.end(), lowercased(name)) != names.end();
+}
+
+constexpr std::array<std::string_view, 9> transportFields{"connection", "content-length",    "expect",
+                                                          "host",       "keep-alive",        "te",
+                                                          "trailer",    "transfer-encoding", "upgrade"};
+constexpr std::array<std::string_view, 3> credentialFields{"authorization", "cookie", "proxy-authorization"};
+
+bool isOfSameServer(const NSURL& one, const NSURL& other) {
+  const auto same = [](const std::optional<std::string>& a, const std::optional<std::string>& b) {
+    return lowercased(a.value_or("")) == lowercased(b.value_or(""));
+  };
+  return same(one.scheme(), other.scheme()) && same(one.host(), other.host()) && one.port() == other.port();
+}
+
+bool matches(std::string pattern, const std::string& host) {
+  pattern = lowercased(std::move(pattern));
+  return pattern.starts_with("*.") ? host.ends_with(std::string_view(pattern).substr(1)) : host == pattern;
+}
+
+}  // namespace
+
+bool isToken(std::string_view text) {
+  constexpr std::string_view allowed =
+      "!#$%&'*+-.^_`|~0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  return !text.empty() && text.find_first_not_of(allowed) == std::string_view::npos;
+}
+
+std::vector<std::string> headerLines(const HeaderFields& fields) {
+  std::vector<std::string> lines;
+  for (const auto& [name, value] : fields.fields()) {
+    if (!isToken(name) || isOneOf(name, transportFields)) continue;
+    std::string line = value;
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
+    const bool isEmpty = line.find_first_not_of(" \t") == std::string::npos;
+    line.insert(0, name + (isEmpty ? ";" : ": "));  // libcurl's way to write an empty field
+    lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+bool isRedirectStatus(long status) {
+  return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+NSURLRequest redirectedRequest(NSURLRequest request, long status, NSURL target) {
+  const bool becomesGet = status <= 303 && request.httpMethod != "GET" && request.httpMethod != "HEAD";
+  if (becomesGet) {
+    request.httpMethod = "GET";
+    request.httpBody.reset();
+  }
+  const bool leavesServer = !isOfSameServer(request.url, target);
+  HeaderFields kept;
+  for (const auto& [name, value] : request.allHTTPHeaderFields.fields()) {
+    if (becomesGet && lowercased(name).starts_with("content-")) continue;
+    if (leavesServer && isOneOf(name, credentialFields)) continue;
+    kept.add(name, value);
+  }
+  request.allHTTPHeaderFields = std::move(kept);
+  request.url = std::move(target);
+  return request;
+}
+
+std::string mappedAddress(const std::vector<HostMapping>& map, const NSURL& url) {
+  const std::string host = lowercased(url.host().value_or(""));
+  const auto found = std::find_if(map.begin(), map.end(),
+                                  [&](const HostMapping& mapping) { return matches(mapping.host, host); });
+  return found == map.end() ? std::string() : found->address;
+}
+
+}  // namespace velto::gtk

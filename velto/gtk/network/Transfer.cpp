@@ -1,0 +1,171 @@
+// A libcurl handle set up as a phone's URL session would send the request.
+#include "velto/gtk/network/Transfer.h"
+
+#include "velto/gtk/network/RequestRules.h"
+
+#include <algorithm>
+
+namespace velto::gtk {
+
+Transfer::Transfer(NSURLRequest request, NSURLSession::Completion completion, const TransportOptions& options,
+                   CURLSH* share)
+    : request_(std::move(request)),
+      completion_(std::move(completion)),
+      options_(options),
+      share_(share),
+      easy_(curl_easy_init()) {}
+
+CURLcode Transfer::prepare() {
+  if (request_.httpMethod.empty()) request_.httpMethod = "GET";
+  if (!isToken(request_.httpMethod)) return CURLE_BAD_FUNCTION_ARGUMENT;
+  if (!request_.url.scheme()) return CURLE_URL_MALFORMAT;  // libcurl would guess one
+  CURL* easy = handle();
+  curl_easy_reset(easy);
+  curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(easy, CURLOPT_SHARE, share_);
+  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, detail_.data());
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a name server that does not answer holds nobody else up
+
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);  // rather share a connection than open another
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(largestBody()));
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, static_cast<long>(options_.requestTimeout.count()));
+
+  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::onHeaderLine);
+  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::onBody);
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &Transfer::onProgress);
+  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
+  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+
+  setMethodAndBody();
+  setTarget();
+  body_.clear();
+  moved_ = 0;
+  renewDeadline();
+  return curl_easy_setopt(easy, CURLOPT_URL, request_.url.absoluteString().c_str());
+}
+
+void Transfer::setMethodAndBody() {
+  CURL* easy = handle();
+  // Without "Expect" a long body is sent at once.
+  headers_.reset(curl_slist_append(nullptr, "Expect:"));
+  for (const auto& line : headerLines(request_.allHTTPHeaderFields))
+    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
+
+  const auto& method = request_.httpMethod;
+  if (request_.httpBody || method == "POST") {
+    const std::string_view body = request_.httpBody ? std::string_view(*request_.httpBody) : "";
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body.data());
+    if (method != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method.c_str());
+  } else if (method == "HEAD") {
+    curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
+  } else if (method != "GET") {
+    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method.c_str());
+  }
+}
+
+// Where the connection goes and whom it trusts. Names and certificates are always checked.
+void Transfer::setTarget() {
+  CURL* easy = handle();
+  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  if (!options_.caFile.empty()) {
+    curl_easy_setopt(easy, CURLOPT_CAINFO, options_.caFile.c_str());
+    curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);  // the system's authorities
+  }
+  if (const auto address = mappedAddress(options_.hostMap, request_.url); !address.empty()) {
+    connectTo_.reset(curl_slist_append(nullptr, ("::" + address).c_str()));
+    curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");  // the address is meant as it stands
+  }
+}
+
+void Transfer::renewDeadline() {
+  deadline_ = std::chrono::steady_clock::now() + options_.requestTimeout;
+}
+
+size_t Transfer::largestBody() const {
+  return std::min(request_.maximumBodySize.value_or(options_.largestBody), options_.largestBody);
+}
+
+size_t Transfer::onHeaderLine(char* bytes, size_t, size_t size, void* self) noexcept {
+  auto& transfer = *static_cast<Transfer*>(self);
+  transfer.renewDeadline();
+  transfer.head_.addLine({bytes, size});
+  if (transfer.head_.size() <= transfer.options_.mostHeaderFields) return size;
+  transfer.refused_ = CURLE_WEIRD_SERVER_REPLY;
+  return 0;
+}
+
+size_t Transfer::onBody(char* bytes, size_t, size_t size, void* self) noexcept {
+  auto& transfer = *static_cast<Transfer*>(self);
+  transfer.renewDeadline();
+  if (size > transfer.largestBody() - transfer.body_.size()) {
+    transfer.refused_ = CURLE_FILESIZE_EXCEEDED;
+    return 0;
+  }
+  transfer.body_.append(bytes, size);
+  return size;
+}
+
+// libcurl calls this also while nothing moves.
+int Transfer::onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) noexcept {
+  auto& transfer = *static_cast<Transfer*>(self);
+  if (transfer.moved_ != received + sent) transfer.renewDeadline();
+  transfer.moved_ = received + sent;
+  return 0;
+}
+
+template <class T>
+T Transfer::info(CURLINFO what) const {
+  T value{};
+  curl_easy_getinfo(handle(), what, &value);
+  return value;
+}
+
+bool Transfer::isRedirected() const {
+  const auto* location = info<const char*>(CURLINFO_REDIRECT_URL);
+  return location && isRedirectStatus(info<long>(CURLINFO_RESPONSE_CODE)) && NSURL::URLWithString(location);
+}
+
+CURLcode Transfer::redirect() {
+  if (++redirects_ > options_.mostRedirects) return CURLE_TOO_MANY_REDIRECTS;
+  request_ = redirectedRequest(std::move(request_), info<long>(CURLINFO_RESPONSE_CODE),
+                               *NSURL::URLWithString(info<const char*>(CURLINFO_REDIRECT_URL)));
+  return CURLE_OK;
+}
+
+std::shared_ptr<const NSURLResponse> Transfer::response() const {
+  const auto* url = info<const char*>(CURLINFO_EFFECTIVE_URL);
+  return std::make_shared<NSURLResponse>(NSURLResponse{url ? url : request_.url.absoluteString(), true,
+                                                       static_cast<int>(info<long>(CURLINFO_RESPONSE_CODE)),
+                                                       head_.fields()});
+}
+
+NSError Transfer::error(CURLcode code) const {
+  std::string text = curl_easy_strerror(code);
+  if (code == CURLE_OPERATION_TIMEDOUT)
+    text += ": nothing came for " + std::to_string(options_.requestTimeout.count()) + " s";
+  else if (refused_ == CURLE_OK && detail_[0])
+    text += std::string(": ") + detail_.data();
+  return {"libcurl", code, std::move(text)};
+}
+
+void Transfer::finish(CURLcode code) {
+  const auto completion = std::exchange(completion_, nullptr);
+  if (!completion) return;
+  if (refused_ != CURLE_OK) code = refused_;
+  if (code == CURLE_OK)
+    completion(std::move(body_), response(), std::nullopt);
+  else
+    completion(std::nullopt, nullptr, error(code));
+}
+
+}  // namespace velto::gtk

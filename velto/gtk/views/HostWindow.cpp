@@ -1,0 +1,291 @@
+// The host window: an overlay between a window and its content, with the library's root view on top.
+#include "velto/gtk/views/HostWindow.h"
+
+#include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/views/PaintedOver.h"
+#include "velto/gtk/views/Peer.h"
+#include "velto/gtk/views/ScreenPart.h"
+#include "velto/platform/ui/UIViewControllerTransitioning.h"
+#include "velto/platform/ui/ViewChanges.h"
+
+#include <stdexcept>
+
+namespace velto::gtk {
+namespace {
+
+constexpr char windowKey[] = "velto-host-window";
+
+// A window that takes another size, with what is to run once everything in it has its new frame.
+class SizeChange final : public UIViewControllerTransitionCoordinator {
+ public:
+  void animateAlongsideTransition(std::function<void()> animation) override {
+    animations_.push_back(std::move(animation));
+  }
+  void run() const {
+    for (const auto& animation : animations_) animation();
+  }
+
+ private:
+  std::vector<std::function<void()>> animations_;
+};
+
+// The overlay gives the root view's widget its place: always all of the content.
+class RootPeer final : public Peer {
+ public:
+  explicit RootPeer(GtkWidget* overlay) : overlay_(GPtr<GtkWidget>::retain(overlay)) {
+    gtk_overlay_add_overlay(GTK_OVERLAY(overlay_.get()), widget());
+  }
+  ~RootPeer() override { gtk_overlay_remove_overlay(GTK_OVERLAY(overlay_.get()), widget()); }
+
+  void setFrame(const CGRect&) override {}
+  WindowSight windowSight() const override {
+    auto* window = gtk_widget_get_root(widget());
+    const auto* host = GTK_IS_WINDOW(window) ? HostWindow::of(GTK_WINDOW(window)) : nullptr;
+    return host ? host->sight() : WindowSight{};
+  }
+
+ private:
+  GPtr<GtkWidget> overlay_;
+};
+
+}  // namespace
+
+HostWindow* HostWindow::of(GtkWindow* window) {
+  return static_cast<HostWindow*>(g_object_get_data(G_OBJECT(window), windowKey));
+}
+
+HostWindow& HostWindow::make(GtkWindow* window) {
+  auto* host = new HostWindow(window);  // deleted by destroyed()
+  g_object_set_data(G_OBJECT(window), windowKey, host);
+  return *host;
+}
+
+GtkWidget* HostWindow::mappedWidget() {
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    if (of(window) && gtk_widget_get_mapped(GTK_WIDGET(window.get()))) return GTK_WIDGET(window.get());
+  }
+  return nullptr;
+}
+
+void HostWindow::turnAll(UIDeviceOrientation orientation, bool onItsSide) {
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    auto* host = of(window);
+    if (!host) continue;
+    const auto presented = host->controller_->presentedViewController();
+    if (!presented || presented->supportedInterfaceOrientations() >> orientation & 1) host->turn(onItsSide);
+  }
+}
+
+// The content changes places of width and height; the frame around it stays as thick as it is.
+void HostWindow::turn(bool onItsSide) {
+  const bool fixed = !gtk_window_get_resizable(window_) || gtk_window_is_maximized(window_) ||
+                     gtk_window_is_fullscreen(window_);
+  if (fixed || !gtk_widget_get_mapped(GTK_WIDGET(window_))) return;
+  const int width = gtk_widget_get_width(overlay_);
+  const int height = gtk_widget_get_height(overlay_);
+  if (onItsSide ? width >= height : height >= width) return;
+  int windowWidth = -1, windowHeight = -1;
+  gtk_window_get_default_size(window_, &windowWidth, &windowHeight);
+  if (windowWidth <= 0) windowWidth = gtk_widget_get_width(GTK_WIDGET(window_));
+  if (windowHeight <= 0) windowHeight = gtk_widget_get_height(GTK_WIDGET(window_));
+  gtk_window_set_default_size(window_, windowWidth - width + height, windowHeight - height + width);
+}
+
+HostWindow::HostWindow(GtkWindow* window)
+    : window_(window), overlay_(GPtr<GtkWidget>::sink(gtk_overlay_new())) {
+  auto peer = std::make_unique<RootPeer>(overlay_);
+  root_ = peer->widget();
+  controller_ = std::make_shared<UIViewController>(UIView::makeWithPeer(std::move(peer)));
+  g_signal_connect(window_, "destroy", G_CALLBACK(destroyed), this);
+  g_signal_connect(window_, "notify::child", G_CALLBACK(childChanged), this);
+  g_signal_connect_after(window_, "realize", G_CALLBACK(realized), this);
+  g_signal_connect(window_, "unrealize", G_CALLBACK(unrealized), this);
+  g_signal_connect_after(window_, "map", G_CALLBACK(mapped), this);
+  g_signal_connect(window_, "unmap", G_CALLBACK(unmapped), this);
+  g_signal_connect(window_, "notify::is-active", G_CALLBACK(focusChanged), this);
+  insertOverlay();
+  if (gtk_widget_get_realized(GTK_WIDGET(window_))) realized(nullptr, this);
+  if (gtk_widget_get_mapped(GTK_WIDGET(window_))) mapped(nullptr, this);
+}
+
+HostWindow::~HostWindow() {
+  g_signal_handlers_disconnect_by_data(window_, this);
+  unrealized(nullptr, this);
+  controller_->view()->platformSetInWindow(false);
+  controller_->platformWindowGone();
+  hostViews_.clear();
+  // Others may still hold the controller, and with it the overlay; the application's content they may not.
+  gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);
+}
+
+void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
+  g_object_set_data(G_OBJECT(window), windowKey, nullptr);
+  delete self;
+  tellVisibility();
+}
+
+// --- the overlay ---------------------------------------------------------------------------------------
+
+void HostWindow::insertOverlay() {
+  inserting_ = true;
+  const auto content = GPtr<GtkWidget>::retain(gtk_window_get_child(window_));
+  const auto focus = GPtr<GtkWidget>::retain(gtk_window_get_focus(window_));
+  gtk_window_set_child(window_, nullptr);
+  gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), content);
+  gtk_window_set_child(window_, overlay_);
+  if (focus) gtk_window_set_focus(window_, focus);
+  inserting_ = false;
+}
+
+// The application may give its window other content at any time, and need not know of the overlay.
+void HostWindow::childChanged(GtkWindow* window, GParamSpec*, HostWindow* self) noexcept {
+  if (!self->inserting_ && gtk_window_get_child(window) != self->overlay_) self->insertOverlay();
+}
+
+// --- on the screen -------------------------------------------------------------------------------------
+
+void HostWindow::mapped(GtkWidget*, HostWindow* self) noexcept {
+  self->controller_->view()->platformSetInWindow(true);
+  tellVisibility();
+}
+
+void HostWindow::unmapped(GtkWidget*, HostWindow* self) noexcept {
+  self->controller_->view()->platformSetInWindow(false);
+  tellVisibility();
+}
+
+void HostWindow::stateChanged(GdkSurface*, GParamSpec*, HostWindow*) noexcept {
+  tellVisibility();
+  ViewChanges::note();
+}
+
+// The attention goes from one window of the application to another by way of none.
+void HostWindow::focusChanged(GtkWindow*, GParamSpec*, HostWindow*) noexcept {
+  hasFocus();
+  ViewChanges::note();
+}
+
+// A person who looks at another application has left this one. Where windows get no focus at all (a display
+// without window manager) nobody has.
+bool HostWindow::hasFocus() {
+  static bool hadFocus = false;
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    if (gtk_window_is_active(window)) return hadFocus = true;
+  }
+  return !hadFocus;
+}
+
+WindowSight HostWindow::sight() const {
+  WindowSight sight;
+  sight.minimized = !isVisible();
+  sight.focused = hasFocus();
+  sight.onScreen = screenAround(root_);
+  sight.covers = paintedOver(root_);
+  return sight;
+}
+
+void HostWindow::tellVisibility() {
+  auto* platform = GtkPlatform::installed();
+  if (!platform) return;
+  bool visible = false;
+  GListModel* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows) && !visible; ++i) {
+    const auto window = GPtr<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(windows, i)));
+    const auto* host = of(window);
+    visible = host && host->isVisible();
+  }
+  platform->foreground().setWindowsVisible(visible);
+}
+
+bool HostWindow::isVisible() const {
+  if (!gtk_widget_get_mapped(GTK_WIDGET(window_))) return false;
+  unsigned outOfSight = GDK_TOPLEVEL_STATE_MINIMIZED;
+#if GTK_CHECK_VERSION(4, 12, 0)
+  outOfSight |= GDK_TOPLEVEL_STATE_SUSPENDED;  // all that some compositors tell of a minimised window
+#endif
+  return !(gdk_toplevel_get_state(GDK_TOPLEVEL(gtk_native_get_surface(GTK_NATIVE(window_)))) & outOfSight);
+}
+
+void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
+  self->clock_ = GPtr<GdkFrameClock>::retain(gtk_widget_get_frame_clock(GTK_WIDGET(self->window_)));
+  g_signal_connect_after(self->clock_, "layout", G_CALLBACK(laidOut), self);
+  g_signal_connect(self->clock_, "after-paint", G_CALLBACK(painted), self);
+  self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state",
+                               G_CALLBACK(stateChanged), self);
+  self->moved_ = watchMoves(gtk_native_get_surface(GTK_NATIVE(self->window_)));
+}
+
+void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
+  if (!self->clock_) return;
+  self->stateChanged_ = Signal();
+  self->moved_ = Signal();
+  g_signal_handlers_disconnect_by_data(self->clock_, self);
+  self->clock_.reset();
+}
+
+// After the toolkit has laid the window out and before it paints: what changes here is laid out in the same
+// frame, since the frame clock repeats the phase while there is something left to do. A window in which
+// nothing moves has no such phases.
+void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
+  self->followWidgets();
+}
+
+void HostWindow::painted(GdkFrameClock*, HostWindow*) noexcept {
+  ViewChanges::note();
+}
+
+void HostWindow::followWidgets() {
+  const auto controller = controller_;  // a delegate that hears of this may do anything
+  const double width = gtk_widget_get_width(overlay_);
+  const double height = gtk_widget_get_height(overlay_);
+  const CGSize before = controller->view()->frame().size;
+  const CGSize after{width, height};
+  const bool changes = before != after && before.width > 0 && width > 0;
+  SizeChange change;
+  if (changes) controller->viewWillTransitionToSize(after, change);
+  controller->view()->setFrame({{0, 0}, after});
+  for (const auto& hostView : hostViews_) hostView->follow();
+  if (!changes) return;
+  controller->view()->layoutIfNeeded();
+  change.run();
+}
+
+// --- host views ----------------------------------------------------------------------------------------
+
+std::shared_ptr<UIView> HostWindow::viewOf(GtkWidget* widget) {
+  for (const auto& hostView : hostViews_)
+    if (hostView->widget() == widget) return hostView->view();
+  auto& made = *hostViews_.emplace_back(
+      std::make_unique<HostView>(widget, overlay_, [this, widget] { forget(widget); }));
+  controller_->view()->addSubview(made.view());
+  made.follow();
+  return made.view();
+}
+
+void HostWindow::forget(GtkWidget* widget) {
+  std::erase_if(hostViews_, [&](const auto& hostView) { return hostView->widget() == widget; });
+}
+
+// --- for applications ----------------------------------------------------------------------------------
+
+std::shared_ptr<UIViewController> hostViewController(GtkWindow* window) {
+  if (!GTK_IS_WINDOW(window)) throw std::invalid_argument("hostViewController: not a window");
+  auto* host = HostWindow::of(window);
+  return (host ? *host : HostWindow::make(window)).controller();
+}
+
+std::shared_ptr<UIView> hostView(GtkWidget* widget) {
+  auto* root = GTK_IS_WIDGET(widget) ? gtk_widget_get_root(widget) : nullptr;
+  auto* host = GTK_IS_WINDOW(root) ? HostWindow::of(GTK_WINDOW(root)) : nullptr;
+  if (!host) throw std::invalid_argument("hostView: not a widget of a window with a host view controller");
+  return host->viewOf(widget);
+}
+
+}  // namespace velto::gtk

@@ -1,0 +1,70 @@
+// A window of the application as the library sees it: a view controller whose root view lies over the
+// window's content. One hangs on each window that was asked for (VeltoGtk.h) and goes when the window is
+// destroyed. Main thread only.
+#pragma once
+
+#include "velto/gtk/Signal.h"
+#include "velto/gtk/views/HostView.h"
+#include "velto/platform/UIDevice.h"
+#include "velto/platform/foundation/GMemory.h"
+#include "velto/platform/ui/UIViewController.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <vector>
+
+namespace velto::gtk {
+
+class HostWindow {
+ public:
+  // The one of that window; null when there is none yet.
+  static HostWindow* of(GtkWindow* window);
+  static HostWindow& make(GtkWindow* window);
+  // A widget of some host window that is on the screen, or null: its frame clock drives animations.
+  static GtkWidget* mappedWidget();
+  // All windows on the screen take the upright or the other form, where they can.
+  static void turnAll(UIDeviceOrientation orientation, bool onItsSide);
+
+  HostWindow(const HostWindow&) = delete;
+  HostWindow& operator=(const HostWindow&) = delete;
+  ~HostWindow();
+
+  const std::shared_ptr<UIViewController>& controller() const { return controller_; }
+  // The one of that widget, which is in this window; made on first use.
+  std::shared_ptr<UIView> viewOf(GtkWidget* widget);
+  // How its root view is seen now.
+  WindowSight sight() const;
+
+ private:
+  explicit HostWindow(GtkWindow* window);
+  static void childChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
+  static void realized(GtkWidget*, HostWindow* self) noexcept;
+  static void unrealized(GtkWidget*, HostWindow* self) noexcept;
+  static void mapped(GtkWidget*, HostWindow* self) noexcept;
+  static void unmapped(GtkWidget*, HostWindow* self) noexcept;
+  static void destroyed(GtkWidget* window, HostWindow* self) noexcept;
+  static void laidOut(GdkFrameClock*, HostWindow* self) noexcept;
+  static void stateChanged(GdkSurface*, GParamSpec*, HostWindow* self) noexcept;
+  static void focusChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
+  static void painted(GdkFrameClock*, HostWindow* self) noexcept;
+  static void tellVisibility();
+  static bool hasFocus();
+  bool isVisible() const;
+  void insertOverlay();
+  void followWidgets();
+  void turn(bool onItsSide);
+  void forget(GtkWidget* widget);
+
+  GtkWindow* window_;
+  GPtr<GtkWidget> overlay_;
+  GtkWidget* root_ = nullptr;  // of the root view, in the overlay
+  GPtr<GdkFrameClock> clock_;
+  Signal stateChanged_;
+  Signal moved_;
+  bool inserting_ = false;
+  std::shared_ptr<UIViewController> controller_;
+  std::vector<std::unique_ptr<HostView>> hostViews_;
+};
+
+}  // namespace velto::gtk

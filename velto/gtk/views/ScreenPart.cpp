@@ -1,0 +1,89 @@
+// Places: on the surface, and by Xlib on the screens.
+#include "velto/gtk/views/ScreenPart.h"
+
+#include "velto/platform/ui/ViewChanges.h"
+
+#include <algorithm>
+
+#ifdef GDK_WINDOWING_X11
+#include <gdk/x11/gdkx.h>
+#endif
+
+namespace velto::gtk {
+
+CGPoint placeOnSurface(GtkWidget* widget) {
+  auto* native = gtk_widget_get_native(widget);
+  CGPoint place;
+  gtk_native_get_surface_transform(native, &place.x, &place.y);
+  double x = 0;
+  double y = 0;
+  gtk_widget_translate_coordinates(widget, GTK_WIDGET(native), 0, 0, &x, &y);
+  return {place.x + x, place.y + y};
+}
+
+#ifdef GDK_WINDOWING_X11
+namespace {
+
+CGRect allMonitors(GdkDisplay* display) {
+  GListModel* monitors = gdk_display_get_monitors(display);
+  GdkRectangle all{};
+  for (guint i = 0; i < g_list_model_get_n_items(monitors); ++i) {
+    const auto monitor = GPtr<GdkMonitor>::adopt(GDK_MONITOR(g_list_model_get_item(monitors, i)));
+    GdkRectangle one{};
+    gdk_monitor_get_geometry(monitor, &one);
+    if (i == 0)
+      all = one;
+    else
+      gdk_rectangle_union(&all, &one, &all);
+  }
+  return {{static_cast<double>(all.x), static_cast<double>(all.y)},
+          {static_cast<double>(all.width), static_cast<double>(all.height)}};
+}
+
+gboolean eventCame(GdkDisplay*, gpointer event, gpointer surface) noexcept {
+  const auto* told = static_cast<XEvent*>(event);
+  if (told->type == ConfigureNotify &&
+      told->xconfigure.window == gdk_x11_surface_get_xid(GDK_SURFACE(surface)))
+    ViewChanges::note();
+  return FALSE;
+}
+
+}  // namespace
+
+std::optional<CGRect> screenAround(GtkWidget* widget) {
+  auto* native = gtk_widget_get_native(widget);
+  auto* surface = native ? gtk_native_get_surface(native) : nullptr;
+  if (!surface || !GDK_IS_X11_SURFACE(surface)) return std::nullopt;
+  auto* display = gdk_surface_get_display(surface);
+  auto* connection = gdk_x11_display_get_xdisplay(display);
+  int x = 0;
+  int y = 0;
+  Window child = 0;
+  gdk_x11_display_error_trap_push(display);
+  const bool known = XTranslateCoordinates(connection, gdk_x11_surface_get_xid(surface),
+                                           gdk_x11_display_get_xrootwindow(display), 0, 0, &x, &y, &child);
+  if (gdk_x11_display_error_trap_pop(display) != 0 || !known) return std::nullopt;
+  CGRect screen = allMonitors(display);
+  if (screen.size.width <= 0) return std::nullopt;
+  const double scale = std::max(1, gdk_surface_get_scale_factor(surface));
+  const CGPoint place = placeOnSurface(widget);
+  screen.origin.x -= x / scale + place.x;
+  screen.origin.y -= y / scale + place.y;
+  return screen;
+}
+
+Signal watchMoves(GdkSurface* surface) {
+  auto* display = gdk_surface_get_display(surface);
+  if (!GDK_IS_X11_DISPLAY(display)) return {};
+  return Signal(display, "xevent", G_CALLBACK(eventCame), surface);
+}
+#else
+std::optional<CGRect> screenAround(GtkWidget*) {
+  return std::nullopt;
+}
+Signal watchMoves(GdkSurface*) {
+  return {};
+}
+#endif
+
+}  // namespace velto::gtk

@@ -1,0 +1,73 @@
+// Guards: settings, and a "no" to whatever a page asks of a person.
+#include "velto/gtk/web/WebGuards.h"
+
+namespace velto::gtk {
+namespace {
+
+// Whoever answers TRUE has dealt with the matter, so the engine does nothing of its own.
+gboolean refuseMenu(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*) noexcept {
+  return TRUE;
+}
+gboolean refusePrint(WebKitWebView*, WebKitPrintOperation*) noexcept {
+  return TRUE;
+}
+gboolean refuseFullscreen(WebKitWebView*) noexcept {
+  return TRUE;
+}
+gboolean refuseNotification(WebKitWebView*, WebKitNotification*) noexcept {
+  return TRUE;
+}
+
+gboolean refusePermission(WebKitWebView*, WebKitPermissionRequest* request) noexcept {
+  webkit_permission_request_deny(request);
+  return TRUE;
+}
+
+gboolean refuseFileChooser(WebKitWebView*, WebKitFileChooserRequest* request) noexcept {
+  webkit_file_chooser_request_cancel(request);
+  return TRUE;
+}
+
+gboolean refuseColorChooser(WebKitWebView*, WebKitColorChooserRequest* request) noexcept {
+  webkit_color_chooser_request_cancel(request);
+  return TRUE;
+}
+
+gboolean refuseSignIn(WebKitWebView*, WebKitAuthenticationRequest* request) noexcept {
+  webkit_authentication_request_cancel(request);
+  return TRUE;
+}
+
+// The page goes on as if the dialog had been closed at once: an alert() must not block the application.
+gboolean dismissDialog(WebKitWebView*, WebKitScriptDialog* dialog) noexcept {
+  if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM)
+    webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);  // leaving is not the page's to prevent
+  return TRUE;
+}
+
+}  // namespace
+
+void guardWebView(WebKitWebView* view) {
+  g_object_set(webkit_web_view_get_settings(view),                  //
+               "javascript-can-open-windows-automatically", FALSE,  //
+               "allow-file-access-from-file-urls", FALSE,           //
+               "allow-universal-access-from-file-urls", FALSE,      //
+               "allow-modal-dialogs", FALSE,                        //
+               "enable-developer-extras", FALSE,                    //
+               "enable-back-forward-navigation-gestures", FALSE,    //
+               "enable-fullscreen", FALSE,                          //
+               "enable-media-stream", FALSE,                        //
+               "enable-page-cache", FALSE,                          // an ad is never returned to
+               nullptr);
+  g_signal_connect(view, "context-menu", G_CALLBACK(refuseMenu), nullptr);
+  g_signal_connect(view, "print", G_CALLBACK(refusePrint), nullptr);
+  g_signal_connect(view, "enter-fullscreen", G_CALLBACK(refuseFullscreen), nullptr);
+  g_signal_connect(view, "show-notification", G_CALLBACK(refuseNotification), nullptr);
+  g_signal_connect(view, "permission-request", G_CALLBACK(refusePermission), nullptr);
+  g_signal_connect(view, "run-file-chooser", G_CALLBACK(refuseFileChooser), nullptr);
+  g_signal_connect(view, "run-color-chooser", G_CALLBACK(refuseColorChooser), nullptr);
+  g_signal_connect(view, "authenticate", G_CALLBACK(refuseSignIn), nullptr);
+  g_signal_connect(view, "script-dialog", G_CALLBACK(dismissDialog), nullptr);
+}
+
+}  // namespace velto::gtk

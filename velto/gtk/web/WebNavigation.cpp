@@ -1,0 +1,83 @@
+// Navigations: kinds and addresses.
+#include "velto/gtk/web/WebNavigation.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace velto::gtk {
+namespace {
+
+WKNavigationType typeOf(WebKitNavigationAction* action) {
+  switch (webkit_navigation_action_get_navigation_type(action)) {
+    case WEBKIT_NAVIGATION_TYPE_LINK_CLICKED: {
+      // A script's click() comes without button, even while it may use a person's gesture.
+      const bool clicked = webkit_navigation_action_is_user_gesture(action) &&
+                           webkit_navigation_action_get_mouse_button(action) == GDK_BUTTON_PRIMARY;
+      return clicked ? WKNavigationType::LinkActivated : WKNavigationType::Other;
+    }
+    case WEBKIT_NAVIGATION_TYPE_FORM_SUBMITTED:
+      return WKNavigationType::FormSubmitted;
+    case WEBKIT_NAVIGATION_TYPE_BACK_FORWARD:
+      return WKNavigationType::BackForward;
+    case WEBKIT_NAVIGATION_TYPE_RELOAD:
+      return WKNavigationType::Reload;
+    case WEBKIT_NAVIGATION_TYPE_FORM_RESUBMITTED:
+      return WKNavigationType::FormResubmitted;
+    default:
+      return WKNavigationType::Other;
+  }
+}
+
+std::string schemeOf(const std::string& address) {
+  const auto end = address.find(':');
+  std::string scheme = address.substr(0, end == std::string::npos ? 0 : end);
+  std::transform(scheme.begin(), scheme.end(), scheme.begin(), g_ascii_tolower);
+  return scheme;
+}
+
+// The engine lets characters stand in addresses of schemes it does not know (braces in a command's arguments,
+// a lone percent sign) that RFC 3986 wants escaped; the command must not be lost for that.
+std::string escaped(const std::string& address) {
+  constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
+  std::string text;
+  for (size_t i = 0; i < address.size(); ++i) {
+    const char c = address[i];
+    const bool isEscape = c == '%' && i + 2 < address.size() && g_ascii_isxdigit(address[i + 1]) &&
+                          g_ascii_isxdigit(address[i + 2]);
+    constexpr char digits[] = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    if (isEscape || g_ascii_isalnum(c) || allowed.find(c) != std::string_view::npos)
+      text += c;
+    else
+      text.append({'%', digits[byte >> 4], digits[byte & 15]});
+  }
+  return text;
+}
+
+}  // namespace
+
+std::optional<NSURL> urlFrom(const std::string& address) {
+  auto url = NSURL::URLWithString(address);
+  return url ? url : NSURL::URLWithString(escaped(address));
+}
+
+std::string addressOf(WebKitNavigationAction* action) {
+  const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+  return address ? address : "";
+}
+
+WKNavigationAction navigationAction(WebKitNavigationAction* action) {
+  return {urlFrom(addressOf(action)), typeOf(action)};
+}
+
+bool isLoadable(const std::string& address) {
+  constexpr std::array<std::string_view, 5> schemes = {"http", "https", "about", "data", "blob"};
+  return std::find(schemes.begin(), schemes.end(), schemeOf(address)) != schemes.end();
+}
+
+bool isFile(const std::string& address) {
+  return schemeOf(address) == "file";
+}
+
+}  // namespace velto::gtk

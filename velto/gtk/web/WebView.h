@@ -1,0 +1,78 @@
+// A web view on the screen: the engine's web view fills the peer's widget. Made by the view system for
+// WKWebView; main thread only. See WebProcesses.h for where its process comes from, PageScripts.h for
+// statements, WebGuards.h for what a page may not.
+#pragma once
+
+#include "velto/gtk/views/Peer.h"
+#include "velto/gtk/web/CommandQueue.h"
+#include "velto/gtk/web/PageScripts.h"
+#include "velto/gtk/web/WebProcesses.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velto {
+class WKWebView;
+struct WKNavigationAction;
+struct WKWebViewConfiguration;
+enum class WKNavigationActionPolicy;
+}  // namespace velto
+
+namespace velto::gtk {
+
+class WebView final : public Peer, public WebViewPeer {
+ public:
+  WebView(Engine engine, const WKWebViewConfiguration& configuration);
+  ~WebView() override;
+
+  void addUserScript(const WKUserScript& script) override;
+  void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) override;
+  void evaluateJavaScript(const std::string& script, PageScripts::Completion completion) override;
+  void setScrollBehavior(const ScrollBehavior& behavior) override;
+
+  const Engine& engine() const { return engine_; }
+  // Whether another view would do well to share this one's process.
+  bool canShareProcess() const;
+
+ private:
+  // Where the latest load stands. Events of an older one, still under way, belong to nobody any more.
+  enum class Load { None, Requested, Started, Ended };
+
+  static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                               WebView* self) noexcept;
+  static GtkWidget* createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept;
+  static void loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) noexcept;
+  static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char* address, GError* error,
+                             WebView* self) noexcept;
+  static gboolean loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*,
+                                          GTlsCertificateFlags, WebView* self) noexcept;
+  static void processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
+                                WebView* self) noexcept;
+
+  static void messageReceived(WebKitUserContentManager*, JSCValue* message, WebView* self) noexcept;
+  static gboolean touched(GtkEventController*, GdkEvent* event, WebView* self) noexcept;
+
+  void configure(const WKWebViewConfiguration& configuration);
+  void command(const WKNavigationAction& action);
+  bool wasTouched() const;
+  WKNavigationActionPolicy ask(const WKNavigationAction& action, bool mayOpen);
+  void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
+  bool isOwnNavigation(const WKNavigationAction& action, const std::string& address);
+  void fail(const NSError& error);
+  std::shared_ptr<WKWebView> owner() const;
+
+  Engine engine_;
+  std::shared_ptr<PageScripts> scripts_;
+  GPtr<WebKitWebsitePolicies> policies_;
+  GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
+  std::shared_ptr<CommandQueue> commands_;
+  GtkEventController* touches_ = nullptr;  // the engine view's
+  std::optional<gint64> lastTouch_;        // monotonic, microseconds
+  Load load_ = Load::None;
+  std::vector<std::string> ownNavigations_;  // told to the engine, not yet asked about
+};
+
+}  // namespace velto::gtk

@@ -1,0 +1,220 @@
+// Requests in, scripted answers out.
+#include "velto/headless/network/ScriptedURLSession.h"
+
+#include "velto/headless/VirtualQueue.h"
+#include "velto/platform/foundation/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+
+namespace velto::headless {
+namespace {
+
+constexpr int mostRedirects = 20;
+
+bool contains(const NSURLRequest& request, const std::string& part) {
+  return request.url.absoluteString().find(part) != std::string::npos;
+}
+
+ScriptedURLSession::Matcher urlContains(const std::string& part) {
+  return [part](const NSURLRequest& request) { return contains(request, part); };
+}
+
+ScriptedURLSession::Answerer always(Answer answer) {
+  return [answer = std::move(answer)](const NSURLRequest&) { return answer; };
+}
+
+// Where a redirecting answer leads: an absolute location, or a path on the same server.
+std::optional<NSURL> redirectTarget(const NSURL& from, const Answer& answer) {
+  if (answer.error || !answer.isHTTP) return std::nullopt;
+  const bool redirects = answer.status == 301 || answer.status == 302 || answer.status == 303 ||
+                         answer.status == 307 || answer.status == 308;
+  HeaderFields fields;
+  for (const auto& [name, value] : answer.headers) fields.set(name, value);
+  const auto location = fields.value("Location");
+  if (!redirects || !location) return std::nullopt;
+  if (!location->starts_with('/')) return NSURL::URLWithString(*location);
+  const std::string port = from.port() ? ":" + std::to_string(*from.port()) : "";
+  return NSURL::URLWithString(from.scheme().value_or("") + "://" + from.host().value_or("") + port +
+                              *location);
+}
+
+Answer tooLong(std::chrono::nanoseconds delay) {
+  auto answer = Answer::failure({"NSURLErrorDomain", -1103, "resource exceeds maximum size"});
+  answer.delay = delay;
+  return answer;
+}
+
+}  // namespace
+
+Answer Answer::failure(NSError error) {
+  Answer answer;
+  answer.error = std::move(error);
+  return answer;
+}
+
+Answer Answer::offline() {
+  return failure({"NSURLErrorDomain", -1009, "The Internet connection appears to be offline."});
+}
+
+Answer Answer::withoutData() {
+  Answer answer;
+  answer.body.reset();
+  return answer;
+}
+
+ScriptedTask::ScriptedTask(NSURLRequest request, NSURLSession::Completion completion, int redirects,
+                           ScriptedURLSession& session)
+    : request_(std::move(request)),
+      completion_(std::move(completion)),
+      redirects_(redirects),
+      mutex_(session.mutex_),
+      session_(&session) {}
+
+bool ScriptedTask::isAnswered() const {
+  std::lock_guard lock(*mutex_);
+  return !session_;
+}
+
+void ScriptedTask::answer(const Answer& answer) {
+  ScriptedURLSession* session = nullptr;
+  NSURLSession::Completion completion;
+  {
+    std::lock_guard lock(*mutex_);
+    session = std::exchange(session_, nullptr);
+    completion = std::exchange(completion_, nullptr);
+  }
+  if (!session)
+    throw std::logic_error("velto::headless: the request was answered before: " +
+                           request_.url.absoluteString());
+  session->finish(request_, answer, std::move(completion), redirects_);
+}
+
+ScriptedURLSession::ScriptedURLSession(std::shared_ptr<VirtualQueue> queue) : queue_(std::move(queue)) {}
+
+ScriptedURLSession::~ScriptedURLSession() {
+  // Completions that were never called go uncalled; tests may keep the tasks.
+  for (const auto& task : tasks()) {
+    Completion dropped;
+    std::lock_guard lock(*mutex_);
+    task->session_ = nullptr;
+    dropped.swap(task->completion_);
+  }
+}
+
+void ScriptedURLSession::respond(Matcher matches, Answerer answerer) {
+  std::lock_guard lock(*mutex_);
+  rules_.push_back({std::move(matches), std::move(answerer)});
+}
+
+void ScriptedURLSession::respond(Matcher matches, Answer answer) {
+  respond(std::move(matches), always(std::move(answer)));
+}
+
+void ScriptedURLSession::respond(const std::string& urlPart, Answer answer) {
+  respond(urlContains(urlPart), always(std::move(answer)));
+}
+
+void ScriptedURLSession::clearRules() {
+  std::lock_guard lock(*mutex_);
+  rules_.clear();
+  queued_.clear();
+}
+
+void ScriptedURLSession::enqueue(const std::string& urlPart, Answer answer) {
+  std::lock_guard lock(*mutex_);
+  queued_.push_back({urlContains(urlPart), always(std::move(answer))});
+}
+
+std::vector<std::shared_ptr<ScriptedTask>> ScriptedURLSession::tasks() const {
+  std::lock_guard lock(*mutex_);
+  return tasks_;
+}
+
+std::vector<std::shared_ptr<ScriptedTask>> ScriptedURLSession::pending() const {
+  auto tasks = this->tasks();
+  std::erase_if(tasks, [](const auto& task) { return task->isAnswered(); });
+  return tasks;
+}
+
+std::vector<NSURLRequest> ScriptedURLSession::requests(const std::string& urlPart) const {
+  std::vector<NSURLRequest> found;
+  for (const auto& task : tasks())
+    if (contains(task->request(), urlPart)) found.push_back(task->request());
+  return found;
+}
+
+void ScriptedURLSession::dataTask(NSURLRequest request, Completion completion) {
+  start(std::move(request), std::move(completion), 0);
+}
+
+void ScriptedURLSession::start(NSURLRequest request, Completion completion, int redirects) {
+  std::shared_ptr<ScriptedTask> task(
+      new ScriptedTask(std::move(request), std::move(completion), redirects, *this));
+  {
+    std::lock_guard lock(*mutex_);
+    tasks_.push_back(task);
+  }
+  const auto scheme = lowercased(task->request_.url.scheme().value_or(""));
+  if (scheme != "http" && scheme != "https")
+    task->answer(Answer::failure({"NSURLErrorDomain", -1002, "unsupported URL"}));
+  else if (redirects > mostRedirects)
+    task->answer(Answer::failure({"NSURLErrorDomain", -1007, "too many HTTP redirects"}));
+  else if (const auto answer = answerFor(task->request_))
+    task->answer(*answer);
+}
+
+std::optional<Answer> ScriptedURLSession::answerFor(const NSURLRequest& request) {
+  Answerer answerer;
+  {
+    std::lock_guard lock(*mutex_);
+    const auto matches = [&](const Rule& rule) { return rule.matches(request); };
+    if (auto queued = std::find_if(queued_.begin(), queued_.end(), matches); queued != queued_.end()) {
+      answerer = std::move(queued->answerer);
+      queued_.erase(queued);
+    } else if (auto rule = std::find_if(rules_.begin(), rules_.end(), matches); rule != rules_.end()) {
+      answerer = rule->answerer;
+    }
+  }
+  return answerer ? std::optional(answerer(request)) : std::nullopt;
+}
+
+void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answer, Completion completion,
+                                int redirects) {
+  if (auto target = redirectTarget(request.url, answer)) {
+    NSURLRequest next{*target, request.httpMethod, request.allHTTPHeaderFields, request.httpBody,
+                      request.maximumBodySize};
+    if (answer.status <= 303 && next.httpMethod != "GET" && next.httpMethod != "HEAD") {
+      next.httpMethod = "GET";  // as browsers do it (RFC 9110, 15.4)
+      next.httpBody.reset();
+    }
+    queue_->postOffMain(answer.delay, [this, next = std::move(next), completion = std::move(completion),
+                                       redirects]() mutable {
+      start(std::move(next), std::move(completion), redirects + 1);
+    });
+    return;
+  }
+  if (!answer.error && answer.body && answer.body->size() > request.maximumBodySize.value_or(SIZE_MAX))
+    return finish(request, tooLong(answer.delay), std::move(completion), redirects);
+  std::shared_ptr<NSURLResponse> response;
+  if (!answer.error) {
+    response = std::make_shared<NSURLResponse>();
+    response->url = request.url.absoluteString();
+    response->isHTTP = answer.isHTTP;
+    if (answer.isHTTP) {
+      response->statusCode = answer.status;
+      for (const auto& [name, value] : answer.headers) response->allHeaderFields.add(name, value);
+    }
+  }
+  queue_->postOffMain(answer.delay,
+                      [answer, response = std::move(response), completion = std::move(completion)] {
+                        if (!completion) return;
+                        if (answer.error)
+                          completion(std::nullopt, nullptr, answer.error);
+                        else
+                          completion(answer.body, response, std::nullopt);
+                      });
+}
+
+}  // namespace velto::headless

@@ -1,0 +1,45 @@
+// Makes the peers of the headless platform, keeps the list of live web views, and drives animations at 60
+// frames a second of virtual time. Main thread.
+#pragma once
+
+#include "velto/headless/web/RecordingWebView.h"
+
+#include <memory>
+#include <vector>
+
+namespace velto::headless {
+
+class ScriptedViewSystem : public ViewSystem {
+ public:
+  explicit ScriptedViewSystem(std::shared_ptr<VirtualQueue> queue);
+
+  // Web views that exist now, oldest first.
+  const std::vector<RecordingWebView*>& webViews() const { return *webViews_; }
+  // The newest one. Throws std::logic_error when there is none.
+  RecordingWebView& webView() const;
+  // From now on each load finishes by itself, in a later turn of the main queue; then a page whose markup
+  // mentions velto://failLoad or velto://loadFinished goes there, as one that runs its script would.
+  void setPagesFinishByThemselves(bool finish) { *pagesFinish_ = finish; }
+
+  int webViewsMade() const { return webViewsMade_; }
+  int contentPrepared() const { return contentPrepared_; }        // times that content was made ready
+  long contentHeld() const { return prepared_.use_count() - 1; }  // made ready, neither used nor let go
+
+  std::unique_ptr<ViewPeer> makeView() override;
+  std::unique_ptr<ButtonPeer> makeButton() override;
+  std::unique_ptr<WebViewPeer> makeWebView(const WKWebViewConfiguration& configuration) override;
+  std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) override;
+  Handle displayLink(std::function<void(double seconds)> tick) override;
+
+ private:
+  class Prepared;
+  std::shared_ptr<VirtualQueue> queue_;
+  std::shared_ptr<std::vector<RecordingWebView*>> webViews_ =
+      std::make_shared<std::vector<RecordingWebView*>>();
+  std::shared_ptr<bool> pagesFinish_ = std::make_shared<bool>(false);
+  std::shared_ptr<int> prepared_ = std::make_shared<int>(0);  // each piece of content still held owns a share
+  int webViewsMade_ = 0;
+  int contentPrepared_ = 0;
+};
+
+}  // namespace velto::headless
