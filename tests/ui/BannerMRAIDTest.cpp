@@ -22,18 +22,18 @@ TEST_F(BannerMRAIDTest, ExpandCoversTheSafeAreaWithTheSamePageAndComesBack) {
   ASSERT_TRUE(host.veltoGetMRAIDHandler());
   EXPECT_EQ(host.ad()->mraidHandler, host.veltoGetMRAIDHandler());
   const auto* webView = host.webView().get();
-  host.veltoMRAIDExpand(std::nullopt, VeltoCloseButtonUIConfiguration::defaultForMRAID());
+  host.shownAd()->veltoMRAIDExpand(std::nullopt, VeltoCloseButtonUIConfiguration::defaultForMRAID());
   platform->runUntilIdle();
   EXPECT_EQ(own(), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(web(), own());
   EXPECT_EQ(host.webView().get(), webView);
   EXPECT_EQ(page().loads().size(), 1U) << "not loaded again";
-  host.veltoMRAIDCloseExpand();
+  host.shownAd()->veltoMRAIDCloseExpand();
   platform->runUntilIdle();
   EXPECT_EQ(own(), normal);
   EXPECT_EQ(web(), normal);
   host._expandActionInMainWebView(0);
-  host._tapCloseButtonExpand();
+  host.shownAd()->_tapCloseButtonExpand();
   platform->runUntilIdle();
   EXPECT_EQ(own(), normal);
 }
@@ -42,7 +42,7 @@ TEST_F(BannerMRAIDTest, ResizeStandsAtTheBottomWhateverItsOffset) {
   const auto property = std::make_shared<VeltoMRAIDPropertyResize>();
   property->frame = {{5, -100}, {300, 250}};
   property->allowOffscreen = 1;
-  host.veltoMRAIDResize(property, VeltoCloseButtonUIConfiguration::defaultForMRAID());
+  host.shownAd()->veltoMRAIDResize(property, VeltoCloseButtonUIConfiguration::defaultForMRAID());
   platform->advance(99ms);
   EXPECT_EQ(own(), (CGRect{{45, 560}, {300, 250}}));
   EXPECT_EQ(web(), own());
@@ -58,17 +58,17 @@ TEST_F(BannerMRAIDTest, ResizeStandsAtTheBottomWhateverItsOffset) {
   EXPECT_TRUE(host.webView()->subviews().empty());
   EXPECT_TRUE(delegate->heard.empty()) << "closing is no press of the ad";
 
-  host.veltoMRAIDResize(nullptr, VeltoCloseButtonUIConfiguration::defaultForMRAID());
+  host.shownAd()->veltoMRAIDResize(nullptr, VeltoCloseButtonUIConfiguration::defaultForMRAID());
   owner.reset();
   platform->advance(1s);  // the step a tenth later finds nobody
 }
 
 TEST_F(BannerMRAIDTest, FullScreenFrames) {
-  EXPECT_EQ(host.veltoMRAIDGetFullscreenFrame(), (CGRect{{0, 47}, {390, 763}}));
+  EXPECT_EQ(host.shownAd()->veltoMRAIDGetFullscreenFrame(), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host.getFullScreenFrameFor(window->controller()->view(), nullptr), CGRect{});
   EXPECT_EQ(host.getFullScreenFrameFor(nullptr, window->controller()), CGRect{});
   platform->device().facts.systemVersion = "10.3";
-  EXPECT_EQ(host.veltoMRAIDGetFullscreenFrame(), (CGRect{{0, 47}, {390, 763}}));
+  EXPECT_EQ(host.shownAd()->veltoMRAIDGetFullscreenFrame(), (CGRect{{0, 47}, {390, 763}}));
 }
 
 TEST_F(BannerMRAIDTest, OrientationIsForcedAndRestored) {
@@ -79,10 +79,10 @@ TEST_F(BannerMRAIDTest, OrientationIsForcedAndRestored) {
   host.setOrientation(1, true);
   EXPECT_EQ(device.orientation, 1);
   EXPECT_EQ(platform->application().rotationAttempts, 1);
-  host.veltoMRAIDCloseExpand();
+  host.shownAd()->veltoMRAIDCloseExpand();
   EXPECT_EQ(device.orientation, 3) << "what it was before the ad forced it";
   host.setOrientation(4, false);
-  host.veltoMRAIDCloseExpand();
+  host.shownAd()->veltoMRAIDCloseExpand();
   EXPECT_EQ(device.orientation, 4) << "nothing was remembered";
 
   EXPECT_TRUE(host.shouldAutorotate());

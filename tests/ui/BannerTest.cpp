@@ -250,7 +250,7 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   platform->advance(2s);
   EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(adapter->loadedView, adapter->view);
-  EXPECT_EQ(adapter->told(), std::static_pointer_cast<VeltoAdMediationAdapterDelegate>(b->vc()));
+  EXPECT_EQ(adapter->told(), b->vc()->shownAd());
   EXPECT_EQ(frameInWindow(*adapter->view, window->view()), (CGRect{{35, 760}, {320, 50}}));
   adapter->told()->mediationBannerDidPress();
   adapter->told()->mediationBannerDidClose();

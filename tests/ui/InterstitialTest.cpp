@@ -132,8 +132,8 @@ TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
   const auto i = VeltoInterstitialViewController::initWithDelegate(full);
   const std::vector<std::function<void()>> ways{
       [&] { i->vc()->veltoCloseButton()->sendTouchUpInside(); }, [&] { page().navigate("velto://failLoad"); },
-      [&] { i->vc()->veltoMRAIDCloseInterstitial(); }, [&] { i->vc()->mediationBannerDidClose(); },
-      [&] { i->vc()->veltoMRAIDCloseExpand(); }};
+      [&] { i->vc()->shownAd()->veltoMRAIDCloseInterstitial(); }, [&] { i->vc()->shownAd()->mediationBannerDidClose(); },
+      [&] { i->vc()->shownAd()->veltoMRAIDCloseExpand(); }};
   for (const auto& way : ways) {
     full->heard.clear();
     load(*i, fullScreen());
@@ -255,7 +255,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   i->vc()->presentMediationBanner(mediated(adapter));
   EXPECT_EQ(full->heard, Heard{"finish"});
   EXPECT_TRUE(platform->webViews().empty());
-  EXPECT_EQ(adapter->told(), i->vc());
+  EXPECT_EQ(adapter->told(), i->vc()->shownAd());
   i->show();
   platform->advance(1s);
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
@@ -304,7 +304,7 @@ TEST_F(InterstitialTest, OrientationIsFixedWhenItIsShown) {
     load(*i, fullScreen());
   }
   platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{3}});
-  i->vc()->veltoMRAIDCloseExpand();
+  i->vc()->shownAd()->veltoMRAIDCloseExpand();
   EXPECT_EQ(platform->device().facts.orientation, 3) << "what an ad had forced ends with it";
 }
 

@@ -14,11 +14,12 @@ class WebViewHostTest : public test::UITest {
  protected:
   std::shared_ptr<VeltoBannerViewController> owner = banner();
   VeltoBannerViewControllerPrivate& host = *owner->vc();
+  std::shared_ptr<VeltoShownAd> shown = VeltoShownAd::shownBy(host, nullptr);
   std::shared_ptr<VeltoAd> ad(std::string html) { return VeltoAd::adWithHTML(std::move(html), 1, nullptr); }
 };
 
 TEST_F(WebViewHostTest, Configuration) {
-  const auto view = host.createWKWebViewInstance({});
+  const auto view = shown->createWKWebViewInstance({});
   const auto& c = page().configuration();
   EXPECT_EQ(view->frame(), CGRect{});
   EXPECT_TRUE(c.allowsInlineMediaPlayback);
@@ -39,20 +40,20 @@ TEST_F(WebViewHostTest, Configuration) {
   EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 2);
 
   platform->device().facts.systemVersion = "9.3";
-  const auto older = host.createWKWebViewInstance({});
+  const auto older = shown->createWKWebViewInstance({});
   EXPECT_EQ(page().configuration().dataDetectorTypes, 0U);
   EXPECT_FALSE(page().configuration().requiresUserActionForMediaPlayback);
   EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 0);
 }
 
 TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
-  const auto view = host.createWKWebViewInstance({});
+  const auto view = shown->createWKWebViewInstance({});
   std::vector<std::string> order;
-  const auto shown = platform->notificationCenter().addObserver(
+  const auto observer = platform->notificationCenter().addObserver(
       constNotificationAdShowed,
       [&](const NSNotification& n) { order.push_back(n.objectAs<VeltoAd>()->html.value()); });
   auto& data = platform->websiteDataStore();
-  host.loadBannerDataIn(view, ad("<p>x</p>"));
+  shown->loadBannerDataIn(view, ad("<p>x</p>"));
   EXPECT_TRUE(page().loads().empty()) << "not before the data is cleared";
   platform->runUntilIdle();
   EXPECT_EQ(data.cookieClears, 1);
@@ -64,7 +65,7 @@ TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
   EXPECT_TRUE(page().hasRun("navigator.userAgent"));
 
   const auto empty = std::make_shared<VeltoAd>();
-  host.loadBannerDataIn(view, empty);
+  shown->loadBannerDataIn(view, empty);
   platform->runUntilIdle();
   EXPECT_EQ(page().loads().size(), 1U);
   EXPECT_EQ(order.size(), 1U);

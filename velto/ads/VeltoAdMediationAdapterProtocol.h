@@ -55,6 +55,8 @@ class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
   void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) {
     delegate_ = std::move(delegate);
   }
+  // Whether somebody shows its ad, or is about to.
+  bool hasDelegate() const { return !delegate_.expired(); }
 
  protected:
   std::shared_ptr<VeltoAdMediationAdapterDelegate> delegate() const { return delegate_.lock(); }

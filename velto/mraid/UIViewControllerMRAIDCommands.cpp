@@ -96,7 +96,7 @@ void UIViewControllerMRAIDSDKVelto::_closeResize() {
 void UIViewControllerMRAIDSDKVelto::_expand(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler,
                                             const WebView&) {
   if (handler.state != MRAIDState[1] || !respondsTo(Operation::Expand)) return;
-  UIViewControllerUISDKVelto::setOrientation(orientationCode(handler), true);
+  forceOrientation(orientationCode(handler));
   // A page that said it has no close button of its own gets none of ours either.
   CloseButton configuration;
   if (!handler.expandProperty || handler.expandProperty->useCustomClose)
@@ -129,6 +129,10 @@ void UIViewControllerMRAIDSDKVelto::_resize(const VeltoMRAIDAction&, VeltoMRAIDH
 
 // --- properties
 
+void UIViewControllerMRAIDSDKVelto::forceOrientation(int64_t orientation) {
+  UIViewControllerUISDKVelto::setOrientation(orientation, true);
+}
+
 void UIViewControllerMRAIDSDKVelto::_setOrientationProperties(const VeltoMRAIDAction& action,
                                                               VeltoMRAIDHandler& handler) {
   auto property = action.args() ? VeltoMRAIDPropertyOrientation::decode(*action.args()) : nullptr;
@@ -137,8 +141,7 @@ void UIViewControllerMRAIDSDKVelto::_setOrientationProperties(const VeltoMRAIDAc
   const bool interstitial = handler.placementType == MRAIDPlacementType[2];
   const bool expandedInline =
       handler.placementType == MRAIDPlacementType[1] && handler.state == MRAIDState[2];
-  if ((interstitial || expandedInline) && handler.isViewable)
-    UIViewControllerUISDKVelto::setOrientation(handler.orientation, true);
+  if ((interstitial || expandedInline) && handler.isViewable) forceOrientation(handler.orientation);
 }
 
 void UIViewControllerMRAIDSDKVelto::_setExpandProperties(const VeltoMRAIDAction& action,

@@ -1,5 +1,5 @@
-// Rich-media (MRAID) operations of a controller that shows ads: what its page asks for, and what its page is
-// told. A mixin of the working controllers; main thread. Commands of the page stand in
+// Rich-media (MRAID) operations of what shows ads in a controller: what its page asks for, and what its page
+// is told. A mixin of the shown ad; main thread. Commands of the page stand in
 // UIViewControllerMRAIDCommands.cpp.
 #pragma once
 
@@ -55,7 +55,7 @@ class UIViewControllerMRAIDSDKVelto {
   // Carries a command URL out; nothing without a handler.
   void mraidHandleAction(const NSURL& url, WKWebView& wkWebView);
 
-  // What a controller does for its page.
+  // What is done for the page.
   virtual std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() { return nullptr; }
   virtual CGRect veltoMRAIDGetFullscreenFrame() { return {}; }
   virtual void veltoMRAIDRemoveCloseCustomButton() {}
@@ -76,6 +76,8 @@ class UIViewControllerMRAIDSDKVelto {
 
  protected:
   virtual UIViewController& viewController() = 0;
+  // The page wants the interface turned: 0 not, 1 portrait, 4 landscape.
+  virtual void forceOrientation(int64_t orientation);
 
  private:
   void _open(const VeltoMRAIDAction& action);

@@ -34,17 +34,21 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
                                                       VeltoBannerSize size,
                                                       const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
+  ++fetching_;
   VeltoAdManager::fetchFor(type, size, settings,
                            [this, weak = viewController().weak_from_this(), delegate, notifyFailure](
                                const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-                             if (const auto alive = weak.lock())
-                               _processAd(ad, error, delegate, notifyFailure);
+                             const auto alive = weak.lock();
+                             if (!alive) return;
+                             --fetching_;
+                             _processAd(ad, error, delegate, notifyFailure);
                            });
 }
 
 void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad,
                                               const std::optional<VeltoErrorAd>& error,
                                               const VeltoControllerDelegate& delegate, bool notifyFailure) {
+  notifiesFailure_ = notifyFailure;
   if (error && notifyFailure) return notifyDidFail(delegate, error);
 
   const auto sourceType = ad ? ad->sourceType : VeltoAdSourceMarkup;

@@ -70,11 +70,19 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
 
  protected:
   virtual UIViewController& viewController() = 0;
+  // Of the answer that is being dispatched: whether the host asked for it and hears of its failure. A refresh
+  // fails silently.
+  bool notifiesFailure() const { return notifiesFailure_; }
+  // Whether an answer is on its way.
+  bool isFetching() const { return fetching_ > 0; }
 
  private:
   template <class BannerCall, class InterstitialCall>
   void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall,
               InterstitialCall interstitialCall);
+
+  bool notifiesFailure_ = true;
+  int fetching_ = 0;
 };
 
 }  // namespace velto

@@ -12,6 +12,7 @@
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/WKWebsiteDataStore.h"
 #include "velto/platform/ui/UIViewController.h"
+#include "velto/ui/PreparedPage.h"
 
 #include <limits>
 
@@ -47,8 +48,7 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
     configuration.requiresUserActionForMediaPlayback = false;
   }
   if (auto* inspector = VeltoInspector::current()) inspector->prepare(configuration);
-  configuration.preparedContent = std::move(preparedContent_);
-  configuration.relatedWebView = std::exchange(replacing_, {});
+  preparedPage().moveInto(configuration);
 
   auto webView = WKWebView::initWithFrame({}, std::move(configuration));
   webView->setBackgroundColor(UIColor::clearColor());
@@ -61,20 +61,10 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
   return webView;
 }
 
-void UIViewControllerWKWebViewSDKVelto::prepareWebContent(const WebView& replacing) {
-  replacing_ = replacing;
-  if (!preparedContent_) preparedContent_ = Platform::current().views().prepareWebContent(replacing.get());
-}
-
-void UIViewControllerWKWebViewSDKVelto::dropPreparedWebContent() {
-  preparedContent_.reset();
-  replacing_.reset();
-}
-
 void UIViewControllerWKWebViewSDKVelto::loadBannerDataIn(const WebView& webView,
                                                          const std::shared_ptr<VeltoAd>& ad) {
   if (!ad || !ad->html) return;
-  _cleanWKWebViewCache([this, weak = viewController().weak_from_this(), webView, ad] {
+  _cleanWKWebViewCache([this, weak = lifetime(), webView, ad] {
     if (const auto alive = weak.lock()) load(webView, ad);
   });
 }

@@ -1,6 +1,6 @@
 // The web view of an ad: made with a fixed configuration, loaded after web data was cleared, and policed:
-// what the page navigates to becomes signals to the controller, rich-media commands, or links opened outside
-// the application. A mixin of the working controllers; main thread.
+// what the page navigates to becomes signals, rich-media commands, or links opened outside the application. A
+// mixin of the shown ad, which is its web views' navigation delegate; main thread.
 #pragma once
 
 #include "velto/ads/VeltoAd.h"
@@ -11,9 +11,10 @@
 
 namespace velto {
 
+class PreparedPage;
 class UIViewController;
 
-// What a working controller hears of its web views.
+// What a shown ad hears of its web views.
 class UIViewControllerWKWebViewVeltoSDKProtocol {
  public:
   virtual ~UIViewControllerWKWebViewVeltoSDKProtocol() = default;
@@ -40,11 +41,6 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
     return secondaryWebView ? secondaryWebView : main;
   }
 
-  // Brings up, while a request is on its way, what the next web view would wait for. `replacing` is the view
-  // that it will replace, or null. The second ends that; making a web view uses it up.
-  void prepareWebContent(const WebView& replacing);
-  void dropPreparedWebContent();
-
   void webView(WKWebView& webView, const WKNavigationAction& action,
                const DecisionHandler& decisionHandler) override;
   void webView(WKWebView& webView, const WKNavigation& navigation) override;
@@ -52,15 +48,16 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
 
  protected:
   virtual UIViewController& viewController() = 0;
+  // What is gone when nothing of all this may happen any more.
+  virtual std::weak_ptr<void> lifetime() = 0;
+  // Used up by the next web view.
+  virtual PreparedPage& preparedPage() = 0;
   // A rich-media command of the page.
   virtual void handleMRAIDAction(const NSURL& url, WKWebView& webView) = 0;
 
  private:
   WKNavigationActionPolicy decide(WKWebView& webView, const WKNavigationAction& action);
   void load(const WebView& webView, const std::shared_ptr<VeltoAd>& ad);
-
-  std::shared_ptr<PreparedWebContent> preparedContent_;
-  std::weak_ptr<WKWebView> replacing_;
 };
 
 }  // namespace velto

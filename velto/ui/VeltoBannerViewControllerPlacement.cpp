@@ -72,13 +72,14 @@ void VeltoBannerViewControllerPrivate::_resizeAndMoveView(CGSize size, int64_t p
 // The offset of a resize is not applied: a resized banner stands at the bottom centre of its container.
 void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size,
                                                                   CGPoint /*offset*/) {
-  if (!webView_ || !ad_) return;
+  const auto page = webView();
+  if (!page || !ad()) return;
   if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
   view()->removeConstraints(webViewContraints_);
 
   int64_t placement = position_;
   int64_t webViewPosition = position_;
-  CGSize newSize = ad_->size;
+  CGSize newSize = ad()->size;
   if (action == Expand) {
     placement = VeltoBannerPositionFullScreen;
     newSize = {};
@@ -88,7 +89,15 @@ void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action
     newSize = size;
   }
   _resizeAndMoveView(newSize, placement);
-  webViewContraints_ = setupWKWebViewConstraintsFor(webView_, newSize, webViewPosition);
+  webViewContraints_ = setupWKWebViewConstraintsFor(page, newSize, webViewPosition);
+}
+
+std::shared_ptr<WKWebView> VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
+  if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
+  const auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
+  _resizeAndMoveView({}, VeltoBannerPositionFullScreen);
+  setupWKWebViewConstraintsFor(second, CGSize{});
+  return second;
 }
 
 }  // namespace velto

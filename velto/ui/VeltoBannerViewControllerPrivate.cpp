@@ -1,11 +1,8 @@
-// The banner's life: load, show, press, refresh, remove.
+// The banner's life: load, show, refresh, remove.
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 
-#include "velto/ads/AdPublisherInfoSDKVelto.h"
-#include "velto/core/VeltoUtilities.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
-#include "velto/tracking/VeltoTrackerManager.h"
 
 namespace velto {
 
@@ -13,7 +10,6 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
     const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize,
     int64_t andPosition, CGPoint andLocation, const std::shared_ptr<UIView>& andView) {
   std::shared_ptr<VeltoBannerViewControllerPrivate> made(new VeltoBannerViewControllerPrivate);
-  auto* self = made.get();
   made->size_ = andSize;
   made->position_ = andPosition;
   made->delegate_ = delegate;
@@ -21,25 +17,16 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
   made->viewAd_ = andView;
   made->view()->setBackgroundColor(UIColor::clearColor());
   made->view()->setTranslatesAutoresizingMaskIntoConstraints(false);
-  made->vc_ = made->getUserViewControllerForDelegate(delegate);
-  made->addTapGestureRecognizerInView([self] { self->_adDidPress(); });
-  auto& center = Platform::current().notificationCenter();
-  made->adapterReadyObserver_ = center.addObserver(
-      constNotificationAdMobAdapterGADBannerReady, [self](const NSNotification& notification) {
+  made->begin();
+  made->adapterReadyObserver_ = Platform::current().notificationCenter().addObserver(
+      constNotificationAdMobAdapterGADBannerReady, [self = made.get()](const NSNotification& notification) {
         self->_notificationAdMobAdapterGADBannerReady(notification);
       });
-  made->orientationObserver_ = center.addObserver(
-      constNotificationUICurrentOrientation,
-      [self](const NSNotification& notification) { self->_notificationUICurrentOrientation(notification); });
   return made;
 }
 
 VeltoBannerViewControllerPrivate::~VeltoBannerViewControllerPrivate() {
-  stopAudioVolumeObserverForContext(&audioContext_);
-  adapterReadyObserver_.cancel();
-  orientationObserver_.cancel();
   _invalidateBanner();
-  _restoreOriginalOrientation();
 }
 
 std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPrivate::self() {
@@ -56,7 +43,7 @@ void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
 void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure) {
   _handleRefreshTimer();
   fetchBannerDataFor(VeltoAdTypeBanner, settings_, size_, delegate(), notifyFailure);
-  prepareWebContent(webView_);  // while the request is on its way
+  preparedPage().prepare(webView());  // while the request is on its way
 }
 
 // The interval counts from the start of each load, so every load begins by setting the timer anew.
@@ -73,35 +60,38 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
 // --- show
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
-  if (abandoned_) return;
-  startAudioVolumeObserverForContext(&audioContext_);
-  _resetBannerView();
-  if (!ad) dropPreparedWebContent();  // a view that stays empty needs no process
-  if (!_addBanner(nullptr, ad ? ad->size : CGSize{}))
-    return notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
-  ad_ = ad;
-  if (ad && ad->sourceType == VeltoAdSourceMRAID) {
-    mraidHandler_ = VeltoMRAIDHandler::handler();
-    ad->mraidHandler = mraidHandler_;
-  }
-  if (!firstAnimationCompleted_) prepareAnimationForAdView(webView_, animation_);
-  loadBannerDataIn(webView_, ad);
+  if (!ad) preparedPage().drop();  // a view that stays empty needs no process
+  if (!startShowing(ad, nullptr)) return;
+  shown_->takeHandler();
+  if (!firstAnimationCompleted_) prepareAnimationForAdView(webView(), animation_);
+  shown_->load();
 }
 
 void VeltoBannerViewControllerPrivate::presentMediationBannerView(
     const std::shared_ptr<UIView>& mediationView, const std::shared_ptr<VeltoAd>& ad) {
-  if (abandoned_) return;
-  startAudioVolumeObserverForContext(&audioContext_);
-  _resetBannerView();
-  dropPreparedWebContent();
-  if (!_addBanner(mediationView, ad->size))
-    return notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
-  ad_ = ad;
-  adapter_ = ad->adapter;
-  if (auto* core = dynamic_cast<VeltoAdMediationCoreAdapter*>(adapter_.get())) core->setDelegate(self());
+  preparedPage().drop();
+  if (!startShowing(ad, mediationView)) return;
+  shown_->takeAdapter();
+  shown_->tellShown();
+  // It may have announced itself before anybody could know whose ad it has.
+  if (auto* user = ad->adapter->rootViewControllerUser()) user->setAdRootViewController(self());
   if (!firstAnimationCompleted_) prepareAnimationForAdView(mediationView, animation_);
   startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
   _adLoaded(mediationView);
+}
+
+// In place of what was shown so far, whose view lives until the new one had the chance to take over its
+// process.
+bool VeltoBannerViewControllerPrivate::startShowing(const std::shared_ptr<VeltoAd>& ad,
+                                                    const std::shared_ptr<UIView>& mediationView) {
+  if (abandoned_) return false;
+  startAudioVolumeObserverForContext(&audioContext_);
+  const auto replaced = _resetBannerView();
+  shown_ = VeltoShownAd::shownBy(*this, ad);
+  if (_addBanner(mediationView, ad ? ad->size : CGSize{})) return true;
+  letGo();
+  if (notifiesFailure()) notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+  return false;
 }
 
 bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>& mediationView,
@@ -113,9 +103,9 @@ bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>&
     if (!firstAnimationCompleted_) mediationView->setAlpha(0);
     webViewContraints_ = addMediationBannerView(mediationView, withSize);
   } else {
-    webView_ = addWKWebViewInViewWithNavigationDelegate(self());
-    if (!firstAnimationCompleted_) webView_->setAlpha(0);
-    webViewContraints_ = setupWKWebViewConstraintsFor(webView_, withSize, position_);
+    const auto& webView = shown_->makeWebView();
+    if (!firstAnimationCompleted_) webView->setAlpha(0);
+    webViewContraints_ = setupWKWebViewConstraintsFor(webView, withSize, position_);
   }
 
   willMoveToParentViewController(vc.get());
@@ -138,76 +128,33 @@ bool VeltoBannerViewControllerPrivate::findContainer() {
   return container->isDescendantOfView(*vc->view()) || container->nextViewControllerResponder() == vc.get();
 }
 
-void VeltoBannerViewControllerPrivate::_resetBannerView() {
+std::shared_ptr<VeltoShownAd> VeltoBannerViewControllerPrivate::_resetBannerView() {
   const auto subviews = view()->subviews();
   for (const auto& subview : subviews) subview->removeFromSuperview();
   if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
   view()->removeConstraints(webViewContraints_);
-  ad_.reset();
-  mraidHandler_.reset();
-  // They were among the subviews.
-  secondaryMRAIDWebView_.reset();
-  veltoCloseButton_.reset();
-}
-
-// --- the page
-
-void VeltoBannerViewControllerPrivate::veltoAdLoaded(WKWebView& loaded) {
-  if (&loaded == webView_.get()) _adLoaded(webView_);
+  return letGo();
 }
 
 void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& view) {
-  const auto ad = ad_;
+  const auto alive = self();
+  const auto loaded = ad();
   if (!firstAnimationCompleted_) firstAnimationCompleted_ = commitAnimationForAdView(view, animation_);
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
-  if (!isWebView && ad && ad->adapter) ad->adapter->gadAdLoaded(ad, view);
+  if (!isWebView && loaded && loaded->adapter) loaded->adapter->gadAdLoaded(loaded, view);
 }
 
-void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
-  const auto webView = std::static_pointer_cast<WKWebView>(finished.shared_from_this());
-  _setMRAIDAsReady(webView);
-  startOMSDKSessionFor(webView, veltoCloseButton_);
-  AdPublisherInfoSDKVelto::findPublisherInformations(
-      webView, [weak = std::weak_ptr(self())](auto ordId, auto bannerId, auto publisherId) {
-        const auto alive = weak.lock();
-        if (alive && alive->ad_) alive->ad_->setOrdId(ordId, bannerId, publisherId);
-      });
-}
+// --- the end
 
-void VeltoBannerViewControllerPrivate::_setMRAIDAsReady(const std::shared_ptr<WKWebView>& webView) {
-  if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
-  activateAudioSession();
-  mraidReady(webView, false, getFullScreenFrameFor(viewAd_.lock(), vc_.lock()).size, mraidHandler_);
-}
-
-void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFailNavigation(const NSError& error) {
+void VeltoBannerViewControllerPrivate::pageFailed(const NSError& error) {
   removeBanner();
   notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer, error));
 }
 
-void VeltoBannerViewControllerPrivate::veltoDismissWKWebView(WKWebView&) {
-  removeBanner();
-}
-
-// --- the person
-
-void VeltoBannerViewControllerPrivate::_adDidPress() {
-  // The delegate may remove or reload the banner; what was pressed is the ad of before.
-  const auto alive = self();
-  const auto ad = ad_;
-  notifyDidPress(delegate());
-  impressionOMSDK();
-  if (!ad) return;
-  VeltoTrackerManager::trackClickForBannerId(ad->bannerId, ad->publisherId, ad->ordId);
-  ad->resetAdInformations();
-}
-
-void VeltoBannerViewControllerPrivate::mediationBannerDidClose() {
+void VeltoBannerViewControllerPrivate::adapterClosed() {
   notifyDidClose(delegate());
 }
-
-// --- removal
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
   Platform::current().mainQueue().post([alive = self()] {
@@ -230,64 +177,18 @@ void VeltoBannerViewControllerPrivate::_invalidateBanner() {
   closeVideo();
   _resetBannerView();
   settings_.reset();
-  adapter_.reset();
   timerRefresh_.reset();
   finishOMSDKSession();
-  // No web process stays without an ad.
-  webView_.reset();
-  dropPreparedWebContent();
+  preparedPage().drop();  // no web process stays without an ad
 }
 
-// --- observations
+// --- adapters
 
 void VeltoBannerViewControllerPrivate::_notificationAdMobAdapterGADBannerReady(
     const NSNotification& notification) {
-  const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
+  const auto adapter = ownAdapterIn(notification);
   if (!adapter || !adapter->rootViewControllerUser()) return;
-  adapter_ = adapter;
   adapter->rootViewControllerUser()->setAdRootViewController(shared_from_this());
-}
-
-void VeltoBannerViewControllerPrivate::_notificationUICurrentOrientation(const NSNotification& notification) {
-  if (const auto* orientation = std::get_if<int64_t>(&notification.object))
-    originalOrientation_ = *orientation;
-}
-
-void VeltoBannerViewControllerPrivate::_restoreOriginalOrientation() {
-  if (!originalOrientation_ || !Platform::currentOrNull()) return;
-  setOrientation(*originalOrientation_, false);
-  originalOrientation_.reset();
-}
-
-void VeltoBannerViewControllerPrivate::observeValueForKeyPath(const std::string& keyPath, float newValue,
-                                                              const void* context) {
-  if (context != &audioContext_ || keyPath != VeltoUtilities::keypathVolumeObserver) return;
-  audioVolumeChange(newValue, activeWebView());
-}
-
-void VeltoBannerViewControllerPrivate::viewWillAppear(bool) {
-  mraidIsViewable(true, activeWebView(), mraidHandler_);
-}
-void VeltoBannerViewControllerPrivate::viewWillDisappear(bool) {
-  mraidIsViewable(false, activeWebView(), mraidHandler_);
-}
-
-void VeltoBannerViewControllerPrivate::viewWillTransitionToSize(
-    CGSize size, UIViewControllerTransitionCoordinator& coordinator) {
-  UIViewController::viewWillTransitionToSize(size, coordinator);
-  const auto viewAd = viewAd_.lock();
-  const auto vc = vc_.lock();
-  if (mraidHandler_ && webView_ && viewAd && vc)
-    mraidViewWillTransitionWithCoordinator(coordinator, viewAd, vc, webView_, mraidHandler_);
-}
-
-bool VeltoBannerViewControllerPrivate::shouldAutorotate() const {
-  return mraidHandler_ ? mraidHandler_->orientationProperty().allowOrientationChange
-                       : UIViewController::shouldAutorotate();
-}
-
-uint64_t VeltoBannerViewControllerPrivate::supportedInterfaceOrientations() const {
-  return mraidHandler_ ? mraidHandler_->orientationMask : UIInterfaceOrientationMaskAll;
 }
 
 }  // namespace velto

@@ -1,14 +1,11 @@
-// The interstitial's life: load, ready, show, count down, press, close.
+// The interstitial's life: load, ready, show, count down, close.
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
-#include "velto/ads/AdPublisherInfoSDKVelto.h"
-#include "velto/core/VeltoUtilities.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/ui/UIVisualEffectView.h"
-#include "velto/tracking/VeltoTrackerManager.h"
 
 #include <utility>
 
@@ -17,6 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 constexpr double tick = 0.1;  // seconds
+constexpr auto beforeTheCountdown = 100ms;
+// For another network to bring its screen, once it was told that its turn has come.
+constexpr auto adapterPatience = 10s;
 
 }  // namespace
 
@@ -24,32 +24,25 @@ std::shared_ptr<VeltoInterstitialViewControllerPrivate>
 VeltoInterstitialViewControllerPrivate::initWithDelegate(
     const std::shared_ptr<VeltoInterstitialViewControllerDelegate>& delegate) {
   std::shared_ptr<VeltoInterstitialViewControllerPrivate> made(new VeltoInterstitialViewControllerPrivate);
-  auto* self = made.get();
   made->delegate_ = delegate;
   made->_addBlurEffect();
-  made->vc_ = made->getUserViewControllerForDelegate(delegate);
-  made->addTapGestureRecognizerInView([self] { self->_adDidPress(); });
+  made->begin();
   auto& center = Platform::current().notificationCenter();
-  made->adapterReadyObserver_ = center.addObserver(
-      constNotificationAdMobAdapterGADInterstitialReady, [self](const NSNotification& notification) {
-        self->_notificationAdMobAdapterGADInterstitialReady(notification);
-      });
-  made->adapterErrorObserver_ = center.addObserver(
-      constNotificationAdMobAdapterGADInterstitialError,
-      [self](const NSNotification&) { self->_notificationAdMobAdapterGADInterstitialError(); });
-  made->orientationObserver_ = center.addObserver(
-      constNotificationUICurrentOrientation,
-      [self](const NSNotification& notification) { self->_notificationUICurrentOrientation(notification); });
+  made->adapterReadyObserver_ =
+      center.addObserver(constNotificationAdMobAdapterGADInterstitialReady,
+                         [self = made.get()](const NSNotification& notification) {
+                           self->_notificationAdMobAdapterGADInterstitialReady(notification);
+                         });
+  made->adapterErrorObserver_ =
+      center.addObserver(constNotificationAdMobAdapterGADInterstitialError,
+                         [self = made.get()](const NSNotification& notification) {
+                           self->_notificationAdMobAdapterGADInterstitialError(notification);
+                         });
   return made;
 }
 
 VeltoInterstitialViewControllerPrivate::~VeltoInterstitialViewControllerPrivate() {
-  stopAudioVolumeObserverForContext(&audioContext_);
-  adapterReadyObserver_.cancel();
-  adapterErrorObserver_.cancel();
-  orientationObserver_.cancel();
   _invalidateBanner();
-  _restoreOriginalOrientation();
 }
 
 std::shared_ptr<VeltoInterstitialViewControllerPrivate> VeltoInterstitialViewControllerPrivate::self() {
@@ -79,7 +72,7 @@ void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {
 
 void VeltoInterstitialViewControllerPrivate::fetch(const std::optional<VeltoSettings>& settings) {
   fetchBannerDataFor(VeltoAdTypeInterstitial, settings, VeltoBannerSizeInterstitial, delegate(), true);
-  prepareWebContent(webView_);  // while the request is on its way, and up by the time of show
+  preparedPage().prepare(webView());  // while the request is on its way, and up by the time of show
 }
 
 void VeltoInterstitialViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
@@ -89,7 +82,7 @@ void VeltoInterstitialViewControllerPrivate::fetchBannerSuccess(const std::share
 
 void VeltoInterstitialViewControllerPrivate::presentMediationBanner(const std::shared_ptr<VeltoAd>& ad) {
   if (!takesNow(ad)) return;
-  dropPreparedWebContent();
+  preparedPage().drop();
   becomeReady(ad, false);
 }
 
@@ -109,68 +102,54 @@ void VeltoInterstitialViewControllerPrivate::takeWaitingAd() {
 
 void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<VeltoAd>& ad,
                                                          bool withWebView) {
-  _removeAllWebViews();  // of an ad that was ready and never shown
-  mraidHandler_.reset();
-  adapter_.reset();
+  const auto replaced = letGo();  // one that was ready and never shown; its process may be taken over
+  if (replaced) _removeAllWebViews(replaced);
   timerClose_.reset();
   startAudioVolumeObserverForContext(&audioContext_);
   isReady_ = true;
   timerValue_ = ad->timer ? std::optional(static_cast<float>(*ad->timer)) : std::nullopt;
-  if (withWebView) {
-    ad_ = ad;
-    if (ad->sourceType == VeltoAdSourceMRAID) {
-      mraidHandler_ = VeltoMRAIDHandler::handler();
-      ad->mraidHandler = mraidHandler_;
-    }
-    _addBannerInView(true, ad->size);
-  } else {
-    _addBannerInView(false, ad->size);
-    ad_ = ad;
-    adapter_ = ad->adapter;
-    if (auto* core = dynamic_cast<VeltoAdMediationCoreAdapter*>(adapter_.get())) core->setDelegate(self());
-  }
+  shown_ = VeltoShownAd::shownBy(*this, ad);
+  shown_->takeHandler();
+  _addBannerInView(withWebView, ad->size);
+  if (!withWebView) shown_->takeAdapter();
   const auto alive = self();
   notifyDidFinishLoad(delegate());
   if (autoShow_) show();
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBannerInView(bool withWebView, CGSize size) {
-  if (withWebView) {
-    webView_ = addWKWebViewInViewWithNavigationDelegate(self());
-    webViewContraints_ = setupWKWebViewConstraintsFor(webView_, size);
-  }
+  if (withWebView) webViewContraints_ = setupWKWebViewConstraintsFor(shown_->makeWebView(), size);
   _addInterstitialCloseButtonWithTimer(timerValue_);
 }
 
 void VeltoInterstitialViewControllerPrivate::_addInterstitialCloseButtonWithTimer(
     std::optional<double> timer) {
-  removeCloseButton();
-  veltoCloseButton_ = addCloseButtonInView(
+  shown_->setVeltoCloseButton(addCloseButtonInView(
       view(), VeltoCloseButtonUIConfiguration::defaultForInterstitial(),
-      [own = this] { own->_tapCloseButton(); }, timer);
+      [own = this] { own->_tapCloseButton(); }, timer));
 }
 
-void VeltoInterstitialViewControllerPrivate::removeCloseButton() {
-  if (veltoCloseButton_) veltoCloseButton_->removeFromSuperview();
-  veltoCloseButton_.reset();
+// Whatever the page makes of its button, a person must be able to leave: unless another one has come by then,
+// the screen's own comes back.
+void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
+  shown_->after(0ms, [this] {
+    if (!veltoCloseButton()) _addInterstitialCloseButtonWithTimer(timerValue_);
+  });
 }
 
 // --- show
 
 void VeltoInterstitialViewControllerPrivate::show() {
   if (!isReady_ || isOnScreen()) return;
-  if (ad_->sourceType == VeltoAdSourceMediation) {
+  if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
+    shown_->tellShown();
     return _adLoaded();
   }
-  if (!ad_->html) return;
+  if (!ad()->html) return;
   showing_ = true;
-  loadBannerDataIn(webView_, ad_);
-}
-
-void VeltoInterstitialViewControllerPrivate::veltoBannerInjected(WKWebView& injected) {
-  if (&injected == webView_.get()) _adLoaded();
+  shown_->load();
 }
 
 void VeltoInterstitialViewControllerPrivate::_adLoaded() {
@@ -182,7 +161,7 @@ bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
   const auto vc = vc_.lock();
   if (!vc) return false;
   if (!animator_) animator_ = VeltoUIAnimatedTransitioning::animatorForAnimation(animation_);
-  prepareAnimationForAdView(webView_, animation_);
+  prepareAnimationForAdView(webView(), animation_);
   _updateInterfaceOrientation();
   setTransitioningDelegate(std::shared_ptr<UIViewControllerTransitioningDelegate>(self(), this));
   setModalPresentationStyle(UIModalPresentationCustom);
@@ -196,18 +175,35 @@ void VeltoInterstitialViewControllerPrivate::presented() {
   if (!isReady_) return;  // closed before it was there
   if (!view()->isInWindow()) {
     // It stays, and is seen when the window comes back: then it must be possible to close it.
-    if (presentingViewController()) afterATenth([](auto& own) { own._startCounterTimer(); });
+    if (presentingViewController()) startCounterSoon();
     return failed();
   }
   showing_ = false;
-  const auto ad = ad_;
-  if (const auto adapter = adapter_) {
-    if (auto* user = adapter->rootViewControllerUser()) user->setAdRootViewController(self());
-    notifyDidAppear(delegate());
-    return adapter->gadAdLoaded(ad, nullptr);
-  }
+  // Also below another network's screen: whatever that does, a person can leave when the time is over.
+  startCounterSoon();
+  const auto alive = self();
+  const auto shown = ad();
+  if (shown->sourceType == VeltoAdSourceMediation)
+    shown_->after(adapterPatience, [this] { leaveUnlessAdapterPresents(); });
+  const auto adapter = shown_->adapter();
+  if (!adapter) return notifyDidAppear(delegate());
+  if (auto* user = adapter->rootViewControllerUser()) user->setAdRootViewController(self());
+  if (ad() != shown) return;  // which has closed it at once
   notifyDidAppear(delegate());
-  afterATenth([](auto& own) { own._startCounterTimer(); });
+  adapter->gadAdLoaded(shown, nullptr);
+}
+
+void VeltoInterstitialViewControllerPrivate::startCounterSoon() {
+  shown_->after(beforeTheCountdown, [this] { _startCounterTimer(); });
+}
+
+// A network shows its ad on a screen over this one, or in views of this one. One that does neither has
+// nothing to show.
+void VeltoInterstitialViewControllerPrivate::leaveUnlessAdapterPresents() {
+  if (presentedViewController()) return;
+  for (const auto& subview : view()->subviews())
+    if (subview != veltoCloseButton() && !dynamic_cast<UIVisualEffectView*>(subview.get())) return;
+  leave();
 }
 
 void VeltoInterstitialViewControllerPrivate::failed() {
@@ -251,7 +247,7 @@ VeltoInterstitialViewControllerPrivate::animationControllerForDismissedControlle
 
 void VeltoInterstitialViewControllerPrivate::_startCounterTimer() {
   if (!isReady_ || !presentingViewController()) return;  // closed meanwhile
-  commitAnimationForAdView(webView_, animation_);
+  commitAnimationForAdView(webView(), animation_);
   if (!timerValue_ || timerClose_) return;
   timerClose_ = NSTimer::scheduledTimerWithTimeInterval(tick, [weak = std::weak_ptr(self())] {
     if (const auto alive = weak.lock()) alive->_updateCounterTimer();
@@ -262,163 +258,86 @@ void VeltoInterstitialViewControllerPrivate::_updateCounterTimer() {
   if (!timerValue_ || !presentingViewController()) return timerClose_.reset();
   *timerValue_ += -0.1F;
   if (*timerValue_ <= 0) timerClose_.reset();
-  if (veltoCloseButton_) veltoCloseButton_->setTimer(*timerValue_);
+  if (const auto button = veltoCloseButton()) button->setTimer(*timerValue_);
 }
 
 // --- the page
 
-void VeltoInterstitialViewControllerPrivate::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
-  const auto webView = std::static_pointer_cast<WKWebView>(finished.shared_from_this());
-  _setMRAIDAsReady(webView);
-  startOMSDKSessionFor(webView, veltoCloseButton_);
-  AdPublisherInfoSDKVelto::findPublisherInformations(
-      webView, [weak = std::weak_ptr(self())](auto ordId, auto bannerId, auto publisherId) {
-        const auto alive = weak.lock();
-        if (alive && alive->ad_) alive->ad_->setOrdId(ordId, bannerId, publisherId);
-      });
-}
-
-void VeltoInterstitialViewControllerPrivate::_setMRAIDAsReady(const std::shared_ptr<WKWebView>& webView) {
-  if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID || !mraidHandler_) return;
-  activateAudioSession();
-  mraidReady(webView, webView == secondaryMRAIDWebView_, veltoMRAIDGetFullscreenFrame().size, mraidHandler_);
-}
-
-// A page that was taken off lives on for a moment, and has no say any more.
-void VeltoInterstitialViewControllerPrivate::veltoDismissWKWebView(WKWebView& webView) {
-  if (&webView == webView_.get() || &webView == secondaryMRAIDWebView_.get())
-    dismissInterstitialViewController(true);
-}
-
-void VeltoInterstitialViewControllerPrivate::veltoWKWebViewDidFailNavigation(const NSError& error) {
+void VeltoInterstitialViewControllerPrivate::pageFailed(const NSError& error) {
   notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer, error));
 }
 
-// --- the person
-
-void VeltoInterstitialViewControllerPrivate::_adDidPress() {
-  // The delegate may load another ad; what was pressed is the one of before.
-  const auto alive = self();
-  const auto ad = ad_;
-  notifyDidPress(delegate());
-  impressionOMSDK();
-  if (!ad) return;
-  VeltoTrackerManager::trackClickForBannerId(ad->bannerId, ad->publisherId, ad->ordId);
-  ad->resetAdInformations();
+void VeltoInterstitialViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size,
+                                                                        CGPoint) {
+  const auto page = webView();
+  if (!page) return;
+  view()->removeConstraints(webViewContraints_);
+  if (action == Expand)
+    size = {};
+  else if (action == CloseExpand || action == CloseResize)
+    size = ad() ? ad()->size : CGSize{};
+  webViewContraints_ = setupWKWebViewConstraintsFor(page, size);
 }
 
-bool VeltoInterstitialViewControllerPrivate::accessibilityPerformEscape() {
-  const auto button = veltoCloseButton_;
-  if (!button) return false;
-  button->sendTouchUpInside();
-  return true;
+std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMRAIDWebView() {
+  const auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
+  setupWKWebViewConstraintsFor(second, CGSize{});
+  return second;
 }
 
 // --- close
 
+bool VeltoInterstitialViewControllerPrivate::accessibilityPerformEscape() {
+  const auto button = veltoCloseButton();
+  if (button) button->sendTouchUpInside();
+  return button || dismissing_;
+}
+
 void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(bool animated) {
   if (dismissing_) return;
   const auto alive = self();
-  _invalidateBanner();
+  const auto ended = _invalidateBanner();
   showing_ = false;
   if (!presentingViewController()) {
-    _removeAllWebViews();
+    _removeAllWebViews(ended);
     return takeWaitingAd();
   }
   dismissing_ = true;
   notifyDidClose(delegate());
-  dismissViewControllerAnimated(animated, [alive] {
+  dismissViewControllerAnimated(animated, [alive, ended] {
     alive->dismissing_ = false;
-    alive->_removeAllWebViews();
+    alive->_removeAllWebViews(ended);
     alive->notifyDidDisappear(alive->delegate());
     alive->takeWaitingAd();
   });
 }
 
-void VeltoInterstitialViewControllerPrivate::_invalidateBanner() {
+std::shared_ptr<VeltoShownAd> VeltoInterstitialViewControllerPrivate::_invalidateBanner() {
   closeVideo();
   isReady_ = false;
-  ad_.reset();
-  mraidHandler_.reset();
-  adapter_.reset();
   timerClose_.reset();
   finishOMSDKSession();
+  return letGo();
 }
 
-void VeltoInterstitialViewControllerPrivate::_removeAllWebViews() {
+void VeltoInterstitialViewControllerPrivate::_removeAllWebViews(const std::shared_ptr<VeltoShownAd>& ended) {
   view()->removeConstraints(webViewContraints_);
   webViewContraints_.clear();
-  for (auto* webView : {&webView_, &secondaryMRAIDWebView_}) {
-    if (*webView) {
-      (*webView)->removeFromSuperview();
-      (*webView)->setNavigationDelegate({});
-    }
-    webView->reset();
-  }
+  if (ended) ended->removeViews();
 }
 
-// --- observations
+// --- adapters
 
 void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialReady(
     const NSNotification& notification) {
-  const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
-  if (waitingAd_ && waitingAd_->adapter == adapter)
-    return;  // its ad has its turn after the one on the screen
-  if (adapter && adapter->rootViewControllerUser()) adapter_ = adapter;
+  const auto adapter = ownAdapterIn(notification);
+  if (adapter && adapter->rootViewControllerUser() && ad() && ad()->adapter == adapter) shown_->takeAdapter();
 }
 
-void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialError() {
-  if (!adapter_) return;
-  adapter_.reset();
-  _startCounterTimer();  // nothing of the network's comes over this screen, which must be possible to close
-}
-
-void VeltoInterstitialViewControllerPrivate::_notificationUICurrentOrientation(
+// Nothing of the network's comes over this screen, which can be closed as any other.
+void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialError(
     const NSNotification& notification) {
-  if (const auto* orientation = std::get_if<int64_t>(&notification.object))
-    originalOrientation_ = *orientation;
-}
-
-void VeltoInterstitialViewControllerPrivate::_restoreOriginalOrientation() {
-  if (!originalOrientation_ || !Platform::currentOrNull()) return;
-  setOrientation(*originalOrientation_, false);
-  originalOrientation_.reset();
-}
-
-void VeltoInterstitialViewControllerPrivate::observeValueForKeyPath(const std::string& keyPath,
-                                                                    float newValue, const void* context) {
-  if (context != &audioContext_ || keyPath != VeltoUtilities::keypathVolumeObserver) return;
-  audioVolumeChange(newValue, activeWebView());
-}
-
-void VeltoInterstitialViewControllerPrivate::viewWillAppear(bool) {
-  mraidIsViewable(true, activeWebView(), mraidHandler_);
-}
-void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool) {
-  mraidIsViewable(false, activeWebView(), mraidHandler_);
-}
-
-void VeltoInterstitialViewControllerPrivate::viewWillTransitionToSize(
-    CGSize size, UIViewControllerTransitionCoordinator& coordinator) {
-  UIViewController::viewWillTransitionToSize(size, coordinator);
-  if (mraidHandler_ && webView_)
-    mraidViewWillTransitionWithCoordinator(coordinator, view(), self(), webView_, mraidHandler_);
-}
-
-bool VeltoInterstitialViewControllerPrivate::shouldAutorotate() const {
-  return mraidHandler_ ? mraidHandler_->orientationProperty().allowOrientationChange
-                       : UIViewController::shouldAutorotate();
-}
-
-uint64_t VeltoInterstitialViewControllerPrivate::supportedInterfaceOrientations() const {
-  return mraidHandler_ ? mraidHandler_->orientationMask : interfaceOrientationMask_;
-}
-
-void VeltoInterstitialViewControllerPrivate::afterATenth(
-    std::function<void(VeltoInterstitialViewControllerPrivate&)> step) {
-  Platform::current().mainQueue().postAfter(100ms, [weak = std::weak_ptr(self()), step = std::move(step)] {
-    if (const auto alive = weak.lock()) step(*alive);
-  });
+  if (ownAdapterIn(notification) && shown_) shown_->dropAdapter();
 }
 
 }  // namespace velto

@@ -16,8 +16,11 @@ class Cover final : public UIView {
  public:
   explicit Cover(std::weak_ptr<UIViewController> presented)
       : UIView(Platform::current().views().makeView()), presented_(std::move(presented)) {}
+  // What a screen makes nothing of goes to the one below it.
   void peerEscaped() override {
-    if (const auto presented = presented_.lock()) presented->accessibilityPerformEscape();
+    const auto presented = presented_.lock();
+    auto* screen = presented.get();
+    while (screen && !screen->accessibilityPerformEscape()) screen = screen->presentingViewController();
   }
   bool peerKeyPressed(UIKey key) override {
     const auto presented = presented_.lock();

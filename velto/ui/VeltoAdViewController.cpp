@@ -1,0 +1,89 @@
+// The common part of the working controllers.
+#include "velto/ui/VeltoAdViewController.h"
+
+#include "velto/core/VeltoUtilities.h"
+#include "velto/platform/Platform.h"
+#include "velto/tracking/VeltoTrackerManager.h"
+
+#include <utility>
+
+namespace velto {
+
+VeltoAdViewController::~VeltoAdViewController() {
+  stopAudioVolumeObserverForContext(&audioContext_);
+}
+
+void VeltoAdViewController::begin() {
+  vc_ = getUserViewControllerForDelegate(delegate());
+  addTapGestureRecognizerInView([this] { _adDidPress(); });
+  orientationObserver_ = Platform::current().notificationCenter().addObserver(
+      constNotificationUICurrentOrientation, [this](const NSNotification& notification) {
+        const auto* orientation = std::get_if<int64_t>(&notification.object);
+        if (orientation && shown_) shown_->_notificationUICurrentOrientation(*orientation);
+      });
+}
+
+std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo() {
+  auto ended = std::exchange(shown_, nullptr);
+  if (ended) ended->end();
+  return ended;
+}
+
+std::shared_ptr<VeltoAdMediationCoreAdapter> VeltoAdViewController::ownAdapterIn(
+    const NSNotification& notification) const {
+  const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
+  if (!adapter) return nullptr;
+  const bool isShown = ad() && ad()->adapter == adapter;
+  return isShown || (isFetching() && !adapter->hasDelegate()) ? adapter : nullptr;
+}
+
+// --- the person
+
+void VeltoAdViewController::_adDidPress() {
+  // The delegate may load another ad or remove this one; what was pressed is the ad of before.
+  const auto alive = shared_from_this();
+  const auto pressed = ad();
+  notifyDidPress(delegate());
+  impressionOMSDK();
+  if (!pressed) return;
+  VeltoTrackerManager::trackClickForBannerId(pressed->bannerId, pressed->publisherId, pressed->ordId);
+  pressed->resetAdInformations();
+}
+
+// --- what the system tells
+
+void VeltoAdViewController::observeValueForKeyPath(const std::string& keyPath, float newValue,
+                                                   const void* context) {
+  if (context != &audioContext_ || keyPath != VeltoUtilities::keypathVolumeObserver) return;
+  audioVolumeChange(newValue, activeWebView());
+}
+
+void VeltoAdViewController::viewWillAppear(bool) {
+  if (shown_) shown_->mraidIsViewable(true, activeWebView(), veltoGetMRAIDHandler());
+}
+
+void VeltoAdViewController::viewWillDisappear(bool) {
+  if (shown_) shown_->mraidIsViewable(false, activeWebView(), veltoGetMRAIDHandler());
+}
+
+void VeltoAdViewController::viewWillTransitionToSize(CGSize size,
+                                                     UIViewControllerTransitionCoordinator& coordinator) {
+  UIViewController::viewWillTransitionToSize(size, coordinator);
+  const auto [viewAd, vc] = surroundings();
+  const auto handler = veltoGetMRAIDHandler();
+  if (handler && webView() && viewAd && vc)
+    shown_->mraidViewWillTransitionWithCoordinator(coordinator, viewAd, vc, webView(), handler);
+}
+
+bool VeltoAdViewController::shouldAutorotate() const {
+  const auto handler = veltoGetMRAIDHandler();
+  return handler ? handler->orientationProperty().allowOrientationChange
+                 : UIViewController::shouldAutorotate();
+}
+
+uint64_t VeltoAdViewController::supportedInterfaceOrientations() const {
+  const auto handler = veltoGetMRAIDHandler();
+  return handler ? handler->orientationMask : interfaceOrientationMask_;
+}
+
+}  // namespace velto

@@ -1,0 +1,117 @@
+// What the working controllers of banners and interstitials share: they hold the ad that is shown now
+// (VeltoShownAd.h), pass what the system tells on to it, and answer what it asks. A measurement session, the
+// observation of the output volume and a video belong to the controller and outlive a single ad. Main thread.
+#pragma once
+
+#include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
+#include "velto/platform/ui/UIViewController.h"
+#include "velto/ui/PreparedPage.h"
+#include "velto/ui/UIViewControllerCoreSDKVelto.h"
+#include "velto/ui/UIViewControllerUIAnimationSDKVelto.h"
+#include "velto/ui/UIViewControllerUISDKVelto.h"
+#include "velto/ui/VeltoShownAd.h"
+#include "velto/video/AVAudioSDKVelto.h"
+#include "velto/video/AVVideoSDKVelto.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace velto {
+
+class VeltoAdViewController : public UIViewController,
+                              public UIViewControllerCoreSDKVelto,
+                              public UIViewControllerUISDKVelto,
+                              public UIViewControllerUIAnimationSDKVelto,
+                              public UIViewControllerOMSDKSDKVelto,
+                              public AVAudioSDKVelto,
+                              public AVVideoSDKVelto {
+ public:
+  ~VeltoAdViewController() override;
+
+  void setAnimation(int64_t animation) { animation_ = animation; }
+  void _adDidPress();
+
+  // What is shown now, each null or empty without it; for the shown ad, tests and debuggers.
+  const std::shared_ptr<VeltoShownAd>& shownAd() const { return shown_; }
+  std::shared_ptr<VeltoAd> ad() const { return shown_ ? shown_->ad() : nullptr; }
+  std::shared_ptr<WKWebView> webView() const { return shown_ ? shown_->webView() : nullptr; }
+  std::shared_ptr<WKWebView> activeWebView() const { return shown_ ? shown_->activeWebView() : nullptr; }
+  std::shared_ptr<VeltoCloseButton> veltoCloseButton() const {
+    return shown_ ? shown_->veltoCloseButton() : nullptr;
+  }
+  std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() const {
+    return shown_ ? shown_->veltoGetMRAIDHandler() : nullptr;
+  }
+  const NSLayoutConstraints& webViewContraints() const { return webViewContraints_; }
+
+  // --- asked by the shown ad
+
+  // What the full-screen frame is taken from; both may be null.
+  struct Surroundings {
+    std::shared_ptr<UIView> viewAd;
+    std::shared_ptr<UIViewController> vc;
+  };
+  virtual Surroundings surroundings() = 0;
+  PreparedPage& preparedPage() { return preparedPage_; }
+  using AVAudioSDKVelto::activateAudioSession;
+
+  // Moves and sizes the page, and where it has one its place, for a rich-media command.
+  enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
+  virtual void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset) = 0;
+  void _expandActionInMainWebView(int64_t action) { _expandOrResizeMainWebView(action, {}, {}); }
+  void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
+    _expandOrResizeMainWebView(action, size, offset);
+  }
+  // The view of a second part, in its place over all of the first.
+  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;
+
+  // What the ad's events mean for it.
+  virtual void pageInjected() {}
+  virtual void pageLoaded() {}
+  virtual void pageFailed(const NSError& error) = 0;
+  virtual void adapterClosed() = 0;
+  virtual void leave() = 0;                       // the ad is to go from the screen
+  virtual bool endsWithItsExpansion() const = 0;  // to close the expanded page is to leave
+  virtual void closeButtonRemoved() {}            // the page's, or the screen's own at its wish
+
+  // A new value of the output volume, 0 … 1.
+  void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override;
+
+  void viewWillAppear(bool animated) override;
+  void viewWillDisappear(bool animated) override;
+  void viewWillTransitionToSize(CGSize size, UIViewControllerTransitionCoordinator& coordinator) override;
+  bool shouldAutorotate() const override;
+  uint64_t supportedInterfaceOrientations() const override;
+
+ protected:
+  VeltoAdViewController() = default;
+  UIViewController& viewController() override { return *this; }
+  void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
+  std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
+    return shown_->createWKWebViewInstance(std::move(delegate));
+  }
+  virtual VeltoControllerDelegate delegate() const = 0;
+
+  // The host's view controller, taps, and what is observed from the start; called when the object is made.
+  void begin();
+  // The one that is shown ends; it comes back for its views, which stay.
+  std::shared_ptr<VeltoShownAd> letGo();
+  // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is
+  // shown, or an answer is on its way here and nobody has that adapter's ad yet.
+  std::shared_ptr<VeltoAdMediationCoreAdapter> ownAdapterIn(const NSNotification& notification) const;
+
+  bool abandoned_ = false;  // nobody holds the public object any more
+  int64_t animation_ = 0;
+  std::weak_ptr<UIViewController> vc_;  // the host's
+  std::shared_ptr<VeltoShownAd> shown_;
+  NSLayoutConstraints webViewContraints_;  // in the own view
+  uint64_t interfaceOrientationMask_ = UIInterfaceOrientationMaskAll;
+  std::string audioContext_;  // its address marks our observation of the volume
+
+ private:
+  PreparedPage preparedPage_;
+  Handle orientationObserver_;
+};
+
+}  // namespace velto

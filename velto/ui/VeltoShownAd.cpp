@@ -1,0 +1,144 @@
+// A shown ad's life, and what its page or adapter reports.
+#include "velto/ui/VeltoShownAd.h"
+
+#include "velto/ads/AdPublisherInfoSDKVelto.h"
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/ui/VeltoAdViewController.h"
+
+namespace velto {
+
+std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& controller,
+                                                    std::shared_ptr<VeltoAd> ad) {
+  return std::shared_ptr<VeltoShownAd>(new VeltoShownAd(controller, std::move(ad)));
+}
+
+VeltoShownAd::~VeltoShownAd() {
+  end();
+}
+
+void VeltoShownAd::end() {
+  if (!controller_) return;
+  if (forcedOrientation_ != 0) _restoreOriginalOrientation();
+  controller_ = nullptr;
+  for (const auto& page : {webView_, secondaryMRAIDWebView_})
+    if (page) page->setNavigationDelegate({});
+  ad_.reset();
+  adapter_.reset();
+  mraidHandler_.reset();
+}
+
+void VeltoShownAd::removeViews() {
+  if (webView_) webView_->removeFromSuperview();
+  if (secondaryMRAIDWebView_) secondaryMRAIDWebView_->removeFromSuperview();
+  if (veltoCloseButton_) veltoCloseButton_->removeFromSuperview();
+}
+
+const VeltoShownAd::WebView& VeltoShownAd::makeWebView() {
+  webView_ = controller_->addWKWebViewInViewWithNavigationDelegate(weak_from_this());
+  return webView_;
+}
+
+void VeltoShownAd::takeHandler() {
+  if (!ad_ || ad_->sourceType != VeltoAdSourceMRAID) return;
+  mraidHandler_ = VeltoMRAIDHandler::handler();
+  ad_->mraidHandler = mraidHandler_;
+}
+
+void VeltoShownAd::takeAdapter() {
+  adapter_ = ad_->adapter;
+  if (auto* core = dynamic_cast<VeltoAdMediationCoreAdapter*>(adapter_.get()))
+    core->setDelegate(weak_from_this());
+}
+
+void VeltoShownAd::tellShown() const {
+  Platform::current().notificationCenter().postNotification({constNotificationAdShowed, ad_});
+}
+
+void VeltoShownAd::setVeltoCloseButton(std::shared_ptr<VeltoCloseButton> button) {
+  if (veltoCloseButton_) veltoCloseButton_->removeFromSuperview();
+  veltoCloseButton_ = std::move(button);
+}
+
+void VeltoShownAd::after(std::chrono::milliseconds delay, std::function<void()> step) {
+  Platform::current().mainQueue().postAfter(delay, [weak = weak_from_this(), step = std::move(step)] {
+    const auto alive = weak.lock();
+    if (alive && alive->controller_) step();
+  });
+}
+
+// --- for the mixins
+
+UIViewController& VeltoShownAd::viewController() {
+  return *controller_;
+}
+
+PreparedPage& VeltoShownAd::preparedPage() {
+  return controller_->preparedPage();
+}
+
+// --- the page
+
+void VeltoShownAd::veltoBannerInjected(WKWebView& injected) {
+  if (controller_ && &injected == webView_.get()) controller_->pageInjected();
+}
+
+// What the second part says of itself is no news of the ad.
+void VeltoShownAd::veltoAdLoaded(WKWebView& loaded) {
+  if (controller_ && &loaded == webView_.get()) controller_->pageLoaded();
+}
+
+void VeltoShownAd::veltoDismissWKWebView(WKWebView&) {
+  if (controller_) controller_->leave();
+}
+
+void VeltoShownAd::veltoWKWebViewDidFailNavigation(const NSError& error) {
+  if (controller_) controller_->pageFailed(error);
+}
+
+void VeltoShownAd::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
+  if (!controller_) return;
+  const auto page = std::static_pointer_cast<WKWebView>(finished.shared_from_this());
+  _setMRAIDAsReady(page);
+  controller_->startOMSDKSessionFor(page, veltoCloseButton_);
+  // A second part that has no identifiers leaves those of the first.
+  const bool isSecondPart = page == secondaryMRAIDWebView_;
+  AdPublisherInfoSDKVelto::findPublisherInformations(
+      page, [weak = weak_from_this(), isSecondPart](auto ordId, auto bannerId, auto publisherId) {
+        const auto alive = weak.lock();
+        if (alive && alive->ad_ && (ordId || !isSecondPart))
+          alive->ad_->setOrdId(ordId, bannerId, publisherId);
+      });
+}
+
+// --- another network
+
+void VeltoShownAd::mediationBannerDidPress() {
+  if (controller_) controller_->_adDidPress();
+}
+
+void VeltoShownAd::mediationBannerDidClose() {
+  if (controller_) controller_->adapterClosed();
+}
+
+// --- orientation
+
+// What the ad itself has forced is not what was there before it.
+void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
+  if (forcedOrientation_ == 0 || orientation != forcedOrientation_) originalOrientation_ = orientation;
+}
+
+void VeltoShownAd::_restoreOriginalOrientation() {
+  forcedOrientation_ = 0;
+  if (!originalOrientation_ || !Platform::currentOrNull()) return;
+  UIViewControllerUISDKVelto::setOrientation(*originalOrientation_, false);
+  originalOrientation_.reset();
+}
+
+void VeltoShownAd::forceOrientation(int64_t orientation) {
+  UIViewControllerMRAIDSDKVelto::forceOrientation(orientation);
+  if (orientation != 0) forcedOrientation_ = orientation;
+}
+
+}  // namespace velto

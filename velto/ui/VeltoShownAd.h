@@ -1,0 +1,120 @@
+// One ad on the screen: its page or another network's adapter, what the page says and asks for, its close
+// button, and the orientation that it forces. Its life is the life of that one ad: the working controller
+// holds the current one, and when it lets go of it, nothing of the old page, adapter or timers reaches
+// anybody any more. Main thread.
+//
+// What an ad does is the same for banners and interstitials and stands here; what differs (where it stands,
+// when it shows, what ends it) is asked of the controller (VeltoAdViewController.h). Rich media is in
+// VeltoShownAdMRAID.cpp.
+#pragma once
+
+#include "velto/ads/VeltoAd.h"
+#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
+#include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+class VeltoAdViewController;
+
+class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
+                           public UIViewControllerWKWebViewSDKVelto,
+                           public UIViewControllerMRAIDSDKVelto,
+                           public VeltoAdMediationAdapterDelegate {
+ public:
+  using WebView = std::shared_ptr<WKWebView>;
+
+  // The ad may be null: a place that stays empty.
+  static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& controller,
+                                               std::shared_ptr<VeltoAd> ad);
+  ~VeltoShownAd() override;
+
+  // From here on it is silent. Its views stay where they are until they are removed. Once is enough; an
+  // orientation that it forced ends with it.
+  void end();
+  void removeViews();
+
+  // The page's view, made but not yet placed; the rich media of an ad that has any; the adapter of one that
+  // another network shows.
+  const WebView& makeWebView();
+  void takeHandler();
+  void takeAdapter();
+  void load() { loadBannerDataIn(webView_, ad_); }
+  // An ad that its adapter shows is shown for good: it is not offered again.
+  void tellShown() const;
+
+  const std::shared_ptr<VeltoAd>& ad() const { return ad_; }
+  const WebView& webView() const { return webView_; }
+  const WebView& secondaryMRAIDWebView() const { return secondaryMRAIDWebView_; }
+  // The second part of an expanded page while there is one, else the main page.
+  WebView activeWebView() const { return getActiveWebView(webView_, secondaryMRAIDWebView_); }
+  const std::shared_ptr<VeltoAdMediationCoreAdapterProtocol>& adapter() const { return adapter_; }
+  void dropAdapter() { adapter_.reset(); }
+  const std::shared_ptr<VeltoCloseButton>& veltoCloseButton() const { return veltoCloseButton_; }
+  void setVeltoCloseButton(std::shared_ptr<VeltoCloseButton> button);
+
+  // Unless it has ended by then.
+  void after(std::chrono::milliseconds delay, std::function<void()> step);
+
+  // What its views report.
+  void veltoBannerInjected(WKWebView& webView) override;
+  void veltoAdLoaded(WKWebView& webView) override;
+  void veltoDismissWKWebView(WKWebView& webView) override;
+  void veltoWKWebViewDidFinishNavigation(WKWebView& webView) override;
+  void veltoWKWebViewDidFailNavigation(const NSError& error) override;
+  void mediationBannerDidPress() override;
+  void mediationBannerDidClose() override;
+
+  // What the page commands.
+  std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() override { return mraidHandler_; }
+  CGRect veltoMRAIDGetFullscreenFrame() override;
+  void veltoMRAIDRemoveCloseCustomButton() override;
+  void veltoMRAIDUnload() override;
+  void veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
+                        const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) override;
+  void veltoMRAIDCloseResize() override;
+  void veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
+                        const CloseButton& btnCloseConfiguration) override;
+  void veltoMRAIDCloseExpand() override;
+  void veltoMRAIDCloseInterstitial() override;
+  void playVideoAt(const NSURL& url) override;
+  void _tapCloseButtonExpand();
+  void _tapCloseButtonResize();
+
+  // The orientation of before, to go back to.
+  void _notificationUICurrentOrientation(int64_t orientation);
+  void _restoreOriginalOrientation();
+
+ private:
+  VeltoShownAd(VeltoAdViewController& controller, std::shared_ptr<VeltoAd> ad)
+      : controller_(&controller), ad_(std::move(ad)) {}
+  UIViewController& viewController() override;
+  PreparedPage& preparedPage() override;
+  std::weak_ptr<void> lifetime() override { return weak_from_this(); }
+  void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
+  void forceOrientation(int64_t orientation) override;
+  void _setMRAIDAsReady(const WebView& webView);
+  void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
+  void removeSecondMRAIDWebView();
+  // What a button of this ad does: nothing once the ad has ended.
+  std::function<void()> action(void (VeltoShownAd::*tapped)());
+
+  VeltoAdViewController* controller_;  // null once it has ended
+  std::shared_ptr<VeltoAd> ad_;
+  WebView webView_;
+  WebView secondaryMRAIDWebView_;  // of a two-part expand
+  std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter_;
+  std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
+  std::shared_ptr<VeltoCloseButton> veltoCloseButton_;
+  std::optional<int64_t> originalOrientation_;
+  int64_t forcedOrientation_ = 0;
+};
+
+}  // namespace velto

@@ -1,0 +1,157 @@
+// What a rich-media page makes of its ad: expand, resize, close. The page is told a moment later, when the
+// views have their new frames.
+#include "velto/ui/VeltoAdViewController.h"
+#include "velto/ui/VeltoShownAd.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+constexpr auto aTenth = 100ms;
+
+}  // namespace
+
+void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
+  if (controller_) mraidHandleAction(url, webView);
+}
+
+void VeltoShownAd::_setMRAIDAsReady(const WebView& webView) {
+  if (!mraidHandler_) return;
+  VeltoAdViewController::activateAudioSession();
+  mraidReady(webView, webView == secondaryMRAIDWebView_, veltoMRAIDGetFullscreenFrame().size, mraidHandler_);
+}
+
+CGRect VeltoShownAd::veltoMRAIDGetFullscreenFrame() {
+  if (!controller_) return {};
+  const auto [viewAd, vc] = controller_->surroundings();
+  return UIViewControllerUISDKVelto::getFullScreenFrameFor(viewAd, vc);
+}
+
+std::function<void()> VeltoShownAd::action(void (VeltoShownAd::*tapped)()) {
+  return [weak = weak_from_this(), tapped] {
+    if (const auto alive = weak.lock()) (alive.get()->*tapped)();
+  };
+}
+
+// --- expand
+
+void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
+                                    const CloseButton& btnCloseConfiguration) {
+  if (!controller_ || !webView_) return;
+  if (secondPartURL) {
+    preparedPage().prepare(webView_);  // the second view may live beside the first
+    return controller_->fetchSecondaryMRAIDContentFor(
+        *secondPartURL, [weak = weak_from_this(), btnCloseConfiguration](const std::shared_ptr<VeltoAd>& part,
+                                                                         const std::optional<VeltoErrorAd>&) {
+          if (const auto alive = weak.lock()) alive->expandIntoSecondPart(part, btnCloseConfiguration);
+        });
+  }
+  controller_->_expandActionInMainWebView(VeltoAdViewController::Expand);
+  const auto [viewAd, vc] = controller_->surroundings();
+  const auto button = mraidExpandFor(webView_, viewAd, vc, btnCloseConfiguration,
+                                     action(&VeltoShownAd::_tapCloseButtonExpand), mraidHandler_);
+  if (!button) return;  // the page has a close button of its own
+  veltoCloseButton_ = button;
+  controller_->addFriendlyObstructionOMSDKFor(button);
+}
+
+void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
+                                        const CloseButton& btnCloseConfiguration) {
+  if (!controller_ || secondaryMRAIDWebView_) return;  // an earlier command has brought one
+  if (!part) return preparedPage().drop();
+  secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
+  loadBannerDataIn(secondaryMRAIDWebView_, part);
+  const auto [viewAd, vc] = controller_->surroundings();
+  const auto button = mraidExpandFor(secondaryMRAIDWebView_, viewAd, vc, btnCloseConfiguration,
+                                     action(&VeltoShownAd::_tapCloseButtonExpand), mraidHandler_);
+  if (button)
+    veltoCloseButton_ = button;
+  else if (veltoCloseButton_)
+    controller_->view()->addSubview(veltoCloseButton_);  // to the front: a person must be able to leave
+}
+
+void VeltoShownAd::veltoMRAIDCloseExpand() {
+  if (!controller_ || !webView_) return;
+  if (controller_->endsWithItsExpansion()) return _tapCloseButtonExpand();
+  removeSecondMRAIDWebView();
+  controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
+  controller_->view()->layoutIfNeeded();  // the page is told of the frame that it goes back to
+  mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
+  _restoreOriginalOrientation();
+}
+
+void VeltoShownAd::_tapCloseButtonExpand() {
+  if (!controller_) return;
+  if (controller_->endsWithItsExpansion()) {
+    mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
+    _restoreOriginalOrientation();
+    return controller_->leave();
+  }
+  controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
+  after(aTenth, [this] {
+    removeSecondMRAIDWebView();  // or it would lie over the ad for ever
+    mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
+    _restoreOriginalOrientation();
+  });
+}
+
+void VeltoShownAd::removeSecondMRAIDWebView() {
+  if (!secondaryMRAIDWebView_) return;
+  secondaryMRAIDWebView_->setNavigationDelegate({});
+  secondaryMRAIDWebView_->removeFromSuperview();
+  secondaryMRAIDWebView_.reset();
+}
+
+// --- resize
+
+void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
+                                    const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) {
+  if (!controller_ || !webView_) return;
+  const CGRect frame = property ? property->frame : CGRect{};
+  const bool offsetCounts = property && property->allowOffscreen.value_or(0) != 0;
+  controller_->_resizeActionInMainWebView(VeltoAdViewController::Resize, frame.size,
+                                          offsetCounts ? frame.origin : CGPoint{});
+  after(aTenth, [this, btnCloseConfiguration] {
+    veltoMRAIDRemoveCloseCustomButton();  // of a resize just before
+    veltoCloseButton_ = controller_->addCloseButtonInView(
+        webView_, btnCloseConfiguration, action(&VeltoShownAd::_tapCloseButtonResize), std::nullopt);
+    controller_->addFriendlyObstructionOMSDKFor(veltoCloseButton_);
+    mraidResizeFor(webView_, controller_->view()->frame(), mraidHandler_);
+  });
+}
+
+void VeltoShownAd::veltoMRAIDCloseResize() {
+  if (!controller_ || !webView_) return;
+  removeSecondMRAIDWebView();  // the first page may have asked for a resize meanwhile
+  controller_->_resizeActionInMainWebView(VeltoAdViewController::CloseResize, {}, {});
+  after(aTenth, [this] { mraidCloseResizeFor(webView_, controller_->view()->frame(), mraidHandler_); });
+}
+
+void VeltoShownAd::_tapCloseButtonResize() {
+  veltoMRAIDRemoveCloseCustomButton();
+  veltoMRAIDCloseResize();
+}
+
+void VeltoShownAd::veltoMRAIDRemoveCloseCustomButton() {
+  if (!controller_ || !veltoCloseButton_) return;
+  veltoCloseButton_->removeFromSuperview();
+  controller_->removeFriendlyObstructionOMSDKFor(veltoCloseButton_);
+  veltoCloseButton_.reset();
+  controller_->closeButtonRemoved();
+}
+
+// --- leaving
+
+void VeltoShownAd::veltoMRAIDUnload() {
+  if (controller_) controller_->leave();
+}
+
+void VeltoShownAd::veltoMRAIDCloseInterstitial() {
+  if (controller_ && controller_->endsWithItsExpansion()) controller_->leave();
+}
+
+void VeltoShownAd::playVideoAt(const NSURL& url) {
+  if (controller_) controller_->playVideoAt(url);
+}
+
+}  // namespace velto
