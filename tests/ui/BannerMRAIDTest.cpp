@@ -84,15 +84,6 @@ TEST_F(BannerMRAIDTest, OrientationIsForcedAndRestored) {
   host.setOrientation(4, false);
   host.shownAd()->veltoMRAIDCloseExpand();
   EXPECT_EQ(device.orientation, 4) << "nothing was remembered";
-
-  EXPECT_TRUE(host.shouldAutorotate());
-  host.veltoGetMRAIDHandler()->setOrientationProperty(VeltoMRAIDPropertyOrientation::decode("{}"));
-  host.veltoGetMRAIDHandler()->orientationMask = 2;
-  EXPECT_FALSE(host.shouldAutorotate());
-  EXPECT_EQ(host.supportedInterfaceOrientations(), 2U);
-  loadAd(*owner);
-  EXPECT_TRUE(host.shouldAutorotate());
-  EXPECT_EQ(host.supportedInterfaceOrientations(), 30U);
 }
 
 }  // namespace

@@ -179,9 +179,19 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   platform->advance(1s);
   EXPECT_EQ(requests(), 6U);
 
+  platform->urlSession().respond("", markup());
+  delegate->heard.clear();
+  window.reset();  // the host's view goes
+  platform->advance(20s);
+  EXPECT_EQ(requests(), 7U);
+  EXPECT_TRUE(delegate->heard.empty()) << "that is no news to a refresh either";
+  b->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(delegate->heard, Heard{"fail 2"});
+
   b->removeBanner();
   platform->advance(60s);
-  EXPECT_EQ(requests(), 6U);
+  EXPECT_EQ(requests(), 8U);
 }
 
 TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
@@ -246,21 +256,35 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   auto headers = std::make_shared<VeltoTaskResponseHeaders>();
   headers->headers.set("x-width", "320");
   headers->headers.set("x-height", "50");
-  b->vc()->presentMediationBannerView(adapter->view, VeltoAd::adWithMediation(adapter, 1, headers));
+  b->vc()->presentMediationBannerView(adapter->getBannerView(),
+                                      VeltoAd::adWithMediation(adapter, 1, headers));
   platform->advance(2s);
   EXPECT_EQ(delegate->heard, Heard{"finish"});
-  EXPECT_EQ(adapter->loadedView, adapter->view);
+  EXPECT_EQ(adapter->loadedView, adapter->getBannerView());
   EXPECT_EQ(adapter->told(), b->vc()->shownAd());
-  EXPECT_EQ(frameInWindow(*adapter->view, window->view()), (CGRect{{35, 760}, {320, 50}}));
+  EXPECT_EQ(frameInWindow(*adapter->getBannerView(), window->view()), (CGRect{{35, 760}, {320, 50}}));
   adapter->told()->mediationBannerDidPress();
   adapter->told()->mediationBannerDidClose();
   EXPECT_EQ(delegate->heard, (Heard{"finish", "press", "close"}));
 
-  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, adapter});
+  // Of two that wait for an answer nobody knows yet whose ad it will be; once that is known, its own.
+  auto& center = platform->notificationCenter();
+  const auto early = std::make_shared<test::FakeAdapter>(1);
+  const auto waiting = banner();
+  const auto other = banner();
+  waiting->load();
+  other->load();
+  center.postNotification({constNotificationAdMobAdapterGADBannerReady, early});
+  EXPECT_FALSE(early->root.expired());
+  waiting->vc()->presentMediationBannerView(early->getBannerView(),
+                                            VeltoAd::adWithMediation(early, 1, headers));
+  EXPECT_EQ(early->root.lock(), waiting->vc());
+  center.postNotification({constNotificationAdMobAdapterGADBannerReady, early});
+  center.postNotification({constNotificationAdMobAdapterGADBannerReady, adapter});
+  EXPECT_EQ(early->root.lock(), waiting->vc());
   EXPECT_EQ(adapter->root.lock(), b->vc());
   const auto rootless = std::make_shared<test::FakeAdapter>(1, false);
-  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, rootless});
-  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, int64_t{1}});
+  center.postNotification({constNotificationAdMobAdapterGADBannerReady, rootless});
   EXPECT_TRUE(rootless->root.expired());
 }
 

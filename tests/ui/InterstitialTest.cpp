@@ -130,10 +130,11 @@ TEST_F(InterstitialTest, TheCountdownHoldsTheCloseButtonBack) {
 
 TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
   const auto i = VeltoInterstitialViewController::initWithDelegate(full);
-  const std::vector<std::function<void()>> ways{
-      [&] { i->vc()->veltoCloseButton()->sendTouchUpInside(); }, [&] { page().navigate("velto://failLoad"); },
-      [&] { i->vc()->shownAd()->veltoMRAIDCloseInterstitial(); }, [&] { i->vc()->shownAd()->mediationBannerDidClose(); },
-      [&] { i->vc()->shownAd()->veltoMRAIDCloseExpand(); }};
+  const std::vector<std::function<void()>> ways{[&] { i->vc()->veltoCloseButton()->sendTouchUpInside(); },
+                                                [&] { page().navigate("velto://failLoad"); },
+                                                [&] { i->vc()->shownAd()->veltoMRAIDCloseInterstitial(); },
+                                                [&] { i->vc()->shownAd()->mediationBannerDidClose(); },
+                                                [&] { i->vc()->shownAd()->veltoMRAIDCloseExpand(); }};
   for (const auto& way : ways) {
     full->heard.clear();
     load(*i, fullScreen());
@@ -252,38 +253,49 @@ TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
 TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   const auto i = VeltoInterstitialViewController::initWithDelegate(full);
   const auto adapter = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
-  i->vc()->presentMediationBanner(mediated(adapter));
+  auto ad = mediated(adapter);
+  ad->timer = 2;
+  i->vc()->presentMediationBanner(ad);
   EXPECT_EQ(full->heard, Heard{"finish"});
   EXPECT_TRUE(platform->webViews().empty());
   EXPECT_EQ(adapter->told(), i->vc()->shownAd());
+  const auto screen = std::make_shared<UIViewController>();
+  adapter->onRoot = [&](UIViewController& root) { root.presentViewController(screen, false, nullptr); };
   i->show();
   platform->advance(1s);
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
   EXPECT_EQ(adapter->root.lock(), i->vc());
   EXPECT_EQ(adapter->loaded, 1);
-  adapter->told()->mediationBannerDidPress();
-  adapter->told()->mediationBannerDidClose();
+  EXPECT_EQ(screen->presentingViewController(), i->vc().get());
+  window->pressEscape();
+  EXPECT_EQ(full->heard.back(), "appear") << "not before its time";
+  platform->advance(20s);
+  EXPECT_EQ(full->heard.back(), "appear") << "a network that shows its ad may take its time";
+  window->pressEscape();
   platform->advance(1s);
-  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "press", "close", "dismissed"}));
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"}))
+      << "Escape goes to the screen below one that makes nothing of it";
 
-  // The network says that its ad is ready, or broken.
-  auto& center = platform->notificationCenter();
-  i->vc()->presentMediationBanner(mediated(adapter));
-  const auto better = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
-  center.postNotification({constNotificationAdMobAdapterGADInterstitialReady,
-                           std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial, false)});
-  center.postNotification({constNotificationAdMobAdapterGADInterstitialReady, better});
-  i->show();
-  platform->advance(1s);
-  EXPECT_EQ(better->root.lock(), i->vc()) << "one that takes no root controller is not taken";
-  i->vc()->_tapCloseButton();
-  platform->advance(1s);
-  i->vc()->presentMediationBanner(mediated(adapter));
-  adapter->root.reset();
-  center.postNotification({constNotificationAdMobAdapterGADInterstitialError, adapter});
-  i->show();
-  platform->advance(1s);
-  EXPECT_EQ(adapter->root.lock(), nullptr);
+  // A network that says that its ad is broken, or says nothing and presents nothing: nobody is caught.
+  for (const bool broken : {true, false}) {
+    full->heard.clear();
+    adapter->onRoot = nullptr;
+    adapter->root.reset();
+    i->vc()->presentMediationBanner(ad);
+    if (broken)
+      for (const auto& from : {std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial), adapter})
+        platform->notificationCenter().postNotification(
+            {constNotificationAdMobAdapterGADInterstitialError, from});
+    i->show();
+    platform->advance(1900ms);
+    EXPECT_EQ(adapter->root.expired(), broken);
+    EXPECT_FALSE(i->vc()->veltoCloseButton()->isEnabled());
+    platform->advance(1s);
+    EXPECT_TRUE(i->vc()->veltoCloseButton()->isEnabled());
+    EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
+    platform->advance(10s);
+    EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"})) << broken;
+  }
 
   const auto bannerOnly = std::make_shared<test::FakeAdapter>(VeltoAdTypeBanner);
   full->heard.clear();

@@ -1,6 +1,9 @@
 // Random walks: host calls, server answers, page signals, touches and time in any order, also from inside
 // callbacks. What must hold whatever happens is checked after every step; every walk ends by letting go of
 // everything.
+#include "velto/ads/VeltoAdMediationAdapter.h"
+#include "velto/ads/VeltoAdMediationAdapterRegistry.h"
+
 #include <algorithm>
 #include <random>
 
@@ -71,6 +74,18 @@ struct StrictBannerDelegate : VeltoBannerViewControllerDelegate {
   bool alive = true;
 };
 
+// Adapters of a network that answers with ads of its own, whatever becomes of them.
+struct WalkNetwork : VeltoAdMediationAdapterProtocol {
+  void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t> bannerSize,
+             const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t adType,
+             VeltoAdCompletion completion) override {
+    const auto adapter = std::make_shared<test::FakeAdapter>(adType);
+    adapters.push_back(adapter);
+    completion(VeltoAd::adWithMediation(adapter, bannerSize, headers), std::nullopt);
+  }
+  std::vector<std::weak_ptr<test::FakeAdapter>> adapters;
+};
+
 class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsigned> {
  protected:
   template <class Ad, class Delegate>
@@ -81,7 +96,9 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
   using Interstitial = Slot<VeltoInterstitialViewController, StrictInterstitialDelegate>;
   using Banner = Slot<VeltoBannerViewController, StrictBannerDelegate>;
 
-  StateWalk() : random(GetParam()) {}
+  static constexpr char adapterName[] = "VeltoAdMediationAdapterAdMob";
+  StateWalk() : random(GetParam()) { VeltoAdMediationAdapterRegistry::registerAdapter(adapterName, network); }
+  ~StateWalk() override { VeltoAdMediationAdapterRegistry::registerAdapter(adapterName, nullptr); }
 
   size_t below(size_t limit) { return random() % limit; }
 
@@ -140,6 +157,10 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     if (choice < 3) answer.body = richMarkup;
     if (choice == 0) answer = with(answer, {{"x-fst", std::to_string(below(3000))}});
     if (choice == 6) answer = Answer::offline();
+    if (choice == 7)
+      answer = {.headers = {{"x-content", "mediation"}, {"x-fst", std::to_string(below(3000))}},
+                .body = below(2) == 0 ? R"({"mediation":[{"cn":"VeltoAdmobBannerAdapter"}]})"
+                                      : R"({"mediation":[{"cn":"VeltoAdmobInterstitialAdapter"}]})"};
     answer.delay = std::chrono::milliseconds(below(2) * below(4000));
     return answer;
   }
@@ -158,6 +179,33 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
         page.navigate(commands[below(commands.size())]);
     }
   }
+  // A network announces, fails, presents its screen or takes it away, reports what people did: at any time.
+  void adapterStep() {
+    std::erase_if(network->adapters, [](const auto& adapter) { return adapter.expired(); });
+    if (network->adapters.empty()) return;
+    const auto adapter = network->adapters[below(network->adapters.size())].lock();
+    const auto told = adapter->told();
+    const auto root = adapter->root.lock();
+    const bool full = adapter->adType() == VeltoAdTypeInterstitial;
+    auto& center = platform->notificationCenter();
+    switch (below(6)) {
+      case 0:
+        return center.postNotification({full ? constNotificationAdMobAdapterGADInterstitialReady
+                                             : constNotificationAdMobAdapterGADBannerReady,
+                                        adapter});
+      case 1:
+        return center.postNotification({constNotificationAdMobAdapterGADInterstitialError, adapter});
+      case 2:
+        if (full && root) root->presentViewController(std::make_shared<UIViewController>(), false, nullptr);
+        return;
+      case 3:
+        if (root && root->presentedViewController())
+          root->presentedViewController()->dismissViewControllerAnimated(false, nullptr);
+        return;
+      default:
+        if (told) below(2) == 0 ? told->mediationBannerDidPress() : told->mediationBannerDidClose();
+    }
+  }
   void personStep() {
     switch (below(5)) {
       case 0:
@@ -173,7 +221,9 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
   }
   void step() {
     platform->urlSession().enqueue("/sdk/", randomAnswer());
-    switch (below(8)) {
+    switch (below(9)) {
+      case 8:
+        return adapterStep();
       case 0:
       case 1:
         return hostStep(interstitials[below(interstitials.size())]);
@@ -215,7 +265,7 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     size_t covers = 0;
     for (const auto& subview : window->view().subviews())
       covers += headless::RecordingViewPeer::of(*subview).isModal() ? 1 : 0;
-    EXPECT_LE(covers, 1U);
+    EXPECT_LE(covers, 2U) << "a screen, and another network's over it";
     EXPECT_LE(platform->webViews().size(), 2 * (interstitials.size() + banners.size()) + 1);
   }
 
@@ -224,6 +274,7 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
       VeltoNotificationUIInterfaceOrientationMaskLock, [this](const NSNotification& notification) {
         if (const auto* mask = std::get_if<int64_t>(&notification.object)) lastLock = *mask;
       });
+  const std::shared_ptr<WalkNetwork> network = std::make_shared<WalkNetwork>();
   std::mt19937 random;
   std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
   std::vector<Banner> banners = std::vector<Banner>(2);
@@ -258,6 +309,8 @@ TEST_P(StateWalk, KeepsItsPromises) {
   EXPECT_TRUE(window->controller()->childViewControllers().empty());
   EXPECT_EQ(platform->views().contentHeld(), 0);
   EXPECT_EQ(lastLock, 30) << "no orientation stays locked";
+  EXPECT_EQ(platform->device().facts.orientation, 1) << "nor forced";
+  for (const auto& adapter : network->adapters) EXPECT_TRUE(adapter.expired());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, StateWalk, ::testing::Range(1U, 17U));

@@ -66,32 +66,37 @@ struct RecordingInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
 
 class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
  public:
-  explicit FakeAdapter(uint64_t type, bool takesRoot = true)
-      : type_(type), takesRoot_(takesRoot), view(UIView::make()) {}
+  explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot) {}
   uint64_t adType() const override { return type_; }
   std::string description() const override { return "<FakeAdapter>"; }
   VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override {
     return takesRoot_ ? this : nullptr;
   }
-  std::shared_ptr<UIView> getBannerView() override { return view; }
+  std::shared_ptr<UIView> getBannerView() override {
+    if (!view_ && hasView) view_ = UIView::make();
+    return view_;
+  }
   void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override {
     loadedView = shown;
     ++loaded;
   }
   void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) override {
     root = controller;
+    if (onRoot) onRoot(*controller);
   }
   std::shared_ptr<VeltoAdMediationAdapterDelegate> told() const { return delegate(); }
 
  private:
   uint64_t type_;
   bool takesRoot_;
+  std::shared_ptr<UIView> view_;
 
  public:
-  std::shared_ptr<UIView> view;
+  bool hasView = true;
   std::shared_ptr<UIView> loadedView;
   int loaded = 0;
   std::weak_ptr<UIViewController> root;
+  std::function<void(UIViewController&)> onRoot;
 };
 
 class UITest : public HeadlessTest {

@@ -1,0 +1,272 @@
+// What a shown ad does, of a banner and of an interstitial alike: presses, identifiers, measurement, volume,
+// visibility, orientation, rich media; and that an ad that was let go of says nothing any more.
+#include "velto/measurement/OMIDVeltoAdSession.h"
+
+#include "../tracking/TrackTest.h"
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using Heard = std::vector<std::string>;
+
+enum class Kind { Banner, Interstitial };
+
+class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Kind> {
+ protected:
+  ShownAdTest() {
+    full->host = window->controller();
+    platform->veltoBundle().files["omsdk-v1.js"] = "service()";
+    platform->urlSession().pending().at(0)->answer({.body = "1"});  // the install of the registration
+    platform->urlSession().respond("trk_", headless::Answer{.body = "1"});
+    platform->runUntilIdle();
+  }
+  bool isBanner() const { return GetParam() == Kind::Banner; }
+  VeltoAdViewController& host() {
+    return isBanner() ? static_cast<VeltoAdViewController&>(*bannerAd->vc()) : *fullAd->vc();
+  }
+  Heard& heard() { return isBanner() ? delegate->heard : full->heard; }
+  // Loads an ad, shows it, and plays its page, whose body reads as given, to the end.
+  void show(const std::string& markupText, const std::string& body = "") {
+    platform->urlSession().enqueue("/sdk/", isBanner() ? markup(markupText) : markup(markupText, 0, 0));
+    isBanner() ? bannerAd->load() : fullAd->load();
+    platform->runUntilIdle();
+    fullAd->show();
+    platform->advance(1100ms);
+    play(page(), body);
+  }
+  void play(headless::RecordingWebView& page, const std::string& body) {
+    page.answerScripts([body](const std::string& script) {
+      return script == "document.body.innerHTML" ? JSON(body) : JSON();
+    });
+    page.finish();
+    platform->runUntilIdle();
+    page.navigate("velto://loadFinished");
+    platform->runUntilIdle();
+  }
+  // Another ad in its place: at once in a banner, once the screen has closed for an interstitial.
+  void replace(const std::string& markupText, const std::string& body = "") {
+    if (!isBanner()) fullAd->vc()->_tapCloseButton();
+    if (!isBanner()) platform->advance(1s);
+    show(markupText, body);
+  }
+  void presentByAdapter(const std::shared_ptr<test::FakeAdapter>& adapter) {
+    const auto ad = VeltoAd::adWithMediation(adapter, std::nullopt, nullptr);
+    if (isBanner()) return bannerAd->vc()->presentMediationBannerView(adapter->getBannerView(), ad);
+    fullAd->vc()->presentMediationBanner(ad);
+    fullAd->show();
+    platform->advance(1100ms);
+  }
+  std::vector<NSURLRequest> clicks() { return platform->urlSession().requests("trk_click"); }
+  static std::string link(const std::string& order) {
+    return "<a href=\"https://t.example/?r=ord%3D" + order + "%26veltos%3DB%26veltop%3DP&amp;x=1\">ad</a>";
+  }
+  bool measured(const headless::RecordingWebView& page, const std::string& operation) {
+    return page.hasRun("__veltoOMID." + operation + "(");
+  }
+
+  std::shared_ptr<test::RecordingInterstitialDelegate> full =
+      std::make_shared<test::RecordingInterstitialDelegate>();
+  std::shared_ptr<VeltoBannerViewController> bannerAd = banner(VeltoBannerPositionTop);
+  std::shared_ptr<VeltoInterstitialViewController> fullAd =
+      VeltoInterstitialViewController::initWithDelegate(full);
+  const std::string rich = "<script src='mraid.js'></script>rich";
+};
+
+TEST_P(ShownAdTest, APressIsToldAndTrackedOnceWithTheAdsIdentifiers) {
+  show("ad", link("O1"));
+  window->tapLink(page(), "https://t.example/");
+  EXPECT_EQ(heard().back(), "press");
+  ASSERT_EQ(clicks().size(), 1U);
+  const auto stored =
+      std::get<DefaultsDictionary>(*platform->defaults()->objectForKey("kVeltoTrackIdentifierKey"));
+  ASSERT_EQ(stored.size(), 1U);
+  EXPECT_TRUE(test::decoded(stored.begin()->first).ends_with(":B:P:O1"));
+  platform->runUntilIdle();
+  window->tapLink(page(), "https://t.example/");
+  EXPECT_EQ(clicks().size(), 1U) << "a second press of the same ad is none";
+  replace("ad", "<a href=\"https://t.example/\">no identifiers</a>");
+  window->tapLink(page(), "https://t.example/");
+  EXPECT_EQ(heard().back(), "press");
+  EXPECT_EQ(clicks().size(), 1U);
+}
+
+TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
+  show(rich);
+  EXPECT_TRUE(measured(page(), "start"));
+  EXPECT_EQ(host().omidSession()->mainAdView(), host().webView());
+  EXPECT_EQ(host().veltoGetMRAIDHandler()->placementType, MRAIDPlacementType[isBanner() ? 1 : 2]);
+  platform->audioSession().setOutputVolume(0.25F);
+  EXPECT_TRUE(page().hasRun("audioVolumeChange"));
+  EXPECT_TRUE(host().veltoGetMRAIDHandler()->isViewable);
+  window->hide();
+  EXPECT_FALSE(host().veltoGetMRAIDHandler()->isViewable);
+  EXPECT_TRUE(page().hasRun("setIsViewable(false)"));
+  window->show();
+  EXPECT_TRUE(host().veltoGetMRAIDHandler()->isViewable);
+  const auto session = host().omidSession();
+  isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+  platform->runUntilIdle();
+  EXPECT_TRUE(session->isFinished());
+  EXPECT_EQ(host().omidSession(), nullptr);
+}
+
+TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
+  auto& orientation = platform->device().facts.orientation;
+  orientation = 3;
+  for (const std::string end : {"close", "another ad", "removal"}) {
+    show(rich);
+    page().navigate("mraid://expand");
+    page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+    EXPECT_EQ(orientation, 4) << end;
+    EXPECT_EQ(host().supportedInterfaceOrientations(), 16U);
+    page().navigate(
+        "mraid://"
+        "setOrientationProperties?p=%7B%22forceOrientation%22%3A%22portrait%22,%22allowOrientationChange%22%"
+        "3Afalse%7D");
+    EXPECT_EQ(orientation, 1);
+    EXPECT_FALSE(host().shouldAutorotate());
+    if (end == "close") page().navigate("mraid://close");
+    if (end == "another ad") replace("ad");
+    if (end == "removal") isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+    EXPECT_EQ(orientation, 3) << end;
+    EXPECT_EQ(host().shouldAutorotate(), end != "close" || !isBanner()) << "the page that stays has its say";
+    if (!isBanner()) fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+  }
+  platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{4}});
+  show("ad");
+  replace("ad");
+  EXPECT_EQ(orientation, 3) << "what another ad has forced is not this one's to undo";
+}
+
+TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
+  show(rich);
+  const CGRect before = frameInWindow(*host().webView(), window->view());
+  const auto button = [this] { return host().veltoCloseButton(); };
+  const auto screensOwn = button();
+  EXPECT_EQ(screensOwn != nullptr, !isBanner());
+  page().navigate(
+      "mraid://"
+      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A150%2C%22offsetX%22%3A0%2C%22offsetY%22%"
+      "3A0%7D");
+  page().navigate("mraid://resize");
+  platform->advance(100ms);
+  EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "resized");
+  EXPECT_EQ(host().webView()->frame().size, (CGSize{200, 150}));
+  ASSERT_TRUE(button());
+  EXPECT_EQ(button()->superview(), host().webView().get());
+  window->setSight({});
+  platform->advance(1s);
+  EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100) << "the close button is friendly";
+  button()->sendTouchUpInside();
+  platform->advance(100ms);
+  EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "default");
+  EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
+  EXPECT_EQ(button() != nullptr, !isBanner()) << "a screen has its own close button back";
+
+  page().navigate("mraid://expand");
+  EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "expanded");
+  platform->advance(1s);
+  EXPECT_EQ(frameInWindow(*host().webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
+  EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100);
+  page().navigate("mraid://close");
+  platform->advance(1s);
+  if (isBanner()) {
+    EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
+    EXPECT_EQ(button(), nullptr);
+    page().navigate("mraid://unload");
+    platform->runUntilIdle();
+  }
+  EXPECT_EQ(host().webView(), nullptr) << "to close or unload it is to leave";
+  EXPECT_EQ(heard().back(), isBanner() ? "finish" : "dismissed");
+}
+
+TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
+  show(rich, link("O1"));
+  platform->urlSession().enqueue(markup(rich));
+  page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->webViews().size(), 2U);
+  play(*platform->webViews()[1], "<p>two</p>");
+  EXPECT_EQ(host().ad()->ordId, "O1");
+  EXPECT_EQ(std::count(heard().begin(), heard().end(), "finish"), 1) << "nor is its load the ad's";
+}
+
+TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
+  show(rich, link("O1"));
+  const auto view = host().webView();  // as an engine may hold it for a while
+  auto& old = headless::RecordingWebView::of(*view);
+  const auto handler = host().veltoGetMRAIDHandler();
+  // Under way when it goes: its second part, a resize, its identifiers.
+  platform->urlSession().enqueue("/2", markup(rich));
+  old.navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
+  old.navigate("mraid://resize");
+  old.answerScripts([](const std::string&) { return JSON(link("OLD")); });
+  old.finish();
+  replace("new", link("O2"));
+  const auto shown = host().webView();
+  const auto frame = shown->frame();
+  heard().clear();
+  for (const char* signal : {"velto://loadFinished", "velto://failLoad", "mraid://unload", "mraid://close",
+                             "mraid://open?u=https%3A%2F%2Fa.example", "mraid://resize"})
+    old.navigate(signal);
+  old.fail(NSError{"WebKitNetworkError", 399, "crashed"});
+  old.finish();
+  platform->advance(2s);
+  EXPECT_EQ(heard(), Heard{});
+  EXPECT_EQ(host().webView(), shown);
+  EXPECT_EQ(shown->frame(), frame);
+  EXPECT_EQ(host().ad()->ordId, "O2");
+  EXPECT_TRUE(platform->application().opened.empty());
+  EXPECT_EQ(platform->webViews().size(), 2U) << "no second part came of it";
+
+  // And the page that an adapter's view replaces goes, too.
+  const std::weak_ptr<WKWebView> page = shown;
+  if (!isBanner()) fullAd->vc()->_tapCloseButton();
+  const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
+  platform->advance(1s);
+  presentByAdapter(adapter);
+  EXPECT_EQ(host().webView(), nullptr);
+}
+
+TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {
+  auto& center = platform->notificationCenter();
+  const char* ready = isBanner() ? constNotificationAdMobAdapterGADBannerReady
+                                 : constNotificationAdMobAdapterGADInterstitialReady;
+  const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
+  const auto stray = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
+  show("ad");
+  center.postNotification({ready, stray});
+  EXPECT_EQ(stray->root.lock(), nullptr) << "a page's ad has no adapter";
+  if (!isBanner()) fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
+
+  presentByAdapter(adapter);
+  EXPECT_EQ(adapter->root.lock().get(), &host());
+  EXPECT_EQ(adapter->loaded, 1);
+  center.postNotification({ready, stray});
+  center.postNotification({ready, int64_t{1}});
+  EXPECT_EQ(stray->root.lock(), nullptr);
+  heard().clear();
+  const auto told = adapter->told();
+  told->mediationBannerDidPress();
+  told->mediationBannerDidClose();
+  EXPECT_EQ(heard(), (Heard{"press", "close"}));
+  replace("ad");
+  heard().clear();
+  told->mediationBannerDidPress();
+  told->mediationBannerDidClose();
+  EXPECT_EQ(heard(), Heard{}) << "its ad is not the one that is shown";
+  EXPECT_NE(host().webView(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, ShownAdTest, ::testing::Values(Kind::Banner, Kind::Interstitial),
+                         [](const auto& kind) {
+                           return kind.param == Kind::Banner ? "Banner" : "Interstitial";
+                         });
+
+}  // namespace
+}  // namespace velto
