@@ -42,8 +42,8 @@ TEST_F(Page, TheScriptIsThereFirstAndOnce) {
   EXPECT_TRUE(holds("log.length === 2"));
   EXPECT_EQ(log(), "viewableChange false @default 320x50\nexposureChange 0   @default 320x50");
   banner->observeValueForKeyPath("outputVolume", 0.5F, nullptr);
-  VeltoBannerViewControllerPrivate::mraidAudioVolumeChange(web(), 0.5F);
-  VeltoBannerViewControllerPrivate::mraidAudioVolumeChange(web(), 0.5F);
+  UIViewControllerMRAIDSDKVelto::mraidAudioVolumeChange(web(), 0.5F);
+  UIViewControllerMRAIDSDKVelto::mraidAudioVolumeChange(web(), 0.5F);
   EXPECT_TRUE(holds("log.length > 0"));
   EXPECT_EQ(log(), "audioVolumeChange 50 @default 320x50");
 }

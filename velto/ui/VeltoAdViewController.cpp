@@ -13,8 +13,8 @@ VeltoAdViewController::~VeltoAdViewController() {
   stopAudioVolumeObserverForContext(&audioContext_);
 }
 
-void VeltoAdViewController::begin() {
-  vc_ = getUserViewControllerForDelegate(delegate());
+void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
+  vc_ = getUserViewControllerForDelegate(delegate);
   addTapGestureRecognizerInView([this] { _adDidPress(); });
   orientationObserver_ = Platform::current().notificationCenter().addObserver(
       constNotificationUICurrentOrientation, [this](const NSNotification& notification) {

@@ -94,7 +94,7 @@ class VeltoAdViewController : public UIViewController,
   virtual VeltoControllerDelegate delegate() const = 0;
 
   // The host's view controller, taps, and what is observed from the start; called when the object is made.
-  void begin();
+  void begin(const VeltoControllerDelegate& delegate);
   // The one that is shown ends; it comes back for its views, which stay.
   std::shared_ptr<VeltoShownAd> letGo();
   // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is

@@ -17,7 +17,7 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
   made->viewAd_ = andView;
   made->view()->setBackgroundColor(UIColor::clearColor());
   made->view()->setTranslatesAutoresizingMaskIntoConstraints(false);
-  made->begin();
+  made->begin(delegate);
   made->adapterReadyObserver_ = Platform::current().notificationCenter().addObserver(
       constNotificationAdMobAdapterGADBannerReady, [self = made.get()](const NSNotification& notification) {
         self->_notificationAdMobAdapterGADBannerReady(notification);

@@ -26,7 +26,7 @@ VeltoInterstitialViewControllerPrivate::initWithDelegate(
   std::shared_ptr<VeltoInterstitialViewControllerPrivate> made(new VeltoInterstitialViewControllerPrivate);
   made->delegate_ = delegate;
   made->_addBlurEffect();
-  made->begin();
+  made->begin(delegate);
   auto& center = Platform::current().notificationCenter();
   made->adapterReadyObserver_ =
       center.addObserver(constNotificationAdMobAdapterGADInterstitialReady,
