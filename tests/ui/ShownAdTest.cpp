@@ -136,6 +136,15 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
     if (!isBanner()) fullAd->vc()->_tapCloseButton();
     platform->advance(1s);
   }
+  show(rich);
+  page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+  platform->urlSession().enqueue(status(404));
+  page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
+  EXPECT_EQ(orientation, 4);
+  platform->runUntilIdle();
+  EXPECT_EQ(orientation, isBanner() ? 3 : 4) << "a second part that never came has forced it for nothing";
+  if (!isBanner()) fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
   platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{4}});
   show("ad");
   replace("ad");

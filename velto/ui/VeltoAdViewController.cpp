@@ -40,6 +40,7 @@ std::shared_ptr<VeltoAdMediationCoreAdapter> VeltoAdViewController::ownAdapterIn
 // --- the person
 
 void VeltoAdViewController::_adDidPress() {
+  if (!shown_) return;  // a screen on its way out
   // The delegate may load another ad or remove this one; what was pressed is the ad of before.
   const auto alive = shared_from_this();
   const auto pressed = ad();

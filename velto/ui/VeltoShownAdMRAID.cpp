@@ -58,7 +58,13 @@ void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPart
 void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
                                         const CloseButton& btnCloseConfiguration) {
   if (!controller_ || secondaryMRAIDWebView_) return;  // an earlier command has brought one
-  if (!part) return preparedPage().drop();
+  if (!part) {
+    preparedPage().drop();
+    // Forced for nothing, but on a screen, where the page may force it without an expansion.
+    const bool isInPlace = mraidHandler_->state == MRAIDState[1] && !controller_->endsWithItsExpansion();
+    if (isInPlace) _restoreOriginalOrientation();
+    return;
+  }
   secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
   loadBannerDataIn(secondaryMRAIDWebView_, part);
   const auto [viewAd, vc] = controller_->surroundings();
