@@ -12,8 +12,8 @@ namespace velto {
 
 enum class UIUserInterfaceIdiom { Phone = 0, Pad = 1 };
 
-// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up,
-// 6 face down.
+// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3
+// landscape left, 4 landscape right, 5 face up, 6 face down.
 using UIDeviceOrientation = int64_t;
 
 // Values are asked afresh each time, from any thread unless stated.

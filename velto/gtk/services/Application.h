@@ -1,5 +1,5 @@
-// Opening of URLs by the desktop's other applications, and the user's wishes about the interface. Main
-// thread.
+// Opening of URLs by the desktop's other applications,
+// and the user's wishes about the interface. Main thread.
 #pragma once
 
 #include "velto/gtk/Signal.h"
@@ -17,8 +17,8 @@ namespace velto::gtk {
 
 class Application : public UIApplication {
  public:
-  // `refused` (may be empty) is called with each address that was not opened for a page because nobody had
-  // touched it.
+  // `refused` (may be empty) is called with each address that
+  // was not opened for a page because nobody had touched it.
   Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
               std::function<void(const std::string& address)> refused);
   TouchGuard& touchGuard() { return touchGuard_; }
