@@ -43,8 +43,8 @@ class ViewPeer {
   virtual void setAlpha(double alpha) = 0;         // 0 … 1
   virtual void setHidden(bool hidden) = 0;
   virtual void setBackgroundColor(const UIColor& color) = 0;
-  virtual void setTouchable(
-      bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
+  // Whether taps are to be reported; they still reach what is below.
+  virtual void setTouchable(bool touchable) = 0;
 
   // While it is on, this view, which lies over all others of its window, has the keyboard: the focus goes
   // into it, cannot leave it, and goes back where it was when it ends; Escape is reported to it

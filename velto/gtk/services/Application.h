@@ -43,8 +43,8 @@ class Application : public UIApplication {
   MainQueue& mainQueue_;
   TouchGuard touchGuard_;
   std::function<void(const std::string&)> refused_;
-  std::shared_ptr<int> alive_ =
-      std::make_shared<int>();  // what still waits for an answer looks whether anybody wants it
+  // What still waits for an answer looks whether anybody wants it.
+  std::shared_ptr<int> alive_ = std::make_shared<int>();
   mutable std::unordered_map<std::string, bool> openable_;  // by scheme; asked in every navigation
   mutable UriPortal portal_;
   GPtr<GAppInfoMonitor> monitor_;
