@@ -8,7 +8,7 @@
 namespace demo {
 namespace {
 
-constexpr gint64 patience = 20 * G_USEC_PER_SEC;  // a slow machine is no failure
+constexpr gint64 patience = 120 * G_USEC_PER_SEC;  // a slow machine is no failure
 
 // What the sandbox answers to each case, and the color of the frame that the page draws around itself.
 struct Look {

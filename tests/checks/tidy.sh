@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# clang-tidy by .clang-tidy on the library and the headless platform, a folder at a time: most of the time goes into
-# headers. Folders that passed are not looked at again until something in velto or the rules change. The path-sensitive
-# checks are left to editors: they take minutes, and look only at one file at a time.
+# clang-tidy by .clang-tidy on the library and the headless platform: on all of it where CI is set, else on the files
+# that differ from the last commit that passed, or from where this branch left the main one. Files of one subsystem are
+# read together, since most of the time goes into the headers that they share. The path-sensitive checks are left to
+# editors: they take minutes, and look only at one file at a time.
 # usage: tidy.sh <build folder>
 set -euo pipefail
 . "$(dirname "$0")/sources.sh"
-stamps=$1/tidy
-mkdir -p "$stamps"
+work=$1/tidy
+mkdir -p "$work"
 
 # What the build gives the compiler to find headers and names.
 mapfile -t flags < <(python3 - "$1/compile_commands.json" <<'PYTHON'
@@ -22,26 +23,43 @@ PYTHON
 )
 [ ${#flags[@]} -gt 0 ] || { echo "tidy: $1 knows no sources" >&2; exit 2; }
 
-newest=$(find velto .clang-tidy -type f -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2-)
-check() {
-  local name=${1//\//-} file
-  [ "$stamps/$name.passed" -nt "$newest" ] && return 0
-  for file in "$1"/*.cpp; do echo "#include \"$PWD/$file\""; done >"$stamps/$name.cpp"
-  if clang-tidy --quiet --config-file=.clang-tidy --checks=-clang-analyzer-*,-bugprone-suspicious-include \
-    --header-filter='velto/.*\.(h|cpp)$' "$stamps/$name.cpp" -- -std=c++20 "${flags[@]}" >"$stamps/$name.log" 2>&1; then
-    touch "$stamps/$name.passed"
+# base prints the commit to compare with; without one, everything is looked at.
+base() {
+  local passed
+  passed=$(cat "$work/passed" 2>/dev/null) && git merge-base --is-ancestor "$passed" HEAD 2>/dev/null && echo "$passed" && return
+  git merge-base HEAD main 2>/dev/null || git merge-base HEAD origin/main 2>/dev/null
+}
+chosen() {
+  local since
+  if [ -z "${CI:-}" ] && since=$(base) && git diff --quiet "$since" -- .clang-tidy; then
+    { git diff --name-only --diff-filter=d "$since" -- velto; git ls-files --others --exclude-standard velto; } | grep -E '\.(h|cpp)$' || true
   else
-    grep -E '(error|warning):' "$stamps/$name.log" || tail -n 3 "$stamps/$name.log"
+    sources velto | grep '\.cpp$'
+  fi | grep -v '^velto/gtk/' | sort -u
+}
+check() {
+  if ! clang-tidy --quiet --config-file=.clang-tidy --checks=-clang-analyzer-*,-bugprone-suspicious-include \
+    --header-filter='velto/.*\.(h|cpp)$' "$work/$1.cpp" -- -std=c++20 "${flags[@]}" >"$work/$1.log" 2>&1; then
+    grep -E '(error|warning):' "$work/$1.log" || tail -n 3 "$work/$1.log"
     return 1
   fi
 }
 
+mapfile -t files < <(chosen)
+echo "tidy: ${#files[@]} files"
+rm -f "$work"/*.cpp
+for file in "${files[@]}"; do
+  subsystem=${file#velto/}
+  echo "#include \"$PWD/$file\"" >>"$work/${subsystem%%/*}.cpp"
+done
+
 failed=0
 running=()
-for folder in $(sources velto | grep '\.cpp$' | grep -v '^velto/gtk/' | xargs -n 1 dirname | sort -u); do
-  check "$folder" &
+for unit in $(ls -S "$work" | grep '\.cpp$'); do
+  check "${unit%.cpp}" &
   running+=($!)
   while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || true; done
 done
 for job in "${running[@]}"; do wait "$job" || failed=1; done
+[ "$failed" -ne 0 ] || [ -n "$(git status --porcelain velto .clang-tidy 2>&1)" ] || git rev-parse HEAD >"$work/passed"
 exit "$failed"

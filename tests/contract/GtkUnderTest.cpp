@@ -1,27 +1,20 @@
 // The Linux platform under the contract: real windows on the display that with-display.sh starts, xdotool's
 // finger, a plain HTTP server in this process. And what only a store on a disk has to prove; this program is
 // its own second process.
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/platform/NSUserDefaults.h"
 
-#include <gtk/gtk.h>
-#include <httplib.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <thread>
 
+#include "../support/AdWindow.h"
+#include "../support/LoopbackServer.h"
 #include "PlatformUnderTest.h"
 #include "TestServer.h"
-
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
 
 namespace velto {
 namespace {
@@ -40,52 +33,13 @@ void installOn(const std::string& folder) {
   gtk::install(options);
 }
 
-class LoopbackServer {
- public:
-  LoopbackServer() {
-    const auto handler = [this](const auto& request, auto& response) { answer(request, response); };
-    server_.Get(".*", handler).Post(".*", handler);
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
-  }
-  ~LoopbackServer() {
-    {
-      std::lock_guard lock(mutex_);
-      stopping_ = true;
-    }
-    stopped_.notify_all();
-    server_.stop();
-    thread_.join();
-  }
-  int port() const { return port_; }
-
- private:
-  void answer(const httplib::Request& request, httplib::Response& response) {
-    const auto answer =
-        serverAnswer(request.method, request.path, request.get_header_value("X-Probe"), request.body);
-    response.status = answer.status;
-    for (const auto& [name, value] : answer.headers) response.set_header(name, value);
-    std::unique_lock lock(mutex_);
-    stopped_.wait(lock, [&] { return stopping_ || !answer.never; });
-    if (answer.body.empty()) return;
-    response.set_content_provider(answer.body.size() + (answer.cutShort ? 100 : 0), "text/plain",
-                                  [body = answer.body](size_t, size_t promised, httplib::DataSink& sink) {
-                                    sink.write(body.data(), body.size());
-                                    return body.size() == promised;
-                                  });
-  }
-
-  httplib::Server server_;
-  int port_ = 0;
-  std::mutex mutex_;
-  std::condition_variable stopped_;
-  bool stopping_ = false;
-  std::thread thread_;
-};
-
 class GtkUnderTest : public PlatformUnderTest {
  public:
+  GtkUnderTest() {
+    const auto handler = [this](const auto& request, auto& response) { answer(request, response); };
+    server_->Get(".*", handler).Post(".*", handler);
+    server_.start();
+  }
   void install() override {
     folder_ = newFolder();
     relaunch();
@@ -95,35 +49,13 @@ class GtkUnderTest : public PlatformUnderTest {
     gtk::uninstall();
     if (auto* window = std::exchange(window_, nullptr)) gtk_window_destroy(window);
   }
-  bool runUntil(const std::function<bool()>& condition) override {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
+  bool runUntil(const std::function<bool()>& condition) override { return test::runUntil(condition); }
   std::shared_ptr<UIViewController> showWindow() override {
-    window_ = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window_, false);
-    gtk_window_set_default_size(window_, 480, 640);
-    gtk_window_set_child(window_, gtk_label_new("content"));
-    auto controller = gtk::hostViewController(window_);
-    gtk_window_present(window_);
-    const auto& root = *controller->view();
-    EXPECT_TRUE(runUntil([&] { return root.isInWindow() && root.bounds().size.height >= 600; }));
-    return controller;
+    window_ = test::newWindow(480, 640, gtk_label_new("content"));
+    return test::present(window_);
   }
-  void tap(CGPoint point) override {
-    auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
-    const auto line = "xdotool mousemove --window " + std::to_string(gdk_x11_surface_get_xid(surface)) + " " +
-                      std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) +
-                      " click 1";
-    int status = -1;
-    ASSERT_TRUE(g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, &status, nullptr)) << line;
-    ASSERT_EQ(status, 0) << line;
-  }
-  std::string server() override { return "http://127.0.0.1:" + std::to_string(server_.port()); }
+  void tap(CGPoint point) override { test::click(window_, point); }
+  std::string server() override { return server_.address(); }
   std::string refusingServer() override { return "http://127.0.0.1:1"; }
   bool runsPages() const override { return true; }
   void killPages() override {
@@ -147,7 +79,21 @@ class GtkUnderTest : public PlatformUnderTest {
   }
 
  private:
-  LoopbackServer server_;
+  void answer(const httplib::Request& request, httplib::Response& response) {
+    const auto answer =
+        serverAnswer(request.method, request.path, request.get_header_value("X-Probe"), request.body);
+    response.status = answer.status;
+    for (const auto& [name, value] : answer.headers) response.set_header(name, value);
+    if (answer.never) server_.waitForEnd();
+    if (answer.body.empty()) return;
+    response.set_content_provider(answer.body.size() + (answer.cutShort ? 100 : 0), "text/plain",
+                                  [body = answer.body](size_t, size_t promised, httplib::DataSink& sink) {
+                                    sink.write(body.data(), body.size());
+                                    return body.size() == promised;
+                                  });
+  }
+
+  test::LoopbackServer server_;
   std::string folder_;
   GtkWindow* window_ = nullptr;
 };

@@ -9,22 +9,12 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include <chrono>
-#include <functional>
 #include <string>
 #include <vector>
 
-namespace velto::test {
+#include "../support/MainLoop.h"
 
-// Runs the main loop until the condition holds; false when it does not within some seconds.
-inline bool runUntil(const std::function<bool()>& condition) {
-  const gint64 end = g_get_monotonic_time() + 15 * G_USEC_PER_SEC;
-  const guint ticks = g_timeout_add(
-      2, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-  while (!condition() && g_get_monotonic_time() < end) g_main_context_iteration(nullptr, TRUE);
-  g_source_remove(ticks);
-  return condition();
-}
+namespace velto::test {
 
 // Becomes the system bus and the session bus of this process until it goes.
 class PrivateBus {
@@ -124,7 +114,7 @@ class MockService {
     EXPECT_TRUE(parsed) << arguments << ": " << fault->message;
     GOwned<GVariant, g_variant_unref> reply(g_dbus_connection_call_sync(
         connection_, name_.c_str(), (path.empty() ? path_ : path).c_str(), interface, method, parsed, nullptr,
-        G_DBUS_CALL_FLAGS_NONE, 5000, nullptr, &fault));
+        G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, &fault));
     EXPECT_TRUE(reply) << method << " " << arguments << ": " << (fault ? fault->message : "");
     return reply;
   }

@@ -1,16 +1,11 @@
 // Interstitials in a real window: whose the keyboard is, and what happens when the window goes.
 #include "velto/ads/VeltoAd.h"
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/ui/VeltoInterstitialViewController.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
-#include <gtest/gtest.h>
+#include "../support/AdWindow.h"
 
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
-
-namespace velto {
+namespace velto::test {
 namespace {
 
 using Heard = std::vector<std::string>;
@@ -34,17 +29,12 @@ class GtkInterstitialTest : public testing::Test {
   GtkInterstitialTest() {
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.interstitial"});
-    window = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window, false);
-    gtk_window_set_default_size(window, 480, 640);
     entry = gtk_entry_new();
     gtk_widget_set_valign(entry, GTK_ALIGN_CENTER);
-    gtk_window_set_child(window, entry);
+    window = newWindow(480, 640, entry);
     g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer*>(&window));
-    delegate->host = gtk::hostViewController(window);
-    gtk_window_present(window);
-    EXPECT_TRUE(runUntil([this] { return gtk_widget_get_width(entry) > 0; }));
-    xdotool("windowfocus --sync " + id());
+    delegate->host = present(window);
+    xdotool("windowfocus --sync " + idOf(window));
     EXPECT_TRUE(runUntil([this] { return gtk_window_is_active(window); }));
     gtk_widget_grab_focus(entry);
   }
@@ -56,22 +46,6 @@ class GtkInterstitialTest : public testing::Test {
     gtk::uninstall();
   }
 
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
-  std::string id() const {
-    return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
-  }
-  static void xdotool(const std::string& words) {
-    int status = -1;
-    ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
-    ASSERT_EQ(status, 0) << words;
-  }
   // Gets a key through to the window, and everything that it does there done: the key that follows it, which
   // nobody uses, has come.
   void press(const std::string& key) {
@@ -128,7 +102,9 @@ TEST_F(GtkInterstitialTest, HasTheKeyboardWhileItIsShown) {
            [&] { gtk_entry_grab_focus_without_selecting(GTK_ENTRY(entry)); },
            [&] { gtk_window_set_focus(window, entry); }, [&] { gtk_window_set_focus(window, nullptr); },
            [&] { press("Tab"); }, [&] { press("shift+Tab"); },
-           [&] { xdotool("mousemove --window " + id() + " 100 320 click 1"); }}) {
+           [&] {
+             click(window, {100, 320});
+           }}) {
     take();
     EXPECT_FALSE(entryHasFocus());
     press("c");
@@ -154,7 +130,7 @@ TEST_F(GtkInterstitialTest, TheFocusReturnsToWhereItWas) {
   auto* before = gtk_window_get_focus(window);
   show(0);
   EXPECT_NE(gtk_window_get_focus(window), before);
-  xdotool("mousemove --window " + id() + " 100 100 click 1");
+  click(window, {100, 100});
   EXPECT_TRUE(heardLast("press"));
   press("Escape");
   EXPECT_TRUE(heardLast("dismissed"));
@@ -203,4 +179,4 @@ TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
 }
 
 }  // namespace
-}  // namespace velto
+}  // namespace velto::test

@@ -1,17 +1,11 @@
 // What a window of the toolkit knows of how the library's views are seen: the application's own widgets over
 // them, popovers, scrolled lists; and that a change is told.
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
-#include "velto/platform/ui/UIViewController.h"
 
-#include <gtest/gtest.h>
+#include "../support/AdWindow.h"
 
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
-
-namespace velto {
+namespace velto::test {
 namespace {
 
 class SightTest : public testing::Test {
@@ -19,17 +13,12 @@ class SightTest : public testing::Test {
   SightTest() {
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.sight"});
-    window_ = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window_, false);
-    gtk_window_set_default_size(window_, 400, 300);
     list_ = gtk_scrolled_window_new();
     place_ = gtk_drawing_area_new();
     gtk_widget_set_size_request(place_, 400, 900);
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(list_), place_);
-    gtk_window_set_child(window_, list_);
-    host_ = gtk::hostViewController(window_);
-    gtk_window_present(window_);
-    runUntil([&] { return host_->view()->bounds().size.height >= 300; });
+    window_ = newWindow(400, 300, list_);
+    host_ = present(window_);
     ad_ = UIView::make();
     ad_->setFrame({{0, 100}, {400, 100}});
     watch(*host_->view());
@@ -43,14 +32,6 @@ class SightTest : public testing::Test {
   static void draw(GtkDrawingArea*, cairo_t* context, int, int, gpointer) {
     cairo_set_source_rgb(context, 1, 0, 0);
     cairo_paint(context);
-  }
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(10, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
   }
   void watch(UIView& container) {
     container.addSubview(ad_);
@@ -92,15 +73,9 @@ TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
 
 TEST_F(SightTest, AWindowOverTheEdgeOfTheScreenIsCutThere) {
   EXPECT_TRUE(sees(100, {}));
-  auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
-  const auto moveTo = [&](int x) {
-    const auto line = "xdotool windowmove " + std::to_string(gdk_x11_surface_get_xid(surface)) + " " +
-                      std::to_string(x) + " 0";
-    ASSERT_TRUE(g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr)) << line;
-  };
-  moveTo(-100);
+  xdotool("windowmove " + idOf(window_) + " -100 0");
   EXPECT_TRUE(sees(75, {"viewport"})) << watcher_->latest().percentageInView;
-  moveTo(0);
+  xdotool("windowmove " + idOf(window_) + " 0 0");
   EXPECT_TRUE(sees(100, {}));
 }
 
@@ -139,4 +114,4 @@ TEST_F(SightTest, AnAdInAScrolledListIsClippedWithIt) {
 }
 
 }  // namespace
-}  // namespace velto
+}  // namespace velto::test

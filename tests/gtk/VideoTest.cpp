@@ -4,16 +4,15 @@
 #include "velto/platform/foundation/GMemory.h"
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <sstream>
-#include <thread>
 
+#include "../support/AdWindow.h"
+#include "../support/LoopbackServer.h"
 #include "../video/RecordingHost.h"
 #include "SoundServer.h"
 
@@ -52,34 +51,19 @@ struct Served {
 
 class VideoServer {
  public:
-  explicit VideoServer(std::unique_ptr<httplib::Server> server = std::make_unique<httplib::Server>(),
-                       std::string scheme = "http")
-      : server_(std::move(server)), scheme_(std::move(scheme)) {
+  template <typename... Certificate>
+  explicit VideoServer(const Certificate&... certificate) : server_(certificate...) {
     server_->Get(".*", [this](const auto& request, auto& response) { answer(request.path, response); });
-    port_ = server_->bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_->listen_after_bind(); });
-    while (!server_->is_running()) std::this_thread::yield();
-  }
-  ~VideoServer() {
-    {
-      std::lock_guard lock(mutex_);
-      stopping_ = true;
-    }
-    stopped_.notify_all();
-    server_->stop();
-    thread_.join();
+    server_.start();
   }
   std::map<std::string, Served> files;  // by path, set before it is asked for
-  std::string url(const std::string& path) const {
-    return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
-  }
+  std::string url(const std::string& path) const { return server_.address(path); }
 
  private:
   void answer(const std::string& path, httplib::Response& response) {
     const auto& file = files.at(path);
     if (file.status != 200) response.status = file.status;  // else 206 for a part of it
-    std::unique_lock lock(mutex_);
-    stopped_.wait(lock, [&] { return stopping_ || !file.never; });
+    if (file.never) server_.waitForEnd();
     if (file.chunked)
       return response.set_chunked_content_provider("video/webm", [&file](size_t, httplib::DataSink& sink) {
         sink.write(file.body.data(), file.body.size());
@@ -94,13 +78,7 @@ class VideoServer {
                                   });
   }
 
-  std::unique_ptr<httplib::Server> server_;
-  std::string scheme_;
-  int port_ = 0;
-  std::mutex mutex_;
-  std::condition_variable stopped_;
-  bool stopping_ = false;
-  std::thread thread_;
+  LoopbackServer server_;
 };
 
 bool isMapped(const std::string& library) {
@@ -116,13 +94,9 @@ class GtkVideo : public testing::Test {
   }
   explicit GtkVideo(const std::filesystem::path& caFile = {}) {
     gtk::install({.applicationIdentifier = "org.example.video", .caFile = caFile});
-    window_ = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window_, false);
-    gtk_window_set_default_size(window_, 400, 600);
-    controller = gtk::hostViewController(window_);
+    window_ = newWindow(400, 600);
     paintable_ = GPtr<GdkPaintable>::adopt(gtk_widget_paintable_new(GTK_WIDGET(window_)));
-    gtk_window_present(window_);
-    EXPECT_TRUE(runUntil([&] { return controller->view()->bounds().size.height >= 600; }));
+    controller = present(window_);
     host = std::make_shared<RecordingHost>();
     controller->addChildViewController(host);
     controller->view()->addSubview(host->view());
@@ -133,20 +107,9 @@ class GtkVideo : public testing::Test {
     gtk::uninstall();
     gtk_window_destroy(window_);
   }
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(30, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    if (!expired) g_source_remove(deadline);
-    return condition();
-  }
   void play(const std::string& path) { host->playVideoAt(NSURL::URLWithString(server.url(path)).value()); }
   bool isOver() const { return !controller->presentedViewController(); }
-  void press(const std::string& key) {
-    ASSERT_TRUE(
-        g_spawn_command_line_sync(("xdotool key " + key).c_str(), nullptr, nullptr, nullptr, nullptr));
-  }
+  static void press(const std::string& key) { xdotool("key " + key); }
   // What the window shows at a point now: red, green, blue; -1 before it was painted.
   std::array<int, 3> colorAt(int x, int y) {
     auto* widget = GTK_WIDGET(window_);
@@ -273,11 +236,8 @@ class GtkVideoTrusting : public GtkVideo {
   GtkVideoTrusting() : GtkVideo(certificate()) {}
 };
 
-Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std::function<bool()>& isOver,
-                        const std::function<bool(const std::function<bool()>&)>& runUntil) {
-  VideoServer secure(
-      std::make_unique<httplib::SSLServer>(certificate().c_str(), (certificate().string() + ".key").c_str()),
-      "https");
+Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std::function<bool()>& isOver) {
+  VideoServer secure(certificate().string(), certificate().string() + ".key");
   secure.files["/a"] = {body};
   host.playVideoAt(NSURL::URLWithString(secure.url("/a")).value());
   EXPECT_TRUE(runUntil(isOver));
@@ -285,23 +245,17 @@ Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std:
 }
 
 TEST_F(GtkVideoTrusting, PlaysOverHTTPS) {
-  const auto told = toldOfSecureVideo(
-      *host, whole, [&] { return isOver(); }, runUntil);
-  EXPECT_EQ(told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+  EXPECT_EQ(toldOfSecureVideo(*host, whole, [&] { return isOver(); }),
+            (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
 }
 TEST_F(GtkVideo, RefusesAServerThatNobodyVouchesFor) {
-  EXPECT_EQ(toldOfSecureVideo(
-                *host, whole, [&] { return isOver(); }, runUntil),
-            Lines{});
+  EXPECT_EQ(toldOfSecureVideo(*host, whole, [&] { return isOver(); }), Lines{});
 }
 
 TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
   const auto socket = std::filesystem::temp_directory_path() / "sound";
   SoundServer sound(socket);
-  ASSERT_TRUE(runUntil([&] {
-    g_main_context_wakeup(nullptr);
-    return std::filesystem::exists(socket);
-  }));
+  ASSERT_TRUE(runUntil([&] { return std::filesystem::exists(socket); }));
   g_setenv("PULSE_SERVER", ("unix:" + socket.string()).c_str(), TRUE);
   server.files["/a"] = {whole};
   play("/a");

@@ -8,11 +8,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "../support/MainLoop.h"
 #include "SoundServer.h"
 
 namespace velto::test {
@@ -29,14 +29,6 @@ class GtkVolume : public testing::Test {
   ~GtkVolume() override { gtk::uninstall(); }
 
   static AVAudioSession& session() { return AVAudioSession::sharedInstance(); }
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    if (!expired) g_source_remove(deadline);
-    return condition();
-  }
   static bool isMapped(const std::string& library) {
     std::ifstream maps("/proc/self/maps");
     const std::string text{std::istreambuf_iterator<char>(maps), {}};
@@ -74,10 +66,7 @@ TEST_F(GtkVolume, IsOneWithoutASoundServer) {
 
 TEST_F(GtkVolume, FollowsTheDefaultOutput) {
   SoundServer server(socket);
-  ASSERT_TRUE(runUntil([&] {
-    g_main_context_wakeup(nullptr);
-    return std::filesystem::exists(socket);
-  }));
+  ASSERT_TRUE(runUntil([&] { return std::filesystem::exists(socket); }));
   ASSERT_TRUE(control("set-default-sink first") && control("set-sink-volume first 50%") &&
               control("set-sink-volume second 30%"));
   Handle observation = observe();

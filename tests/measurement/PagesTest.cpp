@@ -2,7 +2,6 @@
 // events of the right shape in the right order.
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoUtilities.h"
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/measurement/OMIDVeltoAdEvents.h"
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/measurement/OMIDVeltoMediaEvents.h"
@@ -14,15 +13,12 @@
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/platform/ui/WKWebView.h"
 
-#include <gtest/gtest.h>
-#include <gtk/gtk.h>
-#include <httplib.h>
-
 #include <fstream>
 #include <map>
 #include <mutex>
-#include <thread>
 
+#include "../support/AdWindow.h"
+#include "../support/LoopbackServer.h"
 #include "Clients.h"
 
 namespace velto::test {
@@ -34,23 +30,16 @@ using namespace std::chrono_literals;
 class ScriptServer {
  public:
   explicit ScriptServer(std::string script) {
-    server_.Get("/heard", [this](const auto& request, auto&) {
+    server_->Get("/heard", [this](const auto& request, auto&) {
       std::lock_guard lock(mutex_);
       heard_.push_back(request.params.begin()->first);
     });
-    server_.Get("/verify.js", [script = std::move(script)](const auto&, auto& response) {
+    server_->Get("/verify.js", [script = std::move(script)](const auto&, auto& response) {
       response.set_content(script, "text/javascript");
     });
-    server_.set_keep_alive_max_count(1);  // else its end waits for the engine's
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
+    server_.start();
   }
-  ~ScriptServer() {
-    server_.stop();
-    thread_.join();
-  }
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/verify.js"; }
+  std::string url() const { return server_.address("/verify.js"); }
   // What was sent to /heard, in the order in which it came.
   std::vector<std::string> heard() {
     std::lock_guard lock(mutex_);
@@ -60,9 +49,7 @@ class ScriptServer {
  private:
   std::mutex mutex_;
   std::vector<std::string> heard_;
-  httplib::Server server_;
-  int port_ = 0;
-  std::thread thread_;
+  LoopbackServer server_;
 };
 
 struct LoadWatch : WKNavigationDelegate {
@@ -83,12 +70,8 @@ class PagesTest : public testing::Test {
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.pages"});
     VeltoUtilities::activateOMSDK();
-    window_ = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window_, false);
-    gtk_window_set_default_size(window_, 400, 500);
-    host_ = gtk::hostViewController(window_);
-    gtk_window_present(window_);
-    runUntil([&] { return host_->view()->isInWindow() && host_->view()->bounds().size.height >= 500; });
+    window_ = newWindow(400, 500);
+    host_ = present(window_);
   }
   ~PagesTest() override {
     session_.reset();
@@ -98,14 +81,6 @@ class PagesTest : public testing::Test {
     gtk_window_destroy(window_);
   }
 
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(10, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
   void show(const std::string& page) {
     view_ = WKWebView::initWithFrame({{40, 50}, {320, 100}}, {});
     view_->setNavigationDelegate(watch_);

@@ -140,7 +140,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
     show(twenty, before);
     EXPECT_EQ(text("typeof webkit.messageHandlers"), *before ? "undefined" : "object");
     EXPECT_TRUE(holds("document.getElementById('end') !== null"));
-    ASSERT_TRUE(runUntil([&] { return refused.size() == 20; })) << refused.size();
+    ASSERT_TRUE(test::runUntil([&] { return refused.size() == 20; })) << refused.size();
     for (size_t i = 0; i < 20; ++i) EXPECT_EQ(refused[i], "https://shop.example/" + std::to_string(i));
     EXPECT_TRUE(holds("!document.querySelector('iframe:not([name^=omid])')"));
   }
@@ -148,7 +148,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
                                               "https://shop.example/%C3%BC?q=mraid://close"};
   for (const auto& address : addresses) run("mraid.open('" + address + "')");
   run("mraid.open('https://shop.example/a b'); mraid.open('https://shop.example/\\u00fc')");
-  ASSERT_TRUE(runUntil([&] { return refused.size() == 24; }));
+  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 24; }));
   EXPECT_EQ(refused[20], addresses[0]);
   EXPECT_EQ(refused[21], addresses[1]);
   EXPECT_EQ(refused[22], "https://shop.example/a%20b");
@@ -157,7 +157,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
   refused.clear();
   run("for (let i = 0; i < 1000; ++i) { mraid.expand(); mraid.open('https://shop.example/' + i); "
       "mraid.close(); }");
-  ASSERT_TRUE(runUntil([&] { return refused.size() == 1000; })) << refused.size();
+  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 1000; })) << refused.size();
   EXPECT_EQ(refused[999], "https://shop.example/999");
 }
 
@@ -166,16 +166,16 @@ TEST_F(Page, OnlyATouchedAdOpens) {
     addEventListener('pointerdown', () => mraid.open('https://shop.example/tapped'));
     mraid.addEventListener('stateChange', () => mraid.open('https://shop.example/by-itself'));
   </script>)");
-  ASSERT_TRUE(runUntil([&] { return refused.size() == 1; })) << "our own statements are nobody's touch";
+  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 1; })) << "our own statements are nobody's touch";
   tap({200, 25});
-  ASSERT_TRUE(runUntil([&] { return !trap().opened().empty(); }));
+  ASSERT_TRUE(test::runUntil([&] { return !trap().opened().empty(); }));
   EXPECT_EQ(trap().opened(), (std::vector<std::string>{"https://shop.example/tapped"}));
   run("mraid.open('file:///etc/passwd')");
   bool later = false;
   Platform::current().mainQueue().postAfter(std::chrono::milliseconds(2100), [&] { later = true; });
-  ASSERT_TRUE(runUntil([&] { return later; }));
+  ASSERT_TRUE(test::runUntil([&] { return later; }));
   run("mraid.open('https://shop.example/too-late')");
-  ASSERT_TRUE(runUntil([&] { return refused.size() == 2; }));
+  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 2; }));
   EXPECT_EQ(refused[1], "https://shop.example/too-late");
 }
 
@@ -186,14 +186,14 @@ TEST_F(Page, TwoParts) {
   show("");
   log();
   run("mraid.expand('" + address + "'); mraid.expand('" + address + "');");
-  ASSERT_TRUE(runUntil([&] { return secondWeb() != nullptr; }));
+  ASSERT_TRUE(test::runUntil([&] { return secondWeb() != nullptr; }));
   const auto second = secondWeb();
-  ASSERT_TRUE(runUntil([&] { return value("!!window.log && log.length > 4", second) == JSON(true); }));
+  ASSERT_TRUE(test::runUntil([&] { return value("!!window.log && log.length > 4", second) == JSON(true); }));
   EXPECT_EQ(log(second).substr(0, 22), "ready @expanded 400x60") << "expanded before it is ready";
   EXPECT_EQ(state(), "expanded");
   EXPECT_EQ(second->frame(), (CGRect{{0, 0}, {400, 600}}));
   value("mraid.close()", second);
-  ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
+  ASSERT_TRUE(test::runUntil([&] { return !secondWeb(); }));
   EXPECT_EQ(state(), "default");
   EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
   EXPECT_EQ(banner->view()->subviews().size(), 1U) << "one second part for two commands";
@@ -203,11 +203,11 @@ TEST_F(Page, TwoParts) {
   run("mraid.expand('" + address +
       "'); mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: 0}); "
       "mraid.resize();");
-  ASSERT_TRUE(runUntil([&] { return banner->veltoGetMRAIDHandler()->resizeProperty != nullptr; }));
+  ASSERT_TRUE(test::runUntil([&] { return banner->veltoGetMRAIDHandler()->resizeProperty != nullptr; }));
   show("");
   bool later = false;
   Platform::current().mainQueue().postAfter(std::chrono::milliseconds(500), [&] { later = true; });
-  ASSERT_TRUE(runUntil([&] { return later; }));
+  ASSERT_TRUE(test::runUntil([&] { return later; }));
   EXPECT_EQ(state(), "default");
   EXPECT_FALSE(secondWeb());
   EXPECT_TRUE(web()->subviews().empty());
@@ -227,7 +227,7 @@ TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {
   run("mraid.setOrientationProperties({forceOrientation: 'landscape'});");
   ASSERT_TRUE(holds("innerWidth === 600"));
   run("mraid.close()");
-  ASSERT_TRUE(runUntil([&] { return host->view()->bounds().size == CGSize{400, 600}; }));
+  ASSERT_TRUE(test::runUntil([&] { return host->view()->bounds().size == CGSize{400, 600}; }));
 }
 
 TEST_F(Page, CalendarEventsAreJudgedAndWrittenAsTheHostReadsThem) {

@@ -2,20 +2,16 @@
 // second parts.
 #pragma once
 
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/velto.h"
 
-#include <gtest/gtest.h>
-#include <gtk/gtk.h>
-#include <httplib.h>
-
 #include <map>
-#include <thread>
 
 #include "../../examples/demo/LinkTrap.h"
+#include "../support/AdWindow.h"
+#include "../support/LoopbackServer.h"
 
 namespace velto::test {
 
@@ -30,28 +26,17 @@ inline const std::string logging = R"(<script src="mraid.js"></script><script>
 class SecondParts {
  public:
   SecondParts() {
-    server_.Get(".*", [this](const auto& request, auto& response) {
+    server_->Get(".*", [this](const auto& request, auto& response) {
       response.set_header("x-content", "html");
       response.set_content(pages[request.path], "text/html");
     });
-    server_.set_keep_alive_max_count(1);
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
+    server_.start();
   }
-  ~SecondParts() {
-    server_.stop();
-    thread_.join();
-  }
-  std::string address(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-  }
+  std::string address(const std::string& path) const { return server_.address(path); }
   std::map<std::string, std::string> pages;
 
  private:
-  httplib::Server server_;
-  int port_ = 0;
-  std::thread thread_;
+  LoopbackServer server_;
 };
 
 class PageTest : public testing::Test, public VeltoBannerViewControllerDelegate {
@@ -64,7 +49,6 @@ class PageTest : public testing::Test, public VeltoBannerViewControllerDelegate 
   // Shows it and waits until its page has heard that it is ready. `before` runs in the page before the page
   // script.
   void show(const std::string& body, const std::string& before = "");
-  static bool runUntil(const std::function<bool()>& condition);
   // Waits for the expression to be true in the page.
   bool holds(const std::string& expression) {
     return runUntil([&] { return value(expression) == JSON(true); });
@@ -76,7 +60,7 @@ class PageTest : public testing::Test, public VeltoBannerViewControllerDelegate 
     return text("log.splice(0).join('\\n')", std::move(page));
   }
   void run(const std::string& statements) { value("(() => {" + statements + "})()"); }
-  void tap(CGPoint point);
+  void tap(CGPoint point) { click(window, point); }
   std::string state() { return banner->veltoGetMRAIDHandler()->state; }
   CGRect frame() { return {host->view()->convertPointFromView({0, 0}, *web()), web()->frame().size}; }
   std::shared_ptr<WKWebView> web() { return banner->webView(); }

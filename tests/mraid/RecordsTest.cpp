@@ -94,9 +94,9 @@ TEST(MRAIDRecords, OrientationKnowsWhoseNoneItIs) {
   EXPECT_FALSE(empty->allowOrientationChange);
   const auto written = VeltoMRAIDPropertyOrientation::decode(R"({"forceOrientation":"none"})");
   for (const auto& record : {initial, empty, written}) EXPECT_TRUE(record->forceOrientation == "none");
-  EXPECT_TRUE(initial->forceOrientation.isEntry(MRAIDOrientation[2]));
-  EXPECT_TRUE(empty->forceOrientation.isEntry(MRAIDOrientation[2]));
-  EXPECT_FALSE(written->forceOrientation.isEntry(MRAIDOrientation[2]));
+  EXPECT_TRUE(initial->forceOrientation.isEntry(MRAIDOrientation[MRAIDOrientationNone]));
+  EXPECT_TRUE(empty->forceOrientation.isEntry(MRAIDOrientation[MRAIDOrientationNone]));
+  EXPECT_FALSE(written->forceOrientation.isEntry(MRAIDOrientation[MRAIDOrientationNone]));
   const auto app = VeltoMRAIDPropertyCurrentAppOrientation::decode(R"({"locked":1})");
   EXPECT_TRUE(app->locked);
   EXPECT_EQ(app->orientation, "none");

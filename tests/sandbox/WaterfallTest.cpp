@@ -4,9 +4,9 @@
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/velto.h"
 
-#include <glib.h>
 #include <gtest/gtest.h>
 
+#include "../support/MainLoop.h"
 #include "Support.h"
 
 namespace velto {
@@ -33,16 +33,12 @@ class WaterfallTest : public testing::Test {
     server.clearRequests();
     VeltoFramework::addVeltoKey(key);
     std::vector<std::string> heard;
-    bool late = false;
     VeltoAdManager::fetchFor(
         VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt,
         [&](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
           heard.push_back(error ? std::to_string(error->errorCode) : wordOf(*ad));
         });
-    const guint deadline = g_timeout_add_seconds(
-        30, [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; }, &late);
-    while (heard.size() < answers && !late) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
+    EXPECT_TRUE(test::runUntil([&] { return heard.size() >= answers; })) << key;
     Outcome outcome;
     for (const auto& word : heard) outcome.what += word + " ";
     for (const auto& request : server.requests()) {

@@ -181,17 +181,49 @@ TEST_F(LayoutTest, ARandomSlideIsOneOfTheFour) {
   EXPECT_EQ(sides.size(), 2U);
 }
 
-TEST_F(LayoutTest, AnotherFrameOvertakesAnAnimation) {
+TEST_F(LayoutTest, AnAnimationEndsAtItsTargetWhateverBecomesOfTheView) {
   const auto view = UIView::make();
   root->addSubview(view);
-  std::optional<bool> finished;
-  animateWithDuration(1, 0, view, {.frame = CGRect{{0, 0}, {100, 100}}, .alpha = 0.5},
-                      [&](bool done) { finished = done; });
+  auto& peer = dynamic_cast<headless::RecordingViewPeer&>(view->peer());
+  std::vector<bool> finished;
+  const auto fade = [&](double alpha) {
+    animateWithDuration(1, 0, view, {.frame = CGRect{{100, 0}, {50, 50}}, .alpha = alpha},
+                        [&](bool done) { finished.push_back(done); });
+  };
+  fade(0.5);
+  platform->advance(500ms);
+  EXPECT_NEAR(peer.frame().minX(), 50, 5);
+  view->setFrame({{300, 7}, {8, 8}});
+  EXPECT_NEAR(peer.frame().minX(), 250, 5) << "on its way to another place, without a jump back";
+  platform->advance(600ms);
+  EXPECT_EQ(peer.frame(), (CGRect{{300, 7}, {8, 8}}));
+  EXPECT_EQ(peer.alpha(), 0.5);
+
+  fade(1);
   platform->advance(200ms);
-  view->setFrame({{7, 7}, {8, 8}});
+  fade(0.25);
   platform->advance(2s);
-  EXPECT_EQ(finished, false);
-  EXPECT_EQ(dynamic_cast<headless::RecordingViewPeer&>(view->peer()).frame(), view->frame());
+  EXPECT_EQ(finished, (std::vector{true, false, true})) << "one animation takes over from another";
+  EXPECT_EQ(peer.frame(), view->frame());
+  EXPECT_EQ(peer.alpha(), 0.25);
+}
+
+TEST_F(LayoutTest, ABannerIsSeenInItsPlaceWhateverHappensWhileItComes) {
+  for (const bool takenBack : {false, true}) {
+    const auto ad = banner(VeltoBannerPositionBottom);
+    ad->setAnimation(VeltoAnimationFromLeft);
+    platform->urlSession().enqueue(markup());
+    ad->load();
+    platform->runUntilIdle();
+    EXPECT_EQ(page().alpha(), 0);
+    if (takenBack) ad->setAnimation(VeltoAnimationNone);
+    page().navigate("velto://loadFinished");
+    platform->advance(600ms);
+    window->resize({700, 500});
+    platform->advance(1s);
+    EXPECT_EQ(page().alpha(), 1) << takenBack;
+    EXPECT_EQ(page().frame(), (CGRect{{0, 0}, {320, 50}})) << takenBack;
+  }
 }
 
 // One transition, as whoever presents would play it.

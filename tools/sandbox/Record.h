@@ -16,11 +16,11 @@ namespace velto::sandbox {
 
 struct RecordedRequest {
   std::int64_t timeMs = 0;  // milliseconds since 1970, on arrival
-  std::uint64_t connection =
-      0;                    // number of the TCP connection, from 1: equal numbers mean a reused connection
+  // Number of the TCP connection, from 1: equal numbers mean a reused connection.
+  std::uint64_t connection = 0;
   bool tlsResumed = false;  // the TLS session was resumed
-  Kind kind =
-      Kind::Other;  // Tls: a handshake that a rule spoiled; then only host, rule and the fields above are set
+  // Tls: a handshake that a rule spoiled; then only host, rule and the fields above are set.
+  Kind kind = Kind::Other;
   std::string host;  // Host header without port, lower case
   std::string method;
   std::string path;                                          // percent-decoded

@@ -1,4 +1,4 @@
-// Small facts that several rooms share.
+// Small facts that several subsystems share.
 #pragma once
 
 #include <string>

@@ -45,8 +45,8 @@ class GtkPlatform : public Platform {
   const Rotation& rotation() const { return rotation_; }
   SystemBus& systemBus() { return systemBus_; }
 
-  // Ends what runs on other threads. To be called while this platform is still the current one: they ask for
-  // it.
+  // Ends what runs on other threads. To be called while this
+  // platform is still the current one: they ask for it.
   void stopThreads();
 
   GLibMainQueue& mainQueue() override { return mainQueue_; }

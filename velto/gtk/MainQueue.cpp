@@ -48,8 +48,8 @@ class GLibMainQueue::Schedule {
     insert(now() + delay, entry);
   }
 
-  // Takes one task out at a time, so that tasks run unlocked, may add others, and may nest a loop that goes
-  // on here.
+  // Takes one task out at a time, so that tasks run unlocked,
+  // may add others, and may nest a loop that goes on here.
   void runDue() {
     const auto until = now();
     while (auto node = takeDue(until)) {

@@ -1,6 +1,6 @@
-// The main queue over GLib's default main context: one source for all tasks, woken at the time the next one
-// is due. The host application runs the loop; a loop that it nests inside a callback keeps the library's
-// tasks going.
+// The main queue over GLib's default main context: one source for all tasks,
+// woken at the time the next one is due. The host application runs the loop;
+// a loop that it nests inside a callback keeps the library's tasks going.
 #pragma once
 
 #include "velto/platform/MainQueue.h"

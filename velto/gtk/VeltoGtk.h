@@ -1,6 +1,6 @@
-// Velto on Linux: install the platform once, wrap a window, create a banner. Everything here is called on the
-// thread that runs the application's GLib main context, after gtk_init (or inside GtkApplication's
-// "activate").
+// Velto on Linux: install the platform once, wrap a window, create a banner.
+// Everything here is called on the thread that runs the application's GLib
+// main context, after gtk_init (or inside GtkApplication's "activate").
 //
 //   velto::gtk::install({.applicationIdentifier = "org.example.player"});
 //   velto::VeltoFramework::addVeltoKey("your-key");
@@ -28,9 +28,9 @@ class UIViewController;
 
 namespace velto::gtk {
 
-// Sends connections for a host name somewhere else, for test servers; names and certificates are still
-// checked as written. `host` may begin with "*." for all names below a domain; `address` is "127.0.0.1:8443"
-// or "[::1]:8443".
+// Sends connections for a host name somewhere else, for test servers; names
+// and certificates are still checked as written. `host` may begin with "*."
+// for all names below a domain; `address` is "127.0.0.1:8443" or "[::1]:8443".
 struct HostMapping {
   std::string host;
   std::string address;
@@ -41,17 +41,17 @@ struct Options {
   std::string applicationIdentifier;
   // What people call the application; empty: the GLib application name, else the identifier's last part.
   std::string applicationName = {};
-  // Where the store lives; empty: a folder of that identifier in the user's data folder. Made if absent (mode
-  // 0700).
+  // Where the store lives; empty: a folder of that identifier
+  // in the user's data folder. Made if absent (mode 0700).
   std::filesystem::path dataFolder = {};
   // A file of certificate authorities (PEM) to trust instead of the system's, for test servers.
   std::filesystem::path caFile = {};
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
-  // An ad may open an address outside the application, such as its shop, only within two seconds after a
-  // person touched that ad. Each address that was not opened for this reason is told to the second (may be
-  // empty).
+  // An ad may open an address outside the application, such as its shop, only
+  // within two seconds after a person touched that ad. Each address that was
+  // not opened for this reason is told to the second (may be empty).
   bool opensOnlyAfterTouch = true;
   std::function<void(const std::string& address)> refusedToOpen = {};
   // What setCalendarAccess() and setPicturesAccess() say below, from the start: allowed, or not determined.

@@ -24,8 +24,8 @@ Platform::Platform(std::shared_ptr<MemoryDefaults> defaults) : defaults_(std::mo
   bundles_ = {mainBundle_, veltoBundle_};
 }
 
-// What waits in the queue may hold the last pointers to views and controllers, so it goes while the services
-// still stand.
+// What waits in the queue may hold the last pointers to views
+// and controllers, so it goes while the services still stand.
 Platform::~Platform() {
   queue_->clear();
 }

@@ -1,5 +1,5 @@
-// Velto without a display: the whole library over an in-memory platform, for tests of a host application's ad
-// code.
+// Velto without a display: the whole library over an in-memory
+// platform, for tests of a host application's ad code.
 //
 //   auto platform = velto::headless::Platform::install();       // fresh: empty store, 2024-01-01T00:00:00Z
 //   platform->setPagesFinishByThemselves(true);                 // no need to play the page
@@ -13,10 +13,10 @@
 //   window.tapLink(*platform->webViews().at(0), "https://shop.example/");
 //   platform->application().opened;                              // where it led
 //
-// Nothing happens behind the test's back: callbacks come only inside runUntilIdle(), advance(), tap() and
-// their like, on the calling thread. Request completions play the transport's thread: while one runs, the
-// main queue says it is not current, and any call to a view throws std::logic_error. Install a fresh platform
-// for each test case.
+// Nothing happens behind the test's back: callbacks come only inside runUntilIdle(),
+// advance(), tap() and their like, on the calling thread. Request completions play the
+// transport's thread: while one runs, the main queue says it is not current, and any
+// call to a view throws std::logic_error. Install a fresh platform for each test case.
 #pragma once
 
 #include "velto/headless/HeadlessPlatform.h"

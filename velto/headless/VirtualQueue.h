@@ -42,8 +42,8 @@ class VirtualQueue : public MainQueue, public Clock {
   // Tasks that wait, due or not.
   size_t pending() const;
 
-  // For the scripted services. A task that stands for another thread (a transport's): isCurrent() is false
-  // while it runs.
+  // For the scripted services. A task that stands for another
+  // thread (a transport's): isCurrent() is false while it runs.
   void postOffMain(Nanoseconds delay, Task task);
   // Throws std::logic_error naming the operation when the caller does not stand on the main thread.
   void requireMain(const char* operation) const;

@@ -1,5 +1,5 @@
-// The measurement engine as a whole: until it is activated, nothing else of it works. One for the process;
-// main thread.
+// The measurement engine as a whole: until it is activated,
+// nothing else of it works. One for the process; main thread.
 #pragma once
 
 #include "velto/platform/Handle.h"

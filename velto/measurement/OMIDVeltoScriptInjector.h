@@ -1,5 +1,5 @@
-// Puts the service script into an ad's markup, before any other script. Used by the web view host; any
-// thread.
+// Puts the service script into an ad's markup, before any
+// other script. Used by the web view host; any thread.
 #pragma once
 
 #include "velto/measurement/OMIDVelto.h"

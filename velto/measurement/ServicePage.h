@@ -22,8 +22,8 @@ class ServicePage final : public WKNavigationDelegate {
   // A page that was in a view and is in none any more: whoever showed it is done with it.
   bool wasTakenAway();
 
-  // Calls an operation of the service (the last part of omsdk-v1.js); a page without the service stays as it
-  // is.
+  // Calls an operation of the service (the last part of
+  // omsdk-v1.js); a page without the service stays as it is.
   void call(const char* operation, const std::string& arguments);
   // Tells the scripts that it is over, and lets go of the page a second later.
   static void finish(std::shared_ptr<ServicePage> page);

@@ -24,9 +24,9 @@ class UIViewControllerOMSDKSDKVelto {
 
   virtual ~UIViewControllerOMSDKSDKVelto();
 
-  // Of an ad in a web view, of another network's ad, of a video. With a session already there the first two
-  // only make the view its main ad view (where one is given) and its obstruction friendly; a view may be
-  // null.
+  // Of an ad in a web view, of another network's ad, of a video. With a
+  // session already there the first two only make the view its main ad view
+  // (where one is given) and its obstruction friendly; a view may be null.
   void startOMSDKSessionFor(const View& adView, const View& friendlyObstructionView);
   void startOMSDKSessionForNativeWithFriendlyObstructionView(const View& view);
   void startOMSDKSessionForNativeVideo();

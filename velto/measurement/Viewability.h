@@ -1,6 +1,6 @@
-// How much of an ad can be seen: pure geometry, from what was found in the views (ViewSight.h) to what
-// verification scripts are told. Main thread or any other. Points, in the coordinates of the window's root
-// view.
+// How much of an ad can be seen: pure geometry, from what was found in the
+// views (ViewSight.h) to what verification scripts are told. Main thread
+// or any other. Points, in the coordinates of the window's root view.
 #pragma once
 
 #include "velto/platform/Geometry.h"

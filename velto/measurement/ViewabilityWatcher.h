@@ -1,6 +1,6 @@
-// Looks at an ad view again when something on the screen has changed: in the next turn of the main queue, but
-// at most every 200 ms. While nothing changes it does nothing at all. Owned by a measurement session; main
-// thread.
+// Looks at an ad view again when something on the screen has changed: in the
+// next turn of the main queue, but at most every 200 ms. While nothing changes
+// it does nothing at all. Owned by a measurement session; main thread.
 #pragma once
 
 #include "velto/measurement/Viewability.h"

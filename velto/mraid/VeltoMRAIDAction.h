@@ -1,5 +1,5 @@
-// One command of a page: an "mraid://" URL taken apart. Made for each command by the controller's dispatch;
-// any thread.
+// One command of a page: an "mraid://" URL taken apart. Made
+// for each command by the controller's dispatch; any thread.
 #pragma once
 
 #include "velto/mraid/VeltoMRAIDTables.h"
@@ -30,8 +30,8 @@ enum VeltoMRAIDActionType : uint64_t {
 
 class VeltoMRAIDAction {
  public:
-  // The host is the name; the value of the first query item, whatever its name, is the argument. Nothing for
-  // a URL without text.
+  // The host is the name; the value of the first query item, whatever
+  // its name, is the argument. Nothing for a URL without text.
   static std::optional<VeltoMRAIDAction> actionFrom(const NSURL& url) { return _init(url); }
   static std::optional<VeltoMRAIDAction> _init(const NSURL& url);
 

@@ -9,16 +9,17 @@
 #include "velto/platform/EKEventStore.h"
 #include "velto/platform/PHPhotoLibrary.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIDevice.h"
 #include "velto/platform/ui/WKWebView.h"
 
 namespace velto {
 namespace {
 
-enum State { Loading, Default, Expanded, Resized, Hidden };
-
-constexpr uint64_t allOrientations = 30;
-constexpr uint64_t portraitOnly = 2;
-constexpr uint64_t landscapeOnly = 16;
+// A bit for each orientation.
+constexpr uint64_t portraitOnly = 1 << UIDeviceOrientationPortrait;
+constexpr uint64_t landscapeOnly = 1 << UIDeviceOrientationLandscapeRight;
+constexpr uint64_t allOrientations = portraitOnly | 1 << UIDeviceOrientationPortraitUpsideDown |
+                                     1 << UIDeviceOrientationLandscapeLeft | landscapeOnly;
 
 }  // namespace
 
@@ -35,17 +36,17 @@ VeltoMRAIDHandler::~VeltoMRAIDHandler() {
 // --- states
 
 void VeltoMRAIDHandler::readyInlinePlacementType(const WebView& webView, CGSize maxSize) {
-  _ready(webView, maxSize, MRAIDPlacementType[1]);
+  _ready(webView, maxSize, MRAIDPlacementType[MRAIDPlacementInline]);
 }
 
 void VeltoMRAIDHandler::readyInterstitialPlacementType(const WebView& webView, CGSize maxSize) {
-  _ready(webView, maxSize, MRAIDPlacementType[2]);
+  _ready(webView, maxSize, MRAIDPlacementType[MRAIDPlacementInterstitial]);
 }
 
 void VeltoMRAIDHandler::_ready(const WebView& webView, CGSize maxSize, const char* type) {
   placementType = MRAIDText::entry(type);
   isViewable = true;
-  if (state == MRAIDState[Loading]) state = MRAIDState[Default];
+  if (state == MRAIDState[MRAIDStateLoading]) state = MRAIDState[MRAIDStateDefault];
   VeltoMRAIDBridge::mraidReady(webView, maxSize, *this);
 }
 
@@ -57,29 +58,29 @@ void VeltoMRAIDHandler::setIsViewable(bool viewable, const WebView& wkWebView) {
 }
 
 void VeltoMRAIDHandler::expand(const WebView& webView, const CGRect& frame) {
-  state = MRAIDState[Expanded];
+  state = MRAIDState[MRAIDStateExpanded];
   VeltoMRAIDBridge::mraidExpand(webView, frame, *this);
 }
 
 // Told with the statements of an expansion: the default position stays as the page knows it.
 void VeltoMRAIDHandler::closeExpand(const WebView& webView, const CGRect& frame) {
-  state = MRAIDState[Default];
+  state = MRAIDState[MRAIDStateDefault];
   VeltoMRAIDBridge::mraidExpand(webView, frame, *this);
   _resetOrientationLock();
 }
 
 void VeltoMRAIDHandler::resize(const WebView& webView, const CGRect& frame, bool notify) {
-  state = MRAIDState[Resized];
+  state = MRAIDState[MRAIDStateResized];
   VeltoMRAIDBridge::mraidResize(webView, frame, notify ? resizeProperty.get() : nullptr, *this);
 }
 
 void VeltoMRAIDHandler::closeResize(const WebView& webView, const CGRect& frame) {
-  state = MRAIDState[Default];
+  state = MRAIDState[MRAIDStateDefault];
   VeltoMRAIDBridge::mraidCloseResize(webView, frame, *this);
 }
 
 void VeltoMRAIDHandler::closeInterstitial(const WebView& webView) {
-  state = MRAIDState[Hidden];
+  state = MRAIDState[MRAIDStateHidden];
   isViewable = false;
   VeltoMRAIDBridge::mraidCloseInterstitial(webView, *this);
 }
@@ -97,15 +98,16 @@ void VeltoMRAIDHandler::setOrientationProperty(std::shared_ptr<VeltoMRAIDPropert
 
 void VeltoMRAIDHandler::_updateOrientation() {
   const MRAIDText& forced = orientationProperty_->forceOrientation;
-  if (forced.isEntry(MRAIDOrientation[2])) orientationMask = allOrientations;
-  if (placementType == MRAIDPlacementType[2] || state == MRAIDState[Expanded]) {
-    orientation = 0;
+  if (forced.isEntry(MRAIDOrientation[MRAIDOrientationNone])) orientationMask = allOrientations;
+  if (placementType == MRAIDPlacementType[MRAIDPlacementInterstitial] ||
+      state == MRAIDState[MRAIDStateExpanded]) {
+    orientation = UIDeviceOrientationUnknown;
     orientationMask = allOrientations;
-    if (forced == MRAIDOrientation[0]) {
-      orientation = 1;
+    if (forced == MRAIDOrientation[MRAIDOrientationPortrait]) {
+      orientation = UIDeviceOrientationPortrait;
       orientationMask = portraitOnly;
-    } else if (forced == MRAIDOrientation[1]) {
-      orientation = 4;
+    } else if (forced == MRAIDOrientation[MRAIDOrientationLandscape]) {
+      orientation = UIDeviceOrientationLandscapeRight;
       orientationMask = landscapeOnly;
     }
   }

@@ -27,10 +27,10 @@ class VeltoMRAIDHandler {
   ~VeltoMRAIDHandler();
 
   bool isViewable = false;
-  std::string state = MRAIDState[0];
-  MRAIDText placementType = MRAIDText::entry(MRAIDPlacementType[0]);
-  int64_t orientation = 0;        // that the ad forces: 0 none, 1 portrait, 4 landscape
-  uint64_t orientationMask = 30;  // that the ad allows: 30 all, 2 portrait only, 16 landscape only
+  std::string state = MRAIDState[MRAIDStateLoading];
+  MRAIDText placementType = MRAIDText::entry(MRAIDPlacementType[MRAIDPlacementUnknown]);
+  int64_t orientation = 0;        // that the ad forces, UIDeviceOrientation…; 0 for none
+  uint64_t orientationMask = 30;  // that the ad allows, a bit for each UIDeviceOrientation…; at first all
   std::shared_ptr<VeltoMRAIDPropertyExpand> expandProperty;
   std::shared_ptr<VeltoMRAIDPropertyResize> resizeProperty;
   std::shared_ptr<VeltoMRAIDPropertyCurrentAppOrientation> currentAppOrientation;

@@ -148,7 +148,7 @@ bool VeltoMRAIDPropertyCurrentAppOrientation::_init(const std::string& json) {
   const auto* object = value ? value->object() : nullptr;
   if (!object) return false;
   locked = boolValue(*object, "locked");
-  orientation = stringValue(*object, "orientation").value_or(MRAIDOrientation[2]);
+  orientation = stringValue(*object, "orientation").value_or(MRAIDOrientation[MRAIDOrientationNone]);
   return true;
 }
 

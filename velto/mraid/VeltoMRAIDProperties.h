@@ -66,7 +66,7 @@ class VeltoMRAIDPropertyOrientation : public VeltoMRAIDProperty {
 
   bool allowOrientationChange = false;
   // The table's own "none" where the page named nothing, which differs from a "none" that it wrote.
-  MRAIDText forceOrientation = MRAIDText::entry(MRAIDOrientation[2]);
+  MRAIDText forceOrientation = MRAIDText::entry(MRAIDOrientation[MRAIDOrientationNone]);
 
  private:
   bool _init(const std::string& json);
@@ -78,7 +78,7 @@ class VeltoMRAIDPropertyCurrentAppOrientation : public VeltoMRAIDProperty {
   std::string description() const override;
 
   bool locked = false;
-  std::string orientation = MRAIDOrientation[2];
+  std::string orientation = MRAIDOrientation[MRAIDOrientationNone];
 
  private:
   bool _init(const std::string& json);

@@ -1,5 +1,5 @@
-// The calendar event that a page asks to be added (the W3C fields that MRAID passes on), and when it comes
-// again. Any thread.
+// The calendar event that a page asks to be added (the W3C fields
+// that MRAID passes on), and when it comes again. Any thread.
 #pragma once
 
 #include "velto/mraid/VeltoMRAIDProperties.h"

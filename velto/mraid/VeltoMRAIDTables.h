@@ -37,6 +37,19 @@ inline constexpr std::array<const char*, 11> MRAIDFunction{
 inline constexpr std::array<const char*, 5> MRAIDState{"loading", "default", "expanded", "resized", "hidden"};
 inline constexpr std::array<const char*, 3> MRAIDPlacementType{"unknown", "inline", "interstitial"};
 inline constexpr std::array<const char*, 3> MRAIDOrientation{"portrait", "landscape", "none"};
+enum MRAIDStateIndex : size_t {
+  MRAIDStateLoading,
+  MRAIDStateDefault,
+  MRAIDStateExpanded,
+  MRAIDStateResized,
+  MRAIDStateHidden,
+};
+enum MRAIDPlacementIndex : size_t { MRAIDPlacementUnknown, MRAIDPlacementInline, MRAIDPlacementInterstitial };
+enum MRAIDOrientationIndex : size_t {
+  MRAIDOrientationPortrait,
+  MRAIDOrientationLandscape,
+  MRAIDOrientationNone
+};
 inline constexpr std::array<const char*, 7> MRAIDFeature{"sms",      "tel",   "storePicture", "inlineVideo",
                                                          "calendar", "vpaid", "location"};
 inline constexpr std::array<const char*, 7> MRAIDEvents{

@@ -1,5 +1,5 @@
-// A video behind a URL, and what is known of it. It is loaded by the player that it is given to. Main thread
-// only.
+// A video behind a URL, and what is known of it. It is loaded
+// by the player that it is given to. Main thread only.
 #pragma once
 
 #include "velto/platform/CMTime.h"

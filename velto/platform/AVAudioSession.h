@@ -19,8 +19,8 @@ class AVAudioSession {
   static AVAudioSession& sharedInstance();
   virtual ~AVAudioSession() = default;
 
-  // 0 (also when muted) … 1. On a device without sound, before the session is active, and when the volume
-  // cannot be told: 1.
+  // 0 (also when muted) … 1. On a device without sound, before
+  // the session is active, and when the volume cannot be told: 1.
   virtual float outputVolume() const = 0;
 
   // Calls back with each new value, until the handle goes. Throws std::invalid_argument for a key path other

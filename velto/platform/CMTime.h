@@ -1,5 +1,5 @@
-// A media time as a rational number of seconds, and what is computed with it. Shared by all platforms; any
-// thread.
+// A media time as a rational number of seconds, and what is
+// computed with it. Shared by all platforms; any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Supplied by the platform: the time. Nothing in the library reads a clock of its own, so tests run in
-// virtual time.
+// Supplied by the platform: the time. Nothing in the library
+// reads a clock of its own, so tests run in virtual time.
 #pragma once
 
 namespace velto {

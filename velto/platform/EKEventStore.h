@@ -12,8 +12,8 @@
 
 namespace velto {
 
-// Access of the host application to calendars and pictures: 0 not determined, 1 restricted, 2 denied, 3
-// authorised.
+// Access of the host application to calendars and pictures:
+// 0 not determined, 1 restricted, 2 denied, 3 authorised.
 using AuthorizationStatus = int64_t;
 inline constexpr AuthorizationStatus AuthorizationStatusNotDetermined = 0;
 inline constexpr AuthorizationStatus AuthorizationStatusAuthorized = 3;

@@ -1,6 +1,6 @@
-// A move-only right to be called back. Timers, observers, display links and prepared web content are all
-// returned as one: destroying it, or calling cancel(), ends the callbacks. Used by every room of the library;
-// supplied by platforms.
+// A move-only right to be called back. Timers, observers, display links and
+// prepared web content are all returned as one: destroying it, or calling cancel(),
+// ends the callbacks. Used by all of the library; supplied by platforms.
 #pragma once
 
 #include <functional>

@@ -14,8 +14,8 @@ class MainQueue {
 
   virtual ~MainQueue() = default;
 
-  // Runs the task later on the main thread, never inside this call. Any thread. Tasks of one thread keep
-  // their order.
+  // Runs the task later on the main thread, never inside this
+  // call. Any thread. Tasks of one thread keep their order.
   virtual void post(Task task) = 0;
 
   // The same after a delay. Any thread. Equal due times run in the order of the calls.

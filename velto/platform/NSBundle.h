@@ -1,5 +1,5 @@
-// Supplied by the platform: what is known of an application or library as it was delivered, and its resource
-// files.
+// Supplied by the platform: what is known of an application
+// or library as it was delivered, and its resource files.
 #pragma once
 
 #include <map>
@@ -17,8 +17,8 @@ class NSBundle {
 
   // Reverse-domain name, such as "org.example.player".
   virtual std::optional<std::string> bundleIdentifier() const = 0;
-  // Facts under the keys of an information dictionary ("CFBundleName", "CFBundleShortVersionString"); nothing
-  // when the bundle has none.
+  // Facts under the keys of an information dictionary ("CFBundleName",
+  // "CFBundleShortVersionString"); nothing when the bundle has none.
   virtual std::optional<std::map<std::string, std::string>> infoDictionary() const = 0;
   // Languages of the bundle that the user prefers, best first (BCP 47 tags).
   virtual std::vector<std::string> preferredLocalizations() const = 0;

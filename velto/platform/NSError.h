@@ -1,5 +1,5 @@
-// A system error: a domain (such as "libcurl" or "NSURLErrorDomain"), a number of that domain and a text for
-// people.
+// A system error: a domain (such as "libcurl" or "NSURLErrorDomain"),
+// a number of that domain and a text for people.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// A process-wide notice board, shared by all platforms: objects post a named notification, observers of that
-// name hear it.
+// A process-wide notice board, shared by all platforms: objects
+// post a named notification, observers of that name hear it.
 #pragma once
 
 #include "velto/platform/Handle.h"
@@ -14,8 +14,8 @@
 
 namespace velto {
 
-// Base of the classes whose instances are sent as a notification's object; receivers tell them apart by their
-// type.
+// Base of the classes whose instances are sent as a
+// notification's object; receivers tell them apart by their type.
 class NotificationObject {
  public:
   virtual ~NotificationObject() = default;

@@ -10,8 +10,8 @@ namespace velto {
 
 class NSTimer {
  public:
-  // Fires every `seconds` on the main thread, first after one interval, until invalidated or destroyed. Main
-  // thread.
+  // Fires every `seconds` on the main thread, first after one
+  // interval, until invalidated or destroyed. Main thread.
   static std::unique_ptr<NSTimer> scheduledTimerWithTimeInterval(double seconds,
                                                                  std::function<void()> action);
 

@@ -34,8 +34,8 @@ struct NSURLRequest {
   std::string httpMethod = "GET";
   HeaderFields allHTTPHeaderFields;
   std::optional<std::string> httpBody;
-  // Bytes of the answer's body, decompressed: one that grows longer is cut off and an error. Nothing: the
-  // session's own bound.
+  // Bytes of the answer's body, decompressed: one that grows longer
+  // is cut off and an error. Nothing: the session's own bound.
   std::optional<size_t> maximumBodySize = std::nullopt;
 };
 
@@ -49,19 +49,19 @@ struct NSURLResponse {
 
 class NSURLSession {
  public:
-  // Exactly one call for each task. An HTTP answer always carries data, empty when there was no body. A
-  // transport failure (no connection, time-out, TLS, more data than promised or allowed, or less) carries an
-  // error.
+  // Exactly one call for each task. An HTTP answer always carries data, empty
+  // when there was no body. A transport failure (no connection, time-out,
+  // TLS, more data than promised or allowed, or less) carries an error.
   using Completion =
       std::function<void(std::optional<std::string> data, std::shared_ptr<const NSURLResponse> response,
                          std::optional<NSError> error)>;
 
   virtual ~NSURLSession() = default;
 
-  // Starts the request: http and https only, redirects followed, cookies neither sent nor kept. Any thread.
-  // The completion is called on the session's own queue, one at a time, never on the main thread and never
-  // inside this call. A task lives until it has answered; when the platform goes away first, its completion
-  // is destroyed uncalled.
+  // Starts the request: http and https only, redirects followed, cookies neither sent
+  // nor kept. Any thread. The completion is called on the session's own queue, one at a
+  // time, never on the main thread and never inside this call. A task lives until it has
+  // answered; when the platform goes away first, its completion is destroyed uncalled.
   virtual void dataTask(NSURLRequest request, Completion completion) = 0;
 };
 

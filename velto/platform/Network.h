@@ -27,8 +27,8 @@ class SCNetworkReachability {
  public:
   virtual ~SCNetworkReachability() = default;
   virtual std::optional<uint32_t> flags() const = 0;  // nothing when they cannot be read
-  // Calls back after each change, on the main thread, until the handle goes. Nothing (an empty handle) when
-  // changes cannot be watched.
+  // Calls back after each change, on the main thread, until the handle
+  // goes. Nothing (an empty handle) when changes cannot be watched.
   virtual Handle setCallback(std::function<void()> changed) = 0;
 };
 

@@ -1,6 +1,6 @@
-// The seam: everything that the library asks of the system below it, in one object. A platform supplies it
-// (velto::gtk, velto::headless, or a port of your own: docs/porting.md); the library reads it through
-// Platform::current().
+// The seam: everything that the library asks of the system below it, in one
+// object. A platform supplies it (velto::gtk, velto::headless, or a port of
+// your own: docs/porting.md); the library reads it through Platform::current().
 #pragma once
 
 #include "velto/platform/NSNotificationCenter.h"
@@ -43,9 +43,9 @@ class Platform {
   static Platform& current();
   static Platform* currentOrNull();
 
-  // Installs a platform (null: removes it). The library's singletons belong to the platform they were made on
-  // and end with it, so a test that installs a fresh one starts from nothing. Main thread, never inside a
-  // callback of the old one.
+  // Installs a platform (null: removes it). The library's singletons belong to the
+  // platform they were made on and end with it, so a test that installs a fresh
+  // one starts from nothing. Main thread, never inside a callback of the old one.
   static void install(std::shared_ptr<Platform> platform);
 
   Platform() = default;

@@ -23,8 +23,8 @@ class UIColor {
   static UIColor clearColor() { return UIColor(); }
   static UIColor blackColor() { return colorWithWhite(0, 1); }
   static UIColor whiteColor() { return colorWithWhite(1, 1); }
-  // A colour that the platform paints in a way of its own (a pattern, a theme's); it cannot be read as
-  // components.
+  // A colour that the platform paints in a way of its own (a
+  // pattern, a theme's); it cannot be read as components.
   static UIColor unreadable() {
     UIColor color;
     color.components_.reset();

@@ -12,9 +12,13 @@ namespace velto {
 
 enum class UIUserInterfaceIdiom { Phone = 0, Pad = 1 };
 
-// Device orientations: 0 unknown, 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up,
-// 6 face down.
+// Beside these: 5 face up, 6 face down.
 using UIDeviceOrientation = int64_t;
+inline constexpr UIDeviceOrientation UIDeviceOrientationUnknown = 0;
+inline constexpr UIDeviceOrientation UIDeviceOrientationPortrait = 1;
+inline constexpr UIDeviceOrientation UIDeviceOrientationPortraitUpsideDown = 2;
+inline constexpr UIDeviceOrientation UIDeviceOrientationLandscapeLeft = 3;
+inline constexpr UIDeviceOrientation UIDeviceOrientationLandscapeRight = 4;
 
 // Values are asked afresh each time, from any thread unless stated.
 class UIDevice {

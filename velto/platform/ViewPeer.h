@@ -1,10 +1,10 @@
-// Supplied by the platform: what stands behind each view on the screen. The view tree, its layout and its
-// animations are the library's own (platform/ui/); a peer only puts one view where it is told and reports
-// what a person does to it.
+// Supplied by the platform: what stands behind each view on the screen. The view
+// tree, its layout and its animations are the library's own (platform/ui/); a
+// peer only puts one view where it is told and reports what a person does to it.
 //
-// Everything here is called on the main thread and calls back on it. A peer is made with its view, owned by
-// it, and dies with it; whatever it shows must be gone from the screen by then. Frames are in the superview's
-// coordinates.
+// Everything here is called on the main thread and calls back on it. A peer is
+// made with its view, owned by it, and dies with it; whatever it shows must be
+// gone from the screen by then. Frames are in the superview's coordinates.
 #pragma once
 
 #include "velto/platform/Geometry.h"
@@ -35,16 +35,16 @@ class ViewPeer {
  public:
   virtual ~ViewPeer() = default;
 
-  // The view that this peer stands for, set before any other call. A person's touch is reported to it:
-  // UIView::peerTapped().
+  // The view that this peer stands for, set before any other call.
+  // A person's touch is reported to it: UIView::peerTapped().
   void setOwner(UIView* owner) { owner_ = owner; }
 
   virtual void setFrame(const CGRect& frame) = 0;  // also many times a second, while an animation runs
   virtual void setAlpha(double alpha) = 0;         // 0 … 1
   virtual void setHidden(bool hidden) = 0;
   virtual void setBackgroundColor(const UIColor& color) = 0;
-  virtual void setTouchable(
-      bool touchable) = 0;  // whether taps are to be reported; they still reach what is below
+  // Whether taps are to be reported; they still reach what is below.
+  virtual void setTouchable(bool touchable) = 0;
 
   // While it is on, this view, which lies over all others of its window, has the keyboard: the focus goes
   // into it, cannot leave it, and goes back where it was when it ends; Escape is reported to it
@@ -85,8 +85,8 @@ struct ButtonLook {
   std::optional<ButtonShape> shape;
 };
 
-// A push button. Reports UIButton::peerHighlighted() while pressed and UIButton::peerTouchedUpInside() when
-// let go inside.
+// A push button. Reports UIButton::peerHighlighted() while
+// pressed and UIButton::peerTouchedUpInside() when let go inside.
 class ButtonPeer : public virtual ViewPeer {
  public:
   virtual void setLook(const ButtonLook& look) = 0;
@@ -123,8 +123,8 @@ class WebViewPeer : public virtual ViewPeer {
   bool paintsContent() const override { return true; }
 };
 
-// A web process held ready for the next web view: destroying it lets the process go, unless a view took it
-// over.
+// A web process held ready for the next web view: destroying
+// it lets the process go, unless a view took it over.
 class PreparedWebContent {
  public:
   virtual ~PreparedWebContent() = default;
@@ -136,8 +136,8 @@ class ViewSystem {
 
   virtual std::unique_ptr<ViewPeer> makeView() = 0;
   virtual std::unique_ptr<ButtonPeer> makeButton() = 0;
-  // The configuration may name prepared content to use and a web view whose process to share; both are
-  // wishes.
+  // The configuration may name prepared content to use and
+  // a web view whose process to share; both are wishes.
   virtual std::unique_ptr<WebViewPeer> makeWebView(const WKWebViewConfiguration& configuration) = 0;
 
   // Starts what the first load of a web view would otherwise wait for, in the background; null where nothing

@@ -7,8 +7,8 @@
 
 namespace velto {
 
-// The text of a script by its file name ("mraid.js"), for the life of the process; nothing when there is
-// none.
+// The text of a script by its file name ("mraid.js"), for
+// the life of the process; nothing when there is none.
 std::optional<std::string_view> resourceText(std::string_view name);
 
 }  // namespace velto

@@ -15,8 +15,8 @@ constexpr char storeKey[] = "kVeltoTrackIdentifierKey";
 constexpr char clickName[] = "click";
 constexpr double pollingInterval = 10;  // seconds
 constexpr char acknowledgement[] = "1";
-// Room for a server's short complaint, so that the connection stays in use; a longer body cannot be an
-// acknowledgement.
+// Room for a server's short complaint, so that the connection
+// stays in use; a longer body cannot be an acknowledgement.
 constexpr size_t longestAnswer = 1024;
 
 const char* nameOf(VeltoTrackType type) {
@@ -151,8 +151,8 @@ void VeltoTrackerManager::save(const std::string& identifier, const std::optiona
 
 // --- sending
 
-// What is not acknowledged stays in progress, so that polling leaves it alone until the application starts
-// again.
+// What is not acknowledged stays in progress, so that polling
+// leaves it alone until the application starts again.
 void VeltoTrackerManager::_sendTrackIdentifier(const std::string& identifier, VeltoTrackType trackType,
                                                bool toBeStored) {
   identifierInProgress_.insert(identifier);

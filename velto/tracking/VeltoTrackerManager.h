@@ -1,9 +1,9 @@
-// Reports installs and clicks to the tracking server. Each event becomes an opaque identifier text, which
-// stays in the store until the server acknowledged it: it is sent at once, and after that once in each later
-// run of the application.
+// Reports installs and clicks to the tracking server. Each event becomes an opaque
+// identifier text, which stays in the store until the server acknowledged it: it
+// is sent at once, and after that once in each later run of the application.
 //
-// The static operations are called by VeltoDataStore, VeltoFramework and the controllers. All else happens on
-// the main thread.
+// The static operations are called by VeltoDataStore, VeltoFramework
+// and the controllers. All else happens on the main thread.
 #pragma once
 
 #include "velto/platform/Handle.h"
@@ -63,8 +63,8 @@ class VeltoTrackerManager {
   VeltoTrackType getTrackTypeFromTrackIdenfier(const std::string& identifier);
   void storeTrackIdentifier(const std::string& identifier, VeltoTrackType trackType);
   void deleteTrackIdentifier(const std::string& identifier);
-  // The completion comes in a later turn of the main queue with whether the server acknowledged; never for a
-  // type that has no request.
+  // The completion comes in a later turn of the main queue with whether
+  // the server acknowledged; never for a type that has no request.
   void taskWithTrackInstall(const std::string& identifier, VeltoTrackType trackType,
                             std::function<void(bool success)> completionHandler);
 

@@ -24,7 +24,11 @@ bool UIViewControllerUIAnimationSDKVelto::commitAnimationForAdView(const std::sh
       animateWithDuration(interstitialSeconds, 0, adView, {.frame = std::nullopt, .alpha = 1.0}, nullptr);
     return true;
   }
-  if (animation == VeltoAnimationNone) return false;
+  if (!adView) return false;
+  if (animation == VeltoAnimationNone) {
+    adView->setAlpha(1);  // it may have been prepared for another kind, which was taken back since
+    return false;
+  }
   adView->layoutIfNeeded();  // the slide ends where the constraints put the view
   VeltoUIAnimation::animatePresentView(adView, viewController().view(), nullptr, adView->frame(), animation,
                                        bannerSeconds, 0, nullptr);

@@ -157,7 +157,7 @@ CGRect UIViewControllerUISDKVelto::getFullScreenFrameFor(const View& view,
 
 void UIViewControllerUISDKVelto::setOrientation(int64_t orientation,
                                                 bool postCurrentOrientationNotification) {
-  if (orientation == 0) return;
+  if (orientation == UIDeviceOrientationUnknown) return;
   auto& platform = Platform::current();
   if (postCurrentOrientationNotification)
     platform.notificationCenter().postNotification(

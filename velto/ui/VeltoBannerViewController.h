@@ -1,7 +1,9 @@
 // A banner: what a host application creates to show ads inside one of its own views. Main thread.
 //
 //   auto banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
-//   VeltoBannerPositionBottom); banner->setEnableAutoRefresh(true); banner->load();
+//                                                             VeltoBannerPositionBottom);
+//   banner->setEnableAutoRefresh(true);
+//   banner->load();
 //
 // The delegate (VeltoDelegates.h) is held weakly. Destroying this object removes the banner.
 #pragma once
@@ -22,16 +24,14 @@ class VeltoBannerViewController {
  public:
   using Delegate = std::shared_ptr<VeltoBannerViewControllerDelegate>;
 
-  // In the view of the delegate's view controller: at a position, or with its top left corner at a point of
-  // it.
+  // In the view of the delegate's view controller: at a position, or with its top left corner at a point.
   static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
                                                                      VeltoBannerSize andSize,
                                                                      VeltoBannerPosition andPosition);
   static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
                                                                      VeltoBannerSize andSize,
                                                                      CGPoint andLocation);
-  // In another view of that controller: at its top, or at a point of it. A view elsewhere makes every load
-  // fail.
+  // In another view of that controller: at its top, or at a point. A view elsewhere makes every load fail.
   static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
                                                                      VeltoBannerSize andSize,
                                                                      const std::shared_ptr<UIView>& andView);
@@ -53,8 +53,8 @@ class VeltoBannerViewController {
   // is on its way by then is shown all the same; to get rid of that, too, let go of this object.
   void removeBanner();
 
-  // Take effect at the next load. Seconds from the start of one load to the next; below 1 there is no
-  // refreshing.
+  // Take effect at the next load. Seconds from the start of one load to that of the next; below 1 there is
+  // no refreshing.
   void setRefreshTimeSeconds(int64_t seconds);  // 30 by default
   void setEnableAutoRefresh(bool enable);       // off by default
   void setAnimation(VeltoAnimation animation);  // how the first ad comes in; none by default

@@ -15,6 +15,9 @@ constexpr double titleSize = 18;
 constexpr double shadowOpacity = 0.8;
 constexpr double shadowRadius = 8;
 constexpr double defaultLineWidth = 2;
+constexpr float visibleMargin = 16;  // points
+constexpr float visibleSize = 33;
+constexpr float closeRegion = 50;  // as large as MRAID has it
 
 // Truncated; a server may send any number.
 int64_t wholeSeconds(double seconds) {
@@ -29,8 +32,8 @@ VeltoCloseButtonUIConfiguration VeltoCloseButtonUIConfiguration::configurationWi
                                                                                    uint64_t margin,
                                                                                    uint64_t size) {
   VeltoCloseButtonUIConfiguration made;
-  made.margin = margin == 0 ? 16 : 0;
-  made.size = size == 0 ? 33 : 50;
+  made.margin = margin == 0 ? visibleMargin : 0;
+  made.size = size == 0 ? visibleSize : closeRegion;
   made.buttonType = buttonType;
   made.position = position;
   return made;

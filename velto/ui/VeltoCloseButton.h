@@ -27,8 +27,8 @@ enum VeltoClosePosition : int64_t {
 // Where the button stands and how large it is. A plain value.
 class VeltoCloseButtonUIConfiguration {
  public:
-  // The flags choose between two margins (16 or 0 points) and two sizes (33 or 50 points): 0 the first, else
-  // the second.
+  // The flags choose between two margins (16 or 0 points) and
+  // two sizes (33 or 50 points): 0 the first, else the second.
   static VeltoCloseButtonUIConfiguration configurationWith(uint64_t buttonType, int64_t position,
                                                            uint64_t margin, uint64_t size);
   static VeltoCloseButtonUIConfiguration defaultForInterstitial();

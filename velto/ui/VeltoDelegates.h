@@ -1,7 +1,7 @@
-// What a host application implements to hear of its ads. All calls come on the main thread. The controller
-// given is the working controller inside the public one (VeltoBannerViewController::vc()). Delegates are held
-// weakly, but for the time that a request is on its way. An application that is done with an ad lets the ad
-// go first.
+// What a host application implements to hear of its ads. All calls come on the main
+// thread. The controller given is the working controller inside the public one
+// (VeltoBannerViewController::vc()). Delegates are held weakly, but for the time that a
+// request is on its way. An application that is done with an ad lets the ad go first.
 #pragma once
 
 #include "velto/core/VeltoErrorAd.h"

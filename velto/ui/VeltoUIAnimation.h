@@ -1,5 +1,5 @@
-// How ads come in: slides with and without spring for banners and interstitials, and the fade with which the
-// latter go. Main thread.
+// How ads come in: slides with and without spring for banners and
+// interstitials, and the fade with which the latter go. Main thread.
 #pragma once
 
 #include "velto/core/VeltoConstants.h"

@@ -3,8 +3,8 @@
 // fails, and when what presented it goes. Leaving, it tells its delegate, lets its player go and ends its
 // measurement session; a screen that left has no player and does not come back.
 //
-// Keys: space plays and pauses, left and right move five seconds, up and down change the volume, Escape
-// closes.
+// Keys: space plays and pauses, left and right move five
+// seconds, up and down change the volume, Escape closes.
 #pragma once
 
 #include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
@@ -22,8 +22,8 @@ class AVPlayerViewController;
 class AVPlayerViewControllerDelegate {
  public:
   virtual ~AVPlayerViewControllerDelegate() = default;
-  // playerViewController:willEndFullScreenPresentationWithAnimationCoordinator: once, while the player is
-  // still there.
+  // playerViewController:willEndFullScreenPresentationWithAnimationCoordinator:
+  // once, while the player is still there.
   virtual void playerViewController(AVPlayerViewController& screen,
                                     UIViewControllerTransitionCoordinator& coordinator) = 0;
 };

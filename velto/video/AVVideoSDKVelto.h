@@ -1,6 +1,6 @@
-// Plays a video full screen over a controller that shows ads, and tells the video's measurement session how
-// far it got. A mixin of the working controllers; main thread. Whoever plays a second video before the first
-// is over ends the first.
+// Plays a video full screen over a controller that shows ads, and tells the video's
+// measurement session how far it got. A mixin of the working controllers; main
+// thread. Whoever plays a second video before the first is over ends the first.
 #pragma once
 
 #include "velto/platform/AVPlayer.h"

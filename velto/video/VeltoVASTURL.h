@@ -1,10 +1,9 @@
-// Builds the URL of a request for a video ad (a VAST document), for applications that play video themselves:
-// they fetch the document and play it. Public. A plain value; any thread, once a platform is installed (it
-// needs no window).
+// Builds the URL of a request for a video ad (a VAST document), for applications that play video
+// themselves: they fetch the document and play it. Public. A plain value; any thread, once a platform is
+// installed (it needs no window).
 //
-//   auto request = velto::VeltoVASTURL::VASTURLforHost("video.example.com", "your-key", 1, 640, 360, "My
-//   Player",
-//                                                      "https://apps.example.com/my-player");
+//   auto request = velto::VeltoVASTURL::VASTURLforHost("video.example.com", "your-key", 1, 640, 360,
+//                                                      "My Player", "https://apps.example.com/my-player");
 //   request->setMaxDurationVideoSeconds(30);
 //   fetch(request->stringURL().value());
 //

@@ -37,8 +37,8 @@ std::optional<std::string> imageExtension(const std::string& bytes);
 // A file's name for what came from an address: its last part without what other systems or people would
 // stumble over, and the extension of what it really is.
 std::string pictureName(const std::string& address, const std::string& extension);
-// Writes a new file; where there is one of that name already, under a name with a number. False when it
-// cannot be written.
+// Writes a new file; where there is one of that name already,
+// under a name with a number. False when it cannot be written.
 bool writePicture(const std::filesystem::path& folder, const std::string& name, const std::string& bytes);
 
 }  // namespace velto::gtk

@@ -1,5 +1,5 @@
-// The calendar module: evolution-data-server by libecal. It connects for each event, as they are rare, and
-// keeps nothing.
+// The calendar module: evolution-data-server by libecal. It
+// connects for each event, as they are rare, and keeps nothing.
 #include "velto/gtk/services/CalendarModule.h"
 #include "velto/platform/foundation/GMemory.h"
 
@@ -11,8 +11,8 @@ using velto::GPtr;
 
 constexpr auto withoutWaiting = static_cast<guint32>(-1);  // for a server: what is new goes there later
 
-// A source is the description of a calendar. The default one is asked for only where there is any, as libecal
-// complains otherwise.
+// A source is the description of a calendar. The default one is
+// asked for only where there is any, as libecal complains otherwise.
 GPtr<ESource> defaultCalendar(ESourceRegistry* registry) {
   GList* enabled = e_source_registry_list_enabled(registry, E_SOURCE_EXTENSION_CALENDAR);
   const bool some = enabled != nullptr;

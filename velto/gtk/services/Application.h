@@ -1,5 +1,5 @@
-// Opening of URLs by the desktop's other applications, and the user's wishes about the interface. Main
-// thread.
+// Opening of URLs by the desktop's other applications,
+// and the user's wishes about the interface. Main thread.
 #pragma once
 
 #include "velto/gtk/Signal.h"
@@ -17,8 +17,8 @@ namespace velto::gtk {
 
 class Application : public UIApplication {
  public:
-  // `refused` (may be empty) is called with each address that was not opened for a page because nobody had
-  // touched it.
+  // `refused` (may be empty) is called with each address that
+  // was not opened for a page because nobody had touched it.
   Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
               std::function<void(const std::string& address)> refused);
   TouchGuard& touchGuard() { return touchGuard_; }
@@ -43,8 +43,8 @@ class Application : public UIApplication {
   MainQueue& mainQueue_;
   TouchGuard touchGuard_;
   std::function<void(const std::string&)> refused_;
-  std::shared_ptr<int> alive_ =
-      std::make_shared<int>();  // what still waits for an answer looks whether anybody wants it
+  // What still waits for an answer looks whether anybody wants it.
+  std::shared_ptr<int> alive_ = std::make_shared<int>();
   mutable std::unordered_map<std::string, bool> openable_;  // by scheme; asked in every navigation
   mutable UriPortal portal_;
   GPtr<GAppInfoMonitor> monitor_;

@@ -1,5 +1,5 @@
-// The host application and the library as bundles. Any thread; both are made by the platform and never
-// change.
+// The host application and the library as bundles. Any
+// thread; both are made by the platform and never change.
 #pragma once
 
 #include "velto/platform/NSBundle.h"

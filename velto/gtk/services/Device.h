@@ -24,15 +24,15 @@ class Device : public UIDevice {
   // The product's name in the firmware's tables or the device tree, else the processor's architecture.
   std::string machine() const override;
   int64_t bootTime() const override;
-  // Everything but a handset counts as a tablet; what does not tell its case is a handset when its screen is
-  // as narrow as one.
+  // Everything but a handset counts as a tablet; what does not tell
+  // its case is a handset when its screen is as narrow as one.
   UIUserInterfaceIdiom userInterfaceIdiom() const override;
   bool isSystemVersionAtLeast(int) const override {
     return true;
   }  // the interfaces offered are the current ones
-  // What was set, or sensed, last. Without a sensor it is that of the application's window, once one is
-  // shown: upright when it is higher than wide; before, that of a screen which is upright, and otherwise
-  // unknown.
+  // What was set, or sensed, last. Without a sensor it is that of the
+  // application's window, once one is shown: upright when it is higher than
+  // wide; before, that of a screen which is upright, and otherwise unknown.
   UIDeviceOrientation orientation() const override;
   void setOrientation(UIDeviceOrientation orientation) override { orientation_ = orientation; }
   void turned(UIDeviceOrientation sensed) {

@@ -1,6 +1,6 @@
-// Whether a person can see the application. Told by the host windows (HostWindow) or by the application
-// itself (VeltoGtk.h); tells the library, which has no business to do for an application out of sight. Main
-// thread.
+// Whether a person can see the application. Told by the host windows
+// (HostWindow) or by the application itself (VeltoGtk.h); tells the library,
+// which has no business to do for an application out of sight. Main thread.
 #pragma once
 
 #include "velto/platform/NSNotificationCenter.h"

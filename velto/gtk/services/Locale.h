@@ -8,8 +8,8 @@
 
 namespace velto::gtk {
 
-// Languages that the user prefers, best first, as BCP 47 tags without repetitions. Never empty: "en" stands
-// for the locale "C".
+// Languages that the user prefers, best first, as BCP 47 tags
+// without repetitions. Never empty: "en" stands for the locale "C".
 std::vector<std::string> preferredLanguageTags();
 
 class Locale : public NSLocale {

@@ -9,8 +9,8 @@ constexpr char path[] = "/net/hadess/SensorProxy";
 }
 
 UIDeviceOrientation orientationOf(const std::string& sensed, bool isPanelUpright) {
-  // A device whose left edge is up was turned to the right. A lying panel counts as an upright one that was
-  // turned to the left.
+  // A device whose left edge is up was turned to the right. A lying
+  // panel counts as an upright one that was turned to the left.
   static const std::map<std::string, UIDeviceOrientation> upright{
       {"normal", 1}, {"bottom-up", 2}, {"right-up", 3}, {"left-up", 4}};
   static const std::map<std::string, UIDeviceOrientation> lying{

@@ -33,8 +33,8 @@ class OrientationSensor : public BusService {
   bool claimed_ = false;
 };
 
-// The device's orientation for the sensor's word: "normal" means as the panel was built in, upright or lying.
-// 0 for any other word.
+// The device's orientation for the sensor's word: "normal" means as
+// the panel was built in, upright or lying. 0 for any other word.
 UIDeviceOrientation orientationOf(const std::string& sensed, bool isPanelUpright);
 
 }  // namespace velto::gtk

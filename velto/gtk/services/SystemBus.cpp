@@ -8,8 +8,8 @@
 
 namespace velto::gtk {
 
-// Connecting cannot be taken back without breaking the shared connection for others, so its answer may find
-// the bus gone.
+// Connecting cannot be taken back without breaking the shared
+// connection for others, so its answer may find the bus gone.
 struct SystemBus::Link {
   SystemBus* bus = nullptr;  // null: nobody wants the answer
 };

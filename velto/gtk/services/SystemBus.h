@@ -32,8 +32,8 @@ class SystemBus {
   // Ends the thread. What the services know stays.
   void stop();
 
-  // Waits until each service has told what it knows or been found absent; false when that takes longer. Any
-  // thread.
+  // Waits until each service has told what it knows or been
+  // found absent; false when that takes longer. Any thread.
   bool waitUntilRead(std::chrono::milliseconds limit);
 
  private:

@@ -1,5 +1,5 @@
-// Which URLs the desktop opens for an application in a sandbox, which cannot see the others (the OpenURI
-// portal). Main thread.
+// Which URLs the desktop opens for an application in a sandbox,
+// which cannot see the others (the OpenURI portal). Main thread.
 #pragma once
 
 #include "velto/platform/foundation/GMemory.h"

@@ -1,5 +1,5 @@
-// The advertising identifier of this user, as the user decided: nobody is tracked unless the user said so.
-// Any thread.
+// The advertising identifier of this user, as the user decided:
+// nobody is tracked unless the user said so. Any thread.
 #pragma once
 
 #include "velto/gtk/store/AdvertisingFile.h"

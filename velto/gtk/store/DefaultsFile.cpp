@@ -22,8 +22,8 @@ constexpr char makeSchema[] =
     "name)) WITHOUT ROWID;"
     "PRAGMA user_version = 1;";
 
-// Writers of other processes hold the file for microseconds; only a stopped process makes anybody wait this
-// long.
+// Writers of other processes hold the file for microseconds;
+// only a stopped process makes anybody wait this long.
 constexpr int busyMilliseconds = 2000;
 
 // Holds other processes of the library off while a file is made or moved.
@@ -123,8 +123,8 @@ std::unique_ptr<DefaultsFile> DefaultsFile::openInAnyWay(const std::filesystem::
 }
 
 std::unique_ptr<DefaultsFile> DefaultsFile::openForReading(const std::filesystem::path& path) {
-  // On a medium that cannot be written even a reader's index of the log has no place; "immutable" does
-  // without.
+  // On a medium that cannot be written even a reader's index
+  // of the log has no place; "immutable" does without.
   const GText uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
   for (const char* how : {"?mode=ro", "?immutable=1"}) {
     try {
@@ -148,8 +148,8 @@ DefaultsFile::DefaultsFile(const std::filesystem::path& path, const std::string&
 DefaultsFile::~DefaultsFile() = default;
 
 void DefaultsFile::prepareForWriting() {
-  // What is begun here may be lost with the machine's power, as nothing is in it yet; so nobody waits for the
-  // disk.
+  // What is begun here may be lost with the machine's power,
+  // as nothing is in it yet; so nobody waits for the disk.
   database_.execute("PRAGMA synchronous = OFF");
   database_.execute("PRAGMA journal_mode = WAL");
   const auto found = singleNumber(database_, "PRAGMA user_version");
@@ -157,9 +157,9 @@ void DefaultsFile::prepareForWriting() {
     makeTables();
   else if (sizeOf(path_.string() + "-wal") == 0)
     database_.execute(("PRAGMA user_version = " + std::to_string(found)).c_str());  // begins the log
-  // From here on a killed process loses nothing, and lost power at most the last moments, never the file.
-  // Waiting for the disk at each write ("FULL") would take milliseconds of the main thread, a hundred of them
-  // at registration.
+  // From here on a killed process loses nothing, and lost power at most the last
+  // moments, never the file. Waiting for the disk at each write ("FULL") would
+  // take milliseconds of the main thread, a hundred of them at registration.
   database_.execute("PRAGMA synchronous = NORMAL");
 }
 

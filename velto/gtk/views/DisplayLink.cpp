@@ -1,6 +1,6 @@
 // The display link: the frame clock of a window that shows ads; a timer while there is none or it stands
-// still, as it does for a window that is covered or on another desktop. An animation ends in its time either
-// way.
+// still, as it does for a window that is covered or on another desktop. So an animation ends either way. A
+// busy machine's frames come late, but they come: the timer waits long enough not to run ahead of them.
 #include "velto/gtk/views/DisplayLink.h"
 
 #include "velto/gtk/views/HostWindow.h"
@@ -9,8 +9,8 @@
 
 namespace velto::gtk {
 namespace {
-constexpr guint timerInterval = 16;             // milliseconds: 60 Hz, as near as a timer comes
-constexpr gint64 frameClockPatience = 100'000;  // microseconds without a frame before the timer steps in
+constexpr guint timerInterval = 16;                    // milliseconds: 60 Hz, as near as a timer comes
+constexpr gint64 frameClockPatience = G_USEC_PER_SEC;  // without a frame, before the timer steps in
 }  // namespace
 
 DisplayLink::~DisplayLink() {
@@ -28,9 +28,9 @@ Handle DisplayLink::add(std::function<void(double)> tick) {
 }
 
 void DisplayLink::start() {
-  lastFrame_ = 0;
   timer_ = g_timeout_add(timerInterval, timePassed, this);
   follow(HostWindow::mappedWidget());
+  lastFrame_ = widget_ ? g_get_monotonic_time() : 0;
 }
 
 void DisplayLink::stop() {
@@ -59,7 +59,7 @@ gboolean DisplayLink::frameShown(GtkWidget*, GdkFrameClock*, gpointer self) noex
 
 gboolean DisplayLink::timePassed(gpointer self) noexcept {
   auto& link = *static_cast<DisplayLink*>(self);
-  if (g_get_monotonic_time() - link.lastFrame_ < frameClockPatience) return G_SOURCE_CONTINUE;
+  if (link.widget_ && g_get_monotonic_time() - link.lastFrame_ < frameClockPatience) return G_SOURCE_CONTINUE;
   link.follow(HostWindow::mappedWidget());
   link.tick();
   return G_SOURCE_CONTINUE;

@@ -4,10 +4,10 @@
 namespace velto::gtk {
 namespace {
 
-// The page may replace whatever it can reach, and would then be called inside the gesture. So everything here
-// is taken before the page's first script, and no object of the page's prototypes is touched until the
-// message has come. An answer is an object of our own without prototype, lest a promise or a `then` of the
-// page's be waited for.
+// The page may replace whatever it can reach, and would then be called inside the
+// gesture. So everything here is taken before the page's first script, and no object of
+// the page's prototypes is touched until the message has come. An answer is an object
+// of our own without prototype, lest a promise or a `then` of the page's be waited for.
 constexpr char helper[] = R"((() => {
   const evaluate = eval;
   const channel = new MessageChannel();
@@ -105,8 +105,8 @@ void PageScripts::submit(Statement statement) {
        {std::move(statement), document_, true});
 }
 
-// Statements that were sent before the page was known to refuse come back one by one; later ones keep behind
-// them.
+// Statements that were sent before the page was known to
+// refuse come back one by one; later ones keep behind them.
 void PageScripts::runWaiting() {
   while (unanswered_ == 0 && !waiting_.empty()) {
     Statement next = std::move(waiting_.front());
@@ -170,9 +170,9 @@ void PageScripts::runWithoutEval(Statement statement) {
 void PageScripts::documentChanged() {
   forgetDocument();
   if (calls_.empty()) return;
-  // The last of them may have met the new document already. Answers come in order, so one more call tells:
-  // what is not answered before it went with the old document, of which the engine says nothing when it
-  // changes processes.
+  // The last of them may have met the new document already. Answers come in
+  // order, so one more call tells: what is not answered before it went with the
+  // old document, of which the engine says nothing when it changes processes.
   run("", [weak = weak_from_this(), next = nextCall_](const auto&, const auto&) {
     if (const auto scripts = weak.lock()) scripts->abandonBefore(next);
   });

@@ -1,5 +1,5 @@
-// What an ad's page may not do to the application that shows it. Called by the web view's peer for each
-// engine view it takes.
+// What an ad's page may not do to the application that shows it.
+// Called by the web view's peer for each engine view it takes.
 #pragma once
 
 #include <webkit/webkit.h>

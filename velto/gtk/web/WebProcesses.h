@@ -1,6 +1,6 @@
-// Where a web view's process comes from. Starting one takes nearly all of the time to a first ad (some 150
-// ms), so it is brought up while the ad is still being fetched, and a view that replaces another shares its
-// process. Main thread only.
+// Where a web view's process comes from. Starting one takes nearly all of the time
+// to a first ad (some 150 ms), so it is brought up while the ad is still being
+// fetched, and a view that replaces another shares its process. Main thread only.
 #pragma once
 
 #include "velto/platform/ViewPeer.h"
@@ -26,8 +26,8 @@ class WebProcess {
   void adLoaded() { ++ads_; }
   void ended() { ended_ = true; }
   bool hasEnded() const { return ended_; }
-  // Whether one more ad may run in it. Pages leave memory behind, so it is left to die after some dozens, or
-  // grown large.
+  // Whether one more ad may run in it. Pages leave memory behind,
+  // so it is left to die after some dozens, or grown large.
   bool hasRoom() const;
 
  private:
@@ -59,8 +59,8 @@ struct Engine {
   ~Engine();
 
   SharedView view;
-  // Whose process this view is to share. The engine asks for it when the first load begins, so it must live
-  // until then.
+  // Whose process this view is to share. The engine asks for
+  // it when the first load begins, so it must live until then.
   SharedView related;
   std::shared_ptr<WebProcess> process;
 };

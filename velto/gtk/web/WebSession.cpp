@@ -168,8 +168,8 @@ GPtr<WebKitWebContext> WebSession::context() {
   auto context = GPtr<WebKitWebContext>::adopt(static_cast<WebKitWebContext*>(g_weak_ref_get(&context_)));
   if (!context) {
     context = GPtr<WebKitWebContext>::adopt(webkit_web_context_new());
-    // A browser's caches keep the processes of sites that were left, in case somebody goes back. Nobody goes
-    // back to an ad.
+    // A browser's caches keep the processes of sites that were
+    // left, in case somebody goes back. Nobody goes back to an ad.
     webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     g_weak_ref_set(&context_, context.get());
   }

@@ -1,5 +1,5 @@
-// The host application of the headless platform: URLs that it opens are recorded, and nothing leaves the
-// process.
+// The host application of the headless platform: URLs that
+// it opens are recorded, and nothing leaves the process.
 #pragma once
 
 #include "velto/platform/UIApplication.h"

@@ -1,5 +1,5 @@
-// A bundle of the headless platform: its facts and resource files are what the test puts in. Any thread, once
-// set up.
+// A bundle of the headless platform: its facts and resource
+// files are what the test puts in. Any thread, once set up.
 #pragma once
 
 #include "velto/platform/NSBundle.h"

@@ -28,13 +28,13 @@ class HostWindow {
   // Minimised, unfocused, partly off the screen or painted over, for what is measured of the ads in it.
   void setSight(WindowSight sight);
 
-  // A touch that comes and goes at a point of the window. A control under the point takes it; otherwise every
-  // view there that waits for taps is told, innermost first. Outside the window, or while it is hidden,
-  // nothing happens.
+  // A touch that comes and goes at a point of the window. A control under the
+  // point takes it; otherwise every view there that waits for taps is told,
+  // innermost first. Outside the window, or while it is hidden, nothing happens.
   void tap(CGPoint point);
 
-  // Escape on a keyboard: goes to the topmost modal view, such as a shown interstitial. Whether there was
-  // one.
+  // Escape on a keyboard: goes to the topmost modal view,
+  // such as a shown interstitial. Whether there was one.
   bool pressEscape();
   // Another key: goes there too, unless the page takes it. Whether it meant something.
   bool pressKey(UIKey key);

@@ -1,5 +1,5 @@
-// Cookies and website data of the headless platform: lists that a test fills and the library clears. Main
-// thread.
+// Cookies and website data of the headless platform: lists
+// that a test fills and the library clears. Main thread.
 #pragma once
 
 #include "velto/platform/WKWebsiteDataStore.h"

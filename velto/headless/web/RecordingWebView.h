@@ -45,8 +45,8 @@ class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
   WKNavigationActionPolicy navigate(const WKNavigationAction& action);
   void finish();
   void fail(const NSError& error);
-  // How scripts are answered; until set, each has the value null. Answers come as tasks of the main queue, in
-  // order.
+  // How scripts are answered; until set, each has the value
+  // null. Answers come as tasks of the main queue, in order.
   void answerScripts(ScriptAnswers answers) { answers_ = std::move(answers); }
 
   void addUserScript(const WKUserScript& script) override;

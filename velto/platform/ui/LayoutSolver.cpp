@@ -120,8 +120,8 @@ struct Axis {
     const bool lengthOnly = std::abs(first->a) < 1e-9;
     const Equation rest = second.value_or(lengthOnly ? Equation{1, 0, 0} : Equation{0, 1, 0});
     const double d = determinant(*first, rest);
-    start =
-        (first->c * rest.b - rest.c * first->b) / d + 0.0;  // never a negative zero: pages are told of frames
+    // Never a negative zero: pages are told of frames.
+    start = (first->c * rest.b - rest.c * first->b) / d + 0.0;
     length = std::max(0.0, (first->a * rest.c - rest.a * first->c) / d);
   }
 

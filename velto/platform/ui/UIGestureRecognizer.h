@@ -12,8 +12,8 @@ class UITapGestureRecognizer;
 class UIGestureRecognizerDelegate {
  public:
   virtual ~UIGestureRecognizerDelegate() = default;
-  // gestureRecognizer:shouldRecognizeSimultaneouslyWithGestureRecognizer: the other one is the page's, which
-  // has no object.
+  // gestureRecognizer:shouldRecognizeSimultaneouslyWithGestureRecognizer:
+  // the other one is the page's, which has no object.
   virtual bool gestureRecognizer(UITapGestureRecognizer& recognizer) = 0;
 };
 

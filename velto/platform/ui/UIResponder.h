@@ -11,8 +11,8 @@ class UIResponder {
  public:
   virtual ~UIResponder() = default;
 
-  // A view's controller if it is a controller's own view, else its superview; a controller's is its view's
-  // superview.
+  // A view's controller if it is a controller's own view, else
+  // its superview; a controller's is its view's superview.
   virtual UIResponder* nextResponder() const = 0;
 
   // The first view controller met on walking upward, this responder not counted; null when there is none.

@@ -35,10 +35,9 @@ UIView::~UIView() {
 
 void UIView::setFrame(const CGRect& frame) {
   if (frame == frame_) return;
-  animation_.cancel();
   const CGSize before = frame_.size;
   frame_ = frame;
-  peer_->setFrame(frame_);
+  showFrame();
   ViewChanges::note();
   if (before == frame_.size) return;
   resizeFlexibleSubviews(before);
@@ -47,7 +46,7 @@ void UIView::setFrame(const CGRect& frame) {
 
 void UIView::setAlpha(double alpha) {
   alpha_ = alpha;
-  peer_->setAlpha(alpha_);
+  showAlpha();
   ViewChanges::note();
 }
 
@@ -68,9 +67,21 @@ bool UIView::paints() const {
   return !color || color->alpha > 0 || peer_->paintsContent();
 }
 
-void UIView::present(const CGRect& frame, double alpha) {
-  peer_->setFrame(frame);
-  peer_->setAlpha(alpha);
+void UIView::displace(const CGRect& frame, double alpha) {
+  frameDisplacement_ = frame;
+  alphaDisplacement_ = alpha;
+  showFrame();
+  showAlpha();
+}
+
+void UIView::showFrame() {
+  const CGRect& by = frameDisplacement_;
+  peer_->setFrame({{frame_.origin.x + by.origin.x, frame_.origin.y + by.origin.y},
+                   {frame_.size.width + by.size.width, frame_.size.height + by.size.height}});
+}
+
+void UIView::showAlpha() {
+  peer_->setAlpha(std::clamp(alpha_ + alphaDisplacement_, 0.0, 1.0));
 }
 
 // --- tree

@@ -1,6 +1,5 @@
 // A rectangle on the screen: the library's own view tree, the same on every platform. A peer (ViewPeer.h)
-// shows each view. Views are owned by their superview and by whoever else holds the pointer. Main thread
-// only.
+// shows each view. Views are owned by their superview and by whoever else holds the pointer. Main thread only.
 #pragma once
 
 #include "velto/platform/Geometry.h"
@@ -23,11 +22,13 @@ enum UIViewAutoresizing : unsigned {
 class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
  public:
   static std::shared_ptr<UIView> make();
+  // For platforms, which wrap a view of the host application with a peer of their own.
+  static std::shared_ptr<UIView> makeWithPeer(std::unique_ptr<ViewPeer> peer);
   UIView(const UIView&) = delete;
   UIView& operator=(const UIView&) = delete;
   ~UIView() override;
 
-  // In the superview's coordinates. Setting it ends an animation of the frame and lays the subviews out.
+  // In the superview's coordinates. Setting it lays the subviews out; a running animation ends there then.
   const CGRect& frame() const { return frame_; }
   void setFrame(const CGRect& frame);
   CGRect bounds() const { return {{0, 0}, frame_.size}; }
@@ -61,29 +62,26 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   void layoutIfNeeded();            // or now, for the whole tree that this view is in
   virtual void layoutSubviews() {}  // called after the subviews have their new frames
 
-  UILayoutGuide boxGuide();             // the view's own edges
-  UILayoutGuide safeAreaLayoutGuide();  // the edges of its safe area
-  CGRect safeAreaFrame() const;         // own coordinates
+  UILayoutGuide boxGuide();  // the view's own edges
+  UILayoutGuide safeAreaLayoutGuide();
+  CGRect safeAreaFrame() const;  // own coordinates
   UIEdgeInsets safeAreaInsets() const;
   static constexpr double layoutMargin = 8;                               // points
-  UIEdgeInsets layoutMargins() const;                                     // 8 points inside the safe area
+  UIEdgeInsets layoutMargins() const;                                     // as much inside the safe area
   CGPoint convertPointFromView(CGPoint point, const UIView& view) const;  // both in one tree
 
   void addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer);
-  // Whether a touch that begins here belongs to this view alone (buttons).
-  virtual bool isControl() const { return false; }
+  virtual bool isControl() const { return false; }  // whether its touches belong to it alone
 
-  // For animations (UIViewAnimation.h): what is shown while the model values above are final already.
-  void present(const CGRect& frame, double alpha);
+  // For animations (UIViewAnimation.h): by how much what is shown differs from frame and alpha, which are final.
+  void displace(const CGRect& frame, double alpha);
   void setAnimation(Handle animation) { animation_ = std::move(animation); }
 
   // For peers: a person tapped at a point of this view (own coordinates).
   virtual void peerTapped(CGPoint point);
-  // Or pressed Escape while this view was the modal one.
-  virtual void peerEscaped() {}
+  virtual void peerEscaped() {}                                 // Escape, while this view was the modal one
   virtual bool peerKeyPressed(UIKey /*key*/) { return false; }  // whether the key meant something
-  // For platforms, on the root views they make: the window it is shown in came or went, its safe area
-  // changed.
+  // For platforms, on the root views they make: the window came or went, its safe area changed.
   void platformSetInWindow(bool inWindow);
   void platformSetSafeAreaInsets(const UIEdgeInsets& insets);
   ViewPeer& peer() const { return *peer_; }
@@ -94,13 +92,16 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
  private:
   friend class UIViewController;
   void layoutTree();
+  void showFrame();
+  void showAlpha();
   void resizeFlexibleSubviews(CGSize from);
   void windowChanged(bool inWindow);
   UIView& root();
 
   std::unique_ptr<ViewPeer> peer_;
   CGRect frame_;
-  double alpha_ = 1;
+  CGRect frameDisplacement_;
+  double alpha_ = 1, alphaDisplacement_ = 0;
   bool hidden_ = false;
   UIColor backgroundColor_;
   UIView* superview_ = nullptr;
@@ -114,10 +115,6 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   UIEdgeInsets rootSafeAreaInsets_;
   std::vector<std::shared_ptr<UITapGestureRecognizer>> recognizers_;
   Handle animation_;
-
- public:
-  // Platforms wrap a view of the host application with a peer of their own.
-  static std::shared_ptr<UIView> makeWithPeer(std::unique_ptr<ViewPeer> peer);
 };
 
 }  // namespace velto

@@ -1,5 +1,5 @@
-// Animation by display link. A running animation is a handle on its view, so any other change of the frame
-// ends it.
+// Animation by display link. A view has its final values from the start, and is shown displaced from them by
+// less and less: so a layout pass may move or resize it on its way, and it still ends where it belongs.
 #include "velto/platform/ui/UIViewAnimation.h"
 
 #include "velto/platform/Clock.h"
@@ -12,20 +12,15 @@
 namespace velto {
 namespace {
 
-double between(double from, double to, double part) {
-  return from + (to - from) * part;
-}
-
-CGRect between(const CGRect& from, const CGRect& to, double part) {
-  return {{between(from.origin.x, to.origin.x, part), between(from.origin.y, to.origin.y, part)},
-          {between(from.size.width, to.size.width, part), between(from.size.height, to.size.height, part)}};
-}
+// A frame that comes late slows the animation down instead of letting it jump over what is to be seen.
+constexpr double longestStep = 0.05;  // seconds
 
 struct Running {
   std::weak_ptr<UIView> view;
-  CGRect fromFrame;
-  double fromAlpha = 1;
-  double start = 0;
+  CGRect frame;  // the displacement that it began with
+  double alpha = 0;
+  double before = 0;  // seconds, of the latest step
+  double time = 0;    // since the start, negative during the delay
   double duration = 0;
   std::function<double(double)> curve;
   std::function<void(bool)> completion;
@@ -35,39 +30,45 @@ struct Running {
   void end(bool finished) {
     if (std::exchange(done, true)) return;
     link.cancel();
+    if (const auto target = view.lock()) target->displace({}, 0);
     auto* platform = Platform::currentOrNull();
     if (completion && platform)
       platform->mainQueue().post([completion = std::move(completion), finished] { completion(finished); });
   }
 
   void step(double now) {
-    auto target = view.lock();
+    const auto target = view.lock();
     if (!target) return end(false);
-    const double time = now - start;
-    const double part = time < 0 ? 0 : curve(time);
-    target->present(between(fromFrame, target->frame(), part), between(fromAlpha, target->alpha(), part));
-    if (time < duration) return;
-    target->present(target->frame(), target->alpha());
-    end(true);
+    time += std::clamp(now - std::exchange(before, now), 0.0, longestStep);
+    if (time >= duration) return end(true);
+    const double left = 1 - (time < 0 ? 0 : curve(time));
+    target->displace(
+        {{frame.origin.x * left, frame.origin.y * left}, {frame.size.width * left, frame.size.height * left}},
+        alpha * left);
   }
 };
 
 void animate(double duration, double delay, const std::shared_ptr<UIView>& view, const ViewChange& change,
              std::function<double(double)> curve, std::function<void(bool)> completion) {
   auto& platform = Platform::current();
+  view->setAnimation({});
+  const CGRect from = view->frame();
+  const double fromAlpha = view->alpha();
+  if (change.frame) view->setFrame(*change.frame);
+  if (change.alpha) view->setAlpha(*change.alpha);
+  const CGRect& to = view->frame();
+
   auto running = std::make_shared<Running>();
   running->view = view;
-  running->fromFrame = view->frame();
-  running->fromAlpha = view->alpha();
-  running->start = platform.clock().monotonicSeconds() + delay;
+  running->frame = {{from.origin.x - to.origin.x, from.origin.y - to.origin.y},
+                    {from.size.width - to.size.width, from.size.height - to.size.height}};
+  running->alpha = fromAlpha - view->alpha();
+  running->before = platform.clock().monotonicSeconds();
+  running->time = -delay;
   running->duration = duration;
   running->curve = std::move(curve);
   running->completion = std::move(completion);
-
-  view->setAnimation({});
-  if (change.frame) view->setFrame(*change.frame);
-  if (change.alpha) view->setAlpha(*change.alpha);
-  view->present(running->fromFrame, running->fromAlpha);
+  view->displace(running->frame, running->alpha);
   running->link = platform.views().displayLink([running = std::weak_ptr(running)](double now) {
     if (auto alive = running.lock()) alive->step(now);
   });

@@ -1,6 +1,7 @@
-// Animations of a view's frame and alpha. The view takes its final values at once; what is shown follows the
-// curve, a step for each frame of the display. Main thread only; the completion comes later on it, also (with
-// false) when the animation was overtaken by another change of the view.
+// Animations of a view's frame and alpha. The view takes its final values at once; what
+// is shown follows the curve, a step for each frame of the display, and ends at those
+// values or at what they have become by then. Main thread only; the completion comes
+// later on it, also (with false) when another animation took over or the view went.
 #pragma once
 
 #include "velto/platform/ui/UIView.h"

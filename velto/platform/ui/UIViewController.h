@@ -57,8 +57,8 @@ class UIViewController : public UIResponder, public std::enable_shared_from_this
   void setTransitioningDelegate(std::weak_ptr<UIViewControllerTransitioningDelegate> delegate) {
     transitioningDelegate_ = std::move(delegate);
   }
-  // Only UIModalPresentationCustom asks the transitioning delegate for animators; else views come and go at
-  // once.
+  // Only UIModalPresentationCustom asks the transitioning
+  // delegate for animators; else views come and go at once.
   void setModalPresentationStyle(int64_t style) { modalPresentationStyle_ = style; }
   // The person wants to leave what is presented (Escape on a keyboard). Whether that was understood.
   virtual bool accessibilityPerformEscape() { return false; }

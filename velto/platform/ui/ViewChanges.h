@@ -1,6 +1,6 @@
-// Tells that what is on the screen may look different from now on: a view was moved, hidden, added, taken
-// away, or the window around them changed. For who has to know what can be seen without asking all the time.
-// Main thread only.
+// Tells that what is on the screen may look different from now on: a view was
+// moved, hidden, added, taken away, or the window around them changed. For who
+// has to know what can be seen without asking all the time. Main thread only.
 #pragma once
 
 #include "velto/platform/Handle.h"

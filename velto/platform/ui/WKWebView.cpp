@@ -39,8 +39,8 @@ void WKWebView::setScrollView(const ScrollBehavior& behavior) {
   webPeer_->setScrollBehavior(behavior);
 }
 
-// Delegates may remove this view while they are being told; the pointers keep both ends alive until they
-// return.
+// Delegates may remove this view while they are being told;
+// the pointers keep both ends alive until they return.
 
 WKNavigationActionPolicy WKWebView::peerDecidePolicy(const WKNavigationAction& action) {
   const auto self = shared_from_this();

@@ -1,5 +1,5 @@
-// A web view: loads markup, runs statements in the page, tells its delegate where the page wants to go. Main
-// thread only.
+// A web view: loads markup, runs statements in the page, tells
+// its delegate where the page wants to go. Main thread only.
 #pragma once
 
 #include "velto/platform/ui/UIView.h"
@@ -63,8 +63,8 @@ class WKNavigationDelegate {
   using DecisionHandler = std::function<void(WKNavigationActionPolicy)>;
 
   virtual ~WKNavigationDelegate() = default;
-  // webView:decidePolicyForNavigationAction:decisionHandler: for every navigation of every frame; the handler
-  // is called inside.
+  // webView:decidePolicyForNavigationAction:decisionHandler: for
+  // every navigation of every frame; the handler is called inside.
   virtual void webView(WKWebView& webView, const WKNavigationAction& action,
                        const DecisionHandler& decisionHandler) = 0;
   // webView:didFinishNavigation:

@@ -1,0 +1,61 @@
+// A window of the toolkit that ads are shown in, and a person's hand on it. With a display of the test's own.
+#pragma once
+
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/ui/UIViewController.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "MainLoop.h"
+
+// clang-format off: the X headers define plain words as macros
+#include <gdk/x11/gdkx.h>
+#undef Bool
+#undef None
+#undef Status
+#undef Success
+// clang-format on
+
+namespace velto::test {
+
+// Not presented yet. The caller destroys it.
+inline GtkWindow* newWindow(int width, int height, GtkWidget* child = nullptr) {
+  auto* window = GTK_WINDOW(gtk_window_new());
+  gtk_window_set_decorated(window, false);
+  gtk_window_set_default_size(window, width, height);
+  if (child) gtk_window_set_child(window, child);
+  return window;
+}
+
+// Presents it, and returns once it has its size.
+inline std::shared_ptr<UIViewController> present(GtkWindow* window) {
+  int width = 0, height = 0;
+  gtk_window_get_default_size(window, &width, &height);
+  auto host = gtk::hostViewController(window);
+  gtk_window_present(window);
+  const auto& root = *host->view();
+  EXPECT_TRUE(runUntil([&] {
+    return root.isInWindow() && root.bounds().size.width >= width && root.bounds().size.height >= height;
+  }));
+  return host;
+}
+
+inline std::string idOf(GtkWindow* window) {
+  return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
+}
+
+inline void xdotool(const std::string& words) {
+  int status = -1;
+  ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
+  ASSERT_EQ(status, 0) << words;
+}
+
+inline void click(GtkWindow* window, CGPoint point) {
+  xdotool("mousemove --window " + idOf(window) + " " + std::to_string(std::lround(point.x)) + " " +
+          std::to_string(std::lround(point.y)) + " click 1");
+}
+
+}  // namespace velto::test
