@@ -196,6 +196,11 @@ TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
   EXPECT_FALSE(b->vc()->hasRefreshTimer());
   b->load();
   EXPECT_TRUE(b->vc()->hasRefreshTimer());
+  b->setRefreshTimeSeconds(INT64_MAX);
+  b->load();
+  const auto before = requests();
+  platform->advance(1h);
+  EXPECT_EQ(requests(), before) << "longer than any clock holds is never";
   b->setEnableAutoRefresh(false);
   b->load();
   EXPECT_FALSE(b->vc()->hasRefreshTimer());
