@@ -251,10 +251,14 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   auto headers = std::make_shared<VeltoTaskResponseHeaders>();
   headers->headers.set("x-width", "320");
   headers->headers.set("x-height", "50");
-  b->vc()->presentMediationBannerView(adapter->view, VeltoAd::adWithMediation(adapter, 1, headers));
+  headers->headers.set("x-ttl", "9");
+  const auto ad = VeltoAd::adWithMediation(adapter, 1, headers);
+  VeltoAdManager::shared()->_addAdInCache(ad);
+  b->vc()->presentMediationBannerView(adapter->view, ad);
   platform->advance(2s);
   EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(adapter->loadedView, adapter->view);
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
   EXPECT_EQ(adapter->told(), std::static_pointer_cast<VeltoAdMediationAdapterDelegate>(b->vc()));
   EXPECT_EQ(frameInWindow(*adapter->view, window->view()), (CGRect{{35, 760}, {320, 50}}));
   adapter->told()->mediationBannerDidPress();

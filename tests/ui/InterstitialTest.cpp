@@ -32,9 +32,8 @@ class InterstitialTest : public test::UITest {
   }
   // A mediation ad that a network's adapter shows by itself.
   std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& adapter) {
-    auto ad = std::make_shared<VeltoAd>();
-    ad->sourceType = VeltoAdSourceMediation;
-    ad->adapter = adapter;
+    auto ad = VeltoAd::adWithMediation(adapter, VeltoBannerSizeInterstitial, nullptr);
+    ad->ttl = 9;
     return ad;
   }
   size_t closeButtons(const UIView& view) {
@@ -252,8 +251,11 @@ TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
 TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   const auto i = VeltoInterstitialViewController::initWithDelegate(full);
   const auto adapter = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
-  i->vc()->presentMediationBanner(mediated(adapter));
+  const auto ad = mediated(adapter);
+  VeltoAdManager::shared()->_addAdInCache(ad);
+  i->vc()->presentMediationBanner(ad);
   EXPECT_EQ(full->heard, Heard{"finish"});
+  EXPECT_EQ(VeltoAdManager::shared()->ads().size(), 1U) << "ready is not shown";
   EXPECT_TRUE(platform->webViews().empty());
   EXPECT_EQ(adapter->told(), i->vc());
   i->show();
@@ -261,6 +263,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
   EXPECT_EQ(adapter->root.lock(), i->vc());
   EXPECT_EQ(adapter->loaded, 1);
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
   adapter->told()->mediationBannerDidPress();
   adapter->told()->mediationBannerDidClose();
   platform->advance(1s);

@@ -2,6 +2,7 @@
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 
 #include "velto/ads/AdPublisherInfoSDKVelto.h"
+#include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoUtilities.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -161,7 +162,9 @@ void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& 
   if (!firstAnimationCompleted_) firstAnimationCompleted_ = commitAnimationForAdView(view, animation_);
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
-  if (!isWebView && ad && ad->adapter) ad->adapter->gadAdLoaded(ad, view);
+  if (isWebView || !ad || !ad->adapter) return;
+  Platform::current().notificationCenter().postNotification({constNotificationAdShowed, ad});
+  ad->adapter->gadAdLoaded(ad, view);
 }
 
 void VeltoBannerViewControllerPrivate::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {

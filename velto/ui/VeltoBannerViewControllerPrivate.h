@@ -2,7 +2,7 @@
 // child of the host's view controller, refreshes it, and carries out what its page asks for. Main thread.
 #pragma once
 
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"

@@ -2,6 +2,7 @@
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
 #include "velto/ads/AdPublisherInfoSDKVelto.h"
+#include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoUtilities.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -202,6 +203,7 @@ void VeltoInterstitialViewControllerPrivate::presented() {
   showing_ = false;
   const auto ad = ad_;
   if (const auto adapter = adapter_) {
+    if (ad) Platform::current().notificationCenter().postNotification({constNotificationAdShowed, ad});
     if (auto* user = adapter->rootViewControllerUser()) user->setAdRootViewController(self());
     notifyDidAppear(delegate());
     return adapter->gadAdLoaded(ad, nullptr);

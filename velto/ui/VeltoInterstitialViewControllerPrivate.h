@@ -2,7 +2,7 @@
 // host's view controller, counts the close button down, and carries out what its page asks for. Main thread.
 #pragma once
 
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
