@@ -40,7 +40,11 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
   EXPECT_TRUE(VeltoDataStore::isPersonalInfoContentAccepted());
   EXPECT_TRUE(VeltoDataStore::isTestMode());
 
+  platform =
+      headless::Platform::install(platform->defaults());  // a later run: nothing starts but by registration
   VeltoFramework::addVeltoKey("key-2", "wrapper");
+  EXPECT_GT(platform->mainQueue().pending(), 0U) << "pending tracks are polled";
+  EXPECT_TRUE(VeltoUtilities::isOMSDKActive());
   EXPECT_EQ(VeltoDataStore::getVeltoKey(), "key-2");
   EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "wrapper");
   EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), "");
