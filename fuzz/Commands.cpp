@@ -3,8 +3,9 @@
 #include "velto/mraid/MRAIDSDKVelto.h"
 #include "velto/mraid/VeltoMRAIDAction.h"
 #include "velto/mraid/VeltoMRAIDPropertyCalendar.h"
-#include "velto/platform/foundation/Patterns.h"
 #include "velto/platform/foundation/Text.h"
+
+#include <glib.h>
 
 #include <algorithm>
 #include <cmath>
@@ -39,16 +40,18 @@ void readRecords(const std::string& text) {
 
 // The search for script tags, against the expression that it stands for.
 void removeTags(const std::string& text) {
-  static const std::string pattern =
-      R"(<script\s+[^>]*\bsrc\s*=\s*\\?([\\"\\'])mraid\.js\\?\1[^>]*>[^<]*<\/script>\n*)";
+  static GRegex* const expression =
+      g_regex_new(R"(<script\s+[^>]*\bsrc\s*=\s*\\?([\\"\\'])mraid\.js\\?\1[^>]*>[^<]*<\/script>\n*)",
+                  G_REGEX_CASELESS, GRegexMatchFlags(0), nullptr);
   // Beyond ASCII the expression knows more blanks and letters than markup does.
   const auto isPlain = [](char c) { return c > 0; };
   if (!std::all_of(text.begin(), text.end(), isPlain)) return;
-  const auto expected = velto::replaceMatches(text, pattern, true, "");
+  char* expected = g_regex_replace_literal(expression, text.c_str(), -1, 0, "", GRegexMatchFlags(0), nullptr);
   size_t steps = 0;
   const auto found = velto::MRAIDSDKVelto::withoutLocalScript(text, &steps);
   require(steps <= 4 * text.size() + 8);
-  if (expected) require(found == *expected);
+  if (expected) require(found == expected);
+  g_free(expected);
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 // "VeltoAdmobInterstitialAdapter" come here; their ad unit names the offer.
 #pragma once
 
-#include <velto/ads/VeltoAdMediationAdapter.h>
 #include <velto/ads/VeltoAdMediationAdapterProtocol.h>
+#include <velto/ads/VeltoAdMediationCoreAdapter.h>
 
 #include <memory>
 #include <string>

@@ -45,13 +45,13 @@ class AdsTest : public test::HeadlessTest {
 };
 
 TEST_F(AdsTest, MarkupBecomesAnAd) {
-  const auto outcome = fetch(with(markup("<p>ad</p>"), {{"x-fst", "5000"}, {"x-ttl", "30"}}));
+  const auto outcome = fetch(with(markup("<p>ad</p>"), {{"x-fst", "100000000"}, {"x-ttl", "30"}}));
   ASSERT_TRUE(outcome.ad);
   EXPECT_FALSE(outcome.error);
   const auto& ad = *outcome.ad;
   EXPECT_EQ(ad.html, "<p>ad</p>");
   EXPECT_EQ(ad.sourceType, VeltoAdSourceMarkup);
-  EXPECT_EQ(ad.timer, 5);
+  EXPECT_EQ(ad.timer, 100000);
   EXPECT_EQ(ad.ttl, 30);
   EXPECT_EQ(ad.size, (CGSize{320, 50}));
   EXPECT_EQ(ad.bannerSize, VeltoBannerSize320x50);
@@ -60,7 +60,7 @@ TEST_F(AdsTest, MarkupBecomesAnAd) {
   const auto text = ad.description();
   EXPECT_NE(
       text.find(
-          ">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 5\n\tAdapter: (null)"),
+          ">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 100000\n\tAdapter: (null)"),
       std::string::npos)
       << text;
 }
@@ -84,6 +84,7 @@ TEST_F(AdsTest, WhatIsNoAdBecomesItsError) {
   EXPECT_EQ(fetch(typed("html", "caf\xe9")).code(), 0);
   EXPECT_EQ(fetch(markup("<a href=\"velto://noFillAd\">x</a>")).code(), 0);
   EXPECT_EQ(fetch(markup("no_velto://noFillAd here")).ad->sourceType, VeltoAdSourceMarkup);
+  EXPECT_EQ(fetch(typed("html", {"a\0b", 3})).ad->html, std::string("a\0b", 3));
   EXPECT_EQ(fetch(static_cast<VeltoBannerSize>(9)).code(), 2);
 }
 

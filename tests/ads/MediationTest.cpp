@@ -2,6 +2,7 @@
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/ads/VeltoAdMediationAdapterManager.h"
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/ads/VeltoAdMediationResolver.h"
 #include "velto/network/JSONSDKVelto.h"
 
@@ -76,17 +77,21 @@ TEST_F(MediationTest, AdapterNamesAndTypes) {
     item->cnValue = std::move(cn);
     return VeltoAdMediationAdapterManager::adapterForMediationItem(item);
   };
-  for (const auto& [cn, type, known] :
-       std::vector<std::tuple<const char*, uint64_t, bool>>{{"VeltoPassbackBannerAdapter", 1, true},
-                                                            {"VeltoPassbackInterstitialAdapter", 2, true},
-                                                            {"VeltoMonetizeBannerAdapter", 1, true},
-                                                            {"VeltoMonetizeInterstitialAdapter", 2, true},
-                                                            {"veltoadmobbanneradapter", 1, false},
-                                                            {"VeltoAdmobBannerAdapter", 1, false},
-                                                            {"InterstitialBANNER", 1, false},
-                                                            {"Other", 0, false}}) {
+  const std::tuple<const char*, uint64_t, const char*> table[] = {
+      {"VeltoPassbackBannerAdapter", 1, "Passback"},
+      {"VeltoPassbackInterstitialAdapter", 2, "Passback"},
+      {"VeltoMonetizeBannerAdapter", 1, "Monetize"},
+      {"VeltoMonetizeInterstitialAdapter", 2, "Monetize"},
+      {"veltoadmobbanneradapter", 1, ""},
+      {"VeltoAdmobBannerAdapter", 1, ""},
+      {"InterstitialBANNER", 1, ""},
+      {"Other", 0, ""}};
+  for (const auto& [cn, type, known] : table) {
     EXPECT_EQ(record(cn)->adType(), type) << cn;
-    EXPECT_EQ(record(cn)->handler() != nullptr, known) << cn;
+    EXPECT_EQ(record(cn)->handler() != nullptr, *known != 0) << cn;
+    const std::string handler = *known ? std::string("VeltoAdMediationAdapter") + known : "(null)";
+    EXPECT_TRUE(record(cn)->description().ends_with(
+        "\n\tCn: " + std::string(cn) + "\n\tAdType: " + std::to_string(type) + "\n\tHandler: " + handler));
   }
   EXPECT_EQ(record(std::nullopt)->adType(), 0U);
   EXPECT_EQ(record(std::nullopt)->handler(), nullptr);
@@ -145,7 +150,8 @@ struct LinkedClass : VeltoAdMediationAdapterProtocol {
              VeltoAdCompletion completion) override {
     adType = type;
     Platform::current().mainQueue().post([headers, completion] {
-      completion(VeltoAd::adWithMediation(nullptr, std::nullopt, headers), std::nullopt);
+      const auto plain = std::make_shared<VeltoAdMediationCoreAdapter>();
+      completion(VeltoAd::adWithMediation(plain, std::nullopt, headers), std::nullopt);
     });
   }
 };
@@ -153,10 +159,15 @@ struct LinkedClass : VeltoAdMediationAdapterProtocol {
 TEST_F(MediationTest, ALinkedAdapterIsFoundByItsClassName) {
   const auto linked = std::make_shared<LinkedClass>();
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", linked);
-  const auto result = resolve(list({R"({"cn":"VeltoAdmobInterstitialAdapter"})"}));
+  for (const auto& [cn, type] :
+       {std::pair("VeltoAdmobInterstitialAdapter", 2U), {"VeltoAdmobBannerAdapter", 1U}}) {
+    const auto result = resolve(list({R"({"cn":")" + std::string(cn) + "\"}"}));
+    EXPECT_EQ(result.ad->sourceType, VeltoAdSourceMediation);
+    EXPECT_EQ(linked->adType, type);
+    EXPECT_NE(result.ad->description().find("\n\tAdapter: <VeltoAdMediationCoreAdapter: 0x"),
+              std::string::npos);
+  }
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
-  EXPECT_EQ(result.ad->sourceType, VeltoAdSourceMediation);
-  EXPECT_EQ(linked->adType, 2U);
 }
 
 TEST_F(MediationTest, TenThousandItemsInARowAndTenThousandNested) {

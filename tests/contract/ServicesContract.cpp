@@ -1,6 +1,7 @@
 // Main queue, clock, store, notifications, bundles, device, application.
 #include "velto/platform/Clock.h"
 #include "velto/platform/NSBundle.h"
+#include "velto/platform/NSTimer.h"
 #include "velto/platform/NSUserDefaults.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/platform/UIDevice.h"
@@ -59,6 +60,8 @@ TEST_F(QueueContract, RepeatingTasksFollowTheClockUntilTheirHandleGoes) {
     if (++selfEnding == 3) ends.cancel();
   });
   Handle goes = queue().every(15ms, [&] { ++dropped; });
+  const auto absurd = NSTimer::scheduledTimerWithTimeInterval(1e300, [] { ADD_FAILURE() << "came"; });
+  queue().postAfter(std::chrono::nanoseconds::max(), [] { ADD_FAILURE() << "came"; });
   EXPECT_TRUE(runUntil([&] { return selfEnding == 3; }));
   EXPECT_GE(clock.monotonicSeconds() - steady, 0.0449);
   EXPECT_GE(wall, 1'704'067'200);  // 2024

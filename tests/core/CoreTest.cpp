@@ -1,7 +1,10 @@
 // Registration, the configuration store, the user agent and the error object.
 #include "velto/core/SDKVeltoBundle.h"
 #include "velto/core/VeltoDataStore.h"
+#include "velto/core/VeltoUtilities.h"
 #include "velto/platform/ui/WKWebView.h"
+
+#include <thread>
 
 #include "../support/HeadlessTest.h"
 
@@ -37,12 +40,45 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
   EXPECT_TRUE(VeltoDataStore::isPersonalInfoContentAccepted());
   EXPECT_TRUE(VeltoDataStore::isTestMode());
 
+  platform =
+      headless::Platform::install(platform->defaults());  // a later run: nothing starts but by registration
   VeltoFramework::addVeltoKey("key-2", "wrapper");
+  EXPECT_GT(platform->mainQueue().pending(), 0U) << "pending tracks are polled";
+  EXPECT_TRUE(VeltoUtilities::isOMSDKActive());
   EXPECT_EQ(VeltoDataStore::getVeltoKey(), "key-2");
   EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "wrapper");
   EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), "");
   EXPECT_FALSE(VeltoDataStore::isPersonalInfoContentAccepted());
   EXPECT_FALSE(VeltoDataStore::isTestMode());
+}
+
+TEST_F(CoreTest, WithoutAPlatformEveryOperationThrows) {
+  headless::Platform::uninstall();
+  for (const auto& operation : std::vector<std::function<void()>>{
+           [] { VeltoFramework::addVeltoKey("k"); }, [] { VeltoFramework::setEndpoint("e"); },
+           [] { VeltoFramework::acceptPersonalInfoContent(true); },
+           [] { VeltoFramework::setGDPRConsent(std::nullopt); }, [] { VeltoFramework::setUsPrivacy("p"); },
+           [] { VeltoFramework::version(); }})
+    EXPECT_THROW(operation(), std::logic_error);
+}
+
+TEST_F(CoreTest, ANullPointerIsAnAbsentText) {
+  VeltoFramework::addVeltoKey("k", nullptr);
+  EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "native");
+  VeltoFramework::setEndpoint(nullptr);
+  VeltoFramework::setGDPRConsent(nullptr);
+  VeltoFramework::setUsPrivacy(nullptr);
+  EXPECT_FALSE(VeltoDataStore::getVeltoEndpoint() || VeltoDataStore::getGDPRConsent() ||
+               VeltoDataStore::getUsPrivacy());
+}
+
+TEST_F(CoreTest, OfManyThreadsThatRegisterOneIsTheFirst) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back([this] { registerKey(); });
+  while (!VeltoUtilities::isOMSDKActive()) std::this_thread::yield();
+  for (auto& thread : threads) thread.join();
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->urlSession().requests("trk_install").size(), 1U);
 }
 
 TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaults) {

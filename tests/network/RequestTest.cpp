@@ -54,20 +54,32 @@ TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
   }
 }
 
-TEST_F(RequestTest, EnumerationsPastTheirEndMakeNoRequest) {
-  const auto built = [](VeltoAdType type, VeltoBannerSize size, std::optional<VeltoSettings> settings) {
-    return VeltoTaskRequest::requestFor(type, size, settings).has_value();
+TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
+  const auto query = [](uint64_t type, int64_t size) {
+    const auto request = VeltoTaskRequest::requestFor(static_cast<VeltoAdType>(type),
+                                                      static_cast<VeltoBannerSize>(size), std::nullopt);
+    return request ? request->url.query()->substr(std::string("ts=1704067200&test=0&").size()) : "none";
   };
-  EXPECT_TRUE(built(VeltoAdTypeNotValid, VeltoBannerSizeInterstitial, VeltoSettings{}));
-  EXPECT_FALSE(built(static_cast<VeltoAdType>(3), VeltoBannerSizeSmart, std::nullopt));
-  EXPECT_FALSE(built(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt));
-  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeInterstitial, std::nullopt));
-  VeltoSettings settings;
-  settings.gender = 3;
-  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeSmart, settings));
-  settings.gender = VeltoGenderNoValue;
-  settings.marital = 5;
-  EXPECT_FALSE(built(VeltoAdTypeBanner, VeltoBannerSizeSmart, settings));
+  EXPECT_EQ(query(0, VeltoBannerSizeInterstitial), "at=notvalid");
+  EXPECT_EQ(query(3, 0), "none");
+  const char* const sizes[] = {"Smart%20Banner", "320x50", "728x90", "300x250"};
+  for (int64_t size = 0; size < 4; ++size)
+    EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + sizes[size]);
+  for (const int64_t size : {int64_t{4}, int64_t{VeltoBannerSizeInterstitial}})
+    EXPECT_EQ(query(1, size), "none");
+
+  const auto check = [&](int64_t VeltoSettings::*member, const char* key,
+                         const std::vector<std::string>& words) {
+    VeltoSettings settings;
+    for (const auto& word : words) {
+      settings.*member = &word - words.data();
+      EXPECT_EQ(body(settings)[key], JSON(word));
+    }
+    settings.*member += 1;
+    EXPECT_TRUE(body(settings).empty()) << key;
+  };
+  check(&VeltoSettings::gender, "ogender", {"male", "female", "Other"});
+  check(&VeltoSettings::marital, "omarital", {"Single", "Living Common", "Married", "Divorced", "Widowed"});
 }
 
 TEST_F(RequestTest, OtherRequests) {
@@ -145,8 +157,6 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   VeltoSettings settings;
   settings.yearOfBirth = 1990;
   settings.age = 34;
-  settings.gender = VeltoGenderOther;
-  settings.marital = VeltoMaritalLivingCommon;
   settings.mediation = "hub";
   settings.keywords = {"a", "b"};
   auto o = body(settings);
@@ -168,8 +178,6 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
       {"okw", "a,b"},
       {"oyob", 1990},
       {"oage", 34},
-      {"ogender", "Other"},
-      {"omarital", "Living Common"},
       {"gdpr_opt", true},
       {"gdpr_dc", true},
       {"gdpr_consent", "CO|x"},
@@ -300,6 +308,19 @@ TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
   platform->network().setFlags(2);
   EXPECT_EQ(VeltoDevice::connection(), "CARRIER");
   EXPECT_EQ(VeltoDevice::connectionType(), std::nullopt);
+  const auto type = [&](const char* technology) {
+    platform->telephony().radioAccessTechnology = std::string("CTRadioAccessTechnology") + technology;
+    return VeltoDevice::_connectionTypeFor(VeltoNetworkReachableViaWWAN).value_or("unknown");
+  };
+  const std::pair<const char*, std::vector<const char*>> generations[] = {
+      {"2G", {"GPRS", "Edge", "CDMA1x"}},
+      {"3G", {"WCDMA", "HSDPA", "HSUPA", "CDMAEVDORev0", "CDMAEVDORevA", "CDMAEVDORevB", "eHRPD"}},
+      {"4G", {"LTE"}},
+      {"unknown", {"NR"}}};
+  for (const auto& [generation, technologies] : generations)
+    for (const auto* technology : technologies) EXPECT_EQ(type(technology), generation) << technology;
+  EXPECT_EQ(VeltoDevice::_connectionTypeFor(VeltoNetworkReachableViaWiFi), "WIFI");
+  EXPECT_EQ(VeltoDevice::_connectionTypeFor(VeltoNetworkNotReachable), std::nullopt);
 }
 
 TEST_F(RequestTest, ImplicitSchemesAndCommands) {
@@ -308,8 +329,8 @@ TEST_F(RequestTest, ImplicitSchemesAndCommands) {
   };
   EXPECT_EQ(resolve("www.shop.example/x"), "https://www.shop.example/x");
   EXPECT_EQ(resolve("//shop.example"), "https://shop.example");
-  EXPECT_EQ(resolve("unknown:thing"), "unknown:thing");
-  EXPECT_EQ(resolve("http://shop.example"), "http://shop.example");
+  for (const auto* same : {"unknown:thing", "http://shop.example", "/abc", "?q", "#f", "../abc"})
+    EXPECT_EQ(resolve(same), same);
   EXPECT_TRUE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid://close")));
   EXPECT_FALSE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid:close")));
 }

@@ -83,6 +83,39 @@ TEST_F(TransportTest, FailuresOfTheTransport) {
   EXPECT_FALSE(response->data);
 }
 
+TEST_F(TransportTest, RedirectsNeverLeaveHttpsAndKeepCredentialsWithTheirServer) {
+  const auto sentOn = [](int code, const char* location) {
+    return Answer{.status = code, .headers = {{"Location", location}, {"x-content", "html"}}};
+  };
+  for (const int code : {301, 302, 303, 307, 308}) {
+    const auto response = responseTo(sentOn(code, "http://ads.velto.example/sdk/"));
+    EXPECT_EQ(response->error->errorCode, VeltoErrorNoConnection) << code;
+  }
+  EXPECT_TRUE(platform->urlSession().requests("http://").empty());
+  EXPECT_EQ(responseTo(sentOn(302, "ftp://ads.velto.example/"))->error->errorCode, VeltoErrorNoConnection);
+  EXPECT_EQ(responseTo(sentOn(302, ""))->error->errorCode, VeltoErrorDeveloper);
+
+  auto& session = platform->urlSession();
+  NSURLRequest request{*NSURL::URLWithString("http://a.example/x/y?q"), "POST", {}, "body"};
+  for (const auto* name : {"Authorization", "Cookie", "Content-Type", "X-Kept"})
+    request.allHTTPHeaderFields.set(name, "v");
+  const std::tuple<int, const char*, const char*, const char*> table[] = {
+      {302, "../z w", "http://a.example/z%20w", "GET Authorization Cookie X-Kept"},
+      {303, "//A.example:81/", "http://A.example:81/", "GET X-Kept"},
+      {307, "?p", "http://a.example/x/y?p", "POST Authorization Cookie Content-Type X-Kept body"},
+      {308, "https://a.example/", "https://a.example/", "POST Content-Type X-Kept body"}};
+  for (const auto& [code, location, target, form] : table) {
+    session.enqueue(sentOn(code, location));
+    session.dataTask(request, nullptr);
+    platform->runUntilIdle();
+    const auto& last = session.tasks().back()->request();
+    std::string got = last.httpMethod;
+    for (const auto& [name, value] : last.allHTTPHeaderFields.fields()) got += " " + name;
+    EXPECT_EQ(last.url.absoluteString(), target);
+    EXPECT_EQ(got + (last.httpBody ? " " + *last.httpBody : ""), form) << location;
+  }
+}
+
 TEST_F(TransportTest, ARequestThatCannotBeBuiltAnswersAtOnce) {
   int calls = 0;
   VeltoTaskManager::executeTaskFor(VeltoAdTypeBanner, static_cast<VeltoBannerSize>(4), std::nullopt,

@@ -1,5 +1,7 @@
-// What the sandbox server finds in the library's own tracks and video ad requests: nothing wrong; and that it
-// would.
+// What the sandbox server finds in the library's own ad requests, tracks and video ad requests: nothing
+// wrong; and that it would.
+#include "velto/network/VeltoTaskRequest.h"
+
 #include "TrackTest.h"
 #include "sandbox/RequestCheck.h"
 #include "sandbox/Server.h"
@@ -19,6 +21,7 @@ sandbox::RecordedRequest arrived(const NSURLRequest& request) {
   record.path = request.url.path();
   record.query = sandbox::decodeQuery("?" + request.url.query().value());
   record.headers = request.allHTTPHeaderFields.fields();
+  record.body = request.httpBody.value_or("");
   record.kind = sandbox::kindOf(record);
   sandbox::checkRequest(record, sandbox::Names{});
   return record;
@@ -40,6 +43,18 @@ TEST_F(SandboxAgreesTest, OnTracks) {
   EXPECT_EQ(clicked.track.value().arguments, "b1:p1:o1");
   EXPECT_EQ(clicked.track.value().device.at(0), "A BC \xf0\x9f\x93\xb1");
   EXPECT_EQ(clicked.track.value().device.at(8), "1704000000");
+}
+
+TEST_F(SandboxAgreesTest, OnAdRequestsWhateverTheCarrier) {
+  registerKey();
+  for (const auto& carrier : {CTCarrier{"Net", "262", "01"}, CTCarrier{"Net", std::nullopt, "01"},
+                              CTCarrier{"Net", std::nullopt, std::nullopt}}) {
+    platform->telephony().carrier = carrier;
+    const auto request =
+        arrived(*VeltoTaskRequest::requestFor(VeltoAdTypeInterstitial, VeltoBannerSizeInterstitial, {}));
+    EXPECT_EQ(request.kind, Kind::Ad);
+    EXPECT_EQ(request.problems, Problems{});
+  }
 }
 
 TEST_F(SandboxAgreesTest, OnVideoAdRequests) {

@@ -206,6 +206,11 @@ TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
   EXPECT_FALSE(b->vc()->hasRefreshTimer());
   b->load();
   EXPECT_TRUE(b->vc()->hasRefreshTimer());
+  b->setRefreshTimeSeconds(INT64_MAX);
+  b->load();
+  const auto before = requests();
+  platform->advance(1h);
+  EXPECT_EQ(requests(), before) << "longer than any clock holds is never";
   b->setEnableAutoRefresh(false);
   b->load();
   EXPECT_FALSE(b->vc()->hasRefreshTimer());
@@ -256,11 +261,14 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   auto headers = std::make_shared<VeltoTaskResponseHeaders>();
   headers->headers.set("x-width", "320");
   headers->headers.set("x-height", "50");
-  b->vc()->presentMediationBannerView(adapter->getBannerView(),
-                                      VeltoAd::adWithMediation(adapter, 1, headers));
+  headers->headers.set("x-ttl", "9");
+  const auto ad = VeltoAd::adWithMediation(adapter, 1, headers);
+  VeltoAdManager::shared()->_addAdInCache(ad);
+  b->vc()->presentMediationBannerView(adapter->getBannerView(), ad);
   platform->advance(2s);
   EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(adapter->loadedView, adapter->getBannerView());
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
   EXPECT_EQ(adapter->told(), b->vc()->shownAd());
   EXPECT_EQ(frameInWindow(*adapter->getBannerView(), window->view()), (CGRect{{35, 760}, {320, 50}}));
   adapter->told()->mediationBannerDidPress();

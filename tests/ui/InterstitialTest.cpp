@@ -32,9 +32,8 @@ class InterstitialTest : public test::UITest {
   }
   // A mediation ad that a network's adapter shows by itself.
   std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& adapter) {
-    auto ad = std::make_shared<VeltoAd>();
-    ad->sourceType = VeltoAdSourceMediation;
-    ad->adapter = adapter;
+    auto ad = VeltoAd::adWithMediation(adapter, VeltoBannerSizeInterstitial, nullptr);
+    ad->ttl = 9;
     return ad;
   }
   size_t closeButtons(const UIView& view) {
@@ -255,10 +254,12 @@ TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
 TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   const auto i = VeltoInterstitialViewController::initWithDelegate(full);
   const auto adapter = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
-  auto ad = mediated(adapter);
+  const auto ad = mediated(adapter);
   ad->timer = 2;
+  VeltoAdManager::shared()->_addAdInCache(ad);
   i->vc()->presentMediationBanner(ad);
   EXPECT_EQ(full->heard, Heard{"finish"});
+  EXPECT_EQ(VeltoAdManager::shared()->ads().size(), 1U) << "ready is not shown";
   EXPECT_TRUE(platform->webViews().empty());
   EXPECT_EQ(adapter->told(), i->vc()->shownAd());
   const auto screen = std::make_shared<UIViewController>();
@@ -268,6 +269,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
   EXPECT_EQ(adapter->root.lock(), i->vc());
   EXPECT_EQ(adapter->loaded, 1);
+  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
   EXPECT_EQ(screen->presentingViewController(), i->vc().get());
   window->pressEscape();
   EXPECT_EQ(full->heard.back(), "appear") << "not before its time";

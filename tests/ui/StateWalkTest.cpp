@@ -1,7 +1,7 @@
 // Random walks: host calls, server answers, page signals, touches and time in any order, also from inside
 // callbacks. What must hold whatever happens is checked after every step; every walk ends by letting go of
 // everything.
-#include "velto/ads/VeltoAdMediationAdapter.h"
+#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 
 #include <algorithm>

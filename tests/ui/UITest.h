@@ -2,7 +2,7 @@
 // network's adapter.
 #pragma once
 
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
@@ -68,7 +68,6 @@ class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationR
  public:
   explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot) {}
   uint64_t adType() const override { return type_; }
-  std::string description() const override { return "<FakeAdapter>"; }
   VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override {
     return takesRoot_ ? this : nullptr;
   }

@@ -1,8 +1,7 @@
 // Reading a page's identifiers, off the main thread: pages may be long.
 #include "velto/ads/AdPublisherInfoSDKVelto.h"
 
-#include "velto/platform/MainQueue.h"
-#include "velto/platform/Platform.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/ui/WKWebView.h"
 
 namespace velto::AdPublisherInfoSDKVelto {
@@ -57,15 +56,10 @@ void findPublisherInformations(const std::shared_ptr<WKWebView>& webView, Publis
 
 void _findPublisherInformations(const std::optional<JSON>& result, PublisherInformation completionHandler) {
   const auto* markup = result ? result->string() : nullptr;
-  auto found = markup ? publisherIdentifiersIn(*markup) : std::nullopt;
-  auto* platform = Platform::currentOrNull();
-  if (!platform) return;
-  platform->mainQueue().post([found = std::move(found), completion = std::move(completionHandler)] {
-    if (found)
-      completion(found->ordId, found->bannerId, found->publisherId);
-    else
-      completion(std::nullopt, std::nullopt, std::nullopt);
-  });
+  const auto found = markup ? publisherIdentifiersIn(*markup) : std::nullopt;
+  const auto part = [&](auto member) { return found ? std::optional((*found).*member) : std::nullopt; };
+  answerOnMain(std::move(completionHandler), part(&PublisherIdentifiers::ordId),
+               part(&PublisherIdentifiers::bannerId), part(&PublisherIdentifiers::publisherId));
 }
 
 }  // namespace velto::AdPublisherInfoSDKVelto

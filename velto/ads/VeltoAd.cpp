@@ -2,7 +2,7 @@
 #include "velto/ads/VeltoAd.h"
 
 #include "velto/ads/AdSDKVelto.h"
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/platform/Clock.h"
 #include "velto/platform/Platform.h"

@@ -4,22 +4,10 @@
 #include "velto/core/SDKVeltoBundle.h"
 #include "velto/core/VeltoUtilities.h"
 #include "velto/network/VeltoTaskManager.h"
-#include "velto/platform/MainQueue.h"
-#include "velto/platform/Platform.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/foundation/Text.h"
 
 namespace velto {
-namespace {
-
-void answerOnMain(const VeltoAdCompletion& completion, std::shared_ptr<VeltoAd> ad,
-                  std::optional<VeltoErrorAd> error) {
-  auto* platform = Platform::currentOrNull();
-  if (!completion || !platform) return;
-  platform->mainQueue().post(
-      [completion, ad = std::move(ad), error = std::move(error)] { completion(ad, error); });
-}
-
-}  // namespace
 
 std::shared_ptr<VeltoAdManager> VeltoAdManager::shared() {
   return Platform::shared<VeltoAdManager>();
@@ -40,7 +28,8 @@ VeltoAdManager::VeltoAdManager() {
 void VeltoAdManager::_fetch(VeltoAdType type, VeltoBannerSize size,
                             const std::optional<VeltoSettings>& settings,
                             VeltoAdCompletion completionHandler) {
-  if (auto ad = usableAd(size)) return answerOnMain(completionHandler, std::move(ad), std::nullopt);
+  if (auto ad = usableAd(size))
+    return answerOnMain(completionHandler, std::move(ad), std::optional<VeltoErrorAd>());
 
   VeltoTaskManager::executeTaskFor(
       type, size, settings,

@@ -16,7 +16,8 @@
 
 namespace velto {
 
-// Posted, with the ad as its object, when an ad's markup was handed to a web view.
+// Posted, with the ad as its object, when an ad is shown: its markup was handed to a web view, or its
+// adapter's view or screen is there.
 inline constexpr char constNotificationAdShowed[] = "constNotificationAdShowedVelto";
 
 class VeltoAdManager : public std::enable_shared_from_this<VeltoAdManager> {

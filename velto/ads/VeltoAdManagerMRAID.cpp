@@ -2,22 +2,10 @@
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoInspector.h"
 #include "velto/network/VeltoTaskManager.h"
-#include "velto/platform/MainQueue.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/PHPhotoLibrary.h"
-#include "velto/platform/Platform.h"
 
 namespace velto {
-namespace {
-
-// The completion on the main queue, unless the platform went.
-template <class Completion, class... Arguments>
-void answerOnMain(const Completion& completion, Arguments... arguments) {
-  auto* platform = Platform::currentOrNull();
-  if (completion && platform)
-    platform->mainQueue().post([completion, ... values = std::move(arguments)] { completion(values...); });
-}
-
-}  // namespace
 
 void VeltoAdManager::fetchForSecondaryMRAIDContent(const std::string& url,
                                                    VeltoAdCompletion completionHandler) {

@@ -1,7 +1,7 @@
 // Which adapter fills a mediation item, by the class name that the server gives. Any thread.
 #pragma once
 
-#include "velto/ads/VeltoAdMediationAdapter.h"
+#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
 
 #include <cstdint>
 #include <memory>

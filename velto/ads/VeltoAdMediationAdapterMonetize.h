@@ -2,31 +2,23 @@
 // like a first one.
 #pragma once
 
-#include "velto/ads/VeltoAdMediationAdapter.h"
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationInnerAdapter.h"
 
 namespace velto {
 
-class VeltoAdMediationAdapterMonetize : public VeltoAdMediationCoreAdapter {
+class VeltoAdMediationAdapterMonetize : public VeltoAdMediationInnerAdapter {
  public:
-  static void adapt(const std::shared_ptr<VeltoMediationItemResponse>& item, uint64_t adType,
-                    VeltoAdCompletion completionHandler);
+  // Size and headers of the answer before are of no use here.
+  static void adapt(const Item& item, std::optional<int64_t> bannerSize, const Headers& headers,
+                    uint64_t adType, const VeltoAdCompletion& completionHandler);
 
-  uint64_t adType() const override { return adType_; }
-  std::string description() const override;
+  VeltoAdMediationAdapterMonetize() : VeltoAdMediationInnerAdapter("VeltoAdMediationAdapterMonetize") {}
 
  private:
-  void _init(const std::string& data, uint64_t adType, VeltoAdCompletion completionHandler);
-  uint64_t adType_ = 0;
+  void _init(const std::string& data, uint64_t adType, const VeltoAdCompletion& completionHandler);
 };
 
-class VeltoAdMediationAdapterMonetizeClass : public VeltoAdMediationAdapterProtocol {
- public:
-  void adapt(const std::shared_ptr<VeltoMediationItemResponse>& item, std::optional<int64_t> /*bannerSize*/,
-             const std::shared_ptr<VeltoTaskResponseHeaders>& /*headers*/, uint64_t adType,
-             VeltoAdCompletion completionHandler) override {
-    VeltoAdMediationAdapterMonetize::adapt(item, adType, std::move(completionHandler));
-  }
-};
+using VeltoAdMediationAdapterMonetizeClass =
+    VeltoAdMediationInnerAdapterClass<VeltoAdMediationAdapterMonetize>;
 
 }  // namespace velto

@@ -1,68 +1,28 @@
-// What an adapter of another ad network looks like to the controllers that show its ads. Main thread.
+// An adapter class: what turns a mediation item into an ad of its network. What it makes is a
+// VeltoAdMediationCoreAdapter.
 #pragma once
 
-#include "velto/platform/NSNotificationCenter.h"
+#include "velto/ads/VeltoAdResolver.h"
+#include "velto/ads/VeltoMediationResponse.h"
 
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <optional>
 
 namespace velto {
 
-class UIView;
-class UIViewController;
-class VeltoAd;
-
-// Posted by an adapter with itself as the object.
-inline constexpr char constNotificationAdMobAdapterGADBannerReady[] =
-    "constNotificationAdMobAdapterGADBannerReadyVelto";
-inline constexpr char constNotificationAdMobAdapterGADInterstitialReady[] =
-    "constNotificationAdMobAdapterGADInterstitialReadyVelto";
-inline constexpr char constNotificationAdMobAdapterGADInterstitialError[] =
-    "constNotificationAdMobAdapterGADInterstitialErrorVelto";
-
-// Implemented by the controllers: a person did something to the network's view.
-class VeltoAdMediationAdapterDelegate {
+// Stands for the class itself, not for one adapter: each adapt() makes a new one.
+class VeltoAdMediationAdapterProtocol {
  public:
-  virtual ~VeltoAdMediationAdapterDelegate() = default;
-  virtual void mediationBannerDidPress() = 0;
-  virtual void mediationBannerDidClose() = 0;
-};
+  virtual ~VeltoAdMediationAdapterProtocol() = default;
 
-// An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not
-// shown.
-class VeltoAdMediationRootViewControllerUser {
- public:
-  virtual ~VeltoAdMediationRootViewControllerUser() = default;
-  virtual void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) = 0;
-};
-
-class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
- public:
-  virtual uint64_t adType() const = 0;  // 1 banner, 2 interstitial, 0 unknown
-  virtual std::string description() const = 0;
-
-  // Optional. Null: the adapter takes no root view controller.
-  virtual VeltoAdMediationRootViewControllerUser* rootViewControllerUser() { return nullptr; }
-  virtual std::shared_ptr<UIView> getBannerView() { return nullptr; }
-  virtual void gadAdLoaded(const std::shared_ptr<VeltoAd>& /*ad*/, const std::shared_ptr<UIView>& /*view*/) {}
-};
-
-// The base of adapters.
-class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
- public:
-  uint64_t adType() const override { return 0; }
-  void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) {
-    delegate_ = std::move(delegate);
-  }
-  // Whether somebody shows its ad, or is about to.
-  bool hasDelegate() const { return !delegate_.expired(); }
-
- protected:
-  std::shared_ptr<VeltoAdMediationAdapterDelegate> delegate() const { return delegate_.lock(); }
-
- private:
-  std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate_;
+  // Answers once, with an ad or an error: at once, or later on any thread. Called on the thread on which the
+  // answer before it came, usually not the main one. The ad type is 1 for a banner, 2 for an interstitial, 0
+  // unknown.
+  virtual void adapt(const std::shared_ptr<VeltoMediationItemResponse>& item,
+                     std::optional<int64_t> bannerSize,
+                     const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t adType,
+                     VeltoAdCompletion completionHandler) = 0;
 };
 
 }  // namespace velto

@@ -1,8 +1,6 @@
 // The table of linked adapters.
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 
-#include "velto/core/VeltoUtilities.h"
-
 #include <map>
 #include <mutex>
 
@@ -35,10 +33,6 @@ std::shared_ptr<VeltoAdMediationAdapterProtocol> VeltoAdMediationAdapterRegistry
   std::lock_guard lock(table().mutex);
   const auto found = table().adapters.find(className);
   return found == table().adapters.end() ? nullptr : found->second;
-}
-
-bool VeltoUtilities::isGoogleAdMobAvailable() {
-  return VeltoAdMediationAdapterRegistry::adapterNamed("VeltoAdMediationAdapterAdMob") != nullptr;
 }
 
 }  // namespace velto

@@ -9,6 +9,7 @@
 #include "velto/tracking/VeltoTrackerManager.h"
 
 #include <exception>
+#include <mutex>
 
 namespace velto {
 namespace {
@@ -34,12 +35,14 @@ std::optional<T> valueForKey(const std::string& key) {
   return held ? std::optional(std::move(*held)) : std::nullopt;
 }
 
-// The store's exceptions end here: a failed write is only told by the result.
+// The store's exceptions end here: a failed write is only told by the result. That there is no store at all
+// is the caller's fault, and not kept quiet.
 template <class Change>
 bool changed(const Change& change) {
+  auto& store = defaults();
   try {
-    change(defaults());
-    defaults().synchronize();
+    change(store);
+    store.synchronize();
     return true;
   } catch (const std::exception&) {
     return false;
@@ -124,9 +127,14 @@ std::string VeltoDataStore::getUserAgent() {
 
 void VeltoDataStore::storeVeltoKey(const std::optional<std::string>& key,
                                    const std::optional<std::string>& fromNonNative, bool testMode) {
-  _initDefaultValuesFromNonNative(fromNonNative, testMode);
-  const bool firstOfInstallation = !getVeltoKey();
-  storeValue(asValue(key), keyClientId);
+  const bool firstOfInstallation = [&] {
+    static std::mutex oneAtATime;  // of several threads only one is the first
+    std::lock_guard lock(oneAtATime);
+    _initDefaultValuesFromNonNative(fromNonNative, testMode);
+    const bool first = !getVeltoKey();
+    storeValue(asValue(key), keyClientId);
+    return first;
+  }();
   if (firstOfInstallation) VeltoTrackerManager::trackInstall();
 }
 

@@ -1,6 +1,9 @@
-// Where a host application begins: register the publisher key, then pass consent. Everything is written to
-// the store at once and is in the next request. Any thread; a platform must be installed
-// (velto::gtk::install).
+// Where a host application begins: install a platform (velto::gtk::install), register the publisher key, then
+// pass consent. Everything is written to the store at once and is in the next request. Any thread.
+//
+// Before a platform is installed there is nothing to write to or read from: every operation here but
+// getUIInterfaceOrientationMaskFrom then throws std::logic_error, and has done nothing. Later a store that
+// fails is not reported. Where a text may be absent, a null pointer is as good as std::nullopt.
 #pragma once
 
 #include "velto/platform/NSNotificationCenter.h"
@@ -21,16 +24,19 @@ class VeltoFramework {
   // Test mode asks the server for test ads.
   static void addVeltoKey(const std::string& key, bool testMode);
   static void addVeltoKey(const std::string& key, const char* fromNonNative) {
-    addVeltoKey(key, std::optional<std::string>(fromNonNative));
+    addVeltoKey(key, textOf(fromNonNative));
   }
 
   // A custom endpoint: ad requests go to this sub-domain of the publisher host. Empty: the ad server.
   static void setEndpoint(const std::optional<std::string>& endpoint);
+  static void setEndpoint(const char* endpoint) { setEndpoint(textOf(endpoint)); }
 
   static void acceptPersonalInfoContent(bool accepted);
-  static void setGDPRConsent(
-      const std::optional<std::string>& consent);  // the consent string, sent as it stands
-  static void setUsPrivacy(const std::optional<std::string>& privacy);  // the US privacy string, likewise
+  // The consent string and the US privacy string, sent as they stand; absent: not sent.
+  static void setGDPRConsent(const std::optional<std::string>& consent);
+  static void setGDPRConsent(const char* consent) { setGDPRConsent(textOf(consent)); }
+  static void setUsPrivacy(const std::optional<std::string>& privacy);
+  static void setUsPrivacy(const char* privacy) { setUsPrivacy(textOf(privacy)); }
 
   static std::string versionSDK();  // "4.0.10"
   static int64_t version();         // 4010
@@ -41,6 +47,11 @@ class VeltoFramework {
 
   static void _initFrameworkWithKey(const std::string& key, const std::optional<std::string>& fromNonNative,
                                     bool testMode);
+
+ private:
+  static std::optional<std::string> textOf(const char* text) {
+    return text ? std::optional<std::string>(text) : std::nullopt;
+  }
 };
 
 }  // namespace velto

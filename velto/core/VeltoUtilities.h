@@ -1,4 +1,4 @@
-// Small facts that several subsystems share.
+// Small facts that several subsystems share. Any thread.
 #pragma once
 
 #include <string>
@@ -7,12 +7,11 @@ namespace velto {
 
 class VeltoUtilities {
  public:
-  // Whether the host application linked and registered the adapter "VeltoAdMediationAdapterAdMob". Any
-  // thread.
+  // Whether the host application linked and registered the adapter "VeltoAdMediationAdapterAdMob".
   static bool isGoogleAdMobAvailable();
 
   // What the library tells of itself when ads are measured, the verification script of native sessions (which
-  // no page brings along), and the engine's activation. Main thread.
+  // no page brings along), and the engine's activation.
   static std::string omsdkPartnerName();
   static std::string omsdkVendorKey();
   static std::string omsdkVerificationScriptURL();

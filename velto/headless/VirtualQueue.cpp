@@ -1,6 +1,8 @@
 // Virtual time: an ordered map of tasks, and a loop that takes the first one out.
 #include "velto/headless/VirtualQueue.h"
 
+#include "velto/platform/Durations.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -8,7 +10,7 @@ namespace velto::headless {
 namespace {
 
 constexpr int tasksBeforeGivingUp = 1'000'000;
-constexpr auto longestDelay = std::chrono::hours(24 * 365 * 100);  // keeps due times inside their type
+constexpr VirtualQueue::Nanoseconds lastInstant = never - VirtualQueue::Nanoseconds(1);
 
 double seconds(std::chrono::nanoseconds duration) {
   return std::chrono::duration<double>(duration).count();
@@ -34,9 +36,9 @@ VirtualQueue::~VirtualQueue() {
 }
 
 void VirtualQueue::add(Nanoseconds delay, Task task, bool offMain) {
-  delay = std::clamp<Nanoseconds>(delay, Nanoseconds(0), longestDelay);
+  delay = std::max(delay, Nanoseconds(0));
   std::lock_guard lock(mutex_);
-  tasks_.emplace(Due{now_ + delay, sequence_++}, Entry{std::move(task), offMain});
+  tasks_.emplace(Due{sumWithin(now_, delay), sequence_++}, Entry{std::move(task), offMain});
 }
 
 void VirtualQueue::postOffMain(Nanoseconds delay, Task task) {
@@ -145,7 +147,7 @@ void VirtualQueue::runUntilIdle() {
 void VirtualQueue::advance(Nanoseconds duration) {
   const Nanoseconds end = [&] {
     std::lock_guard lock(mutex_);
-    return now_ + std::clamp<Nanoseconds>(duration, Nanoseconds(0), longestDelay);
+    return std::min(sumWithin(now_, std::max(duration, Nanoseconds(0))), lastInstant);
   }();
   // Time that passes is no restlessness: only tasks within one instant count.
   int inThisInstant = 0;
@@ -166,8 +168,7 @@ bool VirtualQueue::runUntil(const std::function<bool()>& condition, Nanoseconds 
   while (!condition()) {
     const auto due = nextDue();
     if (!due || seconds(*due) > end) {
-      advance(
-          std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(end - monotonicSeconds())));
+      advance(nanosecondsIn(end - monotonicSeconds()));
       return condition();
     }
     if (++count > tasksBeforeGivingUp) throwRestless();

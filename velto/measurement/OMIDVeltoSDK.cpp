@@ -18,8 +18,7 @@ std::string OMIDVeltoSDK::versionString() {
 }
 
 bool OMIDVeltoSDK::activate() {
-  if (active_) return true;
-  active_ = true;
+  if (active_.exchange(true)) return true;
   auto& center = Platform::current().notificationCenter();
   const auto observe = [&](const char* name, bool inBackground) {
     return center.addObserver(name, [this, inBackground](const NSNotification&) {

@@ -1,10 +1,11 @@
-// The measurement engine as a whole: until it is activated,
-// nothing else of it works. One for the process; main thread.
+// The measurement engine as a whole: until it is activated, nothing else of it works. One for the process.
+// Main thread, but for activation: a key may be registered on any.
 #pragma once
 
 #include "velto/platform/Handle.h"
 #include "velto/platform/foundation/JSON.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,7 +17,7 @@ class OMIDVeltoSDK {
   static std::shared_ptr<OMIDVeltoSDK> sharedInstance();
   static std::string versionString();
 
-  // Whether it is active afterwards, which it is.
+  // Whether it is active afterwards, which it is. These two on any thread.
   bool activate();
   bool isActive() const { return active_; }
 
@@ -32,7 +33,7 @@ class OMIDVeltoSDK {
   const Tracer& tracer() const { return tracer_; }
 
  private:
-  bool active_ = false;
+  std::atomic<bool> active_ = false;
   bool inBackground_ = false;
   Tracer tracer_;
   Handle foreground_;

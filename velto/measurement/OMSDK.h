@@ -1,5 +1,6 @@
-// Open Measurement: activation of the engine, and injection of its service script into markup. Called by
-// registration and by the web view host; main thread. What it tells of the library is in VeltoUtilities.
+// Open Measurement: activation of the engine by registration, on any thread, and injection of its service
+// script into markup by the web view host, on the main one. What it tells of the library is in
+// VeltoUtilities.
 #pragma once
 
 #include <string>

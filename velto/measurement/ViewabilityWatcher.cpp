@@ -2,6 +2,7 @@
 #include "velto/measurement/ViewabilityWatcher.h"
 
 #include "velto/platform/Clock.h"
+#include "velto/platform/Durations.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ui/ViewChanges.h"
@@ -32,9 +33,7 @@ void ViewabilityWatcher::noteChange() {
     if (alive && alive->scheduled_) alive->lookNow();
   };
   if (wait <= 0) return platform->mainQueue().post(std::move(task));
-  platform->mainQueue().postAfter(
-      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(wait)),
-      std::move(task));
+  platform->mainQueue().postAfter(nanosecondsIn(wait), std::move(task));
 }
 
 void ViewabilityWatcher::lookNow() {

@@ -110,19 +110,17 @@ std::string VeltoDevice::connection() {
 
 std::optional<std::string> VeltoDevice::connectionType() {
   try {
-    switch (_networkStatus()) {
-      case VeltoNetworkReachableViaWiFi:
-        return "WIFI";
-      case VeltoNetworkReachableViaWWAN: {
-        const auto technology = platform().telephony().currentRadioAccessTechnology();
-        return technology ? generation(*technology) : std::nullopt;
-      }
-      default:
-        return std::nullopt;
-    }
+    return _connectionTypeFor(_networkStatus());
   } catch (const std::exception&) {
     return std::nullopt;
   }
+}
+
+std::optional<std::string> VeltoDevice::_connectionTypeFor(VeltoNetworkStatus status) {
+  if (status == VeltoNetworkReachableViaWiFi) return "WIFI";
+  if (status != VeltoNetworkReachableViaWWAN) return std::nullopt;
+  const auto technology = platform().telephony().currentRadioAccessTechnology();
+  return technology ? generation(*technology) : std::nullopt;
 }
 
 // The status is read and not passed on: the server has always been told "CARRIER", and the two operations

@@ -30,6 +30,7 @@ class VeltoDevice {
 
   static std::string connection();                     // "WIFI" or "CARRIER"
   static std::optional<std::string> connectionType();  // "WIFI", "2G", "3G", "4G"
+  static std::optional<std::string> _connectionTypeFor(VeltoNetworkStatus status);
   static VeltoNetworkStatus _networkStatus();
 
   static std::optional<std::string> simOperatorCode();  // "country-network"

@@ -2,6 +2,9 @@
 //
 // Handlers (which may be empty) are called once, on the URL session's own queue and never on the main thread,
 // but for one case: when no request can be built, the handler is called at once, inside the call.
+//
+// Every exchange is a new one: no cookies, no cached answers, and no redirect from https to http
+// (NSURLSession.h says why).
 #pragma once
 
 #include "velto/core/VeltoConstants.h"

@@ -1,6 +1,7 @@
 // The repeating timer over the platform's main queue.
 #include "velto/platform/NSTimer.h"
 
+#include "velto/platform/Durations.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
@@ -8,10 +9,8 @@ namespace velto {
 
 std::unique_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(double seconds,
                                                                  std::function<void()> action) {
-  const auto interval =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
   return std::unique_ptr<NSTimer>(
-      new NSTimer(Platform::current().mainQueue().every(interval, std::move(action))));
+      new NSTimer(Platform::current().mainQueue().every(nanosecondsIn(seconds), std::move(action))));
 }
 
 }  // namespace velto

@@ -58,10 +58,16 @@ class NSURLSession {
 
   virtual ~NSURLSession() = default;
 
-  // Starts the request: http and https only, redirects followed, cookies neither sent
-  // nor kept. Any thread. The completion is called on the session's own queue, one at a
-  // time, never on the main thread and never inside this call. A task lives until it has
-  // answered; when the platform goes away first, its completion is destroyed uncalled.
+  // Starts the request: http and https only, redirects as redirectionFor() has them. Any thread.
+  //
+  // Nothing is kept between requests but connections: no cookie is stored, and none sent but what the request
+  // itself carries; no answer is cached, and each request reaches the server. An ad is meant for one moment,
+  // and a track counts one event, so a stored answer would be wrong for both; and a cookie would tell a
+  // person apart whatever that person decided about the advertising identifier.
+  //
+  // The completion is called on the session's own queue, one at a time, never on the main thread and never
+  // inside this call. A task lives until it has answered; when the platform goes away first, its completion
+  // is destroyed uncalled.
   virtual void dataTask(NSURLRequest request, Completion completion) = 0;
 };
 

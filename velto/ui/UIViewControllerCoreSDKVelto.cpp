@@ -2,7 +2,7 @@
 #include "velto/ui/UIViewControllerCoreSDKVelto.h"
 
 #include "velto/ads/VeltoAdManager.h"
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/platform/ui/UIViewController.h"
 
 namespace velto {

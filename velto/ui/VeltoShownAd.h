@@ -9,7 +9,7 @@
 #pragma once
 
 #include "velto/ads/VeltoAd.h"
-#include "velto/ads/VeltoAdMediationAdapterProtocol.h"
+#include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 

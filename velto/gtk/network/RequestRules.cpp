@@ -17,14 +17,6 @@ bool isOneOf(const std::string& name, const std::array<std::string_view, n>& nam
 constexpr std::array<std::string_view, 9> transportFields{"connection", "content-length",    "expect",
                                                           "host",       "keep-alive",        "te",
                                                           "trailer",    "transfer-encoding", "upgrade"};
-constexpr std::array<std::string_view, 3> credentialFields{"authorization", "cookie", "proxy-authorization"};
-
-bool isOfSameServer(const NSURL& one, const NSURL& other) {
-  const auto same = [](const std::optional<std::string>& a, const std::optional<std::string>& b) {
-    return lowercased(a.value_or("")) == lowercased(b.value_or(""));
-  };
-  return same(one.scheme(), other.scheme()) && same(one.host(), other.host()) && one.port() == other.port();
-}
 
 bool matches(std::string pattern, const std::string& host) {
   pattern = lowercased(std::move(pattern));
@@ -51,28 +43,6 @@ std::vector<std::string> headerLines(const HeaderFields& fields) {
     lines.push_back(std::move(line));
   }
   return lines;
-}
-
-bool isRedirectStatus(long status) {
-  return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
-}
-
-NSURLRequest redirectedRequest(NSURLRequest request, long status, NSURL target) {
-  const bool becomesGet = status <= 303 && request.httpMethod != "GET" && request.httpMethod != "HEAD";
-  if (becomesGet) {
-    request.httpMethod = "GET";
-    request.httpBody.reset();
-  }
-  const bool leavesServer = !isOfSameServer(request.url, target);
-  HeaderFields kept;
-  for (const auto& [name, value] : request.allHTTPHeaderFields.fields()) {
-    if (becomesGet && lowercased(name).starts_with("content-")) continue;
-    if (leavesServer && isOneOf(name, credentialFields)) continue;
-    kept.add(name, value);
-  }
-  request.allHTTPHeaderFields = std::move(kept);
-  request.url = std::move(target);
-  return request;
 }
 
 std::string mappedAddress(const std::vector<HostMapping>& map, const NSURL& url) {

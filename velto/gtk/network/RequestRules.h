@@ -1,5 +1,4 @@
-// What HTTP and the transport demand of a request: its header fields, its form after a redirect, the place it
-// goes to.
+// What HTTP and the transport demand of a request: its header fields, the place it goes to.
 #pragma once
 
 #include "velto/gtk/VeltoGtk.h"
@@ -18,12 +17,6 @@ bool isToken(std::string_view text);
 // "Content-Length") are left out; what would end a line inside a value becomes a blank, so no value can bring
 // a field of its own.
 std::vector<std::string> headerLines(const HeaderFields& fields);
-
-bool isRedirectStatus(long status);
-
-// The request for the place that an answer of that status sent the other one to (RFC 9110, 15.4): credentials
-// stay with their server, and but for 307 and 308 a request with content becomes a GET.
-NSURLRequest redirectedRequest(NSURLRequest request, long status, NSURL target);
 
 // The address that connections for the host go to instead; empty: none.
 std::string mappedAddress(const std::vector<HostMapping>& map, const NSURL& url);

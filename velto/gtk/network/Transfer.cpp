@@ -2,6 +2,7 @@
 #include "velto/gtk/network/Transfer.h"
 
 #include "velto/gtk/network/RequestRules.h"
+#include "velto/platform/Redirection.h"
 
 #include <algorithm>
 
@@ -130,16 +131,14 @@ T Transfer::info(CURLINFO what) const {
   return value;
 }
 
-bool Transfer::isRedirected() const {
-  const auto* location = info<const char*>(CURLINFO_REDIRECT_URL);
-  return location && isRedirectStatus(info<long>(CURLINFO_RESPONSE_CODE)) && NSURL::URLWithString(location);
-}
-
-CURLcode Transfer::redirect() {
-  if (++redirects_ > options_.mostRedirects) return CURLE_TOO_MANY_REDIRECTS;
-  request_ = redirectedRequest(std::move(request_), info<long>(CURLINFO_RESPONSE_CODE),
-                               *NSURL::URLWithString(info<const char*>(CURLINFO_REDIRECT_URL)));
-  return CURLE_OK;
+bool Transfer::redirect() {
+  auto redirection = redirectionFor(request_, static_cast<int>(info<long>(CURLINFO_RESPONSE_CODE)),
+                                    head_.fields(), redirects_);
+  refusedRedirect_ = std::move(redirection.error);
+  if (!redirection.request) return false;
+  request_ = std::move(*redirection.request);
+  ++redirects_;
+  return true;
 }
 
 std::shared_ptr<const NSURLResponse> Transfer::response() const {
@@ -162,7 +161,9 @@ void Transfer::finish(CURLcode code) {
   const auto completion = std::exchange(completion_, nullptr);
   if (!completion) return;
   if (refused_ != CURLE_OK) code = refused_;
-  if (code == CURLE_OK)
+  if (refusedRedirect_)
+    completion(std::nullopt, nullptr, std::move(refusedRedirect_));
+  else if (code == CURLE_OK)
     completion(std::move(body_), response(), std::nullopt);
   else
     completion(std::nullopt, nullptr, error(code));

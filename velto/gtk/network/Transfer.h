@@ -31,10 +31,9 @@ class Transfer {
   // Sets the handle up for the request as it stands now. A code other than CURLE_OK: it cannot be sent.
   CURLcode prepare();
 
-  // Whether the exchange that just ended sends on to another place, and the request becomes the one for
-  // there. With CURLE_OK, prepare it and go on.
-  bool isRedirected() const;
-  CURLcode redirect();
+  // Whether the exchange, which just ended well, sends on to another place. The request is then the one for
+  // there, to be prepared. A redirect that is not followed is what finish() answers with.
+  bool redirect();
 
   // When it fails unless something comes or goes.
   Time deadline() const { return deadline_; }
@@ -63,6 +62,7 @@ class Transfer {
   CurlList headers_, connectTo_;
   std::array<char, CURL_ERROR_SIZE> detail_{};
   int redirects_ = 0;
+  std::optional<NSError> refusedRedirect_;
   Time deadline_;
   curl_off_t moved_ = 0;         // bytes of bodies, both ways
   CURLcode refused_ = CURLE_OK;  // why a callback ended the exchange

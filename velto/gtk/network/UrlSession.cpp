@@ -65,10 +65,7 @@ void UrlSession::Exchange::send(std::unique_ptr<Transfer> transfer) {
 void UrlSession::Exchange::end(CURL* easy, CURLcode code) {
   auto transfer = std::move(transfers_.extract(easy).mapped());
   curl_multi_remove_handle(multi_.get(), easy);
-  if (code == CURLE_OK && transfer->isRedirected()) {
-    code = transfer->redirect();
-    if (code == CURLE_OK) return send(std::move(transfer));
-  }
+  if (code == CURLE_OK && transfer->redirect()) return send(std::move(transfer));
   transfer->finish(code);
 }
 

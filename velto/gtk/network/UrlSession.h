@@ -19,7 +19,6 @@ namespace velto::gtk {
 struct TransportOptions {
   // A request fails when no data came or went for this long (at least a second).
   std::chrono::seconds requestTimeout{60};
-  int mostRedirects = 20;
   int mostConnectionsToOneHost = 6;
   size_t largestBody = size_t{256} << 20;  // bytes, decompressed; a request may ask for less
   size_t mostHeaderFields = 2000;          // of one answer
@@ -29,8 +28,8 @@ struct TransportOptions {
 
 // Errors have the domain "libcurl" and libcurl's own codes (curl/curl.h, CURLcode). A body that the server
 // promised longer than it came is an error; over HTTP/1.1, what comes beyond the promised length is not part
-// of the answer (RFC 9112, 6.3), over HTTP/2 it is an error as well. Redirects are followed as browsers do it
-// (RFC 9110, 15.4).
+// of the answer (RFC 9112, 6.3), over HTTP/2 it is an error as well. Redirects follow Redirection.h, whose
+// errors have a domain of their own.
 class UrlSession : public NSURLSession {
  public:
   // Costs nothing: the thread starts with the first request.

@@ -65,7 +65,7 @@ std::optional<JSON> readValue(JSCValue* answer) {
   const auto value = GPtr<JSCValue>::adopt(jsc_value_object_get_property(answer, "value"));
   if (jsc_value_is_undefined(value)) return std::make_optional<JSON>();
   const GText text(jsc_value_to_json(value, 0));
-  return text ? readJSON(text.get()) : std::nullopt;
+  return text ? readJSONOfPage(text.get()) : std::nullopt;
 }
 
 }  // namespace

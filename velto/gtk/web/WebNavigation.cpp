@@ -36,30 +36,12 @@ std::string schemeOf(const std::string& address) {
   return scheme;
 }
 
-// The engine lets characters stand in addresses of schemes it does not know (braces in a command's arguments,
-// a lone percent sign) that RFC 3986 wants escaped; the command must not be lost for that.
-std::string escaped(const std::string& address) {
-  constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
-  std::string text;
-  for (size_t i = 0; i < address.size(); ++i) {
-    const char c = address[i];
-    const bool isEscape = c == '%' && i + 2 < address.size() && g_ascii_isxdigit(address[i + 1]) &&
-                          g_ascii_isxdigit(address[i + 2]);
-    constexpr char digits[] = "0123456789ABCDEF";
-    const auto byte = static_cast<unsigned char>(c);
-    if (isEscape || g_ascii_isalnum(c) || allowed.find(c) != std::string_view::npos)
-      text += c;
-    else
-      text.append({'%', digits[byte >> 4], digits[byte & 15]});
-  }
-  return text;
-}
-
 }  // namespace
 
+// The engine lets characters stand in addresses of schemes it does not know (braces in a command's arguments,
+// a lone percent sign); the command must not be lost for that.
 std::optional<NSURL> urlFrom(const std::string& address) {
-  auto url = NSURL::URLWithString(address);
-  return url ? url : NSURL::URLWithString(escaped(address));
+  return NSURL::URLByEscaping(address);
 }
 
 std::string addressOf(WebKitNavigationAction* action) {

@@ -2,6 +2,7 @@
 #include "velto/headless/network/ScriptedURLSession.h"
 
 #include "velto/headless/VirtualQueue.h"
+#include "velto/platform/Redirection.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@
 
 namespace velto::headless {
 namespace {
-
-constexpr int mostRedirects = 20;
 
 bool contains(const NSURLRequest& request, const std::string& part) {
   return request.url.absoluteString().find(part) != std::string::npos;
@@ -25,23 +24,14 @@ ScriptedURLSession::Answerer always(Answer answer) {
   return [answer = std::move(answer)](const NSURLRequest&) { return answer; };
 }
 
-// Where a redirecting answer leads: an absolute location, or a path on the same server.
-std::optional<NSURL> redirectTarget(const NSURL& from, const Answer& answer) {
-  if (answer.error || !answer.isHTTP) return std::nullopt;
-  const bool redirects = answer.status == 301 || answer.status == 302 || answer.status == 303 ||
-                         answer.status == 307 || answer.status == 308;
+HeaderFields fieldsOf(const Answer& answer) {
   HeaderFields fields;
-  for (const auto& [name, value] : answer.headers) fields.set(name, value);
-  const auto location = fields.value("Location");
-  if (!redirects || !location) return std::nullopt;
-  if (!location->starts_with('/')) return NSURL::URLWithString(*location);
-  const std::string port = from.port() ? ":" + std::to_string(*from.port()) : "";
-  return NSURL::URLWithString(from.scheme().value_or("") + "://" + from.host().value_or("") + port +
-                              *location);
+  for (const auto& [name, value] : answer.headers) fields.add(name, value);
+  return fields;
 }
 
-Answer tooLong(std::chrono::nanoseconds delay) {
-  auto answer = Answer::failure({"NSURLErrorDomain", -1103, "resource exceeds maximum size"});
+Answer failedAfter(std::chrono::nanoseconds delay, NSError error) {
+  auto answer = Answer::failure(std::move(error));
   answer.delay = delay;
   return answer;
 }
@@ -159,8 +149,6 @@ void ScriptedURLSession::start(NSURLRequest request, Completion completion, int 
   const auto scheme = lowercased(task->request_.url.scheme().value_or(""));
   if (scheme != "http" && scheme != "https")
     task->answer(Answer::failure({"NSURLErrorDomain", -1002, "unsupported URL"}));
-  else if (redirects > mostRedirects)
-    task->answer(Answer::failure({"NSURLErrorDomain", -1007, "too many HTTP redirects"}));
   else if (const auto answer = answerFor(task->request_))
     task->answer(*answer);
 }
@@ -182,21 +170,20 @@ std::optional<Answer> ScriptedURLSession::answerFor(const NSURLRequest& request)
 
 void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answer, Completion completion,
                                 int redirects) {
-  if (auto target = redirectTarget(request.url, answer)) {
-    NSURLRequest next{*target, request.httpMethod, request.allHTTPHeaderFields, request.httpBody,
-                      request.maximumBodySize};
-    if (answer.status <= 303 && next.httpMethod != "GET" && next.httpMethod != "HEAD") {
-      next.httpMethod = "GET";  // as browsers do it (RFC 9110, 15.4)
-      next.httpBody.reset();
-    }
-    queue_->postOffMain(answer.delay, [this, next = std::move(next), completion = std::move(completion),
-                                       redirects]() mutable {
-      start(std::move(next), std::move(completion), redirects + 1);
-    });
-    return;
+  const auto fail = [&](NSError error) {
+    finish(request, failedAfter(answer.delay, std::move(error)), std::move(completion), redirects);
+  };
+  if (!answer.error && answer.isHTTP) {
+    auto redirection = redirectionFor(request, answer.status, fieldsOf(answer), redirects);
+    if (redirection.error) return fail(std::move(*redirection.error));
+    if (redirection.request)
+      return queue_->postOffMain(answer.delay, [this, next = std::move(*redirection.request),
+                                                completion = std::move(completion), redirects]() mutable {
+        start(std::move(next), std::move(completion), redirects + 1);
+      });
   }
   if (!answer.error && answer.body && answer.body->size() > request.maximumBodySize.value_or(SIZE_MAX))
-    return finish(request, tooLong(answer.delay), std::move(completion), redirects);
+    return fail({"NSURLErrorDomain", -1103, "resource exceeds maximum size"});
   std::shared_ptr<NSURLResponse> response;
   if (!answer.error) {
     response = std::make_shared<NSURLResponse>();
@@ -204,7 +191,7 @@ void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answe
     response->isHTTP = answer.isHTTP;
     if (answer.isHTTP) {
       response->statusCode = answer.status;
-      for (const auto& [name, value] : answer.headers) response->allHeaderFields.add(name, value);
+      response->allHeaderFields = fieldsOf(answer);
     }
   }
   queue_->postOffMain(answer.delay,

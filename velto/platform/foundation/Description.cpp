@@ -1,7 +1,6 @@
 // Descriptions of records, for logs and debuggers.
 #include "velto/platform/foundation/Description.h"
 
-#include <charconv>
 #include <cstdio>
 
 namespace velto {
@@ -22,10 +21,7 @@ Description& Description::field(const char* name, const std::optional<std::strin
 }
 
 Description& Description::field(const char* name, const std::optional<double>& value) {
-  if (!value) return field(name, std::string("(null)"));
-  char digits[64];
-  const auto end = std::to_chars(digits, digits + sizeof digits, *value).ptr;
-  return field(name, std::string(digits, end));
+  return field(name, value ? numberText(*value) : "(null)");
 }
 
 }  // namespace velto

@@ -2,6 +2,8 @@
 // and its writer.
 #include "velto/platform/foundation/JSON.h"
 
+#include "velto/platform/foundation/Text.h"
+
 #include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -125,6 +127,24 @@ std::optional<JSON> readJSON(std::string_view text) {
   Reader reader;
   if (!json::sax_parse(text.begin(), text.end(), &reader)) return std::nullopt;
   return reader.take();
+}
+
+std::optional<JSON> readJSONOfPage(std::string text) {
+  const auto surrogateAt = [&](size_t at, char low, char high) {
+    if (at + 6 > text.size()) return false;
+    const auto escape = lowercased(text.substr(at, 4));
+    return escape.starts_with("\\ud") && escape[3] >= low && escape[3] <= high;
+  };
+  for (size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at)) {
+    const bool first = surrogateAt(at, '8', 'b');
+    if (first && surrogateAt(at + 6, 'c', 'f')) {
+      at += 12;
+      continue;
+    }
+    if (first || surrogateAt(at, 'c', 'f')) text.replace(at + 2, 4, "fffd");
+    at += 2;
+  }
+  return readJSON(text);
 }
 
 std::optional<std::string> writeJSON(const JSON& value, bool pretty) {

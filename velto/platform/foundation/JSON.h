@@ -29,8 +29,6 @@ class JSON {
   JSON(Object value) : value_(std::move(value)) {}
 
   bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
-  bool isBoolean() const { return std::holds_alternative<bool>(value_); }
-  bool isInteger() const { return std::holds_alternative<int64_t>(value_); }
 
   // Null pointers and nothing where the value is of another kind.
   const std::string* string() const { return std::get_if<std::string>(&value_); }
@@ -49,6 +47,11 @@ class JSON {
 // syntax, bad UTF-8, trailing text, nesting deeper than 512. Of equal keys the last wins. Time is linear in
 // the text.
 std::optional<JSON> readJSON(std::string_view text);
+
+// The same of what a page's engine wrote. There half of a surrogate pair is an escape of its own (as
+// ECMAScript's JSON.stringify has it), which stands for no character: it reads as U+FFFD, and the rest is not
+// lost for it.
+std::optional<JSON> readJSONOfPage(std::string text);
 
 // Writes it, on several lines with two blanks of indentation when pretty. Reals without fraction are written
 // as integers. Nothing when a text is not UTF-8 or a number is not finite.

@@ -35,17 +35,8 @@ std::optional<Parts> partsOf(const std::string& text) {
   return parts;
 }
 
-// Every byte is an unreserved or reserved character of RFC 3986, or begins a whole percent escape.
-bool hasOnlyURLCharacters(std::string_view text) {
-  static constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (g_ascii_isalnum(text[i]) || others.find(text[i]) != std::string_view::npos) continue;
-    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) &&
-                        g_ascii_isxdigit(text[i + 2]);
-    if (!escape) return false;
-    i += 2;
-  }
-  return true;
+bool beginsEscape(std::string_view text) {
+  return text.size() > 2 && text[0] == '%' && g_ascii_isxdigit(text[1]) && g_ascii_isxdigit(text[2]);
 }
 
 // Every byte that does not stay becomes a percent escape, zero bytes too (GLib drops those).
@@ -54,36 +45,41 @@ std::string escaped(std::string_view text, Stays stays) {
   static constexpr char digits[] = "0123456789ABCDEF";
   std::string result;
   result.reserve(text.size());
-  for (const char c : text) {
-    if (stays(c)) {
-      result += c;
-      continue;
-    }
-    const auto byte = static_cast<unsigned char>(c);
-    result += '%';
-    result += digits[byte >> 4];
-    result += digits[byte & 15];
+  for (; !text.empty(); text.remove_prefix(1)) {
+    const auto byte = static_cast<unsigned char>(text[0]);
+    if (stays(text))
+      result += text[0];
+    else
+      result.append({'%', digits[byte >> 4], digits[byte & 15]});
   }
   return result;
 }
 
-std::string escapedOutsideASCII(std::string_view text) {
-  return escaped(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+// Unreserved and reserved characters of RFC 3986, and whole percent escapes.
+bool mayStandInURL(std::string_view text) {
+  static constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
+  return g_ascii_isalnum(text[0]) || others.find(text[0]) != std::string_view::npos || beginsEscape(text);
 }
 
-std::string escapedForQuery(std::string_view text) {
-  return escaped(text, [](char c) {
-    return g_ascii_isalnum(c) || allowedInQueryItem.find(c) != std::string_view::npos;
-  });
+bool isASCII(std::string_view text) {
+  return static_cast<unsigned char>(text[0]) < 0x80;
+}
+
+bool mayStandInQueryItem(std::string_view text) {
+  return g_ascii_isalnum(text[0]) || allowedInQueryItem.find(text[0]) != std::string_view::npos;
 }
 
 }  // namespace
 
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   if (text.empty()) return std::nullopt;
-  std::string ascii = escapedOutsideASCII(text);
-  if (!hasOnlyURLCharacters(ascii) || !partsOf(ascii)) return std::nullopt;
+  std::string ascii = escaped(text, isASCII);
+  if (ascii != escaped(ascii, mayStandInURL) || !partsOf(ascii)) return std::nullopt;
   return NSURL(std::move(ascii));
+}
+
+std::optional<NSURL> NSURL::URLByEscaping(std::string_view text) {
+  return URLWithString(escaped(text, mayStandInURL));
 }
 
 // GLib lowers the scheme's letters; here it is told as it stands.
@@ -117,9 +113,7 @@ std::string NSURL::unescaped(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
-    const bool escape = text[i] == '%' && i + 2 < text.size() && g_ascii_isxdigit(text[i + 1]) &&
-                        g_ascii_isxdigit(text[i + 2]);
-    if (escape) {
+    if (beginsEscape(text.substr(i))) {
       result += static_cast<char>(g_ascii_xdigit_value(text[i + 1]) * 16 + g_ascii_xdigit_value(text[i + 2]));
       i += 2;
     } else {
@@ -155,7 +149,16 @@ NSURL NSURL::URLByAppendingPathComponent(std::string_view component) const {
 }
 
 std::optional<NSURL> NSURL::URLByAddingScheme(std::string_view scheme) const {
-  return URLWithString(std::string(scheme) + (text_.starts_with("//") ? ":" : "://") + text_);
+  const auto beginning = std::string_view(text_).substr(text_.starts_with("//") ? 2 : 0);
+  if (beginning.empty() || std::string_view("/?#.").find(beginning[0]) != std::string_view::npos)
+    return std::nullopt;
+  return URLWithString(std::string(scheme) + "://" + std::string(beginning));
+}
+
+std::optional<NSURL> NSURL::URLByResolving(std::string_view reference) const {
+  const GText resolved(
+      g_uri_resolve_relative(text_.c_str(), escaped(reference, mayStandInURL).c_str(), uriFlags, nullptr));
+  return resolved ? URLWithString(resolved.get()) : std::nullopt;
 }
 
 NSURL NSURL::URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) const {
@@ -164,7 +167,8 @@ NSURL NSURL::URLByReplacingQueryItems(const std::vector<NSURLQueryItem>& items) 
   std::vector<std::string> pairs;
   pairs.reserve(items.size());
   for (const auto& item : items)
-    pairs.push_back(escapedForQuery(item.name) + (item.value ? '=' + escapedForQuery(*item.value) : ""));
+    pairs.push_back(escaped(item.name, mayStandInQueryItem) +
+                    (item.value ? '=' + escaped(*item.value, mayStandInQueryItem) : ""));
   return NSURL(text_.substr(0, queryStart) + '?' + join(pairs, "&") + text_.substr(fragment));
 }
 

@@ -25,6 +25,10 @@ class NSURL {
   // bad port. Characters outside ASCII are percent-escaped as UTF-8 first, as web engines do.
   static std::optional<NSURL> URLWithString(std::string_view text);
 
+  // The same of text as engines and servers write it: what no URL may hold as it stands (blanks, braces, a
+  // percent sign by itself) is escaped first.
+  static std::optional<NSURL> URLByEscaping(std::string_view text);
+
   const std::string& absoluteString() const { return text_; }
 
   // Components as they stand in the text, still escaped; nothing where the component is absent.
@@ -40,8 +44,12 @@ class NSURL {
   // The URL with `component` joined to its path by exactly one slash; a query or fragment is kept behind it.
   NSURL URLByAppendingPathComponent(std::string_view component) const;
 
-  // The URL with another scheme put before it (it must have none), or nothing when the result is no URL.
+  // What begins with a host, and has no scheme, with that scheme before it. Nothing when the result is no
+  // URL, and for what only means something beside another URL: "/path", "?query", "#fragment", "./path".
   std::optional<NSURL> URLByAddingScheme(std::string_view scheme) const;
+
+  // Where the reference, escaped as above, leads from this URL (RFC 3986, 5.2). Nothing when it is none.
+  std::optional<NSURL> URLByResolving(std::string_view reference) const;
 
   // The URL with its query replaced by the items, each name and value escaped for a query: what RFC 3986
   // allows in a query stays (also "+"), but "&" and "=" are escaped, since they separate the items.

@@ -1,5 +1,4 @@
-// Regular expressions and dates by GLib; links by a scan, since a backtracking engine is slow on long lines
-// of nonsense.
+// Dates by GLib; links by a scan, since a backtracking engine is slow on long lines of nonsense.
 #include "velto/platform/foundation/Patterns.h"
 
 #include "velto/platform/foundation/GMemory.h"
@@ -15,23 +14,26 @@ bool isSchemeCharacter(char c) {
   return g_ascii_isalnum(c) || c == '+' || c == '-' || c == '.';
 }
 
+// Whether a word may begin behind the text: no letter or digit stands at its end, nor an underscore. Bytes
+// that are no UTF-8 are no letters.
+bool endsAtBoundary(std::string_view text) {
+  if (text.empty()) return true;
+  size_t start = text.size() - 1;
+  while (start > 0 && text.size() - start < 4 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80)
+    --start;
+  const auto last = text.substr(start);
+  const gunichar character = g_utf8_get_char_validated(last.data(), static_cast<gssize>(last.size()));
+  const bool isWhole =
+      character < 0x110000 && g_unichar_to_utf8(character, nullptr) == static_cast<int>(last.size());
+  return !isWhole || (character != '_' && !g_unichar_isalnum(character) && !g_unichar_ismark(character));
+}
+
 bool endsLink(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return byte <= 0x20 || byte == 0x7f || c == '"' || c == '\'' || c == '<' || c == '>' || c == '`';
 }
 
 }  // namespace
-
-std::optional<std::string> replaceMatches(const std::string& text, const std::string& pattern,
-                                          bool ignoringCase, std::string_view replacement) {
-  const auto flags =
-      static_cast<GRegexCompileFlags>(G_REGEX_OPTIMIZE | (ignoringCase ? G_REGEX_CASELESS : 0));
-  Regex regex(g_regex_new(pattern.c_str(), flags, GRegexMatchFlags(0), nullptr));
-  if (!regex || !g_utf8_validate_len(text.data(), text.size(), nullptr)) return std::nullopt;
-  GText result(g_regex_replace_literal(regex.get(), text.data(), static_cast<gssize>(text.size()), 0,
-                                       std::string(replacement).c_str(), GRegexMatchFlags(0), nullptr));
-  return result ? std::optional<std::string>(result.get()) : std::nullopt;
-}
 
 bool containsLinkWith(std::string_view text, std::string_view part) {
   // Most texts do not contain the part at all, and that is found out fastest.
@@ -41,10 +43,8 @@ bool containsLinkWith(std::string_view text, std::string_view part) {
     size_t start = at;
     while (start > 0 && isSchemeCharacter(text[start - 1])) --start;
     const bool schemeBegins = start < at && g_ascii_isalpha(text[start]);
-    const bool atBoundary =
-        start == 0 || (text[start - 1] != '_' && static_cast<unsigned char>(text[start - 1]) < 0x80);
     size_t next = at + mark.size();
-    if (schemeBegins && atBoundary) {
+    if (schemeBegins && endsAtBoundary(text.substr(0, start))) {
       while (next < text.size() && !endsLink(text[next])) ++next;
       const bool namesSomething = next > at + mark.size();
       if (namesSomething && text.substr(start, next - start).find(part) != std::string_view::npos)
@@ -56,8 +56,9 @@ bool containsLinkWith(std::string_view text, std::string_view part) {
 }
 
 std::optional<std::chrono::sys_seconds> parseDateTime(const std::string& text) {
-  static const Regex shape(g_regex_new(R"(^\d{4}-\d\d-\d\dT\d\d:\d\d(:\d\d)?(Z|[+-]\d\d:\d\d)$)",
-                                       G_REGEX_DOLLAR_ENDONLY, GRegexMatchFlags(0), nullptr));
+  static const Regex shape(g_regex_new(
+      R"(^\d{4}-\d\d-\d\dT(?:[01]\d|2[0-3]):[0-5]\d(:[0-5]\d)?(Z|[+-](?:[01]\d|2[0-3]):[0-5]\d)$)",
+      G_REGEX_DOLLAR_ENDONLY, GRegexMatchFlags(0), nullptr));
   GOwned<GMatchInfo, g_match_info_unref> match;
   GMatchInfo* found = nullptr;
   const bool matches = text.size() < 64 && g_utf8_validate_len(text.data(), text.size(), nullptr) &&

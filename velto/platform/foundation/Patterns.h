@@ -1,5 +1,4 @@
-// Regular expressions (PCRE syntax), link detection and dates. Any thread; time is linear in the text for
-// what is used here.
+// Links and dates found in text. Any thread; time is linear in the text.
 #pragma once
 
 #include <chrono>
@@ -9,18 +8,14 @@
 
 namespace velto {
 
-// Every match replaced by the text as it stands; nothing when the pattern is no regular expression or the
-// text is not UTF-8.
-std::optional<std::string> replaceMatches(const std::string& text, const std::string& pattern,
-                                          bool ignoringCase, std::string_view replacement);
-
 // Whether the text, read as prose or markup, contains a link "scheme://…" whose URL contains `part`. A link
-// starts at a word boundary and ends before blanks, quotes, angle brackets and control characters. Bytes need
-// not be UTF-8.
+// starts where no letter, digit or underscore of any script stands before it, and ends before blanks, quotes,
+// angle brackets and control characters. Bytes need not be UTF-8.
 bool containsLinkWith(std::string_view text, std::string_view part);
 
 // A W3C date-time "yyyy-MM-ddTHH:mm[:ss]" with a zone: Z or ±hh:mm. Nothing for anything else, impossible
-// dates included.
+// dates included: hours end at 23, of the zone too, minutes and seconds at 59 (a leap second has no place in
+// seconds since 1970).
 std::optional<std::chrono::sys_seconds> parseDateTime(const std::string& text);
 
 }  // namespace velto

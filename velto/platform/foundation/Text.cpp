@@ -64,8 +64,15 @@ double toDouble(std::string_view number) {
 
 }  // namespace
 
+// GLib takes a zero byte for the end.
 bool isValidUTF8(std::string_view text) {
-  return g_utf8_validate_len(text.data(), text.size(), nullptr);
+  for (;;) {
+    const size_t zero = text.find('\0');
+    const auto piece = text.substr(0, zero);
+    if (!g_utf8_validate_len(piece.data(), piece.size(), nullptr)) return false;
+    if (zero == std::string_view::npos) return true;
+    text.remove_prefix(zero + 1);
+  }
 }
 
 std::string md5Hex(std::string_view bytes) {

@@ -10,7 +10,7 @@
 
 namespace velto {
 
-bool isValidUTF8(std::string_view text);
+bool isValidUTF8(std::string_view text);  // a zero byte is a character like others
 
 // RFC 1321, as 32 lowercase hexadecimal digits.
 std::string md5Hex(std::string_view bytes);

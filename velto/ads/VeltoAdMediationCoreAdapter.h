@@ -1,0 +1,56 @@
+// What an adapter of another ad network looks like to the controllers that show its ads. Main thread.
+#pragma once
+
+#include "velto/ads/VeltoAdMediationAdapterDelegate.h"
+#include "velto/ads/VeltoAdMediationAdapterNotifications.h"
+#include "velto/platform/NSNotificationCenter.h"
+#include "velto/platform/foundation/Description.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace velto {
+
+class UIView;
+class UIViewController;
+class VeltoAd;
+
+// An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not
+// shown.
+class VeltoAdMediationRootViewControllerUser {
+ public:
+  virtual ~VeltoAdMediationRootViewControllerUser() = default;
+  virtual void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) = 0;
+};
+
+class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
+ public:
+  virtual uint64_t adType() const = 0;  // 1 banner, 2 interstitial, 0 unknown
+
+  // Optional, all of these. For logs; by itself an adapter tells its base and its address.
+  virtual std::string description() const { return Description("VeltoAdMediationCoreAdapter", this).text(); }
+  // Null: the adapter takes no root view controller.
+  virtual VeltoAdMediationRootViewControllerUser* rootViewControllerUser() { return nullptr; }
+  virtual std::shared_ptr<UIView> getBannerView() { return nullptr; }
+  virtual void gadAdLoaded(const std::shared_ptr<VeltoAd>& /*ad*/, const std::shared_ptr<UIView>& /*view*/) {}
+};
+
+// The base of adapters.
+class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
+ public:
+  uint64_t adType() const override { return 0; }
+  void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) {
+    delegate_ = std::move(delegate);
+  }
+  // Whether somebody shows its ad, or is about to.
+  bool hasDelegate() const { return !delegate_.expired(); }
+
+ protected:
+  std::shared_ptr<VeltoAdMediationAdapterDelegate> delegate() const { return delegate_.lock(); }
+
+ private:
+  std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate_;
+};
+
+}  // namespace velto
