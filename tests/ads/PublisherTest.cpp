@@ -58,6 +58,7 @@ TEST_F(PublisherTest, ThePageIsReadOffTheMainThreadAndAnsweredOnIt) {
   for (const auto& [answer, expected] : answers) {
     page.answerScripts([answer = answer](const std::string&) { return answer; });
     heard.clear();
+    const auto before = platform->backgroundWork();
     AdPublisherInfoSDKVelto::findPublisherInformations(
         webView, [&](auto ordId, auto bannerId, auto publisherId) {
           EXPECT_TRUE(platform->mainQueue().isCurrent());
@@ -67,6 +68,7 @@ TEST_F(PublisherTest, ThePageIsReadOffTheMainThreadAndAnsweredOnIt) {
     EXPECT_EQ(heard, "");
     platform->runUntilIdle();
     EXPECT_EQ(heard, expected);
+    EXPECT_EQ(platform->backgroundWork(), before + 1);
   }
   EXPECT_EQ(page.scripts().back(), "document.body.innerHTML");
 }

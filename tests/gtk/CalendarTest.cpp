@@ -8,9 +8,7 @@
 #include <libecal/libecal.h>
 #include <stdlib.h>
 
-#include <fstream>
-#include <sstream>
-
+#include "../support/Program.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -28,13 +26,6 @@ EKEvent lunch() {
   event.startDate = start;
   event.endDate = start + minutes(90);
   return event;
-}
-
-bool isLoaded(const char* library) {
-  std::ifstream maps("/proc/self/maps");
-  std::stringstream text;
-  text << maps.rdbuf();
-  return text.str().find(library) != std::string::npos;
 }
 
 class CalendarTest : public testing::Test {
@@ -89,7 +80,7 @@ TEST_F(CalendarTest, NothingIsStoredOrLoadedBeforeTheUserAllowedIt) {
   gtk::setCalendarAccess(gtk::Access::Denied);
   EXPECT_EQ(store.authorizationStatusForEntityType(EKEntityType::Event), 2);
   EXPECT_FALSE(save(lunch()));
-  EXPECT_FALSE(isLoaded("velto-calendar.so"));
+  EXPECT_FALSE(test::isMapped("velto-calendar.so"));
 
   gtk::setCalendarAccess(gtk::Access::Allowed);
   EXPECT_EQ(store.authorizationStatusForEntityType(EKEntityType::Event), 3);
@@ -103,7 +94,7 @@ TEST_F(CalendarTest, NothingIsStoredOrLoadedBeforeTheUserAllowedIt) {
 TEST_F(CalendarTest, EventsComeBackAsTheyWereStored) {
   gtk::setCalendarAccess(gtk::Access::Allowed);
   ASSERT_TRUE(save(lunch()));
-  EXPECT_TRUE(isLoaded("velto-calendar.so"));
+  EXPECT_TRUE(test::isMapped("velto-calendar.so"));
   auto found = stored();
   ASSERT_EQ(found.size(), 1u);
   expectLines(found[0], {"DTSTART:20270301T080000Z", "DTEND:20270301T093000Z",

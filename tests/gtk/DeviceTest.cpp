@@ -6,8 +6,7 @@
 #include <stdlib.h>
 #include <sys/utsname.h>
 
-#include <filesystem>
-#include <fstream>
+#include "../support/Folder.h"
 
 namespace velto::gtk {
 namespace {
@@ -20,21 +19,12 @@ struct FixedScreen : UIScreen {
 
 class DeviceTest : public testing::Test {
  protected:
-  DeviceTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velto-device-XXXXXX").string();
-    root = mkdtemp(pattern.data());
-  }
-  ~DeviceTest() override { std::filesystem::remove_all(root); }
-
-  void write(const std::string& path, const std::string& text) const {
-    const auto file = std::filesystem::path(root + path);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file) << text;
-  }
+  void write(const std::string& path, const std::string& text) const { folder.write(path, text); }
   bool isPhone() const { return device().userInterfaceIdiom() == UIUserInterfaceIdiom::Phone; }
   Device device() const { return Device(screen, root); }
 
-  std::string root;
+  test::TemporaryFolder folder;
+  std::string root = folder.path();
   FixedScreen screen;
 };
 

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 
+#include "../support/Program.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -27,17 +28,15 @@ struct Facts {
   const JSON& value(const std::string& name) { return byName.at(name)["value"]; }
 };
 
-std::pair<int, std::string> run(const std::string& arguments) {
-  char* output = nullptr;
-  int status = -1;
-  g_spawn_command_line_sync((INFO_PROGRAM " " + arguments).c_str(), &output, nullptr, &status, nullptr);
-  const GText owner(output);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+test::Outcome run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), INFO_PROGRAM);
+  return test::run(std::move(arguments));
 }
 
-Facts facts(const std::string& arguments) {
+Facts facts(std::vector<std::string> arguments) {
   Facts facts;
-  const auto parsed = readJSON(run("--json " + arguments).second);
+  arguments.emplace_back("--json");
+  const auto parsed = readJSON(run(arguments).output);
   for (const auto& fact : *parsed.value().array()) {
     auto object = *fact.object();
     EXPECT_FALSE(object["source"].string()->empty()) << *object["name"].string() << " is not described";
@@ -49,7 +48,7 @@ Facts facts(const std::string& arguments) {
 
 TEST(InfoTest, TellsEveryValueWithItsSourceAndGate) {
   const test::PrivateBus bus;
-  auto without = facts("");
+  auto without = facts({});
   for (const char* name :
        {"ad/aid", "ad/geo", "ad/son", "ad/k", "video/aid", "video/lat", "track/carrier", "page/location"})
     EXPECT_TRUE(without.value(name).isNull()) << name;
@@ -58,18 +57,12 @@ TEST(InfoTest, TellsEveryValueWithItsSourceAndGate) {
   EXPECT_TRUE(without.byName.at("ad/dmo")["gate"].isNull());
   EXPECT_EQ(without.value("ad/aidl"), JSON("1"));
 
-  test::MockService modems(bus, "org.freedesktop.ModemManager1", "/org/freedesktop/ModemManager1",
-                           "org.example.Unused");
-  const std::string modem = "/org/freedesktop/ModemManager1/Modem/0";
-  modems.addObject(modem, "org.freedesktop.ModemManager1.Modem", "{'AccessTechnologies': <uint32 16384>}");
-  modems.addInterface(
-      modem, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
-      "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");
+  const test::MockModem modem(bus);
   const auto identifier = gtk::AdvertisingFile().allow().identifier.value();
   gtk::install({.applicationIdentifier = "org.example.info"});
   VeltoFramework::addVeltoKey("key-of-the-application");
   gtk::uninstall();
-  auto with = facts("--application org.example.info");
+  auto with = facts({"--application", "org.example.info"});
   EXPECT_EQ(with.value("ad/son"), JSON("Example Mobile"));
   EXPECT_EQ(with.value("track/carrier"), JSON("Example Mobile"));
   EXPECT_EQ(with.value("video/soc"), JSON("262-01"));
@@ -77,12 +70,12 @@ TEST(InfoTest, TellsEveryValueWithItsSourceAndGate) {
   EXPECT_EQ(with.value("ad/k"), JSON("key-of-the-application"));
   EXPECT_NE(with.value("ad/aida"), without.value("ad/aida"));
 
-  const auto [code, columns] = run("--application org.example.info");
-  EXPECT_EQ(code, 0);
-  EXPECT_NE(columns.find("Example Mobile"), std::string::npos);
-  EXPECT_EQ(run("--application org.example.unknown").first, 2);
+  const auto columns = run({"--application", "org.example.info"});
+  EXPECT_EQ(columns.code, 0);
+  EXPECT_NE(columns.output.find("Example Mobile"), std::string::npos);
+  EXPECT_EQ(run({"--application", "org.example.unknown"}).code, 2);
   EXPECT_FALSE(std::filesystem::exists(folder + "/org.example.unknown")) << "looking makes nothing";
-  EXPECT_EQ(run("--unknown").first, 2);
+  EXPECT_EQ(run({"--unknown"}).code, 2);
   std::filesystem::remove_all(folder);
 }
 

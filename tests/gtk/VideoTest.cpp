@@ -13,6 +13,7 @@
 
 #include "../support/AdWindow.h"
 #include "../support/LoopbackServer.h"
+#include "../support/Program.h"
 #include "../video/RecordingHost.h"
 #include "SoundServer.h"
 
@@ -80,10 +81,6 @@ class VideoServer {
 
   LoopbackServer server_;
 };
-
-bool isMapped(const std::string& library) {
-  return contents("/proc/self/maps").find(library) != std::string::npos;
-}
 
 class GtkVideo : public testing::Test {
  protected:

@@ -7,12 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "../support/MainLoop.h"
+#include "../support/Program.h"
 #include "SoundServer.h"
 
 namespace velto::test {
@@ -29,15 +26,9 @@ class GtkVolume : public testing::Test {
   ~GtkVolume() override { gtk::uninstall(); }
 
   static AVAudioSession& session() { return AVAudioSession::sharedInstance(); }
-  static bool isMapped(const std::string& library) {
-    std::ifstream maps("/proc/self/maps");
-    const std::string text{std::istreambuf_iterator<char>(maps), {}};
-    return text.find(library) != std::string::npos;
-  }
-  static bool control(const std::string& words) {
-    int status = -1;
-    return g_spawn_command_line_sync(("pactl " + words).c_str(), nullptr, nullptr, &status, nullptr) &&
-           status == 0;
+  static bool control(std::vector<std::string> words) {
+    words.insert(words.begin(), "pactl");
+    return run(words).code == 0;
   }
   Handle observe() {
     return session().addObserver("outputVolume", NSKeyValueObservingOptionNew, this,
@@ -67,25 +58,26 @@ TEST_F(GtkVolume, IsOneWithoutASoundServer) {
 TEST_F(GtkVolume, FollowsTheDefaultOutput) {
   SoundServer server(socket);
   ASSERT_TRUE(runUntil([&] { return std::filesystem::exists(socket); }));
-  ASSERT_TRUE(control("set-default-sink first") && control("set-sink-volume first 50%") &&
-              control("set-sink-volume second 30%"));
+  ASSERT_TRUE(control({"set-default-sink", "first"}) && control({"set-sink-volume", "first", "50%"}) &&
+              control({"set-sink-volume", "second", "30%"}));
   Handle observation = observe();
   session().setActive();
   ASSERT_TRUE(runUntil([] { return session().outputVolume() < 1; }));
   EXPECT_NEAR(session().outputVolume(), 0.5, 0.01);
   EXPECT_TRUE(heard.empty()) << "that it was so all along is no change";
 
-  const auto expectNext = [&](const std::string& words, double volume) {
+  const auto expectNext = [&](const std::vector<std::string>& words, double volume) {
+    SCOPED_TRACE(words.back());
     const auto before = heard.size();
     ASSERT_TRUE(control(words));
-    ASSERT_TRUE(runUntil([&] { return heard.size() > before; })) << words;
-    EXPECT_NEAR(heard.back(), volume, 0.01) << words;
-    EXPECT_EQ(heard.size(), before + 1) << words;
+    ASSERT_TRUE(runUntil([&] { return heard.size() > before; }));
+    EXPECT_NEAR(heard.back(), volume, 0.01);
+    EXPECT_EQ(heard.size(), before + 1);
   };
-  expectNext("set-sink-volume first 80%", 0.8);
-  expectNext("set-sink-volume first 150%", 1);
-  expectNext("set-sink-mute first 1", 0);
-  expectNext("set-default-sink second", 0.3);
+  expectNext({"set-sink-volume", "first", "80%"}, 0.8);
+  expectNext({"set-sink-volume", "first", "150%"}, 1);
+  expectNext({"set-sink-mute", "first", "1"}, 0);
+  expectNext({"set-default-sink", "second"}, 0.3);
   server.stop();
   ASSERT_TRUE(runUntil([] { return session().outputVolume() == 1; }));
   EXPECT_EQ(heard.size(), 4U) << "nobody knows it any more, which is no change";

@@ -21,7 +21,7 @@ using Context = std::shared_ptr<const OMIDVeltoAdSessionContext>;
 
 class EngineTest : public HeadlessTest {
  protected:
-  EngineTest() { OMIDVeltoSDK::sharedInstance()->activate(); }
+  void SetUp() override { ASSERT_TRUE(OMIDVeltoSDK::sharedInstance()->activate()); }
 
   static std::shared_ptr<const OMIDVeltoPartner> partner() {
     return OMIDVeltoPartner::initWithName("P", "1");

@@ -22,6 +22,15 @@ std::string calls(const headless::RecordingWebView& page) {
   return result;
 }
 
+// What an object holds at a path such as "context.app"; null where there is nothing.
+JSON at(const JSON& json, const std::string& path) {
+  const auto dot = path.find('.');
+  const auto* object = json.object();
+  const auto found = object ? object->find(path.substr(0, dot)) : JSON::Object::const_iterator{};
+  if (!object || found == object->end()) return {};
+  return dot == std::string::npos ? found->second : at(found->second, path.substr(dot + 1));
+}
+
 // The argument of the last such call.
 JSON argument(const headless::RecordingWebView& page, const std::string& operation) {
   const std::string prefix = "window.__veltoOMID&&__veltoOMID." + operation + "(";
@@ -33,7 +42,7 @@ JSON argument(const headless::RecordingWebView& page, const std::string& operati
 }
 
 double percentage(const JSON& geometry) {
-  return geometry.object()->at("adView").object()->at("percentageInView").number().value();
+  return at(geometry, "adView.percentageInView").number().value_or(-1);
 }
 
 // A screen that plays videos, as the library's own is.
@@ -43,7 +52,10 @@ class Screen : public UIViewController, public UIViewControllerOMSDKSDKVelto {
 
 class SessionTest : public UITest {
  protected:
-  SessionTest() { platform->veltoBundle().files["omsdk-v1.js"] = "service()"; }
+  void SetUp() override {
+    platform->veltoBundle().files["omsdk-v1.js"] = "service()";
+    ASSERT_TRUE(OMIDVeltoSDK::sharedInstance()->isActive()) << "registering the key does that";
+  }
   std::shared_ptr<VeltoBannerViewControllerPrivate> working(VeltoBannerViewController& banner) {
     return banner.vc();
   }
@@ -54,16 +66,16 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   loadAd(*banner);
   EXPECT_TRUE(page().html().starts_with("<html><script>service()</script>"));
   EXPECT_EQ(calls(page()), "start");
-  const auto start = *argument(page(), "start").object();
-  EXPECT_EQ(start.at("creativeType"), JSON("htmlDisplay"));
-  EXPECT_EQ(start.at("impressionType"), JSON("beginToRender"));
-  EXPECT_EQ(start.at("impressionOwner"), JSON("javascript"));
-  EXPECT_EQ(start.at("mediaEventsOwner"), JSON("none"));
-  EXPECT_FALSE(start.contains("loaded")) << "that is the page's";
-  EXPECT_FALSE(start.contains("contentUrl"));
-  EXPECT_EQ(start.at("context").object()->at("omidNativeInfo"),
+  const auto start = argument(page(), "start");
+  EXPECT_EQ(at(start, "creativeType"), JSON("htmlDisplay"));
+  EXPECT_EQ(at(start, "impressionType"), JSON("beginToRender"));
+  EXPECT_EQ(at(start, "impressionOwner"), JSON("javascript"));
+  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("none"));
+  EXPECT_EQ(at(start, "loaded"), JSON()) << "that is the page's";
+  EXPECT_EQ(at(start, "contentUrl"), JSON());
+  EXPECT_EQ(at(start, "context.omidNativeInfo"),
             JSON(JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}}));
-  EXPECT_EQ(percentage(start.at("geometry")), 100);
+  EXPECT_EQ(percentage(at(start, "geometry")), 100);
 
   auto& shown = page();
   platform->advance(1min);
@@ -75,8 +87,7 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   platform->advance(200ms);
   platform->application().enterBackground();
   platform->advance(200ms);
-  EXPECT_EQ(*argument(shown, "geometry").object()->at("adView").object()->at("reasons").array(),
-            JSON::Array{"backgrounded"});
+  EXPECT_EQ(at(argument(shown, "geometry"), "adView.reasons"), JSON(JSON::Array{"backgrounded"}));
   platform->application().enterForeground();
   platform->advance(200ms);
   EXPECT_EQ(calls(shown), "start geometry geometry geometry geometry");
@@ -102,9 +113,9 @@ TEST_F(SessionTest, ARefreshEndsTheOldPageAndGoesOnInTheNewOne) {
   EXPECT_EQ(calls(first), "start finish");
   EXPECT_EQ(calls(second), "start");
   EXPECT_EQ(working(*banner)->omidSession(), session);
+  ASSERT_TRUE(session);
   EXPECT_EQ(session->mainAdView(), second.webView().shared_from_this());
-  EXPECT_NE(argument(first, "start").object()->at("adSessionId"),
-            argument(second, "start").object()->at("adSessionId"));
+  EXPECT_NE(at(argument(first, "start"), "adSessionId"), at(argument(second, "start"), "adSessionId"));
   second.finish();  // the same page says so once more
   EXPECT_EQ(calls(second), "start start") << "a page that has its session ignores the second";
   EXPECT_EQ(working(*banner)->omidSession(), session);
@@ -172,14 +183,16 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   EXPECT_EQ(calls(hidden), "") << "its page has not loaded yet";
   hidden.finish();
   EXPECT_EQ(calls(hidden), "start impression mediaVolume");
-  const auto start = *argument(hidden, "start").object();
-  EXPECT_EQ(start.at("creativeType"), JSON("video"));
-  EXPECT_EQ(start.at("impressionOwner"), JSON("native"));
-  EXPECT_EQ(start.at("mediaEventsOwner"), JSON("native"));
-  EXPECT_EQ(start.at("loaded"), JSON(JSON::Object{}));
-  const auto& resource = *start.at("resources").array()->at(0).object();
-  EXPECT_EQ(resource.at("verificationParameters"), JSON(" "));
-  EXPECT_TRUE(resource.at("resourceUrl").string()->starts_with("https://"));
+  const auto start = argument(hidden, "start");
+  EXPECT_EQ(at(start, "creativeType"), JSON("video"));
+  EXPECT_EQ(at(start, "impressionOwner"), JSON("native"));
+  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("native"));
+  EXPECT_EQ(at(start, "loaded"), JSON(JSON::Object{}));
+  const auto resources = at(start, "resources");
+  ASSERT_TRUE(resources.array() && resources.array()->size() == 1);
+  EXPECT_EQ(at(resources.array()->front(), "verificationParameters"), JSON(" "));
+  const auto address = at(resources.array()->front(), "resourceUrl");
+  EXPECT_TRUE(address.string() && address.string()->starts_with("https://"));
   EXPECT_EQ(hidden.navigate("https://elsewhere.example/"), WKNavigationActionPolicy::Cancel);
   EXPECT_EQ(hidden.navigate("about:srcdoc"), WKNavigationActionPolicy::Allow);
 

@@ -159,6 +159,10 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
       "mraid.close(); }");
   ASSERT_TRUE(test::runUntil([&] { return refused.size() == 1000; })) << refused.size();
   EXPECT_EQ(refused[999], "https://shop.example/999");
+  ASSERT_TRUE(holds("mraid.getState() === 'default' && innerWidth === 320"));
+  EXPECT_EQ(state(), "default");
+  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+  EXPECT_TRUE(web()->subviews().empty());
 }
 
 TEST_F(Page, OnlyATouchedAdOpens) {

@@ -1,40 +1,19 @@
-// Shared by the sandbox tests: a folder that goes away with its owner, and an HTTPS client that trusts one
-// authority and sends every host name to one loopback port.
+// Shared by the sandbox tests: an HTTPS client that trusts one authority and sends every host name to one
+// loopback port.
 #pragma once
 
 #include <curl/curl.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "../support/Folder.h"
 #include "sandbox/Server.h"
 
 namespace velto::sandbox {
 
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "sandbox-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
-    path_ = pattern;
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  std::string path(const std::string& name = {}) const { return name.empty() ? path_ : path_ + "/" + name; }
-  std::string write(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
-    return path(name);
-  }
-
- private:
-  std::string path_;
-};
+using test::TemporaryFolder;
 
 struct Reply {
   CURLcode code = CURLE_OK;

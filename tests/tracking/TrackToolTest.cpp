@@ -3,52 +3,26 @@
 #include "velto/platform/NSUserDefaults.h"
 #include "velto/platform/Platform.h"
 
-#include <glib.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/wait.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 
+#include "../support/Folder.h"
+#include "../support/Program.h"
 #include "sandbox/TrackIdentifier.h"
 
 namespace velto {
 namespace {
 
-struct Outcome {
-  int code = -1;
-  std::string output, errors;
-};
-
-Outcome track(std::vector<std::string> words) {
+test::Outcome track(std::vector<std::string> words) {
   words.insert(words.begin(), TRACK_PROGRAM);
-  std::vector<char*> argv;
-  for (auto& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  char *output = nullptr, *errors = nullptr;
-  int status = 0;
-  if (!g_spawn_sync(nullptr, argv.data(), nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &output, &errors,
-                    &status, nullptr))
-    return {};
-  Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, output, errors};
-  g_free(output);
-  g_free(errors);
-  return outcome;
+  return test::run(std::move(words));
 }
 
 class TrackToolTest : public testing::Test {
  protected:
-  TrackToolTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velto-track-XXXXXX").string();
-    folder = mkdtemp(pattern.data());
-    gtk::install({.applicationIdentifier = "org.example.track", .dataFolder = folder});
-  }
-  ~TrackToolTest() override {
-    gtk::uninstall();
-    std::filesystem::remove_all(folder);
-  }
+  TrackToolTest() { gtk::install({.applicationIdentifier = "org.example.track", .dataFolder = folder}); }
+  ~TrackToolTest() override { gtk::uninstall(); }
   static std::string identifier(const std::string& time, const std::string& arguments) {
     const auto text = "3:" + time + ":3:ios:4.0.10:n|ios|1|p|m|en_US|en||5|" + time + ":" + arguments;
     return sandbox::wrapTrackText("abc", sandbox::wrapTrackText("def", text));
@@ -60,7 +34,8 @@ class TrackToolTest : public testing::Test {
     return found;
   }
 
-  std::filesystem::path folder;
+  const test::TemporaryFolder made;
+  const std::filesystem::path folder = made.path();
 };
 
 TEST_F(TrackToolTest, TellsWhatWaitsWhileTheApplicationRunsAndAfterwards) {
@@ -96,16 +71,15 @@ TEST_F(TrackToolTest, TellsWhatWaitsWhileTheApplicationRunsAndAfterwards) {
 }
 
 TEST_F(TrackToolTest, BadArgumentsAndStoresAreOneLine) {
-  const auto broken = folder / "broken";
-  std::ofstream(broken)
-      << "this is no database, however long one reads in it, and it never will be one at all";
+  const auto broken =
+      made.write("broken", "this is no database, however long one reads in it, and it never will be");
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{}, "needs a command"},
       {{"list"}, "needs --application or --store"},
       {{"erase", "--store", "x"}, "unknown argument \"erase\""},
       {{"list", "--store"}, "--store: needs a value"},
       {{"list", "--store", "/nowhere/x"}, "/nowhere/x: no such store"},
-      {{"list", "--store", broken}, broken.string() + ": "}};
+      {{"list", "--store", broken}, broken + ": "}};
   for (const auto& [words, expected] : cases) {
     const auto outcome = track(words);
     EXPECT_EQ(outcome.code, 2);

@@ -16,6 +16,8 @@
 #include "velto/headless/web/MemoryWebsiteData.h"
 #include "velto/platform/Platform.h"
 
+#include <atomic>
+
 namespace velto::headless {
 
 class Platform : public velto::Platform {
@@ -59,10 +61,16 @@ class Platform : public velto::Platform {
   MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
   ScriptedMedia& media() override { return media_; }
   ScriptedAudioSession& audioSession() override { return audioSession_; }
-  void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
+  void performInBackground(std::function<void()> work) override {
+    ++backgroundWork_;
+    queue_->postOffMain({}, std::move(work));
+  }
+  size_t backgroundWork() const { return backgroundWork_; }  // how often it was asked for
 
  private:
   explicit Platform(std::shared_ptr<MemoryDefaults> defaults);
+
+  std::atomic<size_t> backgroundWork_ = 0;
 
   // Peers share the queue: they may outlive the platform.
   std::shared_ptr<VirtualQueue> queue_ = std::make_shared<VirtualQueue>();

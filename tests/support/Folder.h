@@ -1,0 +1,37 @@
+// A folder that goes away with its owner.
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+namespace velto::test {
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velto-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    path_ = pattern;
+  }
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  std::string path(const std::string& name = {}) const { return name.empty() ? path_ : path_ + "/" + name; }
+  // Makes folders on the way as needed.
+  std::string write(const std::string& name, const std::string& text) const {
+    const std::filesystem::path file(path(name));
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+    return file;
+  }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace velto::test
