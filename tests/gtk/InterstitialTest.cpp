@@ -93,7 +93,7 @@ class GtkInterstitialTest : public testing::Test {
 TEST_F(GtkInterstitialTest, HasTheKeyboardWhileItIsShown) {
   press("a");
   EXPECT_EQ(text(), "a");
-  show(4);
+  show(8);
   press("b");
   press("Escape");
   EXPECT_EQ(delegate->heard, Heard{"appear"}) << "the close button is not active yet";

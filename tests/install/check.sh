@@ -7,8 +7,9 @@ build=$1
 export CXX=$2
 shift 2
 here=$(cd "$(dirname "$0")" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+work=$build/install-check  # always the same place, so that a compiler cache knows what has not changed
+rm -rf "$work"
+mkdir -p "$work"
 
 cmake --install "$build" --prefix "$work/first" >"$work/install.log"
 prefix=$work/moved
@@ -26,13 +27,18 @@ if grep -rlE 'nlohmann|GMemory|<glib|<gio/' "$prefix/include/velto"; then
   exit 1
 fi
 compile_header() {
+  local unit=$WORK/headers/${1//\//-}
+  echo "#include \"velto/$1\"" >"$unit.cpp"
   # shellcheck disable=SC2086
-  echo "#include \"velto/$1\"" | "$CXX" -std=c++20 -Wall -Wextra -Werror -fsyntax-only $PC_FLAGS -x c++ -
+  $CACHE "$CXX" -std=c++20 -Wall -Wextra -Werror $PC_FLAGS -c "$unit.cpp" -o "$unit.o"
 }
 export -f compile_header
-(cd "$prefix/include/velto" && find . -name '*.h' -printf '%P\n') >"$work/headers"
-[ "$(wc -l <"$work/headers")" -gt 50 ]
-xargs -P "$(nproc)" -I{} bash -c 'compile_header {}' <"$work/headers"
+CACHE=$(command -v ccache || true)
+export CACHE WORK=$work
+mkdir "$work/headers"
+(cd "$prefix/include/velto" && find . -name '*.h' -printf '%P\n') >"$work/list"
+[ "$(wc -l <"$work/list")" -gt 50 ]
+xargs -P "$(nproc)" -I{} bash -c 'compile_header {}' <"$work/list"
 
 echo "== find_package"
 cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*")" >"$work/cmake.log" ||
