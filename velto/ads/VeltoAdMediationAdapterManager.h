@@ -17,8 +17,8 @@ class VeltoAdMediationAdapterManager {
 
   // Null for a name that nobody answers to: the item is skipped.
   std::shared_ptr<VeltoAdMediationAdapterProtocol> handler() const;
-  uint64_t adType()
-      const;  // 1 for names that contain "banner", else 2 for "interstitial", else 0; in any case
+  // 1 for names that contain "banner", else 2 for "interstitial", else 0; in any case of letters.
+  uint64_t adType() const;
   std::string description() const;
 
   std::optional<std::string> cn;

@@ -14,8 +14,8 @@ class VeltoAdMediationAdapterRegistry {
   // Makes an adapter class known for the process; null takes it away. Any thread, before the first load.
   static void registerAdapter(const std::string& className,
                               std::shared_ptr<VeltoAdMediationAdapterProtocol> adapter);
-  static std::shared_ptr<VeltoAdMediationAdapterProtocol> adapterNamed(
-      const std::string& className);  // or null
+  // Null for a name that nobody has registered.
+  static std::shared_ptr<VeltoAdMediationAdapterProtocol> adapterNamed(const std::string& className);
 };
 
 }  // namespace velto

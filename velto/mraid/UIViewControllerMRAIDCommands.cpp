@@ -7,6 +7,7 @@
 #include "velto/network/NSURLSDKVelto.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
+#include "velto/platform/UIDevice.h"
 #include "velto/platform/ui/WKWebView.h"
 #include "velto/ui/UIViewControllerUISDKVelto.h"
 
@@ -19,8 +20,9 @@ constexpr char resizeOffScreen[] =
 
 int64_t orientationCode(const VeltoMRAIDHandler& handler) {
   const auto& forced = handler.orientationProperty().forceOrientation;
-  if (forced == MRAIDOrientation[0]) return 1;
-  return forced == MRAIDOrientation[1] ? 4 : 0;
+  if (forced == MRAIDOrientation[MRAIDOrientationPortrait]) return UIDeviceOrientationPortrait;
+  return forced == MRAIDOrientation[MRAIDOrientationLandscape] ? UIDeviceOrientationLandscapeRight
+                                                               : UIDeviceOrientationUnknown;
 }
 
 // Whether the corner or edge that the close region keeps to stays on the screen. Without a position every
@@ -70,11 +72,11 @@ void UIViewControllerMRAIDSDKVelto::_unload() {
 void UIViewControllerMRAIDSDKVelto::_close(const VeltoMRAIDAction&, VeltoMRAIDHandler& handler,
                                            const WebView& wkWebView) {
   veltoMRAIDRemoveCloseCustomButton();
-  if (handler.state == MRAIDState[2])
+  if (handler.state == MRAIDState[MRAIDStateExpanded])
     _closeExpand();
-  else if (handler.state == MRAIDState[3])
+  else if (handler.state == MRAIDState[MRAIDStateResized])
     _closeResize();
-  else if (handler.placementType.isEntry(MRAIDPlacementType[2]))
+  else if (handler.placementType.isEntry(MRAIDPlacementType[MRAIDPlacementInterstitial]))
     _closeInterstitial(handler, wkWebView);
 }
 
@@ -95,7 +97,7 @@ void UIViewControllerMRAIDSDKVelto::_closeResize() {
 
 void UIViewControllerMRAIDSDKVelto::_expand(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler,
                                             const WebView&) {
-  if (handler.state != MRAIDState[1] || !respondsTo(Operation::Expand)) return;
+  if (handler.state != MRAIDState[MRAIDStateDefault] || !respondsTo(Operation::Expand)) return;
   forceOrientation(orientationCode(handler));
   // A page that said it has no close button of its own gets none of ours either.
   CloseButton configuration;
@@ -110,7 +112,7 @@ void UIViewControllerMRAIDSDKVelto::_resize(const VeltoMRAIDAction&, VeltoMRAIDH
                                             const WebView& wkWebView) {
   const auto property = handler.resizeProperty;
   if (!property) VeltoMRAIDBridge::mradFireError(wkWebView, resizeWithoutProperties);
-  if (handler.state != MRAIDState[1] && handler.state != MRAIDState[3])
+  if (handler.state != MRAIDState[MRAIDStateDefault] && handler.state != MRAIDState[MRAIDStateResized])
     return handler.resize(wkWebView, {}, false);
   if (!respondsTo(Operation::Resize)) return;
   veltoMRAIDRemoveCloseCustomButton();
@@ -138,9 +140,9 @@ void UIViewControllerMRAIDSDKVelto::_setOrientationProperties(const VeltoMRAIDAc
   auto property = action.args() ? VeltoMRAIDPropertyOrientation::decode(*action.args()) : nullptr;
   if (!property) return;
   handler.setOrientationProperty(std::move(property));
-  const bool interstitial = handler.placementType == MRAIDPlacementType[2];
+  const bool interstitial = handler.placementType == MRAIDPlacementType[MRAIDPlacementInterstitial];
   const bool expandedInline =
-      handler.placementType == MRAIDPlacementType[1] && handler.state == MRAIDState[2];
+      handler.placementType == MRAIDPlacementType[MRAIDPlacementInline] && handler.state == MRAIDState[MRAIDStateExpanded];
   if ((interstitial || expandedInline) && handler.isViewable) forceOrientation(handler.orientation);
 }
 

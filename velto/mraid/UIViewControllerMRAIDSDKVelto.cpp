@@ -34,7 +34,7 @@ void UIViewControllerMRAIDSDKVelto::mraidReady(const WebView& webView, bool forc
 void UIViewControllerMRAIDSDKVelto::mraidViewWillTransitionWithCoordinator(
     UIViewControllerTransitionCoordinator& coordinator, const std::shared_ptr<UIView>& viewAd,
     const std::shared_ptr<UIViewController>& vc, const WebView& wkWebView, const Handler& handler) {
-  if (!handler || handler->state != MRAIDState[2]) return;
+  if (!handler || handler->state != MRAIDState[MRAIDStateExpanded]) return;
   coordinator.animateAlongsideTransition(
       [viewAd, vc, weakView = std::weak_ptr(wkWebView), weakHandler = std::weak_ptr(handler)] {
         const auto view = weakView.lock();

@@ -215,14 +215,14 @@ void VeltoInterstitialViewControllerPrivate::failed() {
 
 void VeltoInterstitialViewControllerPrivate::_updateInterfaceOrientation() {
   switch (Platform::current().device().orientation()) {
-    case 1:
-      interfaceOrientationMask_ = 2;
+    case UIDeviceOrientationPortrait:
+      interfaceOrientationMask_ = UIInterfaceOrientationMaskPortrait;
       break;
-    case 3:
-      interfaceOrientationMask_ = 8;
+    case UIDeviceOrientationLandscapeLeft:  // the interface turns against the device
+      interfaceOrientationMask_ = UIInterfaceOrientationMaskLandscapeRight;
       break;
-    case 4:
-      interfaceOrientationMask_ = 16;
+    case UIDeviceOrientationLandscapeRight:
+      interfaceOrientationMask_ = UIInterfaceOrientationMaskLandscapeLeft;
       break;
     default:
       break;  // lying flat, or unknown: as before

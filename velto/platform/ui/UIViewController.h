@@ -11,7 +11,12 @@
 
 namespace velto {
 
-enum : uint64_t { UIInterfaceOrientationMaskAll = 30 };
+enum UIInterfaceOrientationMask : uint64_t {
+  UIInterfaceOrientationMaskPortrait = 2,
+  UIInterfaceOrientationMaskLandscapeRight = 8,
+  UIInterfaceOrientationMaskLandscapeLeft = 16,
+  UIInterfaceOrientationMaskAll = 30,
+};
 
 enum : int64_t { UIModalPresentationCustom = 4 };
 
