@@ -16,10 +16,13 @@
 
 namespace velto::gtk {
 
+class AdSlot;
+
 class HostWindow {
  public:
   // The one of that window; null when there is none yet.
   static HostWindow* of(GtkWindow* window);
+  // Throws std::invalid_argument when the window cannot be wrapped, and leaves it as it was.
   static HostWindow& make(GtkWindow* window);
   // A widget of some host window that is on the screen, or null: its frame clock drives animations.
   static GtkWidget* mappedWidget();
@@ -33,12 +36,17 @@ class HostWindow {
   const std::shared_ptr<UIViewController>& controller() const { return controller_; }
   // The one of that widget, which is in this window; made on first use.
   std::shared_ptr<UIView> viewOf(GtkWidget* widget);
-  // How its root view is seen now.
-  WindowSight sight() const;
+  // How its root view is seen now; or a slot, whose view has its frame there.
+  WindowSight sight(GtkWidget* widget, CGPoint origin) const;
+  // In its coordinates the root view's subviews have their frames.
+  GtkWidget* layer() const { return root_; }
+  // Slots in this window, which it tells where to be.
+  void add(AdSlot& slot) { slots_.push_back(&slot); }
+  void remove(AdSlot& slot) { std::erase(slots_, &slot); }
 
  private:
   explicit HostWindow(GtkWindow* window);
-  static void childChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
+  static void contentChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
   static void realized(GtkWidget*, HostWindow* self) noexcept;
   static void unrealized(GtkWidget*, HostWindow* self) noexcept;
   static void mapped(GtkWidget*, HostWindow* self) noexcept;
@@ -65,6 +73,7 @@ class HostWindow {
   bool inserting_ = false;
   std::shared_ptr<UIViewController> controller_;
   std::vector<std::unique_ptr<HostView>> hostViews_;
+  std::vector<AdSlot*> slots_;
 };
 
 }  // namespace velto::gtk
