@@ -213,5 +213,136 @@ TEST_F(SlotTest, WhatNeedsMoreRoomLeavesAndComesBackAsItWas) {
   EXPECT_TRUE(runUntil([&] { return !engine(); }));
 }
 
+// One after the other over the same ad, and each taken away again.
+TEST_F(SlotTest, WhatCoversItIsMeasuredAsThePictureShowsIt) {
+  auto* toasts = adw_toast_overlay_new();
+  auto* overlay = gtk_overlay_new();
+  auto* stack = gtk_stack_new();
+  gtk_widget_set_vexpand(slot, TRUE);
+  gtk_widget_set_valign(slot, GTK_ALIGN_END);
+  gtk_box_append(GTK_BOX(box), slot);
+  gtk_stack_add_named(GTK_STACK(stack), box, "ad");
+  gtk_stack_add_named(GTK_STACK(stack), gtk_label_new("another page"), "other");
+  gtk_overlay_set_child(GTK_OVERLAY(overlay), stack);
+  adw_toast_overlay_set_child(ADW_TOAST_OVERLAY(toasts), overlay);
+  present(toasts);
+  show(page, {320, 50});
+  EXPECT_TRUE(agrees({}));
+
+  auto* dialog = painted(100, 300, 0, 0, 1);  // as those that applications draw into their windows
+  gtk_widget_set_halign(dialog, GTK_ALIGN_START);
+  gtk_widget_set_margin_start(dialog, 120);
+  auto* revealer = gtk_revealer_new();
+  gtk_revealer_set_transition_type(GTK_REVEALER(revealer), GTK_REVEALER_TRANSITION_TYPE_NONE);
+  gtk_widget_set_halign(revealer, GTK_ALIGN_START);
+  gtk_revealer_set_child(GTK_REVEALER(revealer), dialog);
+  gtk_revealer_set_reveal_child(GTK_REVEALER(revealer), TRUE);
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay), revealer);
+  EXPECT_TRUE(agrees({"obstructed"}));
+  EXPECT_EQ(seen().percentageInView, 69);
+  gtk_widget_set_opacity(revealer, 0);
+  EXPECT_TRUE(agrees({}));
+  gtk_widget_set_opacity(revealer, 1);
+  gtk_revealer_set_reveal_child(GTK_REVEALER(revealer), FALSE);
+  EXPECT_TRUE(agrees({}));
+
+  auto* toast = adw_toast_new("A toast over the ad");
+  adw_toast_set_timeout(toast, 0);
+  adw_toast_overlay_add_toast(ADW_TOAST_OVERLAY(toasts), toast);
+  const auto toastIsSeen = [&] {  // it comes in little by little
+    const auto covers = seen().obstructions;
+    const auto picture = pictureOf(window);
+    return !covers.empty() && std::all_of(covers.begin(), covers.end(), [&](const CGRect& cover) {
+      return picture.at(int(cover.midX()), int(cover.midY())) != red;
+    });
+  };
+  EXPECT_TRUE(runUntil(toastIsSeen));
+  EXPECT_LT(seen().percentageInView, 90);
+  adw_toast_dismiss(toast);
+  EXPECT_TRUE(agrees({}));
+
+  gtk_widget_set_opacity(box, 0);
+  EXPECT_TRUE(agrees({"hidden"}));
+  gtk_widget_set_opacity(box, 1);
+  EXPECT_TRUE(agrees({}));
+  gtk_stack_set_visible_child_name(GTK_STACK(stack), "other");
+  EXPECT_TRUE(agrees({"hidden"}));
+  gtk_stack_set_visible_child_name(GTK_STACK(stack), "ad");
+  EXPECT_TRUE(agrees({}));
+}
+
+// A list that makes few rows and uses them again: ten of its 200 items are slots.
+TEST_F(SlotTest, ScrollsWithItsListUnderTheWheelUnlessThePageUsesThat) {
+  std::vector<GtkWidget*> slots;
+  for (int i = 0; i < 10; ++i)
+    slots.push_back(GTK_WIDGET(g_object_ref_sink(i ? gtk::adSlot({.room = CGSize{320, 50}}) : slot)));
+  auto* items = gtk_string_list_new(nullptr);
+  for (int i = 0; i < 200; ++i) gtk_string_list_append(items, std::to_string(i).c_str());
+  auto* factory = gtk_signal_list_item_factory_new();
+  const auto bind = +[](GtkListItemFactory*, GtkListItem* item, std::vector<GtkWidget*>* all) {
+    const guint row = gtk_list_item_get_position(item);
+    auto* label = painted(300, 40, 0, 0, 1);
+    gtk_list_item_set_child(item, row % 20 == 2 ? (*all)[row / 20] : label);
+    if (row % 20 == 2) g_object_unref(g_object_ref_sink(label));
+  };
+  const auto unbind = +[](GtkListItemFactory*, GtkListItem* item) { gtk_list_item_set_child(item, nullptr); };
+  g_signal_connect(factory, "bind", G_CALLBACK(bind), &slots);
+  g_signal_connect(factory, "unbind", G_CALLBACK(unbind), nullptr);
+  auto* list = gtk_list_view_new(GTK_SELECTION_MODEL(gtk_no_selection_new(G_LIST_MODEL(items))), factory);
+  auto* scrolled = gtk_scrolled_window_new();
+  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scrolled), list);
+  auto* adjustment = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scrolled));
+  present(scrolled);
+  show(page, {320, 50});
+  EXPECT_TRUE(agrees({}));
+  const JSON born = value("born");
+
+  const auto turn = [&](int button) {
+    const CGRect ad = boundsOf(engine());
+    xdotool("mousemove --window " + idOf(window) + " " + std::to_string(int(ad.midX())) + " " +
+            std::to_string(int(ad.midY())) + " click " + std::to_string(button));
+  };
+  const double row = boundsOf(slot).minY();
+  turn(5);
+  EXPECT_TRUE(runUntil([&] { return gtk_adjustment_get_value(adjustment) > 0; }));
+  EXPECT_TRUE(runUntil([&] { return boundsOf(engine()).minY() < row; }));
+  gtk_adjustment_set_value(adjustment, row + 25);
+  EXPECT_TRUE(agrees({"viewport"}));
+  gtk_adjustment_set_value(adjustment, 3000);
+  EXPECT_TRUE(runUntil([&] { return seen().percentageInView == 0; }));
+  gtk_adjustment_set_value(adjustment, 0);
+  EXPECT_TRUE(agrees({}));
+  EXPECT_EQ(value("born"), born) << "rows come and go, the page stays";
+
+  value("var turns=0;addEventListener('wheel',()=>{++turns})");
+  turn(5);
+  EXPECT_TRUE(runUntil([&] { return value("turns") != JSON(0); }));
+  EXPECT_EQ(gtk_adjustment_get_value(adjustment), 0);
+  ads->banner.reset();
+  gtk_window_destroy(std::exchange(window, nullptr));
+  for (auto* one : slots) g_object_unref(one);
+}
+
+TEST_F(SlotTest, TheFocusGoesThroughThePageAndOutAgain) {
+  auto* before = gtk_button_new_with_label("before");
+  auto* after = gtk_button_new_with_label("after");
+  for (auto* widget : {before, slot, after}) gtk_box_append(GTK_BOX(box), widget);
+  present(box);
+  show("<button id=1>1</button><button id=2>2</button>", {320, 50});
+  xdotool("windowfocus --sync " + idOf(window));
+  EXPECT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
+  gtk_widget_grab_focus(before);
+  std::string passed;
+  do {
+    xdotool("key Tab");
+    runFrames(GTK_WIDGET(window), 6);
+    if (gtk_window_get_focus(window) == engine())
+      passed += *value("document.activeElement.id||'page '").string();
+  } while (gtk_window_get_focus(window) == engine() && passed.size() < 12);
+  EXPECT_EQ(passed, "page 12");
+  EXPECT_TRUE(GTK_IS_BUTTON(gtk_window_get_focus(window))) << "out again, to what the application has";
+  EXPECT_EQ(gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(slot)), GTK_ACCESSIBLE_ROLE_GROUP);
+}
+
 }  // namespace
 }  // namespace velto

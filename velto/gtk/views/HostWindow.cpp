@@ -4,7 +4,6 @@
 #include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/views/AdSlot.h"
-#include "velto/gtk/views/PaintedOver.h"
 #include "velto/gtk/views/Peer.h"
 #include "velto/gtk/views/ScreenPart.h"
 #include "velto/gtk/views/WindowContent.h"
@@ -210,7 +209,7 @@ WindowSight HostWindow::sight(GtkWidget* widget, CGPoint origin) const {
   const auto moved = [&](CGRect rect) {
     return CGRect{{rect.origin.x + origin.x, rect.origin.y + origin.y}, rect.size};
   };
-  const Painted painted = paintedOver(widget);
+  const Painted painted = paintedOver(widget, nodes_.get());
   WindowSight sight;
   sight.minimized = !isVisible();
   sight.focused = hasFocus();
@@ -256,6 +255,7 @@ void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
   if (!self->clock_) return;
   self->stateChanged_ = Signal();
   self->moved_ = Signal();
+  self->nodes_.reset();
   g_signal_handlers_disconnect_by_data(self->clock_, self);
   self->clock_.reset();
 }
@@ -267,7 +267,9 @@ void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
   self->followWidgets();
 }
 
-void HostWindow::painted(GdkFrameClock*, HostWindow*) noexcept {
+void HostWindow::painted(GdkFrameClock*, HostWindow* self) noexcept {
+  const bool isEmpty = self->controller_->view()->subviews().empty();
+  self->nodes_ = isEmpty ? nullptr : paintedNodes(GTK_WIDGET(self->window_));
   ViewChanges::note();
 }
 

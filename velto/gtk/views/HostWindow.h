@@ -5,6 +5,7 @@
 
 #include "velto/gtk/Signal.h"
 #include "velto/gtk/views/HostView.h"
+#include "velto/gtk/views/PaintedOver.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/GMemory.h"
 #include "velto/platform/ui/UIViewController.h"
@@ -68,6 +69,7 @@ class HostWindow {
   GPtr<GtkWidget> overlay_;
   GtkWidget* root_ = nullptr;  // of the root view, in the overlay
   GPtr<GdkFrameClock> clock_;
+  PaintedNodes nodes_;  // of the last frame, while there is anything of the library's in it
   Signal stateChanged_;
   Signal moved_;
   bool inserting_ = false;

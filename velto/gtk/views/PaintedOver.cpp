@@ -13,7 +13,11 @@ namespace {
 
 constexpr float leastVisible = 0.004F;  // less than one step of an eight-bit colour
 
-using Node = GOwned<GskRenderNode, gsk_render_node_unref>;
+// Shadows included.
+graphene_rect_t boundsOf(GtkWidget* window) {
+  graphene_rect_t bounds;
+  return gtk_widget_compute_bounds(window, window, &bounds) ? bounds : graphene_rect_t{};
+}
 
 // Edges that meet still do so after the way through a matrix and back.
 double settled(float value) {
@@ -116,15 +120,6 @@ class Walk {
   std::string marker_;
 };
 
-// The window's own nodes, as they are: nothing is painted for this. They begin where its bounds do, shadows
-// included.
-Node nodesOf(GtkWidget* window, const graphene_rect_t& bounds) {
-  const auto painted = GPtr<GdkPaintable>::adopt(gtk_widget_paintable_new(window));
-  auto* snapshot = gtk_snapshot_new();
-  gdk_paintable_snapshot(painted, snapshot, bounds.size.width, bounds.size.height);
-  return Node(gtk_snapshot_free_to_node(snapshot));
-}
-
 void addPopovers(GtkWidget* within, GtkWidget* over, std::vector<CGRect>& rects) {
   for (auto* child = gtk_widget_get_first_child(within); child; child = gtk_widget_get_next_sibling(child)) {
     if (child == over || !gtk_widget_get_mapped(child)) continue;
@@ -147,24 +142,31 @@ void addPopovers(GtkWidget* within, GtkWidget* over, std::vector<CGRect>& rects)
 void snapshotMarked(GtkWidget* widget, const GtkWidgetClass* parentClass, GtkSnapshot* snapshot) {
   auto* inside = gtk_snapshot_new();
   parentClass->snapshot(widget, inside);
-  Node node(gtk_snapshot_free_to_node(inside));
+  PaintedNodes node(gtk_snapshot_free_to_node(inside));
   if (!node) node.reset(gsk_container_node_new(nullptr, 0));
-  const Node marked(gsk_debug_node_new(node.get(), g_strdup(markerOf(widget).c_str())));
+  const PaintedNodes marked(gsk_debug_node_new(node.get(), g_strdup(markerOf(widget).c_str())));
   gtk_snapshot_append_node(snapshot, marked.get());
 }
 
-Painted paintedOver(GtkWidget* widget) {
+// The window's own nodes, as they are: nothing is painted for this.
+PaintedNodes paintedNodes(GtkWidget* window) {
+  const auto size = boundsOf(window).size;
+  const auto painted = GPtr<GdkPaintable>::adopt(gtk_widget_paintable_new(window));
+  auto* snapshot = gtk_snapshot_new();
+  gdk_paintable_snapshot(painted, snapshot, size.width, size.height);
+  return PaintedNodes(gtk_snapshot_free_to_node(snapshot));
+}
+
+Painted paintedOver(GtkWidget* widget, GskRenderNode* nodes) {
   Painted result;
   auto* window = GTK_WIDGET(gtk_widget_get_native(widget));
-  graphene_rect_t bounds;
-  if (!window || !gtk_widget_compute_bounds(window, window, &bounds)) return result;
-  const Node nodes = nodesOf(window, bounds);
-  if (!nodes) return result;
+  if (!window || !nodes) return result;
+  const auto bounds = boundsOf(window);
   Walk walk(markerOf(widget));
   Walk::State start;
   const graphene_point3d_t origin = GRAPHENE_POINT3D_INIT(bounds.origin.x, bounds.origin.y, 0);
   graphene_matrix_init_translate(&start.matrix, &origin);
-  walk.visit(nodes.get(), start);
+  walk.visit(nodes, start);
   graphene_matrix_t back;
   if (!walk.place || !graphene_matrix_inverse(&walk.place->matrix, &back)) return result;
 

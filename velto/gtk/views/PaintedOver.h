@@ -4,6 +4,7 @@
 #pragma once
 
 #include "velto/platform/Geometry.h"
+#include "velto/platform/foundation/GMemory.h"
 
 #include <gtk/gtk.h>
 
@@ -23,8 +24,13 @@ struct Painted {
   std::vector<CGRect> covers = {};  // what is painted after it, as far as it lies over it, and popovers
 };
 
-// Of a widget that paints itself by snapshotMarked(). Only what is painted covers: an empty box over
-// everything covers nothing.
-Painted paintedOver(GtkWidget* widget);
+// What a window has painted. To be taken right after it did: while it has something to paint there is
+// nothing.
+using PaintedNodes = GOwned<GskRenderNode, gsk_render_node_unref>;
+PaintedNodes paintedNodes(GtkWidget* window);
+
+// Of a widget that paints itself by snapshotMarked(), in nodes of its window (may be null). Only what is
+// painted covers: an empty box over everything covers nothing.
+Painted paintedOver(GtkWidget* widget, GskRenderNode* nodes);
 
 }  // namespace velto::gtk

@@ -5,6 +5,7 @@
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,7 +60,8 @@ void animate(double duration, double delay, const std::shared_ptr<UIView>& view,
   running->view = view;
   running->fromFrame = view->frame();
   running->fromAlpha = view->alpha();
-  running->start = platform.clock().monotonicSeconds() + delay;
+  const bool moves = !platform.application().isReduceMotionEnabled();
+  running->start = platform.clock().monotonicSeconds() + (moves ? delay : -duration);
   running->duration = duration;
   running->curve = std::move(curve);
   running->completion = std::move(completion);
