@@ -1,14 +1,17 @@
-// Velto on Linux: install the platform once, wrap a window, create a banner.
-// Everything here is called on the thread that runs the application's GLib
-// main context, after gtk_init (or inside GtkApplication's "activate").
+// Velto on Linux: install the platform once, give an ad a place, create a banner. Everything here is called
+// on the thread that runs the application's GLib main context, after gtk_init (or inside GtkApplication's
+// "activate").
 //
 //   velto::gtk::install({.applicationIdentifier = "org.example.player"});
 //   velto::VeltoFramework::addVeltoKey("your-key");
-//   auto controller = velto::gtk::hostViewController(window);
+//   GtkWidget* slot = velto::gtk::adSlot();  // put into the window like any widget
+//   auto controller = velto::gtk::hostViewController(slot);
 //
 // The library uses a web session of its own: the application's web views, cookies and caches are never
 // touched, nor is its main loop: the library only adds sources to the default main context.
 #pragma once
+
+#include "velto/platform/Geometry.h"
 
 #include <gtk/gtk.h>
 
@@ -21,7 +24,6 @@
 #include <vector>
 
 namespace velto {
-struct CGSize;
 class UIView;
 class UIViewController;
 }  // namespace velto
@@ -64,14 +66,34 @@ void install(Options options);
 // Ends everything the library does in this process. Banners that still exist become inert.
 void uninstall();
 
-// The view controller that stands for a window: give it as the delegate's presentViewController. One for each
-// window, kept until the window is destroyed. The library puts a GtkOverlay between the window and its child,
-// once; the window's content stays the overlay's child.
-std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
+// A widget that an ad stands in, as any other widget among the application's own: what lies over it covers
+// the ad, what it is in clips, scrolls and transforms it, and the focus goes through it in its turn. It asks
+// for the size of its ad; a narrower one shows the ad smaller, down to two fifths. It may move to other
+// parents, with the ad as it is. An ad that needs more room for a time (expanded, resized beyond the slot)
+// leaves it for a layer over the window's content and comes back. Returned as new widgets are, with a
+// floating reference; it may be made before install().
+struct SlotOptions {
+  // What is kept free while there is no ad, such as {320, 50}; nothing: the slot is as small as can be.
+  std::optional<CGSize> room = {};
+};
+GtkWidget* adSlot(const SlotOptions& options = {});
 
-// The view that stands for a widget of such a window: a banner given to it follows the widget's place, size
-// and visibility, and is clipped with it. The widget itself is not changed. One for each widget, kept until
-// it is destroyed. Its window must have a host view controller already.
+// The view controller that stands for a slot, or for a window: give it as the delegate's
+// presentViewController. With a slot's, banners stand in the slot at their position; presented screens cover
+// its window. With a window's, banners float over its content. One for each, kept until that is destroyed.
+//
+// Between a window and its content the library puts a GtkOverlay, once, whatever the content is later; that
+// of AdwWindow and AdwApplicationWindow is their "content", of others their "child". A slot's window gets it
+// as soon as the slot is in it. Throws std::invalid_argument for a window that cannot be wrapped, which stays
+// as it is, and for other widgets.
+std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
+std::shared_ptr<UIViewController> hostViewController(GtkWidget* slotOrWindow);
+
+// The view of a slot; or one that follows any widget of a wrapped window in place, size and visibility, and
+// is clipped with it. Such a view floats over all of the window's content: what the application shows above
+// the widget comes to lie under the ad, and scrolling lags a frame behind. So prefer a slot, and take this
+// where the widget is not yours to change. One for each widget, kept until it is destroyed. Throws
+// std::invalid_argument when the widget is in no window with a host view controller.
 std::shared_ptr<UIView> hostView(GtkWidget* widget);
 
 // The screen that the library tells of, in points, instead of the monitor: for an application that has a part

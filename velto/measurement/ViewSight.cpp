@@ -47,11 +47,15 @@ AdSight sightOf(const UIView* ad, const FriendlyViews& friendly) {
   sight.found = ad->isInWindow();
   if (!sight.found) return sight;
 
-  const WindowSight window = root.peer().windowSight();
+  size_t outermost = 0;  // who knows what lies around it
+  while (outermost + 1 < path.size() && !path[outermost]->peer().knowsSight()) ++outermost;
+  const WindowSight window = path[outermost]->peer().windowSight();
   sight.backgrounded = window.minimized;
   sight.focused = window.focused;
-  sight.window = window.onScreen ? intersectionOf(*window.onScreen, root.bounds()) : root.bounds();
+  sight.window = window.onScreen.value_or(root.bounds());
+  if (path[outermost] == &root) sight.window = intersectionOf(sight.window, root.bounds());
   sight.covers = window.covers;
+  if (window.clip) sight.clips.push_back(*window.clip);
 
   // The root's own frame says nothing of where its content lies.
   std::vector<CGPoint> origins(path.size());
@@ -60,12 +64,13 @@ AdSight sightOf(const UIView* ad, const FriendlyViews& friendly) {
     if (const auto clip = path[i]->peer().clip()) sight.clips.push_back(moved(*clip, origins[i + 1]));
   }
   sight.ad = {origins.front(), ad->frame().size};
-  sight.hidden = std::any_of(path.begin(), path.end(),
-                             [](const UIView* view) { return view->isHidden() || view->alpha() <= 0; });
+  sight.hidden = !window.painted || std::any_of(path.begin(), path.end(), [](const UIView* view) {
+    return view->isHidden() || view->alpha() <= 0;
+  });
   if (sight.hidden) return sight;
 
   Collector collector(sight, friendly);
-  for (size_t i = 0; i + 1 < path.size(); ++i) {
+  for (size_t i = 0; i < outermost; ++i) {
     CGRect visible = sight.window;
     for (size_t j = i + 1; j + 1 < path.size(); ++j)
       if (const auto clip = path[j]->peer().clip())

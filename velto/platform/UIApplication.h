@@ -31,6 +31,8 @@ class UIApplication {
   void openURL(const NSURL& url) { openURL(url, {}, nullptr); }
 
   virtual bool isReduceTransparencyEnabled() const = 0;
+  // What moves is at its end at once.
+  virtual bool isReduceMotionEnabled() const { return false; }
 
   // Turns the interface to the device's orientation where the shown view controllers allow it.
   virtual void attemptRotationToDeviceOrientation() = 0;

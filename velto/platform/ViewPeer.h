@@ -59,7 +59,10 @@ class ViewPeer {
   // For who measures what can be seen. Changes of these are told by ViewChanges::note() (platform/ui/).
   virtual bool paintsContent() const { return false; }                 // more than a background
   virtual std::optional<CGRect> clip() const { return std::nullopt; }  // shows nothing outside of it
-  virtual WindowSight windowSight() const { return {}; }               // asked of root views only
+  // Asked of root views, and of those that know more of their own sight than the views around them tell: they
+  // lie among the host application's widgets, and are covered by those.
+  virtual bool knowsSight() const { return false; }
+  virtual WindowSight windowSight() const { return {}; }
 
  protected:
   UIView* owner_ = nullptr;

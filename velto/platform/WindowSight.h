@@ -1,4 +1,5 @@
-// What a window knows of how its root view is seen. Part of ViewPeer.h; main thread.
+// What a window knows of how its root view is seen, or a view in it that stands among the host application's
+// own widgets (ViewPeer::knowsSight()). Part of ViewPeer.h; main thread.
 #pragma once
 
 #include "velto/platform/Geometry.h"
@@ -13,7 +14,9 @@ struct WindowSight {
   bool minimized = false;               // or otherwise out of sight, while it counts as shown
   bool focused = true;                  // false: the application had a person's attention, and has lost it
   std::optional<CGRect> onScreen = {};  // the part that lies on a screen; nothing: all, as far as is known
-  std::vector<CGRect> covers = {};      // what the host application paints over the root view
+  bool painted = true;                  // false: nothing of the view is, though its window is shown
+  std::optional<CGRect> clip = {};      // the part that what is around the view lets be seen; nothing: all
+  std::vector<CGRect> covers = {};      // what is painted over the view by others than what is in it
 };
 
 }  // namespace velto

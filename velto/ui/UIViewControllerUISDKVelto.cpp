@@ -149,7 +149,7 @@ bool UIViewControllerUISDKVelto::gestureRecognizer(UITapGestureRecognizer&) {
 CGRect UIViewControllerUISDKVelto::getFullScreenFrameFor(const View& view,
                                                          const std::shared_ptr<UIViewController>& vc) {
   if (!view || !vc) return {};
-  if (Platform::current().device().isSystemVersionAtLeast(11)) return view->safeAreaFrame();
+  if (Platform::current().device().isSystemVersionAtLeast(11)) return view->fullScreenFrame();
   const CGSize size = view->frame().size;
   const double top = vc->topLayoutGuideLength();
   return {{0, top}, {size.width, size.height - top - vc->bottomLayoutGuideLength()}};

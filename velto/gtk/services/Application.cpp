@@ -110,4 +110,11 @@ bool Application::isReduceTransparencyEnabled() const {
   return accessibility_ && g_settings_get_boolean(accessibility_, highContrastKey);
 }
 
+bool Application::isReduceMotionEnabled() const {
+  gboolean animates = TRUE;
+  if (auto* settings = gtk_is_initialized() ? gtk_settings_get_default() : nullptr)
+    g_object_get(settings, "gtk-enable-animations", &animates, nullptr);
+  return !animates;
+}
+
 }  // namespace velto::gtk

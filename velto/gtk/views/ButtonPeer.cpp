@@ -1,6 +1,7 @@
 // The button: painting, press feedback, keyboard, accessible name.
 #include "velto/gtk/views/ButtonPeer.h"
 
+#include "velto/gtk/Translations.h"
 #include "velto/platform/ui/UIButton.h"
 
 #include <algorithm>
@@ -10,9 +11,11 @@ namespace {
 
 using PangoLayoutOwned = GPtr<PangoLayout>;
 
-// What a screen reader says: buttons without words close something here.
+// What a screen reader says: buttons without words close something here, or count until they do.
 std::string spokenName(const std::string& title) {
-  return title.empty() || title == "X" ? "Close" : title;
+  if (title.empty() || title == "X") return translated("Close");
+  if (title.find_first_not_of("0123456789") != std::string::npos) return translated(title.c_str());
+  return GText(g_strdup_printf(translated("Close in %s seconds"), title.c_str())).get();
 }
 
 bool isInside(GtkWidget* widget, double x, double y) {
@@ -65,7 +68,8 @@ void paintTouch(GtkSnapshot* snapshot, float width, float height) {
 void paintTitle(GtkWidget* widget, GtkSnapshot* snapshot, const ButtonLook& look, float width, float height) {
   const auto color = look.titleColor.components();
   if (look.title.empty() || !color) return;
-  const auto layout = PangoLayoutOwned::adopt(gtk_widget_create_pango_layout(widget, look.title.c_str()));
+  const auto layout =
+      PangoLayoutOwned::adopt(gtk_widget_create_pango_layout(widget, translated(look.title.c_str())));
   const GOwned<PangoFontDescription, pango_font_description_free> font(
       pango_font_description_copy(pango_context_get_font_description(gtk_widget_get_pango_context(widget))));
   pango_font_description_set_absolute_size(font.get(), look.fontSize * PANGO_SCALE);
@@ -82,15 +86,18 @@ void paintTitle(GtkWidget* widget, GtkSnapshot* snapshot, const ButtonLook& look
   gtk_snapshot_restore(snapshot);
 }
 
-// Seen only while the button was reached by keyboard.
+// Seen only while the button was reached by keyboard: dark in a light edge, so on whatever the ad paints.
 void paintFocus(GtkSnapshot* snapshot, float width, float height) {
-  GskRoundedRect edge;
-  const graphene_rect_t bounds = GRAPHENE_RECT_INIT(0, 0, width, height);
-  gsk_rounded_rect_init_from_rect(&edge, &bounds, 4);
   const float widths[4] = {2, 2, 2, 2};
-  const GdkRGBA blue = {0.2F, 0.5F, 0.9F, 1};
-  const GdkRGBA colors[4] = {blue, blue, blue, blue};
-  gtk_snapshot_append_border(snapshot, &edge, widths, colors);
+  const GdkRGBA shades[2] = {{1, 1, 1, 1}, {0.1F, 0.3F, 0.7F, 1}};
+  for (int i = 0; i < 2; ++i) {
+    const auto inset = static_cast<float>(2 * i);
+    const graphene_rect_t bounds = GRAPHENE_RECT_INIT(inset, inset, width - 2 * inset, height - 2 * inset);
+    GskRoundedRect edge;
+    gsk_rounded_rect_init_from_rect(&edge, &bounds, 4);
+    const GdkRGBA colors[4] = {shades[i], shades[i], shades[i], shades[i]};
+    gtk_snapshot_append_border(snapshot, &edge, widths, colors);
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The host view: following a widget.
 #include "velto/gtk/views/HostView.h"
 
+#include "velto/gtk/Translations.h"
 #include "velto/gtk/views/Peer.h"
 #include "velto/platform/ui/ViewChanges.h"
 
@@ -15,6 +16,8 @@ class ClipPeer final : public Peer {
  public:
   ClipPeer() : inner_(GPtr<GtkWidget>::sink(newViewWidget())) {
     gtk_widget_set_overflow(widget(), GTK_OVERFLOW_HIDDEN);
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget()), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   translated("Advertisement"), -1);
     insertViewChild(widget(), inner_, 0);
   }
   ~ClipPeer() override {

@@ -3,12 +3,14 @@
 
 #include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/VeltoGtk.h"
-#include "velto/gtk/views/PaintedOver.h"
+#include "velto/gtk/views/AdSlot.h"
 #include "velto/gtk/views/Peer.h"
 #include "velto/gtk/views/ScreenPart.h"
+#include "velto/gtk/views/WindowContent.h"
 #include "velto/platform/ui/UIViewControllerTransitioning.h"
 #include "velto/platform/ui/ViewChanges.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace velto::gtk {
@@ -34,6 +36,7 @@ class SizeChange final : public UIViewControllerTransitionCoordinator {
 class RootPeer final : public Peer {
  public:
   explicit RootPeer(GtkWidget* overlay) : overlay_(GPtr<GtkWidget>::retain(overlay)) {
+    markView(widget());
     gtk_overlay_add_overlay(GTK_OVERLAY(overlay_.get()), widget());
   }
   ~RootPeer() override { gtk_overlay_remove_overlay(GTK_OVERLAY(overlay_.get()), widget()); }
@@ -42,7 +45,12 @@ class RootPeer final : public Peer {
   WindowSight windowSight() const override {
     auto* window = gtk_widget_get_root(widget());
     const auto* host = GTK_IS_WINDOW(window) ? HostWindow::of(GTK_WINDOW(window)) : nullptr;
-    return host ? host->sight() : WindowSight{};
+    return host ? host->sight(widget(), {}) : WindowSight{};
+  }
+  // A slot's view lies in its slot.
+  void insertSubview(ViewPeer& child, size_t index) override {
+    const auto* slot = dynamic_cast<SlotPeer*>(&child);
+    if (!slot || slot->isOutside()) Peer::insertSubview(child, index);
   }
 
  private:
@@ -56,9 +64,15 @@ HostWindow* HostWindow::of(GtkWindow* window) {
 }
 
 HostWindow& HostWindow::make(GtkWindow* window) {
-  auto* host = new HostWindow(window);  // deleted by destroyed()
-  g_object_set_data(G_OBJECT(window), windowKey, host);
-  return *host;
+  if (gtk_widget_in_destruction(GTK_WIDGET(window)))
+    throw std::invalid_argument("hostViewController: the window is being destroyed");
+  std::unique_ptr<HostWindow> host(new HostWindow(window));
+  if (windowContent(window) != host->overlay_)
+    throw std::invalid_argument(
+        std::string("hostViewController: a ") + G_OBJECT_TYPE_NAME(window) +
+        " keeps its content to itself; give another window, such as the one it is over");
+  g_object_set_data(G_OBJECT(window), windowKey, host.get());
+  return *host.release();  // deleted by destroyed()
 }
 
 GtkWidget* HostWindow::mappedWidget() {
@@ -102,7 +116,8 @@ HostWindow::HostWindow(GtkWindow* window)
   root_ = peer->widget();
   controller_ = std::make_shared<UIViewController>(UIView::makeWithPeer(std::move(peer)));
   g_signal_connect(window_, "destroy", G_CALLBACK(destroyed), this);
-  g_signal_connect(window_, "notify::child", G_CALLBACK(childChanged), this);
+  const std::string changed = std::string("notify::") + contentProperty(window_);
+  g_signal_connect(window_, changed.c_str(), G_CALLBACK(contentChanged), this);
   g_signal_connect_after(window_, "realize", G_CALLBACK(realized), this);
   g_signal_connect(window_, "unrealize", G_CALLBACK(unrealized), this);
   g_signal_connect_after(window_, "map", G_CALLBACK(mapped), this);
@@ -119,6 +134,7 @@ HostWindow::~HostWindow() {
   controller_->view()->platformSetInWindow(false);
   controller_->platformWindowGone();
   hostViews_.clear();
+  while (!slots_.empty()) slots_.back()->windowGone();
   // Others may still hold the controller, and with it the overlay; the application's content they may not.
   gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);
 }
@@ -131,20 +147,27 @@ void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
 
 // --- the overlay ---------------------------------------------------------------------------------------
 
+// Nothing of the application's may see its content leave: the focus comes back, and a window that cannot be
+// wrapped gets its content again.
 void HostWindow::insertOverlay() {
   inserting_ = true;
-  const auto content = GPtr<GtkWidget>::retain(gtk_window_get_child(window_));
+  const auto content = GPtr<GtkWidget>::retain(windowContent(window_));
   const auto focus = GPtr<GtkWidget>::retain(gtk_window_get_focus(window_));
-  gtk_window_set_child(window_, nullptr);
-  gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), content);
-  gtk_window_set_child(window_, overlay_);
-  if (focus) gtk_window_set_focus(window_, focus);
+  setWindowContent(window_, nullptr);
+  const bool isFree = !content || !gtk_widget_get_parent(content);
+  if (isFree) gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), content);
+  if (isFree) setWindowContent(window_, overlay_);
+  if (isFree && windowContent(window_) != overlay_) {
+    gtk_overlay_set_child(GTK_OVERLAY(overlay_.get()), nullptr);
+    setWindowContent(window_, content);
+  }
+  if (focus && gtk_widget_get_root(focus) == GTK_ROOT(window_)) gtk_window_set_focus(window_, focus);
   inserting_ = false;
 }
 
 // The application may give its window other content at any time, and need not know of the overlay.
-void HostWindow::childChanged(GtkWindow* window, GParamSpec*, HostWindow* self) noexcept {
-  if (!self->inserting_ && gtk_window_get_child(window) != self->overlay_) self->insertOverlay();
+void HostWindow::contentChanged(GtkWindow* window, GParamSpec*, HostWindow* self) noexcept {
+  if (!self->inserting_ && windowContent(window) != self->overlay_) self->insertOverlay();
 }
 
 // --- on the screen -------------------------------------------------------------------------------------
@@ -182,12 +205,18 @@ bool HostWindow::hasFocus() {
   return !hadFocus;
 }
 
-WindowSight HostWindow::sight() const {
+WindowSight HostWindow::sight(GtkWidget* widget, CGPoint origin) const {
+  const auto moved = [&](CGRect rect) {
+    return CGRect{{rect.origin.x + origin.x, rect.origin.y + origin.y}, rect.size};
+  };
+  const Painted painted = paintedOver(widget, nodes_.get());
   WindowSight sight;
   sight.minimized = !isVisible();
   sight.focused = hasFocus();
-  sight.onScreen = screenAround(root_);
-  sight.covers = paintedOver(root_);
+  if (painted.found) sight.onScreen = moved(painted.window);
+  sight.painted = painted.found || widget == root_;
+  if (painted.clip && widget != root_) sight.clip = moved(*painted.clip);
+  for (const auto& cover : painted.covers) sight.covers.push_back(moved(cover));
   return sight;
 }
 
@@ -226,6 +255,7 @@ void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
   if (!self->clock_) return;
   self->stateChanged_ = Signal();
   self->moved_ = Signal();
+  self->nodes_.reset();
   g_signal_handlers_disconnect_by_data(self->clock_, self);
   self->clock_.reset();
 }
@@ -237,7 +267,9 @@ void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
   self->followWidgets();
 }
 
-void HostWindow::painted(GdkFrameClock*, HostWindow*) noexcept {
+void HostWindow::painted(GdkFrameClock*, HostWindow* self) noexcept {
+  const bool isEmpty = self->controller_->view()->subviews().empty();
+  self->nodes_ = isEmpty ? nullptr : paintedNodes(GTK_WIDGET(self->window_));
   ViewChanges::note();
 }
 
@@ -252,6 +284,9 @@ void HostWindow::followWidgets() {
   if (changes) controller->viewWillTransitionToSize(after, change);
   controller->view()->setFrame({{0, 0}, after});
   for (const auto& hostView : hostViews_) hostView->follow();
+  const auto slots = slots_;
+  for (auto* slot : slots)
+    if (std::find(slots_.begin(), slots_.end(), slot) != slots_.end()) slot->follow();
   if (!changes) return;
   controller->view()->layoutIfNeeded();
   change.run();
@@ -281,7 +316,16 @@ std::shared_ptr<UIViewController> hostViewController(GtkWindow* window) {
   return (host ? *host : HostWindow::make(window)).controller();
 }
 
+std::shared_ptr<UIViewController> hostViewController(GtkWidget* widget) {
+  if (GTK_IS_WINDOW(widget)) return hostViewController(GTK_WINDOW(widget));
+  auto* slot = GTK_IS_WIDGET(widget) ? AdSlot::of(widget) : nullptr;
+  if (!slot) throw std::invalid_argument("hostViewController: neither a window nor an ad slot");
+  slot->join();
+  return slot->controller();
+}
+
 std::shared_ptr<UIView> hostView(GtkWidget* widget) {
+  if (GTK_IS_WIDGET(widget) && AdSlot::of(widget)) return hostViewController(widget)->view();
   auto* root = GTK_IS_WIDGET(widget) ? gtk_widget_get_root(widget) : nullptr;
   auto* host = GTK_IS_WINDOW(root) ? HostWindow::of(GTK_WINDOW(root)) : nullptr;
   if (!host) throw std::invalid_argument("hostView: not a widget of a window with a host view controller");

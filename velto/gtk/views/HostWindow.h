@@ -5,6 +5,7 @@
 
 #include "velto/gtk/Signal.h"
 #include "velto/gtk/views/HostView.h"
+#include "velto/gtk/views/PaintedOver.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/GMemory.h"
 #include "velto/platform/ui/UIViewController.h"
@@ -16,10 +17,13 @@
 
 namespace velto::gtk {
 
+class AdSlot;
+
 class HostWindow {
  public:
   // The one of that window; null when there is none yet.
   static HostWindow* of(GtkWindow* window);
+  // Throws std::invalid_argument when the window cannot be wrapped, and leaves it as it was.
   static HostWindow& make(GtkWindow* window);
   // A widget of some host window that is on the screen, or null: its frame clock drives animations.
   static GtkWidget* mappedWidget();
@@ -33,12 +37,17 @@ class HostWindow {
   const std::shared_ptr<UIViewController>& controller() const { return controller_; }
   // The one of that widget, which is in this window; made on first use.
   std::shared_ptr<UIView> viewOf(GtkWidget* widget);
-  // How its root view is seen now.
-  WindowSight sight() const;
+  // How its root view is seen now; or a slot, whose view has its frame there.
+  WindowSight sight(GtkWidget* widget, CGPoint origin) const;
+  // In its coordinates the root view's subviews have their frames.
+  GtkWidget* layer() const { return root_; }
+  // Slots in this window, which it tells where to be.
+  void add(AdSlot& slot) { slots_.push_back(&slot); }
+  void remove(AdSlot& slot) { std::erase(slots_, &slot); }
 
  private:
   explicit HostWindow(GtkWindow* window);
-  static void childChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
+  static void contentChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
   static void realized(GtkWidget*, HostWindow* self) noexcept;
   static void unrealized(GtkWidget*, HostWindow* self) noexcept;
   static void mapped(GtkWidget*, HostWindow* self) noexcept;
@@ -60,11 +69,13 @@ class HostWindow {
   GPtr<GtkWidget> overlay_;
   GtkWidget* root_ = nullptr;  // of the root view, in the overlay
   GPtr<GdkFrameClock> clock_;
+  PaintedNodes nodes_;  // of the last frame, while there is anything of the library's in it
   Signal stateChanged_;
   Signal moved_;
   bool inserting_ = false;
   std::shared_ptr<UIViewController> controller_;
   std::vector<std::unique_ptr<HostView>> hostViews_;
+  std::vector<AdSlot*> slots_;
 };
 
 }  // namespace velto::gtk

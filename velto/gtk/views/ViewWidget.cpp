@@ -1,6 +1,8 @@
 // The widget class: explicit frames, background, picking.
 #include "velto/gtk/views/ViewWidget.h"
 
+#include "velto/gtk/views/PaintedOver.h"
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -23,6 +25,7 @@ struct ViewState {
   std::optional<GdkRGBA> color;
   ViewPainter painter;
   ViewTarget target = ViewTarget::WhenPainted;
+  bool marked = false;
 };
 
 struct ViewWidget {
@@ -74,6 +77,7 @@ void snapshot(GtkWidget* widget, GtkSnapshot* snapshot) noexcept {
     gtk_snapshot_append_color(snapshot, &*state.color, &bounds);
   }
   if (state.painter) state.painter(widget, snapshot, width, height);
+  if (state.marked) return snapshotMarked(widget, parentClass, snapshot);
   parentClass->snapshot(widget, snapshot);
 }
 
@@ -145,6 +149,10 @@ void setViewColor(GtkWidget* view, const UIColor& color) {
 void setViewPainter(GtkWidget* view, ViewPainter painter) {
   stateOf(view).painter = std::move(painter);
   gtk_widget_queue_draw(view);
+}
+
+void markView(GtkWidget* view) {
+  stateOf(view).marked = true;
 }
 
 void setViewTarget(GtkWidget* view, ViewTarget target) {

@@ -26,6 +26,7 @@ GtkWidget* newViewWidget(GtkAccessibleRole role = GTK_ACCESSIBLE_ROLE_GROUP);
 void setViewFrame(GtkWidget* view, const CGRect& frame);
 void setViewColor(GtkWidget* view, const UIColor& color);
 void setViewPainter(GtkWidget* view, ViewPainter painter);
+void markView(GtkWidget* view);  // for paintedOver() to find it
 
 // When all of the rectangle takes pointer events: with a background to be seen, also with children in it, or
 // always. Else they go to what is below, such as the application's own widgets.

@@ -28,6 +28,13 @@ std::string engineSpelling(const std::string& address) {
   return spelling ? spelling : address;
 }
 
+// The engine keeps a text view among its children for its key bindings, where the focus would end up that
+// leaves the page.
+void keepFocusOutOfHelpers(GtkWidget* view) {
+  for (auto* child = gtk_widget_get_first_child(view); child; child = gtk_widget_get_next_sibling(child))
+    if (GTK_IS_TEXT_VIEW(child)) gtk_widget_set_can_focus(child, FALSE);
+}
+
 // Ends of loads that are none: another load took over, or the library itself said no to a navigation.
 bool isNoFailure(const GError& error) {
   return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
@@ -41,6 +48,7 @@ bool isNoFailure(const GError& error) {
 WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
     : engine_(std::move(engine)),
       scripts_(std::make_shared<PageScripts>(engine_.view)),
+      wheel_(engine_.view, widget()),
       commands_(std::make_shared<CommandQueue>(
           [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })) {
   auto* view = engine_.view.get();
@@ -61,6 +69,7 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
   g_signal_connect(view, "load-failed-with-tls-errors", G_CALLBACK(loadFailedWithTLSErrors), this);
   g_signal_connect(view, "web-process-terminated", G_CALLBACK(processTerminated), this);
   gtk_widget_set_parent(GTK_WIDGET(view), widget());
+  keepFocusOutOfHelpers(GTK_WIDGET(view));
 }
 
 WebView::~WebView() {
@@ -115,6 +124,7 @@ void WebView::evaluateJavaScript(const std::string& script, PageScripts::Complet
 }
 
 void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
+  wheel_.setPageScrolls(behavior.scrollEnabled);
   if (behavior.scrollEnabled == !noScrolling_) return;
   auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
   if (behavior.scrollEnabled) {
@@ -152,11 +162,13 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
     case WEBKIT_LOAD_COMMITTED:
       self->commands_->clear();
       self->scripts_->documentChanged();
+      self->wheel_.documentChanged();
       self->engine_.process->pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
       self->load_ = Load::Ended;
+      keepFocusOutOfHelpers(GTK_WIDGET(self->engine_.view.get()));
       view->peerDidFinishNavigation();
       break;
     default:

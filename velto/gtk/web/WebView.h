@@ -7,6 +7,7 @@
 #include "velto/gtk/web/CommandQueue.h"
 #include "velto/gtk/web/PageScripts.h"
 #include "velto/gtk/web/WebProcesses.h"
+#include "velto/gtk/web/WheelShare.h"
 
 #include <memory>
 #include <optional>
@@ -66,6 +67,7 @@ class WebView final : public Peer, public WebViewPeer {
 
   Engine engine_;
   std::shared_ptr<PageScripts> scripts_;
+  WheelShare wheel_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   std::shared_ptr<CommandQueue> commands_;

@@ -62,9 +62,11 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   void layoutIfNeeded();            // or now, for the whole tree that this view is in
   virtual void layoutSubviews() {}  // called after the subviews have their new frames
 
-  UILayoutGuide boxGuide();  // the view's own edges
-  UILayoutGuide safeAreaLayoutGuide();
-  CGRect safeAreaFrame() const;  // own coordinates
+  UILayoutGuide boxGuide();             // the view's own edges
+  UILayoutGuide safeAreaLayoutGuide();  // the edges of its safe area
+  CGRect safeAreaFrame() const;         // own coordinates
+  // What a view in it gets that asks for all the room there is: more where this one can leave its place.
+  virtual CGRect fullScreenFrame() const { return safeAreaFrame(); }
   UIEdgeInsets safeAreaInsets() const;
   static constexpr double layoutMargin = 8;                               // points
   UIEdgeInsets layoutMargins() const;                                     // as much inside the safe area

@@ -5,6 +5,7 @@
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,7 +65,7 @@ void animate(double duration, double delay, const std::shared_ptr<UIView>& view,
                     {from.size.width - to.size.width, from.size.height - to.size.height}};
   running->alpha = fromAlpha - view->alpha();
   running->before = platform.clock().monotonicSeconds();
-  running->time = -delay;
+  running->time = platform.application().isReduceMotionEnabled() ? duration : -delay;
   running->duration = duration;
   running->curve = std::move(curve);
   running->completion = std::move(completion);

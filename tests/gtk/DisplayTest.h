@@ -1,0 +1,110 @@
+// What tests with a window of their own share: running the loop until something holds, a hand, a camera.
+#pragma once
+
+#include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/ui/UIViewController.h"
+
+#include <gtest/gtest.h>
+
+// clang-format off: the X headers define words like Success as macros, so they come last
+#include <gdk/x11/gdkx.h>
+// clang-format on
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velto::test {
+
+class DisplayTest : public testing::Test {
+ protected:
+  DisplayTest() {
+    gtk_init();
+    // What the toolkit forbids is a failure, also where it goes on.
+    g_log_set_always_fatal(GLogLevelFlags(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL));
+    gtk::install({.applicationIdentifier = "org.example.display"});
+  }
+  ~DisplayTest() override { gtk::uninstall(); }
+
+  static bool runUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
+    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
+    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+    g_source_remove(deadline);
+    return condition();
+  }
+  // Lets what was asked for come to the screen.
+  static void runFrames(GtkWidget* widget, int count = 3) {
+    int left = count;
+    const auto tick = [](GtkWidget*, GdkFrameClock*, gpointer counted) -> gboolean {
+      return --*static_cast<int*>(counted) > 0;
+    };
+    gtk_widget_add_tick_callback(widget, tick, &left, nullptr);
+    ASSERT_TRUE(runUntil([&] { return left <= 0; }));
+  }
+  static std::string idOf(GtkWindow* window) {
+    return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
+  }
+  static void xdotool(const std::string& words) {
+    int status = -1;
+    ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
+    ASSERT_EQ(status, 0) << words;
+  }
+  // A widget of one colour and at least that size.
+  static GtkWidget* painted(int width, int height, double red, double green, double blue) {
+    struct Color {
+      double parts[3];
+    };
+    auto* area = gtk_drawing_area_new();
+    gtk_widget_set_size_request(area, width, height);
+    const auto draw = [](GtkDrawingArea*, cairo_t* context, int, int, gpointer data) {
+      const auto* color = static_cast<Color*>(data)->parts;
+      cairo_set_source_rgb(context, color[0], color[1], color[2]);
+      cairo_paint(context);
+    };
+    gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(area), draw, new Color{{red, green, blue}},
+                                   [](gpointer data) { delete static_cast<Color*>(data); });
+    return area;
+  }
+
+  // The window as it was painted last.
+  struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<uint32_t> pixels;
+    uint32_t at(int x, int y) const { return pixels[size_t(y) * size_t(width) + size_t(x)] & 0xffffff; }
+    int count(uint32_t color) const {
+      int found = 0;
+      for (const uint32_t pixel : pixels) found += (pixel & 0xffffff) == color;
+      return found;
+    }
+  };
+  static Picture pictureOf(GtkWindow* window) {
+    auto* widget = GTK_WIDGET(window);
+    Picture picture{gtk_widget_get_width(widget), gtk_widget_get_height(widget), {}};
+    auto* paintable = gtk_widget_paintable_new(widget);
+    auto* snapshot = gtk_snapshot_new();
+    graphene_rect_t all;  // shadows included
+    if (!gtk_widget_compute_bounds(widget, widget, &all)) return picture;
+    gdk_paintable_snapshot(paintable, snapshot, all.size.width, all.size.height);
+    GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
+    g_object_unref(paintable);
+    picture.pixels.resize(size_t(picture.width) * size_t(picture.height));
+    if (!node) return picture;
+    const auto bounds =
+        GRAPHENE_RECT_INIT(-all.origin.x, -all.origin.y, float(picture.width), float(picture.height));
+    auto* texture = gsk_renderer_render_texture(gtk_native_get_renderer(GTK_NATIVE(window)), node, &bounds);
+    gdk_texture_download(texture, reinterpret_cast<guchar*>(picture.pixels.data()),
+                         size_t(picture.width) * 4);
+    if (const char* folder = g_getenv("VELTO_TEST_PICTURES")) {
+      const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+      gdk_texture_save_to_png(texture, (std::string(folder) + "/" + test->name() + ".png").c_str());
+    }
+    g_object_unref(texture);
+    gsk_render_node_unref(node);
+    return picture;
+  }
+};
+
+}  // namespace velto::test

@@ -1,0 +1,160 @@
+// Every kind of window that applications have can be wrapped, or says that it cannot.
+#include "velto/ads/VeltoAd.h"
+#include "velto/ui/VeltoInterstitialViewController.h"
+#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+
+#include <adwaita.h>
+
+#include <stdexcept>
+
+#include "DisplayTest.h"
+
+namespace velto {
+namespace {
+
+constexpr char fromTemplate[] = R"(
+<interface><object class="AdwWindow" id="window"><property name="default-width">400</property>
+<property name="default-height">300</property></object></interface>)";
+
+// All that differs: how a window is made, and how its content is told.
+struct Kind {
+  const char* name;
+  std::function<GtkWindow*(GtkApplication*)> make;
+  const char* content;
+};
+
+const std::vector<Kind>& kinds() {
+  static const std::vector<Kind> all{
+      {"window", [](auto*) { return GTK_WINDOW(gtk_window_new()); }, "child"},
+      {"application window", [](auto* app) { return GTK_WINDOW(gtk_application_window_new(app)); }, "child"},
+      {"Adwaita window", [](auto*) { return GTK_WINDOW(adw_window_new()); }, "content"},
+      {"Adwaita application window", [](auto* app) { return GTK_WINDOW(adw_application_window_new(app)); },
+       "content"},
+      {"from a file, without content so far",
+       [](auto*) {
+         auto* builder = gtk_builder_new_from_string(fromTemplate, -1);
+         auto* window = GTK_WINDOW(gtk_builder_get_object(builder, "window"));
+         g_object_unref(builder);
+         return window;
+       },
+       "content"},
+      {"dialog", [](auto*) { return GTK_WINDOW(gtk_dialog_new()); }, "child"},
+      {"Adwaita message dialog",
+       [](auto*) { return GTK_WINDOW(adw_message_dialog_new(nullptr, "Heading", "Body")); }, "child"},
+  };
+  return all;
+}
+
+class WindowsTest : public test::DisplayTest {
+ protected:
+  WindowsTest() { adw_init(); }
+
+  static bool isShown(UIViewController& host) {
+    return runUntil([&] { return host.view()->isInWindow() && host.view()->bounds().size.width > 100; });
+  }
+};
+
+TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
+  auto* app = gtk_application_new("org.example.windows", G_APPLICATION_NON_UNIQUE);
+  g_application_register(G_APPLICATION(app), nullptr, nullptr);
+  for (const auto& kind : kinds()) {
+    SCOPED_TRACE(kind.name);
+    auto* window = kind.make(app);
+    gtk_window_set_default_size(window, 400, 300);
+    const auto host = gtk::hostViewController(window);
+    EXPECT_EQ(gtk::hostViewController(window), host);
+    GtkWidget* entry = nullptr;
+    for (int i = 0; i < 2; ++i) {  // content, and then other content
+      entry = gtk_entry_new();
+      g_object_set(window, kind.content, entry, nullptr);
+      GtkWidget* wrapped = nullptr;
+      g_object_get(window, kind.content, &wrapped, nullptr);
+      ASSERT_TRUE(GTK_IS_OVERLAY(wrapped));
+      EXPECT_EQ(gtk_overlay_get_child(GTK_OVERLAY(wrapped)), entry);
+      g_object_unref(wrapped);
+      gtk_window_present(window);
+      EXPECT_TRUE(isShown(*host));
+    }
+    gtk_window_set_hide_on_close(window, TRUE);
+    gtk_window_close(window);
+    EXPECT_TRUE(runUntil([&] { return !host->view()->isInWindow(); }));
+    gtk_window_present(window);
+    EXPECT_TRUE(isShown(*host));
+    EXPECT_EQ(gtk_widget_get_root(entry), GTK_ROOT(window));
+    gtk_window_destroy(window);
+    EXPECT_FALSE(host->view()->isInWindow());
+  }
+  g_object_unref(app);
+}
+
+// An interstitial in one of two windows, while that shows a popover; the other stays as it is.
+TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
+  struct Delegate : VeltoInterstitialViewControllerDelegate {
+    std::shared_ptr<UIViewController> host;
+    std::vector<std::string> heard;
+    std::shared_ptr<UIViewController> presentViewController() override { return host; }
+    void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate&) override {
+      heard.emplace_back("appear");
+    }
+    void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate&) override {
+      heard.emplace_back("dismissed");
+    }
+  };
+  std::vector<GtkWindow*> windows;
+  for (int i = 0; i < 2; ++i) {
+    windows.push_back(GTK_WINDOW(adw_window_new()));
+    gtk_window_set_default_size(windows[i], 400, 300);
+    auto* button = gtk_menu_button_new();
+    auto* popover = gtk_popover_new();
+    gtk_popover_set_child(GTK_POPOVER(popover), gtk_entry_new());
+    gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
+    adw_window_set_content(ADW_WINDOW(windows[i]), button);
+    gtk::hostViewController(windows[i]);
+    gtk_window_present(windows[i]);
+    EXPECT_TRUE(isShown(*gtk::hostViewController(windows[i])));
+  }
+  auto* overlay = adw_window_get_content(ADW_WINDOW(windows[0]));
+  auto* button = GTK_MENU_BUTTON(gtk_overlay_get_child(GTK_OVERLAY(overlay)));
+  gtk_menu_button_popup(button);
+  auto* popover = GTK_WIDGET(gtk_menu_button_get_popover(button));
+  EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); }));
+
+  const auto delegate = std::make_shared<Delegate>();
+  delegate->host = gtk::hostViewController(windows[0]);
+  auto interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
+  interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<p>ad", {}, nullptr, 0));
+  interstitial->show();
+  EXPECT_TRUE(runUntil([&] { return delegate->heard == std::vector<std::string>{"appear"}; }));
+  EXPECT_EQ(gtk::hostViewController(windows[1])->presentedViewController(), nullptr);
+  gtk_menu_button_popdown(button);
+  gtk_window_fullscreen(windows[0]);
+  interstitial->vc()->accessibilityPerformEscape();
+  EXPECT_TRUE(runUntil([&] { return delegate->heard.back() == "dismissed"; }));
+  gtk_menu_button_popup(button);
+  EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); })) << "the window can be used again";
+  for (auto* window : windows) gtk_window_destroy(window);
+}
+
+TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {
+  auto* window = GTK_WINDOW(gtk_window_new());
+  auto* own = gtk_label_new("own");
+  gtk_window_set_child(window, own);
+  const auto keep = +[](GtkWindow* changed, GParamSpec*, GtkWidget* child) {
+    if (gtk_window_get_child(changed) == child) return;
+    if (gtk_widget_get_parent(child))
+      gtk_overlay_set_child(GTK_OVERLAY(gtk_widget_get_parent(child)), nullptr);
+    gtk_window_set_child(changed, child);
+  };
+  g_object_ref(own);
+  g_signal_connect(window, "notify::child", G_CALLBACK(keep), own);
+  EXPECT_THROW(gtk::hostViewController(window), std::invalid_argument);
+  EXPECT_EQ(gtk_window_get_child(window), own);
+  EXPECT_THROW(gtk::hostViewController(own), std::invalid_argument) << "neither window nor slot";
+  g_signal_handlers_disconnect_by_data(window, own);
+  g_object_unref(own);
+  EXPECT_NO_THROW(gtk::hostViewController(window)) << "later it may be possible";
+  gtk_window_destroy(window);
+}
+
+}  // namespace
+}  // namespace velto
