@@ -62,8 +62,9 @@ class LoopbackServer {
 
  private:
   void answer(const httplib::Request& request, httplib::Response& response) {
-    const auto answer =
-        serverAnswer(request.method, request.path, request.get_header_value("X-Probe"), request.body);
+    const auto answer = serverAnswer(
+        request.method, request.path, [&](const char* name) { return request.get_header_value(name); },
+        request.body);
     response.status = answer.status;
     for (const auto& [name, value] : answer.headers) response.set_header(name, value);
     std::unique_lock lock(mutex_);
