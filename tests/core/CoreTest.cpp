@@ -81,14 +81,6 @@ TEST_F(CoreTest, OfManyThreadsThatRegisterOneIsTheFirst) {
   EXPECT_EQ(platform->urlSession().requests("trk_install").size(), 1U);
 }
 
-TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaults) {
-  EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
-  EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "native");
-  EXPECT_EQ(VeltoDataStore::_getVeltoFromNonNative(), std::nullopt);
-  EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), std::nullopt);
-  EXPECT_FALSE(VeltoDataStore::isTestMode());
-}
-
 TEST_F(CoreTest, EveryChangeIsSynchronisedAndAFailingStoreIsOnlyToldByTheResult) {
   EXPECT_TRUE(VeltoDataStore::storeValue(DefaultsValue("v"), "k"));
   EXPECT_EQ(platform->defaults()->synchronizations(), 1U);
@@ -103,7 +95,10 @@ TEST_F(CoreTest, EveryChangeIsSynchronisedAndAFailingStoreIsOnlyToldByTheResult)
   EXPECT_EQ(VeltoDataStore::getStringForKey("k"), std::nullopt);
 }
 
-TEST_F(CoreTest, AValueOfAnotherTypeReadsAsAbsent) {
+TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaultsAndAValueOfAnotherTypeReadsAsAbsent) {
+  EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
+  EXPECT_EQ(VeltoDataStore::getVeltoFromNonNative(), "native");
+  EXPECT_EQ(VeltoDataStore::getVeltoEndpoint(), std::nullopt);
   auto& store = platform->standardUserDefaults();
   store.setObject("kVeltoClientIdKey", 7.0);
   store.setObject("constVeltoTestMode", std::string("1"));
@@ -148,13 +143,11 @@ TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
 TEST_F(CoreTest, VersionsAndBundles) {
   EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
   EXPECT_EQ(VeltoFramework::version(), 4010);
-  platform->veltoBundle().information =
-      std::map<std::string, std::string>{{"CFBundleShortVersionString", "5.1"}};
+  platform->veltoBundle().information = {{{"CFBundleShortVersionString", "5.1"}}};
   EXPECT_EQ(VeltoFramework::version(), 51);
-  for (const auto& lacking :
-       {std::optional<std::map<std::string, std::string>>(),
-        std::optional(std::map<std::string, std::string>()),
-        std::optional(std::map<std::string, std::string>{{"CFBundleShortVersionString", ""}})}) {
+  using Information = std::map<std::string, std::string>;
+  for (const auto& lacking : std::vector<std::optional<Information>>{
+           std::nullopt, Information(), Information{{"CFBundleShortVersionString", ""}}}) {
     platform->veltoBundle().information = lacking;
     EXPECT_EQ(VeltoFramework::versionSDK(), "4.0.10");
   }
@@ -172,18 +165,17 @@ TEST_F(CoreTest, OrientationMaskComesFromANumberOnly) {
 }
 
 TEST(ErrorAdTest, CodesHaveTextsAndCarryTheSystemError) {
-  const std::vector<std::string> words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED",
-                                       "NO_CONNECTION"};
-  for (int64_t code = 0; code < 5; ++code) {
+  const char* const words[] = {"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED", "NO_CONNECTION"};
+  for (int64_t code = -1; code < 6; ++code) {
     const auto error = VeltoErrorAd::veltoErrorAdWithCode(code);
-    EXPECT_EQ(error.descriptionError(), "VeltoError: " + words[static_cast<size_t>(code)]);
+    const bool known = code >= 0 && code < 5;
+    EXPECT_EQ(error.descriptionError().value_or("none"),
+              known ? std::string("VeltoError: ") + words[code] : "none");
     EXPECT_EQ(error.code, code);
     EXPECT_EQ(error.errorCode, code);
     EXPECT_EQ(error.domain, "com.velto.VeltoFramework");
     EXPECT_FALSE(error.error);
   }
-  EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(5).descriptionError(), std::nullopt);
-  EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(-1).descriptionError(), std::nullopt);
   EXPECT_EQ(VeltoErrorAd::veltoErrorAdWithCode(4, NSError{"net", 7, "gone"}).error->code, 7);
 }
 

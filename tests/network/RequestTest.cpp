@@ -35,7 +35,7 @@ TEST_F(RequestTest, BannerRequestOnTheAdServer) {
       << *request.httpBody;
 }
 
-TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
+TEST_F(RequestTest, EndpointTestModeMissingKeyAndServerNames) {
   const auto url = [](VeltoAdType type, VeltoBannerSize size) {
     const auto request = VeltoTaskRequest::requestFor(type, size, std::nullopt);
     return request ? request->url.absoluteString() : "none";
@@ -48,6 +48,15 @@ TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
             "https://abc.publishers.velto.example/sdk/?ts=1704067200&k=k&test=1&at=banner&fsz=300x250");
   EXPECT_EQ(VeltoTaskRequest::requestForMediationItemData("x")->url.absoluteString(),
             "https://ads.velto.example/dev/puressp.php");
+  const auto built = VeltoURL::serverNames();
+  VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
+  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
+  EXPECT_EQ(VeltoURL::veltoURL()->absoluteString(), "https://abc.pub.test/sdk/");
+  EXPECT_EQ(VeltoURL::serverNames().tracking, built.tracking);
+  VeltoURL::setServerNames({"no host", "x", "y"});
+  EXPECT_FALSE(VeltoURL::veltoSSPURL());
+  VeltoURL::setServerNames({});
+  EXPECT_EQ(VeltoURL::serverNames(), built);
   for (const auto* bad : {"a b", "a/b", "evil.example#", "x@y"}) {
     VeltoFramework::setEndpoint(bad);
     EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize320x50), "none") << bad;
@@ -98,50 +107,16 @@ TEST_F(RequestTest, OtherRequests) {
   EXPECT_EQ(VeltoTaskRequest::requestForTrackInstall("i")->url.path(), "/trk_install.php");
 }
 
-TEST_F(RequestTest, ServerNamesCanBeChangedWithAndWithoutPort) {
-  const auto built = VeltoURL::serverNames();
-  VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
-  registerKey();
-  VeltoFramework::setEndpoint("abc");
-  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
-  EXPECT_EQ(VeltoURL::veltoURL()->absoluteString(), "https://abc.pub.test/sdk/");
-  EXPECT_EQ(VeltoURL::serverNames().tracking, built.tracking);
-  VeltoURL::setServerNames({"no host", "x", "y"});
-  EXPECT_FALSE(VeltoURL::veltoSSPURL());
-  VeltoURL::setServerNames({});
-  EXPECT_EQ(VeltoURL::serverNames(), built);
-}
-
 TEST_F(RequestTest, BodyOfAFreshRegistration) {
   registerKey();
-  const JSON::Object expected{
-      {"sdkt", "native"},
-      {"sdkv", "4.0.10"},
-      {"mraid", 3},
-      {"omsdk", 1},
-      {"gadapt", 0},
-      {"aida", VeltoAdvertisingIdentifier::veltoIdentifier()},
-      {"aidl", "1"},
-      {"dmn", "Apple"},
-      {"dmo", "iPhone12,1"},
-      {"dmp", "iPhone"},
-      {"dos", "ios"},
-      {"dov", "16.4"},
-      {"dsw", 390},
-      {"dsh", 844},
-      {"dsd", 3},
-      {"dua", VeltoDataStore::getUserAgent()},
-      {"dln", "en-US"},
-      {"dct", "CARRIER"},
-      {"aln", "en"},
-      {"ab", "org.example.host"},
-      {"an", "Host"},
-      {"gz", "-0.0000"},
-      {"gdpr_opt", false},
-      {"gdpr_consent", ""},
-      {"gdpr_dc", false},
-      {"us_privacy", ""},
-  };
+  auto expected =
+      *readJSON(R"({"sdkt": "native", "sdkv": "4.0.10", "mraid": 3, "omsdk": 1, "gadapt": 0, "aidl": "1",
+      "dmn": "Apple", "dmo": "iPhone12,1", "dmp": "iPhone", "dos": "ios", "dov": "16.4", "dsw": 390, "dsh": 844,
+      "dsd": 3, "dln": "en-US", "dct": "CARRIER", "aln": "en", "ab": "org.example.host", "an": "Host",
+      "gz": "-0.0000", "gdpr_opt": false, "gdpr_consent": "", "gdpr_dc": false, "us_privacy": ""})")
+           ->object();
+  expected["aida"] = VeltoAdvertisingIdentifier::veltoIdentifier();
+  expected["dua"] = VeltoDataStore::getUserAgent();
   EXPECT_EQ(body(VeltoSettings{}), expected);
 }
 
@@ -161,32 +136,15 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   settings.keywords = {"a", "b"};
   auto o = body(settings);
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
-  const JSON::Object expected{
-      {"gadapt", 1},
-      {"aid", *platform->identifierManager().identifier},
-      {"aidl", ""},
-      {"soc", "01"},
-      {"noc", "01"},
-      {"son", "Net"},
-      {"non", "Net"},
-      {"ncc", "262"},
-      {"scc", "262"},
-      {"geo", "52.500000,-13.400000"},
-      {"ga", 12.5},
-      {"gf", int64_t{1704067000000}},
-      {"mediator", "hub"},
-      {"okw", "a,b"},
-      {"oyob", 1990},
-      {"oage", 34},
-      {"gdpr_opt", true},
-      {"gdpr_dc", true},
-      {"gdpr_consent", "CO|x"},
-  };
-  for (const auto& [key, value] : expected) EXPECT_EQ(o[key], value) << key;
+  const auto expected =
+      readJSON(R"({"gadapt": 1, "aid": "6D92078A-8246-4BA4-AE5B-76104861E7DC", "aidl": "", "soc": "01",
+      "noc": "01", "son": "Net", "non": "Net", "ncc": "262", "scc": "262", "geo": "52.500000,-13.400000", "ga": 12.5,
+      "gf": 1704067000000, "mediator": "hub", "okw": "a,b", "oyob": 1990, "oage": 34, "gdpr_opt": true,
+      "gdpr_dc": true, "gdpr_consent": "CO|x"})");
+  for (const auto& [key, value] : *expected->object()) EXPECT_EQ(o[key], value) << key;
 }
 
 TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
-  registerKey();
   platform->telephony().carrier = CTCarrier{"Net", std::nullopt, std::nullopt};
   platform->location().lastKnown = CLLocation{1, 2, -1, 3};
   VeltoSettings settings;
@@ -204,32 +162,34 @@ TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
 }
 
 TEST_F(RequestTest, TimeZoneWordsKeepTheirQuirks) {
-  registerKey();
-  const std::vector<std::pair<int, std::string>> words{
-      {3600, "+1.0000"},  {19800, "+5.0000"},   {0, "-0.0000"},       {3599, "-0.0000"},
-      {-1800, "-0.0000"}, {-18000, "--5.0000"}, {-12600, "--3.0000"}, {50400, "+14.0000"}};
-  for (const auto& [seconds, word] : words) {
+  for (const auto& [seconds, word] : {std::pair(3600, "+1.0000"),
+                                      {19800, "+5.0000"},
+                                      {0, "-0.0000"},
+                                      {3599, "-0.0000"},
+                                      {-1800, "-0.0000"},
+                                      {-18000, "--5.0000"},
+                                      {-12600, "--3.0000"},
+                                      {50400, "+14.0000"}}) {
     platform->localTimeZone().seconds = seconds;
     EXPECT_EQ(body()["gz"], JSON(word)) << seconds;
   }
 }
 
 TEST_F(RequestTest, AMissingRequiredValueMakesNoRequest) {
-  registerKey();
-  platform->currentLocale().languages.clear();
-  EXPECT_TRUE(body().empty());
-  platform->currentLocale().languages = {"de"};
-  platform->mainBundle().information->erase("CFBundleName");
-  EXPECT_TRUE(body().empty());
-  platform->mainBundle().information = std::map<std::string, std::string>{{"CFBundleName", "A"}};
-  platform->mainBundle().identifier.reset();
-  EXPECT_TRUE(body().empty());
-  platform->mainBundle().identifier = "a";
-  EXPECT_FALSE(body().empty());
+  auto& bundle = platform->mainBundle();
+  const auto lacks = [&](auto& value, const char* key) {
+    EXPECT_TRUE(body().contains(key));
+    const auto kept = std::exchange(value, {});
+    EXPECT_TRUE(body().empty()) << key;
+    value = kept;
+  };
+  lacks(platform->currentLocale().languages, "dln");
+  lacks(*bundle.information, "an");
+  lacks(bundle.information, "an");
+  lacks(bundle.identifier, "ab");
 }
 
 TEST_F(RequestTest, ABodyThatIsNoTextIsLeftOutAndTheRequestGoesAsGET) {
-  registerKey();
   platform->device().facts.model = "\xff";
   const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt);
   EXPECT_EQ(request.httpMethod, "GET");
@@ -278,15 +238,9 @@ TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
 
 TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
   using R = VeltoReachability;
-  const std::vector<std::pair<uint32_t, VeltoNetworkStatus>> table{{0, VeltoNetworkNotReachable},
-                                                                   {262144, VeltoNetworkNotReachable},
-                                                                   {2 | 262144, VeltoNetworkReachableViaWWAN},
-                                                                   {2, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4, VeltoNetworkNotReachable},
-                                                                   {2 | 4 | 8, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4 | 32, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4 | 8 | 16, VeltoNetworkNotReachable},
-                                                                   {2 | 16, VeltoNetworkReachableViaWiFi}};
+  const std::pair<uint32_t, int> table[] = {{0, 0},          {262144, 0},         {2 | 262144, 2},
+                                            {2, 1},          {2 | 4, 0},          {2 | 4 | 8, 1},
+                                            {2 | 4 | 32, 1}, {2 | 4 | 8 | 16, 0}, {2 | 16, 1}};
   for (const auto& [flags, status] : table) EXPECT_EQ(R::networkStatusForFlags(flags), status) << flags;
 
   int posted = 0;

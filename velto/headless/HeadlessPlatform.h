@@ -59,7 +59,12 @@ class Platform : public velto::Platform {
   MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
   ScriptedMedia& media() override { return media_; }
   ScriptedAudioSession& audioSession() override { return audioSession_; }
-  void performInBackground(std::function<void()> work) override { queue_->postOffMain({}, std::move(work)); }
+  void performInBackground(std::function<void()> work) override {
+    ++backgroundWork_;
+    queue_->postOffMain({}, std::move(work));
+  }
+  // How often something was asked to be done in the background.
+  size_t backgroundWork() const { return backgroundWork_; }
 
  private:
   explicit Platform(std::shared_ptr<MemoryDefaults> defaults);
@@ -86,6 +91,7 @@ class Platform : public velto::Platform {
   ScriptedViewSystem views_{queue_};
   ScriptedMedia media_{queue_};
   ScriptedAudioSession audioSession_{queue_};
+  std::atomic<size_t> backgroundWork_ = 0;
 };
 
 }  // namespace velto::headless
