@@ -25,14 +25,11 @@ class RequestTest : public test::HeadlessTest {
 TEST_F(RequestTest, BannerRequestOnTheAdServer) {
   registerKey("pub key");
   const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
-  EXPECT_EQ(
-      request.url.absoluteString(),
-      "https://ads.velto.example/sdk/v3/req?ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
+  EXPECT_EQ(request.url.query(), "ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
   EXPECT_EQ(request.httpMethod, "POST");
   EXPECT_EQ(request.allHTTPHeaderFields.value("Content-Type"), "application/json");
   EXPECT_EQ(request.allHTTPHeaderFields.value("user-agent"), VeltoDataStore::getUserAgent());
-  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos)
-      << *request.httpBody;
+  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos);
 }
 
 TEST_F(RequestTest, EndpointTestModeMissingKeyAndServerNames) {
@@ -46,8 +43,7 @@ TEST_F(RequestTest, EndpointTestModeMissingKeyAndServerNames) {
   VeltoFramework::setEndpoint("abc");
   EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize300x250),
             "https://abc.publishers.velto.example/sdk/?ts=1704067200&k=k&test=1&at=banner&fsz=300x250");
-  EXPECT_EQ(VeltoTaskRequest::requestForMediationItemData("x")->url.absoluteString(),
-            "https://ads.velto.example/dev/puressp.php");
+  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://ads.velto.example/dev/puressp.php");
   const auto built = VeltoURL::serverNames();
   VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
   EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
@@ -71,35 +67,40 @@ TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
   };
   EXPECT_EQ(query(0, VeltoBannerSizeInterstitial), "at=notvalid");
   EXPECT_EQ(query(3, 0), "none");
-  const char* const sizes[] = {"Smart%20Banner", "320x50", "728x90", "300x250"};
-  for (int64_t size = 0; size < 4; ++size)
-    EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + sizes[size]);
+  for (const auto& [size, word] : {std::pair(VeltoBannerSizeSmart, "Smart%20Banner"),
+                                   {VeltoBannerSize320x50, "320x50"},
+                                   {VeltoBannerSize728x90, "728x90"},
+                                   {VeltoBannerSize300x250, "300x250"}})
+    EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + word);
   for (const int64_t size : {int64_t{4}, int64_t{VeltoBannerSizeInterstitial}})
     EXPECT_EQ(query(1, size), "none");
 
-  const auto check = [&](int64_t VeltoSettings::*member, const char* key,
-                         const std::vector<std::string>& words) {
+  using Words = std::map<int64_t, std::string>;
+  const auto check = [&](int64_t VeltoSettings::*member, const char* key, const Words& words) {
     VeltoSettings settings;
-    for (const auto& word : words) {
-      settings.*member = &word - words.data();
-      EXPECT_EQ(body(settings)[key], JSON(word));
-    }
-    settings.*member += 1;
+    for (settings.*member = 0; words.contains(settings.*member); ++(settings.*member))
+      EXPECT_EQ(body(settings)[key], JSON(words.at(settings.*member)));
+    EXPECT_EQ(settings.*member, static_cast<int64_t>(words.size()));
     EXPECT_TRUE(body(settings).empty()) << key;
   };
-  check(&VeltoSettings::gender, "ogender", {"male", "female", "Other"});
-  check(&VeltoSettings::marital, "omarital", {"Single", "Living Common", "Married", "Divorced", "Widowed"});
+  check(&VeltoSettings::gender, "ogender",
+        {{VeltoGenderMale, "male"}, {VeltoGenderFemale, "female"}, {VeltoGenderOther, "Other"}});
+  check(&VeltoSettings::marital, "omarital",
+        {{VeltoMaritalSingle, "Single"},
+         {VeltoMaritalLivingCommon, "Living Common"},
+         {VeltoMaritalMarried, "Married"},
+         {VeltoMaritalDivorced, "Divorced"},
+         {VeltoMaritalWidowed, "Widowed"}});
 }
 
 TEST_F(RequestTest, OtherRequests) {
   const auto mediation = *VeltoTaskRequest::requestForMediationItemData("payload");
-  EXPECT_EQ(mediation.httpMethod, "POST");
-  EXPECT_EQ(mediation.httpBody, "payload");
+  EXPECT_EQ(mediation.httpMethod + " " + mediation.httpBody.value(), "POST payload");
   const auto download = *VeltoTaskRequest::requestForDownloadData("https://cdn.example/i.png");
   EXPECT_EQ(download.httpMethod, "GET");
   EXPECT_TRUE(download.allHTTPHeaderFields.fields().empty());
-  EXPECT_FALSE(VeltoTaskRequest::requestForDownloadData(std::nullopt));
-  EXPECT_FALSE(VeltoTaskRequest::requestForSecondaryMRAIDContent("not a url"));
+  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("not a url")})
+    EXPECT_FALSE(VeltoTaskRequest::requestForSecondaryMRAIDContent(none));
   const auto click = *VeltoTaskRequest::requestForTrackClick("a=b&c\r\n");
   EXPECT_EQ(click.url.absoluteString(), "https://track.velto.example/trk_click.php?id=a%3Db%26c%0D%0A");
   EXPECT_EQ(click.httpMethod, "GET");
@@ -129,11 +130,7 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   platform->trackingManager().authorizationStatus = 3;
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob",
                                                    std::make_shared<VeltoAdMediationAdapterPassbackClass>());
-  VeltoSettings settings;
-  settings.yearOfBirth = 1990;
-  settings.age = 34;
-  settings.mediation = "hub";
-  settings.keywords = {"a", "b"};
+  const VeltoSettings settings{.yearOfBirth = 1990, .age = 34, .mediation = "hub", .keywords = {{"a", "b"}}};
   auto o = body(settings);
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
   const auto expected =
@@ -147,10 +144,7 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
 TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
   platform->telephony().carrier = CTCarrier{"Net", std::nullopt, std::nullopt};
   platform->location().lastKnown = CLLocation{1, 2, -1, 3};
-  VeltoSettings settings;
-  settings.age = 0;
-  settings.keywords = std::vector<std::string>{};
-  auto o = body(settings);
+  auto o = body(VeltoSettings{.age = 0, .keywords = std::vector<std::string>()});
   for (const auto* absent : {"soc", "noc", "ncc", "scc", "ga", "aid", "oage", "dctd"})
     EXPECT_FALSE(o.contains(absent)) << absent;
   for (const auto* present : {"son", "non", "geo", "gf", "gz"}) EXPECT_TRUE(o.contains(present)) << present;
@@ -214,26 +208,26 @@ TEST_F(RequestTest, FingerprintAndAddresses) {
       {"en0", true, AddressFamily::Other, "x"},           {"en0", true, AddressFamily::IPv6, ""},
       {"en0", true, AddressFamily::IPv6, "fe80::1"},      {"en0", true, AddressFamily::IPv6, "fe80::2"}};
   EXPECT_EQ(VeltoDevice::ip(), "fe80::2");
-  platform->network().interfaces = {{"lo", true, AddressFamily::IPv4, "127.0.0.1"}};
-  EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
   platform->network().interfaces.reset();
+  EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
   EXPECT_TRUE(VeltoDevice::_getIPAddresses().empty());
 }
 
 TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
   auto& advertising = platform->trackingManager();
-  for (const int64_t status : {0, 1, 2}) {
+  for (const auto& [version, status, enabled, limited] : {std::tuple("16.4", 0, false, true),
+                                                          {"16.4", 1, false, true},
+                                                          {"16.4", 2, false, true},
+                                                          {"16.4", 3, false, false},
+                                                          {"13.7", 3, true, true},
+                                                          {"13.7", 0, false, false}}) {
+    platform->device().facts.systemVersion = version;
     advertising.authorizationStatus = status;
-    EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
+    advertising.trackingEnabled = enabled;
+    EXPECT_EQ(VeltoAdvertisingIdentifier::isTrackingLimited(), limited);
+    EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(),
+              limited ? std::nullopt : advertising.identifier);
   }
-  advertising.authorizationStatus = 3;
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
-  platform->device().facts.systemVersion = "13.7";
-  advertising.trackingEnabled = true;
-  EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), std::nullopt);
-  advertising.trackingEnabled = false;
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
 }
 
 TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {

