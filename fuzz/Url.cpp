@@ -4,24 +4,6 @@
 
 #include "Check.h"
 
-namespace {
-
-std::string unescaped(std::string_view text) {
-  std::string bytes;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      bytes += text[i];
-      continue;
-    }
-    require(i + 2 < text.size());
-    bytes += static_cast<char>(std::stoi(std::string(text.substr(i + 1, 2)), nullptr, 16));
-    i += 2;
-  }
-  return bytes;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto text = asText(data, size);
   if (const auto url = velto::NSURL::URLWithString(text)) {
@@ -31,6 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     (void)url->port();
     (void)url->URLByAppendingPathComponent("a").path();
     (void)url->URLByAddingScheme("https");
+    (void)url->URLByResolving(text);
   }
 
   const std::string name(text.substr(0, size / 2));
@@ -42,6 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto items = velto::split(*url->query(), "&");
   require(items.size() == 2);
   const auto pair = velto::split(items[0], "=");
-  require(pair.size() == 2 && unescaped(pair[0]) == name && unescaped(pair[1]) == value);
+  require(pair.size() == 2 && velto::NSURL::unescaped(pair[0]) == name &&
+          velto::NSURL::unescaped(pair[1]) == value);
   return 0;
 }

@@ -1,9 +1,7 @@
 // From a classified answer to an ad, and the list of ads not shown yet.
-#include "velto/ads/VeltoAdManager.h"
-
 #include <cmath>
 
-#include "../support/HeadlessTest.h"
+#include "FetchTest.h"
 
 namespace velto {
 namespace {
@@ -11,33 +9,8 @@ namespace {
 using namespace std::chrono_literals;
 using headless::Answer;
 
-struct Outcome {
-  int calls = 0;
-  std::shared_ptr<VeltoAd> ad;
-  std::optional<VeltoErrorAd> error;
-  int64_t code() const { return error ? error->errorCode : -1; }
-};
-
-class AdsTest : public test::HeadlessTest {
+class AdsTest : public test::FetchTest {
  protected:
-  AdsTest() { registerKey(); }
-
-  Outcome fetch(VeltoBannerSize size = VeltoBannerSize320x50) {
-    Outcome outcome;
-    VeltoAdManager::fetchFor(VeltoAdTypeBanner, size, std::nullopt, [&](const auto& ad, const auto& error) {
-      ++outcome.calls;
-      outcome.ad = ad;
-      outcome.error = error;
-      EXPECT_TRUE(platform->mainQueue().isCurrent());
-    });
-    EXPECT_EQ(outcome.calls, 0) << "never inside the call";
-    platform->runUntilIdle();
-    return outcome;
-  }
-  Outcome fetch(Answer answer) {
-    platform->urlSession().enqueue(std::move(answer));
-    return fetch();
-  }
   static Answer typed(const char* content, std::string body = "x") {
     return with(Answer{.headers = {{"x-content", content}}, .body = std::move(body)},
                 {{"x-width", "1"}, {"x-height", "1"}});
@@ -47,8 +20,9 @@ class AdsTest : public test::HeadlessTest {
 TEST_F(AdsTest, MarkupBecomesAnAd) {
   const auto outcome = fetch(with(markup("<p>ad</p>"), {{"x-fst", "100000000"}, {"x-ttl", "30"}}));
   ASSERT_TRUE(outcome.ad);
-  EXPECT_FALSE(outcome.error);
-  const auto& ad = *outcome.ad;
+  auto& ad = *outcome.ad;
+  EXPECT_TRUE(ad.isEqualAd(ad));
+  EXPECT_FALSE(ad.isEqualAd(*fetch(markup()).ad));
   EXPECT_EQ(ad.html, "<p>ad</p>");
   EXPECT_EQ(ad.sourceType, VeltoAdSourceMarkup);
   EXPECT_EQ(ad.timer, 100000);
@@ -57,12 +31,9 @@ TEST_F(AdsTest, MarkupBecomesAnAd) {
   EXPECT_EQ(ad.bannerSize, VeltoBannerSize320x50);
   EXPECT_EQ(ad.veltoKey, "key-1");
   EXPECT_EQ(ad.createdAt, headless::VirtualQueue::defaultStart);
-  const auto text = ad.description();
-  EXPECT_NE(
-      text.find(
-          ">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000\n\tTimer: 100000\n\tAdapter: (null)"),
-      std::string::npos)
-      << text;
+  EXPECT_TRUE(
+      ad.description().ends_with(">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000"
+                                 "\n\tTimer: 100000\n\tAdapter: (null)"));
 }
 
 TEST_F(AdsTest, RichMediaIsToldByItsScriptAndGetsNoTimer) {
@@ -73,49 +44,40 @@ TEST_F(AdsTest, RichMediaIsToldByItsScriptAndGetsNoTimer) {
 }
 
 TEST_F(AdsTest, WhatIsNoAdBecomesItsError) {
-  EXPECT_EQ(fetch(status(204)).code(), 0);
-  EXPECT_EQ(fetch(status(500)).code(), 1);
-  EXPECT_EQ(fetch(status(404)).code(), 2);
+  for (const auto& [answered, code] : {std::pair(204, 0), {500, 1}, {404, 2}})
+    EXPECT_EQ(fetch(status(answered)).code(), code);
   EXPECT_EQ(fetch(Answer::offline()).code(), 4);
   EXPECT_EQ(fetch(typed("unheard-of")).code(), 1);
   EXPECT_EQ(fetch(Answer{.headers = {{"x-content", "html"}, {"x-width", "320"}}}).code(), 1);
-  EXPECT_EQ(fetch(typed("no_fill")).code(), 0);
-  EXPECT_EQ(fetch(typed("vast")).code(), 0);
-  EXPECT_EQ(fetch(typed("html", "caf\xe9")).code(), 0);
-  EXPECT_EQ(fetch(markup("<a href=\"velto://noFillAd\">x</a>")).code(), 0);
+  for (const auto& answer : {typed("no_fill"), typed("vast"), typed("html", "caf\xe9"),
+                             markup("<a href=\"velto://noFillAd\">x</a>")})
+    EXPECT_EQ(fetch(answer).code(), 0);
   EXPECT_EQ(fetch(markup("no_velto://noFillAd here")).ad->sourceType, VeltoAdSourceMarkup);
   EXPECT_EQ(fetch(typed("html", {"a\0b", 3})).ad->html, std::string("a\0b", 3));
   EXPECT_EQ(fetch(static_cast<VeltoBannerSize>(9)).code(), 2);
 }
 
-TEST_F(AdsTest, SomeResponsesEndWithoutACall) {
-  int calls = 0;
-  const VeltoAdCompletion count = [&](const auto&, const auto&) { ++calls; };
+TEST_F(AdsTest, SomeResponsesEndWithoutACallAndASecondCreativeNeedsNoSize) {
+  std::vector<std::shared_ptr<VeltoAd>> made;
+  const VeltoAdCompletion note = [&](const auto& ad, const auto&) { made.push_back(ad); };
   const auto response = std::make_shared<VeltoTaskResponse>();
   response->responseType = VeltoTaskResponseMarkup;
   response->headers = std::make_shared<VeltoTaskResponseHeaders>();
-  response->headers->headers.set("x-width", "1");
-  response->headers->headers.set("x-height", "1");
-  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, count);  // no data
-  response->data = "x";
+  for (const auto* name : {"x-width", "x-height"}) response->headers->headers.set(name, "1");
+  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, note);  // no data
+  response->data = "mraid.js";
   response->responseType = static_cast<VeltoTaskResponseType>(7);
-  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, count);  // of no known type
-  EXPECT_EQ(calls, 0);
+  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, note);  // of no known type
+  EXPECT_TRUE(made.empty());
   response->responseType = VeltoTaskResponseUnknown;
   VeltoAdManagerAdResolver::handleTaskResponse(response, 1, nullptr);
-}
 
-TEST_F(AdsTest, ASecondCreativeNeedsNoSize) {
-  const auto response = std::make_shared<VeltoTaskResponse>();
   response->responseType = VeltoTaskResponseMarkup;
   response->headers = std::make_shared<VeltoTaskResponseHeaders>();
-  response->data = "mraid.js";
-  std::shared_ptr<VeltoAd> ad;
-  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(
-      response, [&](const auto& made, const auto&) { ad = made; });
-  ASSERT_TRUE(ad);
-  EXPECT_EQ(ad->bannerSize, std::nullopt);
-  EXPECT_FALSE(ad->canBeCached());
+  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(response, note);
+  ASSERT_EQ(made.size(), 1U);
+  EXPECT_EQ(made[0]->bannerSize, std::nullopt);
+  EXPECT_FALSE(made[0]->canBeCached());
 }
 
 TEST_F(AdsTest, AnAdCanBeReusedOnlyOnceItsLifetimeHasRunOut) {
@@ -155,23 +117,13 @@ TEST_F(AdsTest, FetchedAdsWaitInTheListUntilTheyAreShown) {
 }
 
 TEST_F(AdsTest, AFetchWithoutCompletionStillFillsTheList) {
-  platform->urlSession().enqueue(with(markup(), {{"x-ttl", "0"}}));
-  VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
-  platform->runUntilIdle();
-  ASSERT_EQ(VeltoAdManager::shared()->ads().size(), 1U);
-  VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
-  EXPECT_EQ(platform->urlSession().requests("/sdk/").size(), 1U) << "a usable ad needs no request";
-}
-
-TEST_F(AdsTest, IdentityAndIdentifiers) {
-  const auto one = fetch(markup()).ad;
-  const auto two = fetch(markup()).ad;
-  EXPECT_TRUE(one->isEqualAd(*one));
-  EXPECT_FALSE(one->isEqualAd(*two));
-  one->setOrdId("o", "b", "p");
-  EXPECT_EQ(one->bannerId, "b");
-  one->resetAdInformations();
-  EXPECT_FALSE(one->ordId || one->bannerId || one->publisherId);
+  platform->urlSession().respond("/sdk/", with(markup(), {{"x-ttl", "0"}}));
+  for (int i = 0; i < 2; ++i) {
+    VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt, nullptr);
+    platform->runUntilIdle();
+    EXPECT_EQ(VeltoAdManager::shared()->ads().size(), 1U);
+    EXPECT_EQ(platform->urlSession().requests("/sdk/").size(), 1U) << "a usable ad needs no request";
+  }
 }
 
 }  // namespace

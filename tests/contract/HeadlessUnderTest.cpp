@@ -21,7 +21,7 @@ class HeadlessUnderTest : public PlatformUnderTest {
   bool runUntil(const std::function<bool()>& condition) override {
     // As an engine that runs statements which are literals, and refuses the others.
     for (auto* view : platform_->webViews())
-      view->answerScripts([](const auto& script) { return readJSON(script); });
+      view->answerScripts([](const auto& script) { return readJSONOfPage(script); });
     return platform_->mainQueue().runUntil(condition, std::chrono::seconds(10));
   }
   std::shared_ptr<UIViewController> showWindow() override {
@@ -45,9 +45,10 @@ class HeadlessUnderTest : public PlatformUnderTest {
     session.respond(
         [](const auto& request) { return request.url.path() != "/never"; },
         [](const NSURLRequest& request) {
-          const auto answer = serverAnswer(request.httpMethod, request.url.path(),
-                                           request.allHTTPHeaderFields.value("x-probe").value_or(""),
-                                           request.httpBody.value_or(""));
+          const auto answer = serverAnswer(
+              request.httpMethod, request.url.path(),
+              [&](const char* name) { return request.allHTTPHeaderFields.value(name).value_or(""); },
+              request.httpBody.value_or(""));
           if (answer.cutShort) return headless::Answer::failure({"NSURLErrorDomain", -1005, "cut"});
           return headless::Answer{answer.status, {answer.headers.begin(), answer.headers.end()}, answer.body};
         });

@@ -69,9 +69,15 @@ TEST_F(NetworkContract, RedirectsAreFollowedButNotForEver) {
   EXPECT_TRUE(get("/circle").error);
 }
 
+TEST_F(NetworkContract, NeitherCookiesNorAnswersAreKept) {
+  const int visit = std::stoi(get("/kept").data.value_or(""));
+  EXPECT_EQ(get("/kept").data, std::to_string(visit + 1));
+}
+
 TEST_F(NetworkContract, TransportFailuresAreErrors) {
-  for (const auto& url : {subject().refusingServer() + "/", subject().server() + "/cut",
-                          std::string("file:///etc/passwd"), std::string("velto://page")}) {
+  for (const auto& url :
+       {subject().refusingServer() + "/", subject().server() + "/cut", subject().server() + "/leaves",
+        std::string("file:///etc/passwd"), std::string("velto://page")}) {
     const auto outcome = answerTo(requestFor(url));
     ASSERT_TRUE(outcome.error) << url;
     EXPECT_FALSE(outcome.error->domain.empty());

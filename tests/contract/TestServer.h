@@ -1,6 +1,8 @@
 // The answers that a platform's test server gives in the contract suite, by path.
 #pragma once
 
+#include <atomic>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,14 +17,20 @@ struct ServerAnswer {
   bool never = false;     // no answer for as long as the test lasts
 };
 
-// `probe` is the value of the request's X-Probe field.
-inline ServerAnswer serverAnswer(const std::string& method, const std::string& path, const std::string& probe,
+// `field` gives the value of one of the request's fields, or an empty text.
+inline ServerAnswer serverAnswer(const std::string& method, const std::string& path,
+                                 const std::function<std::string(const char*)>& field,
                                  const std::string& body) {
+  static std::atomic<int> visits = 0;
   if (path == "/page") return {.headers = {{"X-Content", "html"}}, .body = "hello"};
   if (path == "/empty") return {.status = 204};
   if (path == "/missing") return {.status = 404, .body = "not here"};
-  if (path == "/echo") return {.body = method + "|" + probe + "|" + body};
+  if (path == "/echo") return {.body = method + "|" + field("X-Probe") + "|" + body};
   if (path == "/moved") return {.status = 302, .headers = {{"Location", "/page"}}};
+  if (path == "/leaves") return {.status = 302, .headers = {{"Location", "ftp://server.example/page"}}};
+  if (path == "/kept")
+    return {.headers = {{"Set-Cookie", "a=b"}, {"Cache-Control", "max-age=3600"}},
+            .body = field("Cookie") + std::to_string(++visits)};
   if (path == "/circle") return {.status = 302, .headers = {{"Location", "/circle"}}};
   if (path == "/cut") return {.body = "half", .cutShort = true};
   if (path == "/never") return {.never = true};

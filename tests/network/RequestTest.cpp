@@ -25,17 +25,14 @@ class RequestTest : public test::HeadlessTest {
 TEST_F(RequestTest, BannerRequestOnTheAdServer) {
   registerKey("pub key");
   const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
-  EXPECT_EQ(
-      request.url.absoluteString(),
-      "https://ads.velto.example/sdk/v3/req?ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
+  EXPECT_EQ(request.url.query(), "ts=1704067200&k=pub%20key&test=0&at=banner&fsz=Smart%20Banner");
   EXPECT_EQ(request.httpMethod, "POST");
   EXPECT_EQ(request.allHTTPHeaderFields.value("Content-Type"), "application/json");
   EXPECT_EQ(request.allHTTPHeaderFields.value("user-agent"), VeltoDataStore::getUserAgent());
-  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos)
-      << *request.httpBody;
+  EXPECT_NE(request.httpBody->find("\n  \"ab\": \"org.example.host\""), std::string::npos);
 }
 
-TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
+TEST_F(RequestTest, EndpointTestModeMissingKeyAndServerNames) {
   const auto url = [](VeltoAdType type, VeltoBannerSize size) {
     const auto request = VeltoTaskRequest::requestFor(type, size, std::nullopt);
     return request ? request->url.absoluteString() : "none";
@@ -46,8 +43,16 @@ TEST_F(RequestTest, EndpointTestModeAndMissingKey) {
   VeltoFramework::setEndpoint("abc");
   EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize300x250),
             "https://abc.publishers.velto.example/sdk/?ts=1704067200&k=k&test=1&at=banner&fsz=300x250");
-  EXPECT_EQ(VeltoTaskRequest::requestForMediationItemData("x")->url.absoluteString(),
-            "https://ads.velto.example/dev/puressp.php");
+  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://ads.velto.example/dev/puressp.php");
+  const auto built = VeltoURL::serverNames();
+  VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
+  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
+  EXPECT_EQ(VeltoURL::veltoURL()->absoluteString(), "https://abc.pub.test/sdk/");
+  EXPECT_EQ(VeltoURL::serverNames().tracking, built.tracking);
+  VeltoURL::setServerNames({"no host", "x", "y"});
+  EXPECT_FALSE(VeltoURL::veltoSSPURL());
+  VeltoURL::setServerNames({});
+  EXPECT_EQ(VeltoURL::serverNames(), built);
   for (const auto* bad : {"a b", "a/b", "evil.example#", "x@y"}) {
     VeltoFramework::setEndpoint(bad);
     EXPECT_EQ(url(VeltoAdTypeBanner, VeltoBannerSize320x50), "none") << bad;
@@ -62,35 +67,40 @@ TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
   };
   EXPECT_EQ(query(0, VeltoBannerSizeInterstitial), "at=notvalid");
   EXPECT_EQ(query(3, 0), "none");
-  const char* const sizes[] = {"Smart%20Banner", "320x50", "728x90", "300x250"};
-  for (int64_t size = 0; size < 4; ++size)
-    EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + sizes[size]);
+  for (const auto& [size, word] : {std::pair(VeltoBannerSizeSmart, "Smart%20Banner"),
+                                   {VeltoBannerSize320x50, "320x50"},
+                                   {VeltoBannerSize728x90, "728x90"},
+                                   {VeltoBannerSize300x250, "300x250"}})
+    EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + word);
   for (const int64_t size : {int64_t{4}, int64_t{VeltoBannerSizeInterstitial}})
     EXPECT_EQ(query(1, size), "none");
 
-  const auto check = [&](int64_t VeltoSettings::*member, const char* key,
-                         const std::vector<std::string>& words) {
+  using Words = std::map<int64_t, std::string>;
+  const auto check = [&](int64_t VeltoSettings::*member, const char* key, const Words& words) {
     VeltoSettings settings;
-    for (const auto& word : words) {
-      settings.*member = &word - words.data();
-      EXPECT_EQ(body(settings)[key], JSON(word));
-    }
-    settings.*member += 1;
+    for (settings.*member = 0; words.contains(settings.*member); ++(settings.*member))
+      EXPECT_EQ(body(settings)[key], JSON(words.at(settings.*member)));
+    EXPECT_EQ(settings.*member, static_cast<int64_t>(words.size()));
     EXPECT_TRUE(body(settings).empty()) << key;
   };
-  check(&VeltoSettings::gender, "ogender", {"male", "female", "Other"});
-  check(&VeltoSettings::marital, "omarital", {"Single", "Living Common", "Married", "Divorced", "Widowed"});
+  check(&VeltoSettings::gender, "ogender",
+        {{VeltoGenderMale, "male"}, {VeltoGenderFemale, "female"}, {VeltoGenderOther, "Other"}});
+  check(&VeltoSettings::marital, "omarital",
+        {{VeltoMaritalSingle, "Single"},
+         {VeltoMaritalLivingCommon, "Living Common"},
+         {VeltoMaritalMarried, "Married"},
+         {VeltoMaritalDivorced, "Divorced"},
+         {VeltoMaritalWidowed, "Widowed"}});
 }
 
 TEST_F(RequestTest, OtherRequests) {
   const auto mediation = *VeltoTaskRequest::requestForMediationItemData("payload");
-  EXPECT_EQ(mediation.httpMethod, "POST");
-  EXPECT_EQ(mediation.httpBody, "payload");
+  EXPECT_EQ(mediation.httpMethod + " " + mediation.httpBody.value(), "POST payload");
   const auto download = *VeltoTaskRequest::requestForDownloadData("https://cdn.example/i.png");
   EXPECT_EQ(download.httpMethod, "GET");
   EXPECT_TRUE(download.allHTTPHeaderFields.fields().empty());
-  EXPECT_FALSE(VeltoTaskRequest::requestForDownloadData(std::nullopt));
-  EXPECT_FALSE(VeltoTaskRequest::requestForSecondaryMRAIDContent("not a url"));
+  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("not a url")})
+    EXPECT_FALSE(VeltoTaskRequest::requestForSecondaryMRAIDContent(none));
   const auto click = *VeltoTaskRequest::requestForTrackClick("a=b&c\r\n");
   EXPECT_EQ(click.url.absoluteString(), "https://track.velto.example/trk_click.php?id=a%3Db%26c%0D%0A");
   EXPECT_EQ(click.httpMethod, "GET");
@@ -98,50 +108,16 @@ TEST_F(RequestTest, OtherRequests) {
   EXPECT_EQ(VeltoTaskRequest::requestForTrackInstall("i")->url.path(), "/trk_install.php");
 }
 
-TEST_F(RequestTest, ServerNamesCanBeChangedWithAndWithoutPort) {
-  const auto built = VeltoURL::serverNames();
-  VeltoURL::setServerNames({"localhost:8443", "pub.test", ""});
-  registerKey();
-  VeltoFramework::setEndpoint("abc");
-  EXPECT_EQ(VeltoURL::veltoSSPURL()->absoluteString(), "https://localhost:8443/dev/puressp.php");
-  EXPECT_EQ(VeltoURL::veltoURL()->absoluteString(), "https://abc.pub.test/sdk/");
-  EXPECT_EQ(VeltoURL::serverNames().tracking, built.tracking);
-  VeltoURL::setServerNames({"no host", "x", "y"});
-  EXPECT_FALSE(VeltoURL::veltoSSPURL());
-  VeltoURL::setServerNames({});
-  EXPECT_EQ(VeltoURL::serverNames(), built);
-}
-
 TEST_F(RequestTest, BodyOfAFreshRegistration) {
   registerKey();
-  const JSON::Object expected{
-      {"sdkt", "native"},
-      {"sdkv", "4.0.10"},
-      {"mraid", 3},
-      {"omsdk", 1},
-      {"gadapt", 0},
-      {"aida", VeltoAdvertisingIdentifier::veltoIdentifier()},
-      {"aidl", "1"},
-      {"dmn", "Apple"},
-      {"dmo", "iPhone12,1"},
-      {"dmp", "iPhone"},
-      {"dos", "ios"},
-      {"dov", "16.4"},
-      {"dsw", 390},
-      {"dsh", 844},
-      {"dsd", 3},
-      {"dua", VeltoDataStore::getUserAgent()},
-      {"dln", "en-US"},
-      {"dct", "CARRIER"},
-      {"aln", "en"},
-      {"ab", "org.example.host"},
-      {"an", "Host"},
-      {"gz", "-0.0000"},
-      {"gdpr_opt", false},
-      {"gdpr_consent", ""},
-      {"gdpr_dc", false},
-      {"us_privacy", ""},
-  };
+  auto expected =
+      *readJSON(R"({"sdkt": "native", "sdkv": "4.0.10", "mraid": 3, "omsdk": 1, "gadapt": 0, "aidl": "1",
+      "dmn": "Apple", "dmo": "iPhone12,1", "dmp": "iPhone", "dos": "ios", "dov": "16.4", "dsw": 390, "dsh": 844,
+      "dsd": 3, "dln": "en-US", "dct": "CARRIER", "aln": "en", "ab": "org.example.host", "an": "Host",
+      "gz": "-0.0000", "gdpr_opt": false, "gdpr_consent": "", "gdpr_dc": false, "us_privacy": ""})")
+           ->object();
+  expected["aida"] = VeltoAdvertisingIdentifier::veltoIdentifier();
+  expected["dua"] = VeltoDataStore::getUserAgent();
   EXPECT_EQ(body(VeltoSettings{}), expected);
 }
 
@@ -154,45 +130,21 @@ TEST_F(RequestTest, BodyWithEverythingKnown) {
   platform->trackingManager().authorizationStatus = 3;
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob",
                                                    std::make_shared<VeltoAdMediationAdapterPassbackClass>());
-  VeltoSettings settings;
-  settings.yearOfBirth = 1990;
-  settings.age = 34;
-  settings.mediation = "hub";
-  settings.keywords = {"a", "b"};
+  const VeltoSettings settings{.yearOfBirth = 1990, .age = 34, .mediation = "hub", .keywords = {{"a", "b"}}};
   auto o = body(settings);
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
-  const JSON::Object expected{
-      {"gadapt", 1},
-      {"aid", *platform->identifierManager().identifier},
-      {"aidl", ""},
-      {"soc", "01"},
-      {"noc", "01"},
-      {"son", "Net"},
-      {"non", "Net"},
-      {"ncc", "262"},
-      {"scc", "262"},
-      {"geo", "52.500000,-13.400000"},
-      {"ga", 12.5},
-      {"gf", int64_t{1704067000000}},
-      {"mediator", "hub"},
-      {"okw", "a,b"},
-      {"oyob", 1990},
-      {"oage", 34},
-      {"gdpr_opt", true},
-      {"gdpr_dc", true},
-      {"gdpr_consent", "CO|x"},
-  };
-  for (const auto& [key, value] : expected) EXPECT_EQ(o[key], value) << key;
+  const auto expected =
+      readJSON(R"({"gadapt": 1, "aid": "6D92078A-8246-4BA4-AE5B-76104861E7DC", "aidl": "", "soc": "01",
+      "noc": "01", "son": "Net", "non": "Net", "ncc": "262", "scc": "262", "geo": "52.500000,-13.400000", "ga": 12.5,
+      "gf": 1704067000000, "mediator": "hub", "okw": "a,b", "oyob": 1990, "oage": 34, "gdpr_opt": true,
+      "gdpr_dc": true, "gdpr_consent": "CO|x"})");
+  for (const auto& [key, value] : *expected->object()) EXPECT_EQ(o[key], value) << key;
 }
 
 TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
-  registerKey();
   platform->telephony().carrier = CTCarrier{"Net", std::nullopt, std::nullopt};
   platform->location().lastKnown = CLLocation{1, 2, -1, 3};
-  VeltoSettings settings;
-  settings.age = 0;
-  settings.keywords = std::vector<std::string>{};
-  auto o = body(settings);
+  auto o = body(VeltoSettings{.age = 0, .keywords = std::vector<std::string>()});
   for (const auto* absent : {"soc", "noc", "ncc", "scc", "ga", "aid", "oage", "dctd"})
     EXPECT_FALSE(o.contains(absent)) << absent;
   for (const auto* present : {"son", "non", "geo", "gf", "gz"}) EXPECT_TRUE(o.contains(present)) << present;
@@ -204,32 +156,34 @@ TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
 }
 
 TEST_F(RequestTest, TimeZoneWordsKeepTheirQuirks) {
-  registerKey();
-  const std::vector<std::pair<int, std::string>> words{
-      {3600, "+1.0000"},  {19800, "+5.0000"},   {0, "-0.0000"},       {3599, "-0.0000"},
-      {-1800, "-0.0000"}, {-18000, "--5.0000"}, {-12600, "--3.0000"}, {50400, "+14.0000"}};
-  for (const auto& [seconds, word] : words) {
+  for (const auto& [seconds, word] : {std::pair(3600, "+1.0000"),
+                                      {19800, "+5.0000"},
+                                      {0, "-0.0000"},
+                                      {3599, "-0.0000"},
+                                      {-1800, "-0.0000"},
+                                      {-18000, "--5.0000"},
+                                      {-12600, "--3.0000"},
+                                      {50400, "+14.0000"}}) {
     platform->localTimeZone().seconds = seconds;
     EXPECT_EQ(body()["gz"], JSON(word)) << seconds;
   }
 }
 
 TEST_F(RequestTest, AMissingRequiredValueMakesNoRequest) {
-  registerKey();
-  platform->currentLocale().languages.clear();
-  EXPECT_TRUE(body().empty());
-  platform->currentLocale().languages = {"de"};
-  platform->mainBundle().information->erase("CFBundleName");
-  EXPECT_TRUE(body().empty());
-  platform->mainBundle().information = std::map<std::string, std::string>{{"CFBundleName", "A"}};
-  platform->mainBundle().identifier.reset();
-  EXPECT_TRUE(body().empty());
-  platform->mainBundle().identifier = "a";
-  EXPECT_FALSE(body().empty());
+  auto& bundle = platform->mainBundle();
+  const auto lacks = [&](auto& value, const char* key) {
+    EXPECT_TRUE(body().contains(key));
+    const auto kept = std::exchange(value, {});
+    EXPECT_TRUE(body().empty()) << key;
+    value = kept;
+  };
+  lacks(platform->currentLocale().languages, "dln");
+  lacks(*bundle.information, "an");
+  lacks(bundle.information, "an");
+  lacks(bundle.identifier, "ab");
 }
 
 TEST_F(RequestTest, ABodyThatIsNoTextIsLeftOutAndTheRequestGoesAsGET) {
-  registerKey();
   platform->device().facts.model = "\xff";
   const auto request = *VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt);
   EXPECT_EQ(request.httpMethod, "GET");
@@ -254,39 +208,33 @@ TEST_F(RequestTest, FingerprintAndAddresses) {
       {"en0", true, AddressFamily::Other, "x"},           {"en0", true, AddressFamily::IPv6, ""},
       {"en0", true, AddressFamily::IPv6, "fe80::1"},      {"en0", true, AddressFamily::IPv6, "fe80::2"}};
   EXPECT_EQ(VeltoDevice::ip(), "fe80::2");
-  platform->network().interfaces = {{"lo", true, AddressFamily::IPv4, "127.0.0.1"}};
-  EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
   platform->network().interfaces.reset();
+  EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
   EXPECT_TRUE(VeltoDevice::_getIPAddresses().empty());
 }
 
 TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
   auto& advertising = platform->trackingManager();
-  for (const int64_t status : {0, 1, 2}) {
+  for (const auto& [version, status, enabled, limited] : {std::tuple("16.4", 0, false, true),
+                                                          {"16.4", 1, false, true},
+                                                          {"16.4", 2, false, true},
+                                                          {"16.4", 3, false, false},
+                                                          {"13.7", 3, true, true},
+                                                          {"13.7", 0, false, false}}) {
+    platform->device().facts.systemVersion = version;
     advertising.authorizationStatus = status;
-    EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
+    advertising.trackingEnabled = enabled;
+    EXPECT_EQ(VeltoAdvertisingIdentifier::isTrackingLimited(), limited);
+    EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(),
+              limited ? std::nullopt : advertising.identifier);
   }
-  advertising.authorizationStatus = 3;
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
-  platform->device().facts.systemVersion = "13.7";
-  advertising.trackingEnabled = true;
-  EXPECT_TRUE(VeltoAdvertisingIdentifier::isTrackingLimited());
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), std::nullopt);
-  advertising.trackingEnabled = false;
-  EXPECT_EQ(VeltoAdvertisingIdentifier::advertisingIdentifier(), advertising.identifier);
 }
 
 TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
   using R = VeltoReachability;
-  const std::vector<std::pair<uint32_t, VeltoNetworkStatus>> table{{0, VeltoNetworkNotReachable},
-                                                                   {262144, VeltoNetworkNotReachable},
-                                                                   {2 | 262144, VeltoNetworkReachableViaWWAN},
-                                                                   {2, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4, VeltoNetworkNotReachable},
-                                                                   {2 | 4 | 8, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4 | 32, VeltoNetworkReachableViaWiFi},
-                                                                   {2 | 4 | 8 | 16, VeltoNetworkNotReachable},
-                                                                   {2 | 16, VeltoNetworkReachableViaWiFi}};
+  const std::pair<uint32_t, int> table[] = {{0, 0},          {262144, 0},         {2 | 262144, 2},
+                                            {2, 1},          {2 | 4, 0},          {2 | 4 | 8, 1},
+                                            {2 | 4 | 32, 1}, {2 | 4 | 8 | 16, 0}, {2 | 16, 1}};
   for (const auto& [flags, status] : table) EXPECT_EQ(R::networkStatusForFlags(flags), status) << flags;
 
   int posted = 0;

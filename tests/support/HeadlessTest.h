@@ -33,11 +33,7 @@ class HeadlessTest : public ::testing::Test {
     for (auto& field : more) answer.headers.push_back(std::move(field));
     return answer;
   }
-  static headless::Answer status(int code) {
-    headless::Answer answer;
-    answer.status = code;
-    return answer;
-  }
+  static headless::Answer status(int code) { return {.status = code}; }
 
   std::shared_ptr<headless::Platform> platform;
 };

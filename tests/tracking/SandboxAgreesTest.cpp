@@ -46,14 +46,12 @@ TEST_F(SandboxAgreesTest, OnTracks) {
 }
 
 TEST_F(SandboxAgreesTest, OnAdRequestsWhateverTheCarrier) {
-  registerKey();
-  for (const auto& carrier : {CTCarrier{"Net", "262", "01"}, CTCarrier{"Net", std::nullopt, "01"},
-                              CTCarrier{"Net", std::nullopt, std::nullopt}}) {
-    platform->telephony().carrier = carrier;
-    const auto request =
-        arrived(*VeltoTaskRequest::requestFor(VeltoAdTypeInterstitial, VeltoBannerSizeInterstitial, {}));
-    EXPECT_EQ(request.kind, Kind::Ad);
-    EXPECT_EQ(request.problems, Problems{});
+  using Text = std::optional<std::string>;
+  for (const auto& [country, network] :
+       {std::pair(Text("262"), Text("01")), {Text(), Text("01")}, {Text(), Text()}}) {
+    platform->telephony().carrier = CTCarrier{"Net", country, network};
+    const auto request = VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
+    EXPECT_EQ(arrived(request.value()).problems, Problems{});
   }
 }
 

@@ -208,9 +208,8 @@ TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
   EXPECT_TRUE(b->vc()->hasRefreshTimer());
   b->setRefreshTimeSeconds(INT64_MAX);
   b->load();
-  const auto before = requests();
   platform->advance(1h);
-  EXPECT_EQ(requests(), before) << "longer than any clock holds is never";
+  EXPECT_EQ(requests(), 4U) << "longer than any clock holds is never";
   b->setEnableAutoRefresh(false);
   b->load();
   EXPECT_FALSE(b->vc()->hasRefreshTimer());

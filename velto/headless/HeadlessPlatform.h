@@ -65,12 +65,11 @@ class Platform : public velto::Platform {
     ++backgroundWork_;
     queue_->postOffMain({}, std::move(work));
   }
-  size_t backgroundWork() const { return backgroundWork_; }  // how often it was asked for
+  // How often something was asked to be done in the background.
+  size_t backgroundWork() const { return backgroundWork_; }
 
  private:
   explicit Platform(std::shared_ptr<MemoryDefaults> defaults);
-
-  std::atomic<size_t> backgroundWork_ = 0;
 
   // Peers share the queue: they may outlive the platform.
   std::shared_ptr<VirtualQueue> queue_ = std::make_shared<VirtualQueue>();
@@ -94,6 +93,7 @@ class Platform : public velto::Platform {
   ScriptedViewSystem views_{queue_};
   ScriptedMedia media_{queue_};
   ScriptedAudioSession audioSession_{queue_};
+  std::atomic<size_t> backgroundWork_ = 0;
 };
 
 }  // namespace velto::headless

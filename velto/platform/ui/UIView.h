@@ -3,6 +3,7 @@
 #pragma once
 
 #include "velto/platform/Geometry.h"
+#include "velto/platform/Handle.h"
 #include "velto/platform/UIColor.h"
 #include "velto/platform/ViewPeer.h"
 #include "velto/platform/ui/NSLayoutConstraint.h"

@@ -13,6 +13,7 @@
 
 namespace velto {
 
+class PreparedWebContent;
 class WKWebView;
 
 enum class WKUserScriptInjectionTime { AtDocumentStart = 0, AtDocumentEnd = 1 };

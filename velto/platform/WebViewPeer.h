@@ -1,0 +1,48 @@
+// Supplied by the platform: the web engine behind a web view. As with all peers (ViewPeer.h), everything here is
+// called on the main thread and calls back on it.
+#pragma once
+
+#include "velto/platform/NSError.h"
+#include "velto/platform/ViewPeer.h"
+#include "velto/platform/foundation/JSON.h"
+#include "velto/platform/foundation/NSURL.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+struct WKUserScript;
+
+struct ScrollBehavior {
+  bool bounces = true;
+  bool scrollEnabled = true;
+  int contentInsetAdjustmentBehavior = 0;  // 2 never
+};
+
+// A web view. Reports navigations to WKWebView::peer…(), in the order in which the engine meets them.
+class WebViewPeer : public virtual ViewPeer {
+ public:
+  // Replaces the page. Without base URL the document has an origin of its own. Ends with
+  // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
+  virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
+
+  // A page may also send an address as a message to window.webkit.messageHandlers.veltoNavigation, where the
+  // platform offers that: it is reported like a navigation that a script began.
+
+  // One more script for the documents that are loaded from now on, once in each.
+  virtual void addUserScript(const WKUserScript& script) = 0;
+
+  // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion
+  // (may be empty) gets the value, or an error when the script threw, was no script, or the page went away.
+  // Must not lend the page a user gesture that it could act on.
+  virtual void evaluateJavaScript(
+      const std::string& script,
+      std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
+
+  virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
+  bool paintsContent() const override { return true; }
+};
+
+}  // namespace velto
