@@ -80,10 +80,9 @@ class GtkUnderTest : public PlatformUnderTest {
 
  private:
   void answer(const httplib::Request& request, httplib::Response& response) {
-    const auto answer =
-        serverAnswer(
-            request.method, request.path, [&](const char* name) { return request.get_header_value(name); },
-            request.body);
+    const auto answer = serverAnswer(
+        request.method, request.path, [&](const char* name) { return request.get_header_value(name); },
+        request.body);
     response.status = answer.status;
     for (const auto& [name, value] : answer.headers) response.set_header(name, value);
     if (answer.never) server_.waitForEnd();

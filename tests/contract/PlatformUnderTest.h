@@ -5,7 +5,7 @@
 #include "velto/platform/Geometry.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
-#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <gtest/gtest.h>

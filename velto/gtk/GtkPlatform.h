@@ -25,7 +25,7 @@
 #include "velto/gtk/views/Rotation.h"
 #include "velto/gtk/web/WebSession.h"
 #include "velto/platform/Platform.h"
-#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/WKWebsiteDataStore.h"
 
 #include <memory>

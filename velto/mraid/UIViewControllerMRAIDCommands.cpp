@@ -141,8 +141,8 @@ void UIViewControllerMRAIDSDKVelto::_setOrientationProperties(const VeltoMRAIDAc
   if (!property) return;
   handler.setOrientationProperty(std::move(property));
   const bool interstitial = handler.placementType == MRAIDPlacementType[MRAIDPlacementInterstitial];
-  const bool expandedInline =
-      handler.placementType == MRAIDPlacementType[MRAIDPlacementInline] && handler.state == MRAIDState[MRAIDStateExpanded];
+  const bool expandedInline = handler.placementType == MRAIDPlacementType[MRAIDPlacementInline] &&
+                              handler.state == MRAIDState[MRAIDStateExpanded];
   if ((interstitial || expandedInline) && handler.isViewable) forceOrientation(handler.orientation);
 }
 

@@ -1,32 +1,22 @@
-// Supplied by the platform: what stands behind each view on the screen. The view
-// tree, its layout and its animations are the library's own (platform/ui/); a
-// peer only puts one view where it is told and reports what a person does to it.
+// Supplied by the platform: what stands behind each view on the screen. The view tree, its layout and its
+// animations are the library's own (platform/ui/); a peer only puts one view where it is told and reports what
+// a person does to it. A web view's peer is in WebViewPeer.h, what makes them all in ViewSystem.h.
 //
-// Everything here is called on the main thread and calls back on it. A peer is
-// made with its view, owned by it, and dies with it; whatever it shows must be
-// gone from the screen by then. Frames are in the superview's coordinates.
+// Everything here is called on the main thread and calls back on it. A peer is made with its view, owned by
+// it, and dies with it; whatever it shows must be gone from the screen by then. Frames are in the superview's
+// coordinates.
 #pragma once
 
 #include "velto/platform/Geometry.h"
-#include "velto/platform/Handle.h"
-#include "velto/platform/NSError.h"
 #include "velto/platform/UIColor.h"
 #include "velto/platform/WindowSight.h"
-#include "velto/platform/foundation/JSON.h"
-#include "velto/platform/foundation/NSURL.h"
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace velto {
 
 class UIView;
-class WKWebView;
-struct WKUserScript;
-struct WKWebViewConfiguration;
 
 // Keys that mean something to what is presented over a window.
 enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow };
@@ -94,61 +84,6 @@ class ButtonPeer : public virtual ViewPeer {
  public:
   virtual void setLook(const ButtonLook& look) = 0;
   bool paintsContent() const override { return true; }
-};
-
-struct ScrollBehavior {
-  bool bounces = true;
-  bool scrollEnabled = true;
-  int contentInsetAdjustmentBehavior = 0;  // 2 never
-};
-
-// A web view. Reports navigations to WKWebView::peer…(), in the order in which the engine meets them.
-class WebViewPeer : public virtual ViewPeer {
- public:
-  // Replaces the page. Without base URL the document has an origin of its own. Ends with
-  // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
-  virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
-
-  // A page may also send an address as a message to window.webkit.messageHandlers.veltoNavigation, where the
-  // platform offers that: it is reported like a navigation that a script began.
-
-  // One more script for the documents that are loaded from now on, once in each.
-  virtual void addUserScript(const WKUserScript& script) = 0;
-
-  // Runs a statement in the main frame's page world. Statements run in the order of the calls. The completion
-  // (may be empty) gets the value, or an error when the script threw, was no script, or the page went away.
-  // Must not lend the page a user gesture that it could act on.
-  virtual void evaluateJavaScript(
-      const std::string& script,
-      std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
-
-  virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
-  bool paintsContent() const override { return true; }
-};
-
-// A web process held ready for the next web view: destroying
-// it lets the process go, unless a view took it over.
-class PreparedWebContent {
- public:
-  virtual ~PreparedWebContent() = default;
-};
-
-class ViewSystem {
- public:
-  virtual ~ViewSystem() = default;
-
-  virtual std::unique_ptr<ViewPeer> makeView() = 0;
-  virtual std::unique_ptr<ButtonPeer> makeButton() = 0;
-  // The configuration may name prepared content to use and
-  // a web view whose process to share; both are wishes.
-  virtual std::unique_ptr<WebViewPeer> makeWebView(const WKWebViewConfiguration& configuration) = 0;
-
-  // Starts what the first load of a web view would otherwise wait for, in the background; null where nothing
-  // is to be gained, also when a view made now could share the process of `replacing` (may be null).
-  virtual std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) = 0;
-
-  // Calls back once for every frame that the display shows, with monotonic seconds, until the handle goes.
-  virtual Handle displayLink(std::function<void(double seconds)> tick) = 0;
 };
 
 }  // namespace velto

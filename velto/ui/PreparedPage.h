@@ -3,7 +3,7 @@
 #pragma once
 
 #include "velto/platform/Platform.h"
-#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/ui/WKWebView.h"
 
 #include <memory>

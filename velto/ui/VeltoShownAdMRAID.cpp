@@ -61,7 +61,8 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
   if (!part) {
     preparedPage().drop();
     // Forced for nothing, but on a screen, where the page may force it without an expansion.
-    const bool isInPlace = mraidHandler_->state == MRAIDState[MRAIDStateDefault] && !controller_->endsWithItsExpansion();
+    const bool isInPlace =
+        mraidHandler_->state == MRAIDState[MRAIDStateDefault] && !controller_->endsWithItsExpansion();
     if (isInPlace) _restoreOriginalOrientation();
     return;
   }

@@ -2,6 +2,7 @@
 #include "velto/video/PlayerControls.h"
 
 #include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 // thread.
 #pragma once
 
-#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ViewSystem.h"
 
 #include <memory>
 

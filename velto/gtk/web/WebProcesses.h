@@ -3,7 +3,7 @@
 // fetched, and a view that replaces another shares its process. Main thread only.
 #pragma once
 
-#include "velto/platform/ViewPeer.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/foundation/GMemory.h"
 
 #include <sys/types.h>

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "velto/headless/web/RecordingWebView.h"
+#include "velto/platform/ViewSystem.h"
 
 #include <memory>
 #include <vector>

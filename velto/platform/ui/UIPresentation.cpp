@@ -3,6 +3,7 @@
 
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 
 #include <utility>
 

@@ -3,6 +3,7 @@
 
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/ui/LayoutSolver.h"
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/platform/ui/ViewChanges.h"

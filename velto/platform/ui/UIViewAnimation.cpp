@@ -6,6 +6,7 @@
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
+#include "velto/platform/ViewSystem.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,6 +2,7 @@
 #include "velto/platform/ui/UIVisualEffectView.h"
 
 #include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 
 namespace velto {
 namespace {

@@ -1,7 +1,8 @@
-// A web view: loads markup, runs statements in the page, tells
-// its delegate where the page wants to go. Main thread only.
+// A web view: loads markup, runs statements in the page, tells its delegate where the page wants to go. Main
+// thread only.
 #pragma once
 
+#include "velto/platform/WebViewPeer.h"
 #include "velto/platform/ui/UIView.h"
 
 #include <cstdint>
