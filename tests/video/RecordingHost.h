@@ -1,6 +1,7 @@
 // A controller with just the video and the volume mixin, which writes down what they tell.
 #pragma once
 
+#include "velto/core/VeltoInspector.h"
 #include "velto/video/AVAudioSDKVelto.h"
 #include "velto/video/AVVideoSDKVelto.h"
 
@@ -19,12 +20,31 @@ inline std::string shortText(float number) {
   return text;
 }
 
-class RecordingHost : public UIViewController, public AVVideoSDKVelto, public AVAudioSDKVelto {
+class RecordingHost : public UIViewController,
+                      public AVVideoSDKVelto,
+                      public AVAudioSDKVelto,
+                      public VeltoInspector {
  public:
-  ~RecordingHost() override { closeVideo(); }
+  RecordingHost() { VeltoInspector::install(this); }
+  ~RecordingHost() override {
+    closeVideo();
+    VeltoInspector::install(nullptr);
+  }
   void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override {
     told.push_back(keyPath + " " + shortText(newValue));
     lastContext = context;
+  }
+  void inspect(const std::string& event, JSON::Object details) override {
+    const auto number = [&](const char* name) {
+      return shortText(static_cast<float>(details.at(name).number().value()));
+    };
+    if (event == "statement" && details.at("text").string()->find("audioVolumeChange") != std::string::npos)
+      told.push_back("page");
+    if (event != "video") return;
+    if (details.contains("start"))
+      return told.push_back("start " + number("start") + " at " + number("volume"));
+    told.push_back(number("progress"));
+    if (onProgress) onProgress();
   }
   Lines told;
   const void* lastContext = nullptr;
@@ -32,18 +52,6 @@ class RecordingHost : public UIViewController, public AVVideoSDKVelto, public AV
 
  protected:
   UIViewController& viewController() override { return *this; }
-  void tellStart(AVPlayerViewController& screen, float duration, float volume) override {
-    told.push_back("start " + shortText(duration) + " at " + shortText(volume));
-    AVVideoSDKVelto::tellStart(screen, duration, volume);
-  }
-  void tellProgress(AVPlayerViewController& screen, float progress) override {
-    told.push_back(shortText(progress));
-    AVVideoSDKVelto::tellProgress(screen, progress);
-    if (onProgress) onProgress();
-  }
-  void tellPage(const std::shared_ptr<WKWebView>&, float volume) override {
-    told.push_back("page " + shortText(volume));
-  }
   void tellMeasurement(float volume) override { told.push_back("measurement " + shortText(volume)); }
 };
 

@@ -3,6 +3,7 @@
 
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/core/VeltoFramework.h"
+#include "velto/core/VeltoInspector.h"
 #include "velto/core/VeltoUtilities.h"
 #include "velto/measurement/OMIDVeltoAdEvents.h"
 #include "velto/measurement/OMIDVeltoAdSession.h"
@@ -138,11 +139,13 @@ void UIViewControllerOMSDKSDKVelto::impressionOMSDK() {
 }
 
 void UIViewControllerOMSDKSDKVelto::startPlaybackNativeVideoOMSDWith(float duration, float volume) {
+  inspect("video", [&] { return JSON::Object{{"start", double{duration}}, {"volume", double{volume}}}; });
   impressionOMSDK();
   if (mediaEvents_) mediaEvents_->startWithDuration(duration, volume);
 }
 
 void UIViewControllerOMSDKSDKVelto::signalPlaybackNativeVideoOMSDK(float progress) {
+  inspect("video", [&] { return JSON::Object{{"progress", double{progress}}}; });
   if (!mediaEvents_) return;
   const double played = progress;
   if (played >= 0.24 && played <= 0.26)

@@ -32,12 +32,8 @@ void AVAudioSDKVelto::stopAudioVolumeObserverForContext(const void*) {
 }
 
 void AVAudioSDKVelto::audioVolumeChange(float volume, const std::shared_ptr<WKWebView>& mraidWebView) {
-  if (mraidWebView) tellPage(mraidWebView, volume);
-  tellMeasurement(volume);
-}
-
-void AVAudioSDKVelto::tellPage(const std::shared_ptr<WKWebView>& mraidWebView, float volume) {
   UIViewControllerMRAIDSDKVelto::mraidAudioVolumeChange(mraidWebView, volume);
+  tellMeasurement(volume);
 }
 
 void AVAudioSDKVelto::activateAudioSession() {

@@ -29,8 +29,7 @@ class AVAudioSDKVelto {
 
  protected:
   virtual UIViewController& viewController() = 0;
-  // Whom a change is told: the page, and the measurement session of the controller.
-  virtual void tellPage(const std::shared_ptr<WKWebView>& mraidWebView, float volume);
+  // A change, for the measurement session of the controller.
   virtual void tellMeasurement(float volume) = 0;
 
   // A page is there that wants to hear: only now is it worth while to connect to the sound service.

@@ -52,7 +52,7 @@ void AVVideoSDKVelto::_startVideo() {
   player_->play();
   const CMTime duration = asset_ ? asset_->duration() : kCMTimeZero;
   const int64_t wholeSeconds = duration.timescale > 0 ? duration.value / duration.timescale : 0;
-  tellStart(*screen, static_cast<float>(wholeSeconds), player_->volume());
+  screen->startPlaybackNativeVideoOMSDWith(static_cast<float>(wholeSeconds), player_->volume());
   _addBoundaryTimeObserver();
 }
 
@@ -76,16 +76,8 @@ void AVVideoSDKVelto::_evaluateCurrentTime() {
   const float currentSeconds = player_ ? secondsOf(player_->currentTime()) : 0;
   const float durationSeconds = asset_ ? secondsOf(asset_->duration()) : 0;
   const float progress = currentSeconds / durationSeconds;
-  if (const auto screen = playerViewController_) tellProgress(*screen, progress);
+  if (const auto screen = playerViewController_) screen->signalPlaybackNativeVideoOMSDK(progress);
   if (progress >= complete) removeTimeObserver();
-}
-
-void AVVideoSDKVelto::tellStart(AVPlayerViewController& screen, float duration, float volume) {
-  screen.startPlaybackNativeVideoOMSDWith(duration, volume);
-}
-
-void AVVideoSDKVelto::tellProgress(AVPlayerViewController& screen, float progress) {
-  screen.signalPlaybackNativeVideoOMSDK(progress);
 }
 
 void AVVideoSDKVelto::playerViewController(AVPlayerViewController& screen,

@@ -35,9 +35,6 @@ class AVVideoSDKVelto : public AVPlayerViewControllerDelegate {
 
  protected:
   virtual UIViewController& viewController() = 0;
-  // What the video's measurement session hears.
-  virtual void tellStart(AVPlayerViewController& screen, float duration, float volume);
-  virtual void tellProgress(AVPlayerViewController& screen, float progress);
   // The ad goes, and a video that plays goes with it. To be called by the controller's destructor too.
   void closeVideo();
 
