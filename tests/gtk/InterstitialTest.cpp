@@ -1,14 +1,9 @@
 // Interstitials in a real window: whose the keyboard is, and what happens when the window goes.
 #include "velto/ads/VeltoAd.h"
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/ui/VeltoInterstitialViewController.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
-#include <gtest/gtest.h>
-
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
+#include "DisplayTest.h"
 
 namespace velto {
 namespace {
@@ -29,11 +24,9 @@ struct Delegate : VeltoInterstitialViewControllerDelegate {
   void onVeltoInterstitialDismissed(Controller&) override { heard.emplace_back("dismissed"); }
 };
 
-class GtkInterstitialTest : public testing::Test {
+class GtkInterstitialTest : public test::DisplayTest {
  protected:
   GtkInterstitialTest() {
-    gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.interstitial"});
     window = GTK_WINDOW(gtk_window_new());
     gtk_window_set_decorated(window, false);
     gtk_window_set_default_size(window, 480, 640);
@@ -53,25 +46,9 @@ class GtkInterstitialTest : public testing::Test {
     auto* left = window;
     g_clear_weak_pointer(&window);
     if (left) gtk_window_destroy(left);
-    gtk::uninstall();
   }
 
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
-  std::string id() const {
-    return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
-  }
-  static void xdotool(const std::string& words) {
-    int status = -1;
-    ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
-    ASSERT_EQ(status, 0) << words;
-  }
+  std::string id() const { return idOf(window); }
   // Gets a key through to the window, and everything that it does there done: the key that follows it, which
   // nobody uses, has come.
   void press(const std::string& key) {
@@ -158,12 +135,7 @@ TEST_F(GtkInterstitialTest, TheFocusReturnsToWhereItWas) {
   EXPECT_TRUE(heardLast("press"));
   press("Escape");
   EXPECT_TRUE(heardLast("dismissed"));
-  int frames = 0;
-  const auto count = [](GtkWidget*, GdkFrameClock*, gpointer counted) -> gboolean {
-    return ++*static_cast<int*>(counted) < 3;
-  };
-  gtk_widget_add_tick_callback(entry, count, &frames, nullptr);
-  EXPECT_TRUE(runUntil([&] { return frames == 3; }));
+  runFrames(entry);
   EXPECT_EQ(gtk_window_get_focus(window), before) << "and stays there";
   press("x");
   EXPECT_EQ(text(), "x");

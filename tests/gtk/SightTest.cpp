@@ -1,24 +1,16 @@
 // What a window of the toolkit knows of how the library's views are seen: the application's own widgets over
 // them, popovers, scrolled lists; and that a change is told.
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
-#include "velto/platform/ui/UIViewController.h"
 
-#include <gtest/gtest.h>
-
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
+#include "DisplayTest.h"
 
 namespace velto {
 namespace {
 
-class SightTest : public testing::Test {
+class SightTest : public test::DisplayTest {
  protected:
   SightTest() {
-    gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.sight"});
     window_ = GTK_WINDOW(gtk_window_new());
     gtk_window_set_decorated(window_, false);
     gtk_window_set_default_size(window_, 400, 300);
@@ -36,22 +28,9 @@ class SightTest : public testing::Test {
   }
   ~SightTest() override {
     watcher_.reset();
-    gtk::uninstall();
     gtk_window_destroy(window_);
   }
 
-  static void draw(GtkDrawingArea*, cairo_t* context, int, int, gpointer) {
-    cairo_set_source_rgb(context, 1, 0, 0);
-    cairo_paint(context);
-  }
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(10, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
   void watch(UIView& container) {
     container.addSubview(ad_);
     watcher_ = ViewabilityWatcher::watch([this] { return sightOf(ad_.get(), {}); }, [](const auto&) {});
@@ -73,15 +52,13 @@ class SightTest : public testing::Test {
 TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
   EXPECT_TRUE(sees(100, {}));
   auto* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);  // over everything, and empty but for its child
-  auto* painted = gtk_drawing_area_new();
-  gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(painted), draw, nullptr, nullptr);
-  gtk_widget_set_size_request(painted, 100, 300);
-  gtk_box_append(GTK_BOX(box), painted);
+  auto* bar = painted(100, 300, 1, 0, 0);
+  gtk_box_append(GTK_BOX(box), bar);
   gtk_overlay_add_overlay(GTK_OVERLAY(gtk_window_get_child(window_)), box);
   EXPECT_TRUE(sees(75, {"obstructed"})) << watcher_->latest().percentageInView;
-  gtk_widget_set_opacity(painted, 0);
+  gtk_widget_set_opacity(bar, 0);
   EXPECT_TRUE(sees(100, {})) << watcher_->latest().percentageInView;
-  gtk_widget_set_opacity(painted, 1);
+  gtk_widget_set_opacity(bar, 1);
   gtk_widget_set_margin_start(box, 360);
   EXPECT_TRUE(sees(90, {"obstructed"})) << watcher_->latest().percentageInView;
   gtk_widget_set_visible(box, FALSE);
@@ -92,12 +69,7 @@ TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
 
 TEST_F(SightTest, AWindowOverTheEdgeOfTheScreenIsCutThere) {
   EXPECT_TRUE(sees(100, {}));
-  auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
-  const auto moveTo = [&](int x) {
-    const auto line = "xdotool windowmove " + std::to_string(gdk_x11_surface_get_xid(surface)) + " " +
-                      std::to_string(x) + " 0";
-    ASSERT_TRUE(g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr)) << line;
-  };
+  const auto moveTo = [&](int x) { xdotool("windowmove " + idOf(window_) + " " + std::to_string(x) + " 0"); };
   moveTo(-100);
   EXPECT_TRUE(sees(75, {"viewport"})) << watcher_->latest().percentageInView;
   moveTo(0);
