@@ -191,6 +191,10 @@ Stage::Stage() {
   row = 0;
   for (const auto& c : Interstitials::cases())
     addButton(buttons, 1, row++, c.label, [this, &c] { interstitials_->open(c.name); });
+  addButton(buttons, 1, row, "A slot, a dialog, a toast", [this] {
+    covered_ = std::make_unique<CoveredPage>();
+    covered_->showDialog(true);
+  });
   g_object_unref(builder);
 
   GtkCssProvider* css = gtk_css_provider_new();

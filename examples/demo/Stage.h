@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "CoveredPage.h"
 #include "Interstitials.h"
 
 namespace demo {
@@ -77,6 +78,7 @@ class Stage {
   std::shared_ptr<velto::UIViewController> host_;
   std::map<Place, std::shared_ptr<Banner>> banners_;
   std::unique_ptr<Interstitials> interstitials_;
+  std::unique_ptr<CoveredPage> covered_;  // while somebody looks at it
   std::vector<Event> events_;
   std::shared_ptr<Stage*> self_ = std::make_shared<Stage*>(this);  // expires with the stage
   const gint64 start_ = g_get_monotonic_time();

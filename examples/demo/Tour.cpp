@@ -39,6 +39,7 @@ std::vector<std::string> Tour::run() {
   fail();
   showInterstitials();
   showRichMedia();
+  coverSlot();
   return missing_;
 }
 

@@ -44,6 +44,8 @@ class Tour {
   void measure();
   void film();
 
+  void coverSlot();  // TourCovered.cpp
+
   // TourInterstitials.cpp
   void showInterstitials();
   void countdown();

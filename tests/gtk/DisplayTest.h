@@ -1,18 +1,14 @@
-// What tests with a window of their own share: running the loop until something holds, a hand, a camera.
+// What tests of widgets share: the toolkit's complaints are failures, frames can be waited for, a camera.
 #pragma once
 
 #include "velto/gtk/VeltoGtk.h"
-#include "velto/platform/ui/UIViewController.h"
 
 #include <gtest/gtest.h>
 
-// clang-format off: the X headers define words like Success as macros, so they come last
-#include <gdk/x11/gdkx.h>
-// clang-format on
-
-#include <functional>
 #include <string>
 #include <vector>
+
+#include "../support/AdWindow.h"
 
 namespace velto::test {
 
@@ -26,14 +22,6 @@ class DisplayTest : public testing::Test {
   }
   ~DisplayTest() override { gtk::uninstall(); }
 
-  static bool runUntil(const std::function<bool()>& condition) {
-    bool expired = false;
-    const auto expire = [](gpointer flag) -> gboolean { return *static_cast<bool*>(flag) = true; };
-    const guint deadline = g_timeout_add_seconds(20, expire, &expired);
-    while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(deadline);
-    return condition();
-  }
   // Lets what was asked for come to the screen.
   static void runFrames(GtkWidget* widget, int count = 3) {
     int left = count;
@@ -42,14 +30,6 @@ class DisplayTest : public testing::Test {
     };
     gtk_widget_add_tick_callback(widget, tick, &left, nullptr);
     ASSERT_TRUE(runUntil([&] { return left <= 0; }));
-  }
-  static std::string idOf(GtkWindow* window) {
-    return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
-  }
-  static void xdotool(const std::string& words) {
-    int status = -1;
-    ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
-    ASSERT_EQ(status, 0) << words;
   }
   // A widget of one colour and at least that size.
   static GtkWidget* painted(int width, int height, double red, double green, double blue) {

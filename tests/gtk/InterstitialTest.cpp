@@ -3,7 +3,7 @@
 #include "velto/ui/VeltoInterstitialViewController.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
-#include "../support/AdWindow.h"
+#include "DisplayTest.h"
 
 namespace velto::test {
 namespace {
@@ -24,11 +24,9 @@ struct Delegate : VeltoInterstitialViewControllerDelegate {
   void onVeltoInterstitialDismissed(Controller&) override { heard.emplace_back("dismissed"); }
 };
 
-class GtkInterstitialTest : public testing::Test {
+class GtkInterstitialTest : public DisplayTest {
  protected:
   GtkInterstitialTest() {
-    gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.interstitial"});
     entry = gtk_entry_new();
     gtk_widget_set_valign(entry, GTK_ALIGN_CENTER);
     window = newWindow(480, 640, entry);
@@ -43,7 +41,6 @@ class GtkInterstitialTest : public testing::Test {
     auto* left = window;
     g_clear_weak_pointer(&window);
     if (left) gtk_window_destroy(left);
-    gtk::uninstall();
   }
 
   // Gets a key through to the window, and everything that it does there done: the key that follows it, which
@@ -134,12 +131,7 @@ TEST_F(GtkInterstitialTest, TheFocusReturnsToWhereItWas) {
   EXPECT_TRUE(heardLast("press"));
   press("Escape");
   EXPECT_TRUE(heardLast("dismissed"));
-  int frames = 0;
-  const auto count = [](GtkWidget*, GdkFrameClock*, gpointer counted) -> gboolean {
-    return ++*static_cast<int*>(counted) < 3;
-  };
-  gtk_widget_add_tick_callback(entry, count, &frames, nullptr);
-  EXPECT_TRUE(runUntil([&] { return frames == 3; }));
+  runFrames(entry);
   EXPECT_EQ(gtk_window_get_focus(window), before) << "and stays there";
   press("x");
   EXPECT_EQ(text(), "x");

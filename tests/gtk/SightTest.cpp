@@ -3,16 +3,14 @@
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
 
-#include "../support/AdWindow.h"
+#include "DisplayTest.h"
 
 namespace velto::test {
 namespace {
 
-class SightTest : public testing::Test {
+class SightTest : public DisplayTest {
  protected:
   SightTest() {
-    gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.sight"});
     list_ = gtk_scrolled_window_new();
     place_ = gtk_drawing_area_new();
     gtk_widget_set_size_request(place_, 400, 900);
@@ -25,14 +23,9 @@ class SightTest : public testing::Test {
   }
   ~SightTest() override {
     watcher_.reset();
-    gtk::uninstall();
     gtk_window_destroy(window_);
   }
 
-  static void draw(GtkDrawingArea*, cairo_t* context, int, int, gpointer) {
-    cairo_set_source_rgb(context, 1, 0, 0);
-    cairo_paint(context);
-  }
   void watch(UIView& container) {
     container.addSubview(ad_);
     watcher_ = ViewabilityWatcher::watch([this] { return sightOf(ad_.get(), {}); }, [](const auto&) {});
@@ -54,15 +47,13 @@ class SightTest : public testing::Test {
 TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaint) {
   EXPECT_TRUE(sees(100, {}));
   auto* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);  // over everything, and empty but for its child
-  auto* painted = gtk_drawing_area_new();
-  gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(painted), draw, nullptr, nullptr);
-  gtk_widget_set_size_request(painted, 100, 300);
-  gtk_box_append(GTK_BOX(box), painted);
+  auto* bar = painted(100, 300, 1, 0, 0);
+  gtk_box_append(GTK_BOX(box), bar);
   gtk_overlay_add_overlay(GTK_OVERLAY(gtk_window_get_child(window_)), box);
   EXPECT_TRUE(sees(75, {"obstructed"})) << watcher_->latest().percentageInView;
-  gtk_widget_set_opacity(painted, 0);
+  gtk_widget_set_opacity(bar, 0);
   EXPECT_TRUE(sees(100, {})) << watcher_->latest().percentageInView;
-  gtk_widget_set_opacity(painted, 1);
+  gtk_widget_set_opacity(bar, 1);
   gtk_widget_set_margin_start(box, 360);
   EXPECT_TRUE(sees(90, {"obstructed"})) << watcher_->latest().percentageInView;
   gtk_widget_set_visible(box, FALSE);

@@ -12,7 +12,7 @@
 
 #include "DisplayTest.h"
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 constexpr uint32_t red = 0xff0000;
@@ -345,4 +345,4 @@ TEST_F(SlotTest, TheFocusGoesThroughThePageAndOutAgain) {
 }
 
 }  // namespace
-}  // namespace velto
+}  // namespace velto::test

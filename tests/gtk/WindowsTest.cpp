@@ -9,7 +9,7 @@
 
 #include "DisplayTest.h"
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 constexpr char fromTemplate[] = R"(
@@ -157,4 +157,4 @@ TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {
 }
 
 }  // namespace
-}  // namespace velto
+}  // namespace velto::test

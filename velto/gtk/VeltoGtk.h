@@ -4,8 +4,7 @@
 //
 //   velto::gtk::install({.applicationIdentifier = "org.example.player"});
 //   velto::VeltoFramework::addVeltoKey("your-key");
-//   GtkWidget* slot = velto::gtk::adSlot();  // put into the window like any widget
-//   auto controller = velto::gtk::hostViewController(slot);
+//   auto controller = velto::gtk::hostViewController(velto::gtk::adSlot());
 //
 // The library uses a web session of its own: the application's web views, cookies and caches are never
 // touched, nor is its main loop: the library only adds sources to the default main context.
@@ -66,12 +65,11 @@ void install(Options options);
 // Ends everything the library does in this process. Banners that still exist become inert.
 void uninstall();
 
-// A widget that an ad stands in, as any other widget among the application's own: what lies over it covers
-// the ad, what it is in clips, scrolls and transforms it, and the focus goes through it in its turn. It asks
-// for the size of its ad; a narrower one shows the ad smaller, down to two fifths. It may move to other
-// parents, with the ad as it is. An ad that needs more room for a time (expanded, resized beyond the slot)
-// leaves it for a layer over the window's content and comes back. Returned as new widgets are, with a
-// floating reference; it may be made before install().
+// A widget that an ad stands in, like any other of the application's: what lies over it covers the ad, and
+// what it is in clips, scrolls and transforms it. It asks for the size of its ad; a narrower one shows the ad
+// smaller, down to two fifths. It may move to other parents, with the ad as it is. An ad that needs more room
+// for a time (expanded, resized beyond the slot) leaves it for a layer over the window's content and comes
+// back. Returned with a floating reference, as new widgets are; it may be made before install().
 struct SlotOptions {
   // What is kept free while there is no ad, such as {320, 50}; nothing: the slot is as small as can be.
   std::optional<CGSize> room = {};
@@ -79,13 +77,11 @@ struct SlotOptions {
 GtkWidget* adSlot(const SlotOptions& options = {});
 
 // The view controller that stands for a slot, or for a window: give it as the delegate's
-// presentViewController. With a slot's, banners stand in the slot at their position; presented screens cover
-// its window. With a window's, banners float over its content. One for each, kept until that is destroyed.
-//
-// Between a window and its content the library puts a GtkOverlay, once, whatever the content is later; that
-// of AdwWindow and AdwApplicationWindow is their "content", of others their "child". A slot's window gets it
-// as soon as the slot is in it. Throws std::invalid_argument for a window that cannot be wrapped, which stays
-// as it is, and for other widgets.
+// presentViewController. With a slot's, banners stand in the slot; with a window's, they float over its
+// content. Screens cover all of the window. One for each, kept until that is destroyed. Between a window and
+// its content the library puts a GtkOverlay, once, whatever the content is later; that of AdwWindow and
+// AdwApplicationWindow is their "content", of others their "child". Throws std::invalid_argument for a window
+// that cannot be wrapped, which stays as it is, and for other widgets.
 std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
 std::shared_ptr<UIViewController> hostViewController(GtkWidget* slotOrWindow);
 

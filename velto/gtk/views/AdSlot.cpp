@@ -193,19 +193,26 @@ gboolean AdSlot::joinLater(gpointer data) noexcept {
   auto& self = *static_cast<AdSlot*>(data);
   self.joining_ = 0;
   try {
-    self.join();
+    self.join(true);
   } catch (const std::invalid_argument& error) {
     g_warning("an ad slot stays empty: %s", error.what());
   }
   return G_SOURCE_REMOVE;
 }
 
-void AdSlot::join() {
+// A window on the screen may be in the middle of its layout, as it is when a list makes a row.
+void AdSlot::joinNow() {
+  auto* root = gtk_widget_get_root(widget_);
+  join(!root || !gtk_widget_get_realized(GTK_WIDGET(root)));
+}
+
+void AdSlot::join(bool wraps) {
   auto* root = gtk_widget_get_root(widget_);
   HostWindow* host = nullptr;
   if (GTK_IS_WINDOW(root)) {
     host = HostWindow::of(GTK_WINDOW(root));
-    if (!host) host = &HostWindow::make(GTK_WINDOW(root));
+    if (!host && wraps) host = &HostWindow::make(GTK_WINDOW(root));
+    if (!host) return;
   }
   if (host == host_) return;
   leave();

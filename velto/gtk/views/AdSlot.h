@@ -44,8 +44,9 @@ class AdSlot {
   ~AdSlot();
 
   const std::shared_ptr<UIViewController>& controller() const { return controller_; }
-  // Joins the window that the widget is in now. Throws as HostWindow::make() does.
-  void join();
+  // Joins the window that the widget is in, if that can be done at once; else a moment later. Throws as
+  // HostWindow::make() does.
+  void joinNow();
 
   // By the host window: puts the view where the widget is now; says that the window goes.
   void follow();
@@ -68,6 +69,7 @@ class AdSlot {
   static void rootChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept;
   static gboolean joinLater(gpointer self) noexcept;
 
+  void join(bool wraps);
   double scaleFor(int width) const;
   CGRect frameIn(const CGRect& slot, CGSize window) const;
   void leave();

@@ -320,7 +320,7 @@ std::shared_ptr<UIViewController> hostViewController(GtkWidget* widget) {
   if (GTK_IS_WINDOW(widget)) return hostViewController(GTK_WINDOW(widget));
   auto* slot = GTK_IS_WIDGET(widget) ? AdSlot::of(widget) : nullptr;
   if (!slot) throw std::invalid_argument("hostViewController: neither a window nor an ad slot");
-  slot->join();
+  slot->joinNow();
   return slot->controller();
 }
 
