@@ -181,7 +181,7 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   platform->advance(1s);
   EXPECT_EQ(frameInWindow(*host().webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100);
-  page().navigate("mraid://close");
+  button()->sendTouchUpInside();
   platform->advance(1s);
   if (isBanner()) {
     EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
@@ -202,6 +202,9 @@ TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
   play(*platform->webViews()[1], "<p>two</p>");
   EXPECT_EQ(host().ad()->ordId, "O1");
   EXPECT_EQ(std::count(heard().begin(), heard().end(), "finish"), 1) << "nor is its load the ad's";
+  headless::RecordingWebView::of(*host().webView()).navigate("mraid://resize");
+  platform->webViews()[1]->navigate("mraid://close");
+  EXPECT_EQ(platform->webViews().size(), 1U) << "it goes whatever the first page has asked for meanwhile";
 }
 
 TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {

@@ -21,6 +21,9 @@ class VeltoAd;
 class VeltoAdMediationRootViewControllerUser {
  public:
   virtual ~VeltoAdMediationRootViewControllerUser() = default;
+  // The controller to present the network's screens from. An interstitial's comes when it is the ad's turn: an
+  // adapter that has presented nothing from it, nor put a view into it, ten seconds later has nothing to show,
+  // and the interstitial closes.
   virtual void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) = 0;
 };
 

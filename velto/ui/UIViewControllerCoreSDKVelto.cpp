@@ -49,6 +49,7 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
                                               const std::optional<VeltoErrorAd>& error,
                                               const VeltoControllerDelegate& delegate, bool notifyFailure) {
   notifiesFailure_ = notifyFailure;
+  if (error) fetchFailed();
   if (error && notifyFailure) return notifyDidFail(delegate, error);
 
   const auto sourceType = ad ? ad->sourceType : VeltoAdSourceMarkup;

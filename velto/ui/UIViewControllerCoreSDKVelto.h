@@ -70,6 +70,8 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
 
  protected:
   virtual UIViewController& viewController() = 0;
+  // An answer brought nothing to show.
+  virtual void fetchFailed() {}
   // Of the answer that is being dispatched: whether the host asked for it and hears of its failure. A refresh
   // fails silently.
   bool notifiesFailure() const { return notifiesFailure_; }

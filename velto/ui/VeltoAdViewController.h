@@ -92,6 +92,9 @@ class VeltoAdViewController : public UIViewController,
     return shown_->createWKWebViewInstance(std::move(delegate));
   }
   virtual VeltoControllerDelegate delegate() const = 0;
+  void fetchFailed() override {
+    if (!isFetching()) preparedPage_.drop();
+  }
 
   // The host's view controller, taps, and what is observed from the start; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);

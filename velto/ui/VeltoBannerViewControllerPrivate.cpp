@@ -26,6 +26,7 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
 }
 
 VeltoBannerViewControllerPrivate::~VeltoBannerViewControllerPrivate() {
+  adapterReadyObserver_.cancel();
   _invalidateBanner();
 }
 

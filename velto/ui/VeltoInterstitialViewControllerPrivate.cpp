@@ -42,6 +42,8 @@ VeltoInterstitialViewControllerPrivate::initWithDelegate(
 }
 
 VeltoInterstitialViewControllerPrivate::~VeltoInterstitialViewControllerPrivate() {
+  adapterReadyObserver_.cancel();
+  adapterErrorObserver_.cancel();
   _invalidateBanner();
 }
 
@@ -102,16 +104,17 @@ void VeltoInterstitialViewControllerPrivate::takeWaitingAd() {
 
 void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<VeltoAd>& ad,
                                                          bool withWebView) {
+  isReady_ = false;
   const auto replaced = letGo();  // one that was ready and never shown; its process may be taken over
   if (replaced) _removeAllWebViews(replaced);
   timerClose_.reset();
   startAudioVolumeObserverForContext(&audioContext_);
-  isReady_ = true;
   timerValue_ = ad->timer ? std::optional(static_cast<float>(*ad->timer)) : std::nullopt;
   shown_ = VeltoShownAd::shownBy(*this, ad);
   shown_->takeHandler();
   _addBannerInView(withWebView, ad->size);
   if (!withWebView) shown_->takeAdapter();
+  isReady_ = true;  // not before: who observes what was posted meanwhile may ask for it to be shown
   const auto alive = self();
   notifyDidFinishLoad(delegate());
   if (autoShow_) show();
@@ -140,7 +143,7 @@ void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
 // --- show
 
 void VeltoInterstitialViewControllerPrivate::show() {
-  if (!isReady_ || isOnScreen()) return;
+  if (!isReady_ || abandoned_ || isOnScreen()) return;
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
@@ -165,14 +168,14 @@ bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
   _updateInterfaceOrientation();
   setTransitioningDelegate(std::shared_ptr<UIViewControllerTransitioningDelegate>(self(), this));
   setModalPresentationStyle(UIModalPresentationCustom);
-  vc->presentViewController(self(), true, [weak = std::weak_ptr(self())] {
-    if (const auto alive = weak.lock()) alive->presented();
+  vc->presentViewController(self(), true, [weak = std::weak_ptr(self()), ad = std::weak_ptr(shown_)] {
+    const auto alive = weak.lock();
+    if (alive && !ad.expired() && alive->shown_ == ad.lock()) alive->presented();
   });
   return true;
 }
 
 void VeltoInterstitialViewControllerPrivate::presented() {
-  if (!isReady_) return;  // closed before it was there
   if (!view()->isInWindow()) {
     // It stays, and is seen when the window comes back: then it must be possible to close it.
     if (presentingViewController()) startCounterSoon();
@@ -287,6 +290,14 @@ std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMR
 
 // --- close
 
+// Also with its window, which asks nobody.
+void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool animated) {
+  VeltoAdViewController::viewWillDisappear(animated);
+  Platform::current().mainQueue().post([weak = std::weak_ptr(self())] {
+    if (const auto alive = weak.lock()) alive->takeWaitingAd();
+  });
+}
+
 bool VeltoInterstitialViewControllerPrivate::accessibilityPerformEscape() {
   const auto button = veltoCloseButton();
   if (button) button->sendTouchUpInside();
@@ -317,6 +328,7 @@ std::shared_ptr<VeltoShownAd> VeltoInterstitialViewControllerPrivate::_invalidat
   isReady_ = false;
   timerClose_.reset();
   finishOMSDKSession();
+  if (!isFetching()) preparedPage().drop();  // no web process stays without an ad
   return letGo();
 }
 
@@ -334,10 +346,16 @@ void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterst
   if (adapter && adapter->rootViewControllerUser() && ad() && ad()->adapter == adapter) shown_->takeAdapter();
 }
 
-// Nothing of the network's comes over this screen, which can be closed as any other.
+// Nothing of the network's comes over this screen, which can be closed as any other. An ad that waits for its
+// turn has failed.
 void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialError(
     const NSNotification& notification) {
-  if (ownAdapterIn(notification) && shown_) shown_->dropAdapter();
+  const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
+  if (!adapter) return;
+  if (ad() && ad()->adapter == adapter) shown_->dropAdapter();
+  if (!waitingAd_ || waitingAd_->adapter != adapter) return;
+  waitingAd_.reset();
+  notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
 }
 
 }  // namespace velto

@@ -50,6 +50,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void closeButtonRemoved() override;
 
   // The ways out.
+  void viewWillDisappear(bool animated) override;
   void _tapCloseButton() { leave(); }
   bool accessibilityPerformEscape() override;
   void dismissInterstitialViewController(bool animated);

@@ -7,7 +7,19 @@
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoAdViewController.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace velto {
+namespace {
+
+// The ads that have turned the device, in the order in which they first did. Each leaves with its end.
+struct ForcingAds {
+  std::vector<VeltoShownAd*> ads;
+};
+
+}  // namespace
 
 std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& controller,
                                                     std::shared_ptr<VeltoAd> ad) {
@@ -22,6 +34,7 @@ void VeltoShownAd::end() {
   if (!controller_) return;
   if (forcedOrientation_ != 0) _restoreOriginalOrientation();
   controller_ = nullptr;
+  life_.reset();
   for (const auto& page : {webView_, secondaryMRAIDWebView_})
     if (page) page->setNavigationDelegate({});
   ad_.reset();
@@ -129,16 +142,28 @@ void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
   if (forcedOrientation_ == 0 || orientation != forcedOrientation_) originalOrientation_ = orientation;
 }
 
+// An ad that has forced the device since then stays with its wish, and has what was there before both to go
+// back to.
 void VeltoShownAd::_restoreOriginalOrientation() {
   forcedOrientation_ = 0;
-  if (!originalOrientation_ || !Platform::currentOrNull()) return;
-  UIViewControllerUISDKVelto::setOrientation(*originalOrientation_, false);
-  originalOrientation_.reset();
+  const auto original = std::exchange(originalOrientation_, std::nullopt);
+  if (!Platform::currentOrNull()) return;
+  auto& forcing = Platform::shared<ForcingAds>()->ads;
+  const auto own = std::find(forcing.begin(), forcing.end(), this);
+  auto* later = own == forcing.end() || own + 1 == forcing.end() ? nullptr : own[1];
+  if (own != forcing.end()) forcing.erase(own);
+  if (!original) return;
+  if (later)
+    later->originalOrientation_ = original;
+  else
+    UIViewControllerUISDKVelto::setOrientation(*original, false);
 }
 
 void VeltoShownAd::forceOrientation(int64_t orientation) {
   UIViewControllerMRAIDSDKVelto::forceOrientation(orientation);
-  if (orientation != 0) forcedOrientation_ = orientation;
+  if (orientation == 0 || !controller_) return;
+  if (forcedOrientation_ == 0) Platform::shared<ForcingAds>()->ads.push_back(this);
+  forcedOrientation_ = orientation;
 }
 
 }  // namespace velto

@@ -30,6 +30,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
                            public VeltoAdMediationAdapterDelegate {
  public:
   using WebView = std::shared_ptr<WKWebView>;
+  using UIViewControllerWKWebViewSDKVelto::webView;
 
   // The ad may be null: a place that stays empty.
   static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& controller,
@@ -52,7 +53,6 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
 
   const std::shared_ptr<VeltoAd>& ad() const { return ad_; }
   const WebView& webView() const { return webView_; }
-  const WebView& secondaryMRAIDWebView() const { return secondaryMRAIDWebView_; }
   // The second part of an expanded page while there is one, else the main page.
   WebView activeWebView() const { return getActiveWebView(webView_, secondaryMRAIDWebView_); }
   const std::shared_ptr<VeltoAdMediationCoreAdapterProtocol>& adapter() const { return adapter_; }
@@ -97,7 +97,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
       : controller_(&controller), ad_(std::move(ad)) {}
   UIViewController& viewController() override;
   PreparedPage& preparedPage() override;
-  std::weak_ptr<void> lifetime() override { return weak_from_this(); }
+  std::weak_ptr<void> lifetime() override { return life_; }
   void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
   void forceOrientation(int64_t orientation) override;
   void _setMRAIDAsReady(const WebView& webView);
@@ -106,7 +106,8 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   // What a button of this ad does: nothing once the ad has ended.
   std::function<void()> action(void (VeltoShownAd::*tapped)());
 
-  VeltoAdViewController* controller_;  // null once it has ended
+  VeltoAdViewController* controller_;                      // null once it has ended
+  std::shared_ptr<void> life_ = std::make_shared<char>();  // likewise
   std::shared_ptr<VeltoAd> ad_;
   WebView webView_;
   WebView secondaryMRAIDWebView_;  // of a two-part expand

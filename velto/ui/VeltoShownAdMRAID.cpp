@@ -73,8 +73,10 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
                                      action(&VeltoShownAd::_tapCloseButtonExpand), mraidHandler_);
   if (button)
     veltoCloseButton_ = button;
-  else if (veltoCloseButton_)
+  else if (veltoCloseButton_ && veltoCloseButton_->superview() == controller_->view().get())
     controller_->view()->addSubview(veltoCloseButton_);  // to the front: a person must be able to leave
+  else
+    veltoMRAIDRemoveCloseCustomButton();  // of a page that lies below now
 }
 
 void VeltoShownAd::veltoMRAIDCloseExpand() {
@@ -96,6 +98,7 @@ void VeltoShownAd::_tapCloseButtonExpand() {
   }
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
   after(aTenth, [this] {
+    if (mraidHandler_ && mraidHandler_->state != MRAIDState[MRAIDStateExpanded]) return;  // closed meanwhile
     removeSecondMRAIDWebView();  // or it would lie over the ad for ever
     mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
     _restoreOriginalOrientation();
@@ -119,6 +122,7 @@ void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResi
   controller_->_resizeActionInMainWebView(VeltoAdViewController::Resize, frame.size,
                                           offsetCounts ? frame.origin : CGPoint{});
   after(aTenth, [this, btnCloseConfiguration] {
+    if (secondaryMRAIDWebView_) return;   // which covers everything by now
     veltoMRAIDRemoveCloseCustomButton();  // of a resize just before
     veltoCloseButton_ = controller_->addCloseButtonInView(
         webView_, btnCloseConfiguration, action(&VeltoShownAd::_tapCloseButtonResize), std::nullopt);

@@ -119,6 +119,8 @@ void UIPresentation::presenterGone() {
   }
   presented_->presenting_ = nullptr;
   presenter_ = nullptr;
+  animator_.reset();
+  presented_->view()->setAnimation({});  // which may be on its way still
   presented_->view()->removeFromSuperview();
   cover_->peer().setModal(false);
   cover_->removeFromSuperview();

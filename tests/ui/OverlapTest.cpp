@@ -1,0 +1,179 @@
+// Two things at once: each case is a moment in which something ends or begins while something else is half done.
+#include "UITest.h"
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using Heard = std::vector<std::string>;
+
+class OverlapTest : public test::UITest {
+ protected:
+  OverlapTest() { full->host = window->controller(); }
+  void load(const headless::Answer& answer) {
+    platform->urlSession().enqueue("/sdk/", answer);
+    fullAd->load();
+    platform->runUntilIdle();
+  }
+  void show(const headless::Answer& answer) {
+    load(answer);
+    fullAd->show();
+    platform->advance(1100ms);
+    page().finish();
+  }
+  static std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& by) {
+    return VeltoAd::adWithMediation(by, std::nullopt, nullptr);
+  }
+  void postError(const std::shared_ptr<test::FakeAdapter>& by) {
+    platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADInterstitialError, by});
+  }
+  static std::string forcing(const std::string& orientation) {
+    return "mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22" + orientation + "%22%7D";
+  }
+
+  const std::string rich = "<script src='mraid.js'></script>rich";
+  static constexpr char second[] = "mraid://expand?u=https%3A%2F%2Fa.example%2F2";
+  std::shared_ptr<test::RecordingInterstitialDelegate> full =
+      std::make_shared<test::RecordingInterstitialDelegate>();
+  std::shared_ptr<VeltoInterstitialViewController> fullAd =
+      VeltoInterstitialViewController::initWithDelegate(full);
+  std::shared_ptr<test::FakeAdapter> adapter = std::make_shared<test::FakeAdapter>(2);
+};
+
+TEST_F(OverlapTest, AnotherAdaptersFailureLeavesTheAdThatIsReady) {
+  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  fullAd->load();
+  postError(std::make_shared<test::FakeAdapter>(2));
+  fullAd->show();
+  platform->advance(1s);
+  EXPECT_EQ(adapter->root.lock(), fullAd->vc());
+
+  const auto next = std::make_shared<test::FakeAdapter>(2);
+  fullAd->vc()->presentMediationBanner(mediated(next));
+  postError(next);
+  EXPECT_EQ(full->heard.back(), "fail 1") << "one that waits for its turn has failed";
+  fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_FALSE(fullAd->isReady());
+}
+
+TEST_F(OverlapTest, ShownFromInsideTheEndOfTheAdBefore) {
+  load(markup(rich, 0, 0));
+  const auto observer = platform->notificationCenter().addObserver(
+      VeltoNotificationUIInterfaceOrientationMaskLock, [&](const NSNotification&) { fullAd->show(); });
+  load(markup(rich, 0, 0));
+  fullAd->show();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear"}));
+}
+
+TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
+  fullAd->setAutoShowWhenReady(true);
+  full->onCall = [&] { fullAd.reset(); };
+  const auto working = fullAd->vc();
+  working->presentMediationBanner(mediated(adapter));
+  EXPECT_EQ(working->presentingViewController(), nullptr);
+}
+
+TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {
+  for (const bool ownButton : {true, false}) {
+    const auto ad = banner(VeltoBannerPositionTop);
+    loadAd(*ad, markup(rich));
+    if (ownButton) page().navigate("mraid://setExpandProperties?p=%7B%22useCustomClose%22%3Atrue%7D");
+    platform->urlSession().enqueue("/2", markup(rich));
+    page().navigate(second);
+    page().navigate("mraid://resize");
+    platform->advance(500ms);
+    ASSERT_EQ(platform->webViews().size(), 2U);
+    platform->webViews()[0]->navigate("mraid://open");  // whatever it does now
+    window->tap({380, 60});
+    platform->advance(500ms);
+    EXPECT_EQ(platform->webViews().size(), 1U) << "its close button is above everything";
+    EXPECT_EQ(ad->vc()->view()->frame(), (CGRect{{35, 47}, {320, 50}}));
+  }
+  // On a screen the page's button of a resize goes, and the screen's own is there.
+  show(markup(rich, 0, 0));
+  page().navigate("mraid://setExpandProperties?p=%7B%22useCustomClose%22%3Afalse%7D");
+  auto part = markup(rich);
+  part.delay = 200ms;
+  platform->urlSession().enqueue("/2", part);
+  page().navigate(second);
+  page().navigate("mraid://resize");
+  platform->advance(1s);
+  ASSERT_EQ(platform->webViews().size(), 2U);
+  EXPECT_EQ(fullAd->vc()->veltoCloseButton()->frame().size, (CGSize{33, 33}));
+  window->tap({390 - 16 - 16, 47 + 16 + 16});
+  platform->advance(1s);
+  EXPECT_EQ(full->heard.back(), "dismissed");
+}
+
+TEST_F(OverlapTest, ARefusedPresentationSaysNothingOfTheNextAd) {
+  window->hide();
+  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  fullAd->show();
+  adapter->told()->mediationBannerDidClose();
+  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  platform->advance(1s);
+  EXPECT_EQ(full->heard, (Heard{"finish", "finish"}));
+}
+
+TEST_F(OverlapTest, AnAdThatEndsWhileItsSecondPartIsLoadedLoadsNothing) {
+  show(markup(rich, 0, 0));
+  int shown = 0;
+  const auto observer = platform->notificationCenter().addObserver(constNotificationAdShowed,
+                                                                   [&](const NSNotification&) { ++shown; });
+  const auto ended = fullAd->vc()->shownAd();
+  ended->load();  // under way: web data are cleared first
+  fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_EQ(shown, 0);
+}
+
+TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
+  auto& orientation = platform->device().facts.orientation;
+  orientation = 3;
+  for (const bool bannerFirst : {true, false}) {
+    auto ad = banner(VeltoBannerPositionTop);
+    loadAd(*ad, markup(rich));
+    page().navigate(forcing("landscape"));
+    page().navigate("mraid://expand");
+    EXPECT_EQ(orientation, 4);
+    show(markup(rich, 0, 0));
+    page().navigate(forcing("portrait"));
+    EXPECT_EQ(orientation, 1);
+    if (bannerFirst) {
+      ad.reset();
+      platform->runUntilIdle();
+      EXPECT_EQ(orientation, 1) << "the one that is left has its wish";
+    }
+    fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+    EXPECT_EQ(orientation, bannerFirst ? 3 : 4);
+    ad.reset();
+    platform->runUntilIdle();
+    EXPECT_EQ(orientation, 3);
+  }
+}
+
+TEST_F(OverlapTest, AnAdThatWaitsHasItsTurnWhenTheWindowGoes) {
+  show(markup("one", 0, 0));
+  load(markup("two", 0, 0));
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
+  window.reset();
+  platform->advance(1s);
+  EXPECT_EQ(full->heard.back(), "finish");
+  EXPECT_TRUE(fullAd->isReady());
+}
+
+TEST_F(OverlapTest, NoWebProcessStaysWithoutAnAd) {
+  const auto ad = banner();
+  platform->urlSession().respond("/sdk/", status(204));
+  ad->load();
+  fullAd->load();
+  EXPECT_EQ(platform->views().contentHeld(), 2);
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->views().contentHeld(), 0);
+}
+
+}  // namespace
+}  // namespace velto
