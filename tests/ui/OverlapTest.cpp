@@ -9,7 +9,10 @@ using Heard = std::vector<std::string>;
 
 class OverlapTest : public test::UITest {
  protected:
-  OverlapTest() { full->host = window->controller(); }
+  OverlapTest() {
+    full->host = window->controller();
+    fullAd = VeltoInterstitialViewController::initWithDelegate(full);
+  }
   void load(const headless::Answer& answer) {
     platform->urlSession().enqueue("/sdk/", answer);
     fullAd->load();
@@ -35,8 +38,7 @@ class OverlapTest : public test::UITest {
   static constexpr char second[] = "mraid://expand?u=https%3A%2F%2Fa.example%2F2";
   std::shared_ptr<test::RecordingInterstitialDelegate> full =
       std::make_shared<test::RecordingInterstitialDelegate>();
-  std::shared_ptr<VeltoInterstitialViewController> fullAd =
-      VeltoInterstitialViewController::initWithDelegate(full);
+  std::shared_ptr<VeltoInterstitialViewController> fullAd;
   std::shared_ptr<test::FakeAdapter> adapter = std::make_shared<test::FakeAdapter>(2);
 };
 
@@ -72,7 +74,11 @@ TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
   full->onCall = [&] { fullAd.reset(); };
   const auto working = fullAd->vc();
   working->presentMediationBanner(mediated(adapter));
+  EXPECT_EQ(full->heard, Heard{"finish"});
   EXPECT_EQ(working->presentingViewController(), nullptr);
+  platform->advance(500ms);
+  EXPECT_TRUE(window->view().subviews().empty());
+  EXPECT_EQ(adapter->loaded, 0);
 }
 
 TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {
