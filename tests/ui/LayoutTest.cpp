@@ -104,14 +104,6 @@ TEST_F(LayoutTest, SafeAreasReachDownTheTreeAndAcrossLevels) {
   EXPECT_EQ(inner->frame().origin, (CGPoint{10, 0}));
 }
 
-TEST_F(LayoutTest, FormatsThatAreNotUnderstoodAreRefused) {
-  const auto view = child(root);
-  for (const auto* format : {"", "v", "[v]", "[v(w)", "[x(w)]", "[v(x)]", "H:[v(w)]", "[v(w)]-[v(w)]"})
-    EXPECT_THROW(NSLayoutConstraint::constraintsWithVisualFormat(format, 0, {{"w", 1}}, {{"v", view}}),
-                 std::invalid_argument)
-        << format;
-}
-
 TEST_F(LayoutTest, MovingToTheFrontKeepsConstraintsAndIsNoAppearance) {
   const auto view = child(root);
   tie(view, A::Left, root, A::Left, 1, 5)->setActive(true);
@@ -224,44 +216,6 @@ TEST_F(LayoutTest, ABannerIsSeenInItsPlaceWhateverHappensWhileItComes) {
     EXPECT_EQ(page().alpha(), 1) << takenBack;
     EXPECT_EQ(page().frame(), (CGRect{{0, 0}, {320, 50}})) << takenBack;
   }
-}
-
-// One transition, as whoever presents would play it.
-struct Context : UIViewControllerContextTransitioning {
-  std::shared_ptr<UIView> container;
-  std::shared_ptr<UIViewController> presented = std::make_shared<UIViewController>();
-  bool cancelled = false;
-  std::vector<bool> completed;
-  std::shared_ptr<UIView> containerView() const override { return container; }
-  std::shared_ptr<UIViewController> presentedViewController() const override { return presented; }
-  CGRect finalFrameForViewController(const UIViewController&) const override { return {{0, 0}, {390, 844}}; }
-  bool transitionWasCancelled() const override { return cancelled; }
-  void completeTransition(bool did) override { completed.push_back(did); }
-};
-
-TEST_F(LayoutTest, TransitionsPinTheViewAndFadeItAway) {
-  const auto context = std::make_shared<Context>();
-  context->container = root;
-  const auto& view = context->presented->view();
-  const auto animator = VeltoUIAnimatedTransitioning::animatorForAnimation(VeltoAnimationFromRight);
-  EXPECT_EQ(animator->transitionDuration(), 0.9);
-  animator->animateTransition(context);
-  EXPECT_EQ(view->superview(), root.get());
-  platform->advance(1s);
-  EXPECT_EQ(context->completed, std::vector{true});
-  EXPECT_EQ(view->frame(), (CGRect{{0, 0}, {390, 844}}));
-
-  animator->operation = VeltoUIAnimatedTransitioning::Dismiss;
-  context->cancelled = true;
-  animator->animateTransition(context);
-  platform->advance(300ms);
-  EXPECT_EQ(view->alpha(), 1);
-  EXPECT_EQ(view->superview(), root.get());
-  context->cancelled = false;
-  animator->animateTransition(context);
-  platform->advance(300ms);
-  EXPECT_EQ(context->completed, (std::vector{true, false, true}));
-  EXPECT_EQ(view->superview(), nullptr);
 }
 
 }  // namespace

@@ -71,6 +71,7 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
   std::shared_ptr<VeltoBannerViewController> bannerAd = banner(VeltoBannerPositionTop);
   std::shared_ptr<VeltoInterstitialViewController> fullAd =
       VeltoInterstitialViewController::initWithDelegate(full);
+  const std::string landscape = R"(setOrientationProperties?p={"forceOrientation":"landscape"})";
   const std::string rich = "<script src='mraid.js'></script>rich";
 };
 
@@ -118,13 +119,12 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
   for (const std::string end : {"close", "another ad", "removal"}) {
     show(rich);
     page().navigate("mraid://expand");
-    page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+    page().navigate(mraid(landscape));
     EXPECT_EQ(orientation, 4) << end;
+    EXPECT_GT(platform->application().rotationAttempts, 0);
     EXPECT_EQ(host().supportedInterfaceOrientations(), 16U);
-    page().navigate(
-        "mraid://"
-        "setOrientationProperties?p=%7B%22forceOrientation%22%3A%22portrait%22,%22allowOrientationChange%22%"
-        "3Afalse%7D");
+    page().navigate(mraid(
+        R"(setOrientationProperties?p={"forceOrientation":"portrait","allowOrientationChange":false})"));
     EXPECT_EQ(orientation, 1);
     EXPECT_FALSE(host().shouldAutorotate());
     if (end == "close") page().navigate("mraid://close");
@@ -137,7 +137,7 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
     platform->advance(1s);
   }
   show(rich);
-  page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+  page().navigate(mraid(landscape));
   platform->urlSession().enqueue(status(404));
   page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
   EXPECT_EQ(orientation, 4);
@@ -157,10 +157,9 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   const auto button = [this] { return host().veltoCloseButton(); };
   const auto screensOwn = button();
   EXPECT_EQ(screensOwn != nullptr, !isBanner());
-  page().navigate(
-      "mraid://"
-      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A150%2C%22offsetX%22%3A0%2C%22offsetY%22%"
-      "3A0%7D");
+  const auto webView = host().webView();
+  heard().clear();
+  page().navigate(mraid(R"(setResizeProperties?p={"width":200,"height":150,"offsetX":0,"offsetY":0})"));
   page().navigate("mraid://resize");
   platform->advance(100ms);
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "resized");
@@ -170,8 +169,10 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   window->setSight({});
   platform->advance(1s);
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100) << "the close button is friendly";
-  button()->sendTouchUpInside();
+  const CGRect area = frameInWindow(*button(), window->view());
+  window->tap({area.midX(), area.midY()});
   platform->advance(100ms);
+  EXPECT_EQ(heard(), Heard{}) << "closing is no press of the ad";
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "default");
   EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
   EXPECT_EQ(button() != nullptr, !isBanner()) << "a screen has its own close button back";
@@ -181,6 +182,8 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   platform->advance(1s);
   EXPECT_EQ(frameInWindow(*host().webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100);
+  EXPECT_EQ(host().webView(), webView);
+  EXPECT_EQ(page().loads().size(), 1U) << "not loaded again";
   page().navigate("mraid://close");
   platform->advance(1s);
   if (isBanner()) {
@@ -190,7 +193,7 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
     platform->runUntilIdle();
   }
   EXPECT_EQ(host().webView(), nullptr) << "to close or unload it is to leave";
-  EXPECT_EQ(heard().back(), isBanner() ? "finish" : "dismissed");
+  EXPECT_EQ(heard(), isBanner() ? Heard{} : (Heard{"close", "dismissed"}));
 }
 
 TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {

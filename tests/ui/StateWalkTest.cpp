@@ -14,10 +14,23 @@ namespace {
 
 using headless::Answer;
 
-// Checks the order of what one interstitial tells, and that nothing comes after its end.
-struct StrictInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
-  using Controller = VeltoInterstitialViewControllerPrivate;
+// Checks that nothing comes after the end.
+template <class Delegate>
+struct Strict : Delegate {
   std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
+  void tell() {
+    EXPECT_TRUE(alive) << "a call after the end";
+    if (onCall) onCall();
+  }
+
+  std::weak_ptr<UIViewController> host;
+  std::function<void()> onCall;
+  bool alive = true;
+};
+
+// Also checks the order of what one interstitial tells.
+struct StrictInterstitialDelegate : Strict<VeltoInterstitialViewControllerDelegate> {
+  using Controller = VeltoInterstitialViewControllerPrivate;
   void veltoInterstitialViewControllerDidFinishLoad(Controller&) override {
     EXPECT_FALSE(shown) << "an ad became ready while another was on the screen";
     EXPECT_FALSE(closing);
@@ -44,34 +57,17 @@ struct StrictInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
     closing = shown = false;
     tell();
   }
-  void tell() {
-    EXPECT_TRUE(alive) << "a call after the end";
-    if (onCall) onCall();
-  }
 
-  std::weak_ptr<UIViewController> host;
-  std::function<void()> onCall;
-  bool alive = true;
   bool ready = false;
   bool shown = false;
   bool closing = false;
 };
 
-struct StrictBannerDelegate : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override { tell(); }
-  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate&) override { tell(); }
-  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate&, const VeltoErrorAd&) override {
-    tell();
-  }
-  void tell() {
-    EXPECT_TRUE(alive) << "a call after the end";
-    if (onCall) onCall();
-  }
-
-  std::weak_ptr<UIViewController> host;
-  std::function<void()> onCall;
-  bool alive = true;
+struct StrictBannerDelegate : Strict<VeltoBannerViewControllerDelegate> {
+  using Controller = VeltoBannerViewControllerPrivate;
+  void veltoBannerViewControllerDidFinishLoad(Controller&) override { tell(); }
+  void veltoBannerViewControllerDidPress(Controller&) override { tell(); }
+  void veltoBannerViewControllerDidFail(Controller&, const VeltoErrorAd&) override { tell(); }
 };
 
 // Adapters of a network that answers with ads of its own, whatever becomes of them.
@@ -119,20 +115,23 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     slot.ad.reset();
     slot.delegate->alive = false;
   }
-  void begin(Interstitial& slot) {
-    slot.delegate = std::make_shared<StrictInterstitialDelegate>();
-    slot.delegate->host = window->controller();
-    slot.ad = VeltoInterstitialViewController::initWithDelegate(slot.delegate);
-    slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
-    slot.ad->setAutoShowWhenReady(below(3) == 0);
-    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+  std::shared_ptr<VeltoInterstitialViewController> made(
+      const std::shared_ptr<StrictInterstitialDelegate>& told) {
+    auto ad = VeltoInterstitialViewController::initWithDelegate(told);
+    ad->setAutoShowWhenReady(below(3) == 0);
+    return ad;
   }
-  void begin(Banner& slot) {
-    slot.delegate = std::make_shared<StrictBannerDelegate>();
-    slot.delegate->host = window->controller();
-    slot.ad = VeltoBannerViewController::initWithDelegate(slot.delegate, VeltoBannerSize320x50,
+  std::shared_ptr<VeltoBannerViewController> made(const std::shared_ptr<StrictBannerDelegate>& told) {
+    auto ad = VeltoBannerViewController::initWithDelegate(told, VeltoBannerSize320x50,
                                                           static_cast<VeltoBannerPosition>(below(2)));
-    slot.ad->setEnableAutoRefresh(below(2) == 0);
+    ad->setEnableAutoRefresh(below(2) == 0);
+    return ad;
+  }
+  template <class Ad, class Delegate>
+  void begin(Slot<Ad, Delegate>& slot) {
+    slot.delegate = std::make_shared<Delegate>();
+    slot.delegate->host = window->controller();
+    slot.ad = made(slot.delegate);
     slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
     slot.delegate->onCall = [this, &slot] { inCallback(slot); };
   }
@@ -239,11 +238,6 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     }
   }
 
-  size_t closeButtons(const UIView& view) {
-    size_t count = dynamic_cast<const VeltoCloseButton*>(&view) ? 1 : 0;
-    for (const auto& subview : view.subviews()) count += closeButtons(*subview);
-    return count;
-  }
   bool isOnScreen(const Interstitial& slot) const {
     return slot.ad && slot.delegate->shown && !slot.delegate->closing;
   }
@@ -286,10 +280,8 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
       "mraid://close",
       "mraid://resize",
       "mraid://expand?url=https%3A%2F%2Fads.example%2Fsdk%2Ftwo",
-      "mraid://"
-      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A100%2C%22offsetX%22%3A0%2C%22offsetY%22%"
-      "3A0%7D",
-      "mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D",
+      mraid(R"(setResizeProperties?p={"width":200,"height":100,"offsetX":0,"offsetY":0})"),
+      mraid(R"(setOrientationProperties?p={"forceOrientation":"landscape"})"),
       "mraid://unload"};
 };
 
