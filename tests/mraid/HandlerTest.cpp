@@ -20,16 +20,7 @@ class MRAIDTest : public test::UITest {
     said();
   }
   headless::RecordingWebView& first() { return headless::RecordingWebView::of(*host.webView()); }
-  // "name" or "name?item=value", the value as it is before it is escaped.
-  static NSURL url(const std::string& text) {
-    const size_t question = text.find('?');
-    const auto bare = NSURL::URLWithString("mraid://" + text.substr(0, question)).value();
-    if (question == std::string::npos) return bare;
-    const size_t equals = text.find('=');
-    return bare.URLByReplacingQueryItems(
-        {{text.substr(question + 1, equals - question - 1), text.substr(equals + 1)}});
-  }
-  void command(const std::string& text) { first().navigate(url(text).absoluteString()); }
+  void command(const std::string& text) { first().navigate(mraid(text)); }
   // Statements since the last call, without what surrounds each.
   std::vector<std::string> said() {
     const auto& scripts = first().scripts();
@@ -40,11 +31,6 @@ class MRAIDTest : public test::UITest {
         statements.push_back(text.substr(13, text.size() - 14));
     }
     return statements;
-  }
-  void loadAgain() {
-    platform->urlSession().enqueue(markup("<script src='mraid.js'></script>"));
-    owner->load();
-    platform->runUntilIdle();
   }
   VeltoMRAIDHandler& handler() { return *host.veltoGetMRAIDHandler(); }
 
@@ -321,17 +307,6 @@ TEST_F(MRAIDTest, PicturesAndEventsOnlyWhenGranted) {
   ASSERT_EQ(saved.recurrenceRules.size(), 1U);
   EXPECT_EQ(saved.recurrenceRules[0].frequency, EKRecurrenceFrequencyDaily);
   EXPECT_FALSE(saved.recurrenceRules[0].recurrenceEnd);
-
-  std::vector<bool> results;
-  for (const char* bytes : {"GIF89a", "none"}) {
-    session.enqueue(markup(bytes));
-    VeltoAdManager::fetchForMRAIDImageContent("https://a.example/",
-                                              [&](bool kept) { results.push_back(kept); });
-  }
-  platform->photoLibrary().setAuthorizationStatus(2);
-  VeltoAdManager::fetchForMRAIDImageContent("not a URL", [&](bool kept) { results.push_back(kept); });
-  platform->runUntilIdle();
-  EXPECT_EQ(results, (std::vector<bool>{false, false, false}));
 }
 
 TEST_F(MRAIDTest, TheSecondPart) {
@@ -351,9 +326,6 @@ TEST_F(MRAIDTest, TheSecondPart) {
   second.finish();
   EXPECT_TRUE(second.hasRun("setState(\"expanded\")"));
   EXPECT_EQ(said(), Statements{}) << "the first page is not spoken to";
-  delegate->heard.clear();
-  second.navigate("velto://loadFinished");
-  EXPECT_TRUE(delegate->heard.empty());
   second.navigate("mraid://close");
   EXPECT_EQ(platform->webViews().size(), 1U);
   EXPECT_EQ(handler().state, "default");
@@ -365,19 +337,6 @@ TEST_F(MRAIDTest, TheSecondPart) {
   window->tap({380, 60});
   platform->advance(100ms);
   EXPECT_EQ(platform->webViews().size(), 1U) << "a person's close takes the second part away too";
-  said();
-
-  // Neither answers nor steps that come too late touch the next ad.
-  const auto old = host.webView();
-  session.enqueue(markup("<script src='mraid.js'></script>two"));
-  command("resize");
-  command("expand?u=https://a.example/2");
-  host.fetchBannerSuccess(VeltoAd::adWithHTML("mraid.js", std::nullopt, host.ad()->headers));
-  platform->advance(1s);
-  EXPECT_EQ(platform->webViews().size(), 2U) << "the old one, held here, and the new one";
-  EXPECT_EQ(handler().state, "loading");
-  headless::RecordingWebView::of(*old).navigate("mraid://open?u=https%3A%2F%2Fa.example");
-  EXPECT_TRUE(platform->application().opened.empty());
 }
 
 }  // namespace

@@ -201,22 +201,6 @@ TEST_F(Page, TwoParts) {
   EXPECT_EQ(state(), "default");
   EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
   EXPECT_EQ(banner->view()->subviews().size(), 1U) << "one second part for two commands";
-
-  // What was under way for an ad does not reach the next one.
-  const auto old = web();
-  run("mraid.expand('" + address +
-      "'); mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: 0}); "
-      "mraid.resize();");
-  ASSERT_TRUE(test::runUntil([&] { return banner->veltoGetMRAIDHandler()->resizeProperty != nullptr; }));
-  show("");
-  bool later = false;
-  Platform::current().mainQueue().postAfter(std::chrono::milliseconds(500), [&] { later = true; });
-  ASSERT_TRUE(test::runUntil([&] { return later; }));
-  EXPECT_EQ(state(), "default");
-  EXPECT_FALSE(secondWeb());
-  EXPECT_TRUE(web()->subviews().empty());
-  value("mraid.expand()", old);
-  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
 }
 
 TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {

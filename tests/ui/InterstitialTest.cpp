@@ -277,11 +277,6 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
     platform->advance(10s);
     EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"})) << broken;
   }
-
-  const auto bannerOnly = std::make_shared<test::FakeAdapter>(VeltoAdTypeBanner);
-  full->heard.clear();
-  i->vc()->_processAd(mediated(bannerOnly), std::nullopt, full, true);
-  EXPECT_EQ(full->heard, Heard{"fail 2"});
 }
 
 TEST_F(InterstitialTest, ShownAsSoonAsItIsReadyItKeepsTheOrientationOfThatMoment) {

@@ -94,7 +94,10 @@ TEST_P(ShownAdTest, APressIsToldAndTrackedOnceWithTheAdsIdentifiers) {
 }
 
 TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
-  show(rich);
+  show("ad");
+  EXPECT_FALSE(platform->audioSession().isActive()) << "only rich media asks for sound";
+  replace(rich);
+  EXPECT_TRUE(platform->audioSession().isActive());
   EXPECT_TRUE(measured(page(), "start"));
   EXPECT_EQ(host().omidSession()->mainAdView(), host().webView());
   EXPECT_EQ(host().veltoGetMRAIDHandler()->placementType, MRAIDPlacementType[isBanner() ? 1 : 2]);
@@ -194,6 +197,29 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   }
   EXPECT_EQ(host().webView(), nullptr) << "to close or unload it is to leave";
   EXPECT_EQ(heard(), isBanner() ? Heard{} : (Heard{"close", "dismissed"}));
+}
+
+TEST_P(ShownAdTest, AVideoOfThePageStandsOverItsAdAndGoesWithIt) {
+  const std::string command = "playVideo?u=https://videos.example/a.webm";
+  show(rich);
+  page().navigate(mraid("playVideo?u=odd://videos.example/a.webm"));
+  platform->runUntilIdle();
+  EXPECT_TRUE(platform->media().players().empty());
+  page().navigate(mraid(command));
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->media().players().size(), 1U);
+  EXPECT_TRUE(window->pressEscape());  // the player, which is on top, and not the ad
+  platform->advance(1s);
+  EXPECT_TRUE(platform->media().players().back()->isReleased());
+  EXPECT_TRUE(host().webView()->isInWindow());
+
+  page().navigate(mraid(command));
+  platform->runUntilIdle();
+  ASSERT_TRUE(host().player()->isPlaying());
+  isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
+  EXPECT_TRUE(platform->media().players().back()->isReleased());
+  EXPECT_EQ(window->controller()->presentedViewController(), nullptr);
 }
 
 TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
