@@ -284,22 +284,6 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   EXPECT_TRUE(rootless->root.expired());
 }
 
-TEST_F(BannerTest, ResultsForABannerThatIsGoneAreDropped) {
-  auto b = banner();
-  b->load();
-  platform->runUntilIdle();
-  const auto task = platform->urlSession().pending().back();
-  std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
-  b.reset();
-  platform->runUntilIdle();
-  EXPECT_TRUE(working.expired());
-  EXPECT_EQ(platform->views().contentHeld(), 0);
-  task->answer(markup());
-  platform->runUntilIdle();
-  EXPECT_TRUE(delegate->heard.empty());
-  EXPECT_TRUE(platform->webViews().empty());
-}
-
 TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
   for (const std::string moment : {"finish", "press", "fail 1", "fail 0"}) {
     auto b = banner();

@@ -57,12 +57,6 @@ TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
   EXPECT_FALSE(page().loads()[0].baseURL);
   EXPECT_EQ(order, std::vector<std::string>{"<p>x</p>"});
   EXPECT_TRUE(page().hasRun("navigator.userAgent"));
-
-  const auto empty = std::make_shared<VeltoAd>();
-  shown->loadBannerDataIn(view, empty);
-  platform->runUntilIdle();
-  EXPECT_EQ(page().loads().size(), 1U);
-  EXPECT_EQ(order.size(), 1U);
 }
 
 TEST_F(WebViewHostTest, NavigationPolicy) {
