@@ -14,61 +14,37 @@ namespace {
 
 using headless::Answer;
 
-// Checks that nothing comes after the end.
-template <class Delegate>
-struct Strict : Delegate {
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void tell() {
-    EXPECT_TRUE(alive) << "a call after the end";
-    if (onCall) onCall();
-  }
-
-  std::weak_ptr<UIViewController> host;
-  std::function<void()> onCall;
+// A delegate that knows where its ad stands.
+template <class Recording>
+struct Strict : Recording {
   bool alive = true;
-};
-
-// Also checks the order of what one interstitial tells.
-struct StrictInterstitialDelegate : Strict<VeltoInterstitialViewControllerDelegate> {
-  using Controller = VeltoInterstitialViewControllerPrivate;
-  void veltoInterstitialViewControllerDidFinishLoad(Controller&) override {
-    EXPECT_FALSE(shown) << "an ad became ready while another was on the screen";
-    EXPECT_FALSE(closing);
-    ready = true;
-    tell();
-  }
-  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd&) override { tell(); }
-  void veltoInterstitialViewControllerDidAppear(Controller& controller) override {
-    EXPECT_TRUE(ready && !shown && !closing);
-    EXPECT_NE(controller.presentingViewController(), nullptr);
-    shown = true;
-    tell();
-  }
-  void veltoInterstitialViewControllerDidPress(Controller&) override { tell(); }
-  void veltoInterstitialViewControllerDidClose(Controller&) override {
-    EXPECT_FALSE(closing) << "closed twice";
-    closing = true;
-    ready = false;
-    tell();
-  }
-  void onVeltoInterstitialDismissed(Controller& controller) override {
-    EXPECT_TRUE(closing) << "dismissed without a close";
-    EXPECT_EQ(controller.presentingViewController(), nullptr);
-    closing = shown = false;
-    tell();
-  }
-
   bool ready = false;
   bool shown = false;
   bool closing = false;
 };
+using StrictBannerDelegate = Strict<test::RecordingDelegate>;
+using StrictInterstitialDelegate = Strict<test::RecordingInterstitialDelegate>;
 
-struct StrictBannerDelegate : Strict<VeltoBannerViewControllerDelegate> {
-  using Controller = VeltoBannerViewControllerPrivate;
-  void veltoBannerViewControllerDidFinishLoad(Controller&) override { tell(); }
-  void veltoBannerViewControllerDidPress(Controller&) override { tell(); }
-  void veltoBannerViewControllerDidFail(Controller&, const VeltoErrorAd&) override { tell(); }
-};
+void followLast(StrictBannerDelegate&) {}
+// Checks the order of what one interstitial tells.
+void followLast(StrictInterstitialDelegate& told) {
+  const auto& what = told.heard.back();
+  const auto* presenting = told.lastController->presentingViewController();
+  if (what == "finish") {
+    EXPECT_FALSE(told.shown || told.closing) << "an ad became ready while another was on the screen";
+    told.ready = true;
+  } else if (what == "appear") {
+    EXPECT_TRUE(told.ready && !told.shown && !told.closing && presenting);
+    told.shown = true;
+  } else if (what == "close") {
+    EXPECT_FALSE(told.closing) << "closed twice";
+    told.closing = true;
+    told.ready = false;
+  } else if (what == "dismissed") {
+    EXPECT_TRUE(told.closing && !presenting) << "dismissed without a close";
+    told.closing = told.shown = false;
+  }
+}
 
 // Adapters of a network that answers with ads of its own, whatever becomes of them.
 struct WalkNetwork : VeltoAdMediationAdapterProtocol {
@@ -133,7 +109,11 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     slot.delegate->host = window->controller();
     slot.ad = made(slot.delegate);
     slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
-    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+    slot.delegate->onCall = [this, &slot, told = slot.delegate.get()] {
+      EXPECT_TRUE(told->alive) << "a call after the end";
+      followLast(*told);
+      inCallback(slot);
+    };
   }
   template <class Slot>
   void hostStep(Slot& slot) {
