@@ -184,9 +184,13 @@ TEST_F(Page, OnlyATouchedAdOpens) {
 }
 
 TEST_F(Page, TwoParts) {
-  test::SecondParts parts;
-  parts.pages["/second"] = "<html><head></head><body>" + test::logging + "<p>second</p></body></html>";
-  const std::string address = parts.address("/second");
+  test::LoopbackServer server;
+  server->Get("/second", [](const auto&, auto& response) {
+    response.set_header("x-content", "html");
+    response.set_content("<html><head></head><body>" + test::logging + "second</body></html>", "text/html");
+  });
+  server.start();
+  const std::string address = server.address("/second");
   show("");
   log();
   run("mraid.expand('" + address + "'); mraid.expand('" + address + "');");

@@ -1,13 +1,10 @@
-// Real pages in a real window: a banner whose ad a test writes itself, a page that keeps a log, a server for
-// second parts.
+// Real pages in a real window: a banner whose ad a test writes itself, a page that keeps a log.
 #pragma once
 
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/velto.h"
-
-#include <map>
 
 #include "../../examples/demo/LinkTrap.h"
 #include "../support/AdWindow.h"
@@ -22,22 +19,6 @@ inline const std::string logging = R"(<script src="mraid.js"></script><script>
     mraid.addEventListener(event, (...args) => log.push([event, ...args].join(' ') + ' @' + mraid.getState() + ' ' +
       mraid.getCurrentPosition().width + 'x' + mraid.getCurrentPosition().height)));
 </script>)";
-
-class SecondParts {
- public:
-  SecondParts() {
-    server_->Get(".*", [this](const auto& request, auto& response) {
-      response.set_header("x-content", "html");
-      response.set_content(pages[request.path], "text/html");
-    });
-    server_.start();
-  }
-  std::string address(const std::string& path) const { return server_.address(path); }
-  std::map<std::string, std::string> pages;
-
- private:
-  LoopbackServer server_;
-};
 
 class PageTest : public testing::Test, public VeltoBannerViewControllerDelegate {
  protected:
