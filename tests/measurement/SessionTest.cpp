@@ -201,19 +201,5 @@ TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
   EXPECT_EQ(controller->omidSession(), nullptr);
 }
 
-TEST_F(SessionTest, WithoutServiceScriptAllIsSilent) {
-  platform->veltoBundle().files.clear();
-  const auto banner = this->banner();
-  loadAd(*banner);
-  EXPECT_EQ(page().html(), readyPage);
-  EXPECT_EQ(banner->vc()->omidSession(), nullptr);
-  EXPECT_EQ(calls(page()), "");
-  banner->vc()->impressionOMSDK();
-  banner->removeBanner();
-  platform->runUntilIdle();
-  EXPECT_TRUE(platform->webViews().empty());
-  EXPECT_EQ(delegate->heard, std::vector<std::string>{"finish"});
-}
-
 }  // namespace
 }  // namespace velto::test

@@ -27,20 +27,6 @@ class TransportTest : public test::HeadlessTest {
   }
 };
 
-TEST_F(TransportTest, StatusCodes) {
-  const std::vector<std::pair<int, int>> codes{{204, 0}, {500, 1}, {404, 2}, {302, 2}, {201, 2}, {503, 2}};
-  for (const auto& [code, error] : codes) {
-    auto answer = markup();
-    answer.status = code;
-    const auto response = responseTo(answer);
-    ASSERT_TRUE(response && response->error) << code;
-    EXPECT_EQ(response->error->errorCode, error) << code;
-    EXPECT_EQ(response->responseType, VeltoTaskResponseUnknown);
-    EXPECT_FALSE(response->headers);
-    EXPECT_TRUE(response->data);
-  }
-}
-
 TEST_F(TransportTest, ContentOfA200) {
   const std::vector<std::pair<std::vector<HeaderFields::Field>, VeltoTaskResponseType>> table{
       {{{"x-content", "html"}}, VeltoTaskResponseMarkup},

@@ -135,6 +135,11 @@ TEST_F(BannerTest, PlacementsAndTheirConstraints) {
   loadAd(*full, markup(test::readyPage, 0, 0));
   EXPECT_EQ(full->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
   EXPECT_EQ(full->vc()->viewContraints().size(), 4U);
+  window->setSafeAreaInsets({10, 0, 0, 0});
+  window->resize({400, 300});
+  platform->runUntilIdle();
+  EXPECT_EQ(full->vc()->view()->frame(), (CGRect{{0, 10}, {400, 290}}));
+  EXPECT_EQ(point->vc()->view()->frame(), (CGRect{{10, 30}, {320, 50}}));
 }
 
 TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
@@ -222,28 +227,30 @@ TEST_F(BannerTest, SettingsOfALoadStayForItsRefreshes) {
     EXPECT_NE(request.httpBody->find("\"okw\": \"x,y\""), std::string::npos);
 }
 
-TEST_F(BannerTest, OnlyTheFirstAdIsAnimated) {
-  const auto b = banner();
-  b->setAnimation(VeltoAnimationFromLeft);
+TEST_F(BannerTest, OnlyTheFirstAdIsAnimatedAndIsSeenInItsPlaceWhateverHappensWhileItComes) {
   platform->urlSession().respond("", markup());
-  b->load();
-  platform->runUntilIdle();
-  EXPECT_EQ(b->vc()->webView()->alpha(), 0) << "hidden until it has loaded";
-  page().navigate("velto://loadFinished");
-  EXPECT_EQ(b->vc()->webView()->alpha(), 1);
-  EXPECT_LT(page().frame().minX(), 0);
-  platform->advance(2s);
-  EXPECT_EQ(page().frame(), (CGRect{{0, 0}, {320, 50}}));
-  b->load();
-  platform->runUntilIdle();
-  EXPECT_EQ(b->vc()->webView()->alpha(), 1);
-  page().navigate("velto://loadFinished");
-  EXPECT_EQ(page().frame().minX(), 0);
-
-  const auto plain = banner();
-  plain->load();
-  platform->runUntilIdle();
-  EXPECT_EQ(plain->vc()->webView()->alpha(), 1) << "without animation it is shown at once";
+  const CGRect place{{0, 0}, {320, 50}};
+  for (const bool takenBack : {false, true}) {
+    const auto b = banner();
+    b->setAnimation(VeltoAnimationFromLeft);
+    b->load();
+    platform->runUntilIdle();
+    EXPECT_EQ(page().alpha(), 0) << "hidden until it has loaded";
+    if (takenBack) b->setAnimation(VeltoAnimationNone);
+    page().navigate("velto://loadFinished");
+    EXPECT_EQ(b->vc()->webView()->alpha(), 1);
+    EXPECT_EQ(page().frame().minX() < 0, !takenBack);
+    platform->advance(600ms);
+    window->resize(takenBack ? CGSize{390, 844} : CGSize{700, 500});
+    platform->advance(1400ms);
+    EXPECT_EQ(page().alpha(), 1) << takenBack;
+    EXPECT_EQ(page().frame(), place) << takenBack;
+    b->load();
+    platform->runUntilIdle();
+    EXPECT_EQ(b->vc()->webView()->alpha(), 1) << "without animation it is shown at once";
+    page().navigate("velto://loadFinished");
+    EXPECT_EQ(page().frame(), place);
+  }
 }
 
 TEST_F(BannerTest, AnotherNetworksBanner) {

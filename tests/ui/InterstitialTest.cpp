@@ -149,15 +149,6 @@ TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
   platform->advance(1s);
   EXPECT_EQ(full->heard, Heard{"finish"}) << "never presented, so neither closed nor dismissed";
   EXPECT_TRUE(platform->webViews().empty());
-
-  full->heard.clear();
-  load(*i, fullScreen());
-  i->show();
-  platform->advance(300ms);
-  page().navigate("velto://failLoad");
-  EXPECT_EQ(full->heard, (Heard{"finish", "close"})) << "closed while it was coming";
-  platform->advance(2s);
-  EXPECT_EQ(full->heard, (Heard{"finish", "close", "dismissed"})) << "what has closed does not appear";
 }
 
 TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {

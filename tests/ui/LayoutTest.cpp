@@ -76,34 +76,6 @@ TEST_F(LayoutTest, AnyTwoEquationsOfAnAxisGiveTheFrame) {
   }
 }
 
-TEST_F(LayoutTest, SafeAreasReachDownTheTreeAndAcrossLevels) {
-  const auto outer = child(root);
-  for (const auto attribute : {A::Left, A::Right, A::Top})
-    tie(outer, attribute, root, attribute)->setActive(true);
-  tie(outer, A::Height, root, A::Height, 0.5)->setActive(true);
-  const auto inner = child(outer);
-  inner->boxGuide()
-      .topAnchor()
-      .constraintEqualToAnchor(outer->safeAreaLayoutGuide().topAnchor())
-      ->setActive(true);
-  inner->boxGuide().leftAnchor().constraintEqualToAnchor(root->boxGuide().leftAnchor(), 10)->setActive(true);
-  outer->addConstraints(
-      NSLayoutConstraint::constraintsWithVisualFormat("[v(w)]", 0, {{"w", 30}}, {{"v", inner}}));
-  outer->addConstraints(
-      NSLayoutConstraint::constraintsWithVisualFormat("V:[v(w)]", 0, {{"w", 20}}, {{"v", inner}}));
-  platform->runUntilIdle();
-  EXPECT_EQ(outer->frame(), (CGRect{{0, 0}, {390, 422}}));
-  EXPECT_EQ(inner->frame(), (CGRect{{10, 47}, {30, 20}}));
-  EXPECT_EQ(outer->safeAreaInsets(), (UIEdgeInsets{47, 0, 0, 0}))
-      << "the bottom edge is far from the screen's";
-
-  window->setSafeAreaInsets({});
-  window->resize({400, 300});
-  platform->runUntilIdle();
-  EXPECT_EQ(outer->frame(), (CGRect{{0, 0}, {400, 150}}));
-  EXPECT_EQ(inner->frame().origin, (CGPoint{10, 0}));
-}
-
 TEST_F(LayoutTest, MovingToTheFrontKeepsConstraintsAndIsNoAppearance) {
   const auto view = child(root);
   tie(view, A::Left, root, A::Left, 1, 5)->setActive(true);
@@ -186,24 +158,6 @@ TEST_F(LayoutTest, AnAnimationEndsAtItsTargetWhateverBecomesOfTheView) {
   EXPECT_EQ(finished, (std::vector{true, false, true})) << "one animation takes over from another";
   EXPECT_EQ(peer.frame(), view->frame());
   EXPECT_EQ(peer.alpha(), 0.25);
-}
-
-TEST_F(LayoutTest, ABannerIsSeenInItsPlaceWhateverHappensWhileItComes) {
-  for (const bool takenBack : {false, true}) {
-    const auto ad = banner(VeltoBannerPositionBottom);
-    ad->setAnimation(VeltoAnimationFromLeft);
-    platform->urlSession().enqueue(markup());
-    ad->load();
-    platform->runUntilIdle();
-    EXPECT_EQ(page().alpha(), 0);
-    if (takenBack) ad->setAnimation(VeltoAnimationNone);
-    page().navigate("velto://loadFinished");
-    platform->advance(600ms);
-    window->resize({700, 500});
-    platform->advance(1s);
-    EXPECT_EQ(page().alpha(), 1) << takenBack;
-    EXPECT_EQ(page().frame(), (CGRect{{0, 0}, {320, 50}})) << takenBack;
-  }
 }
 
 }  // namespace
