@@ -64,9 +64,7 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
                                                           {markup("velto://noFillAd"), "fail 0"}};
   for (const auto& [answer, heard] : table) {
     delegate->heard.clear();
-    platform->urlSession().enqueue(answer);
-    b->load();
-    platform->runUntilIdle();
+    load(*b, answer);
     EXPECT_EQ(delegate->heard, Heard{heard});
     EXPECT_TRUE(platform->webViews().empty());
   }
@@ -103,9 +101,7 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
                                                                      other.controller()->view());
   delegate->heard.clear();
   for (int i = 0; i < 2; ++i) {
-    platform->urlSession().enqueue(markup());
-    elsewhere->load();
-    platform->runUntilIdle();
+    load(*elsewhere, markup());
   }
   EXPECT_EQ(delegate->heard, (Heard{"fail 2", "fail 2"}));
 }

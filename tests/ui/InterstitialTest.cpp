@@ -25,10 +25,14 @@ class InterstitialTest : public test::UITest {
     load(*made, answer);
     return made;
   }
-  void load(VeltoInterstitialViewController& interstitial, const Answer& answer) {
-    platform->urlSession().enqueue("/sdk/", answer);
-    interstitial.load();
-    platform->runUntilIdle();
+  // Until the screen has come, and until it has gone.
+  void show(VeltoInterstitialViewController& interstitial) {
+    interstitial.show();
+    platform->advance(1s);
+  }
+  void close(VeltoInterstitialViewController& interstitial) {
+    interstitial.vc()->_tapCloseButton();
+    platform->advance(1s);
   }
   // A mediation ad that a network's adapter shows by itself.
   std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& adapter) {
@@ -132,8 +136,7 @@ TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
   for (const auto& way : ways) {
     full->heard.clear();
     load(*i, fullScreen());
-    i->show();
-    platform->advance(1s);
+    show(*i);
     EXPECT_EQ(closeButtons(window->view()), 1U);
     way();
     window->tap({100, 400});
@@ -162,24 +165,19 @@ TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
   const auto lost = std::make_shared<test::RecordingInterstitialDelegate>();
   const auto homeless = VeltoInterstitialViewController::initWithDelegate(lost);
   load(*homeless, fullScreen());
-  homeless->show();
-  platform->advance(1s);
+  show(*homeless);
   EXPECT_EQ(lost->heard, (Heard{"finish", "fail 2"}));
   lost->host = window->controller();
-  homeless->show();
-  platform->advance(1s);
+  show(*homeless);
   EXPECT_EQ(lost->heard, (Heard{"finish", "fail 2", "appear"}));
 
   // One at a time.
   load(*i, fullScreen());
-  i->show();
-  platform->advance(1s);
+  show(*i);
   EXPECT_EQ(full->heard, (Heard{"finish", "fail 2"}));
-  homeless->vc()->_tapCloseButton();
-  platform->advance(1s);
+  close(*homeless);
   window->hide();
-  i->show();
-  platform->advance(1s);
+  show(*i);
   EXPECT_EQ(full->heard, (Heard{"finish", "fail 2", "fail 2"})) << "no window to show it in";
   window->show();
   i->show();
@@ -206,19 +204,16 @@ TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
   load(*i, markup("<p>second</p>", 0, 0));
   EXPECT_EQ(platform->webViews().size(), 1U);
   EXPECT_EQ(closeButtons(*i->vc()->view()), 1U);
-  i->show();
-  platform->advance(1s);
+  show(*i);
   EXPECT_EQ(page().html(), "<p>second</p>");
 
   load(*i, markup("<p>third</p>", 0, 0));
   EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear"}));
   EXPECT_EQ(platform->webViews().size(), 1U);
-  i->vc()->_tapCloseButton();
-  platform->advance(1s);
+  close(*i);
   EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear", "close", "dismissed", "finish"}));
   EXPECT_TRUE(i->isReady());
-  i->show();
-  platform->advance(1s);
+  show(*i);
   EXPECT_EQ(page().html(), "<p>third</p>");
 }
 
@@ -234,8 +229,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
   EXPECT_TRUE(platform->webViews().empty());
   const auto screen = std::make_shared<UIViewController>();
   adapter->onRoot = [&](UIViewController& root) { root.presentViewController(screen, false, nullptr); };
-  i->show();
-  platform->advance(1s);
+  show(*i);
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
   EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
   EXPECT_EQ(screen->presentingViewController(), i->vc().get());
@@ -280,8 +274,7 @@ TEST_F(InterstitialTest, ShownAsSoonAsItIsReadyItKeepsTheOrientationOfThatMoment
     platform->advance(1s);
     EXPECT_EQ(full->heard.back(), "appear");
     EXPECT_EQ(i->vc()->supportedInterfaceOrientations(), mask) << orientation;
-    i->vc()->_tapCloseButton();
-    platform->advance(1s);
+    close(*i);
   }
 }
 
@@ -305,10 +298,9 @@ TEST_F(InterstitialTest, DestroyedInsideEachOfItsCallbacks) {
       if (full->heard.back() == callback) i.reset();
     };
     load(*i, fullScreen());
-    if (i) i->show();
-    platform->advance(1s);
+    if (i) show(*i);
     if (i) i->vc()->_adDidPress();
-    if (i) i->vc()->_tapCloseButton();
+    if (i) close(*i);
     platform->advance(1s);
     EXPECT_EQ(full->heard.back(), callback);
     EXPECT_TRUE(working.expired()) << callback;
@@ -325,8 +317,7 @@ TEST_F(InterstitialTest, AWindowThatIsDestroyedTakesItAlong) {
   platform->advance(2s);
   EXPECT_EQ(full->heard, (Heard{"finish", "fail 2"}));
   EXPECT_EQ(i->vc()->presentingViewController(), nullptr);
-  i->vc()->_tapCloseButton();
-  platform->advance(1s);
+  close(*i);
   EXPECT_TRUE(platform->webViews().empty());
 }
 

@@ -45,10 +45,18 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
     page.navigate("velto://loadFinished");
     platform->runUntilIdle();
   }
+  // Ends what an interstitial shows; a banner needs no end.
+  void closeScreen() {
+    if (!isBanner()) fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+  }
+  void remove() {
+    isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+  }
   // Another ad in its place: at once in a banner, once the screen has closed for an interstitial.
   void replace(const std::string& markupText, const std::string& body = "") {
-    if (!isBanner()) fullAd->vc()->_tapCloseButton();
-    if (!isBanner()) platform->advance(1s);
+    closeScreen();
     show(markupText, body);
   }
   void presentByAdapter(const std::shared_ptr<test::FakeAdapter>& adapter) {
@@ -110,8 +118,7 @@ TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
   window->show();
   EXPECT_TRUE(host().veltoGetMRAIDHandler()->isViewable);
   const auto session = host().omidSession();
-  isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
-  platform->runUntilIdle();
+  remove();
   EXPECT_TRUE(session->isFinished());
   EXPECT_EQ(host().omidSession(), nullptr);
 }
@@ -132,12 +139,11 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
     EXPECT_FALSE(host().shouldAutorotate());
     if (end == "close") page().navigate("mraid://close");
     if (end == "another ad") replace("ad");
-    if (end == "removal") isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+    if (end == "removal") remove();
     platform->advance(1s);
     EXPECT_EQ(orientation, 3) << end;
     EXPECT_EQ(host().shouldAutorotate(), end != "close" || !isBanner()) << "the page that stays has its say";
-    if (!isBanner()) fullAd->vc()->_tapCloseButton();
-    platform->advance(1s);
+    closeScreen();
   }
   show(rich);
   page().navigate(mraid(landscape));
@@ -146,8 +152,7 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
   EXPECT_EQ(orientation, 4);
   platform->runUntilIdle();
   EXPECT_EQ(orientation, isBanner() ? 3 : 4) << "a second part that never came has forced it for nothing";
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
-  platform->advance(1s);
+  closeScreen();
   platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{4}});
   show("ad");
   replace("ad");
@@ -216,8 +221,7 @@ TEST_P(ShownAdTest, AVideoOfThePageStandsOverItsAdAndGoesWithIt) {
   page().navigate(mraid(command));
   platform->runUntilIdle();
   ASSERT_TRUE(host().player()->isPlaying());
-  isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
-  platform->advance(1s);
+  remove();
   EXPECT_TRUE(platform->media().players().back()->isReleased());
   EXPECT_EQ(window->controller()->presentedViewController(), nullptr);
 }
@@ -263,9 +267,8 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
 
   // And the page that an adapter's view replaces goes, too.
   const std::weak_ptr<WKWebView> page = shown;
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
   const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
-  platform->advance(1s);
+  closeScreen();
   presentByAdapter(adapter);
   EXPECT_EQ(host().webView(), nullptr);
 }
@@ -279,8 +282,7 @@ TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {
   show("ad");
   center.postNotification({ready, stray});
   EXPECT_EQ(stray->root.lock(), nullptr) << "a page's ad has no adapter";
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
-  platform->advance(1s);
+  closeScreen();
 
   presentByAdapter(adapter);
   EXPECT_EQ(adapter->root.lock().get(), &host());

@@ -100,11 +100,15 @@ class UITest : public HeadlessTest {
     return VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, position);
   }
   headless::RecordingWebView& page() { return platform->views().webView(); }
+  template <class Ad>
+  void load(Ad& ad, headless::Answer answer) {
+    platform->urlSession().enqueue("/sdk/", std::move(answer));
+    ad.load();
+    platform->runUntilIdle();
+  }
   // Loads an ad into the banner and plays its page to the end.
   void loadAd(VeltoBannerViewController& banner, headless::Answer answer = markup()) {
-    platform->urlSession().enqueue(std::move(answer));
-    banner.load();
-    platform->runUntilIdle();
+    load(banner, std::move(answer));
     page().finish();
     page().navigate("velto://loadFinished");
     platform->runUntilIdle();
