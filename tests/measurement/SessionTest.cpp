@@ -44,6 +44,14 @@ double percentage(const JSON& geometry) {
   return at(geometry, "adView.percentageInView").number().value_or(-1);
 }
 
+// What is measured in that session, and who tells it.
+std::string kind(const JSON& start) {
+  std::string words;
+  for (const auto* name : {"creativeType", "impressionType", "impressionOwner", "mediaEventsOwner"})
+    words += (words.empty() ? "" : " ") + *at(start, name).string();
+  return words;
+}
+
 // A screen that plays videos, as the library's own is.
 class Screen : public UIViewController, public UIViewControllerOMSDKSDKVelto {
   UIViewController& viewController() override { return *this; }
@@ -63,12 +71,8 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   EXPECT_TRUE(page().html().starts_with("<html><script>service()</script>"));
   EXPECT_EQ(calls(page()), "start");
   const auto start = argument(page(), "start");
-  EXPECT_EQ(at(start, "creativeType"), JSON("htmlDisplay"));
-  EXPECT_EQ(at(start, "impressionType"), JSON("beginToRender"));
-  EXPECT_EQ(at(start, "impressionOwner"), JSON("javascript"));
-  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("none"));
+  EXPECT_EQ(kind(start), "htmlDisplay beginToRender javascript none");
   EXPECT_EQ(at(start, "loaded"), JSON()) << "that is the page's";
-  EXPECT_EQ(at(start, "contentUrl"), JSON());
   EXPECT_EQ(at(start, "context.omidNativeInfo"),
             JSON(JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}}));
   EXPECT_EQ(percentage(at(start, "geometry")), 100);
@@ -149,9 +153,7 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   hidden.finish();
   EXPECT_EQ(calls(hidden), "start impression mediaVolume");
   const auto start = argument(hidden, "start");
-  EXPECT_EQ(at(start, "creativeType"), JSON("video"));
-  EXPECT_EQ(at(start, "impressionOwner"), JSON("native"));
-  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("native"));
+  EXPECT_EQ(kind(start), "video beginToRender native native");
   EXPECT_EQ(at(start, "loaded"), JSON(JSON::Object{}));
   const auto resources = at(start, "resources");
   ASSERT_TRUE(resources.array() && resources.array()->size() == 1);
