@@ -36,48 +36,22 @@ TEST_F(AdsTest, MarkupBecomesAnAd) {
                                  "\n\tTimer: 100000\n\tAdapter: (null)"));
 }
 
-TEST_F(AdsTest, RichMediaIsToldByItsScriptAndGetsNoTimer) {
-  const auto outcome = fetch(with(markup("<script src=\"mraid.js\"></script>"), {{"x-fst", "5000"}}));
-  EXPECT_EQ(outcome.ad->sourceType, VeltoAdSourceMRAID);
-  EXPECT_EQ(outcome.ad->timer, std::nullopt);
-  EXPECT_EQ(fetch(markup("<script src='MRAID.JS'>")).ad->sourceType, VeltoAdSourceMarkup);
-}
-
 TEST_F(AdsTest, WhatIsNoAdBecomesItsError) {
-  for (const auto& [answered, code] : {std::pair(204, 0), {500, 1}, {404, 2}})
-    EXPECT_EQ(fetch(status(answered)).code(), code);
+  for (const auto& [answered, code] : {std::pair(204, 0), {500, 1}, {404, 2}, {302, 2}, {201, 2}, {503, 2}}) {
+    auto answer = markup();
+    answer.status = answered;
+    EXPECT_EQ(fetch(answer).code(), code) << answered;
+  }
   EXPECT_EQ(fetch(Answer::offline()).code(), 4);
   EXPECT_EQ(fetch(typed("unheard-of")).code(), 1);
   EXPECT_EQ(fetch(Answer{.headers = {{"x-content", "html"}, {"x-width", "320"}}}).code(), 1);
   for (const auto& answer : {typed("no_fill"), typed("vast"), typed("html", "caf\xe9"),
                              markup("<a href=\"velto://noFillAd\">x</a>")})
     EXPECT_EQ(fetch(answer).code(), 0);
+  EXPECT_EQ(fetch(markup("<script src='MRAID.JS'>")).ad->sourceType, VeltoAdSourceMarkup);
   EXPECT_EQ(fetch(markup("no_velto://noFillAd here")).ad->sourceType, VeltoAdSourceMarkup);
   EXPECT_EQ(fetch(typed("html", {"a\0b", 3})).ad->html, std::string("a\0b", 3));
   EXPECT_EQ(fetch(static_cast<VeltoBannerSize>(9)).code(), 2);
-}
-
-TEST_F(AdsTest, SomeResponsesEndWithoutACallAndASecondCreativeNeedsNoSize) {
-  std::vector<std::shared_ptr<VeltoAd>> made;
-  const VeltoAdCompletion note = [&](const auto& ad, const auto&) { made.push_back(ad); };
-  const auto response = std::make_shared<VeltoTaskResponse>();
-  response->responseType = VeltoTaskResponseMarkup;
-  response->headers = std::make_shared<VeltoTaskResponseHeaders>();
-  for (const auto* name : {"x-width", "x-height"}) response->headers->headers.set(name, "1");
-  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, note);  // no data
-  response->data = "mraid.js";
-  response->responseType = static_cast<VeltoTaskResponseType>(7);
-  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, note);  // of no known type
-  EXPECT_TRUE(made.empty());
-  response->responseType = VeltoTaskResponseUnknown;
-  VeltoAdManagerAdResolver::handleTaskResponse(response, 1, nullptr);
-
-  response->responseType = VeltoTaskResponseMarkup;
-  response->headers = std::make_shared<VeltoTaskResponseHeaders>();
-  VeltoAdManagerAdResolver::handleTaskResponseForSecondMRAIDContent(response, note);
-  ASSERT_EQ(made.size(), 1U);
-  EXPECT_EQ(made[0]->bannerSize, std::nullopt);
-  EXPECT_FALSE(made[0]->canBeCached());
 }
 
 TEST_F(AdsTest, AnAdCanBeReusedOnlyOnceItsLifetimeHasRunOut) {

@@ -3,7 +3,6 @@
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
-#include "velto/platform/ui/ViewChanges.h"
 
 #include "../ui/UITest.h"
 
@@ -45,6 +44,14 @@ double percentage(const JSON& geometry) {
   return at(geometry, "adView.percentageInView").number().value_or(-1);
 }
 
+// What is measured in that session, and who tells it.
+std::string kind(const JSON& start) {
+  std::string words;
+  for (const auto* name : {"creativeType", "impressionType", "impressionOwner", "mediaEventsOwner"})
+    words += (words.empty() ? "" : " ") + *at(start, name).string();
+  return words;
+}
+
 // A screen that plays videos, as the library's own is.
 class Screen : public UIViewController, public UIViewControllerOMSDKSDKVelto {
   UIViewController& viewController() override { return *this; }
@@ -56,9 +63,6 @@ class SessionTest : public UITest {
     platform->veltoBundle().files["omsdk-v1.js"] = "service()";
     ASSERT_TRUE(OMIDVeltoSDK::sharedInstance()->isActive()) << "registering the key does that";
   }
-  std::shared_ptr<VeltoBannerViewControllerPrivate> working(VeltoBannerViewController& banner) {
-    return banner.vc();
-  }
 };
 
 TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
@@ -67,12 +71,8 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   EXPECT_TRUE(page().html().starts_with("<html><script>service()</script>"));
   EXPECT_EQ(calls(page()), "start");
   const auto start = argument(page(), "start");
-  EXPECT_EQ(at(start, "creativeType"), JSON("htmlDisplay"));
-  EXPECT_EQ(at(start, "impressionType"), JSON("beginToRender"));
-  EXPECT_EQ(at(start, "impressionOwner"), JSON("javascript"));
-  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("none"));
+  EXPECT_EQ(kind(start), "htmlDisplay beginToRender javascript none");
   EXPECT_EQ(at(start, "loaded"), JSON()) << "that is the page's";
-  EXPECT_EQ(at(start, "contentUrl"), JSON());
   EXPECT_EQ(at(start, "context.omidNativeInfo"),
             JSON(JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}}));
   EXPECT_EQ(percentage(at(start, "geometry")), 100);
@@ -106,56 +106,25 @@ TEST_F(SessionTest, ARefreshEndsTheOldPageAndGoesOnInTheNewOne) {
   const auto banner = this->banner();
   loadAd(*banner);
   auto& first = page();
-  const auto session = working(*banner)->omidSession();
+  const auto session = banner->vc()->omidSession();
   loadAd(*banner);
   auto& second = page();
   ASSERT_NE(&first, &second);
   EXPECT_EQ(calls(first), "start finish");
   EXPECT_EQ(calls(second), "start");
-  EXPECT_EQ(working(*banner)->omidSession(), session);
+  EXPECT_EQ(banner->vc()->omidSession(), session);
   ASSERT_TRUE(session);
   EXPECT_EQ(session->mainAdView(), second.webView().shared_from_this());
   EXPECT_NE(at(argument(first, "start"), "adSessionId"), at(argument(second, "start"), "adSessionId"));
   second.finish();  // the same page says so once more
   EXPECT_EQ(calls(second), "start start") << "a page that has its session ignores the second";
-  EXPECT_EQ(working(*banner)->omidSession(), session);
-
-  // The page that is on its way out has no say in the banner any more.
-  first.navigate("velto://failLoad");
-  platform->advance(1s);
-  EXPECT_EQ(platform->webViews().size(), 1u);
-  EXPECT_TRUE(second.webView().isInWindow());
-}
-
-TEST_F(SessionTest, AThousandRefreshesLeaveNothing) {
-  {
-    std::vector<std::weak_ptr<OMIDVeltoAdSession>> sessions;
-    platform->runUntilIdle();
-    const size_t before = platform->mainQueue().pending();
-    for (int i = 0; i < 1000; ++i) {
-      const auto banner = this->banner();
-      loadAd(*banner);
-      loadAd(*banner);
-      sessions.push_back(working(*banner)->omidSession());
-      EXPECT_FALSE(sessions.back().expired());
-      banner->removeBanner();
-      platform->advance(10ms);
-      ASSERT_LE(platform->webViews().size(), 2u * 101) << "a second of them at most";
-    }
-    platform->advance(2s);
-    for (const auto& session : sessions) EXPECT_TRUE(session.expired());
-    EXPECT_TRUE(platform->webViews().empty());
-    EXPECT_EQ(platform->mainQueue().pending(), before);
-  }
-  window->view().setFrame({{0, 0}, {400, 400}});
-  platform->runUntilIdle();
-  EXPECT_FALSE(ViewChanges::isObserved());
+  EXPECT_EQ(banner->vc()->omidSession(), session);
 }
 
 TEST_F(SessionTest, WhatCoversABannerIsSeenUnlessItIsFriendly) {
   const auto banner = this->banner();
   loadAd(*banner);
-  const auto& controller = working(*banner);
+  const auto& controller = banner->vc();
   const CGRect ad = frameInWindow(*controller->webView(), window->view());
   const auto cover = UIView::make();
   cover->setBackgroundColor(UIColor::blackColor());
@@ -184,9 +153,7 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   hidden.finish();
   EXPECT_EQ(calls(hidden), "start impression mediaVolume");
   const auto start = argument(hidden, "start");
-  EXPECT_EQ(at(start, "creativeType"), JSON("video"));
-  EXPECT_EQ(at(start, "impressionOwner"), JSON("native"));
-  EXPECT_EQ(at(start, "mediaEventsOwner"), JSON("native"));
+  EXPECT_EQ(kind(start), "video beginToRender native native");
   EXPECT_EQ(at(start, "loaded"), JSON(JSON::Object{}));
   const auto resources = at(start, "resources");
   ASSERT_TRUE(resources.array() && resources.array()->size() == 1);
@@ -226,7 +193,7 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
 TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
   const auto banner = this->banner();
   loadAd(*banner);
-  const auto controller = working(*banner);
+  const auto controller = banner->vc();
   const auto friendly = UIView::make();
   controller->addFriendlyObstructionOMSDKFor(friendly);
   headless::Platform::uninstall();
@@ -234,20 +201,6 @@ TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
   controller->impressionOMSDK();
   controller->finishOMSDKSession();
   EXPECT_EQ(controller->omidSession(), nullptr);
-}
-
-TEST_F(SessionTest, WithoutServiceScriptAllIsSilent) {
-  platform->veltoBundle().files.clear();
-  const auto banner = this->banner();
-  loadAd(*banner);
-  EXPECT_EQ(page().html(), readyPage);
-  EXPECT_EQ(working(*banner)->omidSession(), nullptr);
-  EXPECT_EQ(calls(page()), "");
-  working(*banner)->impressionOMSDK();
-  banner->removeBanner();
-  platform->runUntilIdle();
-  EXPECT_TRUE(platform->webViews().empty());
-  EXPECT_EQ(delegate->heard, std::vector<std::string>{"finish"});
 }
 
 }  // namespace

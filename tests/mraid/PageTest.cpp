@@ -1,12 +1,106 @@
 // Creatives against the page script and the whole library: what their scripts see, and in which order.
-#include "PageTest.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/ui/VeltoBannerViewControllerPrivate.h"
+#include "velto/velto.h"
 
-#include <fstream>
+#include "../../examples/demo/LinkTrap.h"
+#include "../support/AdWindow.h"
+#include "../support/LoopbackServer.h"
 
-namespace velto {
+namespace velto::test {
 namespace {
 
-class Page : public test::PageTest {};
+// Writes down each event with the state and size that the getters answer at that moment.
+const std::string logging = R"(<script src="mraid.js"></script><script>
+  window.log = [];
+  ['ready', 'error', 'sizeChange', 'stateChange', 'exposureChange', 'audioVolumeChange', 'viewableChange'].forEach(event =>
+    mraid.addEventListener(event, (...args) => log.push([event, ...args].join(' ') + ' @' + mraid.getState() + ' ' +
+      mraid.getCurrentPosition().width + 'x' + mraid.getCurrentPosition().height)));
+</script>)";
+
+class Page : public testing::Test, public VeltoBannerViewControllerDelegate {
+ protected:
+  Page() {
+    trap();
+    gtk_init();
+    gtk::install({.applicationIdentifier = "org.example.pages",
+                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); },
+                  .mayAddCalendarEvents = true});
+    VeltoFramework::addVeltoKey("key");
+    window = newWindow(400, 600, gtk_label_new("content"));
+    host = present(window);
+    banner = VeltoBannerViewControllerPrivate::initWithDelegate(
+        std::shared_ptr<VeltoBannerViewControllerDelegate>(std::shared_ptr<void>(), this),
+        VeltoBannerSize320x50, VeltoBannerPositionTop, {}, nullptr);
+  }
+  ~Page() override {
+    banner->removeBanner();
+    runUntil([&] { return host->view()->subviews().empty(); });
+    banner.reset();
+    host.reset();
+    gtk::uninstall();
+    gtk_window_destroy(window);
+  }
+  std::shared_ptr<UIViewController> presentViewController() override { return host; }
+
+  static std::shared_ptr<VeltoAd> ad(const std::string& body, int width = 320, int height = 50) {
+    NSURLResponse response{"https://ads.example/", true, 200, {}};
+    response.allHeaderFields.set("x-content", "html");
+    response.allHeaderFields.set("x-width", std::to_string(width));
+    response.allHeaderFields.set("x-height", std::to_string(height));
+    return VeltoAd::adWithHTML("<html><head></head><body>" + body + "</body></html>", VeltoBannerSize320x50,
+                               VeltoTaskResponseHeaders::headersFor(response));
+  }
+  // Shows it and waits until its page has heard that it is ready. `before` runs in the page before the page
+  // script.
+  void show(const std::string& body, const std::string& before = "") {
+    banner->fetchBannerSuccess(ad(logging + body));
+    if (!before.empty()) web()->addUserScript({before, WKUserScriptInjectionTime::AtDocumentStart, true});
+    ASSERT_TRUE(holds("typeof mraid === 'object' && mraid.getState() !== 'loading'"));
+  }
+  // Waits for the expression to be true in the page.
+  bool holds(const std::string& expression) {
+    return runUntil([&] { return value(expression) == JSON(true); });
+  }
+  JSON value(const std::string& expression, std::shared_ptr<WKWebView> page = nullptr) {
+    std::optional<JSON> result;
+    bool answered = false;
+    (page ? page : web())->evaluateJavaScript(expression, [&](const auto& found, const auto&) {
+      result = found;
+      answered = true;
+    });
+    while (!answered) g_main_context_iteration(nullptr, TRUE);
+    return result.value_or(JSON());
+  }
+  std::string text(const std::string& expression, std::shared_ptr<WKWebView> page = nullptr) {
+    const JSON found = value(expression, std::move(page));
+    return found.string() ? *found.string() : "(no text)";
+  }
+  // What was logged since the last call, one event a line.
+  std::string log(std::shared_ptr<WKWebView> page = nullptr) {
+    return text("log.splice(0).join('\\n')", std::move(page));
+  }
+  void run(const std::string& statements) { value("(() => {" + statements + "})()"); }
+  void tap(CGPoint point) { click(window, point); }
+  std::string state() { return banner->veltoGetMRAIDHandler()->state; }
+  CGRect frame() { return {host->view()->convertPointFromView({0, 0}, *web()), web()->frame().size}; }
+  std::shared_ptr<WKWebView> web() { return banner->webView(); }
+  std::shared_ptr<WKWebView> secondWeb() {
+    for (const auto& view : banner->view()->subviews())
+      if (auto page = std::dynamic_pointer_cast<WKWebView>(view); page && page != web()) return page;
+    return nullptr;
+  }
+
+  static demo::LinkTrap& trap() {
+    static demo::LinkTrap made;  // before anything asks for the applications of this desktop
+    return made;
+  }
+  std::vector<std::string> refused;
+  GtkWindow* window = nullptr;
+  std::shared_ptr<UIViewController> host;
+  std::shared_ptr<VeltoBannerViewControllerPrivate> banner;
+};
 
 TEST_F(Page, TheScriptIsThereFirstAndOnce) {
   show(R"(<script>
@@ -140,7 +234,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
     show(twenty, before);
     EXPECT_EQ(text("typeof webkit.messageHandlers"), *before ? "undefined" : "object");
     EXPECT_TRUE(holds("document.getElementById('end') !== null"));
-    ASSERT_TRUE(test::runUntil([&] { return refused.size() == 20; })) << refused.size();
+    ASSERT_TRUE(runUntil([&] { return refused.size() == 20; })) << refused.size();
     for (size_t i = 0; i < 20; ++i) EXPECT_EQ(refused[i], "https://shop.example/" + std::to_string(i));
     EXPECT_TRUE(holds("!document.querySelector('iframe:not([name^=omid])')"));
   }
@@ -148,7 +242,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
                                               "https://shop.example/%C3%BC?q=mraid://close"};
   for (const auto& address : addresses) run("mraid.open('" + address + "')");
   run("mraid.open('https://shop.example/a b'); mraid.open('https://shop.example/\\u00fc')");
-  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 24; }));
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 24; }));
   EXPECT_EQ(refused[20], addresses[0]);
   EXPECT_EQ(refused[21], addresses[1]);
   EXPECT_EQ(refused[22], "https://shop.example/a%20b");
@@ -157,7 +251,7 @@ TEST_F(Page, CommandsArriveInOrderWithExactAddressesAndCutNothingOff) {
   refused.clear();
   run("for (let i = 0; i < 1000; ++i) { mraid.expand(); mraid.open('https://shop.example/' + i); "
       "mraid.close(); }");
-  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 1000; })) << refused.size();
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 1000; })) << refused.size();
   EXPECT_EQ(refused[999], "https://shop.example/999");
   ASSERT_TRUE(holds("mraid.getState() === 'default' && innerWidth === 320"));
   EXPECT_EQ(state(), "default");
@@ -170,53 +264,41 @@ TEST_F(Page, OnlyATouchedAdOpens) {
     addEventListener('pointerdown', () => mraid.open('https://shop.example/tapped'));
     mraid.addEventListener('stateChange', () => mraid.open('https://shop.example/by-itself'));
   </script>)");
-  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 1; })) << "our own statements are nobody's touch";
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 1; })) << "our own statements are nobody's touch";
   tap({200, 25});
-  ASSERT_TRUE(test::runUntil([&] { return !trap().opened().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !trap().opened().empty(); }));
   EXPECT_EQ(trap().opened(), (std::vector<std::string>{"https://shop.example/tapped"}));
   run("mraid.open('file:///etc/passwd')");
   bool later = false;
   Platform::current().mainQueue().postAfter(std::chrono::milliseconds(2100), [&] { later = true; });
-  ASSERT_TRUE(test::runUntil([&] { return later; }));
+  ASSERT_TRUE(runUntil([&] { return later; }));
   run("mraid.open('https://shop.example/too-late')");
-  ASSERT_TRUE(test::runUntil([&] { return refused.size() == 2; }));
+  ASSERT_TRUE(runUntil([&] { return refused.size() == 2; }));
   EXPECT_EQ(refused[1], "https://shop.example/too-late");
 }
 
 TEST_F(Page, TwoParts) {
-  test::SecondParts parts;
-  parts.pages["/second"] = "<html><head></head><body>" + test::logging + "<p>second</p></body></html>";
-  const std::string address = parts.address("/second");
+  LoopbackServer server;
+  server->Get("/second", [](const auto&, auto& response) {
+    response.set_header("x-content", "html");
+    response.set_content("<html><head></head><body>" + logging + "second</body></html>", "text/html");
+  });
+  server.start();
+  const std::string address = server.address("/second");
   show("");
   log();
   run("mraid.expand('" + address + "'); mraid.expand('" + address + "');");
-  ASSERT_TRUE(test::runUntil([&] { return secondWeb() != nullptr; }));
+  ASSERT_TRUE(runUntil([&] { return secondWeb() != nullptr; }));
   const auto second = secondWeb();
-  ASSERT_TRUE(test::runUntil([&] { return value("!!window.log && log.length > 4", second) == JSON(true); }));
+  ASSERT_TRUE(runUntil([&] { return value("!!window.log && log.length > 4", second) == JSON(true); }));
   EXPECT_EQ(log(second).substr(0, 22), "ready @expanded 400x60") << "expanded before it is ready";
   EXPECT_EQ(state(), "expanded");
   EXPECT_EQ(second->frame(), (CGRect{{0, 0}, {400, 600}}));
   value("mraid.close()", second);
-  ASSERT_TRUE(test::runUntil([&] { return !secondWeb(); }));
+  ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
   EXPECT_EQ(state(), "default");
   EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
   EXPECT_EQ(banner->view()->subviews().size(), 1U) << "one second part for two commands";
-
-  // What was under way for an ad does not reach the next one.
-  const auto old = web();
-  run("mraid.expand('" + address +
-      "'); mraid.setResizeProperties({width: 300, height: 250, offsetX: 0, offsetY: 0}); "
-      "mraid.resize();");
-  ASSERT_TRUE(test::runUntil([&] { return banner->veltoGetMRAIDHandler()->resizeProperty != nullptr; }));
-  show("");
-  bool later = false;
-  Platform::current().mainQueue().postAfter(std::chrono::milliseconds(500), [&] { later = true; });
-  ASSERT_TRUE(test::runUntil([&] { return later; }));
-  EXPECT_EQ(state(), "default");
-  EXPECT_FALSE(secondWeb());
-  EXPECT_TRUE(web()->subviews().empty());
-  value("mraid.expand()", old);
-  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
 }
 
 TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {
@@ -231,7 +313,7 @@ TEST_F(Page, ForcedOrientationTurnsTheWindowAndGoesBack) {
   run("mraid.setOrientationProperties({forceOrientation: 'landscape'});");
   ASSERT_TRUE(holds("innerWidth === 600"));
   run("mraid.close()");
-  ASSERT_TRUE(test::runUntil([&] { return host->view()->bounds().size == CGSize{400, 600}; }));
+  ASSERT_TRUE(runUntil([&] { return host->view()->bounds().size == CGSize{400, 600}; }));
 }
 
 TEST_F(Page, CalendarEventsAreJudgedAndWrittenAsTheHostReadsThem) {
@@ -261,4 +343,4 @@ TEST_F(Page, CalendarEventsAreJudgedAndWrittenAsTheHostReadsThem) {
 }
 
 }  // namespace
-}  // namespace velto
+}  // namespace velto::test

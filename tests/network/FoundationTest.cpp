@@ -101,16 +101,6 @@ TEST(DateTest, CalendarDatesWithZone) {
     EXPECT_EQ(seconds(bad), std::nullopt) << bad;
 }
 
-TEST(ColorTest, AdjustingHasACeilingAndNoFloor) {
-  const UIColor color({0.2, 0.9, 0.5, 0.7});
-  const auto dark = *SDKVelto::darker(color, 0.3).components();
-  EXPECT_NEAR(dark.red, -0.1, 1e-12);
-  EXPECT_EQ(dark.alpha, 0.7);
-  const auto light = *SDKVelto::lighter(color, -0.3).components();
-  EXPECT_EQ(light.green, 1.0);
-  EXPECT_EQ(SDKVelto::darker(UIColor::unreadable(), 1), UIColor::unreadable());
-}
-
 TEST(URLTest, QueryItemsAreEscapedAsQueriesAreAndNoMore) {
   const auto url = *NSURL::URLWithString("https://h.example/p?old=1#f");
   EXPECT_EQ(url.URLByReplacingQueryItems({{"a b", "x&y=z+1"}, {"p", "/?:@!$'()*,;~"}, {"u", "\xc3\xa9#%"}})

@@ -67,8 +67,7 @@ TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
   };
   EXPECT_EQ(query(0, VeltoBannerSizeInterstitial), "at=notvalid");
   EXPECT_EQ(query(3, 0), "none");
-  for (const auto& [size, word] : {std::pair(VeltoBannerSizeSmart, "Smart%20Banner"),
-                                   {VeltoBannerSize320x50, "320x50"},
+  for (const auto& [size, word] : {std::pair(VeltoBannerSize320x50, "320x50"),
                                    {VeltoBannerSize728x90, "728x90"},
                                    {VeltoBannerSize300x250, "300x250"}})
     EXPECT_EQ(query(1, size), std::string("at=banner&fsz=") + word);

@@ -45,10 +45,18 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
     page.navigate("velto://loadFinished");
     platform->runUntilIdle();
   }
+  // Ends what an interstitial shows; a banner needs no end.
+  void closeScreen() {
+    if (!isBanner()) fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+  }
+  void remove() {
+    isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+    platform->advance(1s);
+  }
   // Another ad in its place: at once in a banner, once the screen has closed for an interstitial.
   void replace(const std::string& markupText, const std::string& body = "") {
-    if (!isBanner()) fullAd->vc()->_tapCloseButton();
-    if (!isBanner()) platform->advance(1s);
+    closeScreen();
     show(markupText, body);
   }
   void presentByAdapter(const std::shared_ptr<test::FakeAdapter>& adapter) {
@@ -71,6 +79,7 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
   std::shared_ptr<VeltoBannerViewController> bannerAd = banner(VeltoBannerPositionTop);
   std::shared_ptr<VeltoInterstitialViewController> fullAd =
       VeltoInterstitialViewController::initWithDelegate(full);
+  const std::string landscape = R"(setOrientationProperties?p={"forceOrientation":"landscape"})";
   const std::string rich = "<script src='mraid.js'></script>rich";
 };
 
@@ -93,7 +102,10 @@ TEST_P(ShownAdTest, APressIsToldAndTrackedOnceWithTheAdsIdentifiers) {
 }
 
 TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
-  show(rich);
+  show("ad");
+  EXPECT_FALSE(platform->audioSession().isActive()) << "only rich media asks for sound";
+  replace(rich);
+  EXPECT_TRUE(platform->audioSession().isActive());
   EXPECT_TRUE(measured(page(), "start"));
   EXPECT_EQ(host().omidSession()->mainAdView(), host().webView());
   EXPECT_EQ(host().veltoGetMRAIDHandler()->placementType, MRAIDPlacementType[isBanner() ? 1 : 2]);
@@ -106,8 +118,7 @@ TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
   window->show();
   EXPECT_TRUE(host().veltoGetMRAIDHandler()->isViewable);
   const auto session = host().omidSession();
-  isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
-  platform->runUntilIdle();
+  remove();
   EXPECT_TRUE(session->isFinished());
   EXPECT_EQ(host().omidSession(), nullptr);
 }
@@ -118,33 +129,30 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
   for (const std::string end : {"close", "another ad", "removal"}) {
     show(rich);
     page().navigate("mraid://expand");
-    page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+    page().navigate(mraid(landscape));
     EXPECT_EQ(orientation, 4) << end;
+    EXPECT_GT(platform->application().rotationAttempts, 0);
     EXPECT_EQ(host().supportedInterfaceOrientations(), 16U);
-    page().navigate(
-        "mraid://"
-        "setOrientationProperties?p=%7B%22forceOrientation%22%3A%22portrait%22,%22allowOrientationChange%22%"
-        "3Afalse%7D");
+    page().navigate(mraid(
+        R"(setOrientationProperties?p={"forceOrientation":"portrait","allowOrientationChange":false})"));
     EXPECT_EQ(orientation, 1);
     EXPECT_FALSE(host().shouldAutorotate());
     if (end == "close") page().navigate("mraid://close");
     if (end == "another ad") replace("ad");
-    if (end == "removal") isBanner() ? bannerAd->removeBanner() : fullAd->vc()->_tapCloseButton();
+    if (end == "removal") remove();
     platform->advance(1s);
     EXPECT_EQ(orientation, 3) << end;
     EXPECT_EQ(host().shouldAutorotate(), end != "close" || !isBanner()) << "the page that stays has its say";
-    if (!isBanner()) fullAd->vc()->_tapCloseButton();
-    platform->advance(1s);
+    closeScreen();
   }
   show(rich);
-  page().navigate("mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D");
+  page().navigate(mraid(landscape));
   platform->urlSession().enqueue(status(404));
   page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
   EXPECT_EQ(orientation, 4);
   platform->runUntilIdle();
   EXPECT_EQ(orientation, isBanner() ? 3 : 4) << "a second part that never came has forced it for nothing";
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
-  platform->advance(1s);
+  closeScreen();
   platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{4}});
   show("ad");
   replace("ad");
@@ -157,10 +165,9 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   const auto button = [this] { return host().veltoCloseButton(); };
   const auto screensOwn = button();
   EXPECT_EQ(screensOwn != nullptr, !isBanner());
-  page().navigate(
-      "mraid://"
-      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A150%2C%22offsetX%22%3A0%2C%22offsetY%22%"
-      "3A0%7D");
+  const auto webView = host().webView();
+  heard().clear();
+  page().navigate(mraid(R"(setResizeProperties?p={"width":200,"height":150,"offsetX":0,"offsetY":0})"));
   page().navigate("mraid://resize");
   platform->advance(100ms);
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "resized");
@@ -170,8 +177,10 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   window->setSight({});
   platform->advance(1s);
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100) << "the close button is friendly";
-  button()->sendTouchUpInside();
+  const CGRect area = frameInWindow(*button(), window->view());
+  window->tap({area.midX(), area.midY()});
   platform->advance(100ms);
+  EXPECT_EQ(heard(), Heard{}) << "closing is no press of the ad";
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "default");
   EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
   EXPECT_EQ(button() != nullptr, !isBanner()) << "a screen has its own close button back";
@@ -181,6 +190,8 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   platform->advance(1s);
   EXPECT_EQ(frameInWindow(*host().webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100);
+  EXPECT_EQ(host().webView(), webView);
+  EXPECT_EQ(page().loads().size(), 1U) << "not loaded again";
   button()->sendTouchUpInside();
   platform->advance(1s);
   if (isBanner()) {
@@ -190,7 +201,29 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
     platform->runUntilIdle();
   }
   EXPECT_EQ(host().webView(), nullptr) << "to close or unload it is to leave";
-  EXPECT_EQ(heard().back(), isBanner() ? "finish" : "dismissed");
+  EXPECT_EQ(heard(), isBanner() ? Heard{} : (Heard{"close", "dismissed"}));
+}
+
+TEST_P(ShownAdTest, AVideoOfThePageStandsOverItsAdAndGoesWithIt) {
+  const std::string command = "playVideo?u=https://videos.example/a.webm";
+  show(rich);
+  page().navigate(mraid("playVideo?u=odd://videos.example/a.webm"));
+  platform->runUntilIdle();
+  EXPECT_TRUE(platform->media().players().empty());
+  page().navigate(mraid(command));
+  platform->runUntilIdle();
+  ASSERT_EQ(platform->media().players().size(), 1U);
+  EXPECT_TRUE(window->pressEscape());  // the player, which is on top, and not the ad
+  platform->advance(1s);
+  EXPECT_TRUE(platform->media().players().back()->isReleased());
+  EXPECT_TRUE(host().webView()->isInWindow());
+
+  page().navigate(mraid(command));
+  platform->runUntilIdle();
+  ASSERT_TRUE(host().player()->isPlaying());
+  remove();
+  EXPECT_TRUE(platform->media().players().back()->isReleased());
+  EXPECT_EQ(window->controller()->presentedViewController(), nullptr);
 }
 
 TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
@@ -237,9 +270,8 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
 
   // And the page that an adapter's view replaces goes, too.
   const std::weak_ptr<WKWebView> page = shown;
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
   const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
-  platform->advance(1s);
+  closeScreen();
   presentByAdapter(adapter);
   EXPECT_EQ(host().webView(), nullptr);
 }
@@ -253,8 +285,7 @@ TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {
   show("ad");
   center.postNotification({ready, stray});
   EXPECT_EQ(stray->root.lock(), nullptr) << "a page's ad has no adapter";
-  if (!isBanner()) fullAd->vc()->_tapCloseButton();
-  platform->advance(1s);
+  closeScreen();
 
   presentByAdapter(adapter);
   EXPECT_EQ(adapter->root.lock().get(), &host());

@@ -14,65 +14,37 @@ namespace {
 
 using headless::Answer;
 
-// Checks the order of what one interstitial tells, and that nothing comes after its end.
-struct StrictInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
-  using Controller = VeltoInterstitialViewControllerPrivate;
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoInterstitialViewControllerDidFinishLoad(Controller&) override {
-    EXPECT_FALSE(shown) << "an ad became ready while another was on the screen";
-    EXPECT_FALSE(closing);
-    ready = true;
-    tell();
-  }
-  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd&) override { tell(); }
-  void veltoInterstitialViewControllerDidAppear(Controller& controller) override {
-    EXPECT_TRUE(ready && !shown && !closing);
-    EXPECT_NE(controller.presentingViewController(), nullptr);
-    shown = true;
-    tell();
-  }
-  void veltoInterstitialViewControllerDidPress(Controller&) override { tell(); }
-  void veltoInterstitialViewControllerDidClose(Controller&) override {
-    EXPECT_FALSE(closing) << "closed twice";
-    closing = true;
-    ready = false;
-    tell();
-  }
-  void onVeltoInterstitialDismissed(Controller& controller) override {
-    EXPECT_TRUE(closing) << "dismissed without a close";
-    EXPECT_EQ(controller.presentingViewController(), nullptr);
-    closing = shown = false;
-    tell();
-  }
-  void tell() {
-    EXPECT_TRUE(alive) << "a call after the end";
-    if (onCall) onCall();
-  }
-
-  std::weak_ptr<UIViewController> host;
-  std::function<void()> onCall;
+// A delegate that knows where its ad stands.
+template <class Recording>
+struct Strict : Recording {
   bool alive = true;
   bool ready = false;
   bool shown = false;
   bool closing = false;
 };
+using StrictBannerDelegate = Strict<test::RecordingDelegate>;
+using StrictInterstitialDelegate = Strict<test::RecordingInterstitialDelegate>;
 
-struct StrictBannerDelegate : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override { tell(); }
-  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate&) override { tell(); }
-  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate&, const VeltoErrorAd&) override {
-    tell();
+void followLast(StrictBannerDelegate&) {}
+// Checks the order of what one interstitial tells.
+void followLast(StrictInterstitialDelegate& told) {
+  const auto& what = told.heard.back();
+  const auto* presenting = told.lastController->presentingViewController();
+  if (what == "finish") {
+    EXPECT_FALSE(told.shown || told.closing) << "an ad became ready while another was on the screen";
+    told.ready = true;
+  } else if (what == "appear") {
+    EXPECT_TRUE(told.ready && !told.shown && !told.closing && presenting);
+    told.shown = true;
+  } else if (what == "close") {
+    EXPECT_FALSE(told.closing) << "closed twice";
+    told.closing = true;
+    told.ready = false;
+  } else if (what == "dismissed") {
+    EXPECT_TRUE(told.closing && !presenting) << "dismissed without a close";
+    told.closing = told.shown = false;
   }
-  void tell() {
-    EXPECT_TRUE(alive) << "a call after the end";
-    if (onCall) onCall();
-  }
-
-  std::weak_ptr<UIViewController> host;
-  std::function<void()> onCall;
-  bool alive = true;
-};
+}
 
 // Adapters of a network that answers with ads of its own, whatever becomes of them.
 struct WalkNetwork : VeltoAdMediationAdapterProtocol {
@@ -119,22 +91,29 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     slot.ad.reset();
     slot.delegate->alive = false;
   }
-  void begin(Interstitial& slot) {
-    slot.delegate = std::make_shared<StrictInterstitialDelegate>();
-    slot.delegate->host = window->controller();
-    slot.ad = VeltoInterstitialViewController::initWithDelegate(slot.delegate);
-    slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
-    slot.ad->setAutoShowWhenReady(below(3) == 0);
-    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+  std::shared_ptr<VeltoInterstitialViewController> made(
+      const std::shared_ptr<StrictInterstitialDelegate>& told) {
+    auto ad = VeltoInterstitialViewController::initWithDelegate(told);
+    ad->setAutoShowWhenReady(below(3) == 0);
+    return ad;
   }
-  void begin(Banner& slot) {
-    slot.delegate = std::make_shared<StrictBannerDelegate>();
-    slot.delegate->host = window->controller();
-    slot.ad = VeltoBannerViewController::initWithDelegate(slot.delegate, VeltoBannerSize320x50,
+  std::shared_ptr<VeltoBannerViewController> made(const std::shared_ptr<StrictBannerDelegate>& told) {
+    auto ad = VeltoBannerViewController::initWithDelegate(told, VeltoBannerSize320x50,
                                                           static_cast<VeltoBannerPosition>(below(2)));
-    slot.ad->setEnableAutoRefresh(below(2) == 0);
+    ad->setEnableAutoRefresh(below(2) == 0);
+    return ad;
+  }
+  template <class Ad, class Delegate>
+  void begin(Slot<Ad, Delegate>& slot) {
+    slot.delegate = std::make_shared<Delegate>();
+    slot.delegate->host = window->controller();
+    slot.ad = made(slot.delegate);
     slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
-    slot.delegate->onCall = [this, &slot] { inCallback(slot); };
+    slot.delegate->onCall = [this, &slot, told = slot.delegate.get()] {
+      EXPECT_TRUE(told->alive) << "a call after the end";
+      followLast(*told);
+      inCallback(slot);
+    };
   }
   template <class Slot>
   void hostStep(Slot& slot) {
@@ -239,11 +218,6 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     }
   }
 
-  size_t closeButtons(const UIView& view) {
-    size_t count = dynamic_cast<const VeltoCloseButton*>(&view) ? 1 : 0;
-    for (const auto& subview : view.subviews()) count += closeButtons(*subview);
-    return count;
-  }
   bool isOnScreen(const Interstitial& slot) const {
     return slot.ad && slot.delegate->shown && !slot.delegate->closing;
   }
@@ -286,10 +260,8 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
       "mraid://close",
       "mraid://resize",
       "mraid://expand?url=https%3A%2F%2Fads.example%2Fsdk%2Ftwo",
-      "mraid://"
-      "setResizeProperties?p=%7B%22width%22%3A200%2C%22height%22%3A100%2C%22offsetX%22%3A0%2C%22offsetY%22%"
-      "3A0%7D",
-      "mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22landscape%22%7D",
+      mraid(R"(setResizeProperties?p={"width":200,"height":100,"offsetX":0,"offsetY":0})"),
+      mraid(R"(setOrientationProperties?p={"forceOrientation":"landscape"})"),
       "mraid://unload"};
 };
 

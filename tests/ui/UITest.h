@@ -10,35 +10,10 @@
 
 namespace velto::test {
 
-struct RecordingDelegate : VeltoBannerViewControllerDelegate {
-  std::weak_ptr<UIViewController> host;
-  std::vector<std::string> heard;
-  std::optional<VeltoErrorAd> lastError;
-  const VeltoBannerViewControllerPrivate* lastController = nullptr;
-  std::function<void()> onCall;
-
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate& c) override {
-    note("finish", c);
-  }
-  void veltoBannerViewControllerDidPress(VeltoBannerViewControllerPrivate& c) override { note("press", c); }
-  void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& c) override { note("close", c); }
-  void veltoBannerViewControllerDidFail(VeltoBannerViewControllerPrivate& c,
-                                        const VeltoErrorAd& error) override {
-    lastError = error;
-    note("fail " + std::to_string(error.errorCode), c);
-  }
-
- private:
-  void note(const std::string& what, const VeltoBannerViewControllerPrivate& controller) {
-    heard.push_back(what);
-    lastController = &controller;
-    if (onCall) onCall();
-  }
-};
-
-struct RecordingInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
-  using Controller = VeltoInterstitialViewControllerPrivate;
+// Writes down what a controller tells its delegate.
+template <class Delegate, class Told>
+struct Recorder : Delegate {
+  using Controller = Told;
   std::weak_ptr<UIViewController> host;
   std::vector<std::string> heard;
   std::optional<VeltoErrorAd> lastError;
@@ -46,22 +21,36 @@ struct RecordingInterstitialDelegate : VeltoInterstitialViewControllerDelegate {
   std::function<void()> onCall;
 
   std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoInterstitialViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
-  void veltoInterstitialViewControllerDidFail(Controller& c, const VeltoErrorAd& error) override {
-    lastError = error;
-    note("fail " + std::to_string(error.errorCode), c);
-  }
-  void veltoInterstitialViewControllerDidAppear(Controller& c) override { note("appear", c); }
-  void veltoInterstitialViewControllerDidPress(Controller& c) override { note("press", c); }
-  void veltoInterstitialViewControllerDidClose(Controller& c) override { note("close", c); }
-  void onVeltoInterstitialDismissed(Controller& c) override { note("dismissed", c); }
 
- private:
+ protected:
   void note(const std::string& what, const Controller& controller) {
     heard.push_back(what);
     lastController = &controller;
     if (onCall) onCall();
   }
+  void noteFailure(const VeltoErrorAd& error, const Controller& controller) {
+    lastError = error;
+    note("fail " + std::to_string(error.errorCode), controller);
+  }
+};
+
+struct RecordingDelegate : Recorder<VeltoBannerViewControllerDelegate, VeltoBannerViewControllerPrivate> {
+  void veltoBannerViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
+  void veltoBannerViewControllerDidPress(Controller& c) override { note("press", c); }
+  void veltoBannerViewControllerDidClose(Controller& c) override { note("close", c); }
+  void veltoBannerViewControllerDidFail(Controller& c, const VeltoErrorAd& e) override { noteFailure(e, c); }
+};
+
+struct RecordingInterstitialDelegate
+    : Recorder<VeltoInterstitialViewControllerDelegate, VeltoInterstitialViewControllerPrivate> {
+  void veltoInterstitialViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
+  void veltoInterstitialViewControllerDidFail(Controller& c, const VeltoErrorAd& error) override {
+    noteFailure(error, c);
+  }
+  void veltoInterstitialViewControllerDidAppear(Controller& c) override { note("appear", c); }
+  void veltoInterstitialViewControllerDidPress(Controller& c) override { note("press", c); }
+  void veltoInterstitialViewControllerDidClose(Controller& c) override { note("close", c); }
+  void onVeltoInterstitialDismissed(Controller& c) override { note("dismissed", c); }
 };
 
 class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
@@ -111,14 +100,32 @@ class UITest : public HeadlessTest {
     return VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, position);
   }
   headless::RecordingWebView& page() { return platform->views().webView(); }
+  template <class Ad>
+  void load(Ad& ad, headless::Answer answer) {
+    platform->urlSession().enqueue("/sdk/", std::move(answer));
+    ad.load();
+    platform->runUntilIdle();
+  }
   // Loads an ad into the banner and plays its page to the end.
   void loadAd(VeltoBannerViewController& banner, headless::Answer answer = markup()) {
-    platform->urlSession().enqueue(std::move(answer));
-    banner.load();
-    platform->runUntilIdle();
+    load(banner, std::move(answer));
     page().finish();
     page().navigate("velto://loadFinished");
     platform->runUntilIdle();
+  }
+  // The address of the command "name" or "name?item=value", the value as it is before it is escaped.
+  static std::string mraid(const std::string& text) {
+    const size_t question = text.find('?');
+    const auto bare = NSURL::URLWithString("mraid://" + text.substr(0, question)).value();
+    if (question == std::string::npos) return bare.absoluteString();
+    const size_t equals = text.find('=');
+    const auto item = text.substr(question + 1, equals - question - 1);
+    return bare.URLByReplacingQueryItems({{item, text.substr(equals + 1)}}).absoluteString();
+  }
+  static size_t closeButtons(const UIView& view) {
+    size_t count = dynamic_cast<const VeltoCloseButton*>(&view) ? 1 : 0;
+    for (const auto& subview : view.subviews()) count += closeButtons(*subview);
+    return count;
   }
   static CGRect frameInWindow(const UIView& view, const UIView& root) {
     return {root.convertPointFromView({0, 0}, view), view.frame().size};

@@ -38,12 +38,6 @@ TEST_F(WebViewHostTest, Configuration) {
   EXPECT_FALSE(page().scrollBehavior().bounces);
   EXPECT_FALSE(page().scrollBehavior().scrollEnabled);
   EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 2);
-
-  platform->device().facts.systemVersion = "9.3";
-  const auto older = shown->createWKWebViewInstance({});
-  EXPECT_EQ(page().configuration().dataDetectorTypes, 0U);
-  EXPECT_FALSE(page().configuration().requiresUserActionForMediaPlayback);
-  EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 0);
 }
 
 TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
@@ -63,12 +57,6 @@ TEST_F(WebViewHostTest, MarkupIsLoadedOnceWebDataIsGoneAndTheAdIsToldAsShown) {
   EXPECT_FALSE(page().loads()[0].baseURL);
   EXPECT_EQ(order, std::vector<std::string>{"<p>x</p>"});
   EXPECT_TRUE(page().hasRun("navigator.userAgent"));
-
-  const auto empty = std::make_shared<VeltoAd>();
-  shown->loadBannerDataIn(view, empty);
-  platform->runUntilIdle();
-  EXPECT_EQ(page().loads().size(), 1U);
-  EXPECT_EQ(order.size(), 1U);
 }
 
 TEST_F(WebViewHostTest, NavigationPolicy) {
@@ -107,32 +95,6 @@ TEST_F(WebViewHostTest, NavigationPolicy) {
   }
   EXPECT_EQ(page().navigate(WKNavigationAction{}), Policy::Cancel);
   EXPECT_EQ(delegate->heard, (std::vector<std::string>{"finish", "finish"}));
-}
-
-TEST_F(WebViewHostTest, DelegatesOfTheOtherKindHearNothing) {
-  struct Other : VeltoInterstitialViewControllerDelegate {
-    int calls = 0;
-    std::shared_ptr<UIViewController> presentViewController() override {
-      ++calls;
-      return nullptr;
-    }
-    void veltoInterstitialViewControllerDidPress(VeltoInterstitialViewControllerPrivate&) override {
-      ++calls;
-    }
-  };
-  const auto other = std::make_shared<Other>();
-  host.notifyDidPress(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other));
-  EXPECT_EQ(
-      host.getUserViewControllerForDelegate(std::shared_ptr<VeltoInterstitialViewControllerDelegate>(other)),
-      nullptr);
-  EXPECT_EQ(other->calls, 0);
-  const VeltoControllerDelegate own = std::shared_ptr<VeltoBannerViewControllerDelegate>(delegate);
-  host.notifyDidFail(own, std::nullopt);
-  host.notifyDidAppear(own);
-  host.notifyDidDisappear(own);
-  host.notifyDidPress(VeltoControllerDelegate());
-  host.notifyDidPress(std::shared_ptr<VeltoBannerViewControllerDelegate>());
-  EXPECT_EQ(delegate->heard, std::vector<std::string>{"fail 1"});
 }
 
 TEST_F(WebViewHostTest, DispatchByKindOfAd) {
