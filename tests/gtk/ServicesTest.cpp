@@ -119,7 +119,7 @@ TEST_F(ServicesTest, TheCarrierIsTheOneOfTheSim) {
   service->update(modemPath, gsmInterface, "{'RegistrationState': <uint32 5>, 'OperatorName': <'Abroad'>}");
   EXPECT_TRUE(runUntil([] { return carrier() == "Home Mobile/310-260"; })) << "roaming";
   service->update(simPath, simInterface,
-                  "{'OperatorIdentifier': <uint32 7>, 'OperatorName': <'Only a name'>}");
+                  "{'OperatorIdentifier': <'nonsense'>, 'OperatorName': <'Only a name'>}");
   EXPECT_TRUE(runUntil([] { return carrier() == "Only a name/-"; }));
 
   const std::map<uint32_t, std::optional<std::string>> technologies{
