@@ -72,18 +72,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       readRecords(text);
       break;
     default: {
-      // Random bytes hardly ever spell a tag, so some of them stand for its parts.
-      static constexpr std::string_view parts[] = {
-          "<script", "src", "mraid.js", "</script>", "=", " ", "\\", "\"", "'", ">", "\n", "<", "SRC", "x"};
-      std::string markup;
-      for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < std::size(parts) * 4)
-          markup += parts[byte / 4];
-        else
-          markup += c;
-      }
-      removeTags(markup);
+      static const std::map<char, std::string_view> parts{{'A', "<script"},   {'B', "src"}, {'C', "mraid.js"},
+                                                          {'D', "</script>"}, {'E', "\\"},  {'F', "SRC"}};
+      removeTags(spelled(text, parts));
     }
   }
   return 0;

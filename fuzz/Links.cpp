@@ -1,4 +1,6 @@
-// The search for the no-fill link, against a plain one that looks at every link of the text in turn.
+// What is looked for in pages: the no-fill link, against a plain search that looks at every link of the text in
+// turn; the publisher's identifiers, which are parts of one link.
+#include "velto/ads/AdPublisherInfoSDKVelto.h"
 #include "velto/ads/AdSDKVelto.h"
 
 #include <algorithm>
@@ -38,16 +40,11 @@ bool plainSearch(std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  // Random bytes hardly ever spell the link, so some of them stand for it.
-  std::string text;
-  for (const char c : asText(data, size)) {
-    if (c == 'N')
-      text += wanted;
-    else if (c == 'S')
-      text += "://";
-    else
-      text += c;
-  }
+  const auto text = spelled(
+      asText(data, size),
+      {{'N', wanted}, {'S', "://"}, {'O', "ord%3D"}, {'B', "veltos%3D"}, {'P', "veltop%3D"}, {'A', "%26"}});
+  if (const auto found = velto::AdPublisherInfoSDKVelto::publisherIdentifiersIn(text))
+    require(text.find("ord%3D" + found->ordId + "%26") != std::string::npos);
   // Beyond ASCII only the search itself knows what a letter is.
   const bool isPlain = std::all_of(text.begin(), text.end(), [](char c) { return c >= 0; });
   const bool found = velto::AdSDKVelto::isAdNoFill(text);

@@ -4,7 +4,6 @@
 #include "velto/platform/NSUserDefaults.h"
 
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -12,25 +11,17 @@
 #include <map>
 
 #include "../support/AdWindow.h"
+#include "../support/Folder.h"
 #include "../support/LoopbackServer.h"
+#include "../support/Program.h"
 #include "PlatformUnderTest.h"
 #include "TestServer.h"
 
 namespace velto {
 namespace {
 
-// In the temporary folder of with-display.sh, which goes with it.
-std::string newFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "velto-store-XXXXXX").string();
-  if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
-  return pattern;
-}
-
 void installOn(const std::string& folder) {
-  gtk::Options options;
-  options.applicationIdentifier = "org.example.contract";
-  options.dataFolder = folder;
-  gtk::install(options);
+  gtk::install({.applicationIdentifier = "org.example.contract", .dataFolder = folder});
 }
 
 class GtkUnderTest : public PlatformUnderTest {
@@ -41,10 +32,10 @@ class GtkUnderTest : public PlatformUnderTest {
     server_.start();
   }
   void install() override {
-    folder_ = newFolder();
+    folder_ = std::make_unique<test::TemporaryFolder>();
     relaunch();
   }
-  void relaunch() override { installOn(folder_); }
+  void relaunch() override { installOn(folder_->path()); }
   void uninstall() override {
     gtk::uninstall();
     if (auto* window = std::exchange(window_, nullptr)) gtk_window_destroy(window);
@@ -95,7 +86,7 @@ class GtkUnderTest : public PlatformUnderTest {
   }
 
   test::LoopbackServer server_;
-  std::string folder_;
+  std::unique_ptr<test::TemporaryFolder> folder_;
   GtkWindow* window_ = nullptr;
 };
 
@@ -113,23 +104,19 @@ class GtkUnderTest : public PlatformUnderTest {
 }
 
 TEST(GtkStore, AKillLosesNothingThatWasAcknowledgedAndProcessesShare) {
-  std::string folder = newFolder();
-  std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
+  const test::TemporaryFolder made;
+  const std::string folder = made.path();
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
   installOn(folder);
   auto& store = Platform::current().standardUserDefaults();
   store.setObject("mine", "kept");
   for (const int enough : {1, 20, 60}) {
-    char* argv[] = {program.data(), const_cast<char*>("--write-store"), folder.data(), nullptr};
-    GPid child = 0;
-    int output = -1;
-    ASSERT_TRUE(g_spawn_async_with_pipes(nullptr, argv, nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr,
-                                         &child, nullptr, &output, nullptr, nullptr));
-    FILE* lines = fdopen(output, "r");
+    test::Process writer({program, "--write-store", folder});
     int last = -1;
-    while (fscanf(lines, "%d", &last) == 1)
-      if (last == enough) kill(child, SIGKILL);  // what it acknowledged before it died is still read
-    fclose(lines);
-    waitpid(child, nullptr, 0);
+    while (const auto line = writer.line()) {
+      last = std::stoi(*line);
+      if (last == enough) writer.signal(SIGKILL);  // what it acknowledged before it died is still read
+    }
     ASSERT_GE(last, enough);
 
     EXPECT_GE(std::get<double>(store.objectForKey("last").value()), last);

@@ -76,4 +76,19 @@ class Contract : public testing::Test {
   }
 };
 
+// With a window that is shown.
+class WindowContract : public Contract {
+ protected:
+  void SetUp() override {
+    Contract::SetUp();
+    window_ = subject().showWindow();
+  }
+  void TearDown() override {
+    window_.reset();
+    Contract::TearDown();
+  }
+
+  std::shared_ptr<UIViewController> window_;
+};
+
 }  // namespace velto

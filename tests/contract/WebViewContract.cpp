@@ -31,17 +31,15 @@ struct Delegate : WKNavigationDelegate, UIGestureRecognizerDelegate {
   bool gestureRecognizer(UITapGestureRecognizer&) override { return true; }
 };
 
-class WebViewContract : public Contract {
+class WebViewContract : public WindowContract {
  protected:
   void SetUp() override {
-    Contract::SetUp();
-    window_ = subject().showWindow();
+    WindowContract::SetUp();
     view_ = addWebView({});
   }
   void TearDown() override {
     view_.reset();
-    window_.reset();
-    Contract::TearDown();
+    WindowContract::TearDown();
   }
   std::shared_ptr<WKWebView> addWebView(WKWebViewConfiguration configuration) {
     auto view = WKWebView::initWithFrame({{20, 40}, {320, 250}}, std::move(configuration));
@@ -66,7 +64,6 @@ class WebViewContract : public Contract {
   }
 
   std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
-  std::shared_ptr<UIViewController> window_;
   std::shared_ptr<WKWebView> view_;
 };
 
@@ -84,11 +81,8 @@ TEST_F(WebViewContract, EachLoadFinishesOnceAndANewViewFollowsTheOld) {
   view_->removeFromSuperview();
   view_.reset();
   EXPECT_TRUE(load(*next, "<p>three"));
-  WKWebViewConfiguration prepared;
-  prepared.preparedContent = platform().views().prepareWebContent(nullptr);
-  EXPECT_TRUE(load(*addWebView(prepared), "<p>four"));
   runFor(std::chrono::milliseconds(50));
-  EXPECT_EQ(delegate_->finished, 5);
+  EXPECT_EQ(delegate_->finished, 4);
   EXPECT_EQ(delegate_->failed, 0);
 }
 
@@ -122,13 +116,6 @@ TEST_F(WebViewContract, AViewThatIsGoneCallsNobody) {
   EXPECT_EQ(delegate_->finished, 2);
 }
 
-TEST_F(WebViewContract, ThePageAsksBeforeItNavigates) {
-  ASSERT_TRUE(load(*view_, "<body onload=\"location.href='velto://loadFinished'\">"));
-  EXPECT_TRUE(runUntil([&] { return delegate_->navigations.size() == 1; }));
-  EXPECT_EQ(delegate_->navigations[0], "velto://loadFinished");
-  EXPECT_EQ(delegate_->types[0], WKNavigationType::Other);
-}
-
 TEST_F(WebViewContract, AnEngineThatDiesIsAFailedNavigation) {
   ASSERT_TRUE(load(*view_, "<p>page"));
   subject().killPages();
@@ -154,21 +141,6 @@ TEST_F(WebViewContract, CommandsOfThePageArriveAndLeaveItAlone) {
     EXPECT_EQ(value(*view_, "document.body.id"), JSON("mine"));
     EXPECT_EQ(delegate_->finished, 1);
     EXPECT_EQ(delegate_->failed, 0);
-  }
-}
-
-TEST_F(WebViewContract, UserScriptsRunAtTheirTime) {
-  if (!subject().runsPages()) GTEST_SKIP() << "this platform runs no pages";
-  WKWebViewConfiguration configuration;
-  configuration.userContentController.addUserScript(
-      {"window.log = ['end of ' + document.body.id].concat(window.log)"});
-  configuration.userContentController.addUserScript(
-      {"window.log = ['start']", WKUserScriptInjectionTime::AtDocumentStart});
-  auto view = addWebView(configuration);
-  view->addUserScript({"log.push('added')", WKUserScriptInjectionTime::AtDocumentStart});
-  for (int times = 0; times < 2; ++times) {
-    ASSERT_TRUE(load(*view, "<body id=page><script>log.push('page')</script>"));
-    EXPECT_EQ(value(*view, "log.join()"), JSON("end of page,start,added,page"));
   }
 }
 

@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <glib.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -15,6 +14,7 @@
 #include <set>
 #include <thread>
 
+#include "../support/Folder.h"
 #include "../support/Program.h"
 
 namespace velto {
@@ -23,22 +23,15 @@ namespace {
 using Decision = gtk::AdvertisingFile::Decision;
 
 // GLib reads the user's configuration folder from the environment once, so all cases share one.
-const std::string configFolder = [] {
-  std::string pattern = (std::filesystem::temp_directory_path() / "velto-config-XXXXXX").string();
-  setenv("XDG_CONFIG_HOME", mkdtemp(pattern.data()), 1);
-  return pattern;
-}();
+const test::EnvironmentFolder configFolder{"XDG_CONFIG_HOME"};
 
 class AdvertisingTest : public testing::Test {
  protected:
   AdvertisingTest() {
-    std::filesystem::create_directories(configFolder);
-    gtk::install({.applicationIdentifier = "org.example.adid", .dataFolder = configFolder + "/data"});
+    std::filesystem::remove_all(configFolder.path("velto"));
+    gtk::install({.applicationIdentifier = "org.example.adid", .dataFolder = configFolder.path("data")});
   }
-  ~AdvertisingTest() override {
-    gtk::uninstall();
-    std::filesystem::remove_all(configFolder);
-  }
+  ~AdvertisingTest() override { gtk::uninstall(); }
 
   static std::string adid(const std::string& command) {
     const auto outcome = test::run({ADID_PROGRAM, command});
@@ -56,7 +49,7 @@ class AdvertisingTest : public testing::Test {
 };
 
 TEST_F(AdvertisingTest, NobodyIsTrackedUnlessTheUserSaidSo) {
-  EXPECT_EQ(file.path(), configFolder + "/velto/advertising");
+  EXPECT_EQ(file.path(), configFolder.path("velto/advertising"));
   expectLimited("nobody was asked");
   EXPECT_EQ(adid("show"), "0 undecided\n");
   EXPECT_EQ(adid("reset"), "1 undecided\n");

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 
+#include "../support/AdWindow.h"
 #include "../support/Program.h"
 #include "BusMock.h"
 #include "sandbox/Server.h"
@@ -32,20 +33,16 @@ TEST(BannerProcessTest, SendsWhatTheServicesSayAndLoadsNothingHeavy) {
   serverOptions.dataFolder = std::filesystem::temp_directory_path() / "sandbox";
   sandbox::Server server(serverOptions);
   server.start();
-  gtk::Options options;
-  options.applicationIdentifier = "org.example.process";
-  options.caFile = server.caFile();
-  options.hostMap = {{"*.velto.example", "127.0.0.1:" + std::to_string(server.port())}};
-  gtk::install(options);
+  gtk::install({.applicationIdentifier = "org.example.process",
+                .caFile = server.caFile(),
+                .hostMap = {{"*.velto.example", "127.0.0.1:" + std::to_string(server.port())}}});
   gtk::setTrackingAllowed(true);
   gtk::setCalendarAccess(gtk::Access::Allowed);
   VeltoFramework::addVeltoKey("process-test");
 
-  auto* window = GTK_WINDOW(gtk_window_new());
-  gtk_window_set_default_size(window, 480, 320);
+  auto* window = test::newWindow(480, 320);
   auto ads = std::make_shared<Ads>();
-  ads->host = gtk::hostViewController(window);
-  gtk_window_present(window);
+  ads->host = test::present(window);
   EXPECT_TRUE(test::runUntil([] { return VeltoDevice::simOperatorName().has_value(); }));
   auto banner =
       VeltoBannerViewController::initWithDelegate(ads, VeltoBannerSize320x50, VeltoBannerPositionBottom);

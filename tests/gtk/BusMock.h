@@ -6,13 +6,11 @@
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
 
 #include <string>
-#include <vector>
 
 #include "../support/MainLoop.h"
+#include "../support/Program.h"
 
 namespace velto::test {
 
@@ -54,24 +52,19 @@ class MockService {
   // The texts are GVariants: an interface and its properties at the path, such as "{'State': <uint32 70>}".
   MockService(const PrivateBus& bus, std::string name, std::string path, const std::string& interface,
               const std::string& properties = "@a{sv} {}")
-      : name_(std::move(name)), path_(std::move(path)), connection_(bus.connect()) {
-    std::vector<std::string> words{"/usr/bin/python3", "-m", "dbusmock", "--system", "-m", name_, path_,
-                                   interface};
-    std::vector<char*> argv;
-    for (auto& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_STDOUT_TO_DEV_NULL);
-    EXPECT_TRUE(g_spawn_async(nullptr, argv.data(), nullptr, flags, nullptr, nullptr, &process_, nullptr));
-    EXPECT_TRUE(runUntil([this] { return hasOwner(); })) << name_;
+      : name_(std::move(name)),
+        path_(std::move(path)),
+        connection_(bus.connect()),
+        process_({"sh", "-c",
+                  "exec /usr/bin/python3 -m dbusmock --system -m " + name_ + " " + path_ + " " + interface +
+                      " >/dev/null"}) {
+    EXPECT_EQ(run({"gdbus", "wait", "--system", "--timeout", "120", name_}).code, 0) << name_;
     addInterface(path_, interface, properties);
     update(path_, interface, properties);  // it had its name before
   }
-  ~MockService() {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-  }
-  void hang() { kill(process_, SIGSTOP); }
-  void goOn() { kill(process_, SIGCONT); }
+  virtual ~MockService() = default;
+  void hang() { process_.signal(SIGSTOP); }
+  void goOn() { process_.signal(SIGCONT); }
 
   void addObject(const std::string& path, const std::string& interface, const std::string& properties) {
     mock("AddObject", "('" + path + "', '" + interface + "', " + properties + ", @a(ssss) [])");
@@ -118,19 +111,9 @@ class MockService {
     EXPECT_TRUE(reply) << method << " " << arguments << ": " << (fault ? fault->message : "");
     return reply;
   }
-  bool hasOwner() {
-    const GOwned<GVariant, g_variant_unref> reply(
-        g_dbus_connection_call_sync(connection_, "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
-                                    "NameHasOwner", g_variant_new("(s)", name_.c_str()),
-                                    G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    gboolean owned = FALSE;
-    if (reply) g_variant_get(reply.get(), "(b)", &owned);
-    return owned;
-  }
-
   std::string name_, path_;
   GPtr<GDBusConnection> connection_;
-  GPid process_ = 0;
+  Process process_;
 };
 
 // A modem in the net of "Example Mobile", without a SIM of its own.
@@ -140,7 +123,8 @@ class MockModem : public MockService {
       : MockService(bus, "org.freedesktop.ModemManager1", "/org/freedesktop/ModemManager1",
                     "org.example.Unused") {
     const std::string modem = "/org/freedesktop/ModemManager1/Modem/0";
-    addObject(modem, "org.freedesktop.ModemManager1.Modem", "{'AccessTechnologies': <uint32 16384>}");
+    addObject(modem, "org.freedesktop.ModemManager1.Modem",
+              "{'AccessTechnologies': <uint32 16384>, 'Sim': <objectpath '/'>}");
     addInterface(
         modem, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
         "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");

@@ -63,22 +63,17 @@ class GtkInterstitialTest : public DisplayTest {
     return focus && gtk_widget_is_ancestor(focus, entry);
   }
 
-  static std::shared_ptr<VeltoInterstitialViewController> ready(const std::shared_ptr<Delegate>& delegate,
-                                                                double seconds) {
-    auto made = VeltoInterstitialViewController::initWithDelegate(delegate);
-    made->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, seconds));
-    return made;
+  void load(double seconds) {
+    interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
+    interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, seconds));
   }
   void show(double seconds) {
-    interstitial = ready(delegate, seconds);
+    load(seconds);
     interstitial->show();
     EXPECT_TRUE(heardLast("appear"));
   }
   bool heardLast(const std::string& what) {
     return runUntil([&] { return !delegate->heard.empty() && delegate->heard.back() == what; });
-  }
-  bool waitForCloseButton() {
-    return runUntil([this] { return interstitial->vc()->veltoCloseButton()->isEnabled(); });
   }
 
   GtkWindow* window = nullptr;
@@ -95,10 +90,8 @@ TEST_F(GtkInterstitialTest, HasTheKeyboardWhileItIsShown) {
   press("Escape");
   EXPECT_EQ(delegate->heard, Heard{"appear"}) << "the close button is not active yet";
   for (const auto& take : std::vector<std::function<void()>>{
-           [&] { gtk_widget_grab_focus(entry); },
-           [&] { gtk_entry_grab_focus_without_selecting(GTK_ENTRY(entry)); },
-           [&] { gtk_window_set_focus(window, entry); }, [&] { gtk_window_set_focus(window, nullptr); },
-           [&] { press("Tab"); }, [&] { press("shift+Tab"); },
+           [&] { gtk_widget_grab_focus(entry); }, [&] { gtk_window_set_focus(window, entry); },
+           [&] { gtk_window_set_focus(window, nullptr); }, [&] { press("Tab"); }, [&] { press("shift+Tab"); },
            [&] {
              click(window, {100, 320});
            }}) {
@@ -114,7 +107,7 @@ TEST_F(GtkInterstitialTest, HasTheKeyboardWhileItIsShown) {
   gtk_widget_grab_focus(entry);
   EXPECT_FALSE(entryHasFocus());
 
-  EXPECT_TRUE(waitForCloseButton());
+  EXPECT_TRUE(runUntil([&] { return interstitial->vc()->veltoCloseButton()->isEnabled(); }));
   press("Escape");
   EXPECT_TRUE(heardLast("dismissed"));
   EXPECT_EQ(delegate->heard, (Heard{"appear", "press", "close", "dismissed"}));
@@ -160,7 +153,7 @@ TEST_F(GtkInterstitialTest, HandsTheKeyboardToWhatIsPresentedOverIt) {
 }
 
 TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
-  interstitial = ready(delegate, 0);
+  load(0);
   interstitial->setAnimation(VeltoAnimationFromLeft);
   interstitial->show();
   EXPECT_TRUE(runUntil([this] { return interstitial->vc()->presentingViewController() != nullptr; }));

@@ -63,13 +63,11 @@ TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
 TEST(PicturesTest, NamesAreHarmless) {
   const std::string umlauts = "https://a.example/" + std::string(120, 'x') + "\u00e4.png";
   const std::vector<std::pair<std::string, std::string>> names{
-      {"https://a.example/", "picture.png"},
       {"", "picture.png"},
       {"https://a.example/..", "picture.png"},
       {"https://a.example/a%00b.png", "a_00b.png"},
       {"https://a.example/a:b*c%22.gif", "a_b_c_.png"},
       {"https://a.example/.hidden.png", "hidden.png"},
-      {"https://a.example/my%20cat.jpeg", "my cat.png"},
       {umlauts, std::string(100, 'x') + ".png"}};
   for (const auto& [address, name] : names) EXPECT_EQ(gtk::pictureName(address, "png"), name) << address;
 }

@@ -5,8 +5,7 @@
 
 #include <stdlib.h>
 
-#include <filesystem>
-
+#include "../support/Folder.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -18,14 +17,8 @@ constexpr char portalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char portalInterface[] = "org.freedesktop.portal.OpenURI";
 
 // Before GLib looks: this process is in a sandbox, with no other application in sight.
-const std::string folder = [] {
-  std::string pattern = (std::filesystem::temp_directory_path() / "velto-portal-XXXXXX").string();
-  mkdtemp(pattern.data());
-  for (const char* variable : {"XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
-    setenv(variable, pattern.c_str(), 1);
-  setenv("GTK_USE_PORTAL", "1", 1);
-  return pattern;
-}();
+const test::EnvironmentFolder folder{"XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"};
+const int usesPortal = setenv("GTK_USE_PORTAL", "1", 1);
 
 class PortalTest : public testing::Test {
  protected:
@@ -36,7 +29,7 @@ class PortalTest : public testing::Test {
                                                portalInterface);
   }
   static void install() {
-    gtk::install({.applicationIdentifier = "org.example.portal", .dataFolder = folder});
+    gtk::install({.applicationIdentifier = "org.example.portal", .dataFolder = folder.path()});
   }
   static bool opens(const std::string& url) {
     return Platform::current().application().canOpenURL(*NSURL::URLWithString(url));

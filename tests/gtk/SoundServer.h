@@ -1,48 +1,35 @@
 // A sound server of a test's own, with two outputs that nobody hears: "first" and "second".
 #pragma once
 
-#include <glib.h>
-#include <signal.h>
-#include <sys/wait.h>
-
 #include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
+
+#include "../support/MainLoop.h"
+#include "../support/Program.h"
 
 namespace velto::test {
 
-// It can be used once its socket is there.
+// This process uses it from then on.
 class SoundServer {
  public:
-  explicit SoundServer(const std::filesystem::path& socket) {
-    const std::string load = "module-native-protocol-unix auth-anonymous=1 socket=" + socket.string();
-    std::vector<std::string> words{"pulseaudio",
-                                   "-n",
-                                   "--daemonize=no",
-                                   "--exit-idle-time=-1",
-                                   "--use-pid-file=no",
-                                   "--load=module-null-sink sink_name=first",
-                                   "--load=module-null-sink sink_name=second",
-                                   "--load=" + load};
-    std::vector<char*> line;
-    for (auto& word : words) line.push_back(word.data());
-    line.push_back(nullptr);
-    constexpr auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
-                                                    G_SPAWN_STDERR_TO_DEV_NULL | G_SPAWN_STDOUT_TO_DEV_NULL);
-    if (!g_spawn_async(nullptr, line.data(), nullptr, flags, nullptr, nullptr, &process_, nullptr))
-      throw std::runtime_error("no pulseaudio");
+  SoundServer() : process_({"sh", "-c", command()}) {
+    if (!runUntil([] { return std::filesystem::exists(socket()); })) throw std::runtime_error("no sound");
+    g_setenv("PULSE_SERVER", ("unix:" + socket()).c_str(), TRUE);
   }
-  ~SoundServer() { stop(); }
   void stop() {
-    if (!process_) return;
-    kill(process_, SIGTERM);
-    waitpid(process_, nullptr, 0);
-    process_ = 0;
+    process_.signal(SIGTERM);
+    process_.exitCode();
   }
 
  private:
-  GPid process_ = 0;
+  static std::string socket() { return std::filesystem::temp_directory_path() / "sound"; }
+  static std::string command() {
+    return "exec pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=no"
+           " --load='module-null-sink sink_name=first' --load='module-null-sink sink_name=second'"
+           " --load='module-native-protocol-unix auth-anonymous=1 socket=" +
+           socket() + "' >/dev/null 2>&1";
+  }
+
+  Process process_;
 };
 
 }  // namespace velto::test

@@ -15,17 +15,13 @@
 #include "../support/LoopbackServer.h"
 #include "../support/Program.h"
 #include "../video/RecordingHost.h"
+#include "DisplayTest.h"
 #include "SoundServer.h"
 
 namespace velto::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // A second of red with a tone, as WebM.
 std::string madeVideo() {
@@ -36,17 +32,15 @@ std::string madeVideo() {
       " videotestsrc num-buffers=30 pattern=red ! video/x-raw,width=160,height=120,framerate=30/1"
       " ! vp8enc deadline=1 keyframe-max-dist=6 ! mux."
       " audiotestsrc num-buffers=43 ! audioconvert ! vorbisenc ! mux.";
-  int status = -1;
-  if (!g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, &status, nullptr) || status != 0)
-    throw std::runtime_error("no video: " + line);
-  return contents(file);
+  if (run({"sh", "-c", line}).code != 0) throw std::runtime_error("no video: " + line);
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 struct Served {
   std::string body = {};
   int status = 200;
-  size_t promised = 0;   // if more than there is
-  bool chunked = false;  // its length is not told
+  size_t promised = 0;  // if more than there is
   bool never = false;
 };
 
@@ -65,12 +59,6 @@ class VideoServer {
     const auto& file = files.at(path);
     if (file.status != 200) response.status = file.status;  // else 206 for a part of it
     if (file.never) server_.waitForEnd();
-    if (file.chunked)
-      return response.set_chunked_content_provider("video/webm", [&file](size_t, httplib::DataSink& sink) {
-        sink.write(file.body.data(), file.body.size());
-        sink.done();
-        return true;
-      });
     response.set_content_provider(std::max(file.promised, file.body.size()), "video/webm",
                                   [&file](size_t offset, size_t length, httplib::DataSink& sink) {
                                     if (offset >= file.body.size()) return false;
@@ -92,7 +80,6 @@ class GtkVideo : public testing::Test {
   explicit GtkVideo(const std::filesystem::path& caFile = {}) {
     gtk::install({.applicationIdentifier = "org.example.video", .caFile = caFile});
     window_ = newWindow(400, 600);
-    paintable_ = GPtr<GdkPaintable>::adopt(gtk_widget_paintable_new(GTK_WIDGET(window_)));
     controller = present(window_);
     host = std::make_shared<RecordingHost>();
     controller->addChildViewController(host);
@@ -107,22 +94,11 @@ class GtkVideo : public testing::Test {
   void play(const std::string& path) { host->playVideoAt(NSURL::URLWithString(server.url(path)).value()); }
   bool isOver() const { return !controller->presentedViewController(); }
   static void press(const std::string& key) { xdotool("key " + key); }
-  // What the window shows at a point now: red, green, blue; -1 before it was painted.
-  std::array<int, 3> colorAt(int x, int y) {
-    auto* widget = GTK_WIDGET(window_);
-    const auto snapshot = GPtr<GtkSnapshot>::adopt(gtk_snapshot_new());
-    gdk_paintable_snapshot(paintable_, snapshot, gtk_widget_get_width(widget), gtk_widget_get_height(widget));
-    const GOwned<GskRenderNode, gsk_render_node_unref> node(gtk_snapshot_to_node(snapshot));
-    if (!node) return {-1, -1, -1};
-    const graphene_rect_t all = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(gtk_widget_get_width(widget)),
-                                                   static_cast<float>(gtk_widget_get_height(widget)));
-    const auto texture = GPtr<GdkTexture>::adopt(
-        gsk_renderer_render_texture(gtk_native_get_renderer(GTK_NATIVE(window_)), node.get(), &all));
-    const auto stride = static_cast<size_t>(gdk_texture_get_width(texture)) * 4;
-    std::vector<guchar> pixels(stride * static_cast<size_t>(gdk_texture_get_height(texture)));
-    gdk_texture_download(texture, pixels.data(), stride);
-    const auto* pixel = &pixels[static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 4];
-    return {pixel[2], pixel[1], pixel[0]};
+  uint32_t colorAt(int x, int y) {
+    struct Display : DisplayTest {
+      using DisplayTest::pictureOf;
+    };
+    return Display::pictureOf(window_).at(x, y);
   }
 
   inline static std::string whole;
@@ -132,7 +108,6 @@ class GtkVideo : public testing::Test {
 
  private:
   GtkWindow* window_;
-  GPtr<GdkPaintable> paintable_;
 };
 
 TEST_F(GtkVideo, PlaysToItsEndAndIsSeenAndMeasured) {
@@ -144,10 +119,8 @@ TEST_F(GtkVideo, PlaysToItsEndAndIsSeenAndMeasured) {
   EXPECT_FALSE(isMapped("velto-volume")) << "nobody observes the volume";
   const auto duration = host->asset()->duration();
   EXPECT_NEAR(CMTimeGetSeconds(duration), 1, 0.05);
-  ASSERT_TRUE(runUntil([&] { return colorAt(200, 300)[0] > 200; }));
-  const auto middle = colorAt(200, 300);
-  EXPECT_LT(middle[1] + middle[2], 100) << "red";
-  EXPECT_EQ(colorAt(200, 20), (std::array{0, 0, 0})) << "above the picture, which keeps its shape";
+  ASSERT_TRUE(runUntil([&] { return (colorAt(200, 300) & 0xe0c0c0) == 0xe00000; })) << "red";
+  EXPECT_EQ(colorAt(200, 20), 0U) << "above the picture, which keeps its shape";
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
   EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
 }
@@ -164,24 +137,8 @@ TEST_F(GtkVideo, BrokenVideosEndInAClosedPlayer) {
     play(path);
     ASSERT_TRUE(runUntil([&] { return isOver(); }));
     EXPECT_EQ(std::count(host->told.begin(), host->told.end(), "1"), 0) << "it was not played to its end";
-    ASSERT_TRUE(host->player()->error());
-    EXPECT_FALSE(host->player()->error()->localizedDescription.empty());
-    const bool isVideo = path == "/cut" || path == "/lost";  // whose first part may have been played
-    EXPECT_TRUE(isVideo || host->told.empty());
+    EXPECT_TRUE(host->player()->error());
   }
-}
-
-TEST_F(GtkVideo, AStreamWithoutALengthPlaysUnmeasured) {
-  auto live = whole;  // without the field of its duration, which becomes a void
-  const auto field = live.find("\x44\x89");
-  ASSERT_NE(field, std::string::npos);
-  live.replace(field, 2, "\x42\xfe");
-  server.files["/live"] = {.body = live, .chunked = true};
-  play("/live");
-  ASSERT_TRUE(runUntil([&] { return !host->told.empty(); }));
-  EXPECT_EQ(host->timeObserverToken(), nullptr);
-  ASSERT_TRUE(runUntil([&] { return isOver(); }));
-  EXPECT_EQ(host->told, (Lines{"start 0 at 1"}));
 }
 
 TEST_F(GtkVideo, IsClosedAtAnyMoment) {
@@ -191,19 +148,12 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
   EXPECT_EQ(host->told, Lines{});
 
-  // The second takes the first one's place, and is steered by keys.
+  // The second takes the first one's place.
   play("/a");
   ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
   play("/a");
   ASSERT_TRUE(runUntil([&] { return host->told.size() == 4; }));
-  press("space");
-  ASSERT_TRUE(runUntil([&] { return !host->player()->isPlaying(); }));
-  press("Left");
-  ASSERT_TRUE(runUntil([&] { return CMTimeGetSeconds(host->player()->currentTime()) < 0.1; }));
-  press("space");
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
-  const std::string first = "start 1 at 1";
-  EXPECT_EQ(host->told, (Lines{first, "0.25", first, "0.25", "0.25", "0.5", "0.75", "1"}));
 
   play("/a");
   ASSERT_TRUE(runUntil([&] { return host->player()->isPlaying(); }));
@@ -223,8 +173,7 @@ std::filesystem::path certificate() {
       "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
       "-keyout " +
       file.string() + ".key -out " + file.string();
-  if (!std::filesystem::exists(file))
-    g_spawn_command_line_sync(line.c_str(), nullptr, nullptr, nullptr, nullptr);
+  if (!std::filesystem::exists(file)) run({"sh", "-c", line});
   return file;
 }
 
@@ -250,10 +199,7 @@ TEST_F(GtkVideo, RefusesAServerThatNobodyVouchesFor) {
 }
 
 TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
-  const auto socket = std::filesystem::temp_directory_path() / "sound";
-  SoundServer sound(socket);
-  ASSERT_TRUE(runUntil([&] { return std::filesystem::exists(socket); }));
-  g_setenv("PULSE_SERVER", ("unix:" + socket.string()).c_str(), TRUE);
+  SoundServer sound;
   server.files["/a"] = {whole};
   play("/a");
   ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));

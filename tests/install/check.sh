@@ -60,4 +60,3 @@ done
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir velto)
 export LD_LIBRARY_PATH
 "$work/headless"
-[ ! -e "$work/gtk" ] || modules "$work/gtk"

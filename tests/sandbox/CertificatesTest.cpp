@@ -1,6 +1,5 @@
 // The folder of certificates: kept while good, made anew where not.
 #include <gtest/gtest.h>
-#include <openssl/pem.h>
 #include <sys/stat.h>
 
 #include "Support.h"
@@ -25,15 +24,6 @@ class CertificatesTest : public testing::Test {
     return std::filesystem::exists(folder_.path(name)) ? readFile(folder_.path(name)) : "";
   }
 
-  void writeIdentity(const Identity& identity) const {
-    FILE* certificate = fopen(folder_.path("server.pem").c_str(), "w");
-    PEM_write_X509(certificate, identity.certificate.get());
-    fclose(certificate);
-    FILE* key = fopen(folder_.path("server.key").c_str(), "w");
-    PEM_write_PrivateKey(key, identity.key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-    fclose(key);
-  }
-
   TemporaryFolder folder_;
 };
 
@@ -52,21 +42,6 @@ TEST_F(CertificatesTest, KeepsWhatIsGoodAndReplacesTheRest) {
   EXPECT_EQ(changes(), "server");
   folder_.write("ca.key", read("server.key"));
   EXPECT_EQ(changes(), "authority server");
-
-  const Certificates now = loadOrMakeCertificates(folder_.path(), {"a.example"});
-  CertificateWish wish{.commonName = "old", .dnsNames = {"a.example"}, .addresses = {"127.0.0.1", "::1"}};
-  wish.validFromDays = -9;
-  wish.validToDays = -1;
-  writeIdentity(makeIdentity(wish, &now.authority));
-  EXPECT_EQ(changes({"a.example"}), "server") << "expired";
-  wish.validToDays = 9;
-  writeIdentity(makeIdentity(wish, &now.authority));
-  EXPECT_EQ(changes({"a.example"}), "") << "the same but not expired";
-}
-
-TEST_F(CertificatesTest, ReportsAFolderThatCannotBeMade) {
-  folder_.write("file", "");
-  EXPECT_THROW(loadOrMakeCertificates(folder_.path("file/below"), {"a.example"}), Error);
 }
 
 }  // namespace

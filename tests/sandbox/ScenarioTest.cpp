@@ -34,8 +34,7 @@ TEST(Scenario, ChoosesRulesByConditionsAndCounts) {
       {"name": "third", "when": {"kind": "ad", "request": 3}, "answer": 204},
       {"name": "even", "when": {"kind": "ad", "type": "banner", "request": {"every": 2}}, "answer": 204},
       {"name": "late", "when": {"kind": "ad", "request": {"from": 5}}, "answers": [{"body": "1"}, {"body": "2"}]},
-      {"name": "files", "when": {"path": "/files/*", "host": "CDN.example"}, "answer": {"body": {"json": [1]}}},
-      {"name": "abc", "when": {"endpoint": "abc", "key": "k", "size": "320x50"}, "answer": 500}]})",
+      {"name": "files", "when": {"path": "/files/*", "host": "CDN.example"}, "answer": {"body": {"json": [1]}}}]})",
                                      "demo", "")) {
     rules.append(std::move(rule));
   }
@@ -51,14 +50,8 @@ TEST(Scenario, ChoosesRulesByConditionsAndCounts) {
   EXPECT_EQ(rulesFor(rules, file, 1), "files[1] ");
   file.path = "/other";
   EXPECT_EQ(rulesFor(rules, file, 1), "- ");
-
-  RequestFacts endpoint;
-  endpoint.endpoint = "abc";
-  endpoint.key = "k";
-  endpoint.size = "320x50";
-  EXPECT_EQ(rulesFor(rules, endpoint, 1), "abc ");
-  rules.prepend({"newest", {.key = "k"}, {}});
-  EXPECT_EQ(rulesFor(rules, endpoint, 1), "newest ");
+  rules.prepend({"newest", {.kind = Kind::Download}, {}});
+  EXPECT_EQ(rulesFor(rules, file, 1), "newest ");
 }
 
 TEST(Scenario, ReadsBodiesFromFilesBesideIt) {
@@ -73,34 +66,20 @@ TEST(Scenario, ReadsBodiesFromFilesBesideIt) {
 }
 
 TEST(Scenario, TheExamplesAreGood) {
-  int files = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(SANDBOX_EXAMPLES)) {
-    if (entry.path().extension() != ".json") continue;
-    EXPECT_NO_THROW(readScenarioFile(entry.path().string())) << entry.path();
-    ++files;
-  }
-  EXPECT_GT(files, 0);
+  for (const auto& entry : std::filesystem::directory_iterator(SANDBOX_EXAMPLES))
+    if (entry.path().extension() == ".json") EXPECT_NO_THROW(readScenarioFile(entry.path())) << entry.path();
 }
 
 TEST(Scenario, NamesThePlaceOfAMistake) {
   const std::pair<const char*, const char*> cases[] = {
       {"{\n  \"rules\": [,]}", "demo.json: parse error at line 2, column 13"},
-      {"[]", "demo.json: expected an object"},
-      {R"({"rules": []})", "demo.json: rules: expected a list"},
       {R"({"rules": [{"answer": 204}, {"anwser": 204}]})", "demo.json: rules[1]: unknown key \"anwser\""},
       {R"({"rules": [{"when": {"kind": "adx"}, "answer": 204}]})",
        "demo.json: rules[0].when.kind: unknown word"},
-      {R"({"rules": [{"when": {"request": 0}, "answer": 204}]})",
-       "demo.json: rules[0].when.request: expected a whole"},
-      {R"({"rules": [{"answer": 204, "answers": [204]}]})", "demo.json: rules[0]: expected exactly one of"},
-      {R"({"rules": [{"answer": {"status": 99}}]})",
-       "demo.json: rules[0].answer.status: expected a whole number"},
       {R"({"rules": [{"answer": {"headers": {"x": "a\r\nb"}}}]})",
        "demo.json: rules[0].answer.headers.x: line break"},
       {R"({"rules": [{"answer": {"body": {"file": "missing"}}}]})",
        "demo.json: rules[0].answer.body.file: missing"},
-      {R"({"rules": [{"answers": [{"fault": {"cut": "tail"}}]}]})",
-       "demo.json: rules[0].answers[0].fault.cut: unknown"},
       {R"({"rules": [{"tls": "refuse", "when": {"key": "k"}}]})",
        "demo.json: rules[0].when: unknown key \"key\""},
   };

@@ -27,11 +27,10 @@ class Client {
   explicit Client(const Server& server)
       : ca_(server.caFile()),
         target_("::127.0.0.1:" + std::to_string(server.port())),
-        curl_(curl_easy_init()) {}
+        curl_(curl_easy_init(), &curl_easy_cleanup) {}
 
   // A POST when there is a body. A fresh connection still offers the TLS session of an earlier one.
-  Reply send(const std::string& url, const std::string& body = {}, bool freshConnection = false,
-             const char* range = nullptr) {
+  Reply send(const std::string& url, const std::string& body = {}, bool freshConnection = false) {
     CURL* curl = curl_.get();
     curl_easy_reset(curl);
     Reply reply;
@@ -45,7 +44,6 @@ class Client {
     curl_easy_setopt(curl, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(curl, CURLOPT_FRESH_CONNECT, freshConnection ? 1L : 0L);
-    curl_easy_setopt(curl, CURLOPT_RANGE, range);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &reply.body);
     curl_easy_setopt(
         curl, CURLOPT_WRITEFUNCTION, +[](char* data, size_t one, size_t count, void* text) {
@@ -67,12 +65,9 @@ class Client {
   }
 
  private:
-  struct Deleter {
-    void operator()(CURL* curl) const { curl_easy_cleanup(curl); }
-  };
   std::string ca_;
   std::string target_;
-  std::unique_ptr<CURL, Deleter> curl_;
+  std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl_;
 };
 
 }  // namespace velto::sandbox

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "MainLoop.h"
+#include "Program.h"
 
 // clang-format off: the X headers define plain words as macros
 #include <gdk/x11/gdkx.h>
@@ -48,9 +49,7 @@ inline std::string idOf(GtkWindow* window) {
 }
 
 inline void xdotool(const std::string& words) {
-  int status = -1;
-  ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + words).c_str(), nullptr, nullptr, &status, nullptr));
-  ASSERT_EQ(status, 0) << words;
+  ASSERT_EQ(run({"sh", "-c", "exec xdotool " + words}).code, 0) << words;
 }
 
 inline void click(GtkWindow* window, CGPoint point) {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 
@@ -32,6 +33,14 @@ class TemporaryFolder {
 
  private:
   std::string path_;
+};
+
+// A folder that variables of the environment name. Made before main, before a library has looked.
+class EnvironmentFolder : public TemporaryFolder {
+ public:
+  EnvironmentFolder(std::initializer_list<const char*> variables) {
+    for (const char* variable : variables) setenv(variable, path().c_str(), 1);
+  }
 };
 
 }  // namespace velto::test

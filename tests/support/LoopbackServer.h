@@ -3,9 +3,8 @@
 
 #include <httplib.h>
 
-#include <condition_variable>
+#include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -20,11 +19,7 @@ class LoopbackServer {
   LoopbackServer(const LoopbackServer&) = delete;
   LoopbackServer& operator=(const LoopbackServer&) = delete;
   ~LoopbackServer() {
-    {
-      std::lock_guard lock(mutex_);
-      stopping_ = true;
-    }
-    stopped_.notify_all();
+    end_.set_value();
     server_->stop();
     if (thread_.joinable()) thread_.join();
   }
@@ -38,10 +33,7 @@ class LoopbackServer {
     return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
   }
   // For a handler that gives no answer for as long as the server lives.
-  void waitForEnd() {
-    std::unique_lock lock(mutex_);
-    stopped_.wait(lock, [&] { return stopping_; });
-  }
+  void waitForEnd() const { ended_.wait(); }
 
  private:
   LoopbackServer(std::unique_ptr<httplib::Server> server, std::string scheme)
@@ -52,9 +44,8 @@ class LoopbackServer {
   std::unique_ptr<httplib::Server> server_;
   std::string scheme_;
   int port_ = 0;
-  std::mutex mutex_;
-  std::condition_variable stopped_;
-  bool stopping_ = false;
+  std::promise<void> end_;
+  const std::shared_future<void> ended_ = end_.get_future().share();
   std::thread thread_;
 };
 

@@ -1,33 +1,82 @@
-// Runs a program to its end; looks into this one.
+// Runs programs beside the test; looks into this one.
 #pragma once
 
-#include "velto/platform/foundation/GMemory.h"
-
-#include <glib.h>
+#include <fcntl.h>
+#include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace velto::test {
 
-struct Outcome {
-  int code = -1;
-  std::string output, errors;
+// A program and what it says on its standard output. Killed with its owner, unless it has ended before.
+class Process {
+ public:
+  explicit Process(std::vector<std::string> words, bool withErrors = false) {
+    std::vector<char*> argv;
+    for (auto& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    id_ = fork();
+    if (id_ == 0) {
+      dup2(ends[1], STDOUT_FILENO);
+      if (withErrors) dup2(ends[1], STDERR_FILENO);
+      execvp(argv[0], argv.data());
+      _exit(127);
+    }
+    close(ends[1]);
+    output_ = fdopen(ends[0], "r");
+  }
+  ~Process() {
+    signal(SIGKILL);
+    exitCode();
+    fclose(output_);
+  }
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  void signal(int number) const {
+    if (id_ > 0) kill(id_, number);
+  }
+  // The next line; nothing at the end, also for one that a kill cut off.
+  std::optional<std::string> line() {
+    std::string text;
+    int c = 0;
+    while ((c = fgetc(output_)) != EOF && c != '\n') text += static_cast<char>(c);
+    return c == '\n' ? std::optional(text) : std::nullopt;
+  }
+  // Waits for its end; -1 when that was a signal.
+  int exitCode() {
+    int status = -1;
+    if (id_ > 0) waitpid(id_, &status, 0);
+    id_ = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  pid_t id_ = 0;
+  FILE* output_ = nullptr;
 };
 
-inline Outcome run(std::vector<std::string> words) {
-  std::vector<char*> argv;
-  for (auto& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  char *output = nullptr, *errors = nullptr;
-  int status = -1;
-  g_spawn_sync(nullptr, argv.data(), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output, &errors,
-               &status, nullptr);
-  const GText outputOwner(output), errorsOwner(errors);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output ? output : "", errors ? errors : ""};
+struct Outcome {
+  int code = -1;
+  std::string output;
+};
+
+// Runs a program to its end.
+inline Outcome run(std::vector<std::string> words, bool withErrors = false) {
+  Process process(std::move(words), withErrors);
+  std::string output;
+  while (const auto line = process.line()) output += *line + "\n";
+  return {process.exitCode(), output};
 }
 
 // Whether this process has a library in its memory.

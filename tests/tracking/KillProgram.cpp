@@ -13,20 +13,16 @@
 #include "velto/velto.h"
 
 #include <glib.h>
-#include <signal.h>
-#include <stdlib.h>
-#include <sys/wait.h>
 
-#include <charconv>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <random>
 #include <set>
 #include <vector>
 
+#include "../support/Folder.h"
+#include "../support/Program.h"
 #include "sandbox/Server.h"
 
 namespace velto {
@@ -87,49 +83,11 @@ int produceClicks(const std::string& folder, const std::string& caFile, const st
 
 // --- the killer
 
-// A running victim. Its end is waited for.
-class Victim {
- public:
-  explicit Victim(std::vector<std::string> words) {
-    std::vector<char*> argv;
-    for (auto& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    int output = -1;
-    if (!g_spawn_async_with_pipes(nullptr, argv.data(), nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr,
-                                  &process_, nullptr, &output, nullptr, nullptr))
-      throw std::runtime_error("this program cannot start itself");
-    output_ = fdopen(output, "r");
-  }
-  Victim(const Victim&) = delete;
-  Victim& operator=(const Victim&) = delete;
-  ~Victim() {
-    fclose(output_);
-    waitpid(process_, nullptr, 0);
-  }
-
-  void die() { kill(process_, SIGKILL); }
-  // The next thing it said; nothing at its end, also for words that the kill cut off.
-  std::optional<std::string> said() {
-    char buffer[256];
-    std::string line = fgets(buffer, sizeof buffer, output_) ? buffer : "";
-    if (!line.ends_with('\n')) return std::nullopt;
-    line.pop_back();
-    return line;
-  }
-
- private:
-  GPid process_ = 0;
-  FILE* output_ = nullptr;
-};
-
 class Killer {
  public:
   explicit Killer(unsigned seed) : random_(seed) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velto-kill-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
-    folder_ = pattern;
     sandbox::Options options;
-    options.dataFolder = folder_ / "sandbox";
+    options.dataFolder = folder_.path("sandbox");
     server_ = std::make_unique<sandbox::Server>(options);
     Answer silence = Answer::text(200, "1");
     silence.delay = 1min;
@@ -141,15 +99,11 @@ class Killer {
       server_->addRule({"fault", {.kind = Kind::Click, .count = sandbox::Count::multiplesOf(n)}, {answer}});
     server_->start();
   }
-  ~Killer() {
-    server_.reset();
-    std::filesystem::remove_all(folder_);
-  }
 
   // One life of the victim. In some the server dies first.
   void launchAndKill(int launch) {
-    Victim victim(command("--click", launch));
-    for (auto line = victim.said(); line; line = victim.said()) {
+    test::Process victim(command("--click", launch));
+    while (const auto line = victim.line()) {
       note(*line);
       if (*line == "registered") break;
     }
@@ -159,16 +113,16 @@ class Killer {
       server_->stop();
       g_usleep(below(longestLife / 4));
     }
-    victim.die();
-    while (const auto line = victim.said()) note(*line);  // what it said before
+    victim.signal(SIGKILL);
+    while (const auto line = victim.line()) note(*line);  // what it said before
     if (serverDies) server_->start();
   }
 
   // Whether an acknowledged event goes when its process has the time.
   bool lastLaunchEmptiesItsOwn(int launch) {
     server_->addRule({"acknowledge", {.kind = Kind::Click}, {Answer::text(200, "1")}});
-    Victim victim(command("--click-once", launch));
-    while (const auto line = victim.said()) note(*line);
+    test::Process victim(command("--click-once", launch));
+    while (const auto line = victim.line()) note(*line);
     return gone_.contains(std::to_string(launch) + "-0");
   }
 
@@ -205,7 +159,7 @@ class Killer {
   std::vector<std::string> command(const char* role, int launch) {
     return {std::filesystem::read_symlink("/proc/self/exe"),
             role,
-            folder_ / "store",
+            folder_.path("store"),
             server_->caFile(),
             std::to_string(server_->port()),
             std::to_string(launch)};
@@ -219,7 +173,7 @@ class Killer {
 
   std::set<std::string> eventsInStore() {
     std::set<std::string> events;
-    installOn(folder_ / "store");
+    installOn(folder_.path("store"));
     if (const auto value = Platform::current().standardUserDefaults().objectForKey(storeKey))
       for (const auto& [identifier, type] : std::get<DefaultsDictionary>(*value)) {
         std::vector<std::string> problems;
@@ -236,43 +190,17 @@ class Killer {
   }
 
   std::mt19937 random_;
-  std::filesystem::path folder_;
+  const test::TemporaryFolder folder_;
   std::unique_ptr<sandbox::Server> server_;
   std::set<std::string> stored_, gone_;
 };
 
-constexpr char help[] = R"(usage: scripts/kill-test [--times N] [--seed N]
-
-Kills a process that produces clicks N times (1000) at random moments, and looks whether
-an event was lost. A run with the same seed kills at the same moments, as far as the
-machine allows; without one the seed is drawn and printed when something is wrong.
-)";
-
-int numberOf(const std::string& option, const std::string& text) {
-  int number = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (result.ec != std::errc() || result.ptr != text.data() + text.size() || number < 1)
-    throw std::invalid_argument(option + ": \"" + text + "\" is not a number from 1");
-  return number;
-}
-
 int run(const std::vector<std::string>& words) {
   if (words.size() == 5 && words[0].starts_with("--click"))
     return produceClicks(words[1], words[2], words[3], words[4], words[0] == "--click-once");
-  int times = 1000;
-  int seed = static_cast<int>(std::random_device()() >> 2) + 1;
-  for (size_t i = 0; i < words.size(); ++i) {
-    const bool isTimes = words[i] == "--times";
-    if (words[i] == "--help") {
-      std::cout << help;
-      return 0;
-    }
-    if (!isTimes && words[i] != "--seed")
-      throw std::invalid_argument("unknown argument \"" + words[i] + "\" (see --help)");
-    if (i + 1 == words.size()) throw std::invalid_argument(words[i] + ": needs a value");
-    (isTimes ? times : seed) = numberOf(words[i], words[i + 1]);
-    ++i;
-  }
+  const int times = words.empty() ? 1000 : std::stoi(words[0]);
+  const int seed = words.size() < 2 ? static_cast<int>(std::random_device()() >> 2) : std::stoi(words[1]);
+  if (times < 1 || words.size() > 2) throw std::invalid_argument("usage: velto-kill-test [kills [seed]]");
   Killer killer(static_cast<unsigned>(seed));
   for (int launch = 0; launch < times; ++launch) killer.launchAndKill(launch);
   const bool emptied = killer.lastLaunchEmptiesItsOwn(times);
