@@ -125,6 +125,9 @@ TEST_F(MRAIDTest, ExpandAndItsClose) {
   EXPECT_EQ(host.webView()->subviews().size(), 1U);
   command("expand");
   EXPECT_EQ(said(), Statements{}) << "not twice";
+  command("resize");
+  EXPECT_EQ(said().back(), "setState(\"resized\")") << "elsewhere a resize changes the word only";
+  handler().state = "expanded";
   locks.clear();
   command("close");
   platform->runUntilIdle();

@@ -82,7 +82,6 @@ TEST(TextTest, DigestsAndBase64) {
   EXPECT_EQ(base64Decode("Z m\r\nF*v"), "fao");
   EXPECT_EQ(base64Decode("Zg=="), "f");
   for (const auto* bad : {"Zg", "Zg=", "Zg==Zg==", "Z"}) EXPECT_EQ(base64Decode(bad), std::nullopt) << bad;
-  EXPECT_EQ(uuidString().size(), 36U);
   EXPECT_TRUE(isValidUTF8({"a\0\xc3\xa9", 4})) << "a zero byte is text like any other";
   EXPECT_FALSE(isValidUTF8({"a\0\xff", 3}));
   EXPECT_NE(uuidString(), uuidString());
@@ -115,11 +114,8 @@ TEST(URLTest, QueryItemsAreEscapedAsQueriesAreAndNoMore) {
 
 TEST(URLTest, ComponentsAndRefusals) {
   const auto url = *NSURL::URLWithString("Velto://User@Host:8443/a%20b?q=1#f");
-  EXPECT_EQ(url.scheme(), "Velto");
-  EXPECT_EQ(url.host(), "Host");
+  EXPECT_EQ(*url.scheme() + " " + *url.host() + url.path() + *url.query(), "Velto Host/a%20bq=1");
   EXPECT_EQ(url.port(), 8443);
-  EXPECT_EQ(url.path(), "/a%20b");
-  EXPECT_EQ(url.query(), "q=1");
   EXPECT_EQ(NSURL::URLWithString("www.example.org/x")->scheme(), std::nullopt);
   EXPECT_EQ(NSURL::URLWithString("https://h.example/\xc3\xa9")->absoluteString(), "https://h.example/%C3%A9");
   for (const auto* bad :

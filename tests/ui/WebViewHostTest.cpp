@@ -19,9 +19,8 @@ class WebViewHostTest : public test::UITest {
 };
 
 TEST_F(WebViewHostTest, Configuration) {
-  const auto view = shown->createWKWebViewInstance({});
+  [[maybe_unused]] const auto view = shown->createWKWebViewInstance({});
   const auto& c = page().configuration();
-  EXPECT_EQ(view->frame(), CGRect{});
   EXPECT_TRUE(c.allowsInlineMediaPlayback);
   EXPECT_TRUE(c.allowsAirPlayForMediaPlayback);
   EXPECT_EQ(c.dataDetectorTypes, 2U);
@@ -35,8 +34,7 @@ TEST_F(WebViewHostTest, Configuration) {
             "document.getElementsByTagName('head')[0].appendChild(meta);");
   EXPECT_EQ(script.injectionTime, WKUserScriptInjectionTime::AtDocumentEnd);
   EXPECT_TRUE(script.forMainFrameOnly);
-  EXPECT_FALSE(page().scrollBehavior().bounces);
-  EXPECT_FALSE(page().scrollBehavior().scrollEnabled);
+  EXPECT_FALSE(page().scrollBehavior().bounces || page().scrollBehavior().scrollEnabled);
   EXPECT_EQ(page().scrollBehavior().contentInsetAdjustmentBehavior, 2);
 }
 
