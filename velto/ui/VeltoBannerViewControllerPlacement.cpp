@@ -94,7 +94,7 @@ void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action
 
 std::shared_ptr<WKWebView> VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
   if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
-  const auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
+  auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
   _resizeAndMoveView({}, VeltoBannerPositionFullScreen);
   setupWKWebViewConstraintsFor(second, CGSize{});
   return second;

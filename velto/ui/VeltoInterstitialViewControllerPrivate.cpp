@@ -283,7 +283,7 @@ void VeltoInterstitialViewControllerPrivate::_expandOrResizeMainWebView(int64_t 
 }
 
 std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMRAIDWebView() {
-  const auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
+  auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
   setupWKWebViewConstraintsFor(second, CGSize{});
   return second;
 }
