@@ -75,6 +75,8 @@ class AdSlot {
   void leave();
   void contentChanged();
   void setRoom(Room room, CGSize size);
+  bool isEmpty() const { return size_ == CGSize{} && !options_.room; }
+  static void visibleChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept;
   void moveContent(bool outside);
 
   GtkWidget* widget_;
@@ -88,6 +90,7 @@ class AdSlot {
   CGSize size_;               // of that ad, nothing while there is none
   CGSize grown_;              // of an ad that is larger for now
   Room room_ = Room::Slot;
+  bool hides_ = false;  // itself, since it is empty
 };
 
 }  // namespace velto::gtk

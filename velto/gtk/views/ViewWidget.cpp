@@ -177,6 +177,16 @@ void insertViewChild(GtkWidget* parent, GtkWidget* child, size_t index) {
   gtk_widget_insert_before(child, parent, next);
 }
 
+// The toolkit has it as a resolution: that of a display on which nothing was changed is 96, in 1024ths.
+double textScale() {
+  constexpr double usual = 96 * 1024;
+  constexpr double most = 3;
+  int resolution = 0;
+  if (auto* settings = gtk_settings_get_default())
+    g_object_get(settings, "gtk-xft-dpi", &resolution, nullptr);
+  return resolution > 0 ? std::clamp(resolution / usual, 1.0, most) : 1;
+}
+
 GdkRGBA clamped(const RGBA& color) {
   const auto part = [](double value) { return static_cast<float>(std::clamp(value, 0.0, 1.0)); };
   return {part(color.red), part(color.green), part(color.blue), part(color.alpha)};

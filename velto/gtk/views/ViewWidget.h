@@ -39,6 +39,9 @@ void setViewKeepsFocus(GtkWidget* view, std::function<bool()> keeps);
 // `index` counts the view widgets among the children; 0 is painted first.
 void insertViewChild(GtkWidget* parent, GtkWidget* child, size_t index);
 
+// How much larger than usual people want letters, within reason.
+double textScale();
+
 GdkRGBA clamped(const RGBA& color);
 
 }  // namespace velto::gtk
