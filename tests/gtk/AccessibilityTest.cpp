@@ -33,8 +33,8 @@ struct Ads : VeltoBannerViewControllerDelegate {
 };
 
 std::string wholeTree() {
-  auto* process = g_subprocess_new(GSubprocessFlags(G_SUBPROCESS_FLAGS_STDOUT_PIPE), nullptr, "/usr/bin/python3", "-c",
-                                   reader, nullptr);
+  auto* process = g_subprocess_new(GSubprocessFlags(G_SUBPROCESS_FLAGS_STDOUT_PIPE), nullptr,
+                                   "/usr/bin/python3", "-c", reader, nullptr);
   EXPECT_NE(process, nullptr);
   std::optional<std::string> text;
   const auto ended = [](GObject* from, GAsyncResult* result, gpointer to) {
