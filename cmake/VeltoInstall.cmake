@@ -31,7 +31,7 @@ function(velto_install target)
 endfunction()
 
 velto_install(velto NAME velto DESCRIPTION "Advertising client library" PRIVATE glib-2.0 gobject-2.0)
-# All headers of the library and of the headless platform; of the Linux platform only the public one.
+# All headers of the library and of the headless platform; of the Linux platform only the public ones.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/velto/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto
         FILES_MATCHING PATTERN "*.h" PATTERN GMemory.h EXCLUDE PATTERN gtk EXCLUDE)
 if(TARGET velto_headless)
@@ -40,7 +40,8 @@ endif()
 if(TARGET velto_gtk)
   velto_install(velto_gtk NAME velto-gtk DESCRIPTION "Velto on Linux" REQUIRES velto gtk4
                 PRIVATE webkitgtk-6.0 sqlite3 libcurl x11 LIBS " -Wl,-rpath,\${libdir}/velto")
-  install(FILES ${PROJECT_SOURCE_DIR}/velto/gtk/VeltoGtk.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto/gtk)
+  install(FILES ${PROJECT_SOURCE_DIR}/velto/gtk/VeltoGtk.h ${PROJECT_SOURCE_DIR}/velto/gtk/Slot.h
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto/gtk)
 endif()
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/velto-config.cmake.in ${PROJECT_BINARY_DIR}/velto-config.cmake

@@ -189,5 +189,66 @@ TEST_F(WebViewContract, ClearingTakesCookiesAndDataAway) {
   }
 }
 
+// What stands in a slot says by its constraints how much room it wants; the page does not notice.
+TEST_F(WebViewContract, ASlotGivesItsContentTheRoomThatItAsksForAndKeepsThePage) {
+  const auto slot = subject().showSlot();
+  if (!slot) GTEST_SKIP() << "no slots";
+  auto& place = *slot->view();
+  auto& root = *window_->view();
+  const auto held = UIView::make();
+  held->setTranslatesAutoresizingMaskIntoConstraints(false);
+  held->setFrame({{0, 0}, {320, 50}});
+  view_->setFrame(held->bounds());
+  view_->setAutoresizingMask(UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight);
+  held->addSubview(view_);
+  NSLayoutConstraints holding;
+  const auto hold = [&](const std::vector<std::pair<NSLayoutAttribute, double>>& pins) {
+    place.removeConstraints(std::exchange(holding, {}));
+    for (const auto& [attribute, size] : pins) {
+      const auto with = size > 0 ? NSLayoutItem{} : NSLayoutItem{slot->view()};
+      const auto other = size > 0 ? NSLayoutAttribute::NotAnAttribute : attribute;
+      holding.push_back(NSLayoutConstraint::constraintWithItem({held}, attribute, with, other, 1, size));
+    }
+    place.addConstraints(holding);
+    place.setNeedsLayout();
+  };
+  const auto small = [&](double width, double height) {
+    hold({{NSLayoutAttribute::Width, width},
+          {NSLayoutAttribute::Height, height},
+          {NSLayoutAttribute::CenterX, 0},
+          {NSLayoutAttribute::Bottom, 0}});
+  };
+  const auto placed = [&] { return root.convertPointFromView({0, 0}, place).y; };
+  const auto has = [&](CGSize size) {
+    return runUntil([&] { return view_->frame().size == size && place.frame().size.height == size.height; });
+  };
+  EXPECT_TRUE(runUntil([&] { return place.isInWindow() && place.frame().size.width > 0; }));
+  EXPECT_EQ(place.superview(), &root);
+  EXPECT_EQ(place.frame().size.height, 0);
+  place.addSubview(held);
+  small(320, 50);
+  EXPECT_TRUE(has({320, 50}));
+  ASSERT_TRUE(load(*view_, "<script>var kept = 7</script>"));
+  if (subject().runsPages()) value(*view_, "kept = 8");
+
+  hold({{NSLayoutAttribute::Left, 0},
+        {NSLayoutAttribute::Right, 0},
+        {NSLayoutAttribute::Top, 0},
+        {NSLayoutAttribute::Bottom, 0}});
+  EXPECT_TRUE(has(root.bounds().size)) << "all of the window";
+  small(320, 50);
+  EXPECT_TRUE(has({320, 50}));
+  const double before = placed();
+  subject().moveSlot();
+  EXPECT_TRUE(runUntil([&] { return placed() > before; })) << "it follows the application's layout";
+  EXPECT_TRUE(has({320, 50}));
+  if (subject().runsPages()) {
+    EXPECT_EQ(value(*view_, "kept"), JSON(8)) << "it was loaded anew";
+  }
+  held->removeFromSuperview();
+  place.setNeedsLayout();
+  EXPECT_TRUE(runUntil([&] { return place.frame().size.height == 0; }));
+}
+
 }  // namespace
 }  // namespace velto

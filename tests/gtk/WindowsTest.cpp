@@ -45,6 +45,18 @@ const std::vector<Kind>& kinds() {
   return all;
 }
 
+struct Delegate : VeltoInterstitialViewControllerDelegate {
+  std::shared_ptr<UIViewController> host;
+  std::vector<std::string> heard;
+  std::shared_ptr<UIViewController> presentViewController() override { return host; }
+  void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate&) override {
+    heard.emplace_back("appear");
+  }
+  void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate&) override {
+    heard.emplace_back("dismissed");
+  }
+};
+
 class WindowsTest : public test::DisplayTest {
  protected:
   WindowsTest() { adw_init(); }
@@ -89,17 +101,6 @@ TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
 
 // An interstitial in one of two windows, while that shows a popover; the other stays as it is.
 TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
-  struct Delegate : VeltoInterstitialViewControllerDelegate {
-    std::shared_ptr<UIViewController> host;
-    std::vector<std::string> heard;
-    std::shared_ptr<UIViewController> presentViewController() override { return host; }
-    void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate&) override {
-      heard.emplace_back("appear");
-    }
-    void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate&) override {
-      heard.emplace_back("dismissed");
-    }
-  };
   std::vector<GtkWindow*> windows;
   for (int i = 0; i < 2; ++i) {
     windows.push_back(GTK_WINDOW(adw_window_new()));
@@ -133,6 +134,41 @@ TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
   gtk_menu_button_popup(button);
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); })) << "the window can be used again";
   for (auto* window : windows) gtk_window_destroy(window);
+}
+
+// As large as the screen, by a real window manager.
+TEST_F(WindowsTest, AnInterstitialCoversAFullScreenAndWhatIsLeftAfterIt) {
+  auto* manager = g_subprocess_new(
+      GSubprocessFlags(G_SUBPROCESS_FLAGS_STDOUT_SILENCE | G_SUBPROCESS_FLAGS_STDERR_SILENCE), nullptr,
+      "openbox", "--sm-disable", nullptr);
+  ASSERT_NE(manager, nullptr);
+  auto* window = GTK_WINDOW(adw_window_new());
+  gtk_window_set_default_size(window, 400, 300);
+  adw_window_set_content(ADW_WINDOW(window), gtk_label_new("content"));
+  const auto delegate = std::make_shared<Delegate>();
+  delegate->host = gtk::hostViewController(window);
+  gtk_window_present(window);
+  EXPECT_TRUE(runUntil([&] { return gtk_window_is_active(window); })) << "the window manager is there";
+  const auto interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
+  interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<p>ad", {}, nullptr, 0));
+  interstitial->show();
+  EXPECT_TRUE(runUntil([&] { return delegate->heard == std::vector<std::string>{"appear"}; }));
+  const auto covers = [&](bool fullscreen) {  // but for the edge that a window has without compositor
+    return runUntil([&] {
+      const CGSize size = interstitial->vc()->view()->bounds().size;
+      return bool(gtk_window_is_fullscreen(window)) == fullscreen && (size.width > 1200) == fullscreen &&
+             (size.height > 1000) == fullscreen && size == delegate->host->view()->bounds().size;
+    });
+  };
+  gtk_window_fullscreen(window);
+  EXPECT_TRUE(covers(true));
+  gtk_window_unfullscreen(window);
+  EXPECT_TRUE(covers(false));
+  interstitial->vc()->accessibilityPerformEscape();
+  EXPECT_TRUE(runUntil([&] { return delegate->heard.back() == "dismissed"; }));
+  gtk_window_destroy(window);
+  g_subprocess_force_exit(manager);
+  g_object_unref(manager);
 }
 
 TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {

@@ -52,6 +52,12 @@ inline void xdotool(const std::string& words) {
   ASSERT_EQ(run({"sh", "-c", "exec xdotool " + words}).code, 0) << words;
 }
 
+// Keys go to that window from here on. A Wayland compositor gives them to a new window by itself.
+inline void giveKeyboard(GtkWindow* window) {
+  if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) xdotool("windowfocus --sync " + idOf(window));
+  ASSERT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
+}
+
 inline void click(GtkWindow* window, CGPoint point) {
   xdotool("mousemove --window " + idOf(window) + " " + std::to_string(std::lround(point.x)) + " " +
           std::to_string(std::lround(point.y)) + " click 1");

@@ -10,6 +10,7 @@
 // touched, nor is its main loop: the library only adds sources to the default main context.
 #pragma once
 
+#include "velto/gtk/Slot.h"
 #include "velto/platform/Geometry.h"
 
 #include <gtk/gtk.h>
@@ -64,17 +65,6 @@ struct Options {
 void install(Options options);
 // Ends everything the library does in this process. Banners that still exist become inert.
 void uninstall();
-
-// A widget that an ad stands in, like any other of the application's: what lies over it covers the ad, and
-// what it is in clips, scrolls and transforms it. It asks for the size of its ad; a narrower one shows the ad
-// smaller, down to two fifths. It may move to other parents, with the ad as it is. An ad that needs more room
-// for a time (expanded, resized beyond the slot) leaves it for a layer over the window's content and comes
-// back. Returned with a floating reference, as new widgets are; it may be made before install().
-struct SlotOptions {
-  // What is kept free while there is no ad, such as {320, 50}; nothing: the slot is as small as can be.
-  std::optional<CGSize> room = {};
-};
-GtkWidget* adSlot(const SlotOptions& options = {});
 
 // The view controller that stands for a slot, or for a window: give it as the delegate's
 // presentViewController. With a slot's, banners stand in the slot; with a window's, they float over its

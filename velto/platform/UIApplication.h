@@ -31,6 +31,8 @@ class UIApplication {
   void openURL(const NSURL& url) { openURL(url, {}, nullptr); }
 
   virtual bool isReduceTransparencyEnabled() const = 0;
+  // By how much larger than usual people have letters; that of what is painted is the platform's own matter.
+  virtual double textScale() const { return 1; }
   // What moves is at its end at once.
   virtual bool isReduceMotionEnabled() const { return false; }
 

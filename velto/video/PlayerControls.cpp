@@ -2,6 +2,7 @@
 #include "velto/video/PlayerControls.h"
 
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 #include "velto/platform/ViewSystem.h"
 
 #include <algorithm>
@@ -64,7 +65,8 @@ PlayerControls::PlayerControls() : UIView(Platform::current().views().makeView()
 std::shared_ptr<PlayerControls> PlayerControls::make(Actions actions) {
   std::shared_ptr<PlayerControls> controls(new PlayerControls);
   controls->bar_ = UIView::make();
-  controls->bar_->setBackgroundColor(UIColor::colorWithWhite(barLevel, barAlpha));
+  const bool opaque = Platform::current().application().isReduceTransparencyEnabled();
+  controls->bar_->setBackgroundColor(UIColor::colorWithWhite(barLevel, opaque ? 1 : barAlpha));
   controls->play_ = std::make_shared<TextButton>();
   controls->play_->addAction(std::move(actions.toggle), UIControlEventTouchUpInside);
   controls->time_ = std::make_shared<TextButton>();
@@ -103,11 +105,15 @@ double PlayerControls::shownProgress() const {
 
 void PlayerControls::layoutSubviews() {
   const CGRect area = safeAreaFrame();
-  const double height = std::min(barHeight, area.size.height);
+  // Letters may be large; the line of what was played has what is left.
+  const double scale = std::clamp(Platform::current().application().textScale(), 1.0,
+                                  std::max(1.0, area.size.width / (2 * (playWidth + timeWidth))));
+  const double height = std::min(barHeight * scale, area.size.height);
+  const double play = playWidth * scale, time = timeWidth * scale;
   bar_->setFrame({{area.minX(), area.maxY() - height}, {area.size.width, height}});
-  play_->setFrame({{0, 0}, {playWidth, height}});
-  time_->setFrame({{playWidth, 0}, {timeWidth, height}});
-  const double left = playWidth + timeWidth + margin;
+  play_->setFrame({{0, 0}, {play, height}});
+  time_->setFrame({{play, 0}, {time, height}});
+  const double left = play + time + margin;
   track_->setFrame({{left, 0}, {std::max(0.0, area.size.width - left - margin), height}});
   const double top = (height - lineHeight) / 2;
   const CGSize line{track_->frame().size.width, lineHeight};

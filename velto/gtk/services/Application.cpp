@@ -2,6 +2,7 @@
 #include "velto/gtk/services/Application.h"
 
 #include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/views/ViewWidget.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <gtk/gtk.h>
@@ -108,6 +109,10 @@ bool Application::isReduceTransparencyEnabled() const {
   if (hasHighContrastTheme()) return true;
   if (!accessibility_) accessibility_ = accessibilitySettings();
   return accessibility_ && g_settings_get_boolean(accessibility_, highContrastKey);
+}
+
+double Application::textScale() const {
+  return gtk_is_initialized() ? gtk::textScale() : 1;
 }
 
 bool Application::isReduceMotionEnabled() const {

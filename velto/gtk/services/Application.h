@@ -35,6 +35,7 @@ class Application : public UIApplication {
   // High contrast is what a desktop offers to people who cannot read on translucent surfaces.
   bool isReduceTransparencyEnabled() const override;
   bool isReduceMotionEnabled() const override;
+  double textScale() const override;
 
   void attemptRotationToDeviceOrientation() override;
 

@@ -171,6 +171,8 @@ AdSlot::AdSlot(GtkWidget* widget, const SlotOptions& options) : widget_(widget),
   markView(peer_->widget());
   gtk_widget_set_parent(peer_->widget(), widget_);
   g_signal_connect(widget_, "notify::root", G_CALLBACK(rootChanged), this);
+  g_signal_connect(widget_, "notify::visible", G_CALLBACK(visibleChanged), this);
+  visibleChanged(nullptr, nullptr, this);
 }
 
 AdSlot::~AdSlot() {
@@ -241,12 +243,15 @@ void AdSlot::windowGone() {
 void AdSlot::follow() {
   auto* layer = host_->layer();
   const CGSize window{double(gtk_widget_get_width(layer)), double(gtk_widget_get_height(layer))};
-  const int width = gtk_widget_get_width(widget_);
+  auto* parent = gtk_widget_get_parent(widget_);
+  auto* place = hides_ && parent ? parent : widget_;  // one that is hidden has no place of its own
+  const int width = gtk_widget_get_width(place);
   const double scale = scaleFor(width);
-  const CGSize size{std::round(width / scale), std::round(gtk_widget_get_height(widget_) / scale)};
+  const CGSize size{std::round(width / scale),
+                    hides_ ? 0 : std::round(gtk_widget_get_height(widget_) / scale)};
   graphene_point_t origin;
   const graphene_point_t zero = GRAPHENE_POINT_INIT(0, 0);
-  if (!gtk_widget_compute_point(widget_, layer, &zero, &origin)) return;
+  if (!gtk_widget_compute_point(place, layer, &zero, &origin)) return;
   view_->setFrame(frameIn({{origin.x, origin.y}, size}, window));
 }
 
@@ -289,8 +294,19 @@ void AdSlot::contentChanged() {
   setRoom(Room::Grown, size_);
 }
 
+// A box keeps its spacing beside a child that is empty, but not beside one that is hidden.
+void AdSlot::visibleChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept {
+  const bool visible = gtk_widget_get_visible(self->widget_);
+  if (self->isEmpty() ? !visible : !self->hides_) return;
+  self->hides_ = visible && self->isEmpty();
+  gtk_widget_set_visible(self->widget_, !self->hides_);
+}
+
 void AdSlot::setRoom(Room room, CGSize size) {
-  if (std::exchange(size_, size) != size) gtk_widget_queue_resize(widget_);
+  if (std::exchange(size_, size) != size) {
+    visibleChanged(nullptr, nullptr, this);
+    gtk_widget_queue_resize(widget_);
+  }
   if (!host_) room = Room::Slot;
   room_ = room;
   if (peer_->isOutside() != (room != Room::Slot)) moveContent(room != Room::Slot);

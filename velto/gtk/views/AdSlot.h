@@ -1,10 +1,10 @@
 // A widget of the application that is a view of the library: what is put into the view is the widget's child.
 // It has a controller of its own, which is a child of its window's while it is in one. An ad that needs more
 // room than the widget has leaves it for the window's layer, and comes back; its widgets are moved, not made
-// anew. One hangs on each widget of adSlot() (VeltoGtk.h) and goes with it. Main thread only.
+// anew. One hangs on each widget of adSlot() (Slot.h) and goes with it. Main thread only.
 #pragma once
 
-#include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/Slot.h"
 #include "velto/gtk/views/Peer.h"
 #include "velto/platform/ui/UIViewController.h"
 
@@ -75,6 +75,8 @@ class AdSlot {
   void leave();
   void contentChanged();
   void setRoom(Room room, CGSize size);
+  bool isEmpty() const { return size_ == CGSize{} && !options_.room; }
+  static void visibleChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept;
   void moveContent(bool outside);
 
   GtkWidget* widget_;
@@ -88,6 +90,7 @@ class AdSlot {
   CGSize size_;               // of that ad, nothing while there is none
   CGSize grown_;              // of an ad that is larger for now
   Room room_ = Room::Slot;
+  bool hides_ = false;  // itself, since it is empty
 };
 
 }  // namespace velto::gtk

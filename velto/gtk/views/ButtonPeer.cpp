@@ -9,6 +9,8 @@
 namespace velto::gtk {
 namespace {
 
+constexpr double scaleStep = 0.1;
+
 using PangoLayoutOwned = GPtr<PangoLayout>;
 
 // What a screen reader says: buttons without words close something here, or count until they do.
@@ -72,11 +74,15 @@ void paintTitle(GtkWidget* widget, GtkSnapshot* snapshot, const ButtonLook& look
       PangoLayoutOwned::adopt(gtk_widget_create_pango_layout(widget, translated(look.title.c_str())));
   const GOwned<PangoFontDescription, pango_font_description_free> font(
       pango_font_description_copy(pango_context_get_font_description(gtk_widget_get_pango_context(widget))));
-  pango_font_description_set_absolute_size(font.get(), look.fontSize * PANGO_SCALE);
-  pango_layout_set_font_description(layout, font.get());
   int textWidth = 0;
   int textHeight = 0;
-  pango_layout_get_pixel_size(layout, &textWidth, &textHeight);
+  // Large letters, as far as the button has room for them.
+  for (double scale = textScale();; scale = std::max(1.0, scale - scaleStep)) {
+    pango_font_description_set_absolute_size(font.get(), look.fontSize * scale * PANGO_SCALE);
+    pango_layout_set_font_description(layout, font.get());
+    pango_layout_get_pixel_size(layout, &textWidth, &textHeight);
+    if (scale == 1 || (float(textWidth) <= width && float(textHeight) <= height)) break;
+  }
   const graphene_point_t origin = GRAPHENE_POINT_INIT((width - static_cast<float>(textWidth)) / 2,
                                                       (height - static_cast<float>(textHeight)) / 2);
   const GdkRGBA painted = clamped(*color);
@@ -113,6 +119,8 @@ PushButtonPeer::PushButtonPeer()
   gtk_widget_set_focusable(widget(), TRUE);
   g_signal_connect_swapped(widget(), "state-flags-changed", G_CALLBACK(gtk_widget_queue_draw),
                            widget());  // focus
+  g_signal_connect_object(gtk_settings_get_default(), "notify::gtk-xft-dpi",
+                          G_CALLBACK(gtk_widget_queue_draw), widget(), G_CONNECT_SWAPPED);
 
   g_signal_connect(press_, "pressed", G_CALLBACK(pressed), this);
   g_signal_connect(press_, "update", G_CALLBACK(moved), this);

@@ -24,6 +24,7 @@ struct ViewState {
   PixelFrame frame;
   std::optional<GdkRGBA> color;
   ViewPainter painter;
+  std::function<bool()> keepsFocus;
   ViewTarget target = ViewTarget::WhenPainted;
   bool marked = false;
 };
@@ -89,6 +90,11 @@ gboolean contains(GtkWidget* widget, double x, double y) noexcept {
   return wants && x >= 0 && y >= 0 && x < gtk_widget_get_width(widget) && y < gtk_widget_get_height(widget);
 }
 
+gboolean focus(GtkWidget* widget, GtkDirectionType direction) noexcept {
+  const auto& keeps = stateOf(widget).keepsFocus;
+  return (keeps && keeps()) || parentClass->focus(widget, direction);
+}
+
 void dispose(GObject* object) noexcept {
   while (auto* child = gtk_widget_get_first_child(GTK_WIDGET(object))) gtk_widget_unparent(child);
   stateOf(object).painter = nullptr;
@@ -110,6 +116,7 @@ void classInit(gpointer klass, gpointer) noexcept {
   widget->size_allocate = sizeAllocate;
   widget->snapshot = snapshot;
   widget->contains = contains;
+  widget->focus = focus;
   gtk_widget_class_set_css_name(widget, "velto-view");
 }
 
@@ -159,11 +166,25 @@ void setViewTarget(GtkWidget* view, ViewTarget target) {
   stateOf(view).target = target;
 }
 
+void setViewKeepsFocus(GtkWidget* view, std::function<bool()> keeps) {
+  stateOf(view).keepsFocus = std::move(keeps);
+}
+
 void insertViewChild(GtkWidget* parent, GtkWidget* child, size_t index) {
   auto* next = gtk_widget_get_first_child(parent);
   for (; next; next = gtk_widget_get_next_sibling(next))
     if (isViewWidget(next) && index-- == 0) break;
   gtk_widget_insert_before(child, parent, next);
+}
+
+// The toolkit has it as a resolution: that of a display on which nothing was changed is 96, in 1024ths.
+double textScale() {
+  constexpr double usual = 96 * 1024;
+  constexpr double most = 3;
+  int resolution = 0;
+  if (auto* settings = gtk_settings_get_default())
+    g_object_get(settings, "gtk-xft-dpi", &resolution, nullptr);
+  return resolution > 0 ? std::clamp(resolution / usual, 1.0, most) : 1;
 }
 
 GdkRGBA clamped(const RGBA& color) {

@@ -5,6 +5,7 @@
 
 #include "velto/gtk/views/Peer.h"
 #include "velto/gtk/web/CommandQueue.h"
+#include "velto/gtk/web/PageFocus.h"
 #include "velto/gtk/web/PageScripts.h"
 #include "velto/gtk/web/WebProcesses.h"
 #include "velto/gtk/web/WheelShare.h"
@@ -68,6 +69,7 @@ class WebView final : public Peer, public WebViewPeer {
   Engine engine_;
   std::shared_ptr<PageScripts> scripts_;
   WheelShare wheel_;
+  PageFocus focus_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   std::shared_ptr<CommandQueue> commands_;

@@ -24,6 +24,7 @@ class ScriptedApplication : public UIApplication {
   std::set<std::string> schemes{"http", "https"};  // what some application on the device opens, in lower case
   std::vector<OpenedURL> opened;  // every URL that was to be opened, in order, also those nobody opens
   bool reduceTransparency = false;
+  double scaleOfText = 1;
   int rotationAttempts = 0;
 
   // The person leaves the application, and comes back.
@@ -35,6 +36,7 @@ class ScriptedApplication : public UIApplication {
   void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
                std::function<void(bool opened)> completion) override;
   bool isReduceTransparencyEnabled() const override { return reduceTransparency; }
+  double textScale() const override { return scaleOfText; }
   void attemptRotationToDeviceOrientation() override { ++rotationAttempts; }
 
  private:

@@ -9,6 +9,12 @@
 
 namespace velto {
 
+// What of a frame follows the superview where no constraints say (UIView.h).
+enum UIViewAutoresizing : unsigned {
+  UIViewAutoresizingFlexibleWidth = 2,
+  UIViewAutoresizingFlexibleHeight = 16
+};
+
 class UIView;
 
 enum class NSLayoutAttribute {

@@ -15,11 +15,6 @@
 
 namespace velto {
 
-enum UIViewAutoresizing : unsigned {
-  UIViewAutoresizingFlexibleWidth = 2,
-  UIViewAutoresizingFlexibleHeight = 16
-};
-
 class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
  public:
   static std::shared_ptr<UIView> make();
