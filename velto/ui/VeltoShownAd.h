@@ -37,8 +37,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
                                                std::shared_ptr<VeltoAd> ad);
   ~VeltoShownAd() override;
 
-  // From here on it is silent. Its views stay where they are until they are removed. Once is enough; an
-  // orientation that it forced ends with it.
+  // From here on it is silent, and what it forced ends. Its views stay where they are until they are removed.
   void end();
   void removeViews();
 
