@@ -127,7 +127,8 @@ TEST_F(NetworkContract, ARequestEndsUncalledWithThePlatform) {
 }
 
 TEST_F(NetworkContract, InterfaceAddressesLookLikeTheirFamily) {
-  for (const auto& address : platform().network().interfaceAddresses().value()) {
+  const auto addresses = platform().network().interfaceAddresses().value();
+  for (const auto& address : addresses) {
     if (address.family == AddressFamily::Other) continue;
     const char separator = address.family == AddressFamily::IPv4 ? '.' : ':';
     EXPECT_NE(address.text.find(separator), std::string::npos) << address.text;
