@@ -2,6 +2,7 @@
 #pragma once
 
 #include "velto/platform/AVPlayer.h"
+#include "velto/platform/Handle.h"
 
 #include <map>
 #include <memory>
