@@ -38,14 +38,21 @@ void Tour::coverSlot() {
     });
     photograph("slot-with-" + name, camera.take());
   };
+  const auto expectBare = [&](const std::string& name) {
+    expect("covered: and all of it after the " + name, [&] {
+      const auto dialog = page.dialogFrame(), toast = page.toastFrame();
+      return dialog == velto::CGRect{} && toast == velto::CGRect{} && page.seen() == 100 &&
+             camera.take().shows(page.adFrame(), bakery);
+    });
+  };
   page.showDialog(true);
   expectCovered("dialog", [&] { return page.dialogFrame(); });
   page.showDialog(false);
+  expectBare("dialog");
   page.showToast(true);
   expectCovered("toast", [&] { return page.toastFrame(); });
   page.showToast(false);
-  expect("covered: and all of it afterwards",
-         [&] { return camera.take().shows(page.adFrame(), bakery) && page.seen() == 100; });
+  expectBare("toast");
 }
 
 }  // namespace demo

@@ -37,8 +37,11 @@ void Tour::resizeAndClose() {
   const std::string name = "resizing";
   load(name);
   const auto small = stage_.expectedFrame(name, {320, 50});
+  const auto above = [&] { return camera_.take().at(small.midX(), small.minY() - 20); };
+  const auto before = above();
   hand_.click({small.midX(), small.midY()});
-  expect(name + ": the page grows", [&] { return hasSize(stage_.adFrame(name), 320, 250); });
+  expect(name + ": the page grows",
+         [&] { return hasSize(stage_.adFrame(name), 320, 250) && above() != before; });
   photograph("rich-" + name);
   const auto large = stage_.adFrame(name);
   hand_.click({large.midX(), large.minY() + 25});
