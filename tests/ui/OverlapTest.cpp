@@ -171,6 +171,20 @@ TEST_F(OverlapTest, AnAdThatWaitsHasItsTurnWhenTheWindowGoes) {
   EXPECT_TRUE(fullAd->isReady());
 }
 
+TEST_F(OverlapTest, ALoadThatIsAnsweredTwiceIsOverOnce) {
+  const auto ad = banner();
+  auto empty = markup(R"({"mediation":[]})");
+  empty.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}};
+  platform->urlSession().enqueue("/sdk/", empty);
+  ad->load();
+  platform->runUntilIdle();
+  EXPECT_EQ(delegate->heard, (Heard{"fail 1", "fail 2"}));
+  ad->load();  // on its way again, so an adapter that announces itself may be its own
+  const auto early = std::make_shared<test::FakeAdapter>(1);
+  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, early});
+  EXPECT_EQ(early->root.lock(), ad->vc());
+}
+
 TEST_F(OverlapTest, NoWebProcessStaysWithoutAnAd) {
   const auto ad = banner();
   platform->urlSession().respond("/sdk/", status(204));

@@ -5,6 +5,8 @@
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/platform/ui/UIViewController.h"
 
+#include <utility>
+
 namespace velto {
 namespace {
 
@@ -35,14 +37,16 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
                                                       const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
   ++fetching_;
-  VeltoAdManager::fetchFor(type, size, settings,
-                           [this, weak = viewController().weak_from_this(), delegate, notifyFailure](
-                               const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-                             const auto alive = weak.lock();
-                             if (!alive) return;
-                             --fetching_;
-                             _processAd(ad, error, delegate, notifyFailure);
-                           });
+  const auto answered = std::make_shared<bool>(false);  // an empty list of networks answers twice
+  VeltoAdManager::fetchFor(
+      type, size, settings,
+      [this, weak = viewController().weak_from_this(), delegate, notifyFailure, answered](
+          const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+        const auto alive = weak.lock();
+        if (!alive) return;
+        if (!std::exchange(*answered, true)) --fetching_;
+        _processAd(ad, error, delegate, notifyFailure);
+      });
 }
 
 void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad,
