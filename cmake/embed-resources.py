@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
-"""Turns scripts into a C++ source that holds their minified texts: embed-resources.py OUTPUT SCRIPT..."""
+"""Turns scripts into a C++ source that holds their texts: embed-resources.py OUTPUT SCRIPT...
+
+Each script is bundled with the modules that it imports, and minified, for engines of 2020 and later.
+"""
 import pathlib
 import subprocess
 import sys
 
 
 def minified(path):
-    words = ["uglifyjs", str(path), "--compress", "--mangle"]
+    words = ["esbuild", str(path), "--bundle", "--minify", "--format=iife", "--target=es2020", "--log-level=warning"]
     return subprocess.run(words, check=True, stdout=subprocess.PIPE, text=True).stdout.strip()
 
 

@@ -4,8 +4,10 @@
 // statements, the setters and fireEvent() at the end of this file; it speaks to the host in command URLs,
 // mraid://<command>?<name>=<argument>. Whatever a creative does wrong is judged here and told to its "error"
 // listeners, since the host drops what it does not like without a word.
+import { eventFault } from './calendar.js';
+import { copy, isNumber, isObject, isOneOf, isText, merge } from './values.js';
+
 (function () {
-  'use strict';
   if (window.mraid) return;
 
   var STATES = ['loading', 'default', 'expanded', 'resized', 'hidden'];
@@ -38,33 +40,6 @@
   var resizeWrong = null; // what is wrong with it, once something was given
   var turnedEarly = false; // orientation properties were set before the host knew what kind of ad this is
   var flat = null; // screen and maximum size before the ad expanded
-
-  // --- small helpers
-
-  function copy(object) {
-    return merge({}, object);
-  }
-
-  function merge(target, source) {
-    for (var key in source) if (source[key] !== undefined) target[key] = source[key];
-    return target;
-  }
-
-  function isText(value) {
-    return typeof value === 'string' && value.length > 0;
-  }
-
-  function isNumber(value) {
-    return typeof value === 'number' && isFinite(value);
-  }
-
-  function isObject(value) {
-    return typeof value === 'object' && value !== null && !Array.isArray(value);
-  }
-
-  function isOneOf(value, list) {
-    return list.indexOf(value) >= 0;
-  }
 
   // --- listeners
 
@@ -329,61 +304,6 @@
     return /left/.test(position) && isOutside(x, 0, rightmost);
   }
 
-  // --- calendar
-
-  // The host reads dates with seconds at most.
-  function dateText(value) {
-    if (value instanceof Date) value = value.toISOString();
-    if (typeof value !== 'string') return null;
-    var parts = /^(\d{4}-\d\d-\d\dT\d\d:\d\d(?::\d\d)?)(?:\.\d+)?(Z|[+-]\d\d:?\d\d)$/.exec(value);
-    return parts && parts[1] + parts[2].replace(/^(.\d\d)(\d\d)$/, '$1:$2');
-  }
-
-  function textFault(object, names) {
-    for (var i = 0; i < names.length; ++i) {
-      var value = object[names[i]];
-      if (value !== undefined && value !== null && typeof value !== 'string') return names[i] + ' is not a text.';
-    }
-  }
-
-  function numbersFault(object, names) {
-    for (var i = 0; i < names.length; ++i) {
-      var value = object[names[i]];
-      if (value === undefined || value === null) continue;
-      if (!Array.isArray(value) || !value.every(isNumber)) return names[i] + ' is not a list of numbers.';
-    }
-  }
-
-  // Puts a date into the target as the host reads it; says what is wrong with it otherwise.
-  function dateFault(target, object, name) {
-    if (object[name] === undefined || object[name] === null || object[name] === '') return;
-    target[name] = dateText(object[name]);
-    if (!target[name]) return name + ' is not a date and time with zone.';
-  }
-
-  function recurrenceFault(target, rule) {
-    if (rule === undefined || rule === null) return;
-    if (!isObject(rule)) return 'recurrence is not an object.';
-    var sent = copy(rule);
-    var fault =
-      textFault(rule, ['frequency']) ||
-      numbersFault(rule, ['daysInWeek', 'daysInMonth', 'daysInYear', 'weeksInYear', 'monthsInYear']) ||
-      dateFault(sent, rule, 'expires');
-    target.recurrence = stringify(sent); // a text within the text
-    return fault;
-  }
-
-  function eventFault(sent, event) {
-    if (!isText(event.description)) return 'description is missing.';
-    if (!event.start) return 'start is missing.';
-    return (
-      textFault(event, ['id', 'location', 'summary', 'reminder', 'status', 'transparency']) ||
-      dateFault(sent, event, 'start') ||
-      dateFault(sent, event, 'end') ||
-      recurrenceFault(sent, event.recurrence)
-    );
-  }
-
   // --- what creatives call
 
   // Made into methods below, see guarded().
@@ -638,7 +558,7 @@
     'error',
     (event) => {
       var script = event.target;
-      if (!script || script.nodeName !== 'SCRIPT' || !/(^|\/)mraid\.js([?#]|$)/.test(script.getAttribute('src') || '')) return;
+      if (!(script instanceof HTMLScriptElement) || !/(^|\/)mraid\.js([?#]|$)/.test(script.getAttribute('src') || '')) return;
       event.stopImmediatePropagation();
       script.dispatchEvent(new Event('load'));
     },

@@ -5,8 +5,9 @@
 // The application calls window.__veltoOMID (last in this file). Clients reach the service in three ways: the objects
 // of window.omid, when they can touch this window; messages posted to it, for which two empty frames tell them that
 // somebody listens; and the functions of window.omid3p.
+import { area, box, overlap, without } from './rectangles.js';
+
 (() => {
-  'use strict';
   if (window.__veltoOMID) return;
 
   const mediaEvents = ['loaded', 'start', 'firstQuartile', 'midpoint', 'thirdQuartile', 'complete', 'pause', 'resume',
@@ -37,24 +38,6 @@
   const trace = [], longestTrace = 500;  // events for a tool, when the application asks for them
 
   // --- geometry: the application knows the ad view; the page may narrow it down to an element
-
-  const box = (x, y, width, height) => ({ x, y, width, height });
-  const overlap = (a, b) => {
-    const x = Math.max(a.x, b.x), y = Math.max(a.y, b.y);
-    return box(x, y, Math.max(0, Math.min(a.x + a.width, b.x + b.width) - x),
-      Math.max(0, Math.min(a.y + a.height, b.y + b.height) - y));
-  };
-  const area = (a) => a.width * a.height;
-
-  // What remains of the rectangle once the others are cut out of it: a list of rectangles that do not overlap.
-  const without = (rect, others) => others.reduce((rest, other) => rest.flatMap((r) => {
-    const cut = overlap(r, other);
-    if (!area(cut)) return [r];
-    const below = cut.y + cut.height, right = cut.x + cut.width;
-    return [box(r.x, r.y, r.width, cut.y - r.y), box(r.x, below, r.width, r.y + r.height - below),
-      box(r.x, cut.y, cut.x - r.x, cut.height), box(right, cut.y, r.x + r.width - right, cut.height)]
-      .filter((part) => area(part) > 0);
-  }), [rect]);
 
   // Where an element stands in this page, also one in a frame of it.
   const placeOf = (element) => {
@@ -110,7 +93,7 @@
   // --- events
 
   // What is absent stays out.
-  const copy = (value) => JSON.parse(JSON.stringify(value, (key, part) =>
+  const copy = (value) => JSON.parse(JSON.stringify(value, (_, part) =>
     part === null || typeof part === 'number' && !isFinite(part) ? undefined : part));
 
   const types = () => ({
@@ -382,10 +365,11 @@
   window.addEventListener('message', (event) => {
     const source = event.source;
     // Only what can be copied travels; answers hold no elements, since such a listener is not near.
-    receive(event.data, (answer) => source.postMessage(answer, '*'), false);
+    receive(event.data, (answer) => source.postMessage(answer, { targetOrigin: '*' }), false);
   });
 
-  const omid = window.omid = window.omid || {};
+  const omid = window.omid || {};
+  window.omid = omid;
   omid.v1_SessionServiceCommunication = serviceFor();
   omid.v1_VerificationServiceCommunication = serviceFor();
   window.omid3p = {
@@ -420,7 +404,6 @@
 
   // --- the application's side
 
-  const position = { 0: 'preroll', 1: 'midroll', 2: 'postroll', 3: 'standalone' };
   const web = (url) => /^https?:/.test(url) ? url : undefined;
 
   const api = {
@@ -479,7 +462,11 @@
       publish('sessionFinish');
       finished = true;
       if (watcher) watcher.disconnect();
-      if (outOfSight) for (const player of document.querySelectorAll('video,audio')) player.pause();
+      if (outOfSight) {
+        /** @type {NodeListOf<HTMLMediaElement>} */
+        const players = document.querySelectorAll('video,audio');
+        for (const player of players) player.pause();
+      }
     },
   };
   Object.defineProperty(window, '__veltoOMID', { value: Object.freeze(api) });

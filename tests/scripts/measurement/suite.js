@@ -1,0 +1,3 @@
+// The measurement service's modules.
+import '../harness.js';
+import './rectangles.test.js';

@@ -1,0 +1,3 @@
+// The rich-media script's modules.
+import '../harness.js';
+import './calendar.test.js';
