@@ -24,10 +24,6 @@ std::string list(const std::vector<std::string>& items) {
 
 class MediationTest : public test::FetchTest {
  protected:
-  static Answer mediation(std::string body) {
-    return Answer{.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}},
-                  .body = std::move(body)};
-  }
   // Resolves a first-level answer with that body.
   Outcome resolve(const std::string& body) { return fetch(mediation(body)); }
 };

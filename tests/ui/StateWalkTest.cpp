@@ -51,7 +51,7 @@ struct WalkNetwork : VeltoAdMediationAdapterProtocol {
   void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t> bannerSize,
              const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t adType,
              VeltoAdCompletion completion) override {
-    const auto adapter = std::make_shared<test::FakeAdapter>(adType);
+    const auto adapter = test::FakeAdapter::make(adType);
     adapters.push_back(adapter);
     completion(VeltoAd::adWithMediation(adapter, bannerSize, headers), std::nullopt);
   }
@@ -137,9 +137,9 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     if (choice == 0) answer = with(answer, {{"x-fst", std::to_string(below(3000))}});
     if (choice == 6) answer = Answer::offline();
     if (choice == 7)
-      answer = {.headers = {{"x-content", "mediation"}, {"x-fst", std::to_string(below(3000))}},
-                .body = below(2) == 0 ? R"({"mediation":[{"cn":"VeltoAdmobBannerAdapter"}]})"
-                                      : R"({"mediation":[{"cn":"VeltoAdmobInterstitialAdapter"}]})"};
+      answer = with(mediation(below(2) == 0 ? R"({"mediation":[{"cn":"VeltoAdmobBannerAdapter"}]})"
+                                            : R"({"mediation":[{"cn":"VeltoAdmobInterstitialAdapter"}]})"),
+                    {{"x-fst", std::to_string(below(3000))}});
     answer.delay = std::chrono::milliseconds(below(2) * below(4000));
     return answer;
   }
@@ -165,17 +165,17 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     const auto adapter = network->adapters[below(network->adapters.size())].lock();
     const auto told = adapter->told();
     const auto root = adapter->root.lock();
-    const bool full = adapter->adType() == VeltoAdTypeInterstitial;
-    auto& center = platform->notificationCenter();
+    const bool isScreen = adapter->adType() == VeltoAdTypeInterstitial;
     switch (below(6)) {
       case 0:
-        return center.postNotification({full ? constNotificationAdMobAdapterGADInterstitialReady
-                                             : constNotificationAdMobAdapterGADBannerReady,
-                                        adapter});
+        return post(isScreen ? constNotificationAdMobAdapterGADInterstitialReady
+                             : constNotificationAdMobAdapterGADBannerReady,
+                    adapter);
       case 1:
-        return center.postNotification({constNotificationAdMobAdapterGADInterstitialError, adapter});
+        return post(constNotificationAdMobAdapterGADInterstitialError, adapter);
       case 2:
-        if (full && root) root->presentViewController(std::make_shared<UIViewController>(), false, nullptr);
+        if (isScreen && root)
+          root->presentViewController(std::make_shared<UIViewController>(), false, nullptr);
         return;
       case 3:
         if (root && root->presentedViewController())

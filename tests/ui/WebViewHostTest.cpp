@@ -107,7 +107,7 @@ TEST_F(WebViewHostTest, DispatchByKindOfAd) {
   host._processAd(nullptr, VeltoErrorAd::veltoErrorAdWithCode(4), own, true);
   host._processAd(nullptr, VeltoErrorAd::veltoErrorAdWithCode(4), own, false);
   EXPECT_EQ(delegate->heard, (std::vector<std::string>{"fail 2", "fail 2", "fail 2", "fail 4"}));
-  const auto noView = std::make_shared<test::FakeAdapter>(1);
+  const auto noView = test::FakeAdapter::make(1);
   noView->hasView = false;
   host._processAd(VeltoAd::adWithMediation(noView, 1, nullptr), std::nullopt, own, true);
   EXPECT_EQ(delegate->heard.back(), "fail 2");

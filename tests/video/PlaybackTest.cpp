@@ -138,7 +138,7 @@ TEST_F(PlaybackTest, KeysAndButtonsSteerIt) {
   EXPECT_NEAR(platform->media().players().back()->appliedVolume(), 0.7F, 0.001F);
 
   const auto tapAt = [&](const UIView& view, double part) {
-    const auto frame = frameInWindow(view, window->view());
+    const auto frame = frameInWindow(view);
     window->tap({frame.minX() + frame.size.width * part, frame.midY()});
     platform->runUntilIdle();
   };
