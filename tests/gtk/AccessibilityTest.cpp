@@ -1,14 +1,6 @@
 // What a screen reader finds of an ad, asked over the bus by another process.
-#include "velto/ads/VeltoAd.h"
-#include "velto/ui/VeltoBannerViewController.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/video/PlayerControls.h"
 
-#include <stdlib.h>
-
-#include <sstream>
-
-#include "../support/Program.h"
 #include "DisplayTest.h"
 
 namespace velto::test {
@@ -26,11 +18,6 @@ def walk(node, depth):
         if child: walk(child, depth + 1)
 walk(Atspi.get_desktop(0), 0)
 )py";
-
-struct Ads : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> host;
-  std::shared_ptr<UIViewController> presentViewController() override { return host; }
-};
 
 std::string wholeTree() {
   auto* process = g_subprocess_new(GSubprocessFlags(G_SUBPROCESS_FLAGS_STDOUT_PIPE), nullptr,
@@ -54,7 +41,7 @@ class AccessibilityTest : public DisplayTest {};
 TEST_F(AccessibilityTest, AnAdIsFoundByItsNameWithWhatIsInIt) {
   auto* slot = gtk::adSlot();
   auto* window = newWindow(480, 300, slot);
-  const auto ads = std::make_shared<Ads>();
+  const auto ads = std::make_shared<RecordingDelegate>();
   present(window);
   ads->host = gtk::hostViewController(slot);
   const auto banner =

@@ -3,11 +3,9 @@
 
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+#include "velto/velto.h"
 
 #include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace velto::test {
 
