@@ -46,20 +46,6 @@ class GtkUnderTest : public PlatformUnderTest {
     return test::present(window_);
   }
   void tap(CGPoint point) override { test::click(window_, point); }
-  std::shared_ptr<UIViewController> showSlot() override {
-    auto* boxes = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-    for (auto*& box : boxes_) gtk_box_append(GTK_BOX(boxes), box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
-    gtk_widget_set_vexpand(boxes_[0], TRUE);
-    gtk_box_append(GTK_BOX(boxes_[0]), slot_ = gtk::adSlot());
-    gtk_window_set_child(window_, boxes);
-    return gtk::hostViewController(slot_);
-  }
-  void moveSlot() override {
-    g_object_ref(slot_);
-    gtk_box_remove(GTK_BOX(boxes_[0]), slot_);
-    gtk_box_append(GTK_BOX(boxes_[1]), slot_);
-    g_object_unref(slot_);
-  }
   std::string server() override { return server_.address(); }
   std::string refusingServer() override { return "http://127.0.0.1:1"; }
   bool runsPages() const override { return true; }
@@ -102,8 +88,6 @@ class GtkUnderTest : public PlatformUnderTest {
   test::LoopbackServer server_;
   std::unique_ptr<test::TemporaryFolder> folder_;
   GtkWindow* window_ = nullptr;
-  GtkWidget* boxes_[2] = {};
-  GtkWidget* slot_ = nullptr;
 };
 
 // The second process: writes for ever, with a line on standard output for each change that is safe.

@@ -1,4 +1,7 @@
 // Every kind of window that applications have can be wrapped, or says that it cannot.
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
+
 #include <adwaita.h>
 
 #include <stdexcept>
@@ -174,6 +177,38 @@ TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {
   g_object_unref(own);
   EXPECT_NO_THROW(gtk::hostViewController(window)) << "later it may be possible";
   gtk_window_destroy(window);
+}
+
+TEST_F(WindowsTest, TheForegroundFollowsThemAllUnlessTheApplicationKnowsBetter) {
+  auto& center = Platform::current().notificationCenter();
+  std::string told;
+  const Handle foreground =
+      center.addObserver(UIApplicationWillEnterForegroundNotification, [&](const auto&) { told += 'f'; });
+  const Handle background =
+      center.addObserver(UIApplicationDidEnterBackgroundNotification, [&](const auto&) { told += 'b'; });
+  const auto show = [](GtkWindow* window) {
+    present(window);
+    return window;
+  };
+  auto* first = show(newWindow(100, 100));
+  auto* second = show(newWindow(100, 100));
+  gtk_widget_set_visible(GTK_WIDGET(first), FALSE);
+  EXPECT_EQ(told, "") << "one is enough";
+  gtk_widget_set_visible(GTK_WIDGET(second), FALSE);
+  EXPECT_EQ(told, "b");
+  show(first);
+  show(second);
+  EXPECT_EQ(told, "bf");
+
+  gtk::setInForeground(false);
+  gtk_window_destroy(first);
+  gtk_window_destroy(second);
+  gtk::setInForeground(std::nullopt);
+  EXPECT_EQ(told, "bfb");
+  auto* third = show(newWindow(100, 100));
+  EXPECT_EQ(told, "bfbf");
+  gtk_window_destroy(third);
+  EXPECT_EQ(told, "bfbfb");
 }
 
 }  // namespace
