@@ -132,6 +132,9 @@ TEST_F(BannerTest, PlacementsAndTheirConstraints) {
   loadAd(*whole, markup(test::readyPage, 0, 0));
   EXPECT_EQ(whole->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
   EXPECT_EQ(whole->vc()->viewContraints().size(), 4U);
+  platform->device().facts.systemVersion = "10.3";  // which knows no safe area, only the bars
+  const CGRect between{{0, 47}, {390, 763}};
+  EXPECT_EQ(whole->vc()->getFullScreenFrameFor(window->controller()->view(), window->controller()), between);
   window->setSafeAreaInsets({10, 0, 0, 0});
   window->resize({400, 300});
   platform->runUntilIdle();

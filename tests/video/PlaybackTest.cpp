@@ -146,7 +146,9 @@ TEST_F(PlaybackTest, KeysAndButtonsSteerIt) {
   EXPECT_TRUE(host->player()->isPlaying());
   tapAt(controls.progressBar(), 0.6);
   EXPECT_NEAR(at(), 60, 1);
-  EXPECT_NEAR(controls.shownProgress(), 0.6, 0.01);
+  const auto& lines = controls.progressBar().subviews();
+  EXPECT_NEAR(lines[1]->frame().size.width / lines[0]->frame().size.width, 0.6, 0.01);
+  EXPECT_EQ(controls.timeLabel().frame().minX(), controls.playButton().frame().maxX());
   EXPECT_EQ(host->told, (Lines{"start 100 at 1"})) << "what was jumped over was not watched";
   platform->advance(16s);
   EXPECT_EQ(host->told, (Lines{"start 100 at 1", "0.75"}));
