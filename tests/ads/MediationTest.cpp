@@ -24,10 +24,6 @@ std::string list(const std::vector<std::string>& items) {
 
 class MediationTest : public test::FetchTest {
  protected:
-  static Answer mediation(std::string body) {
-    return Answer{.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}},
-                  .body = std::move(body)};
-  }
   // Resolves a first-level answer with that body.
   Outcome resolve(const std::string& body) { return fetch(mediation(body)); }
 };
@@ -49,6 +45,7 @@ TEST_F(MediationTest, RecordsReadWhatHasTheRightKind) {
   EXPECT_EQ(record->mediations()->at(1)->e(), nullptr);
   EXPECT_EQ(record->mediations()->at(2)->cn(), std::nullopt);
   EXPECT_EQ(record->mediations()->at(3)->cn(), "last");
+  EXPECT_NE(record->description().find("\n\tTimeout: 7\n\tMediations: (\n    <Velto"), std::string::npos);
 }
 
 TEST_F(MediationTest, AdapterNamesAndTypes) {
@@ -123,13 +120,14 @@ TEST_F(MediationTest, AnItemIsTriedOnceHoweverOftenItsAdapterAnswers) {
 // An adapter of a host application: answers later, on the main queue.
 struct LinkedClass : VeltoAdMediationAdapterProtocol {
   uint64_t adType = 0;
+  std::optional<VeltoErrorAd> error;
   void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t>,
              const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t type,
              VeltoAdCompletion completion) override {
     adType = type;
-    Platform::current().mainQueue().post([headers, completion] {
+    Platform::current().mainQueue().post([headers, completion, told = error] {
       const auto plain = std::make_shared<VeltoAdMediationCoreAdapter>();
-      completion(VeltoAd::adWithMediation(plain, std::nullopt, headers), std::nullopt);
+      completion(VeltoAd::adWithMediation(plain, std::nullopt, headers), told);
     });
   }
 };
@@ -145,6 +143,8 @@ TEST_F(MediationTest, ALinkedAdapterIsFoundByItsClassName) {
     EXPECT_NE(result.ad->description().find("\n\tAdapter: <VeltoAdMediationCoreAdapter: 0x"),
               std::string::npos);
   }
+  linked->error = VeltoErrorAd::veltoErrorAdWithCode(1);
+  EXPECT_EQ(resolve(list({R"({"cn":"VeltoAdmobBannerAdapter"})"})).codes, std::vector<int64_t>{0});
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
 }
 

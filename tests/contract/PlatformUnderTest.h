@@ -35,11 +35,6 @@ class PlatformUnderTest {
   // A person's touch at a point of that window, reported by the time the main queue has run for a while.
   virtual void tap(CGPoint point) = 0;
 
-  // A slot that the application has in that window among its own views, as large as what is in it asks for;
-  // and another place for it there. Null where the platform has no slots.
-  virtual std::shared_ptr<UIViewController> showSlot() { return nullptr; }
-  virtual void moveSlot() {}
-
   // "http://host:port" of a server that answers as serverAnswer() (TestServer.h) says.
   virtual std::string server() = 0;
   // The same of a port where nobody listens.

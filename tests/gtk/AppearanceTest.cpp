@@ -44,35 +44,24 @@ class AppearanceTest : public DisplayTest {
 };
 
 TEST_F(AppearanceTest, FollowsTheDesktopsSettings) {
+  auto* settings = gtk_settings_get_default();
   struct Row {
-    const char* name;
     const char* setting;
-    GValue value;
+    std::function<void(const char*)> set;
     bool largeLetters, opaque;
   };
-  const auto number = [](int of) {
-    GValue value = G_VALUE_INIT;
-    g_value_init(&value, G_TYPE_INT);
-    g_value_set_int(&value, of);
-    return value;
-  };
-  GValue contrast = G_VALUE_INIT, dark = G_VALUE_INIT;
-  g_value_init(&contrast, G_TYPE_STRING);
-  g_value_set_static_string(&contrast, "HighContrast");
-  g_value_init(&dark, G_TYPE_BOOLEAN);
-  g_value_set_boolean(&dark, TRUE);
   const Picture usual = controls();
   const int letters = lettersOf(usual, 0, 72, 256, 300);
   const int closing = lettersOf(usual, 565, 580, 20, 36);
   EXPECT_GT(letters, 5);
-  auto* settings = G_OBJECT(gtk_settings_get_default());
-  for (const Row& row : {Row{"large letters", "gtk-xft-dpi", number(144 * 1024), true, false},
-                         Row{"high contrast", "gtk-theme-name", contrast, false, true},
-                         Row{"dark style", "gtk-application-prefer-dark-theme", dark, false, false}}) {
-    SCOPED_TRACE(row.name);
-    GValue before = G_VALUE_INIT;
-    g_object_get_property(settings, row.setting, &before);
-    g_object_set_property(settings, row.setting, &row.value);
+  const auto set = [&](auto value) {
+    return [=](const char* name) { g_object_set(settings, name, value, nullptr); };
+  };
+  for (const Row& row : {Row{"gtk-xft-dpi", set(144 * 1024), true, false},
+                         Row{"gtk-theme-name", set("HighContrast"), false, true},
+                         Row{"gtk-application-prefer-dark-theme", set(TRUE), false, false}}) {
+    SCOPED_TRACE(row.setting);
+    row.set(row.setting);
     const Picture now = controls();
     EXPECT_EQ(now.at(2, 298) != usual.at(2, 298), row.opaque) << "the bar lets the video be seen";
     EXPECT_EQ(now.at(2, 298) >> 16 == (now.at(2, 298) & 0xff), row.opaque) << "without a trace of red";
@@ -80,8 +69,7 @@ TEST_F(AppearanceTest, FollowsTheDesktopsSettings) {
     EXPECT_EQ(grown > letters, row.largeLetters);
     EXPECT_EQ(grown > 1.3 * letters, row.largeLetters) << "so much larger are all";
     EXPECT_GE(lettersOf(now, 565, 580, 20, 36), closing);
-    g_object_set_property(settings, row.setting, &before);
-    g_value_unset(&before);
+    gtk_settings_reset_property(settings, row.setting);
   }
   EXPECT_EQ(controls().pixels, usual.pixels);
 }

@@ -5,25 +5,15 @@
 #include "velto/platform/foundation/JSON.h"
 #include "velto/velto.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
 
 #include "../support/AdWindow.h"
-#include "../support/Program.h"
+#include "../support/Delegates.h"
 #include "BusMock.h"
 #include "sandbox/Server.h"
 
 namespace velto {
 namespace {
-
-struct Ads : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> host;
-  bool finished = false;
-
-  std::shared_ptr<UIViewController> presentViewController() override { return host; }
-  void veltoBannerViewControllerDidFinishLoad(VeltoBannerViewControllerPrivate&) override { finished = true; }
-};
 
 TEST(BannerProcessTest, SendsWhatTheServicesSayAndLoadsNothingHeavy) {
   gtk_init();
@@ -41,13 +31,14 @@ TEST(BannerProcessTest, SendsWhatTheServicesSayAndLoadsNothingHeavy) {
   VeltoFramework::addVeltoKey("process-test");
 
   auto* window = test::newWindow(480, 320);
-  auto ads = std::make_shared<Ads>();
-  ads->host = test::present(window);
+  auto ads = std::make_shared<test::RecordingDelegate>();
+  const auto host = test::present(window);
+  ads->host = host;
   EXPECT_TRUE(test::runUntil([] { return VeltoDevice::simOperatorName().has_value(); }));
   auto banner =
       VeltoBannerViewController::initWithDelegate(ads, VeltoBannerSize320x50, VeltoBannerPositionBottom);
   banner->load();
-  EXPECT_TRUE(test::runUntil([&] { return ads->finished; }));
+  EXPECT_TRUE(test::runUntil([&] { return ads->heardLast("finish"); }));
 
   std::optional<JSON> body;
   for (const auto& request : server.requests())

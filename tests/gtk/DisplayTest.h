@@ -1,14 +1,10 @@
 // What tests of widgets share: the toolkit's complaints are failures, frames can be waited for, a camera.
 #pragma once
 
-#include "velto/gtk/VeltoGtk.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "velto/ads/VeltoAd.h"
 
 #include "../support/AdWindow.h"
+#include "../support/Delegates.h"
 
 namespace velto::test {
 
@@ -30,6 +26,17 @@ class DisplayTest : public testing::Test {
     };
     gtk_widget_add_tick_callback(widget, tick, &left, nullptr);
     ASSERT_TRUE(runUntil([&] { return left <= 0; }));
+  }
+  // An interstitial that is ready, with a first-seconds timer.
+  static std::shared_ptr<VeltoInterstitialViewController> ready(
+      const std::shared_ptr<RecordingInterstitialDelegate>& told, double seconds = 0) {
+    auto made = VeltoInterstitialViewController::initWithDelegate(told);
+    made->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, seconds));
+    told->heard.clear();
+    return made;
+  }
+  static bool heardLast(const RecordingInterstitialDelegate& told, const std::string& what) {
+    return runUntil([&] { return told.heardLast(what); });
   }
   // A widget of one colour and at least that size.
   static GtkWidget* painted(int width, int height, double red, double green, double blue) {

@@ -1,28 +1,8 @@
 // Interstitials in a real window: whose the keyboard is, and what happens when the window goes.
-#include "velto/ads/VeltoAd.h"
-#include "velto/ui/VeltoInterstitialViewController.h"
-#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
-
 #include "DisplayTest.h"
 
 namespace velto::test {
 namespace {
-
-using Heard = std::vector<std::string>;
-
-struct Delegate : VeltoInterstitialViewControllerDelegate {
-  using Controller = VeltoInterstitialViewControllerPrivate;
-  std::weak_ptr<UIViewController> host;
-  Heard heard;
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-  void veltoInterstitialViewControllerDidFail(Controller&, const VeltoErrorAd& error) override {
-    heard.push_back("fail " + std::to_string(error.errorCode));
-  }
-  void veltoInterstitialViewControllerDidAppear(Controller&) override { heard.emplace_back("appear"); }
-  void veltoInterstitialViewControllerDidPress(Controller&) override { heard.emplace_back("press"); }
-  void veltoInterstitialViewControllerDidClose(Controller&) override { heard.emplace_back("close"); }
-  void onVeltoInterstitialDismissed(Controller&) override { heard.emplace_back("dismissed"); }
-};
 
 class GtkInterstitialTest : public DisplayTest {
  protected:
@@ -32,8 +12,7 @@ class GtkInterstitialTest : public DisplayTest {
     window = newWindow(480, 640, entry);
     g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer*>(&window));
     delegate->host = present(window);
-    xdotool("windowfocus --sync " + idOf(window));
-    EXPECT_TRUE(runUntil([this] { return gtk_window_is_active(window); }));
+    giveKeyboard(window);
     gtk_widget_grab_focus(entry);
   }
   ~GtkInterstitialTest() override {
@@ -63,22 +42,16 @@ class GtkInterstitialTest : public DisplayTest {
     return focus && gtk_widget_is_ancestor(focus, entry);
   }
 
-  void load(double seconds) {
-    interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
-    interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, seconds));
-  }
   void show(double seconds) {
-    load(seconds);
+    interstitial = ready(delegate, seconds);
     interstitial->show();
     EXPECT_TRUE(heardLast("appear"));
   }
-  bool heardLast(const std::string& what) {
-    return runUntil([&] { return !delegate->heard.empty() && delegate->heard.back() == what; });
-  }
+  bool heardLast(const std::string& what) { return DisplayTest::heardLast(*delegate, what); }
 
   GtkWindow* window = nullptr;
   GtkWidget* entry = nullptr;
-  std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
+  std::shared_ptr<RecordingInterstitialDelegate> delegate = std::make_shared<RecordingInterstitialDelegate>();
   std::shared_ptr<VeltoInterstitialViewController> interstitial;
 };
 
@@ -153,7 +126,7 @@ TEST_F(GtkInterstitialTest, HandsTheKeyboardToWhatIsPresentedOverIt) {
 }
 
 TEST_F(GtkInterstitialTest, AWindowThatGoesTakesItAlong) {
-  load(0);
+  interstitial = ready(delegate);
   interstitial->setAnimation(VeltoAnimationFromLeft);
   interstitial->show();
   EXPECT_TRUE(runUntil([this] { return interstitial->vc()->presentingViewController() != nullptr; }));

@@ -1,12 +1,8 @@
 // Ads in slots: the room they ask for, where they go when that is not enough, and what of the toolkit's own
 // ways they take part in.
-#include "velto/ads/VeltoAd.h"
-#include "velto/gtk/Translations.h"
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/Viewability.h"
 #include "velto/platform/ui/WKWebView.h"
-#include "velto/ui/VeltoBannerViewController.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
 
 #include <adwaita.h>
 
@@ -23,23 +19,15 @@ constexpr char page[] =
     "<body style='margin:0;background:#f00'><script>var ticks=0;setInterval(()=>++ticks,10);"
     "var born=Math.random()</script>";
 
-struct Ads : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> host;
-  std::shared_ptr<VeltoBannerViewController> banner;
-  std::shared_ptr<UIViewController> presentViewController() override { return host; }
-};
-
 class SlotTest : public test::DisplayTest {
  protected:
   SlotTest() {
-    window = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_decorated(window, false);
-    gtk_window_set_default_size(window, 480, 600);
+    window = newWindow(480, 600);
     box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
     slot = gtk::adSlot();
   }
   ~SlotTest() override {
-    ads->banner.reset();
+    banner.reset();
     if (window) gtk_window_destroy(window);
   }
 
@@ -49,14 +37,15 @@ class SlotTest : public test::DisplayTest {
     ASSERT_TRUE(runUntil([&] { return gtk_widget_get_width(content) > 0; }));
   }
   void show(const std::string& html, CGSize size, bool richMedia = false) {
-    ads->host = gtk::hostViewController(slot);
-    if (!ads->banner)
-      ads->banner =
-          VeltoBannerViewController::initWithDelegate(ads, VeltoBannerSize320x50, VeltoBannerPositionTop);
+    host = gtk::hostViewController(slot);
+    delegate->host = host;
+    if (!banner)
+      banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
+                                                           VeltoBannerPositionTop);
     auto ad = VeltoAd::adWithHTML(html, {}, nullptr);
     ad->size = size;
     if (richMedia) ad->sourceType = VeltoAdSourceMRAID;
-    ads->banner->vc()->fetchBannerSuccess(ad);
+    banner->vc()->fetchBannerSuccess(ad);
     ASSERT_TRUE(runUntil([&] { return value("document.readyState") == JSON("complete"); }));
     ASSERT_TRUE(isIn(slot));
     runFrames(GTK_WIDGET(window));
@@ -64,7 +53,7 @@ class SlotTest : public test::DisplayTest {
   JSON value(const std::string& script) {
     std::optional<JSON> result;
     bool done = false;
-    const auto& view = ads->banner->vc()->webView();
+    const auto& view = banner->vc()->webView();
     view->evaluateJavaScript(script, [&](auto answer, auto) {
       result = std::move(answer);
       done = true;
@@ -93,7 +82,7 @@ class SlotTest : public test::DisplayTest {
   bool stands(GtkWidget* widget, const CGRect& frame) {
     return runUntil([&] { return boundsOf(widget) == frame; });
   }
-  Viewability seen() { return viewabilityOf(sightOf(ads->banner->vc()->webView().get(), {})); }
+  Viewability seen() { return viewabilityOf(sightOf(banner->vc()->webView().get(), {})); }
   // The share that is measured, and why, agree with the pixels that can be seen.
   bool agrees(const std::vector<std::string>& reasons, CGSize size = {320, 50}) {
     const bool agreed = runUntil([&] {
@@ -111,7 +100,9 @@ class SlotTest : public test::DisplayTest {
   GtkWindow* window;
   GtkWidget* box;
   GtkWidget* slot;
-  std::shared_ptr<Ads> ads = std::make_shared<Ads>();
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<UIViewController> host;
+  std::shared_ptr<VeltoBannerViewController> banner;
 };
 
 TEST_F(SlotTest, AsksForItsAdsSizeAndForNoneWithoutOne) {
@@ -135,7 +126,7 @@ TEST_F(SlotTest, AsksForItsAdsSizeAndForNoneWithoutOne) {
   EXPECT_EQ(value("innerWidth"), JSON(728)) << "the page knows nothing of it";
   EXPECT_EQ(seen().percentageInView, 100);
 
-  ads->banner->removeBanner();
+  banner->removeBanner();
   EXPECT_TRUE(stands(below, {{0, 0}, {480, 10}}));
   gtk_box_remove(GTK_BOX(box), below);
   auto* kept = gtk::adSlot({.room = CGSize{320, 50}});
@@ -170,7 +161,7 @@ TEST_F(SlotTest, MovesWithItsPage) {
   EXPECT_TRUE(agrees({}));
   gtk_window_destroy(second);
   gtk_box_remove(GTK_BOX(content), slot);
-  EXPECT_TRUE(runUntil([&] { return !ads->host->view()->isInWindow(); }));
+  EXPECT_TRUE(runUntil([&] { return !host->view()->isInWindow(); }));
   show(page, {320, 50});  // a refresh meanwhile
   gtk_box_append(GTK_BOX(content), slot);
   EXPECT_TRUE(agrees({}));
@@ -335,7 +326,7 @@ TEST_F(SlotTest, ScrollsWithItsListUnderTheWheelUnlessThePageUsesThat) {
   turn(5);
   EXPECT_TRUE(runUntil([&] { return value("turns") != JSON(0); }));
   EXPECT_EQ(gtk_adjustment_get_value(adjustment), 0);
-  ads->banner.reset();
+  banner.reset();
   gtk_window_destroy(std::exchange(window, nullptr));
   for (auto* one : slots) g_object_unref(one);
 }

@@ -1,19 +1,11 @@
 // Real videos, made here and served on loopback, in a real window: played to their end, broken in every way,
 // closed at any moment. There is no sound output, as on many a machine, and they play all the same.
-#include "velto/gtk/VeltoGtk.h"
-#include "velto/platform/foundation/GMemory.h"
-
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
-#include <sstream>
 
-#include "../support/AdWindow.h"
+#include "../support/Folder.h"
 #include "../support/LoopbackServer.h"
-#include "../support/Program.h"
 #include "../video/RecordingHost.h"
 #include "DisplayTest.h"
 #include "SoundServer.h"
@@ -44,6 +36,8 @@ struct Served {
   bool never = false;
 };
 
+const Lines all{"start 1 at 1", "0.25", "0.5", "0.75", "1"};
+
 class VideoServer {
  public:
   template <typename... Certificate>
@@ -70,15 +64,25 @@ class VideoServer {
   LoopbackServer server_;
 };
 
-class GtkVideo : public testing::Test {
+// A certificate of an authority of its own.
+std::string certificate(const std::string& name) {
+  const auto file = (std::filesystem::temp_directory_path() / name).string();
+  run({"sh", "-c",
+       "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
+       "-keyout " +
+           file + ".key -out " + file});
+  return file;
+}
+
+class GtkVideo : public DisplayTest {
  protected:
   static void SetUpTestSuite() {
     g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
-    gtk_init();
     whole = madeVideo();
+    trusted = certificate("ca.pem");
   }
-  explicit GtkVideo(const std::filesystem::path& caFile = {}) {
-    gtk::install({.applicationIdentifier = "org.example.video", .caFile = caFile});
+  GtkVideo() {
+    gtk::install({.applicationIdentifier = "org.example.video", .caFile = trusted});
     window_ = newWindow(400, 600);
     controller = present(window_);
     host = std::make_shared<RecordingHost>();
@@ -91,17 +95,15 @@ class GtkVideo : public testing::Test {
     gtk::uninstall();
     gtk_window_destroy(window_);
   }
-  void play(const std::string& path) { host->playVideoAt(NSURL::URLWithString(server.url(path)).value()); }
+  void play(const std::string& path) { play(server, path); }
+  void play(const VideoServer& from, const std::string& path) {
+    host->playVideoAt(NSURL::URLWithString(from.url(path)).value());
+  }
   bool isOver() const { return !controller->presentedViewController(); }
   static void press(const std::string& key) { xdotool("key " + key); }
-  uint32_t colorAt(int x, int y) {
-    struct Display : DisplayTest {
-      using DisplayTest::pictureOf;
-    };
-    return Display::pictureOf(window_).at(x, y);
-  }
+  uint32_t colorAt(int x, int y) { return pictureOf(window_).at(x, y); }
 
-  inline static std::string whole;
+  inline static std::string whole, trusted;
   VideoServer server;
   std::shared_ptr<UIViewController> controller;
   std::shared_ptr<RecordingHost> host;
@@ -122,7 +124,7 @@ TEST_F(GtkVideo, PlaysToItsEndAndIsSeenAndMeasured) {
   ASSERT_TRUE(runUntil([&] { return (colorAt(200, 300) & 0xe0c0c0) == 0xe00000; })) << "red";
   EXPECT_EQ(colorAt(200, 20), 0U) << "above the picture, which keeps its shape";
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
-  EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+  EXPECT_EQ(host->told, all);
 }
 
 TEST_F(GtkVideo, BrokenVideosEndInAClosedPlayer) {
@@ -166,36 +168,16 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   EXPECT_TRUE(player.expired() && screen.expired());
 }
 
-// An authority of the test's own, which the second of the two does not know.
-std::filesystem::path certificate() {
-  static const auto file = std::filesystem::temp_directory_path() / "ca.pem";
-  const auto line =
-      "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
-      "-keyout " +
-      file.string() + ".key -out " + file.string();
-  if (!std::filesystem::exists(file)) run({"sh", "-c", line});
-  return file;
-}
-
-class GtkVideoTrusting : public GtkVideo {
- protected:
-  GtkVideoTrusting() : GtkVideo(certificate()) {}
-};
-
-Lines toldOfSecureVideo(RecordingHost& host, const std::string& body, const std::function<bool()>& isOver) {
-  VideoServer secure(certificate().string(), certificate().string() + ".key");
-  secure.files["/a"] = {body};
-  host.playVideoAt(NSURL::URLWithString(secure.url("/a")).value());
-  EXPECT_TRUE(runUntil(isOver));
-  return host.told;
-}
-
-TEST_F(GtkVideoTrusting, PlaysOverHTTPS) {
-  EXPECT_EQ(toldOfSecureVideo(*host, whole, [&] { return isOver(); }),
-            (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
-}
-TEST_F(GtkVideo, RefusesAServerThatNobodyVouchesFor) {
-  EXPECT_EQ(toldOfSecureVideo(*host, whole, [&] { return isOver(); }), Lines{});
+TEST_F(GtkVideo, OverHTTPSItTrustsOnlyServersThatSomebodyVouchesFor) {
+  const std::string foreign = certificate("foreign.pem");
+  for (const auto& file : {foreign, trusted}) {
+    VideoServer secure(file, file + ".key");
+    secure.files["/a"] = {whole};
+    play(secure, "/a");
+    ASSERT_TRUE(runUntil([&] { return isOver(); }));
+    EXPECT_EQ(host->told.empty(), file == foreign);
+  }
+  EXPECT_EQ(host->told, all);
 }
 
 TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
@@ -207,14 +189,13 @@ TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
   sound.stop();
   g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
-  EXPECT_EQ(host->told, (Lines{"start 1 at 1", "0.25", "0.5", "0.75", "1"}));
+  EXPECT_EQ(host->told, all);
 }
 
 TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {
-  const auto folder = std::filesystem::temp_directory_path() / "modules";
-  std::filesystem::create_directories(folder);
-  std::ofstream(folder / "velto-video.so") << "no shared object";
-  g_setenv("VELTO_MODULE_PATH", folder.c_str(), TRUE);
+  const TemporaryFolder folder;
+  folder.write("velto-video.so", "no shared object");
+  g_setenv("VELTO_MODULE_PATH", folder.path().c_str(), TRUE);
   server.files["/a"] = {whole};
   play("/a");
   EXPECT_TRUE(runUntil([&] { return isOver(); }));

@@ -1,23 +1,15 @@
 // The output volume, from a sound server of the test's own, which has an output that nobody hears.
-#include "velto/gtk/VeltoGtk.h"
 #include "velto/platform/AVAudioSession.h"
 
-#include <gtest/gtest.h>
-
-#include "../support/Program.h"
+#include "DisplayTest.h"
 #include "SoundServer.h"
 
 namespace velto::test {
 namespace {
 
-class GtkVolume : public testing::Test {
+class GtkVolume : public DisplayTest {
  protected:
-  GtkVolume() {
-    gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.volume"});
-    g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
-  }
-  ~GtkVolume() override { gtk::uninstall(); }
+  GtkVolume() { g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE); }
 
   static AVAudioSession& session() { return AVAudioSession::sharedInstance(); }
   static bool control(std::vector<std::string> words) {

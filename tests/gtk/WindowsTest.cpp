@@ -1,7 +1,6 @@
 // Every kind of window that applications have can be wrapped, or says that it cannot.
-#include "velto/ads/VeltoAd.h"
-#include "velto/ui/VeltoInterstitialViewController.h"
-#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 
 #include <adwaita.h>
 
@@ -45,18 +44,6 @@ const std::vector<Kind>& kinds() {
   return all;
 }
 
-struct Delegate : VeltoInterstitialViewControllerDelegate {
-  std::shared_ptr<UIViewController> host;
-  std::vector<std::string> heard;
-  std::shared_ptr<UIViewController> presentViewController() override { return host; }
-  void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate&) override {
-    heard.emplace_back("appear");
-  }
-  void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate&) override {
-    heard.emplace_back("dismissed");
-  }
-};
-
 class WindowsTest : public test::DisplayTest {
  protected:
   WindowsTest() { adw_init(); }
@@ -64,6 +51,15 @@ class WindowsTest : public test::DisplayTest {
   static bool isShown(UIViewController& host) {
     return runUntil([&] { return host.view()->isInWindow() && host.view()->bounds().size.width > 100; });
   }
+  std::shared_ptr<VeltoInterstitialViewController> shownIn(GtkWindow* window) {
+    delegate->host = gtk::hostViewController(window);
+    auto interstitial = ready(delegate);
+    interstitial->show();
+    EXPECT_TRUE(heardLast(*delegate, "appear"));
+    return interstitial;
+  }
+
+  std::shared_ptr<RecordingInterstitialDelegate> delegate = std::make_shared<RecordingInterstitialDelegate>();
 };
 
 TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
@@ -120,17 +116,12 @@ TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
   auto* popover = GTK_WIDGET(gtk_menu_button_get_popover(button));
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); }));
 
-  const auto delegate = std::make_shared<Delegate>();
-  delegate->host = gtk::hostViewController(windows[0]);
-  auto interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
-  interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<p>ad", {}, nullptr, 0));
-  interstitial->show();
-  EXPECT_TRUE(runUntil([&] { return delegate->heard == std::vector<std::string>{"appear"}; }));
+  const auto interstitial = shownIn(windows[0]);
   EXPECT_EQ(gtk::hostViewController(windows[1])->presentedViewController(), nullptr);
   gtk_menu_button_popdown(button);
   gtk_window_fullscreen(windows[0]);
   interstitial->vc()->accessibilityPerformEscape();
-  EXPECT_TRUE(runUntil([&] { return delegate->heard.back() == "dismissed"; }));
+  EXPECT_TRUE(heardLast(*delegate, "dismissed"));
   gtk_menu_button_popup(button);
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); })) << "the window can be used again";
   for (auto* window : windows) gtk_window_destroy(window);
@@ -145,19 +136,15 @@ TEST_F(WindowsTest, AnInterstitialCoversAFullScreenAndWhatIsLeftAfterIt) {
   auto* window = GTK_WINDOW(adw_window_new());
   gtk_window_set_default_size(window, 400, 300);
   adw_window_set_content(ADW_WINDOW(window), gtk_label_new("content"));
-  const auto delegate = std::make_shared<Delegate>();
-  delegate->host = gtk::hostViewController(window);
+  const auto host = gtk::hostViewController(window);
   gtk_window_present(window);
   EXPECT_TRUE(runUntil([&] { return gtk_window_is_active(window); })) << "the window manager is there";
-  const auto interstitial = VeltoInterstitialViewController::initWithDelegate(delegate);
-  interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<p>ad", {}, nullptr, 0));
-  interstitial->show();
-  EXPECT_TRUE(runUntil([&] { return delegate->heard == std::vector<std::string>{"appear"}; }));
+  const auto interstitial = shownIn(window);
   const auto covers = [&](bool fullscreen) {  // but for the edge that a window has without compositor
     return runUntil([&] {
       const CGSize size = interstitial->vc()->view()->bounds().size;
       return bool(gtk_window_is_fullscreen(window)) == fullscreen && (size.width > 1200) == fullscreen &&
-             (size.height > 1000) == fullscreen && size == delegate->host->view()->bounds().size;
+             (size.height > 1000) == fullscreen && size == host->view()->bounds().size;
     });
   };
   gtk_window_fullscreen(window);
@@ -165,7 +152,7 @@ TEST_F(WindowsTest, AnInterstitialCoversAFullScreenAndWhatIsLeftAfterIt) {
   gtk_window_unfullscreen(window);
   EXPECT_TRUE(covers(false));
   interstitial->vc()->accessibilityPerformEscape();
-  EXPECT_TRUE(runUntil([&] { return delegate->heard.back() == "dismissed"; }));
+  EXPECT_TRUE(heardLast(*delegate, "dismissed"));
   gtk_window_destroy(window);
   g_subprocess_force_exit(manager);
   g_object_unref(manager);
@@ -190,6 +177,38 @@ TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {
   g_object_unref(own);
   EXPECT_NO_THROW(gtk::hostViewController(window)) << "later it may be possible";
   gtk_window_destroy(window);
+}
+
+TEST_F(WindowsTest, TheForegroundFollowsThemAllUnlessTheApplicationKnowsBetter) {
+  auto& center = Platform::current().notificationCenter();
+  std::string told;
+  const Handle foreground =
+      center.addObserver(UIApplicationWillEnterForegroundNotification, [&](const auto&) { told += 'f'; });
+  const Handle background =
+      center.addObserver(UIApplicationDidEnterBackgroundNotification, [&](const auto&) { told += 'b'; });
+  const auto show = [](GtkWindow* window) {
+    present(window);
+    return window;
+  };
+  auto* first = show(newWindow(100, 100));
+  auto* second = show(newWindow(100, 100));
+  gtk_widget_set_visible(GTK_WIDGET(first), FALSE);
+  EXPECT_EQ(told, "") << "one is enough";
+  gtk_widget_set_visible(GTK_WIDGET(second), FALSE);
+  EXPECT_EQ(told, "b");
+  show(first);
+  show(second);
+  EXPECT_EQ(told, "bf");
+
+  gtk::setInForeground(false);
+  gtk_window_destroy(first);
+  gtk_window_destroy(second);
+  gtk::setInForeground(std::nullopt);
+  EXPECT_EQ(told, "bfb");
+  auto* third = show(newWindow(100, 100));
+  EXPECT_EQ(told, "bfbf");
+  gtk_window_destroy(third);
+  EXPECT_EQ(told, "bfbfb");
 }
 
 }  // namespace

@@ -70,6 +70,7 @@ TEST(MRAIDRecords, Resize) {
   EXPECT_EQ(record->customClosePosition, "Top-Right");
   EXPECT_EQ(record->customClosePositionType, 0) << "no fallback";
   EXPECT_EQ(record->allowOffscreen, std::nullopt);
+  EXPECT_EQ(VeltoMRAIDPropertyResize::decode(R"({"customClosePosition":""})")->customClosePositionType, 0);
   const auto bare =
       VeltoMRAIDPropertyResize::decode(R"({"width":300,"offsetX":5,"offsetY":6,"allowOffscreen":false})");
   EXPECT_EQ(bare->frame, (CGRect{{5, 6}, {0, 0}}));

@@ -207,6 +207,8 @@ TEST_F(RequestTest, FingerprintAndAddresses) {
       {"en0", true, AddressFamily::Other, "x"},           {"en0", true, AddressFamily::IPv6, ""},
       {"en0", true, AddressFamily::IPv6, "fe80::1"},      {"en0", true, AddressFamily::IPv6, "fe80::2"}};
   EXPECT_EQ(VeltoDevice::ip(), "fe80::2");
+  platform->network().interfaces = {{"pdp_ip0", true, AddressFamily::IPv6, "fe80::3"}};
+  EXPECT_EQ(VeltoDevice::ip(), "fe80::3");
   platform->network().interfaces.reset();
   EXPECT_EQ(VeltoDevice::ip(), std::nullopt);
   EXPECT_TRUE(VeltoDevice::_getIPAddresses().empty());

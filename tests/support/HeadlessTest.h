@@ -13,6 +13,7 @@ namespace velto::test {
 
 inline const std::string readyPage =
     "<html><body><a href='https://shop.example/'>ad</a><!-- velto://loadFinished --></body></html>";
+inline const std::string richPage = "<script src='mraid.js'></script>rich";
 
 class HeadlessTest : public ::testing::Test {
  protected:
@@ -28,6 +29,11 @@ class HeadlessTest : public ::testing::Test {
         {"x-content", "html"}, {"x-width", std::to_string(width)}, {"x-height", std::to_string(height)}};
     answer.body = std::move(body);
     return answer;
+  }
+  // Instructions of mediation.
+  static headless::Answer mediation(std::string body) {
+    return {.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}},
+            .body = std::move(body)};
   }
   static headless::Answer with(headless::Answer answer, std::vector<HeaderFields::Field> more) {
     for (auto& field : more) answer.headers.push_back(std::move(field));

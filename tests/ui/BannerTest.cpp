@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using headless::Answer;
-using Heard = std::vector<std::string>;
+using test::Heard;
 
 class BannerTest : public test::UITest {
  protected:
@@ -31,7 +31,7 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
   EXPECT_TRUE(delegate->heard.empty());
   EXPECT_EQ(b->vc()->parentViewController(), window->controller().get());
-  EXPECT_EQ(frameInWindow(*b->vc()->webView(), window->view()), (CGRect{{35, 844 - 34 - 50}, {320, 50}}));
+  EXPECT_EQ(frameInWindow(*b->vc()->webView()), (CGRect{{35, 844 - 34 - 50}, {320, 50}}));
 
   page().finish();
   EXPECT_TRUE(delegate->heard.empty()) << "the page says itself when it is ready";
@@ -67,6 +67,7 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
     load(*b, answer);
     EXPECT_EQ(delegate->heard, Heard{heard});
     EXPECT_TRUE(platform->webViews().empty());
+    EXPECT_EQ(platform->views().contentHeld(), 0) << "no web process stays without an ad";
   }
   EXPECT_EQ(delegate->lastError->descriptionError(), "VeltoError: NO_FILL");
 }
@@ -86,6 +87,14 @@ TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
   platform->runUntilIdle();
   EXPECT_TRUE(window->view().subviews().empty());
   EXPECT_EQ(delegate->heard.size(), 2U) << "a page that gives up does so silently";
+
+  loadAd(*b);
+  delegate.reset();  // one that is gone is not called
+  page().navigate("velto://loadFinished");
+  window->tapLink(page(), "https://shop.example/");
+  page().fail(NSError{"d", 1, ""});
+  platform->runUntilIdle();
+  EXPECT_TRUE(platform->webViews().empty());
 }
 
 TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
@@ -94,15 +103,13 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
   inside->setFrame({{20, 200}, {350, 100}});
   const auto fine = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, inside);
   loadAd(*fine);
-  EXPECT_EQ(frameInWindow(*fine->vc()->webView(), window->view()), (CGRect{{35, 200}, {320, 50}}));
+  EXPECT_EQ(frameInWindow(*fine->vc()->webView()), (CGRect{{35, 200}, {320, 50}}));
 
   headless::HostWindow other;
   const auto elsewhere = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
                                                                      other.controller()->view());
   delegate->heard.clear();
-  for (int i = 0; i < 2; ++i) {
-    load(*elsewhere, markup());
-  }
+  for (int i = 0; i < 2; ++i) load(*elsewhere, markup());
   EXPECT_EQ(delegate->heard, (Heard{"fail 2", "fail 2"}));
 }
 
@@ -127,14 +134,17 @@ TEST_F(BannerTest, PlacementsAndTheirConstraints) {
       VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, CGPoint{10, 20});
   loadAd(*point);
   EXPECT_EQ(point->vc()->view()->frame(), (CGRect{{10, 67}, {320, 50}}));
-  const auto full = banner(VeltoBannerPositionFullScreen);
-  loadAd(*full, markup(test::readyPage, 0, 0));
-  EXPECT_EQ(full->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
-  EXPECT_EQ(full->vc()->viewContraints().size(), 4U);
+  const auto whole = banner(VeltoBannerPositionFullScreen);
+  loadAd(*whole, markup(test::readyPage, 0, 0));
+  EXPECT_EQ(whole->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
+  EXPECT_EQ(whole->vc()->viewContraints().size(), 4U);
+  platform->device().facts.systemVersion = "10.3";  // which knows no safe area, only the bars
+  const CGRect between{{0, 47}, {390, 763}};
+  EXPECT_EQ(whole->vc()->getFullScreenFrameFor(window->controller()->view(), window->controller()), between);
   window->setSafeAreaInsets({10, 0, 0, 0});
   window->resize({400, 300});
   platform->runUntilIdle();
-  EXPECT_EQ(full->vc()->view()->frame(), (CGRect{{0, 10}, {400, 290}}));
+  EXPECT_EQ(whole->vc()->view()->frame(), (CGRect{{0, 10}, {400, 290}}));
   EXPECT_EQ(point->vc()->view()->frame(), (CGRect{{10, 30}, {320, 50}}));
 }
 
@@ -252,38 +262,34 @@ TEST_F(BannerTest, OnlyTheFirstAdIsAnimatedAndIsSeenInItsPlaceWhateverHappensWhi
 TEST_F(BannerTest, AnotherNetworksBanner) {
   const auto b = banner();
   b->setAnimation(VeltoAnimationFromRight);
-  const auto adapter = std::make_shared<test::FakeAdapter>(1);
-  auto headers = std::make_shared<VeltoTaskResponseHeaders>();
-  headers->headers.set("x-width", "320");
-  headers->headers.set("x-height", "50");
-  headers->headers.set("x-ttl", "9");
-  const auto ad = VeltoAd::adWithMediation(adapter, 1, headers);
+  const auto adapter = test::FakeAdapter::make(1);
+  const auto ad = VeltoAd::adWithMediation(adapter, 1, nullptr);
+  ad->size = CGSize{320, 50};
+  ad->ttl = 9;
   VeltoAdManager::shared()->_addAdInCache(ad);
   b->vc()->presentMediationBannerView(adapter->getBannerView(), ad);
   platform->advance(2s);
   EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(adapter->loadedView, adapter->getBannerView());
   EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
-  EXPECT_EQ(frameInWindow(*adapter->getBannerView(), window->view()), (CGRect{{35, 760}, {320, 50}}));
+  EXPECT_EQ(frameInWindow(*adapter->getBannerView()), (CGRect{{35, 760}, {320, 50}}));
 
   // Of two that wait for an answer nobody knows yet whose ad it will be; once that is known, its own.
-  auto& center = platform->notificationCenter();
-  const auto early = std::make_shared<test::FakeAdapter>(1);
+  const auto early = test::FakeAdapter::make(1);
   const auto waiting = banner();
   const auto other = banner();
   waiting->load();
   other->load();
-  center.postNotification({constNotificationAdMobAdapterGADBannerReady, early});
+  post(constNotificationAdMobAdapterGADBannerReady, early);
   EXPECT_FALSE(early->root.expired());
-  waiting->vc()->presentMediationBannerView(early->getBannerView(),
-                                            VeltoAd::adWithMediation(early, 1, headers));
+  waiting->vc()->presentMediationBannerView(early->getBannerView(), test::mediated(early));
   EXPECT_EQ(early->root.lock(), waiting->vc());
-  center.postNotification({constNotificationAdMobAdapterGADBannerReady, early});
-  center.postNotification({constNotificationAdMobAdapterGADBannerReady, adapter});
+  post(constNotificationAdMobAdapterGADBannerReady, early);
+  post(constNotificationAdMobAdapterGADBannerReady, adapter);
   EXPECT_EQ(early->root.lock(), waiting->vc());
   EXPECT_EQ(adapter->root.lock(), b->vc());
   const auto rootless = std::make_shared<test::FakeAdapter>(1, false);
-  center.postNotification({constNotificationAdMobAdapterGADBannerReady, rootless});
+  post(constNotificationAdMobAdapterGADBannerReady, rootless);
   EXPECT_TRUE(rootless->root.expired());
 }
 
@@ -291,11 +297,7 @@ TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
   for (const std::string moment : {"finish", "press", "fail 1", "fail 0"}) {
     auto b = banner();
     std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
-    if (moment != "fail 0") {
-      loadAd(*b);
-    } else {
-      platform->urlSession().enqueue(status(204));
-    }
+    moment == "fail 0" ? platform->urlSession().enqueue(status(204)) : loadAd(*b);
     delegate->heard.clear();
     delegate->onCall = [&] { b.reset(); };
     if (moment == "finish") page().navigate("velto://loadFinished");
@@ -309,17 +311,6 @@ TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
     EXPECT_TRUE(platform->webViews().empty()) << moment;
     EXPECT_TRUE(window->view().subviews().empty()) << moment;
   }
-}
-
-TEST_F(BannerTest, ADelegateThatIsGoneIsNotCalled) {
-  const auto b = banner();
-  loadAd(*b);
-  delegate.reset();
-  page().navigate("velto://loadFinished");
-  window->tapLink(page(), "https://shop.example/");
-  page().fail(NSError{"d", 1, ""});
-  platform->runUntilIdle();
-  EXPECT_TRUE(platform->webViews().empty());
 }
 
 TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {

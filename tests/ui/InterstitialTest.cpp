@@ -1,7 +1,6 @@
 // An interstitial's life: load, ready, show, countdown, press, every way to close, and what goes wrong.
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/platform/ui/UIVisualEffectView.h"
-#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
 #include "UITest.h"
 
@@ -10,18 +9,16 @@ namespace {
 
 using namespace std::chrono_literals;
 using headless::Answer;
-using Heard = std::vector<std::string>;
+using test::Heard;
 
 class InterstitialTest : public test::UITest {
  protected:
-  InterstitialTest() { full->host = window->controller(); }
-
   static Answer fullScreen(const std::string& milliseconds = "") {
     auto answer = markup("<p>full</p>", 0, 0);
     return milliseconds.empty() ? answer : with(std::move(answer), {{"x-fst", milliseconds}});
   }
   std::shared_ptr<VeltoInterstitialViewController> loaded(const Answer& answer) {
-    auto made = VeltoInterstitialViewController::initWithDelegate(full);
+    auto made = interstitial();
     load(*made, answer);
     return made;
   }
@@ -34,19 +31,10 @@ class InterstitialTest : public test::UITest {
     interstitial.vc()->_tapCloseButton();
     platform->advance(1s);
   }
-  // A mediation ad that a network's adapter shows by itself.
-  std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& adapter) {
-    auto ad = VeltoAd::adWithMediation(adapter, VeltoBannerSizeInterstitial, nullptr);
-    ad->ttl = 9;
-    return ad;
-  }
-
-  std::shared_ptr<test::RecordingInterstitialDelegate> full =
-      std::make_shared<test::RecordingInterstitialDelegate>();
 };
 
 TEST_F(InterstitialTest, ReadyFirstAndTheMarkupOnlyAtShow) {
-  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto i = interstitial();
   i->show();
   platform->urlSession().enqueue("/sdk/", with(fullScreen("250"), {{"x-ttl", "9"}}));
   i->load();
@@ -74,7 +62,7 @@ TEST_F(InterstitialTest, ReadyFirstAndTheMarkupOnlyAtShow) {
   platform->advance(500ms);
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"})) << "to show it again does nothing";
   EXPECT_EQ(page().loads().size(), 1U);
-  EXPECT_EQ(frameInWindow(*i->vc()->webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
+  EXPECT_EQ(frameInWindow(*i->vc()->webView()), (CGRect{{0, 47}, {390, 763}}));
 
   const auto button = i->vc()->veltoCloseButton();
   EXPECT_FALSE(button->isEnabled() && button->title() == "0");
@@ -127,7 +115,7 @@ TEST_F(InterstitialTest, TheCountdownHoldsTheCloseButtonBack) {
 }
 
 TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
-  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto i = interstitial();
   const std::vector<std::function<void()>> ways{[&] { i->vc()->veltoCloseButton()->sendTouchUpInside(); },
                                                 [&] { page().navigate("velto://failLoad"); },
                                                 [&] { i->vc()->shownAd()->veltoMRAIDCloseInterstitial(); },
@@ -155,9 +143,10 @@ TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
 }
 
 TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
-  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto i = interstitial();
   load(*i, status(204));
   EXPECT_EQ(full->heard, Heard{"fail 0"});
+  EXPECT_EQ(platform->views().contentHeld(), 0);
   EXPECT_FALSE(i->isReady());
   full->heard.clear();
 
@@ -218,9 +207,10 @@ TEST_F(InterstitialTest, ANewAdReplacesOneThatWaitsAndWaitsForOneThatIsShown) {
 }
 
 TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
-  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
-  const auto adapter = std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial);
-  const auto ad = mediated(adapter);
+  const auto i = interstitial();
+  const auto adapter = test::FakeAdapter::make(VeltoAdTypeInterstitial);
+  const auto ad = VeltoAd::adWithMediation(adapter, VeltoBannerSizeInterstitial, nullptr);
+  ad->ttl = 9;
   ad->timer = 2;
   VeltoAdManager::shared()->_addAdInCache(ad);
   i->vc()->presentMediationBanner(ad);
@@ -249,9 +239,8 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
     adapter->root.reset();
     i->vc()->presentMediationBanner(ad);
     if (broken)
-      for (const auto& from : {std::make_shared<test::FakeAdapter>(VeltoAdTypeInterstitial), adapter})
-        platform->notificationCenter().postNotification(
-            {constNotificationAdMobAdapterGADInterstitialError, from});
+      for (const auto& from : {test::FakeAdapter::make(VeltoAdTypeInterstitial), adapter})
+        post(constNotificationAdMobAdapterGADInterstitialError, from);
     i->show();
     platform->advance(1900ms);
     EXPECT_EQ(adapter->root.expired(), broken);
@@ -265,7 +254,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
 }
 
 TEST_F(InterstitialTest, ShownAsSoonAsItIsReadyItKeepsTheOrientationOfThatMoment) {
-  const auto i = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto i = interstitial();
   i->setAutoShowWhenReady(true);
   for (const auto& [orientation, mask] :
        std::vector<std::pair<int64_t, uint64_t>>{{1, 2}, {3, 8}, {5, 8}, {4, 16}, {6, 16}, {2, 16}}) {
@@ -279,12 +268,12 @@ TEST_F(InterstitialTest, ShownAsSoonAsItIsReadyItKeepsTheOrientationOfThatMoment
 }
 
 TEST_F(InterstitialTest, GlassOrPlainByTheDesktopsSetting) {
-  const auto glass = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto glass = interstitial();
   ASSERT_EQ(glass->vc()->view()->subviews().size(), 1U);
   EXPECT_NE(dynamic_cast<UIVisualEffectView*>(glass->vc()->view()->subviews()[0].get()), nullptr);
   EXPECT_EQ(glass->vc()->view()->backgroundColor(), UIColor::colorWithWhite(0, 0.1));
   platform->application().reduceTransparency = true;
-  const auto plain = VeltoInterstitialViewController::initWithDelegate(full);
+  const auto plain = interstitial();
   EXPECT_TRUE(plain->vc()->view()->subviews().empty());
   EXPECT_EQ(plain->vc()->view()->backgroundColor(), UIColor::colorWithWhite(0, 0.8));
 }
@@ -292,7 +281,7 @@ TEST_F(InterstitialTest, GlassOrPlainByTheDesktopsSetting) {
 TEST_F(InterstitialTest, DestroyedInsideEachOfItsCallbacks) {
   for (const std::string callback : {"finish", "appear", "press", "close", "dismissed"}) {
     full->heard.clear();
-    auto i = VeltoInterstitialViewController::initWithDelegate(full);
+    auto i = interstitial();
     const std::weak_ptr<VeltoInterstitialViewControllerPrivate> working = i->vc();
     full->onCall = [&] {
       if (full->heard.back() == callback) i.reset();
@@ -312,7 +301,6 @@ TEST_F(InterstitialTest, AWindowThatIsDestroyedTakesItAlong) {
   const auto i = loaded(fullScreen());
   i->show();
   platform->advance(300ms);
-  full->onCall = [] {};
   window.reset();
   platform->advance(2s);
   EXPECT_EQ(full->heard, (Heard{"finish", "fail 2"}));

@@ -5,54 +5,36 @@ namespace velto {
 namespace {
 
 using namespace std::chrono_literals;
-using Heard = std::vector<std::string>;
+using test::Heard;
 
 class OverlapTest : public test::UITest {
  protected:
-  OverlapTest() {
-    full->host = window->controller();
-    fullAd = VeltoInterstitialViewController::initWithDelegate(full);
-  }
-  void load(const headless::Answer& answer) {
-    platform->urlSession().enqueue("/sdk/", answer);
-    fullAd->load();
-    platform->runUntilIdle();
-  }
   void show(const headless::Answer& answer) {
-    load(answer);
+    load(*fullAd, answer);
     fullAd->show();
     platform->advance(1100ms);
     page().finish();
   }
-  static std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<test::FakeAdapter>& by) {
-    return VeltoAd::adWithMediation(by, std::nullopt, nullptr);
-  }
-  void postError(const std::shared_ptr<test::FakeAdapter>& by) {
-    platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADInterstitialError, by});
-  }
   static std::string forcing(const std::string& orientation) {
-    return "mraid://setOrientationProperties?p=%7B%22forceOrientation%22%3A%22" + orientation + "%22%7D";
+    return mraid(R"(setOrientationProperties?p={"forceOrientation":")" + orientation + "\"}");
   }
 
-  const std::string rich = "<script src='mraid.js'></script>rich";
   static constexpr char second[] = "mraid://expand?u=https%3A%2F%2Fa.example%2F2";
-  std::shared_ptr<test::RecordingInterstitialDelegate> full =
-      std::make_shared<test::RecordingInterstitialDelegate>();
-  std::shared_ptr<VeltoInterstitialViewController> fullAd;
-  std::shared_ptr<test::FakeAdapter> adapter = std::make_shared<test::FakeAdapter>(2);
+  std::shared_ptr<VeltoInterstitialViewController> fullAd = interstitial();
+  std::shared_ptr<test::FakeAdapter> adapter = test::FakeAdapter::make(2);
 };
 
 TEST_F(OverlapTest, AnotherAdaptersFailureLeavesTheAdThatIsReady) {
-  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  fullAd->vc()->presentMediationBanner(test::mediated(adapter));
   fullAd->load();
-  postError(std::make_shared<test::FakeAdapter>(2));
+  post(constNotificationAdMobAdapterGADInterstitialError, test::FakeAdapter::make(2));
   fullAd->show();
   platform->advance(1s);
   EXPECT_EQ(adapter->root.lock(), fullAd->vc());
 
-  const auto next = std::make_shared<test::FakeAdapter>(2);
-  fullAd->vc()->presentMediationBanner(mediated(next));
-  postError(next);
+  const auto next = test::FakeAdapter::make(2);
+  fullAd->vc()->presentMediationBanner(test::mediated(next));
+  post(constNotificationAdMobAdapterGADInterstitialError, next);
   EXPECT_EQ(full->heard.back(), "fail 1") << "one that waits for its turn has failed";
   fullAd->vc()->_tapCloseButton();
   platform->advance(1s);
@@ -60,10 +42,10 @@ TEST_F(OverlapTest, AnotherAdaptersFailureLeavesTheAdThatIsReady) {
 }
 
 TEST_F(OverlapTest, ShownFromInsideTheEndOfTheAdBefore) {
-  load(markup(rich, 0, 0));
+  load(*fullAd, markup(test::richPage, 0, 0));
   const auto observer = platform->notificationCenter().addObserver(
       VeltoNotificationUIInterfaceOrientationMaskLock, [&](const NSNotification&) { fullAd->show(); });
-  load(markup(rich, 0, 0));
+  load(*fullAd, markup(test::richPage, 0, 0));
   fullAd->show();
   platform->advance(1s);
   EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear"}));
@@ -73,7 +55,7 @@ TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
   fullAd->setAutoShowWhenReady(true);
   full->onCall = [&] { fullAd.reset(); };
   const auto working = fullAd->vc();
-  working->presentMediationBanner(mediated(adapter));
+  working->presentMediationBanner(test::mediated(adapter));
   EXPECT_EQ(full->heard, Heard{"finish"});
   EXPECT_EQ(working->presentingViewController(), nullptr);
   platform->advance(500ms);
@@ -84,9 +66,9 @@ TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
 TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {
   for (const bool ownButton : {true, false}) {
     const auto ad = banner(VeltoBannerPositionTop);
-    loadAd(*ad, markup(rich));
-    if (ownButton) page().navigate("mraid://setExpandProperties?p=%7B%22useCustomClose%22%3Atrue%7D");
-    platform->urlSession().enqueue("/2", markup(rich));
+    loadAd(*ad, markup(test::richPage));
+    if (ownButton) page().navigate(mraid(R"(setExpandProperties?p={"useCustomClose":true})"));
+    platform->urlSession().enqueue("/2", markup(test::richPage));
     page().navigate(second);
     page().navigate("mraid://resize");
     platform->advance(500ms);
@@ -98,9 +80,9 @@ TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {
     EXPECT_EQ(ad->vc()->view()->frame(), (CGRect{{35, 47}, {320, 50}}));
   }
   // On a screen the page's button of a resize goes, and the screen's own is there.
-  show(markup(rich, 0, 0));
-  page().navigate("mraid://setExpandProperties?p=%7B%22useCustomClose%22%3Afalse%7D");
-  auto part = markup(rich);
+  show(markup(test::richPage, 0, 0));
+  page().navigate(mraid(R"(setExpandProperties?p={"useCustomClose":false})"));
+  auto part = markup(test::richPage);
   part.delay = 200ms;
   platform->urlSession().enqueue("/2", part);
   page().navigate(second);
@@ -115,16 +97,16 @@ TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {
 
 TEST_F(OverlapTest, ARefusedPresentationSaysNothingOfTheNextAd) {
   window->hide();
-  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  fullAd->vc()->presentMediationBanner(test::mediated(adapter));
   fullAd->show();
   adapter->told()->mediationBannerDidClose();
-  fullAd->vc()->presentMediationBanner(mediated(adapter));
+  fullAd->vc()->presentMediationBanner(test::mediated(adapter));
   platform->advance(1s);
   EXPECT_EQ(full->heard, (Heard{"finish", "finish"}));
 }
 
 TEST_F(OverlapTest, AnAdThatEndsWhileItsSecondPartIsLoadedLoadsNothing) {
-  show(markup(rich, 0, 0));
+  show(markup(test::richPage, 0, 0));
   int shown = 0;
   const auto observer = platform->notificationCenter().addObserver(constNotificationAdShowed,
                                                                    [&](const NSNotification&) { ++shown; });
@@ -140,11 +122,11 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
   orientation = 3;
   for (const bool bannerFirst : {true, false}) {
     auto ad = banner(VeltoBannerPositionTop);
-    loadAd(*ad, markup(rich));
+    loadAd(*ad, markup(test::richPage));
     page().navigate(forcing("landscape"));
     page().navigate("mraid://expand");
     EXPECT_EQ(orientation, 4);
-    show(markup(rich, 0, 0));
+    show(markup(test::richPage, 0, 0));
     page().navigate(forcing("portrait"));
     EXPECT_EQ(orientation, 1);
     if (bannerFirst) {
@@ -163,7 +145,7 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
 
 TEST_F(OverlapTest, AnAdThatWaitsHasItsTurnWhenTheWindowGoes) {
   show(markup("one", 0, 0));
-  load(markup("two", 0, 0));
+  load(*fullAd, markup("two", 0, 0));
   EXPECT_EQ(full->heard, (Heard{"finish", "appear"}));
   window.reset();
   platform->advance(1s);
@@ -173,26 +155,12 @@ TEST_F(OverlapTest, AnAdThatWaitsHasItsTurnWhenTheWindowGoes) {
 
 TEST_F(OverlapTest, ALoadThatIsAnsweredTwiceIsOverOnce) {
   const auto ad = banner();
-  auto empty = markup(R"({"mediation":[]})");
-  empty.headers = {{"x-content", "mediation"}, {"x-width", "320"}, {"x-height", "50"}};
-  platform->urlSession().enqueue("/sdk/", empty);
-  ad->load();
-  platform->runUntilIdle();
+  load(*ad, mediation(R"({"mediation":[]})"));
   EXPECT_EQ(delegate->heard, (Heard{"fail 1", "fail 2"}));
   ad->load();  // on its way again, so an adapter that announces itself may be its own
-  const auto early = std::make_shared<test::FakeAdapter>(1);
-  platform->notificationCenter().postNotification({constNotificationAdMobAdapterGADBannerReady, early});
+  const auto early = test::FakeAdapter::make(1);
+  post(constNotificationAdMobAdapterGADBannerReady, early);
   EXPECT_EQ(early->root.lock(), ad->vc());
-}
-
-TEST_F(OverlapTest, NoWebProcessStaysWithoutAnAd) {
-  const auto ad = banner();
-  platform->urlSession().respond("/sdk/", status(204));
-  ad->load();
-  fullAd->load();
-  EXPECT_EQ(platform->views().contentHeld(), 2);
-  platform->runUntilIdle();
-  EXPECT_EQ(platform->views().contentHeld(), 0);
 }
 
 }  // namespace

@@ -9,14 +9,13 @@ namespace velto {
 namespace {
 
 using namespace std::chrono_literals;
-using Heard = std::vector<std::string>;
+using test::Heard;
 
 enum class Kind { Banner, Interstitial };
 
 class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Kind> {
  protected:
   ShownAdTest() {
-    full->host = window->controller();
     platform->veltoBundle().files["omsdk-v1.js"] = "service()";
     platform->urlSession().pending().at(0)->answer({.body = "1"});  // the install of the registration
     platform->urlSession().respond("trk_", headless::Answer{.body = "1"});
@@ -60,7 +59,7 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
     show(markupText, body);
   }
   void presentByAdapter(const std::shared_ptr<test::FakeAdapter>& adapter) {
-    const auto ad = VeltoAd::adWithMediation(adapter, std::nullopt, nullptr);
+    const auto ad = test::mediated(adapter);
     if (isBanner()) return bannerAd->vc()->presentMediationBannerView(adapter->getBannerView(), ad);
     fullAd->vc()->presentMediationBanner(ad);
     fullAd->show();
@@ -74,13 +73,9 @@ class ShownAdTest : public test::UITest, public ::testing::WithParamInterface<Ki
     return page.hasRun("__veltoOMID." + operation + "(");
   }
 
-  std::shared_ptr<test::RecordingInterstitialDelegate> full =
-      std::make_shared<test::RecordingInterstitialDelegate>();
   std::shared_ptr<VeltoBannerViewController> bannerAd = banner(VeltoBannerPositionTop);
-  std::shared_ptr<VeltoInterstitialViewController> fullAd =
-      VeltoInterstitialViewController::initWithDelegate(full);
+  std::shared_ptr<VeltoInterstitialViewController> fullAd = interstitial();
   const std::string landscape = R"(setOrientationProperties?p={"forceOrientation":"landscape"})";
-  const std::string rich = "<script src='mraid.js'></script>rich";
 };
 
 TEST_P(ShownAdTest, APressIsToldAndTrackedOnceWithTheAdsIdentifiers) {
@@ -104,7 +99,7 @@ TEST_P(ShownAdTest, APressIsToldAndTrackedOnceWithTheAdsIdentifiers) {
 TEST_P(ShownAdTest, VolumeVisibilityAndMeasurementReachThePage) {
   show("ad");
   EXPECT_FALSE(platform->audioSession().isActive()) << "only rich media asks for sound";
-  replace(rich);
+  replace(test::richPage);
   EXPECT_TRUE(platform->audioSession().isActive());
   EXPECT_TRUE(measured(page(), "start"));
   EXPECT_EQ(host().omidSession()->mainAdView(), host().webView());
@@ -127,7 +122,7 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
   auto& orientation = platform->device().facts.orientation;
   orientation = 3;
   for (const std::string end : {"close", "another ad", "removal"}) {
-    show(rich);
+    show(test::richPage);
     page().navigate("mraid://expand");
     page().navigate(mraid(landscape));
     EXPECT_EQ(orientation, 4) << end;
@@ -145,7 +140,7 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
     EXPECT_EQ(host().shouldAutorotate(), end != "close" || !isBanner()) << "the page that stays has its say";
     closeScreen();
   }
-  show(rich);
+  show(test::richPage);
   page().navigate(mraid(landscape));
   platform->urlSession().enqueue(status(404));
   page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
@@ -160,8 +155,8 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
 }
 
 TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
-  show(rich);
-  const CGRect before = frameInWindow(*host().webView(), window->view());
+  show(test::richPage);
+  const CGRect before = frameInWindow(*host().webView());
   const auto button = [this] { return host().veltoCloseButton(); };
   const auto screensOwn = button();
   EXPECT_EQ(screensOwn != nullptr, !isBanner());
@@ -177,25 +172,25 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   window->setSight({});
   platform->advance(1s);
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100) << "the close button is friendly";
-  const CGRect area = frameInWindow(*button(), window->view());
+  const CGRect area = frameInWindow(*button());
   window->tap({area.midX(), area.midY()});
   platform->advance(100ms);
   EXPECT_EQ(heard(), Heard{}) << "closing is no press of the ad";
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "default");
-  EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
+  EXPECT_EQ(frameInWindow(*host().webView()), before);
   EXPECT_EQ(button() != nullptr, !isBanner()) << "a screen has its own close button back";
 
   page().navigate("mraid://expand");
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "expanded");
   platform->advance(1s);
-  EXPECT_EQ(frameInWindow(*host().webView(), window->view()), (CGRect{{0, 47}, {390, 763}}));
+  EXPECT_EQ(frameInWindow(*host().webView()), (CGRect{{0, 47}, {390, 763}}));
   EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100);
   EXPECT_EQ(host().webView(), webView);
   EXPECT_EQ(page().loads().size(), 1U) << "not loaded again";
   button()->sendTouchUpInside();
   platform->advance(1s);
   if (isBanner()) {
-    EXPECT_EQ(frameInWindow(*host().webView(), window->view()), before);
+    EXPECT_EQ(frameInWindow(*host().webView()), before);
     EXPECT_EQ(button(), nullptr);
     page().navigate("mraid://unload");
     platform->runUntilIdle();
@@ -206,7 +201,7 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
 
 TEST_P(ShownAdTest, AVideoOfThePageStandsOverItsAdAndGoesWithIt) {
   const std::string command = "playVideo?u=https://videos.example/a.webm";
-  show(rich);
+  show(test::richPage);
   page().navigate(mraid("playVideo?u=odd://videos.example/a.webm"));
   platform->runUntilIdle();
   EXPECT_TRUE(platform->media().players().empty());
@@ -227,8 +222,8 @@ TEST_P(ShownAdTest, AVideoOfThePageStandsOverItsAdAndGoesWithIt) {
 }
 
 TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
-  show(rich, link("O1"));
-  platform->urlSession().enqueue(markup(rich));
+  show(test::richPage, link("O1"));
+  platform->urlSession().enqueue(markup(test::richPage));
   page().navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
   platform->runUntilIdle();
   ASSERT_EQ(platform->webViews().size(), 2U);
@@ -241,12 +236,12 @@ TEST_P(ShownAdTest, ASecondPartWithoutIdentifiersLeavesThoseOfTheFirst) {
 }
 
 TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
-  show(rich, link("O1"));
+  show(test::richPage, link("O1"));
   const auto view = host().webView();  // as an engine may hold it for a while
   auto& old = headless::RecordingWebView::of(*view);
   const auto handler = host().veltoGetMRAIDHandler();
   // Under way when it goes: its second part, a resize, its identifiers.
-  platform->urlSession().enqueue("/2", markup(rich));
+  platform->urlSession().enqueue("/2", markup(test::richPage));
   old.navigate("mraid://expand?u=https%3A%2F%2Fa.example%2F2");
   old.navigate("mraid://resize");
   old.answerScripts([](const std::string&) { return JSON(link("OLD")); });
@@ -270,28 +265,27 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
 
   // And the page that an adapter's view replaces goes, too.
   const std::weak_ptr<WKWebView> page = shown;
-  const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
+  const auto adapter = test::FakeAdapter::make(isBanner() ? 1 : 2);
   closeScreen();
   presentByAdapter(adapter);
   EXPECT_EQ(host().webView(), nullptr);
 }
 
 TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {
-  auto& center = platform->notificationCenter();
   const char* ready = isBanner() ? constNotificationAdMobAdapterGADBannerReady
                                  : constNotificationAdMobAdapterGADInterstitialReady;
-  const auto adapter = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
-  const auto stray = std::make_shared<test::FakeAdapter>(isBanner() ? 1 : 2);
+  const auto adapter = test::FakeAdapter::make(isBanner() ? 1 : 2);
+  const auto stray = test::FakeAdapter::make(isBanner() ? 1 : 2);
   show("ad");
-  center.postNotification({ready, stray});
+  post(ready, stray);
   EXPECT_EQ(stray->root.lock(), nullptr) << "a page's ad has no adapter";
   closeScreen();
 
   presentByAdapter(adapter);
   EXPECT_EQ(adapter->root.lock().get(), &host());
   EXPECT_EQ(adapter->loaded, 1);
-  center.postNotification({ready, stray});
-  center.postNotification({ready, int64_t{1}});
+  post(ready, stray);
+  post(ready, int64_t{1});
   EXPECT_EQ(stray->root.lock(), nullptr);
   heard().clear();
   const auto told = adapter->told();

@@ -51,7 +51,7 @@ struct WalkNetwork : VeltoAdMediationAdapterProtocol {
   void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t> bannerSize,
              const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t adType,
              VeltoAdCompletion completion) override {
-    const auto adapter = std::make_shared<test::FakeAdapter>(adType);
+    const auto adapter = test::FakeAdapter::make(adType);
     adapters.push_back(adapter);
     completion(VeltoAd::adWithMediation(adapter, bannerSize, headers), std::nullopt);
   }
@@ -103,9 +103,9 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     ad->setEnableAutoRefresh(below(2) == 0);
     return ad;
   }
-  template <class Ad, class Delegate>
-  void begin(Slot<Ad, Delegate>& slot) {
-    slot.delegate = std::make_shared<Delegate>();
+  template <class Slot>
+  void begin(Slot& slot) {
+    slot.delegate = std::make_shared<typename decltype(slot.delegate)::element_type>();
     slot.delegate->host = window->controller();
     slot.ad = made(slot.delegate);
     slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
@@ -132,31 +132,27 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     Answer answer = status(204);
     const size_t choice = below(8);
     if (choice < 5)
-      answer = markup(readyMarkup, static_cast<int>(below(2) * 320), static_cast<int>(below(2) * 50));
-    if (choice < 3) answer.body = richMarkup;
+      answer = markup(test::readyPage, static_cast<int>(below(2) * 320), static_cast<int>(below(2) * 50));
+    if (choice < 3) answer.body = test::richPage;
     if (choice == 0) answer = with(answer, {{"x-fst", std::to_string(below(3000))}});
     if (choice == 6) answer = Answer::offline();
     if (choice == 7)
-      answer = {.headers = {{"x-content", "mediation"}, {"x-fst", std::to_string(below(3000))}},
-                .body = below(2) == 0 ? R"({"mediation":[{"cn":"VeltoAdmobBannerAdapter"}]})"
-                                      : R"({"mediation":[{"cn":"VeltoAdmobInterstitialAdapter"}]})"};
+      answer = with(mediation(below(2) == 0 ? R"({"mediation":[{"cn":"VeltoAdmobBannerAdapter"}]})"
+                                            : R"({"mediation":[{"cn":"VeltoAdmobInterstitialAdapter"}]})"),
+                    {{"x-fst", std::to_string(below(3000))}});
     answer.delay = std::chrono::milliseconds(below(2) * below(4000));
     return answer;
   }
   void pageStep() {
     if (platform->webViews().empty()) return;
     auto& page = *platform->webViews()[below(platform->webViews().size())];
-    switch (below(6)) {
-      case 0:
-        return page.finish();
-      case 1:
-        return page.fail(NSError{"WebKitNetworkError", 399, "crashed"});
-      case 2:
-        page.navigate(below(4) == 0 ? "velto://failLoad" : "velto://loadFinished");
-        return;
-      default:
-        page.navigate(commands[below(commands.size())]);
-    }
+    const size_t choice = below(6);
+    if (choice == 0) return page.finish();
+    if (choice == 1) return page.fail(NSError{"WebKitNetworkError", 399, "crashed"});
+    if (choice > 2)
+      page.navigate(commands[below(commands.size())]);
+    else
+      page.navigate(below(4) == 0 ? "velto://failLoad" : "velto://loadFinished");
   }
   // A network announces, fails, presents its screen or takes it away, reports what people did: at any time.
   void adapterStep() {
@@ -165,57 +161,35 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     const auto adapter = network->adapters[below(network->adapters.size())].lock();
     const auto told = adapter->told();
     const auto root = adapter->root.lock();
-    const bool full = adapter->adType() == VeltoAdTypeInterstitial;
-    auto& center = platform->notificationCenter();
-    switch (below(6)) {
-      case 0:
-        return center.postNotification({full ? constNotificationAdMobAdapterGADInterstitialReady
-                                             : constNotificationAdMobAdapterGADBannerReady,
-                                        adapter});
-      case 1:
-        return center.postNotification({constNotificationAdMobAdapterGADInterstitialError, adapter});
-      case 2:
-        if (full && root) root->presentViewController(std::make_shared<UIViewController>(), false, nullptr);
-        return;
-      case 3:
-        if (root && root->presentedViewController())
-          root->presentedViewController()->dismissViewControllerAnimated(false, nullptr);
-        return;
-      default:
-        if (told) below(2) == 0 ? told->mediationBannerDidPress() : told->mediationBannerDidClose();
-    }
+    const bool isScreen = adapter->adType() == VeltoAdTypeInterstitial;
+    const size_t choice = below(6);
+    if (choice == 0)
+      post(isScreen ? constNotificationAdMobAdapterGADInterstitialReady
+                    : constNotificationAdMobAdapterGADBannerReady,
+           adapter);
+    if (choice == 1) post(constNotificationAdMobAdapterGADInterstitialError, adapter);
+    if (choice == 2 && isScreen && root)
+      root->presentViewController(std::make_shared<UIViewController>(), false, nullptr);
+    if (choice == 3 && root && root->presentedViewController())
+      root->presentedViewController()->dismissViewControllerAnimated(false, nullptr);
+    if (choice > 3 && told) below(2) == 0 ? told->mediationBannerDidPress() : told->mediationBannerDidClose();
   }
   void personStep() {
-    switch (below(5)) {
-      case 0:
-        window->pressEscape();
-        return;
-      case 1:
-        return below(4) == 0 ? window->hide() : window->show();
-      case 2:
-        return window->resize(below(2) == 0 ? CGSize{390, 844} : CGSize{844, 390});
-      default:
-        return window->tap({static_cast<double>(below(390)), static_cast<double>(below(844))});
-    }
+    const size_t choice = below(5);
+    if (choice == 0) window->pressEscape();
+    if (choice == 1) below(4) == 0 ? window->hide() : window->show();
+    if (choice == 2) window->resize(below(2) == 0 ? CGSize{390, 844} : CGSize{844, 390});
+    if (choice > 2) window->tap({static_cast<double>(below(390)), static_cast<double>(below(844))});
   }
   void step() {
     platform->urlSession().enqueue("/sdk/", randomAnswer());
-    switch (below(9)) {
-      case 8:
-        return adapterStep();
-      case 0:
-      case 1:
-        return hostStep(interstitials[below(interstitials.size())]);
-      case 2:
-        return hostStep(banners[below(banners.size())]);
-      case 3:
-      case 4:
-        return pageStep();
-      case 5:
-        return personStep();
-      default:
-        platform->advance(std::chrono::milliseconds(below(3) == 0 ? 1500 : below(200)));
-    }
+    const size_t choice = below(9);
+    if (choice < 2) return hostStep(interstitials[below(interstitials.size())]);
+    if (choice == 2) return hostStep(banners[below(banners.size())]);
+    if (choice < 5) return pageStep();
+    if (choice == 5) return personStep();
+    if (choice == 8) return adapterStep();
+    platform->advance(std::chrono::milliseconds(below(3) == 0 ? 1500 : below(200)));
   }
 
   bool isOnScreen(const Interstitial& slot) const {
@@ -252,17 +226,14 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
   std::mt19937 random;
   std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
   std::vector<Banner> banners = std::vector<Banner>(2);
-  const std::string readyMarkup = "<html><head></head><body>ad</body></html>";
-  const std::string richMarkup =
-      "<html><head><script src=\"mraid.js\"></script></head><body>ad</body></html>";
   const std::vector<std::string> commands{
       "mraid://expand",
       "mraid://close",
       "mraid://resize",
+      "mraid://unload",
       "mraid://expand?url=https%3A%2F%2Fads.example%2Fsdk%2Ftwo",
       mraid(R"(setResizeProperties?p={"width":200,"height":100,"offsetX":0,"offsetY":0})"),
-      mraid(R"(setOrientationProperties?p={"forceOrientation":"landscape"})"),
-      "mraid://unload"};
+      mraid(R"(setOrientationProperties?p={"forceOrientation":"landscape"})")};
 };
 
 TEST_P(StateWalk, KeepsItsPromises) {

@@ -1,61 +1,18 @@
-// What the tests of the presentation share: a window, a delegate that writes down what it hears, an ad
-// network's adapter.
+// What the tests of the presentation share: a window, delegates that write down what they hear, an ad network's
+// adapter.
 #pragma once
 
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
-#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
+#include "../support/Delegates.h"
 #include "../support/HeadlessTest.h"
 
 namespace velto::test {
 
-// Writes down what a controller tells its delegate.
-template <class Delegate, class Told>
-struct Recorder : Delegate {
-  using Controller = Told;
-  std::weak_ptr<UIViewController> host;
-  std::vector<std::string> heard;
-  std::optional<VeltoErrorAd> lastError;
-  const Controller* lastController = nullptr;
-  std::function<void()> onCall;
-
-  std::shared_ptr<UIViewController> presentViewController() override { return host.lock(); }
-
- protected:
-  void note(const std::string& what, const Controller& controller) {
-    heard.push_back(what);
-    lastController = &controller;
-    if (onCall) onCall();
-  }
-  void noteFailure(const VeltoErrorAd& error, const Controller& controller) {
-    lastError = error;
-    note("fail " + std::to_string(error.errorCode), controller);
-  }
-};
-
-struct RecordingDelegate : Recorder<VeltoBannerViewControllerDelegate, VeltoBannerViewControllerPrivate> {
-  void veltoBannerViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
-  void veltoBannerViewControllerDidPress(Controller& c) override { note("press", c); }
-  void veltoBannerViewControllerDidClose(Controller& c) override { note("close", c); }
-  void veltoBannerViewControllerDidFail(Controller& c, const VeltoErrorAd& e) override { noteFailure(e, c); }
-};
-
-struct RecordingInterstitialDelegate
-    : Recorder<VeltoInterstitialViewControllerDelegate, VeltoInterstitialViewControllerPrivate> {
-  void veltoInterstitialViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
-  void veltoInterstitialViewControllerDidFail(Controller& c, const VeltoErrorAd& error) override {
-    noteFailure(error, c);
-  }
-  void veltoInterstitialViewControllerDidAppear(Controller& c) override { note("appear", c); }
-  void veltoInterstitialViewControllerDidPress(Controller& c) override { note("press", c); }
-  void veltoInterstitialViewControllerDidClose(Controller& c) override { note("close", c); }
-  void onVeltoInterstitialDismissed(Controller& c) override { note("dismissed", c); }
-};
-
 class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
  public:
   explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot) {}
+  static std::shared_ptr<FakeAdapter> make(uint64_t type) { return std::make_shared<FakeAdapter>(type); }
   uint64_t adType() const override { return type_; }
   VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override {
     return takesRoot_ ? this : nullptr;
@@ -87,17 +44,24 @@ class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationR
   std::function<void(UIViewController&)> onRoot;
 };
 
+inline std::shared_ptr<VeltoAd> mediated(const std::shared_ptr<FakeAdapter>& by) {
+  return VeltoAd::adWithMediation(by, std::nullopt, nullptr);
+}
+
 class UITest : public HeadlessTest {
  protected:
   UITest() : window(std::make_unique<headless::HostWindow>(CGSize{390, 844}, UIEdgeInsets{47, 0, 34, 0})) {
     registerKey();
-    delegate->host = window->controller();
+    delegate->host = full->host = window->controller();
   }
   ~UITest() override { window.reset(); }
 
   std::shared_ptr<VeltoBannerViewController> banner(
       VeltoBannerPosition position = VeltoBannerPositionBottom) {
     return VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, position);
+  }
+  std::shared_ptr<VeltoInterstitialViewController> interstitial() {
+    return VeltoInterstitialViewController::initWithDelegate(full);
   }
   headless::RecordingWebView& page() { return platform->views().webView(); }
   template <class Ad>
@@ -127,12 +91,18 @@ class UITest : public HeadlessTest {
     for (const auto& subview : view.subviews()) count += closeButtons(*subview);
     return count;
   }
-  static CGRect frameInWindow(const UIView& view, const UIView& root) {
-    return {root.convertPointFromView({0, 0}, view), view.frame().size};
+  CGRect frameInWindow(const UIView& view) const {
+    return {window->view().convertPointFromView({0, 0}, view), view.frame().size};
+  }
+  template <class Object>
+  void post(const char* notification, const Object& object) {
+    platform->notificationCenter().postNotification({notification, object});
   }
 
   std::unique_ptr<headless::HostWindow> window;
   std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  const std::shared_ptr<RecordingInterstitialDelegate> full =
+      std::make_shared<RecordingInterstitialDelegate>();
 };
 
 }  // namespace velto::test

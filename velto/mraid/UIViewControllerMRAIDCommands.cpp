@@ -97,7 +97,7 @@ void UIViewControllerMRAIDSDKVelto::_closeResize() {
 
 void UIViewControllerMRAIDSDKVelto::_expand(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler,
                                             const WebView&) {
-  if (handler.state != MRAIDState[MRAIDStateDefault] || !respondsTo(Operation::Expand)) return;
+  if (handler.state != MRAIDState[MRAIDStateDefault]) return;
   forceOrientation(orientationCode(handler));
   // A page that said it has no close button of its own gets none of ours either.
   CloseButton configuration;
@@ -114,10 +114,8 @@ void UIViewControllerMRAIDSDKVelto::_resize(const VeltoMRAIDAction&, VeltoMRAIDH
   if (!property) VeltoMRAIDBridge::mradFireError(wkWebView, resizeWithoutProperties);
   if (handler.state != MRAIDState[MRAIDStateDefault] && handler.state != MRAIDState[MRAIDStateResized])
     return handler.resize(wkWebView, {}, false);
-  if (!respondsTo(Operation::Resize)) return;
   veltoMRAIDRemoveCloseCustomButton();
   if (property && property->allowOffscreen.value_or(0) != 0) {
-    if (!respondsTo(Operation::GetFullscreenFrame)) return;
     const CGSize screen = veltoMRAIDGetFullscreenFrame().size;
     if (!keepsCloseRegion(*property, wkWebView->frame(), screen))
       return VeltoMRAIDBridge::mradFireError(wkWebView, resizeOffScreen);

@@ -69,11 +69,6 @@ class UIViewControllerMRAIDSDKVelto {
   virtual void veltoMRAIDCloseInterstitial() {}
   virtual void playVideoAt(const NSURL& /*url*/) {}
 
-  // Whether it does the operation. Without the first two the commands of that name are refused; without the
-  // third, resizes that may leave the screen are.
-  enum class Operation { Expand, Resize, GetFullscreenFrame };
-  virtual bool respondsTo(Operation) const { return true; }
-
  protected:
   virtual UIViewController& viewController() = 0;
   // The page wants the interface turned: 0 not, 1 portrait, 4 landscape.
