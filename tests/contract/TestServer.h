@@ -26,7 +26,7 @@ inline ServerAnswer serverAnswer(const std::string& method, const std::string& p
   if (path == "/empty") return {.status = 204};
   if (path == "/missing") return {.status = 404, .body = "not here"};
   if (path == "/echo") return {.body = method + "|" + field("X-Probe") + "|" + body};
-  if (path == "/moved") return {.status = 302, .headers = {{"Location", "/page"}}};
+  if (path == "/moved") return {.status = 302, .headers = {{"Location", "/page"}}, .body = "over there"};
   if (path == "/leaves") return {.status = 302, .headers = {{"Location", "ftp://server.example/page"}}};
   if (path == "/kept")
     return {.headers = {{"Set-Cookie", "a=b"}, {"Cache-Control", "max-age=3600"}},

@@ -59,6 +59,8 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
 TEST_F(CoreTest, WithoutAPlatformEveryOperationThrows) {
   headless::Platform::uninstall();
   EXPECT_THROW(registerKey(), std::logic_error);
+  EXPECT_THROW(VeltoFramework::setGDPRConsent("x"), std::logic_error)
+      << "consent does not vanish without a word";
   EXPECT_THROW(VeltoFramework::version(), std::logic_error);
 }
 

@@ -41,8 +41,10 @@ TEST(BannerProcessTest, SendsWhatTheServicesSayAndLoadsNothingHeavy) {
   EXPECT_TRUE(test::runUntil([&] { return ads->heardLast("finish"); }));
 
   std::optional<JSON> body;
-  for (const auto& request : server.requests())
+  for (const auto& request : server.requests()) {
+    EXPECT_EQ(request.problems, std::vector<std::string>()) << request.path;
     if (request.kind == sandbox::Kind::Ad) body = readJSON(request.body);
+  }
   ASSERT_TRUE(body && body->object());
   auto sent = *body->object();
   EXPECT_EQ(sent["son"], JSON("Example Mobile"));

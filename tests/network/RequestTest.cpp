@@ -243,6 +243,9 @@ TEST_F(RequestTest, ReachabilityReadsFlagsAndTellsChanges) {
   const auto observer = platform->notificationCenter().addObserver(
       "kVeltoNetworkReachabilityChangedNotification",
       [&](const NSNotification& n) { posted += n.objectAs<R>() == reachability; });
+  platform->network().setWatchable(false);
+  EXPECT_FALSE(reachability->startNotifier());
+  platform->network().setWatchable(true);
   EXPECT_TRUE(reachability->startNotifier());
   platform->network().setFlags(2 | 4);
   platform->runUntilIdle();

@@ -57,6 +57,7 @@ TEST(RequestCheck, NamesEachFaultOfABody) {
         "body gdpr_opt: is 1, expected a boolean", "body gdpr_opt, gdpr_dc: expected equal"}},
       {R"({"aidl": "1"})", {"body aid: present although"}},
       {R"({"gz": "--12.0000"})", {}},
+      {R"({"ncc": null, "scc": null})", {}},
       {R"({"gz": "+0.0000"})", {"body gz: is"}},
       {R"({"gz": "+15.0000"})", {"body gz: is"}},
       {R"({"soc": "222-10", "non": "Other"})",

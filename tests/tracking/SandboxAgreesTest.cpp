@@ -1,6 +1,4 @@
-// What the sandbox server finds in the library's own ad requests, tracks and video ad requests: nothing
-// wrong; and that it would.
-#include "velto/network/VeltoTaskRequest.h"
+// What the sandbox server finds in the library's own video ad requests: nothing wrong; and that it would.
 
 #include "TrackTest.h"
 #include "sandbox/RequestCheck.h"

@@ -111,6 +111,7 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
   delegate->heard.clear();
   for (int i = 0; i < 2; ++i) load(*elsewhere, markup());
   EXPECT_EQ(delegate->heard, (Heard{"fail 2", "fail 2"}));
+  EXPECT_EQ(platform->views().contentHeld(), 0);
 }
 
 TEST_F(BannerTest, PlacementsAndTheirConstraints) {

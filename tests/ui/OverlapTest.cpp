@@ -1,4 +1,8 @@
 // Two things at once: each case is a moment in which something ends or begins while something else is half done.
+#include "velto/platform/AnswerOnMain.h"
+
+#include <thread>
+
 #include "UITest.h"
 
 namespace velto {
@@ -141,6 +145,47 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
     platform->runUntilIdle();
     EXPECT_EQ(orientation, 3);
   }
+}
+
+TEST_F(OverlapTest, AmongAdsThatForceTheDeviceAWishChangedLaterIsNoNewsToTheFirst) {
+  auto& orientation = platform->device().facts.orientation;
+  orientation = 3;
+  auto ad = banner(VeltoBannerPositionTop);
+  loadAd(*ad, markup(test::richPage));
+  page().navigate(forcing("landscape"));
+  page().navigate("mraid://expand");
+  show(markup(test::richPage, 0, 0));
+  for (const char* wish : {"portrait", "landscape"}) page().navigate(forcing(wish));
+  fullAd->vc()->_tapCloseButton();
+  platform->advance(1s);
+  ad.reset();
+  platform->runUntilIdle();
+  EXPECT_EQ(orientation, 3);
+}
+
+TEST_F(OverlapTest, ABannerThatIsRefreshedStaysBelowTheScreen) {
+  const auto ad = banner(VeltoBannerPositionTop);
+  ad->setEnableAutoRefresh(true);
+  loadAd(*ad);
+  show(markup(test::richPage, 0, 0));
+  platform->urlSession().enqueue("/sdk/", markup("next"));
+  platform->advance(30s);
+  EXPECT_EQ(page().html(), "next");
+  EXPECT_TRUE(headless::RecordingViewPeer::of(*window->view().subviews().back()).isModal());
+}
+
+TEST_F(OverlapTest, WhatATransportDropsEndsOnTheMainThread) {
+  std::thread::id where;
+  auto held = endingOnMain(std::shared_ptr<void>(&where, [&](void*) { where = std::this_thread::get_id(); }));
+  std::thread([last = std::move(held)] {}).join();
+  platform->runUntilIdle();
+  EXPECT_EQ(where, std::this_thread::get_id());
+  const auto ad = banner();
+  platform->urlSession().respond("/sdk/", headless::Answer::offline());
+  ad->load();
+  EXPECT_EQ(delegate.use_count(), 2);
+  platform->runUntilIdle();
+  EXPECT_EQ(delegate.use_count(), 1);
 }
 
 TEST_F(OverlapTest, AnAdThatWaitsHasItsTurnWhenTheWindowGoes) {

@@ -179,6 +179,8 @@ TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "default");
   EXPECT_EQ(frameInWindow(*host().webView()), before);
   EXPECT_EQ(button() != nullptr, !isBanner()) << "a screen has its own close button back";
+  platform->advance(1s);
+  EXPECT_EQ(host().omidSession()->viewability()->percentageInView, 100) << "which is friendly, too";
 
   page().navigate("mraid://expand");
   EXPECT_EQ(host().veltoGetMRAIDHandler()->state, "expanded");
@@ -247,7 +249,7 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
   old.answerScripts([](const std::string&) { return JSON(link("OLD")); });
   old.finish();
   replace("new", link("O2"));
-  const auto shown = host().webView();
+  auto shown = host().webView();
   const auto frame = shown->frame();
   heard().clear();
   for (const char* signal : {"velto://loadFinished", "velto://failLoad", "mraid://unload", "mraid://close",
@@ -263,12 +265,19 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
   EXPECT_TRUE(platform->application().opened.empty());
   EXPECT_EQ(platform->webViews().size(), 2U) << "no second part came of it";
 
-  // And the page that an adapter's view replaces goes, too.
-  const std::weak_ptr<WKWebView> page = shown;
+  // And the page that an adapter's view replaces says no more, and goes.
+  auto& last = page();
   const auto adapter = test::FakeAdapter::make(isBanner() ? 1 : 2);
   closeScreen();
   presentByAdapter(adapter);
-  EXPECT_EQ(host().webView(), nullptr);
+  heard().clear();
+  for (const auto* signal : {"velto://loadFinished", "velto://failLoad"}) last.navigate(signal);
+  platform->advance(2s);
+  EXPECT_EQ(heard(), Heard{});
+  EXPECT_EQ(adapter->loaded, 1);
+  const std::weak_ptr<WKWebView> replaced = shown;
+  shown.reset();
+  EXPECT_TRUE(replaced.expired());
 }
 
 TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {

@@ -211,8 +211,11 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     }
     EXPECT_LE(presented, 1U);
     size_t covers = 0;
-    for (const auto& subview : window->view().subviews())
-      covers += headless::RecordingViewPeer::of(*subview).isModal() ? 1 : 0;
+    for (const auto& subview : window->view().subviews()) {
+      const bool isCover = headless::RecordingViewPeer::of(*subview).isModal();
+      EXPECT_TRUE(isCover || covers == 0) << "nothing comes up over a screen";
+      covers += isCover ? 1 : 0;
+    }
     EXPECT_LE(covers, 2U) << "a screen, and another network's over it";
     EXPECT_LE(platform->webViews().size(), 2 * (interstitials.size() + banners.size()) + 1);
   }

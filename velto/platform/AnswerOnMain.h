@@ -1,9 +1,10 @@
-// How a result that came on another thread reaches who asked for it. Any thread.
+// How a result that came on another thread reaches who asked for it, and who asked does not end there. Any thread.
 #pragma once
 
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
+#include <memory>
 #include <utility>
 
 namespace velto {
@@ -16,6 +17,17 @@ void answerOnMain(Completion completion, Values... values) {
   if (completion && platform)
     platform->mainQueue().post(
         [completion = std::move(completion), ... held = std::move(values)] { completion(held...); });
+}
+
+// Holds a value that ends on the main thread, wherever its last holder lets it go.
+template <class Value>
+std::shared_ptr<Value> endingOnMain(Value value) {
+  return std::shared_ptr<Value>(new Value(std::move(value)), [](Value* held) {
+    std::shared_ptr<Value> last(held);
+    auto* platform = Platform::currentOrNull();
+    if (platform && !platform->mainQueue().isCurrent())
+      platform->mainQueue().post([last = std::move(last)] {});
+  });
 }
 
 }  // namespace velto

@@ -42,8 +42,9 @@ class ViewPeer {
   // (UIView::peerKeyPressed()). Several may be on; the last one counts.
   virtual void setModal(bool modal) = 0;
 
-  // `index` counts among this view's children, 0 is painted first. The child is in no other view.
-  virtual void insertSubview(ViewPeer& child, size_t index) = 0;
+  // In front of its other children, but behind `front`, which is one of them, where that is not null. The child is
+  // in no other view.
+  virtual void insertSubview(ViewPeer& child, ViewPeer* front) = 0;
   virtual void removeFromSuperview() = 0;
 
   // For who measures what can be seen. Changes of these are told by ViewChanges::note() (platform/ui/).

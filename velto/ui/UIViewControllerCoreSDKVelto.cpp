@@ -3,6 +3,7 @@
 
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <utility>
@@ -23,6 +24,42 @@ constexpr auto nothing = [](auto&, auto&) {};
 
 }  // namespace
 
+// A question that is on its way. Its holders are on other threads too, and may drop it without an answer.
+class UIViewControllerCoreSDKVelto::Pending {
+ public:
+  Pending(std::weak_ptr<UIViewController> asking, UIViewControllerCoreSDKVelto& mixin,
+          VeltoControllerDelegate delegate)
+      : controller_(std::move(asking)), mixin_(&mixin), delegate_(std::move(delegate)) {
+    ++mixin_->fetching_;
+  }
+  Pending(Pending&& other) noexcept
+      : controller_(std::move(other.controller_)),
+        mixin_(std::exchange(other.mixin_, nullptr)),
+        delegate_(std::move(other.delegate_)),
+        isOpen_(other.isOpen_) {}
+  ~Pending() {
+    const auto alive = controller_.lock();
+    if (!alive || !mixin_ || !isOpen_) return;
+    --mixin_->fetching_;
+    mixin_->fetchFailed();
+  }
+
+  // An empty list of networks answers twice.
+  void answer(const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error,
+              bool notifyFailure) {
+    const auto alive = controller_.lock();
+    if (!alive) return;
+    if (std::exchange(isOpen_, false)) --mixin_->fetching_;
+    mixin_->_processAd(ad, error, delegate_, notifyFailure);
+  }
+
+ private:
+  std::weak_ptr<UIViewController> controller_;
+  UIViewControllerCoreSDKVelto* mixin_;
+  VeltoControllerDelegate delegate_;
+  bool isOpen_ = true;
+};
+
 std::shared_ptr<UIViewController> UIViewControllerCoreSDKVelto::getUserViewControllerForDelegate(
     const VeltoControllerDelegate& delegate) {
   std::shared_ptr<UIViewController> answer;
@@ -36,16 +73,12 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
                                                       VeltoBannerSize size,
                                                       const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
-  ++fetching_;
-  const auto answered = std::make_shared<bool>(false);  // an empty list of networks answers twice
+  // The answer's holders may drop it on a thread of their own, or never call it.
+  const auto pending = endingOnMain(Pending(viewController().weak_from_this(), *this, delegate));
   VeltoAdManager::fetchFor(
       type, size, settings,
-      [this, weak = viewController().weak_from_this(), delegate, notifyFailure, answered](
-          const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-        const auto alive = weak.lock();
-        if (!alive) return;
-        if (!std::exchange(*answered, true)) --fetching_;
-        _processAd(ad, error, delegate, notifyFailure);
+      [pending, notifyFailure](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
+        pending->answer(ad, error, notifyFailure);
       });
 }
 
@@ -70,6 +103,7 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
       if (auto* presenter = mediationBannerPresenter()) return presenter->presentMediationBanner(ad);
     }
   }
+  fetchFailed();
   if (notifyFailure) notifyDidFail(delegate, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
 }
 

@@ -47,7 +47,7 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   std::shared_ptr<UIViewController> getUserViewControllerForDelegate(const VeltoControllerDelegate& delegate);
 
   // Asks the ad manager. The answer is dropped when this controller is gone by then; the delegate is kept
-  // until it came.
+  // until it came, and then let go of on the main thread.
   void fetchBannerDataFor(VeltoAdType type, const std::optional<VeltoSettings>& settings,
                           VeltoBannerSize size, const VeltoControllerDelegate& delegate, bool notifyFailure);
   void _processAd(const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error,
@@ -79,6 +79,7 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   bool isFetching() const { return fetching_ > 0; }
 
  private:
+  class Pending;
   template <class BannerCall, class InterstitialCall>
   void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall,
               InterstitialCall interstitialCall);

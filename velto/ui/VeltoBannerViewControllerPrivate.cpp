@@ -91,6 +91,7 @@ bool VeltoBannerViewControllerPrivate::startShowing(const std::shared_ptr<VeltoA
   shown_ = VeltoShownAd::shownBy(*this, ad);
   if (_addBanner(mediationView, ad ? ad->size : CGSize{})) return true;
   letGo();
+  preparedPage().drop();
   if (notifiesFailure()) notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
   return false;
 }

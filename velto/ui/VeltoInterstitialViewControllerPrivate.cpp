@@ -136,7 +136,9 @@ void VeltoInterstitialViewControllerPrivate::_addInterstitialCloseButtonWithTime
 // the screen's own comes back.
 void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
   shown_->after(0ms, [this] {
-    if (!veltoCloseButton()) _addInterstitialCloseButtonWithTimer(timerValue_);
+    if (veltoCloseButton()) return;
+    _addInterstitialCloseButtonWithTimer(timerValue_);
+    addFriendlyObstructionOMSDKFor(veltoCloseButton());
   });
 }
 

@@ -137,9 +137,13 @@ void VeltoShownAd::mediationBannerDidClose() {
 
 // --- orientation
 
-// What the ad itself has forced is not what was there before it.
+// What ads themselves have forced, this one or one that came later, is not what was there before it.
 void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
-  if (forcedOrientation_ == 0 || orientation != forcedOrientation_) originalOrientation_ = orientation;
+  if (forcedOrientation_ != 0) {
+    const auto& forcing = Platform::shared<ForcingAds>()->ads;
+    if (orientation == forcedOrientation_ || forcing.back() != this) return;
+  }
+  originalOrientation_ = orientation;
 }
 
 // An ad that has forced the device since then stays with its wish, and has what was there before both to go

@@ -22,7 +22,6 @@ CURLcode Transfer::prepare() {
   if (!request_.url.scheme()) return CURLE_URL_MALFORMAT;  // libcurl would guess one
   CURL* easy = handle();
   curl_easy_reset(easy);
-  curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
   curl_easy_setopt(easy, CURLOPT_SHARE, share_);
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, detail_.data());
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
@@ -33,7 +32,7 @@ CURLcode Transfer::prepare() {
   curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);  // rather share a connection than open another
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(largestBody()));
+  curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(options_.largestBody));
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, static_cast<long>(options_.requestTimeout.count()));
 
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::onHeaderLine);
@@ -108,7 +107,12 @@ size_t Transfer::onHeaderLine(char* bytes, size_t, size_t size, void* self) noex
 size_t Transfer::onBody(char* bytes, size_t, size_t size, void* self) noexcept {
   auto& transfer = *static_cast<Transfer*>(self);
   transfer.renewDeadline();
-  if (size > transfer.largestBody() - transfer.body_.size()) {
+  const size_t room = transfer.largestBody() - transfer.body_.size();
+  if (size > room) {
+    // What a redirect has to say for itself may be longer than the answer that is asked for.
+    const bool isRedirect = transfer.info<long>(CURLINFO_RESPONSE_CODE) / 100 == 3;
+    transfer.body_.append(bytes, isRedirect ? room : 0);
+    if (isRedirect) return size;
     transfer.refused_ = CURLE_FILESIZE_EXCEEDED;
     return 0;
   }

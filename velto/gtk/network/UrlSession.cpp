@@ -5,6 +5,7 @@
 #include "velto/gtk/network/Transfer.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 
 namespace velto::gtk {
@@ -80,7 +81,7 @@ void UrlSession::Exchange::endExpired() {
 int UrlSession::Exchange::millisecondsToNextDeadline() const {
   using std::chrono::milliseconds;
   const auto now = std::chrono::steady_clock::now();
-  milliseconds wait = std::chrono::minutes(1);
+  milliseconds wait(std::numeric_limits<int>::max());  // as good as until wake()
   for (const auto& [easy, transfer] : transfers_)
     wait = std::min(wait, std::chrono::ceil<milliseconds>(transfer->deadline() - now));
   return static_cast<int>(std::max(wait, milliseconds(0)).count());

@@ -12,7 +12,8 @@
 namespace velto::gtk {
 namespace {
 
-constexpr double leastScale = 0.4;  // of an ad in a slot that is narrower than it
+constexpr double leastScale = 0.4;    // of an ad in a slot that is narrower than it
+constexpr double largestRoom = 4096;  // points; an answer may name any size
 
 GtkWidgetClass* slotParentClass = nullptr;
 
@@ -136,7 +137,8 @@ void AdSlot::measure(GtkWidget* widget, GtkOrientation orientation, int forSize,
   *minimum = *natural = 0;
   const AdSlot* self = of(widget);
   if (!self) return;
-  const CGSize room = self->size_ == CGSize{} ? self->options_.room.value_or(CGSize{}) : self->size_;
+  CGSize room = self->size_ == CGSize{} ? self->options_.room.value_or(CGSize{}) : self->size_;
+  room = {std::clamp(room.width, 0.0, largestRoom), std::clamp(room.height, 0.0, largestRoom)};
   if (orientation == GTK_ORIENTATION_HORIZONTAL) {
     *natural = static_cast<int>(std::ceil(room.width));
     *minimum = static_cast<int>(std::ceil(room.width * leastScale));

@@ -18,7 +18,7 @@ class ClipPeer final : public Peer {
     gtk_widget_set_overflow(widget(), GTK_OVERFLOW_HIDDEN);
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget()), GTK_ACCESSIBLE_PROPERTY_LABEL,
                                    translated("Advertisement"), -1);
-    insertViewChild(widget(), inner_, 0);
+    gtk_widget_set_parent(inner_, widget());
   }
   ~ClipPeer() override {
     if (gtk_widget_get_parent(inner_)) gtk_widget_unparent(inner_);

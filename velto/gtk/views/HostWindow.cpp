@@ -48,9 +48,9 @@ class RootPeer final : public Peer {
     return host ? host->sight(widget(), {}) : WindowSight{};
   }
   // A slot's view lies in its slot.
-  void insertSubview(ViewPeer& child, size_t index) override {
+  void insertSubview(ViewPeer& child, ViewPeer* front) override {
     const auto* slot = dynamic_cast<SlotPeer*>(&child);
-    if (!slot || slot->isOutside()) Peer::insertSubview(child, index);
+    if (!slot || slot->isOutside()) Peer::insertSubview(child, front);
   }
 
  private:

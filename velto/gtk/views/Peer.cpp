@@ -100,8 +100,9 @@ void Peer::setModal(bool modal) {
       });
 }
 
-void Peer::insertSubview(ViewPeer& child, size_t index) {
-  insertViewChild(container(), dynamic_cast<Peer&>(child).widget_, index);
+void Peer::insertSubview(ViewPeer& child, ViewPeer* front) {
+  const auto* next = dynamic_cast<Peer*>(front);
+  gtk_widget_insert_before(dynamic_cast<Peer&>(child).widget_, container(), next ? next->widget() : nullptr);
 }
 
 void Peer::removeFromSuperview() {

@@ -25,7 +25,7 @@ class Peer : public virtual ViewPeer {
   void setBackgroundColor(const UIColor& color) override;
   void setTouchable(bool touchable) override;
   void setModal(bool modal) override;
-  void insertSubview(ViewPeer& child, size_t index) override;
+  void insertSubview(ViewPeer& child, ViewPeer* front) override;
   void removeFromSuperview() override;
 
   GtkWidget* widget() const { return widget_; }

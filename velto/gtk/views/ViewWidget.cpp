@@ -170,13 +170,6 @@ void setViewKeepsFocus(GtkWidget* view, std::function<bool()> keeps) {
   stateOf(view).keepsFocus = std::move(keeps);
 }
 
-void insertViewChild(GtkWidget* parent, GtkWidget* child, size_t index) {
-  auto* next = gtk_widget_get_first_child(parent);
-  for (; next; next = gtk_widget_get_next_sibling(next))
-    if (isViewWidget(next) && index-- == 0) break;
-  gtk_widget_insert_before(child, parent, next);
-}
-
 // The toolkit has it as a resolution: that of a display on which nothing was changed is 96, in 1024ths.
 double textScale() {
   constexpr double usual = 96 * 1024;

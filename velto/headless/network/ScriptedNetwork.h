@@ -7,7 +7,6 @@
 #include "velto/platform/Network.h"
 
 #include <list>
-#include <stdexcept>
 
 namespace velto::headless {
 
@@ -42,13 +41,9 @@ class ScriptedTelephony : public CTTelephonyNetworkInfo {
  public:
   std::optional<CTCarrier> carrier;
   std::optional<std::string> radioAccessTechnology;
-  bool radioFails = false;  // reading the radio access technology throws
 
   std::optional<CTCarrier> subscriberCellularProvider() const override { return carrier; }
-  std::optional<std::string> currentRadioAccessTechnology() const override {
-    if (radioFails) throw std::runtime_error("the radio access technology cannot be read");
-    return radioAccessTechnology;
-  }
+  std::optional<std::string> currentRadioAccessTechnology() const override { return radioAccessTechnology; }
 };
 
 class ScriptedLocation : public CLLocationManager {

@@ -61,7 +61,8 @@ class ScriptedURLSession : public NSURLSession {
   explicit ScriptedURLSession(std::shared_ptr<VirtualQueue> queue);
   ~ScriptedURLSession() override;
 
-  // Rules: the first that matches answers, again and again. Rules are asked inside the request's dataTask().
+  // Rules: the first that matches answers, again and again. Rules are asked inside the request's dataTask(), and do
+  // not call the session themselves; answerers may.
   void respond(Matcher matches, Answer answer);
   void respond(Matcher matches, Answerer answerer);
   // A rule for requests whose URL contains the text; an empty text matches every request.

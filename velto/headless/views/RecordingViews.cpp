@@ -55,12 +55,14 @@ void RecordingViewPeer::setModal(bool modal) {
   modal_ = modal;
 }
 
-void RecordingViewPeer::insertSubview(ViewPeer& child, size_t index) {
+void RecordingViewPeer::insertSubview(ViewPeer& child, ViewPeer* front) {
   queue_->requireMain("ViewPeer::insertSubview");
   auto& added = dynamic_cast<RecordingViewPeer&>(child);
   if (added.superview_) throw std::logic_error("velto::headless: a view is put into two views");
-  if (index > subviews_.size()) throw std::logic_error("velto::headless: a view is put behind the end");
-  subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(index), &added);
+  const auto place = front ? std::find(subviews_.begin(), subviews_.end(), front) : subviews_.end();
+  if (front && place == subviews_.end())
+    throw std::logic_error("velto::headless: a view is put behind one that is elsewhere");
+  subviews_.insert(place, &added);
   added.superview_ = this;
 }
 

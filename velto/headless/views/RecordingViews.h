@@ -36,7 +36,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   void setBackgroundColor(const UIColor& color) override;
   void setTouchable(bool touchable) override;
   void setModal(bool modal) override;
-  void insertSubview(ViewPeer& child, size_t index) override;
+  void insertSubview(ViewPeer& child, ViewPeer* front) override;
   void removeFromSuperview() override;
   WindowSight windowSight() const override { return sight_; }
   void setWindowSight(WindowSight sight);

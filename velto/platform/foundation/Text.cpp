@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <random>
 
@@ -136,7 +137,8 @@ std::string numberText(double value) {
 
 std::optional<double> parseNumber(std::string_view text) {
   if (text.empty() || numberLength(text, false) != text.size()) return std::nullopt;
-  return toDouble(text);
+  const double number = toDouble(text);
+  return std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 double leadingNumber(std::string_view text) {

@@ -17,6 +17,7 @@ class Cover final : public UIView {
  public:
   explicit Cover(std::weak_ptr<UIViewController> presented)
       : UIView(Platform::current().views().makeView()), presented_(std::move(presented)) {}
+  bool staysInFront() const override { return true; }
   // What a screen makes nothing of goes to the one below it.
   void peerEscaped() override {
     const auto presented = presented_.lock();

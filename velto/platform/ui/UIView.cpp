@@ -89,26 +89,35 @@ void UIView::showAlpha() {
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
   if (view->superview_ == this) {  // comes to the front, and stays what it is otherwise
-    std::erase(subviews_, view);
-    subviews_.push_back(view);
-    view->peer_->removeFromSuperview();
-    peer_->insertSubview(*view->peer_, subviews_.size() - 1);
+    const auto kept = view;
+    std::erase(subviews_, kept);
+    kept->peer_->removeFromSuperview();
+    insertInFront(kept);
     ViewChanges::note();
     return;
   }
   view->removeFromSuperview();
-  subviews_.push_back(view);
   view->superview_ = this;
-  peer_->insertSubview(*view->peer_, subviews_.size() - 1);
+  insertInFront(view);
   if (isInWindow()) view->windowChanged(true);
   setNeedsLayout();
   ViewChanges::note();
+}
+
+void UIView::insertInFront(const std::shared_ptr<UIView>& view) {
+  auto place = subviews_.end();
+  if (!view->staysInFront())
+    place = std::find_if(subviews_.begin(), place, [](const auto& other) { return other->staysInFront(); });
+  ViewPeer* front = place == subviews_.end() ? nullptr : (*place)->peer_.get();
+  subviews_.insert(place, view);
+  peer_->insertSubview(*view->peer_, front);
 }
 
 void UIView::removeFromSuperview() {
   if (!superview_) return;
   const auto self = shared_from_this();  // the superview may hold the last pointer
   if (isInWindow()) windowChanged(false);
+  if (!superview_) return;  // a controller that hears of it has done so itself
   UIView& parent = *std::exchange(superview_, nullptr);
   std::erase(parent.subviews_, self);
   peer_->removeFromSuperview();

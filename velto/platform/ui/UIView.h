@@ -37,7 +37,8 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   // Whether there is anything to be seen of the view itself, its subviews left aside.
   bool paints() const;
 
-  // The tree. A view added while it has another superview is moved.
+  // The tree. A view is added in front of all others but those that stay there, also one that is a subview already;
+  // one that has another superview is moved.
   void addSubview(const std::shared_ptr<UIView>& view);
   void removeFromSuperview();
   UIView* superview() const { return superview_; }
@@ -69,6 +70,7 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   CGPoint convertPointFromView(CGPoint point, const UIView& view) const;  // both in one tree
 
   void addGestureRecognizer(std::shared_ptr<UITapGestureRecognizer> recognizer);
+  virtual bool staysInFront() const { return false; }
   virtual bool isControl() const { return false; }  // whether its touches belong to it alone
 
   // For animations (UIViewAnimation.h): by how much what is shown differs from frame and alpha, which are final.
@@ -92,6 +94,7 @@ class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
   void layoutTree();
   void showFrame();
   void showAlpha();
+  void insertInFront(const std::shared_ptr<UIView>& view);
   void resizeFlexibleSubviews(CGSize from);
   void windowChanged(bool inWindow);
   UIView& root();
