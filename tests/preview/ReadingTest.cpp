@@ -14,11 +14,8 @@
 namespace velto::preview {
 namespace {
 
-Arguments parsed(std::vector<std::string> words) {
-  words.insert(words.begin(), "velto-preview");
-  std::vector<char*> pointers;
-  for (auto& word : words) pointers.push_back(word.data());
-  return parseArguments(static_cast<int>(pointers.size()), pointers.data());
+Arguments parsed(const std::vector<std::string>& words) {
+  return parseArguments(words).value();
 }
 
 std::string refusal(const std::function<void()>& work) {

@@ -14,48 +14,21 @@
 #include <stdexcept>
 
 #include "Facts.h"
+#include "common/CommandLine.h"
+#include "common/Supervise.h"
 
 namespace {
 
 using velto::JSON;
 using velto::info::Fact;
 
-constexpr char kHelp[] =
-    R"(usage: velto-info [--application IDENTIFIER] [--json]
-
-Prints every value that Velto would send from this computer, where it comes from, and
-whose agreement it takes. "-" is a value that would not be sent. What an application
-says with each request (settings, player) is named, but known to that application only.
-
-requests:
-  ad      the request for a banner          video   the request for a video ad
-  track   the report of an install or tap   page    what a rich-media page is told
-
-options:
-  --application IDENTIFIER  as that application would send it, with its key and consents
-  --json                    one array of objects instead of columns
-  --help                    this text
-)";
-
 constexpr auto longestWait = std::chrono::seconds(2);
 
-// A folder that goes with its contents.
-class TemporaryFolder {
- public:
-  TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "velto-info-XXXXXX").string()) {
-    if (!mkdtemp(path_.data())) throw std::runtime_error("no temporary folder can be made");
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+std::string temporaryFolder() {
+  std::string path = std::filesystem::temp_directory_path() / "velto-info-XXXXXX";
+  if (!mkdtemp(path.data())) throw std::runtime_error("no temporary folder can be made");
+  return path;
+}
 
 // Looking changes nothing: the library works on a copy of the application's store.
 void copyStore(const std::string& identifier, const std::string& folder) {
@@ -108,26 +81,28 @@ void printJSON(const std::vector<Fact>& facts) {
 int run(const std::vector<std::string>& words) {
   std::string identifier;
   bool asJSON = false;
-  for (size_t i = 0; i < words.size(); ++i) {
-    if (words[i] == "--help" || words[i] == "-h") {
-      std::cout << kHelp;
-      return 0;
-    }
-    if (words[i] == "--json") {
-      asJSON = true;
-    } else if (words[i] == "--application") {
-      if (i + 1 == words.size() || words[i + 1].empty())
-        throw std::runtime_error(words[i] + ": needs a value");
-      identifier = words[++i];
-    } else {
-      throw std::runtime_error("unknown argument \"" + words[i] + "\" (see --help)");
-    }
-  }
-  const TemporaryFolder folder;
-  if (!identifier.empty()) copyStore(identifier, folder.path());
+  velto::tools::CommandLine line("velto-info", "prints every value that Velto would send from this computer");
+  line.option("--application", "IDENTIFIER", "as that application would send it, with its key and consents",
+              [&](const auto& value) { identifier = value; });
+  line.flag("--json", "one array of objects instead of columns", [&] { asJSON = true; });
+  line.note(
+      "Each value comes with its source and whose agreement it takes; \"-\" is one that would not be sent. "
+      "What an "
+      "application says with each request (settings, player) is named, but known to that application only.");
+  line.note(
+      "Requests: ad is the request for a banner, video that for a video ad, track the report of an install "
+      "or a tap, and page "
+      "is what a rich-media page is told.");
+  if (!line.read(words)) return 0;
+  const std::string folder = temporaryFolder();
+  velto::tools::supervise([&folder] {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  });
+  if (!identifier.empty()) copyStore(identifier, folder);
   gtk_init_check();  // without a display the screen is a guess
   velto::gtk::install(
-      {.applicationIdentifier = identifier.empty() ? "velto-info" : identifier, .dataFolder = folder.path()});
+      {.applicationIdentifier = identifier.empty() ? "velto-info" : identifier, .dataFolder = folder});
   velto::gtk::GtkPlatform::installed()->systemBus().waitUntilRead(longestWait);
   if (velto::gtk::isSandboxed()) {
     bool waited = false;
@@ -138,17 +113,11 @@ int run(const std::vector<std::string>& words) {
   const auto facts = velto::info::facts();
   velto::gtk::uninstall();
   asJSON ? printJSON(facts) : printColumns(facts);
-  if (!std::cout.flush()) throw std::runtime_error("the output cannot be written");
   return 0;
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-  try {
-    return run({words + 1, words + count});
-  } catch (const std::exception& error) {
-    std::cerr << "velto-info: " << error.what() << '\n';
-    return 2;
-  }
+  return velto::tools::runTool("velto-info", count, words, run);
 }

@@ -5,20 +5,17 @@
 
 #include <chrono>
 #include <optional>
-#include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "common/CommandLine.h"
 
 namespace velto::preview {
 
-// Something given is wrong: one line, exit code 2.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using tools::UsageError;  // something given is wrong: one line, exit code 2
 
 struct Arguments {
   bool interstitial = false;
-  bool help = false;
   CGSize size{320, 50};     // of the banner, points
   CGSize screen{390, 844};  // of the virtual screen, points
   bool atTop = false;
@@ -28,9 +25,7 @@ struct Arguments {
   std::string creative;  // a file or an http(s) URL
 };
 
-extern const char helpText[];
-
-// Throws UsageError.
-Arguments parseArguments(int count, char** words);
+// Nothing when the call asked for a text only (--help), which has been given. Throws UsageError.
+std::optional<Arguments> parseArguments(const std::vector<std::string>& words);
 
 }  // namespace velto::preview

@@ -27,10 +27,15 @@ Surroundings::Surroundings(const std::string& out) {
   g_free(made);
   pictures_ = out.empty() ? folder_ / "pictures" : std::filesystem::absolute(out) / "pictures";
   quietDesktop();
-  if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) startDisplay();
+  try {
+    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) startDisplay();
+  } catch (const UsageError&) {
+    remove();
+    throw;
+  }
 }
 
-Surroundings::~Surroundings() {
+void Surroundings::remove() const {
   if (server_ > 0) {
     kill(server_, SIGTERM);
     waitpid(server_, nullptr, 0);
@@ -53,6 +58,7 @@ void Surroundings::quietDesktop() {
     list << "x-scheme-handler/" << scheme << "=velto-preview-nothing.desktop\n";
   for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) g_setenv(home, folder_.c_str(), TRUE);
   std::ofstream(folder_ / "user-dirs.dirs") << "XDG_PICTURES_DIR=\"" << pictures_.string() << "\"\n";
+  for (const char* temporary : {"TMPDIR", "PULSE_RUNTIME_PATH"}) g_setenv(temporary, folder_.c_str(), TRUE);
   g_setenv("GTK_A11Y", "none", FALSE);
   // The user's calendar is behind that bus, and stays untouched.
   g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", TRUE);

@@ -1,5 +1,5 @@
-// What velto-preview stands on, and takes away again at its end: a folder for everything it writes, a display
-// when there is none, a desktop whose applications open nothing.
+// What velto-preview stands on: a folder for everything it writes, a display when there is none, a desktop whose
+// applications open nothing.
 #pragma once
 
 #include <sys/types.h>
@@ -12,12 +12,11 @@ namespace velto::preview {
 class Surroundings {
  public:
   // Before GTK starts: the environment is set for it. Throws UsageError when a display is needed and cannot
-  // be had.
-  // Stored pictures go to the folder "pictures" in `out`; "" keeps none.
+  // be had. Stored pictures go to the folder "pictures" in `out`; "" keeps none.
   explicit Surroundings(const std::string& out);
   Surroundings(const Surroundings&) = delete;
   Surroundings& operator=(const Surroundings&) = delete;
-  ~Surroundings();
+  void remove() const;  // at the end, when nobody uses them any more
 
   const std::filesystem::path& folder() const { return folder_; }
   bool hasOwnDisplay() const { return server_ > 0; }  // nobody looks at it

@@ -2,10 +2,12 @@
 // web view.
 #include <velto/gtk/VeltoGtk.h>
 
-#include <cstdio>
-#include <exception>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "common/Supervise.h"
 #include "preview/Arguments.h"
 #include "preview/Creative.h"
 #include "preview/InspectorWindow.h"
@@ -34,8 +36,9 @@ std::unique_ptr<sandbox::Server> serve(const Creative& creative, const Arguments
 
 int run(const Arguments& arguments) {
   const auto steps = arguments.stepsFile.empty() ? std::vector<Step>() : readSteps(arguments.stepsFile);
-  const Creative creative(arguments.creative);
   const Surroundings surroundings(arguments.out);
+  tools::supervise([&surroundings] { surroundings.remove(); });
+  const Creative creative(arguments.creative);
   if (!gtk_init_check()) throw UsageError("the display cannot be opened");
   const auto server = serve(creative, arguments, surroundings);
   const std::string address = "127.0.0.1:" + std::to_string(server->port());
@@ -68,12 +71,8 @@ int run(const Arguments& arguments) {
 }  // namespace velto::preview
 
 int main(int count, char** words) {
-  try {
-    const auto arguments = velto::preview::parseArguments(count, words);
-    if (arguments.help) return std::fputs(velto::preview::helpText, stdout) < 0 ? 2 : 0;
-    return velto::preview::run(arguments);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "velto-preview: %s\n", error.what());
-    return 2;
-  }
+  return velto::tools::runTool("velto-preview", count, words, [](const std::vector<std::string>& call) {
+    const auto arguments = velto::preview::parseArguments(call);
+    return arguments ? velto::preview::run(*arguments) : 0;
+  });
 }

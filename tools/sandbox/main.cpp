@@ -6,7 +6,9 @@
 #include <fstream>
 #include <iostream>
 #include <mutex>
+#include <optional>
 
+#include "common/CommandLine.h"
 #include "sandbox/Json.h"
 #include "sandbox/Scenario.h"
 #include "sandbox/Server.h"
@@ -17,61 +19,12 @@ namespace {
 using velto::sandbox::Error;
 using velto::sandbox::Json;
 
-constexpr const char* kHelp =
-    R"(velto-sandbox - a local HTTPS ad server for applications that use Velto
-
-usage: velto-sandbox [options]
-
-  --port N           listen on 127.0.0.1, port N; 0, the default, takes a free one
-  --port-file FILE   write the port to FILE once requests are accepted
-  --data DIR         folder of the certificates, made at first use
-                     (default: $XDG_DATA_HOME/velto-sandbox or ~/.local/share/velto-sandbox)
-  --scenario FILE    answer by the rules of FILE; may be given several times, earlier files go first.
-                     Without any, the built-in scenario answers
-  --serve DIR        hand out the files of DIR for downloads that no rule answers
-  --log FILE         append the recorded requests to FILE instead of writing them to standard output
-  --strict           answer 400 with a list of what is wrong to requests that a real server would not expect
-  --ad-server NAME   host name of the ad server (default: ads.velto.example)
-  --publishers NAME  domain of the custom endpoints (default: publishers.velto.example)
-  --tracking NAME    host name of the tracking server (default: track.velto.example)
-  --print-ca         print the certificate to trust (PEM), and end
-  --print-scenario   print the built-in scenario, an example of the format, and end
-  --help             print this text, and end
-
-Getting started: start velto-sandbox. Its first line of output names the port and the certificate file:
-  {"event":"listening","host":"127.0.0.1","port":41234,"ca":".../ca.pem"}
-Make the client trust that certificate and send the three host names to 127.0.0.1 and that port. With curl:
-  curl --cacert .../ca.pem --connect-to ::127.0.0.1:41234 https://track.velto.example/trk_click.php?id=x
-Then every request appears as one line of JSON: kind, host, path, query, headers, body, the rule that
-answered, the status, and "problems", the list of what a real server would not expect in it.
-
-The built-in scenario answers ad requests with a small page of the size asked for. These publisher keys ask
-for something else: nofill, nofill-page, error, notfound, cut, nosize, mraid, mediation, slow.
-
-A scenario file is a JSON object with a list of rules; the first that matches answers:
-  {"rules": [{"name": "...", "when": {...}, "answer": {...}}]}
-  when      kind (ad, mediation, install, click, download, other), key, type (banner, interstitial),
-            size (320x50, ...), host, endpoint, path (may end in *), item,
-            request ("first", 3, {"from": 2}, {"every": 2}); all optional
-  answer    status, headers, body (text, list of lines, {"file": ...}, {"base64": ...} or {"json": ...}),
-            delayMs, expand (fills {{width}}, {{height}}, {{key}}, {{type}}, {{host}}, {{count}}), fault;
-            or just a status
-  answers   a list of answers, given in turn; the last repeats
-  fault     "cut": "headers" or a number of bytes, "slow": {"bytes": 100, "everyMs": 50},
-            "contentLength": 5000
-  tls       instead of an answer: refuse, wrong-name, expired or untrusted; when may then hold host, endpoint
-            and request
-
-Exit codes: 0 after SIGINT or SIGTERM, 2 when something given is wrong.
-)";
-
 struct Arguments {
   velto::sandbox::Options options;
   std::string logFile;
   std::string portFile;
   bool printCa = false;
   bool printScenario = false;
-  bool help = false;
 };
 
 std::string hostName(const std::string& option, const std::string& value) {
@@ -88,53 +41,81 @@ int portNumber(const std::string& value) {
   return port;
 }
 
-Arguments parse(const std::vector<std::string>& words) {
+// The manual page's own chapters.
+void describe(velto::tools::CommandLine& line) {
+  line.section("GETTING STARTED",
+               R"(Start velto-sandbox. Its first line of output names the port and the certificate file:
+
+  {"event":"listening","host":"127.0.0.1","port":41234,"ca":".../ca.pem"}
+
+Make the client trust that certificate and send the three host names to 127.0.0.1 and that port. With curl:
+
+  curl --cacert .../ca.pem --connect-to ::127.0.0.1:41234 https://track.velto.example/trk_click.php?id=x
+
+Then every request appears as one line of JSON: kind, host, path, query, headers, body, the rule that answered, the
+status, and "problems", the list of what a real server would not expect in it.
+
+The built-in scenario answers ad requests with a small page of the size asked for. These publisher keys ask for
+something else: nofill, nofill-page, error, notfound, cut, nosize, mraid, mediation, slow.)");
+  line.section("SCENARIO FILES", R"(A JSON object with a list of rules; the first that matches answers:
+
+  {"rules": [{"name": "...", "when": {...}, "answer": {...}}]}
+
+  when      kind (ad, mediation, install, click, download, other), key, type (banner, interstitial),
+            size (320x50, ...), host, endpoint, path (may end in *), item,
+            request ("first", 3, {"from": 2}, {"every": 2}); all optional
+  answer    status, headers, body (text, list of lines, {"file": ...}, {"base64": ...} or {"json": ...}),
+            delayMs, expand (fills {{width}}, {{height}}, {{key}}, {{type}}, {{host}}, {{count}}), fault;
+            or just a status
+  answers   a list of answers, given in turn; the last repeats
+  fault     "cut": "headers" or a number of bytes, "slow": {"bytes": 100, "everyMs": 50},
+            "contentLength": 5000
+  tls       instead of an answer: refuse, wrong-name, expired or untrusted; when may then hold host, endpoint
+            and request)");
+}
+
+// Nothing when the call asked for a text only, which has been given.
+std::optional<Arguments> parse(const std::vector<std::string>& words) {
+  using Value = velto::tools::Word::Value;
   Arguments arguments;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string& option = words[i];
-    const auto value = [&]() -> const std::string& {
-      if (i + 1 == words.size() || words[i + 1].empty()) throw Error(option + ": needs a value");
-      return words[++i];
-    };
-    velto::sandbox::Options& options = arguments.options;
-    if (option == "--port") {
-      options.port = portNumber(value());
-    } else if (option == "--port-file") {
-      arguments.portFile = value();
-    } else if (option == "--data") {
-      options.dataFolder = value();
-    } else if (option == "--scenario") {
-      options.scenarioFiles.push_back(value());
-    } else if (option == "--serve") {
-      options.serveFolder = value();
-    } else if (option == "--log") {
-      arguments.logFile = value();
-    } else if (option == "--strict") {
-      options.strict = true;
-    } else if (option == "--ad-server") {
-      options.names.adServer = hostName(option, value());
-    } else if (option == "--publishers") {
-      options.names.publishers = hostName(option, value());
-    } else if (option == "--tracking") {
-      options.names.tracking = hostName(option, value());
-    } else if (option == "--print-ca") {
-      arguments.printCa = true;
-    } else if (option == "--print-scenario") {
-      arguments.printScenario = true;
-    } else if (option == "--help" || option == "-h") {
-      arguments.help = true;
-    } else {
-      throw Error("unknown option \"" + option + "\" (see --help)");
-    }
-  }
+  velto::sandbox::Options& options = arguments.options;
+  velto::tools::CommandLine line("velto-sandbox",
+                                 "plays the ad server of applications that use Velto, on this machine");
+  line.option("--port", "N", "listens on 127.0.0.1, port N; 0 (default): a free one",
+              [&](const auto& value) { options.port = portNumber(value); });
+  line.option(
+      "--port-file", "FILE", "writes the port to FILE once it listens",
+      [&](const auto& value) { arguments.portFile = value; }, Value::File);
+  line.option(
+      "--data", "DIR", "folder of the certificates (~/.local/share/velto-sandbox)",
+      [&](const auto& value) { options.dataFolder = value; }, Value::Folder);
+  line.option(
+      "--scenario", "FILE", "answers by the rules of FILE; of several the first go first",
+      [&](const auto& value) { options.scenarioFiles.push_back(value); }, Value::File);
+  line.option(
+      "--serve", "DIR", "hands out the files of DIR where no rule answers",
+      [&](const auto& value) { options.serveFolder = value; }, Value::Folder);
+  line.option(
+      "--log", "FILE", "appends the requests to FILE instead of standard output",
+      [&](const auto& value) { arguments.logFile = value; }, Value::File);
+  line.flag("--strict", "answers 400 to what a real server would not expect", [&] { options.strict = true; });
+  line.option("--ad-server", "NAME", "host of the ad server (ads.velto.example)",
+              [&](const auto& value) { options.names.adServer = hostName("--ad-server", value); });
+  line.option("--publishers", "NAME", "domain of the custom endpoints (publishers.velto.example)",
+              [&](const auto& value) { options.names.publishers = hostName("--publishers", value); });
+  line.option("--tracking", "NAME", "host of the tracking server (track.velto.example)",
+              [&](const auto& value) { options.names.tracking = hostName("--tracking", value); });
+  line.flag("--print-ca", "prints the certificate to trust (PEM), and ends",
+            [&] { arguments.printCa = true; });
+  line.flag("--print-scenario", "prints the built-in scenario, an example, and ends",
+            [&] { arguments.printScenario = true; });
+  line.exitCodes("0 after SIGINT or SIGTERM, 2 when something given is wrong");
+  describe(line);
+  if (!line.read(words)) return std::nullopt;
   return arguments;
 }
 
 int run(Arguments arguments) {
-  if (arguments.help) {
-    std::cout << kHelp;
-    return 0;
-  }
   if (arguments.printScenario) {
     std::cout << velto::sandbox::defaultScenario() << '\n';
     return 0;
@@ -186,10 +167,8 @@ int run(Arguments arguments) {
 }  // namespace
 
 int main(int count, char** words) {
-  try {
-    return run(parse({words + 1, words + count}));
-  } catch (const std::exception& error) {
-    std::cerr << "velto-sandbox: " << error.what() << '\n';
-    return 2;
-  }
+  return velto::tools::runTool("velto-sandbox", count, words, [](const std::vector<std::string>& call) {
+    const auto arguments = parse(call);
+    return arguments ? run(*arguments) : 0;
+  });
 }

@@ -14,9 +14,9 @@
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <vector>
 
+#include "common/CommandLine.h"
 #include "sandbox/TrackIdentifier.h"
 
 namespace {
@@ -24,29 +24,7 @@ namespace {
 using velto::gtk::Database;
 using velto::gtk::Statement;
 using velto::sandbox::TrackIdentifier;
-
-constexpr char kHelp[] =
-    R"(usage: velto-track COMMAND (--application IDENTIFIER | --store FILE)
-
-Tells which installs and clicks wait in an application's store to be acknowledged by
-the tracking server. It only reads.
-
-commands:
-  list      one line for each: type, time, what it is about
-  count     how many there are of each type
-  export    one JSON object a line, with the decoded fields and the identifier itself
-
-options:
-  --application IDENTIFIER   the store of that application, such as org.example.player
-  --store FILE               a store elsewhere (defaults.sqlite3, or the folder it is in)
-  --help                     this text
-)";
-
-// A fault of the caller's, as one line.
-class Error : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using velto::tools::UsageError;
 
 struct Event {
   std::string type;  // as it stands in the store
@@ -62,7 +40,7 @@ struct Event {
 std::string readingURI(const std::filesystem::path& file) {
   const std::unique_ptr<char, decltype(&g_free)> uri(
       g_filename_to_uri(std::filesystem::absolute(file).c_str(), nullptr, nullptr), g_free);
-  if (!uri) throw Error(file.string() + ": not a file name");
+  if (!uri) throw UsageError(file.string() + ": not a file name");
   return std::string(uri.get()) +
          (std::filesystem::exists(file.string() + "-wal") ? "?mode=ro" : "?immutable=1");
 }
@@ -70,7 +48,7 @@ std::string readingURI(const std::filesystem::path& file) {
 std::vector<Event> readEvents(std::filesystem::path file) {
   std::error_code fault;
   if (std::filesystem::is_directory(file, fault)) file /= "defaults.sqlite3";
-  if (!std::filesystem::is_regular_file(file, fault)) throw Error(file.string() + ": no such store");
+  if (!std::filesystem::is_regular_file(file, fault)) throw UsageError(file.string() + ": no such store");
   std::vector<Event> events;
   try {
     const Database database(readingURI(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
@@ -81,7 +59,7 @@ std::vector<Event> readEvents(std::filesystem::path file) {
       events.push_back(std::move(event));
     });
   } catch (const velto::gtk::DatabaseError& error) {
-    throw Error(file.string() + ": " + error.what());
+    throw UsageError(file.string() + ": " + error.what());
   }
   std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
     return (a.track ? a.track->time : "") < (b.track ? b.track->time : "");
@@ -143,41 +121,32 @@ void exportAll(const std::vector<Event>& events) {
 }
 
 int run(const std::vector<std::string>& words) {
-  const std::map<std::string, void (*)(const std::vector<Event>&)> commands{
-      {"list", list}, {"count", count}, {"export", exportAll}};
-  std::string command;
+  void (*command)(const std::vector<Event>&) = nullptr;
   std::filesystem::path store;
-  for (size_t i = 0; i < words.size(); ++i) {
-    if (words[i] == "--help" || words[i] == "-h") {
-      std::cout << kHelp;
-      return 0;
-    }
-    const bool isStore = words[i] == "--store";
-    if (isStore || words[i] == "--application") {
-      if (i + 1 == words.size() || words[i + 1].empty()) throw Error(words[i] + ": needs a value");
-      if (!store.empty()) throw Error("--application and --store: one of them, once");
-      store = isStore ? "" : g_get_user_data_dir();
-      store /= words[++i];
-    } else if (command.empty() && commands.contains(words[i])) {
-      command = words[i];
-    } else {
-      throw Error("unknown argument \"" + words[i] + "\" (see --help)");
-    }
-  }
-  if (command.empty()) throw Error("needs a command: list, count or export (see --help)");
-  if (store.empty()) throw Error("needs --application or --store (see --help)");
-  commands.at(command)(readEvents(store));
-  if (!std::cout.flush()) throw Error("the output cannot be written");
+  const auto setStore = [&](const std::filesystem::path& path) {
+    if (!store.empty()) throw UsageError("--application and --store: one of them, once");
+    store = path;
+  };
+  velto::tools::CommandLine line(
+      "velto-track", "tells which installs and clicks wait to be acknowledged by the tracking server");
+  line.command("list", "one line for each: type, time, what it is about",
+               [&](const auto&) { command = list; });
+  line.command("count", "how many there are of each type", [&](const auto&) { command = count; });
+  line.command("export", "one JSON object a line, with the decoded fields and the identifier itself",
+               [&](const auto&) { command = exportAll; });
+  line.option("--application", "IDENTIFIER", "the store of that application, such as org.example.player",
+              [&](const auto& name) { setStore(std::filesystem::path(g_get_user_data_dir()) / name); });
+  line.option("--store", "FILE", "a store elsewhere (defaults.sqlite3, or the folder it is in)", setStore,
+              velto::tools::Word::Value::File);
+  line.note("It only reads, also while the application runs.");
+  if (!line.read(words)) return 0;
+  if (store.empty()) throw UsageError("needs --application or --store (see --help)");
+  command(readEvents(store));
   return 0;
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-  try {
-    return run({words + 1, words + count});
-  } catch (const std::exception& error) {
-    std::cerr << "velto-track: " << error.what() << '\n';
-    return 2;
-  }
+  return velto::tools::runTool("velto-track", count, words, run);
 }
