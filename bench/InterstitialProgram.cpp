@@ -34,8 +34,8 @@ struct Times {
 
 // One step, timed until it says that it is done and, when that is wanted, until the page is there.
 Times measure(GtkWindow* window, bool untilPage, const std::function<void(std::function<void()>)>& step) {
-  const guint watchdog = g_timeout_add_once(
-      longestStep, [](gpointer) { giveUp("a step did not end"); }, nullptr);
+  const auto tooLong = [](gpointer) { giveUp("a step did not end"); };
+  const guint watchdog = g_timeout_add_once(longestStep, tooLong, nullptr);
   const double before = wallMilliseconds();
   Times times;
   bool done = false;

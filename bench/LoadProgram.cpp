@@ -50,8 +50,8 @@ void measureLoad(Loader& loader, int number) {
   bool loaded = false;
   double wall = 0;
   double cpu = 0;
-  const guint watchdog = g_timeout_add_once(
-      longestLoad, [](gpointer) { giveUp("a load did not end"); }, nullptr);
+  const auto tooLong = [](gpointer) { giveUp("a load did not end"); };
+  const guint watchdog = g_timeout_add_once(longestLoad, tooLong, nullptr);
   const double wallBefore = wallMilliseconds();
   const double cpuBefore = threadMilliseconds();
   loader.load([&] {
@@ -87,8 +87,8 @@ void giveUp(const std::string& reason) {
 
 void runMainLoopFor(guint duration) {
   bool over = false;
-  g_timeout_add_once(
-      duration, [](gpointer flag) { *static_cast<bool*>(flag) = true; }, &over);
+  const auto end = [](gpointer flag) { *static_cast<bool*>(flag) = true; };
+  g_timeout_add_once(duration, end, &over);
   while (!over) g_main_context_iteration(nullptr, TRUE);
 }
 

@@ -96,8 +96,8 @@ void measure(const char* name, int rounds, const Evaluate& evaluate) {
   evaluate("run(" + std::to_string(rounds) + ")");
   for (std::string done; done != "true";) {
     const gint64 pause = g_get_monotonic_time() + 100'000;  // the question itself is work for the page
-    const guint timer = g_timeout_add(
-        20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+    const auto wake = [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
+    const guint timer = g_timeout_add(20, wake, nullptr);
     runUntil([&] { return g_get_monotonic_time() > pause; });
     g_source_remove(timer);
     done = evaluate("String(done)");

@@ -78,22 +78,24 @@ bool Picture::save(const std::filesystem::path& file) const {
   return texture_ && gdk_texture_save_to_png(texture_.get(), file.c_str());
 }
 
-Camera::Camera(GtkWidget* widget)
-    : widget_(widget), paintable_(gtk_widget_paintable_new(widget), g_object_unref) {}
-
 Picture Camera::take() const {
   const int width = gtk_widget_get_width(widget_);
   const int height = gtk_widget_get_height(widget_);
   GskRenderer* renderer = gtk_native_get_renderer(gtk_widget_get_native(widget_));
   if (!renderer || width <= 0 || height <= 0) return {};
+  // The whole window, from its shadow on: what lies below the widget belongs to the picture, since ads may be half clear.
+  auto* window = GTK_WIDGET(gtk_widget_get_root(widget_));
+  graphene_rect_t all, bounds;
+  if (!gtk_widget_compute_bounds(window, window, &all) ||
+      !gtk_widget_compute_bounds(widget_, window, &bounds))
+    return {};
+  GdkPaintable* paintable = gtk_widget_paintable_new(window);
   GtkSnapshot* snapshot = gtk_snapshot_new();
-  // What lies below the widget belongs to the picture, since ads may be half clear.
-  gtk_snapshot_render_background(
-      snapshot, gtk_widget_get_style_context(GTK_WIDGET(gtk_widget_get_root(widget_))), 0, 0, width, height);
-  gdk_paintable_snapshot(paintable_.get(), GDK_SNAPSHOT(snapshot), width, height);
+  gdk_paintable_snapshot(paintable, GDK_SNAPSHOT(snapshot), all.size.width, all.size.height);
+  g_object_unref(paintable);
   GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
   if (!node) return {};
-  const graphene_rect_t bounds = GRAPHENE_RECT_INIT(0, 0, float(width), float(height));
+  graphene_rect_offset(&bounds, -all.origin.x, -all.origin.y);
   GdkTexture* texture = gsk_renderer_render_texture(renderer, node, &bounds);
   gsk_render_node_unref(node);
   return Picture(texture);

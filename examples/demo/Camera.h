@@ -46,13 +46,12 @@ class Picture {
 
 class Camera {
  public:
-  explicit Camera(GtkWidget* widget);
+  explicit Camera(GtkWidget* widget) : widget_(widget) {}
   // The widget as it was last drawn; empty before it is shown.
   Picture take() const;
 
  private:
   GtkWidget* widget_;
-  std::shared_ptr<GdkPaintable> paintable_;
 };
 
 }  // namespace demo

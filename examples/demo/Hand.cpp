@@ -1,7 +1,7 @@
 // See Hand.h.
 #include "Hand.h"
 
-#include <gdk/x11/gdkx.h>
+#include <velto/gtk/views/ScreenPart.h>
 
 #include <stdexcept>
 
@@ -26,9 +26,9 @@ void Hand::press(const std::string& key) {
 }
 
 std::string Hand::window() const {
-  GdkSurface* surface = gtk_native_get_surface(gtk_widget_get_native(content_));
-  if (!GDK_IS_X11_SURFACE(surface)) throw std::runtime_error("a hand needs an X11 window");
-  return std::to_string(gdk_x11_surface_get_xid(surface));
+  const unsigned long number = velto::gtk::x11WindowOf(content_);
+  if (!number) throw std::runtime_error("a hand needs an X11 window");
+  return std::to_string(number);
 }
 
 void Hand::act(std::vector<std::string> words) {

@@ -2,6 +2,7 @@
 #include "Stage.h"
 
 #include <velto/core/VeltoDataStore.h>
+#include <velto/gtk/GtkVersions.h>
 #include <velto/gtk/VeltoGtk.h>
 #include <velto/measurement/OMIDVeltoSDK.h>
 #include <velto/platform/ui/WKWebView.h>
@@ -198,7 +199,7 @@ Stage::Stage() {
   g_object_unref(builder);
 
   GtkCssProvider* css = gtk_css_provider_new();
-  gtk_css_provider_load_from_data(css, style, -1);
+  velto::gtk::loadStyle(css, style);
   gtk_style_context_add_provider_for_display(gtk_widget_get_display(slot_), GTK_STYLE_PROVIDER(css),
                                              GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
   g_object_unref(css);

@@ -99,9 +99,8 @@ void Tour::film() {
          [&] { return stage_.count("measurement", "geometryChange 100 %") > whole; });
   const auto content = wholeContent();
   const velto::CGPoint button{content.midX(), content.midY() + 15};
-  expect(name + ": the play button is all there", [&] {
-    return camera_.take().brightest({{button.x - 45, button.y - 45}, {90, 90}}) > 0xf0;
-  });
+  const velto::CGRect around{{button.x - 45, button.y - 45}, {90, 90}};
+  expect(name + ": the play button is all there", [&] { return camera_.take().brightest(around) > 0xf0; });
   hand_.click(button);
   for (const char* what : {"start", "firstQuartile"})
     expect(name + ": " + what, [this, what] { return stage_.count("measurement", what) == 1; });

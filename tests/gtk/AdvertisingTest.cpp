@@ -79,7 +79,7 @@ TEST_F(AdvertisingTest, NobodyIsTrackedUnlessTheUserSaidSo) {
 TEST_F(AdvertisingTest, TheFileIsPrivateAndADamagedOneAllowsNothing) {
   umask(0);
   file.allow();
-  struct stat facts {};
+  struct stat facts = {};
   ASSERT_EQ(stat(file.path().c_str(), &facts), 0);
   EXPECT_EQ(facts.st_mode & 0777, 0600u);
   std::filesystem::permissions(file.path(), std::filesystem::perms::all);

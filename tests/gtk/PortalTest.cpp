@@ -18,7 +18,7 @@ constexpr char portalInterface[] = "org.freedesktop.portal.OpenURI";
 
 // Before GLib looks: this process is in a sandbox, with no other application in sight.
 const test::EnvironmentFolder folder{"XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"};
-const int usesPortal = setenv("GTK_USE_PORTAL", "1", 1);
+const int usesPortal = setenv("GTK_USE_PORTAL", "1", 1) + setenv("GIO_USE_PORTALS", "1", 1);
 
 class PortalTest : public testing::Test {
  protected:

@@ -4,11 +4,10 @@
 #include "velto/measurement/Viewability.h"
 #include "velto/platform/ui/WKWebView.h"
 
-#include <adwaita.h>
-
 #include <map>
 
 #include "DisplayTest.h"
+#include "FoldedSplit.h"
 
 namespace velto::test {
 namespace {
@@ -214,17 +213,13 @@ TEST_F(SlotTest, WhatCoversItIsMeasuredAsThePictureShowsIt) {
   auto* toasts = adw_toast_overlay_new();
   auto* overlay = gtk_overlay_new();
   auto* stack = gtk_stack_new();
-  auto* split = ADW_LEAFLET(adw_leaflet_new());  // folded: one of its pages is seen
-  adw_leaflet_set_fold_threshold_policy(split, ADW_FOLD_THRESHOLD_POLICY_NATURAL);
   gtk_widget_set_vexpand(slot, TRUE);
   gtk_widget_set_valign(slot, GTK_ALIGN_END);
   gtk_box_append(GTK_BOX(box), slot);
   gtk_stack_add_named(GTK_STACK(stack), box, "ad");
   gtk_stack_add_named(GTK_STACK(stack), gtk_label_new("another page"), "other");
-  adw_leaflet_append(split, stack);
-  auto* detail = painted(400, 100, 0, 0, 1);
-  adw_leaflet_append(split, detail);
-  gtk_overlay_set_child(GTK_OVERLAY(overlay), GTK_WIDGET(split));
+  FoldedSplit split(stack, painted(100, 100, 0, 0, 1));
+  gtk_overlay_set_child(GTK_OVERLAY(overlay), split.widget());
   adw_toast_overlay_set_child(ADW_TOAST_OVERLAY(toasts), overlay);
   present(toasts);
   show(page, {320, 50});
@@ -270,17 +265,17 @@ TEST_F(SlotTest, WhatCoversItIsMeasuredAsThePictureShowsIt) {
   EXPECT_TRUE(agrees({"hidden"}));
   gtk_stack_set_visible_child_name(GTK_STACK(stack), "ad");
   EXPECT_TRUE(agrees({}));
-  EXPECT_TRUE(adw_leaflet_get_folded(split));
-  adw_leaflet_set_visible_child(split, detail);
+  split.showSecond();
   EXPECT_TRUE(agrees({"hidden"}));
-  adw_leaflet_set_visible_child(split, stack);
+  split.showFirst();
   EXPECT_TRUE(agrees({}));
 }
 
 // A list that makes few rows and uses them again: ten of its 200 items are slots.
 TEST_F(SlotTest, ScrollsWithItsListUnderTheWheelUnlessThePageUsesThat) {
   // Where its windows are only the compositor knows, and so not where the wheel would have to turn.
-  if (!GDK_IS_X11_DISPLAY(gdk_display_get_default())) GTEST_SKIP() << "needs a pointer";
+  gtk_widget_realize(GTK_WIDGET(window));
+  if (!gtk::x11WindowOf(GTK_WIDGET(window))) GTEST_SKIP() << "needs a pointer";
   std::vector<GtkWidget*> slots;
   for (int i = 0; i < 10; ++i)
     slots.push_back(GTK_WIDGET(g_object_ref_sink(i ? gtk::adSlot({.room = CGSize{320, 50}}) : slot)));

@@ -37,9 +37,9 @@ const std::vector<Kind>& kinds() {
          return window;
        },
        "content"},
-      {"dialog", [](auto*) { return GTK_WINDOW(gtk_dialog_new()); }, "child"},
+      {"dialog", [](auto*) { return GTK_WINDOW(g_object_new(GTK_TYPE_DIALOG, nullptr)); }, "child"},
       {"Adwaita message dialog",
-       [](auto*) { return GTK_WINDOW(adw_message_dialog_new(nullptr, "Heading", "Body")); }, "child"},
+       [](auto*) { return GTK_WINDOW(g_object_new(ADW_TYPE_MESSAGE_DIALOG, nullptr)); }, "child"},
   };
   return all;
 }

@@ -11,13 +11,20 @@
 #include <fstream>
 #include <string>
 
+#include "../support/Folder.h"
+#include "../support/Program.h"
+
 namespace velto::gtk {
 namespace {
 
 struct Button : UIButton {};
 
 TEST(WordsTest, AreTranslatedWholeAndReadOut) {
-  setenv("LANGUAGE", "de", 1);
+  // A German of the test's own: the system need not have one, and newer ones translate nothing in C.UTF-8.
+  const test::TemporaryFolder locales;
+  ASSERT_EQ(test::run({"localedef", "-i", "de_DE", "-f", "UTF-8", locales.path("de_DE.UTF-8")}).code, 0);
+  setenv("LOCPATH", locales.path().c_str(), 1);
+  setenv("LC_ALL", "de_DE.UTF-8", 1);
   setenv("VELTO_LOCALE_PATH", LOCALES, 1);
   setenv("GTK_A11Y", "test", 1);  // the toolkit keeps what it would tell a screen reader
   gtk_init();

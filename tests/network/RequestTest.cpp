@@ -75,7 +75,7 @@ TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
     EXPECT_EQ(query(1, size), "none");
 
   using Words = std::map<int64_t, std::string>;
-  const auto check = [&](int64_t VeltoSettings::*member, const char* key, const Words& words) {
+  const auto check = [&](auto member, const char* key, const Words& words) {
     VeltoSettings settings;
     for (settings.*member = 0; words.contains(settings.*member); ++(settings.*member))
       EXPECT_EQ(body(settings)[key], JSON(words.at(settings.*member)));

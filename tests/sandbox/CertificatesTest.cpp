@@ -31,7 +31,7 @@ TEST_F(CertificatesTest, KeepsWhatIsGoodAndReplacesTheRest) {
   EXPECT_EQ(changes(), "authority server");
   EXPECT_EQ(changes(), "");
   for (const char* key : {"ca.key", "server.key"}) {
-    struct stat status {};
+    struct stat status = {};
     ASSERT_EQ(stat(folder_.path(key).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U) << key;
   }

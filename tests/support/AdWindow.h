@@ -2,6 +2,7 @@
 #pragma once
 
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/views/ScreenPart.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <gtest/gtest.h>
@@ -11,14 +12,6 @@
 
 #include "MainLoop.h"
 #include "Program.h"
-
-// clang-format off: the X headers define plain words as macros
-#include <gdk/x11/gdkx.h>
-#undef Bool
-#undef None
-#undef Status
-#undef Success
-// clang-format on
 
 namespace velto::test {
 
@@ -45,7 +38,7 @@ inline std::shared_ptr<UIViewController> present(GtkWindow* window) {
 }
 
 inline std::string idOf(GtkWindow* window) {
-  return std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window))));
+  return std::to_string(gtk::x11WindowOf(GTK_WIDGET(window)));
 }
 
 inline void xdotool(const std::string& words) {
@@ -54,7 +47,7 @@ inline void xdotool(const std::string& words) {
 
 // Keys go to that window from here on. A Wayland compositor gives them to a new window by itself.
 inline void giveKeyboard(GtkWindow* window) {
-  if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) xdotool("windowfocus --sync " + idOf(window));
+  if (gtk::x11WindowOf(GTK_WIDGET(window))) xdotool("windowfocus --sync " + idOf(window));
   ASSERT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
 }
 

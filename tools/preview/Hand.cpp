@@ -1,7 +1,7 @@
 // Tapping by xdotool.
 #include "preview/Hand.h"
 
-#include <gdk/x11/gdkx.h>
+#include "velto/gtk/views/ScreenPart.h"
 
 #include "preview/Player.h"
 
@@ -9,17 +9,16 @@ namespace velto::preview {
 
 std::string tapAt(GtkWidget* widget, CGPoint point) {
   GtkNative* native = gtk_widget_get_native(widget);
-  GdkSurface* surface = native ? gtk_native_get_surface(native) : nullptr;
+  const unsigned long number = gtk::x11WindowOf(widget);
   const graphene_point_t inWidget =
       GRAPHENE_POINT_INIT(static_cast<float>(point.x), static_cast<float>(point.y));
   graphene_point_t inWindow;
-  if (!surface || !GDK_IS_X11_SURFACE(surface) ||
-      !gtk_widget_compute_point(widget, GTK_WIDGET(native), &inWidget, &inWindow))
+  if (!number || !gtk_widget_compute_point(widget, GTK_WIDGET(native), &inWidget, &inWindow))
     return "taps need a shown X11 window";
   double x = 0;
   double y = 0;
   gtk_native_get_surface_transform(native, &x, &y);
-  const std::string window = std::to_string(gdk_x11_surface_get_xid(surface));
+  const std::string window = std::to_string(number);
   const std::string column = std::to_string(static_cast<int>(x + inWindow.x));
   const std::string row = std::to_string(static_cast<int>(y + inWindow.y));
 

@@ -24,7 +24,10 @@ namespace {
 constexpr time_t kDay = 86400;
 constexpr const char* kLoopbackAddresses[] = {"127.0.0.1", "::1"};
 
-using File = std::unique_ptr<FILE, decltype(&fclose)>;
+struct FileCloser {
+  void operator()(FILE* file) const { fclose(file); }
+};
+using File = std::unique_ptr<FILE, FileCloser>;
 
 template <typename T>
 T require(T result, const char* step) {
@@ -53,10 +56,10 @@ void setRandomSerial(X509* certificate) {
 
 Identity readIdentity(const std::string& certificateFile, const std::string& keyFile) {
   Identity identity;
-  if (const File file{fopen(certificateFile.c_str(), "r"), &fclose}) {
+  if (const File file{fopen(certificateFile.c_str(), "r")}) {
     identity.certificate.reset(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
   }
-  if (const File file{fopen(keyFile.c_str(), "r"), &fclose}) {
+  if (const File file{fopen(keyFile.c_str(), "r")}) {
     identity.key.reset(PEM_read_PrivateKey(file.get(), nullptr, nullptr, nullptr));
   }
   return identity;
@@ -91,7 +94,7 @@ void writeFile(const std::string& path, mode_t mode, Write write) {
   (void)unlink(unfinished.c_str());
   const int descriptor = open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   if (descriptor < 0) throw Error(path + ": " + std::strerror(errno));
-  File file{fdopen(descriptor, "w"), &fclose};
+  File file{fdopen(descriptor, "w")};
   const bool written = write(file.get()) == 1 && fflush(file.get()) == 0;
   if (!written || rename(unfinished.c_str(), path.c_str()) != 0) throw Error(path + ": cannot be written");
 }

@@ -25,7 +25,7 @@ struct RecordedRequest {
   std::string method;
   std::string path;                                          // percent-decoded
   std::vector<std::pair<std::string, std::string>> query;    // percent-decoded, in order
-  std::vector<std::pair<std::string, std::string>> headers;  // sorted by name
+  std::vector<std::pair<std::string, std::string>> headers;  // as sent, in order
   std::string body;
   std::optional<TrackIdentifier> track;  // installs and clicks whose identifier could be read
   std::string rule;                      // the rule that answered; "" if none did

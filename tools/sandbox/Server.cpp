@@ -10,6 +10,7 @@
 
 #include "sandbox/Certificates.h"
 #include "sandbox/Expansion.h"
+#include "sandbox/Http.h"
 #include "sandbox/RequestCheck.h"
 #include "sandbox/RuleBook.h"
 #include "sandbox/Scenario.h"
@@ -36,45 +37,25 @@ std::int64_t millisecondsSince1970() {
   return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
-RecordedRequest recordOf(const httplib::Request& request, const TlsConnection& connection) {
+RecordedRequest recordOf(const HttpRequest& request, const TlsConnection& connection) {
   RecordedRequest record;
   record.timeMs = millisecondsSince1970();
   record.connection = connection.number();
   record.tlsResumed = connection.resumed();
-  record.host = hostWithoutPort(request.get_header_value("Host"));
+  record.host = hostWithoutPort(request.header("Host"));
   record.method = request.method;
   record.path = percentDecode(request.target.substr(0, request.target.find_first_of("?#")));
   record.query = decodeQuery(request.target);
-  for (const auto& [name, value] : request.headers) {
-    // The HTTP library adds these four to what the client sent.
-    if (name == "REMOTE_ADDR" || name == "REMOTE_PORT" || name == "LOCAL_ADDR" || name == "LOCAL_PORT")
-      continue;
-    record.headers.emplace_back(name, value);
-  }
+  record.headers = request.headers;
   record.body = request.body;
   record.kind = kindOf(record);
   return record;
 }
 
-// Writes the body with the faults that the answer asks for. False closes the connection.
-bool writeBody(const Answer& answer, httplib::DataSink& sink, TlsConnection& connection) {
-  const Fault& fault = answer.fault;
-  const std::size_t last = std::min(answer.body.size(), fault.cutAfterBytes.value_or(answer.body.size()));
-  for (std::size_t offset = 0; offset < last;) {
-    const std::size_t size = std::min(last - offset, fault.chunkBytes > 0 ? fault.chunkBytes : last - offset);
-    if (!sink.write(answer.body.data() + offset, size)) return false;
-    offset += size;
-    if (fault.chunkBytes > 0 && offset < last) connection.wait(fault.interval);
-  }
-  if (!fault.any()) return true;
-  connection.cut();
-  return false;
-}
-
 // Cuts the body down to the range that the request asks for, as players do to seek (RFC 9110, section 14).
 // Requests for several ranges, and texts that are no range, get the whole body, which the standard allows.
-void applyRange(const httplib::Request& request, Answer& answer) {
-  const std::string header = request.get_header_value("Range");
+void applyRange(const HttpRequest& request, Answer& answer) {
+  const std::string header = request.header("Range");
   const std::size_t dash = header.find('-');
   if (!header.starts_with("bytes=") || dash == std::string::npos || header.size() > 40) return;
   const std::string first = header.substr(6, dash - 6);
@@ -104,31 +85,41 @@ void applyRange(const httplib::Request& request, Answer& answer) {
   answer.body = answer.body.substr(from, to - from);
 }
 
-void send(Answer answer, const httplib::Request& request, httplib::Response& response) {
-  TlsConnection& connection = TlsConnection::of(request);
+// Sends the answer with the faults that it asks for. False closes the connection, which any of them does.
+bool send(const Answer& answer, const HttpRequest& request, TlsConnection& connection) {
+  const Fault& fault = answer.fault;
   connection.wait(answer.delay);
-  if (answer.fault.cutBeforeHeaders) return connection.cut();
+  if (fault.cutBeforeHeaders) {
+    connection.cut();
+    return false;
+  }
 
-  response.status = answer.status;
-  std::string contentType;
-  for (const auto& [name, value] : answer.headers) {
-    if (lowerCase(name) == "content-type") {
-      contentType = value;
-    } else {
-      response.set_header(name, value);
-    }
+  HeaderFields fields = answer.headers;
+  const std::size_t length = fault.declaredLength.value_or(answer.body.size());
+  const bool hasType = std::any_of(fields.begin(), fields.end(), [](const auto& field) {
+    return lowerCase(field.first) == "content-type";
+  });
+  if (length > 0 && !hasType) fields.emplace_back("Content-Type", "text/plain");
+  const bool mayHaveBody = answer.status >= 200 && answer.status != 204 && answer.status != 304;
+  if (length > 0 || mayHaveBody) fields.emplace_back("Content-Length", std::to_string(length));
+  if (!request.keepsConnection) fields.emplace_back("Connection", "close");
+  const std::string head = headOf(answer.status, fields);
+  const std::size_t size = request.method == "HEAD" ? 0 : answer.body.size();
+  const std::size_t last = std::min(size, fault.cutAfterBytes.value_or(size));
+  if (!fault.any()) {
+    connection.write(head + answer.body.substr(0, last));
+    return request.keepsConnection;
   }
-  const std::size_t length = answer.fault.declaredLength.value_or(answer.body.size());
-  if (length == 0) {
-    if (!contentType.empty()) response.set_header("Content-Type", contentType);
-    return;
+  connection.write(head);
+  for (std::size_t offset = 0; offset < last;) {
+    const std::size_t count =
+        std::min(last - offset, fault.chunkBytes > 0 ? fault.chunkBytes : last - offset);
+    if (!connection.write(std::string_view(answer.body).substr(offset, count))) break;
+    offset += count;
+    if (fault.chunkBytes > 0 && offset < last) connection.wait(fault.interval);
   }
-  // A provider rather than a body: what a scenario says is what goes over the wire, without compression.
-  response.set_content_provider(
-      length, contentType.empty() ? "text/plain" : contentType,
-      [answer = std::move(answer), &connection](std::size_t, std::size_t, httplib::DataSink& sink) {
-        return writeBody(answer, sink, connection);
-      });
+  if (fault.cutAfterBytes) connection.cut();
+  return false;
 }
 
 }  // namespace
@@ -157,13 +148,8 @@ class Server::Impl {
   void start() {
     if (https_) return;
     auto https = std::make_unique<TlsServer>(
-        certificates_, [this](const TlsConnection& connection) { return handshakeFault(connection); });
-    const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
-      answer(request, response);
-    };
-    constexpr const char* kAnyPath = R"([\s\S]*)";
-    https->Get(kAnyPath, handler).Post(kAnyPath, handler).Put(kAnyPath, handler);
-    https->Patch(kAnyPath, handler).Delete(kAnyPath, handler).Options(kAnyPath, handler);
+        certificates_, [this](const TlsConnection& connection) { return handshakeFault(connection); },
+        [this](TlsConnection& connection) { serve(connection); });
     const int wanted = port_ != 0 ? port_.load() : options_.port;
     const int port = https->open(wanted);
     if (port == 0) throw Error("port " + std::to_string(wanted) + " on 127.0.0.1 cannot be listened on");
@@ -243,8 +229,20 @@ class Server::Impl {
     return {"", Answer::text(404, "no rule matches this request\n")};
   }
 
-  void answer(const httplib::Request& request, httplib::Response& response) {
-    RecordedRequest record = recordOf(request, TlsConnection::of(request));
+  void serve(TlsConnection& connection) {
+    HttpReader reader(connection);
+    try {
+      while (const std::optional<HttpRequest> request = reader.next()) {
+        if (!answer(*request, connection)) return;
+      }
+    } catch (const HttpError& error) {
+      connection.write(headOf(error.status, {{"Content-Length", "0"}, {"Connection", "close"}}));
+      connection.finish();
+    }
+  }
+
+  bool answer(const HttpRequest& request, TlsConnection& connection) {
+    RecordedRequest record = recordOf(request, connection);
     checkRequest(record, options_.names);
     ChosenAnswer chosen = choose(record);
     if (chosen.answer.expand) expand(chosen, record);
@@ -252,7 +250,7 @@ class Server::Impl {
     record.rule = chosen.rule;
     record.status = chosen.answer.fault.cutBeforeHeaders ? 0 : chosen.answer.status;
     store(record);
-    send(std::move(chosen.answer), request, response);
+    return send(chosen.answer, request, connection);
   }
 
   std::mutex reportMutex_;  // keeps calls of onRequest apart, and in the order of requests_

@@ -1,11 +1,11 @@
 // See TlsServer.h.
 #include "sandbox/TlsServer.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <openssl/x509v3.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -20,49 +20,7 @@ namespace {
 
 constexpr timeval kReadTimeout{10, 0};  // within a request or a handshake
 constexpr int kIdleSeconds = 60;        // between requests: longer than a banner's refresh time
-constexpr std::size_t kRequestsPerConnection = 1'000'000;  // only announced
-constexpr std::size_t kMaxBodyBytes = 8'000'000;
-constexpr int kBacklog = 128;
-
-// One thread for each connection, joined when the server stops.
-class ThreadPerConnection final : public httplib::TaskQueue {
- public:
-  void enqueue(std::function<void()> serve) override {
-    const std::lock_guard lock(mutex_);
-    threads_.remove_if([](Worker& worker) {
-      if (!*worker.done) return false;
-      worker.thread.join();
-      return true;
-    });
-    auto done = std::make_shared<std::atomic<bool>>(false);
-    threads_.push_back({std::thread([serve = std::move(serve), done] {
-                          serve();
-                          *done = true;
-                        }),
-                        done});
-  }
-
-  void shutdown() override {
-    const std::lock_guard lock(mutex_);
-    for (Worker& worker : threads_) worker.thread.join();
-    threads_.clear();
-  }
-
- private:
-  struct Worker {
-    std::thread thread;
-    std::shared_ptr<std::atomic<bool>> done;
-  };
-  std::mutex mutex_;
-  std::list<Worker> threads_;
-};
-
-void describe(const sockaddr_in& address, std::string& ip, int& port) {
-  char text[INET_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
-  ip = text;
-  port = ntohs(address.sin_port);
-}
+constexpr int kBacklog = 128;           // for clients that open many connections at once
 
 // The host name of the server-name extension (RFC 6066, section 3); "" without one.
 std::string serverNameIn(SSL* ssl) {
@@ -88,10 +46,6 @@ TlsConnection::TlsConnection(TlsServer& server, int socket, std::uint64_t number
 
 TlsConnection::~TlsConnection() {
   if (!isCut_ && SSL_is_init_finished(ssl_.get())) SSL_shutdown(ssl_.get());
-}
-
-TlsConnection& TlsConnection::of(const httplib::Request& request) {
-  return *static_cast<TlsConnection*>(SSL_get_app_data(request.ssl));
 }
 
 bool TlsConnection::handshake() {
@@ -142,36 +96,28 @@ void TlsConnection::wait(std::chrono::milliseconds time) const {
   }
 }
 
-ssize_t TlsConnection::read(char* buffer, size_t size) {
-  if (isCut_) return -1;
-  const int count = SSL_read(ssl_.get(), buffer, static_cast<int>(std::min<size_t>(size, 1 << 30)));
-  return count > 0 ? count : -1;
+void TlsConnection::finish() {
+  SSL_shutdown(ssl_.get());
+  ::shutdown(socket_, SHUT_WR);
+  char unread[4096];
+  while (recv(socket_, unread, sizeof unread, 0) > 0) {
+  }
 }
 
-ssize_t TlsConnection::write(const char* bytes, size_t size) {
-  if (isCut_) return -1;
-  if (size == 0) return 0;
-  const int count = SSL_write(ssl_.get(), bytes, static_cast<int>(std::min<size_t>(size, 1 << 30)));
-  return count > 0 ? count : -1;
+std::size_t TlsConnection::read(char* buffer, std::size_t size) {
+  std::size_t count = 0;
+  return !isCut_ && SSL_read_ex(ssl_.get(), buffer, size, &count) == 1 ? count : 0;
 }
 
-void TlsConnection::get_remote_ip_and_port(std::string& ip, int& port) const {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  getpeername(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-  describe(address, ip, port);
+bool TlsConnection::write(std::string_view bytes) {
+  std::size_t count = 0;
+  return !isCut_ && (bytes.empty() || SSL_write_ex(ssl_.get(), bytes.data(), bytes.size(), &count) == 1);
 }
 
-void TlsConnection::get_local_ip_and_port(std::string& ip, int& port) const {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-  describe(address, ip, port);
-}
-
-TlsServer::TlsServer(const Certificates& certificates, FaultFor faultFor)
+TlsServer::TlsServer(const Certificates& certificates, FaultFor faultFor, Serve serve)
     : certificates_(certificates),
       faultFor_(std::move(faultFor)),
+      serve_(std::move(serve)),
       context_(SSL_CTX_new(TLS_server_method())) {
   static constexpr unsigned char kContext[] = "sandbox";
   SSL_CTX_set_min_proto_version(context_.get(), TLS1_2_VERSION);
@@ -186,16 +132,6 @@ TlsServer::TlsServer(const Certificates& certificates, FaultFor faultFor)
                                certificates.server.key.get(), nullptr, 1) != 1) {
     throw Error("certificates: the server's certificate cannot be used");
   }
-
-  set_keep_alive_timeout(kIdleSeconds);
-  set_keep_alive_max_count(kRequestsPerConnection);
-  set_payload_max_length(kMaxBodyBytes);
-  new_task_queue = [] { return new ThreadPerConnection; };
-  // Without the default's port sharing, so that a second server on the same port is refused.
-  set_socket_options([](socket_t socket) {
-    const int on = 1;
-    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  });
 }
 
 TlsServer::~TlsServer() {
@@ -203,14 +139,22 @@ TlsServer::~TlsServer() {
 }
 
 int TlsServer::open(int port) {
-  constexpr const char* kAddress = "127.0.0.1";
-  const int bound = port == 0 ? bind_to_any_port(kAddress) : (bind_to_port(kAddress, port) ? port : 0);
-  if (bound <= 0) return 0;
-  ::listen(svr_sock_,
-           kBacklog);  // more than the library's own, for clients that open many connections at once
-  listener_ = std::thread([this] { listen_after_bind(); });
-  while (!is_running()) std::this_thread::yield();  // stop() has no effect before
-  return bound;
+  socket_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int on = 1;
+  setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* const generic = reinterpret_cast<sockaddr*>(&address);
+  socklen_t size = sizeof address;
+  if (bind(socket_, generic, size) != 0 || ::listen(socket_, kBacklog) != 0 ||
+      getsockname(socket_, generic, &size) != 0) {
+    ::close(std::exchange(socket_, -1));
+    return 0;
+  }
+  listener_ = std::thread([this] { listen(); });
+  return ntohs(address.sin_port);
 }
 
 void TlsServer::close() {
@@ -218,22 +162,52 @@ void TlsServer::close() {
   {
     const std::lock_guard lock(mutex_);
     closing_ = true;
-    for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
+    for (const Worker& worker : workers_) ::shutdown(worker.socket, SHUT_RDWR);
   }
-  stop();
+  ::shutdown(socket_, SHUT_RDWR);  // ends accept
   listener_.join();
+  for (Worker& worker : workers_) worker.thread.join();
+  ::close(socket_);
 }
 
-bool TlsServer::enter(int socket) {
-  const std::lock_guard lock(mutex_);
-  if (closing_) return false;
-  sockets_.push_back(socket);
-  return true;
+void TlsServer::listen() {
+  // A write to a client that has left is an error here, not a signal: this thread's connections inherit that.
+  sigset_t pipe;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+  for (;;) {
+    const int client = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
+    const std::lock_guard lock(mutex_);
+    if (closing_) {
+      if (client >= 0) ::close(client);
+      return;
+    }
+    if (client >= 0) enter(client);
+  }
 }
 
-void TlsServer::leave(int socket) {
-  const std::lock_guard lock(mutex_);
-  sockets_.remove(socket);
+void TlsServer::enter(int socket) {
+  workers_.remove_if([](Worker& worker) {
+    if (worker.socket >= 0) return false;
+    worker.thread.join();
+    return true;
+  });
+  Worker& worker = workers_.emplace_back(Worker{socket, {}});
+  worker.thread = std::thread([this, &worker, number = ++connections_] {
+    serve(worker.socket, number);
+    const std::lock_guard lock(mutex_);
+    ::close(std::exchange(worker.socket, -1));
+  });
+}
+
+void TlsServer::serve(int socket, std::uint64_t number) noexcept {
+  try {
+    TlsConnection connection(*this, socket, number);
+    if (connection.handshake()) serve_(connection);
+  } catch (const std::exception&) {
+    // The connection closes, which is all that can be told the client.
+  }
 }
 
 Identity TlsServer::spoiledIdentity(TlsFault fault, const std::string& serverName) const {
@@ -246,27 +220,6 @@ Identity TlsServer::spoiledIdentity(TlsFault fault, const std::string& serverNam
     wish.validToDays = -1;
   }
   return makeIdentity(wish, fault == TlsFault::Untrusted ? nullptr : &certificates_.authority);
-}
-
-bool TlsServer::process_and_close_socket(socket_t socket) {
-  if (enter(socket)) {
-    {
-      TlsConnection connection(*this, socket, ++connections_);
-      const auto prepare = [&](httplib::Request& request) {
-        request.ssl = connection.ssl_.get();
-        request.ranges
-            .clear();  // the library does not hold them against the length of the body; Server.cpp does
-      };
-      bool closed = false;
-      if (connection.handshake()) {
-        while (!closed && connection.awaitRequest() && process_request(connection, false, closed, prepare)) {
-        }
-      }
-    }
-    leave(socket);
-  }
-  ::close(socket);
-  return true;
 }
 
 }  // namespace velto::sandbox

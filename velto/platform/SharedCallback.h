@@ -16,10 +16,9 @@ class SharedCallback {
  public:
   SharedCallback() = default;
   SharedCallback(std::nullptr_t) {}
-  template <class Callable>
-  requires(std::is_invocable_v<const Callable&, Arguments...> && !std::is_same_v<Callable, SharedCallback>)
-      SharedCallback(Callable callable)
-      : callable_(new Function(std::move(callable)), letGo) {}
+  template <class Callable, class = std::enable_if_t<std::is_invocable_v<const Callable&, Arguments...> &&
+                                                     !std::is_same_v<Callable, SharedCallback>>>
+  SharedCallback(Callable callable) : callable_(new Function(std::move(callable)), letGo) {}
 
   explicit operator bool() const { return callable_ && *callable_; }
   void operator()(Arguments... arguments) const { (*callable_)(std::move(arguments)...); }

@@ -32,7 +32,8 @@ struct UriPortal::Question {
 
 bool isSandboxed() {
   static const bool sandboxed = [] {
-    const char* asked = std::getenv("GTK_USE_PORTAL");
+    // The variable that makes GLib open by the portal has changed its name.
+    const char* asked = std::getenv(glib_check_version(2, 79, 0) ? "GTK_USE_PORTAL" : "GIO_USE_PORTALS");
     return g_file_test("/.flatpak-info", G_FILE_TEST_EXISTS) || std::getenv("SNAP") ||
            (asked && std::strcmp(asked, "1") == 0);
   }();

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <glib.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <stdexcept>
@@ -110,6 +111,7 @@ void AdvertisingFile::write(const State& state) const {
   GError* fault = nullptr;
   constexpr auto whole =
       static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
+  chmod(path_.c_str(), 0600);  // GLib may give the new file the mode of the old one; there need not be any
   g_file_set_contents_full(path_.c_str(), text.get(), static_cast<gssize>(size), whole, 0600, &fault);
   const GErrorOwned error(fault);
   if (error) throw std::runtime_error(error->message);

@@ -44,12 +44,12 @@ class FolderLock {
 };
 
 ino_t inodeOf(const std::filesystem::path& path) {
-  struct stat facts {};
+  struct stat facts = {};
   return stat(path.c_str(), &facts) == 0 ? facts.st_ino : 0;
 }
 
 off_t sizeOf(const std::filesystem::path& path) {
-  struct stat facts {};
+  struct stat facts = {};
   return stat(path.c_str(), &facts) == 0 ? facts.st_size : 0;
 }
 

@@ -2,6 +2,7 @@
 #include "velto/gtk/views/HostWindow.h"
 
 #include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/GtkVersions.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/views/AdSlot.h"
 #include "velto/gtk/views/Peer.h"
@@ -235,11 +236,8 @@ void HostWindow::tellVisibility() {
 
 bool HostWindow::isVisible() const {
   if (!gtk_widget_get_mapped(GTK_WIDGET(window_))) return false;
-  unsigned outOfSight = GDK_TOPLEVEL_STATE_MINIMIZED;
-#if GTK_CHECK_VERSION(4, 12, 0)
-  outOfSight |= GDK_TOPLEVEL_STATE_SUSPENDED;  // all that some compositors tell of a minimised window
-#endif
-  return !(gdk_toplevel_get_state(GDK_TOPLEVEL(gtk_native_get_surface(GTK_NATIVE(window_)))) & outOfSight);
+  auto* surface = GDK_TOPLEVEL(gtk_native_get_surface(GTK_NATIVE(window_)));
+  return !(gdk_toplevel_get_state(surface) & outOfSightStates);
 }
 
 void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {

@@ -1,6 +1,7 @@
 // Places: on the surface, and by Xlib on the screens.
 #include "velto/gtk/views/ScreenPart.h"
 
+#include "velto/gtk/GtkVersions.h"
 #include "velto/platform/ui/ViewChanges.h"
 
 #include <algorithm>
@@ -15,13 +16,15 @@ CGPoint placeOnSurface(GtkWidget* widget) {
   auto* native = gtk_widget_get_native(widget);
   CGPoint place;
   gtk_native_get_surface_transform(native, &place.x, &place.y);
-  double x = 0;
-  double y = 0;
-  gtk_widget_translate_coordinates(widget, GTK_WIDGET(native), 0, 0, &x, &y);
-  return {place.x + x, place.y + y};
+  const graphene_point_t corner = GRAPHENE_POINT_INIT(0, 0);
+  graphene_point_t there;
+  if (!gtk_widget_compute_point(widget, GTK_WIDGET(native), &corner, &there)) return place;
+  return {place.x + static_cast<double>(there.x), place.y + static_cast<double>(there.y)};
 }
 
 #ifdef GDK_WINDOWING_X11
+VELTO_X11_BEGIN
+
 namespace {
 
 CGRect allMonitors(GdkDisplay* display) {
@@ -77,12 +80,23 @@ Signal watchMoves(GdkSurface* surface) {
   if (!GDK_IS_X11_DISPLAY(display)) return {};
   return Signal(display, "xevent", G_CALLBACK(eventCame), surface);
 }
+
+unsigned long x11WindowOf(GtkWidget* widget) {
+  auto* native = gtk_widget_get_native(widget);
+  auto* surface = native ? gtk_native_get_surface(native) : nullptr;
+  return surface && GDK_IS_X11_SURFACE(surface) ? gdk_x11_surface_get_xid(surface) : 0;
+}
+
+VELTO_X11_END
 #else
 std::optional<CGRect> screenAround(GtkWidget*) {
   return std::nullopt;
 }
 Signal watchMoves(GdkSurface*) {
   return {};
+}
+unsigned long x11WindowOf(GtkWidget*) {
+  return 0;
 }
 #endif
 

@@ -18,6 +18,9 @@ std::optional<CGRect> screenAround(GtkWidget* widget);
 // Tells of moves by ViewChanges::note(), until it goes. The surface must outlive it.
 Signal watchMoves(GdkSurface* surface);
 
+// The number of the widget's window on an X11 display; 0 on others, and before it has one.
+unsigned long x11WindowOf(GtkWidget* widget);
+
 // Where the widget's coordinates begin on the surface of its window.
 CGPoint placeOnSurface(GtkWidget* widget);
 

@@ -1,0 +1,28 @@
+// What differs between the versions of GTK that this builds with, 4.8 (Debian 12) to 4.18 (Debian 13): the newer
+// interface where it is there. Nowhere else is a version asked for.
+#pragma once
+
+#include <gtk/gtk.h>
+
+namespace velto::gtk {
+
+// The states of a window that nobody sees. Some compositors tell only the newer one of a minimised window.
+#if GTK_CHECK_VERSION(4, 12, 0)
+constexpr unsigned outOfSightStates = GDK_TOPLEVEL_STATE_MINIMIZED | GDK_TOPLEVEL_STATE_SUSPENDED;
+#else
+constexpr unsigned outOfSightStates = GDK_TOPLEVEL_STATE_MINIMIZED;
+#endif
+
+inline void loadStyle(GtkCssProvider* provider, const char* style) {
+#if GTK_CHECK_VERSION(4, 12, 0)
+  gtk_css_provider_load_from_string(provider, style);
+#else
+  gtk_css_provider_load_from_data(provider, style, -1);
+#endif
+}
+
+// Around calls of GTK's X11 part: newer GTK deprecates all of it and has nothing in its place.
+#define VELTO_X11_BEGIN G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+#define VELTO_X11_END G_GNUC_END_IGNORE_DEPRECATIONS
+
+}  // namespace velto::gtk
