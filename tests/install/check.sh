@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs a build into a folder that is then moved, and uses that copy as a stranger would: every header by itself, a
-# program built with find_package, the same program built with pkg-config.
+# program built with find_package, the same program built with pkg-config and with Meson. At last the program that has
+# the sources as a part of its own project, with shared libraries.
 # usage: check.sh <build folder> <C++ compiler> <platform>...
 set -euo pipefail
 build=$1
@@ -57,6 +58,21 @@ for platform in "$@"; do
   # shellcheck disable=SC2046
   "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
 done
+echo "== Meson"
+meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
+meson compile -C "$work/meson" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
+"$work/meson/headless"
+
+echo "== a part of another project"
+cmake -S "$here/consumer" -B "$work/part" -G Ninja -DVELTO_SOURCE="$here/../.." -DPLATFORMS=headless -DVELTO_GTK=OFF \
+  -DBUILD_SHARED_LIBS=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 >"$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
+cmake --build "$work/part" --target headless >"$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
+"$work/part/headless"
+if cmake --install "$work/part" --prefix "$work/part-installed" >/dev/null && [ -e "$work/part-installed" ]; then
+  echo "as a part of another project it installs what that did not ask for" >&2
+  exit 1
+fi
+
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir velto)
 export LD_LIBRARY_PATH
 "$work/headless"
