@@ -3,9 +3,7 @@
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
 
-#include <filesystem>
-#include <fstream>
-
+#include "../support/Folder.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -36,9 +34,7 @@ TEST(OpenURLTest, OnlyWhatSomeApplicationOpensCanBeOpened) {
   application.openURL(tel, {}, [&](bool success) { telOpened = success; });
   application.openURL(sms, {}, [&](bool success) { smsOpened = success; });
   EXPECT_TRUE(test::runUntil([&] { return telOpened && smsOpened && std::filesystem::exists(opened); }));
-  std::string dialed;
-  std::ifstream(opened) >> dialed;
-  EXPECT_EQ(dialed, "TEL:+491234");
+  EXPECT_EQ(test::textOf(opened), "TEL:+491234");
   EXPECT_EQ(telOpened, true);
   EXPECT_EQ(smsOpened, false);
   gtk::uninstall();

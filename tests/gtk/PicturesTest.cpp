@@ -4,12 +4,10 @@
 #include "velto/platform/Platform.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
-#include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
 
+#include "../support/Folder.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -55,8 +53,7 @@ TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
   EXPECT_EQ(names, (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png"}));
-  std::ifstream first(folder / "coupon.png", std::ios::binary);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(first), {}), png) << "as it came, and not overwritten";
+  EXPECT_EQ(test::textOf(folder / "coupon.png"), png) << "as it came, and not overwritten";
   gtk::uninstall();
 }
 

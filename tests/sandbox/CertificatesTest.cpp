@@ -4,7 +4,6 @@
 
 #include "Support.h"
 #include "sandbox/Certificates.h"
-#include "sandbox/Scenario.h"
 
 namespace velto::sandbox {
 namespace {
@@ -20,9 +19,7 @@ class CertificatesTest : public testing::Test {
            (read("server.pem") == server ? "" : "server");
   }
 
-  std::string read(const char* name) const {
-    return std::filesystem::exists(folder_.path(name)) ? readFile(folder_.path(name)) : "";
-  }
+  std::string read(const char* name) const { return test::textOf(folder_.path(name)); }
 
   TemporaryFolder folder_;
 };

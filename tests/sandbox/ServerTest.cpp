@@ -57,29 +57,24 @@ TEST_F(ServerTest, AnswersByTheBuiltInScenarioAndRecords) {
   EXPECT_EQ(Json::parse(requests[3].toJsonLine())["bodyBase64"], "/w==");
 }
 
-TEST_F(ServerTest, StrictServerRefusesWithTheList) {
-  Options options;
-  options.strict = true;
-  const Reply reply = Client(start(options)).send(kAdUrl, "no JSON");
-  EXPECT_EQ(reply.status, 400);
-  EXPECT_EQ(reply.body, "body: not JSON\n");
-}
-
-TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolder) {
-  std::filesystem::create_directories(folder_.path("www/sub"));
+TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolderAndStrictlyOnlyGoodRequests) {
   folder_.write("www/sub/a b.html", "page");
   folder_.write("secret", "secret");
   std::filesystem::create_symlink(folder_.path("secret"), folder_.path("www/link"));
   Options options;
   options.serveFolder = folder_.path("www");
+  options.strict = true;
   Client client(start(options));
   const Reply page = client.send("https://ads.velto.example/sub/a%20b.html");
   EXPECT_EQ(page.body, "page");
   EXPECT_EQ(page.headers.at("Content-Type"), "text/html");
   for (const char* path :
-       {"/../secret", "/%2e%2e/secret", "/sub/../../secret", "/link", "/sub", "//etc/passwd"}) {
+       {"/../secret", "/%2e%2e/secret", "/sub/../../secret", "/link", "/sub", "//etc/passwd"})
     EXPECT_EQ(client.send("https://ads.velto.example" + std::string(path)).status, 404) << path;
-  }
+
+  const Reply refusal = client.send(kAdUrl, "no JSON");
+  EXPECT_EQ(refusal.status, 400);
+  EXPECT_EQ(refusal.body, "body: not JSON\n");
 }
 
 TEST_F(ServerTest, SpoilsAnswersOnTheWire) {

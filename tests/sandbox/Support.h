@@ -25,9 +25,7 @@ struct Reply {
 class Client {
  public:
   explicit Client(const Server& server)
-      : ca_(server.caFile()),
-        target_("::127.0.0.1:" + std::to_string(server.port())),
-        curl_(curl_easy_init(), &curl_easy_cleanup) {}
+      : ca_(server.caFile()), target_("::127.0.0.1:" + std::to_string(server.port())) {}
 
   // A POST when there is a body. A fresh connection still offers the TLS session of an earlier one.
   Reply send(const std::string& url, const std::string& body = {}, bool freshConnection = false) {
@@ -56,9 +54,8 @@ class Client {
     }
     reply.code = curl_easy_perform(curl);
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);
-    for (curl_header* header = nullptr; (header = curl_easy_nextheader(curl, CURLH_HEADER, 0, header));) {
+    for (curl_header* header = nullptr; (header = curl_easy_nextheader(curl, CURLH_HEADER, 0, header));)
       reply.headers[header->name] = header->value;
-    }
     curl_slist_free_all(target);
     curl_slist_free_all(headers);
     return reply;
@@ -67,7 +64,7 @@ class Client {
  private:
   std::string ca_;
   std::string target_;
-  std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl_;
+  std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl_{curl_easy_init(), &curl_easy_cleanup};
 };
 
 }  // namespace velto::sandbox
