@@ -5,6 +5,8 @@
 #include "velto/ads/VeltoAdMediationResolver.h"
 #include "velto/network/JSONSDKVelto.h"
 
+#include <regex>
+
 #include "FetchTest.h"
 
 namespace velto {
@@ -45,7 +47,12 @@ TEST_F(MediationTest, RecordsReadWhatHasTheRightKind) {
   EXPECT_EQ(record->mediations()->at(1)->e(), nullptr);
   EXPECT_EQ(record->mediations()->at(2)->cn(), std::nullopt);
   EXPECT_EQ(record->mediations()->at(3)->cn(), "last");
-  EXPECT_NE(record->description().find("\n\tTimeout: 7\n\tMediations: (\n    <Velto"), std::string::npos);
+  record->mediationItems->resize(1);
+  EXPECT_EQ(std::regex_replace(record->description(), std::regex(": 0x[0-9a-f]+|\t"), ""),
+            "<VeltoMediationResponse>\nConnectionId: c\nTimeout: 7\nMediations: (\n    "
+            "<VeltoMediationItemResponse>\nCn: X\n"
+            "E: <VeltoMediationItemEResponse>\nAdUnit: u\nTimeout: 2.5\nData: aGk\r\n*\nBase64DecodedString: "
+            "(null)\nT: T\nN: (null)\n)");
 }
 
 TEST_F(MediationTest, AdapterNamesAndTypes) {
@@ -69,6 +76,7 @@ TEST_F(MediationTest, AdapterNamesAndTypes) {
                                                     "\n\tHandler: " + expected.second))
         << record(cn)->description();
   EXPECT_EQ(record(std::nullopt)->adType(), 0U);
+  EXPECT_TRUE(record(std::nullopt)->description().starts_with("<VeltoAdMediationAdapterManager: 0x"));
   EXPECT_EQ(record(std::nullopt)->handler(), nullptr);
 }
 

@@ -6,14 +6,11 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <iostream>
 #include <map>
 
 #include "../support/AdWindow.h"
-#include "../support/Folder.h"
 #include "../support/LoopbackServer.h"
-#include "../support/Program.h"
 #include "PlatformUnderTest.h"
 #include "TestServer.h"
 

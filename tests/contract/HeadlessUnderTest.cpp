@@ -1,4 +1,4 @@
-// The headless platform under the contract, and what only it promises: faults on demand.
+// The headless platform under the contract, and what only it promises.
 #include "velto/headless/VeltoHeadless.h"
 
 #include <stdexcept>
@@ -57,18 +57,6 @@ class HeadlessUnderTest : public PlatformUnderTest {
   std::shared_ptr<headless::Platform> platform_;
   std::unique_ptr<headless::HostWindow> window_;
 };
-
-TEST(Headless, AFailingStoreRefusesChangesAndKeepsWhatItHas) {
-  auto platform = headless::Platform::install();
-  auto& store = platform->standardUserDefaults();
-  store.setObject("kept", "value");
-  store.failWrites(true);
-  EXPECT_THROW(store.setObject("kept", "other"), std::runtime_error);
-  EXPECT_THROW(store.setEntry("d", "a", "1"), std::runtime_error);
-  EXPECT_THROW(store.removeObjectForKey("kept"), std::runtime_error);
-  EXPECT_THROW(store.synchronize(), std::runtime_error);
-  EXPECT_EQ(store.entries(), (std::map<std::string, DefaultsValue>{{"kept", "value"}}));
-}
 
 TEST(Headless, ACompletionThatTouchesAViewWithoutHoppingIsCaught) {
   auto platform = headless::Platform::install();

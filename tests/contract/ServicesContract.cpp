@@ -3,6 +3,7 @@
 #include "velto/platform/NSBundle.h"
 #include "velto/platform/NSTimer.h"
 #include "velto/platform/NSUserDefaults.h"
+#include "velto/platform/Network.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/platform/UIDevice.h"
 
@@ -171,6 +172,9 @@ TEST_F(ServicesContract, BundlesAndDeviceArePlausible) {
   auto& device = platform().device();
   EXPECT_GE(device.bootTime(), 0);
   EXPECT_LE(static_cast<double>(device.bootTime()), platform().clock().secondsSince1970());
+  const auto addresses = platform().network().interfaceAddresses().value();
+  for (const auto& address : addresses)
+    EXPECT_TRUE(address.family != AddressFamily::IPv6 || address.text.find(':') != std::string::npos);
   EXPECT_GT(platform().mainScreen().bounds().size.width, 0);
   EXPECT_EQ(platform().currentLocale().preferredLanguages().at(0).find_first_of("_.@"), std::string::npos);
   EXPECT_LE(std::abs(platform().localTimeZone().secondsFromGMT()), 14 * 3600);

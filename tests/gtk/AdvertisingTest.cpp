@@ -9,12 +9,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <thread>
 
-#include "../support/Folder.h"
 #include "../support/Program.h"
 
 namespace velto {

@@ -4,11 +4,9 @@
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
-#include <gtest/gtest.h>
 #include <libecal/libecal.h>
 #include <stdlib.h>
 
-#include "../support/Program.h"
 #include "BusMock.h"
 
 namespace velto {
@@ -130,8 +128,7 @@ TEST(EventText, ListsThatDoNotGoWithAFrequencyAreLeftOut) {
   event.endDate = start - hours(1);
   EKRecurrenceRule rule;
   rule.frequency = EKRecurrenceFrequencyDaily;
-  for (auto* list : {&rule.daysOfTheMonth, &rule.weeksOfTheYear, &rule.daysOfTheYear, &rule.setPositions})
-    *list = {1};
+  rule.daysOfTheMonth = rule.weeksOfTheYear = rule.daysOfTheYear = rule.setPositions = {1};
   event.recurrenceRules = {rule};
   const auto text = gtk::eventText(event, "id", start).value();
   EXPECT_EQ(text.find("DTEND"), std::string::npos);

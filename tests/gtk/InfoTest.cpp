@@ -4,10 +4,6 @@
 #include "velto/platform/foundation/JSON.h"
 #include "velto/velto.h"
 
-#include <filesystem>
-
-#include "../support/Folder.h"
-#include "../support/Program.h"
 #include "BusMock.h"
 
 namespace velto {

@@ -5,7 +5,6 @@
 
 #include <stdlib.h>
 
-#include "../support/Folder.h"
 #include "BusMock.h"
 
 namespace velto {

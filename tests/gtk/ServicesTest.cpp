@@ -10,10 +10,6 @@
 #include <stdlib.h>
 #include <sys/resource.h>
 
-#include <cmath>
-#include <filesystem>
-
-#include "../support/Folder.h"
 #include "BusMock.h"
 
 namespace velto {

@@ -1,10 +1,7 @@
 // Real videos, made here and served on loopback, in a real window: played to their end, broken in every way,
 // closed at any moment. There is no sound output, as on many a machine, and they play all the same.
-#include <filesystem>
-#include <fstream>
 #include <map>
 
-#include "../support/Folder.h"
 #include "../support/LoopbackServer.h"
 #include "../video/RecordingHost.h"
 #include "DisplayTest.h"
@@ -25,8 +22,7 @@ std::string madeVideo() {
       " ! vp8enc deadline=1 keyframe-max-dist=6 ! mux."
       " audiotestsrc num-buffers=43 ! audioconvert ! vorbisenc ! mux.";
   if (run({"sh", "-c", line}).code != 0) throw std::runtime_error("no video: " + line);
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  return textOf(file);
 }
 
 struct Served {
@@ -68,7 +64,8 @@ class VideoServer {
 std::string certificate(const std::string& name) {
   const auto file = (std::filesystem::temp_directory_path() / name).string();
   run({"sh", "-c",
-       "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext subjectAltName=IP:127.0.0.1 "
+       "exec 2>&-; openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=test -addext "
+       "subjectAltName=IP:127.0.0.1 "
        "-keyout " +
            file + ".key -out " + file});
   return file;

@@ -11,38 +11,20 @@
 namespace velto::test {
 namespace {
 
-constexpr char fromTemplate[] = R"(
-<interface><object class="AdwWindow" id="window"><property name="default-width">400</property>
-<property name="default-height">300</property></object></interface>)";
-
 // All that differs: how a window is made, and how its content is told.
 struct Kind {
   const char* name;
-  std::function<GtkWindow*(GtkApplication*)> make;
+  GtkWidget* (*make)(GtkApplication*);
   const char* content;
 };
-
-const std::vector<Kind>& kinds() {
-  static const std::vector<Kind> all{
-      {"window", [](auto*) { return GTK_WINDOW(gtk_window_new()); }, "child"},
-      {"application window", [](auto* app) { return GTK_WINDOW(gtk_application_window_new(app)); }, "child"},
-      {"Adwaita window", [](auto*) { return GTK_WINDOW(adw_window_new()); }, "content"},
-      {"Adwaita application window", [](auto* app) { return GTK_WINDOW(adw_application_window_new(app)); },
-       "content"},
-      {"from a file, without content so far",
-       [](auto*) {
-         auto* builder = gtk_builder_new_from_string(fromTemplate, -1);
-         auto* window = GTK_WINDOW(gtk_builder_get_object(builder, "window"));
-         g_object_unref(builder);
-         return window;
-       },
-       "content"},
-      {"dialog", [](auto*) { return GTK_WINDOW(g_object_new(GTK_TYPE_DIALOG, nullptr)); }, "child"},
-      {"Adwaita message dialog",
-       [](auto*) { return GTK_WINDOW(g_object_new(ADW_TYPE_MESSAGE_DIALOG, nullptr)); }, "child"},
-  };
-  return all;
-}
+const Kind kinds[] = {
+    {"window", [](auto*) { return gtk_window_new(); }, "child"},
+    {"application window", [](auto* app) { return gtk_application_window_new(app); }, "child"},
+    {"Adwaita window", [](auto*) { return adw_window_new(); }, "content"},
+    {"Adwaita application window", [](auto* app) { return adw_application_window_new(app); }, "content"},
+    {"dialog", [](auto*) { return GTK_WIDGET(g_object_new(GTK_TYPE_DIALOG, nullptr)); }, "child"},
+    {"Adwaita message dialog",
+     [](auto*) { return GTK_WIDGET(g_object_new(ADW_TYPE_MESSAGE_DIALOG, nullptr)); }, "child"}};
 
 class WindowsTest : public test::DisplayTest {
  protected:
@@ -65,9 +47,9 @@ class WindowsTest : public test::DisplayTest {
 TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
   auto* app = gtk_application_new("org.example.windows", G_APPLICATION_NON_UNIQUE);
   g_application_register(G_APPLICATION(app), nullptr, nullptr);
-  for (const auto& kind : kinds()) {
+  for (const auto& kind : kinds) {
     SCOPED_TRACE(kind.name);
-    auto* window = kind.make(app);
+    auto* window = GTK_WINDOW(kind.make(app));
     gtk_window_set_default_size(window, 400, 300);
     const auto host = gtk::hostViewController(window);
     EXPECT_EQ(gtk::hostViewController(window), host);

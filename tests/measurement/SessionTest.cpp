@@ -75,6 +75,8 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   EXPECT_EQ(at(start, "loaded"), JSON()) << "that is the page's";
   EXPECT_EQ(at(start, "context.omidNativeInfo"),
             JSON(JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}}));
+  EXPECT_EQ(at(start, "context.deviceInfo.osVersion"), JSON("16.4"));
+  EXPECT_EQ(at(start, "context.customReferenceData"), JSON());
   EXPECT_EQ(percentage(at(start, "geometry")), 100);
 
   auto& shown = page();

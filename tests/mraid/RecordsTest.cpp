@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace velto {
 namespace {
 
@@ -124,6 +126,30 @@ TEST(MRAIDRecords, RepeatRule) {
   EXPECT_EQ(frequency("yearly"), 3);
   EXPECT_EQ(frequency("daily"), 0);
   EXPECT_EQ(frequency("Weekly"), 0);
+}
+
+TEST(MRAIDRecords, TellTheirFields) {
+  const std::string text =
+      R"({"useCustomClose":true,"width":1,"height":2,"offsetX":3,"offsetY":4,"customClosePosition":"center",
+          "allowOffscreen":true,"allowOrientationChange":true,"forceOrientation":"portrait","orientation":"landscape",
+          "locked":true,"id":"i","description":"d","location":"l","start":"1970-01-01T00:00:01Z",
+          "end":"1970-01-01T00:00:02Z","reminder":"r","status":"s","summary":"m","transparency":"t",
+          "recurrence":"{\"frequency\":\"weekly\",\"expires\":\"1970-01-01T00:00:03Z\"}"})";
+  const auto told = [](const auto& record) {
+    return std::regex_replace(record->description(), std::regex("<VeltoMRAIDProperty|: 0x[0-9a-f]+>|\t|: "),
+                              "");
+  };
+  EXPECT_EQ(told(VeltoMRAIDPropertyExpand::decode(text)),
+            "Expand\nUseCustomClose1\nIsModal0\nWidth1\nHeight2");
+  EXPECT_EQ(told(VeltoMRAIDPropertyResize::decode(text)),
+            "Resize\nWidth1\nHeight2\nOffsetX3\nOffsetY4\nCustomClosePositioncenter\nAllowOffscreen1");
+  EXPECT_EQ(told(VeltoMRAIDPropertyOrientation::decode(text)),
+            "Orientation\nAllowOrientationChange1\nForceOrientationportrait");
+  EXPECT_EQ(told(VeltoMRAIDPropertyCurrentAppOrientation::decode(text)),
+            "CurrentAppOrientation\nLocked1\nOrientationlandscape");
+  EXPECT_EQ(told(VeltoMRAIDPropertyCalendarEvent::decode(text)),
+            "CalendarEvent\nIdi\nDescriptiond\nLocationl\nStart1\nEnd2\nReminderr\nRecurrenceCalendarRepeatRu"
+            "le\nFrequencyweekly\nFrequencyEvent1\nExpires3\nStatuss\nSummarym\nTransparencyt");
 }
 
 // --- the page script and the markup around it

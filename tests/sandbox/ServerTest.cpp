@@ -1,10 +1,12 @@
-// The server over loopback HTTPS: answers, records, faults, connections, stopping.
+// The server over loopback HTTPS: answers, records, faults, connections, stopping; and its certificates.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <future>
 #include <nlohmann/json.hpp>
 
 #include "Support.h"
+#include "sandbox/Certificates.h"
 
 namespace velto::sandbox {
 namespace {
@@ -58,29 +60,24 @@ TEST_F(ServerTest, AnswersByTheBuiltInScenarioAndRecords) {
   EXPECT_EQ(Json::parse(requests[3].toJsonLine())["bodyBase64"], "/w==");
 }
 
-TEST_F(ServerTest, StrictServerRefusesWithTheList) {
-  Options options;
-  options.strict = true;
-  const Reply reply = Client(start(options)).send(kAdUrl, "no JSON");
-  EXPECT_EQ(reply.status, 400);
-  EXPECT_EQ(reply.body, "body: not JSON\n");
-}
-
-TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolder) {
-  std::filesystem::create_directories(folder_.path("www/sub"));
+TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolderAndStrictlyOnlyGoodRequests) {
   folder_.write("www/sub/a b.html", "page");
   folder_.write("secret", "secret");
   std::filesystem::create_symlink(folder_.path("secret"), folder_.path("www/link"));
   Options options;
   options.serveFolder = folder_.path("www");
+  options.strict = true;
   Client client(start(options));
   const Reply page = client.send("https://ads.velto.example/sub/a%20b.html");
   EXPECT_EQ(page.body, "page");
   EXPECT_EQ(page.headers.at("Content-Type"), "text/html");
   for (const char* path :
-       {"/../secret", "/%2e%2e/secret", "/sub/../../secret", "/link", "/sub", "//etc/passwd"}) {
+       {"/../secret", "/%2e%2e/secret", "/sub/../../secret", "/link", "/sub", "//etc/passwd"})
     EXPECT_EQ(client.send("https://ads.velto.example" + std::string(path)).status, 404) << path;
-  }
+
+  const Reply refusal = client.send(kAdUrl, "no JSON");
+  EXPECT_EQ(refusal.status, 400);
+  EXPECT_EQ(refusal.body, "body: not JSON\n");
 }
 
 TEST_F(ServerTest, ReadsEveryFormOfARequestAndAnswersWhatIsNone) {
@@ -170,6 +167,31 @@ TEST_F(ServerTest, SpoilsHandshakesOfOneHostOnly) {
     EXPECT_EQ(client.send("https://ads.velto.example/", {}, true).code, CURLE_OK);
   }
   EXPECT_EQ(server.requests(Kind::Tls).size(), std::size(cases));
+}
+
+TEST_F(ServerTest, KeepsCertificatesThatAreGoodAndReplacesTheRest) {
+  const auto read = [&](const char* name) { return test::textOf(folder_.path(name)); };
+  // Loads, and says which of the two certificates changed.
+  const auto changes = [&](const std::vector<std::string>& names) {
+    const std::string ca = read("ca.pem"), server = read("server.pem");
+    loadOrMakeCertificates(folder_.path(), names);
+    return std::string(read("ca.pem") == ca ? "" : "authority ") +
+           (read("server.pem") == server ? "" : "server");
+  };
+  const std::vector<std::string> names{"a.example", "*.b.example"};
+  EXPECT_EQ(changes(names), "authority server");
+  EXPECT_EQ(changes(names), "");
+  for (const char* key : {"ca.key", "server.key"}) {
+    struct stat status {};
+    ASSERT_EQ(stat(folder_.path(key).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U) << key;
+  }
+  EXPECT_EQ(changes({"a.example", "*.c.example"}), "server");
+  EXPECT_EQ(changes({"a.example"}), "") << "a certificate for more names is good enough";
+  folder_.write("server.key", "damaged");
+  EXPECT_EQ(changes(names), "server");
+  folder_.write("ca.key", read("server.key"));
+  EXPECT_EQ(changes(names), "authority server");
 }
 
 TEST_F(ServerTest, StopsWithSlowAnswersInProgressAndStartsAgain) {

@@ -16,11 +16,10 @@ class WaterfallTest : public testing::Test {
  protected:
   WaterfallTest() {
     server.start();
-    const std::string address = "127.0.0.1:" + std::to_string(server.port());
     gtk::install({.applicationIdentifier = "org.example.waterfall",
                   .dataFolder = folder.path("store"),
                   .caFile = server.caFile(),
-                  .hostMap = {{"*.velto.example", address}}});
+                  .hostMap = {{"*.velto.example", "127.0.0.1:" + std::to_string(server.port())}}});
   }
   ~WaterfallTest() override { gtk::uninstall(); }
 

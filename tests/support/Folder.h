@@ -6,10 +6,17 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
 namespace velto::test {
+
+// The bytes of a file; none of one that is not there.
+inline std::string textOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 class TemporaryFolder {
  public:

@@ -15,10 +15,11 @@ inline bool runUntil(const std::function<bool()>& condition) {
   const auto look = [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
   const guint deadline = g_timeout_add_seconds(120, expire, &expired);
   const guint looks = g_timeout_add_full(G_PRIORITY_LOW, 5, look, nullptr, nullptr);
-  while (!condition() && !expired) g_main_context_iteration(nullptr, TRUE);
+  bool holds = false;
+  while (!(holds = condition()) && !expired) g_main_context_iteration(nullptr, TRUE);
   g_source_remove(deadline);
   g_source_remove(looks);
-  return condition();
+  return holds;
 }
 
 }  // namespace velto::test

@@ -7,12 +7,12 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "Folder.h"
 
 namespace velto::test {
 
@@ -81,8 +81,7 @@ inline Outcome run(std::vector<std::string> words, bool withErrors = false) {
 
 // Whether this process has a library in its memory.
 inline bool isMapped(const std::string& library) {
-  std::ifstream maps("/proc/self/maps");
-  return std::string(std::istreambuf_iterator<char>(maps), {}).find(library) != std::string::npos;
+  return textOf("/proc/self/maps").find(library) != std::string::npos;
 }
 
 }  // namespace velto::test

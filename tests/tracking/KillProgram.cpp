@@ -14,14 +14,11 @@
 
 #include <glib.h>
 
-#include <filesystem>
 #include <iostream>
 #include <map>
 #include <random>
 #include <set>
-#include <vector>
 
-#include "../support/Folder.h"
 #include "../support/Program.h"
 #include "sandbox/Server.h"
 
@@ -38,14 +35,12 @@ constexpr int clicksOfALaunch = 20;
 constexpr auto betweenClicks = 4ms;
 constexpr int longestLife = 120'000;  // microseconds from the registration to the kill
 
-void installOn(const std::string& folder, const std::string& caFile = {}, const std::string& port = {}) {
-  gtk::Options options;
-  options.applicationIdentifier = "org.example.kill";
-  options.dataFolder = folder;
-  options.caFile = caFile;
-  if (!port.empty()) options.hostMap = {{"track.velto.example", "127.0.0.1:" + port}};
+void installOn(const std::string& folder, const std::string& caFile = {}, const std::string& port = "1") {
   VeltoURL::setServerNames({"", "", "track.velto.example"});
-  gtk::install(options);
+  gtk::install({.applicationIdentifier = "org.example.kill",
+                .dataFolder = folder,
+                .caFile = caFile,
+                .hostMap = {{"track.velto.example", "127.0.0.1:" + port}}});
 }
 
 // --- the victim

@@ -7,7 +7,6 @@
 
 #include <map>
 
-#include "../support/Folder.h"
 #include "../support/Program.h"
 #include "sandbox/TrackIdentifier.h"
 

@@ -240,7 +240,7 @@ TEST_F(InterstitialTest, AnotherNetworksAdIsShownByItsAdapter) {
     i->vc()->presentMediationBanner(ad);
     if (broken)
       for (const auto& from : {test::FakeAdapter::make(VeltoAdTypeInterstitial), adapter})
-        post(constNotificationAdMobAdapterGADInterstitialError, from);
+        post("constNotificationAdMobAdapterGADInterstitialErrorVelto", from);
     i->show();
     platform->advance(1900ms);
     EXPECT_EQ(adapter->root.expired(), broken);

@@ -281,8 +281,8 @@ TEST_P(ShownAdTest, AnAdThatWasLetGoOfIsSilent) {
 }
 
 TEST_P(ShownAdTest, AnAdapterSpeaksForItsOwnAdOnly) {
-  const char* ready = isBanner() ? constNotificationAdMobAdapterGADBannerReady
-                                 : constNotificationAdMobAdapterGADInterstitialReady;
+  const char* ready = isBanner() ? "constNotificationAdMobAdapterGADBannerReadyVelto"
+                                 : "constNotificationAdMobAdapterGADInterstitialReadyVelto";
   const auto adapter = test::FakeAdapter::make(isBanner() ? 1 : 2);
   const auto stray = test::FakeAdapter::make(isBanner() ? 1 : 2);
   show("ad");

@@ -9,17 +9,15 @@
 
 namespace velto::test {
 
-class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationRootViewControllerUser {
- public:
-  explicit FakeAdapter(uint64_t type, bool takesRoot = true) : type_(type), takesRoot_(takesRoot) {}
+struct FakeAdapter : VeltoAdMediationCoreAdapter, VeltoAdMediationRootViewControllerUser {
+  explicit FakeAdapter(uint64_t adType, bool takesRoot = true)
+      : type(adType), user(takesRoot ? this : nullptr) {}
   static std::shared_ptr<FakeAdapter> make(uint64_t type) { return std::make_shared<FakeAdapter>(type); }
-  uint64_t adType() const override { return type_; }
-  VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override {
-    return takesRoot_ ? this : nullptr;
-  }
+  uint64_t adType() const override { return type; }
+  VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override { return user; }
   std::shared_ptr<UIView> getBannerView() override {
-    if (!view_ && hasView) view_ = UIView::make();
-    return view_;
+    if (!view && hasView) view = UIView::make();
+    return view;
   }
   void gadAdLoaded(const std::shared_ptr<VeltoAd>&, const std::shared_ptr<UIView>& shown) override {
     loadedView = shown;
@@ -31,14 +29,10 @@ class FakeAdapter : public VeltoAdMediationCoreAdapter, public VeltoAdMediationR
   }
   std::shared_ptr<VeltoAdMediationAdapterDelegate> told() const { return delegate(); }
 
- private:
-  uint64_t type_;
-  bool takesRoot_;
-  std::shared_ptr<UIView> view_;
-
- public:
+  const uint64_t type;
+  VeltoAdMediationRootViewControllerUser* const user;
   bool hasView = true;
-  std::shared_ptr<UIView> loadedView;
+  std::shared_ptr<UIView> view, loadedView;
   int loaded = 0;
   std::weak_ptr<UIViewController> root;
   std::function<void(UIViewController&)> onRoot;

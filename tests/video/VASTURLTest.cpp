@@ -70,11 +70,7 @@ TEST_F(VASTURLTest, EverythingThatCanBeSaidIsSaidInItsPlace) {
         std::string("&omsdk=1&omidpn=partner&omidpv&ov="), std::string("&coppa=1&mn="),
         std::string("&cc=en_US&son=Net&non=Net&soc=262-01&noc=262-01&scc=262&ncc=262&test=1")})
     EXPECT_NE(text.find(part), std::string::npos) << part << "\nin " << text;
-}
-
-TEST_F(VASTURLTest, ListsMayBecomeEmptyAndNothingChangesNone) {
-  auto url = made();
-  url.setVASTVideoFormat({{5}});
+  url.setVASTVideoFormat({{5}});  // lists may become empty, and nothing changes none
   url.setVASTVideoFormat(std::nullopt);
   EXPECT_NE(query(url).find("&vfmt=&"), std::string::npos);
 }
