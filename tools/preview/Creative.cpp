@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "preview/Arguments.h"
+#include "sandbox/ServedFolder.h"
 
 namespace velto::preview {
 namespace {
@@ -70,12 +71,18 @@ size_t afterTag(const std::string& lowered, const std::string& tag) {
 
 class Creative::FolderServer {
  public:
-  explicit FolderServer(const std::filesystem::path& folder) {
-    server_.set_mount_point("/", folder.empty() ? "." : folder.string());
-    // The second part of a creative is a document without address, too.
-    server_.set_file_request_handler([this](const httplib::Request& request, httplib::Response& response) {
-      if (response.get_header_value("Content-Type").rfind("text/html", 0) != 0) return;
-      response.body = withBase(response.body, address() + request.path.substr(1));
+  explicit FolderServer(const std::filesystem::path& folder)
+      : folder_(folder.empty() ? "." : folder.string()) {
+    server_.Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
+      auto file = folder_.find(request.path);
+      if (!file) {
+        response.status = 404;
+        return;
+      }
+      // The second part of a creative is a document without address, too.
+      if (file->contentType == "text/html")
+        file->bytes = withBase(file->bytes, address() + request.path.substr(1));
+      response.set_content(file->bytes, file->contentType);
     });
     port_ = server_.bind_to_any_port("127.0.0.1");
     if (port_ <= 0) throw UsageError("no port is free to serve the creative's folder from");
@@ -89,6 +96,7 @@ class Creative::FolderServer {
   std::string address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/"; }
 
  private:
+  const sandbox::ServedFolder folder_;
   httplib::Server server_;
   int port_ = 0;
   std::thread thread_;

@@ -24,7 +24,6 @@ struct ViewState {
   PixelFrame frame;
   std::optional<GdkRGBA> color;
   ViewPainter painter;
-  std::function<bool()> keepsFocus;
   ViewTarget target = ViewTarget::WhenPainted;
   bool marked = false;
 };
@@ -90,11 +89,6 @@ gboolean contains(GtkWidget* widget, double x, double y) noexcept {
   return wants && x >= 0 && y >= 0 && x < gtk_widget_get_width(widget) && y < gtk_widget_get_height(widget);
 }
 
-gboolean focus(GtkWidget* widget, GtkDirectionType direction) noexcept {
-  const auto& keeps = stateOf(widget).keepsFocus;
-  return (keeps && keeps()) || parentClass->focus(widget, direction);
-}
-
 void dispose(GObject* object) noexcept {
   while (auto* child = gtk_widget_get_first_child(GTK_WIDGET(object))) gtk_widget_unparent(child);
   stateOf(object).painter = nullptr;
@@ -116,7 +110,6 @@ void classInit(gpointer klass, gpointer) noexcept {
   widget->size_allocate = sizeAllocate;
   widget->snapshot = snapshot;
   widget->contains = contains;
-  widget->focus = focus;
   gtk_widget_class_set_css_name(widget, "velto-view");
 }
 
@@ -164,10 +157,6 @@ void markView(GtkWidget* view) {
 
 void setViewTarget(GtkWidget* view, ViewTarget target) {
   stateOf(view).target = target;
-}
-
-void setViewKeepsFocus(GtkWidget* view, std::function<bool()> keeps) {
-  stateOf(view).keepsFocus = std::move(keeps);
 }
 
 // The toolkit has it as a resolution: that of a display on which nothing was changed is 96, in 1024ths.

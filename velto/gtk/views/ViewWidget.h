@@ -33,9 +33,6 @@ void markView(GtkWidget* view);  // for paintedOver() to find it
 enum class ViewTarget { WhenPainted, WhenFilled, Always };
 void setViewTarget(GtkWidget* view, ViewTarget target);
 
-// Asked when the focus is to move on from in it, or into it; true: it stays where it is.
-void setViewKeepsFocus(GtkWidget* view, std::function<bool()> keeps);
-
 // How much larger than usual people want letters, within reason.
 double textScale();
 

@@ -1,11 +1,6 @@
-// At the end of a page the engine moves the window's focus on, and then gives the key back as one that the page
-// did not use, so that the window moves it once more. Only the second is let through: it finds the focus still
-// in the page, and goes to its neighbour.
+// At the end of a page the engine moves the window's focus on. Some versions then give the key back as one that
+// the page did not use, and the window would move the focus once more: such a key ends here.
 #include "velto/gtk/web/PageFocus.h"
-
-#include "velto/gtk/views/ViewWidget.h"
-
-#include <utility>
 
 namespace velto::gtk {
 namespace {
@@ -14,46 +9,53 @@ bool isTab(guint key) {
   return key == GDK_KEY_Tab || key == GDK_KEY_ISO_Left_Tab || key == GDK_KEY_KP_Tab;
 }
 
+guint32 timeOf(GtkEventControllerKey* keys) {
+  return gtk_event_controller_get_current_event_time(GTK_EVENT_CONTROLLER(keys));
+}
+
 }  // namespace
 
-PageFocus::PageFocus(WebKitWebView* view, GtkWidget* around)
-    : view_(GTK_WIDGET(view)),
-      around_(around),
-      keys_(gtk_event_controller_key_new()),
-      after_(gtk_event_controller_key_new()) {
+PageFocus::PageFocus(WebKitWebView* view) : view_(GTK_WIDGET(view)), keys_(gtk_event_controller_key_new()) {
   gtk_event_controller_set_propagation_phase(keys_, GTK_PHASE_CAPTURE);
   g_signal_connect(keys_, "key-pressed", G_CALLBACK(reachedPage), this);
   gtk_widget_add_controller(view_, keys_);
-  g_signal_connect(after_, "key-pressed", G_CALLBACK(leftOver), this);
-  gtk_widget_add_controller(around_, after_);
-  setViewKeepsFocus(around_, [this] { return keeps(); });
 }
 
 PageFocus::~PageFocus() {
-  setViewKeepsFocus(around_, nullptr);
+  watch(nullptr);
   g_signal_handlers_disconnect_by_data(keys_, this);
   gtk_widget_remove_controller(view_, keys_);
-  g_signal_handlers_disconnect_by_data(after_, this);
-  gtk_widget_remove_controller(around_, after_);
 }
 
-gboolean PageFocus::reachedPage(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+gboolean PageFocus::reachedPage(GtkEventControllerKey* keys, guint key, guint, GdkModifierType,
                                 PageFocus* self) noexcept {
-  if (isTab(key)) self->atPage_ = true;
+  if (!isTab(key)) return GDK_EVENT_PROPAGATE;
+  self->time_ = timeOf(keys);
+  self->watch(gtk_widget_get_root(self->view_));
   return GDK_EVENT_PROPAGATE;
 }
 
-gboolean PageFocus::leftOver(GtkEventControllerKey*, guint key, guint, GdkModifierType,
-                             PageFocus* self) noexcept {
-  if (isTab(key)) self->atPage_ = false;
-  return GDK_EVENT_PROPAGATE;
+// Ahead of everything in the window.
+gboolean PageFocus::reachedWindow(GtkEventControllerKey* keys, guint key, guint, GdkModifierType,
+                                  PageFocus* self) noexcept {
+  if (!isTab(key) || timeOf(keys) != self->time_) return GDK_EVENT_PROPAGATE;
+  auto* focus = gtk_root_get_focus(GTK_ROOT(self->window_));
+  const bool isHere = focus && (focus == self->view_ || gtk_widget_is_ancestor(focus, self->view_));
+  return isHere ? GDK_EVENT_PROPAGATE : GDK_EVENT_STOP;
 }
 
-bool PageFocus::keeps() {
-  auto* root = gtk_widget_get_root(view_);
-  auto* focus = root ? gtk_root_get_focus(root) : nullptr;
-  const bool isHere = focus && (focus == view_ || gtk_widget_is_ancestor(focus, view_));
-  return std::exchange(atPage_, false) && isHere;
+void PageFocus::watch(GtkRoot* window) {
+  if (window && GTK_WIDGET(window) == window_) return;
+  if (guard_) g_signal_handlers_disconnect_by_data(guard_.get(), this);
+  if (window_) gtk_widget_remove_controller(window_, guard_);
+  g_clear_weak_pointer(&window_);
+  guard_.reset();
+  if (!window) return;
+  guard_ = GPtr<GtkEventController>::retain(gtk_event_controller_key_new());
+  gtk_event_controller_set_propagation_phase(guard_, GTK_PHASE_CAPTURE);
+  g_signal_connect(guard_.get(), "key-pressed", G_CALLBACK(reachedWindow), this);
+  g_set_weak_pointer(&window_, GTK_WIDGET(window));
+  gtk_widget_add_controller(window_, guard_);
 }
 
 }  // namespace velto::gtk

@@ -2,14 +2,15 @@
 // main thread.
 #pragma once
 
+#include "velto/platform/foundation/GMemory.h"
+
 #include <webkit/webkit.h>
 
 namespace velto::gtk {
 
 class PageFocus {
  public:
-  // `around` is the view widget that the view is in, and outlives this.
-  PageFocus(WebKitWebView* view, GtkWidget* around);
+  explicit PageFocus(WebKitWebView* view);
   PageFocus(const PageFocus&) = delete;
   PageFocus& operator=(const PageFocus&) = delete;
   ~PageFocus();
@@ -17,15 +18,15 @@ class PageFocus {
  private:
   static gboolean reachedPage(GtkEventControllerKey*, guint key, guint code, GdkModifierType,
                               PageFocus* self) noexcept;
-  static gboolean leftOver(GtkEventControllerKey*, guint key, guint code, GdkModifierType,
-                           PageFocus* self) noexcept;
-  bool keeps();
+  static gboolean reachedWindow(GtkEventControllerKey*, guint key, guint code, GdkModifierType,
+                                PageFocus* self) noexcept;
+  void watch(GtkRoot* window);
 
   GtkWidget* view_;
-  GtkWidget* around_;
-  GtkEventController* keys_;   // the view's
-  GtkEventController* after_;  // around's
-  bool atPage_ = false;        // a Tab that the page has not answered
+  GtkEventController* keys_;         // the view's
+  GPtr<GtkEventController> guard_;   // its window's
+  GtkWidget* window_ = nullptr;      // null as soon as it is gone
+  guint32 time_ = GDK_CURRENT_TIME;  // of the Tab that the page got last
 };
 
 }  // namespace velto::gtk

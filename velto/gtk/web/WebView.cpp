@@ -49,7 +49,7 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
     : engine_(std::move(engine)),
       scripts_(std::make_shared<PageScripts>(engine_.view)),
       wheel_(engine_.view, widget()),
-      focus_(engine_.view, widget()),
+      focus_(engine_.view),
       commands_(std::make_shared<CommandQueue>(
           [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })) {
   auto* view = engine_.view.get();
