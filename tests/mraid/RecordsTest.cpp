@@ -129,7 +129,7 @@ TEST(MRAIDRecords, RepeatRule) {
 
 TEST(MRAIDScript, IsSmallAndOfThisVersion) {
   const std::string script(resourceText("mraid.js").value());
-  EXPECT_LE(script.size(), 15 * 1024U);
+  EXPECT_LE(script.size(), 16 * 1024U);
   EXPECT_NE(script.find(std::string("sdkVersion:\"") + kVeltoSDKVersion + "\""), std::string::npos);
 }
 
