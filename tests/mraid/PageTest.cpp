@@ -25,8 +25,7 @@ class Page : public testing::Test, public VeltoBannerViewControllerDelegate {
     trap();
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.pages",
-                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); },
-                  .mayAddCalendarEvents = true});
+                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); }});
     VeltoFramework::addVeltoKey("key");
     window = newWindow(400, 600, gtk_label_new("content"));
     host = present(window);
@@ -128,9 +127,9 @@ TEST_F(Page, TheScriptIsThereFirstAndOnce) {
             "exposureChange 100 [object Object]  @default 320x50");
   EXPECT_EQ(
       text("[mraid.getVersion(), mraid.getPlacementType(), mraid.isViewable(), mraid.getMaxSize().height, "
-           "mraid.supports('inlineVideo'), mraid.supports('calendar'), mraid.supports('storePicture'), "
+           "mraid.supports('inlineVideo'), mraid.supports('storePicture'), "
            "mraid.supports('constructor'), mraid.getCurrentAppOrientation().orientation].join()"),
-      "2.0,inline,true,600,true,true,false,false,landscape");
+      "2.0,inline,true,600,true,false,false,landscape");
   banner->viewWillDisappear(false);
   banner->viewWillDisappear(false);
   EXPECT_TRUE(holds("log.length === 2"));
@@ -269,10 +268,16 @@ TEST_F(Page, TwoParts) {
   EXPECT_EQ(log(second).substr(0, 22), "ready @expanded 400x60") << "expanded before it is ready";
   EXPECT_EQ(state(), "expanded");
   EXPECT_EQ(second->frame(), (CGRect{{0, 0}, {400, 600}}));
+  value("mraid.setOrientationProperties({forceOrientation: 'landscape'}); mraid.useCustomClose(true)",
+        second);
+  ASSERT_TRUE(runUntil([&] { return value("mraid.getMaxSize().width === 600", second) == JSON(true); }));
+  EXPECT_NE(log(second).find("sizeChange 600 400 @expanded 600x400"), std::string::npos);
+  EXPECT_EQ(log(), "") << "what happens to the second part is no news of the first";
   value("mraid.close()", second);
   ASSERT_TRUE(runUntil([&] { return !secondWeb(); }));
   EXPECT_EQ(state(), "default");
-  EXPECT_EQ(frame(), (CGRect{{40, 0}, {320, 50}}));
+  EXPECT_FALSE(banner->veltoGetMRAIDHandler()->expandProperty) << "nor is what it has set";
+  ASSERT_TRUE(runUntil([&] { return frame() == CGRect{{40, 0}, {320, 50}}; }));
   EXPECT_EQ(banner->view()->subviews().size(), 1U) << "one second part for two commands";
 }
 

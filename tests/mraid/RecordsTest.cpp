@@ -125,6 +125,23 @@ TEST(MRAIDRecords, RepeatRule) {
   EXPECT_EQ(frequency("Weekly"), 0);
 }
 
+TEST(MRAIDRecords, DescriptionsShowEveryField) {
+  const auto rule = VeltoMRAIDPropertyCalendarRepeatRule::decode(
+      R"({"frequency":"weekly","daysInWeek":[1,7],"daysInMonth":[-1],"daysInYear":[],"weeksInYear":[2,3]})");
+  EXPECT_NE(rule->description().find(
+                "\n\tFrequency: weekly\n\tFrequencyEvent: 1\n\tDaysInWeek: 1, 7\n\tDaysInMonth: -1"
+                "\n\tMonthsInYear: (null)\n\tDaysInYear: \n\tWeeksInYear: 2, 3\n\tExpires: (null)"),
+            std::string::npos)
+      << rule->description();
+  const auto resize = VeltoMRAIDPropertyResize::decode(
+      R"({"width":320.9,"height":50,"offsetX":-1,"offsetY":2,"customClosePosition":"center"})");
+  EXPECT_NE(resize->description().find(
+                "\n\tCustomClosePosition: center\n\tCustomClosePositionType: 3\n\tAllowOffscreen: "
+                "(null)\n\tFrame: {{-1, 2}, {320, 50}}"),
+            std::string::npos)
+      << resize->description();
+}
+
 // --- the page script and the markup around it
 
 TEST(MRAIDScript, IsSmallAndOfThisVersion) {

@@ -173,6 +173,23 @@ test('after a turn of the screen all sizes are new before the event', () => {
   }
 });
 
+test('what a second part does while it is there changes nothing for the first', () => {
+  const { host, heard } = load('inline');
+  const before = [mraid.getCurrentPosition(), mraid.getMaxSize()];
+  turn(() => mraid.expand('https://ads.example/second.html'));
+  advance(5000);
+  heard();
+  const turned = { width: 600, height: 400 };
+  const frame = { x: 0, y: 0, ...turned };
+  host.tell(['setCurrentPosition', frame], ['setScreenSize', turned], ['fireEvent', 'sizeChange', turned], host.exposure(frame));
+  advance(100);
+  equal([mraid.getCurrentPosition(), mraid.getMaxSize()], before);
+  equal(mraid.getScreenSize(), turned);
+  host.goes('default', 40, 0, 320, 50);
+  advance(100);
+  equal(heard(), []);
+});
+
 test('an interstitial neither expands nor resizes, and ends hidden', () => {
   const { heard } = load('interstitial');
   heard();

@@ -74,7 +74,10 @@ export class Host {
     this.heard.push(text);
     const [name, argument] = text.split(/\?\w+=(.*)/s);
     if (name === 'setResizeProperties') this.resizeProperties = JSON.parse(argument);
-    if (name === 'expand' && this.state === 'default') this.goes('expanded', 0, 0, 400, 600);
+    if (name === 'expand' && this.state === 'default') {
+      if (argument) this.state = 'expanded'; // a second part, of which the first is not told
+      else this.goes('expanded', 0, 0, 400, 600);
+    }
     if (name === 'resize') this.resize(this.resizeProperties);
     if (name === 'close') this.close();
   }

@@ -38,11 +38,13 @@ export function end(statement) {
 export function tellChange() {
   notLater(ad.silence);
   ad.lastStatement = null;
+  ad.isOfOtherPart = false;
   const news = ad.news;
   ad.news = [];
   showCloseMark();
   if (!ad.isReady) {
     ad.isReady = true;
+    ad.isSecondPart = ad.state === 'expanded';
     if (ad.turnedEarly) sendOrientationProperties();
     fire('ready', []);
   }

@@ -31,11 +31,12 @@ export function provideFromPage() {
   }
 }
 
-/** A full-page ad is told of no rotation; it sees its own size. */
+/** An interstitial and a second part are told of no rotation; they see their own size. */
 export function followSize() {
   window.addEventListener('resize', () => {
     const now = { width: window.innerWidth, height: window.innerHeight };
-    if (!ad.isReady || ad.placement !== 'interstitial' || !now.width || !now.height) return;
+    const fillsScreen = ad.placement === 'interstitial' || ad.isSecondPart;
+    if (!ad.isReady || !fillsScreen || !now.width || !now.height) return;
     if (now.width === ad.currentPosition.width && now.height === ad.currentPosition.height) return;
     const { screenSize } = ad;
     if (now.width > now.height !== screenSize.width > screenSize.height)

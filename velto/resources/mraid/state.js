@@ -13,6 +13,7 @@ export function initialState() {
     screenSize: { width: 0, height: 0 },
     maxSize: { width: 0, height: 0 },
     currentPosition: { x: 0, y: 0, width: 0, height: 0 },
+    positionBefore: null, // what the current position was before it was told last
     defaultPosition: { x: 0, y: 0, width: 0, height: 0 },
     placeInBanner: { x: 0, y: 0, width: 0, height: 0 }, // of the page's view, which does not change
     isPlaceKnown: false, // whether the default position is one on the screen; until the first change it is not
@@ -40,7 +41,9 @@ export function initialState() {
 
     // News on their way to the creative: changes.js, events.js.
     isReady: false,
+    isSecondPart: false,
     lastStatement: null, // the one that ends the change that is being told
+    isOfOtherPart: false, // that change
     silence: 0, // a timer
     news: [],
     told: { stateChange: '["loading"]', viewableChange: '[false]' }, // the arguments that listeners know, as text

@@ -25,8 +25,11 @@ export const hostMethods = {
   setScreenSize: (value) => {
     ad.screenSize = value;
     if (ad.isReady && ad.state === 'expanded') ad.maxSize = copy(value);
-    // Of a rotation, which is not a change of state.
-    if (ad.lastStatement === 'setState') ad.lastStatement = 'exposureChange';
+    if (ad.lastStatement !== 'setState') return;
+    // Of a rotation, which is not a change of state. It is told to the first part alone, also when it turned the second.
+    ad.lastStatement = 'exposureChange';
+    ad.isOfOtherPart = ad.state !== 'expanded';
+    if (ad.isOfOtherPart) ad.currentPosition = ad.positionBefore;
   },
   setDefaultPosition: (value) => {
     ad.defaultPosition = ad.placeInBanner = value;
@@ -34,6 +37,7 @@ export const hostMethods = {
     begin('setState');
   },
   setCurrentPosition: (value) => {
+    ad.positionBefore = ad.currentPosition;
     ad.currentPosition = value;
     begin('setState');
   },
@@ -63,6 +67,7 @@ export const hostMethods = {
   },
   fireEvent: (event, value, about) => {
     if (event === 'error') return fire(event, [value, about]);
+    if (ad.isOfOtherPart) return end(event);
     if (event === 'sizeChange') ad.size = value;
     if (event === 'viewableChange') ad.viewable = value;
     if (event === 'audioVolumeChange') ad.volume = (value && value.volumePercentage) ?? null;
