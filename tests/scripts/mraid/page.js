@@ -64,10 +64,12 @@ export class Host {
     const [name, ...args] = this.statements.shift();
     this.methods[name](...args);
   }
-  goes(state, x, y, width, height) {
+  /** @param {any} [told] */
+  goes(state, x, y, width, height, told = { width, height }) {
     this.state = state;
     const frame = { x, y, width, height };
-    this.tell(['setCurrentPosition', frame], ['fireEvent', 'sizeChange', { width, height }], this.exposure(frame));
+    const size = { width: told.width, height: told.height };
+    this.tell(['setCurrentPosition', frame], ['fireEvent', 'sizeChange', size], this.exposure(frame));
     this.tell(['setState', state]);
   }
   command(text) {
@@ -88,7 +90,9 @@ export class Host {
     const y = offsetY + (vertical === 'bottom' ? height : 0);
     const x = offsetX + (horizontal === 'right' ? width : 0);
     if (allowOffscreen && (y < 0 || y > 550 || x < 0 || x > 350)) return;
-    setTimeout(() => this.goes('resized', (400 - width) / 2, 600 - height, width, height), 100);
+    const [left, top] = [(400 - width) / 2, 600 - height];
+    // With the properties that it has by then.
+    setTimeout(() => this.goes('resized', left, top, width, height, this.resizeProperties), 100);
   }
   close() {
     if (this.state === 'expanded') this.goes('default', 40, 0, 320, 50);

@@ -66,7 +66,8 @@ export function setResizeProperties(given) {
   if (!ad.resizeFault || (fault && fault.endsWith(' is missing.'))) ad.resizeDraft = wanted;
   if (ad.resizeFault) return refuse(ad.resizeFault);
   ad.resizeProperties = wanted;
-  inTurn(() => sendResizeProperties(wanted));
+  // Not before a resize is over: the host tells of its size with the properties that it has by then.
+  inTurn(() => sendResizeProperties(wanted), true);
 }
 
 export function sendResizeProperties(properties) {
