@@ -50,10 +50,11 @@ test('what a call finds is what it was made with, though it waits', () => {
     mraid.close();
     mraid.resize();
     mraid.setResizeProperties({ height: 100 });
+    mraid.unload();
     equal(mraid.getResizeProperties().height, 100, 'the getter answers at once');
   });
   advance(3000);
-  equal(host.heard.map((text) => text.split('?')[0]).join(' '), 'setResizeProperties expand close resize setResizeProperties');
+  equal(host.heard.map((text) => text.split('?')[0]).join(' '), 'setResizeProperties expand close resize setResizeProperties unload');
   equal(heard().filter((line) => line.startsWith('size')).pop(), 'sizeChange 300 250');
 });
 
