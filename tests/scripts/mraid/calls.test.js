@@ -1,20 +1,9 @@
 import { advance, equal, test } from '../harness.js';
-import { Host, turn } from './page.js';
+import { load } from './load.js';
+import { turn } from './page.js';
 import { creativeMethods as mraid } from '../../../velto/resources/mraid/creative.js';
-import { hostMethods } from '../../../velto/resources/mraid/statements.js';
-import { ad, initialState } from '../../../velto/resources/mraid/state.js';
+import { ad } from '../../../velto/resources/mraid/state.js';
 import { listen, make, outcome, random, randomCalls } from './model.js';
-
-/** A page that has just been loaded; what it hears goes into the log. */
-function load(placement) {
-  Object.assign(ad, initialState());
-  const host = new Host(hostMethods);
-  const log = [];
-  for (const event of ['ready', 'error', 'stateChange', 'sizeChange', 'viewableChange'])
-    mraid.addEventListener(event, (...args) => log.push([event, ...args].join(' ')));
-  if (placement) host.ready(placement);
-  return { host, log, heard: () => log.splice(0) };
-}
 
 const A = { width: 300, height: 250, offsetX: 0, offsetY: 0 };
 
@@ -36,7 +25,7 @@ test('of several calls in one turn each is carried out, in its order', () => {
     });
     advance(3000);
     const states = log.filter((line) => line.startsWith('state')).map((line) => line.slice(12));
-    const errors = log.filter((line) => line.startsWith('error')).map((line) => line.split(' ').pop());
+    const errors = log.filter((line) => line.startsWith('error')).map((line) => line.slice(6).split(':')[0]);
     equal([states.join(' '), ...errors].join(' | '), expected, calls);
     if (calls.endsWith('open')) equal(host.heard, ['expand', 'close', 'open?url=shop.example']);
   }
@@ -90,7 +79,8 @@ test('a flood is bounded, told once, and the page goes on', () => {
       for (let i = 0; i < 5000; ++i) flood();
     });
     advance(5000);
-    equal(heard().filter((line) => line.startsWith('error')).map((line) => line.split('.')[0]), ['error Too many calls at once: some are dropped']);
+    const errors = heard().filter((line) => line.startsWith('error'));
+    equal([errors.length, errors[0].endsWith(': Too many calls at once: some are dropped.')], [1, true]);
     equal(host.heard.length > 200 && host.heard.length <= 1000, true, String(host.heard.length));
   }
   turn(() => mraid.expand());
@@ -134,8 +124,8 @@ test('events come after the call, once, and to those who listened when they came
   });
   host.ready('inline');
   equal(heard(), [
-    'error resize() is not possible in state loading. resize',
-    'error There is no event nothing. addEventListener',
+    'error resize: resize() is not possible in state loading.',
+    'error addEventListener: There is no event nothing.',
     'ready',
     'viewableChange true',
     'stateChange default',
@@ -200,5 +190,5 @@ test('an interstitial neither expands nor resizes, and ends hidden', () => {
     mraid.close();
     mraid.close();
   });
-  equal(heard(), ['error An interstitial does not expand. expand', 'error An interstitial does not resize. resize']);
+  equal(heard(), ['error expand: An interstitial does not expand.', 'error resize: An interstitial does not resize.']);
 });

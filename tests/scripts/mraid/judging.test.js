@@ -1,19 +1,16 @@
 import { advance, equal, test } from '../harness.js';
-import { Host, turn } from './page.js';
+import { load } from './load.js';
+import { turn } from './page.js';
 import { creativeMethods as mraid } from '../../../velto/resources/mraid/creative.js';
 import { hostMethods } from '../../../velto/resources/mraid/statements.js';
-import { ad, initialState } from '../../../velto/resources/mraid/state.js';
 
 /** What the calls of a page are answered with: errors with the method's name, and the commands that leave. */
 function answers(calls) {
-  Object.assign(ad, initialState());
-  const host = new Host(hostMethods);
-  host.ready();
-  const errors = [];
-  mraid.addEventListener('error', (message, action) => errors.push(action + ': ' + message));
+  const { host, heard } = load('inline');
   turn(calls);
   advance(2000);
-  return { errors, sent: host.heard };
+  const errors = heard().filter((line) => line.startsWith('error'));
+  return { errors: errors.map((line) => line.slice('error '.length)), sent: host.heard };
 }
 
 test('resize properties are judged when they are set, by field and limit', () => {

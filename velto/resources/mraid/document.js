@@ -24,6 +24,9 @@ export function provide(mraid, environment) {
 
 /** A frame of the same origin shares what the page has. */
 export function provideFromPage() {
+  // Asked first, since the engine complains of what is tried in vain.
+  const { ancestorOrigins } = window.location;
+  if (ancestorOrigins && ancestorOrigins[0] !== window.origin) return;
   try {
     if (window.parent.mraid) provide(window.parent.mraid, window.parent.MRAID_ENV);
   } catch (error) {
