@@ -1,11 +1,11 @@
 // The host tells one change in several statements. They are gathered: all values are in place before the first listener
 // hears of any.
 
-import { later, notLater, stringify } from './engine.js';
 import { showCloseMark } from './closeMark.js';
-import { proceed } from './commands.js';
+import { later, notLater, stringify } from './engine.js';
 import { fire } from './events.js';
 import { sendOrientationProperties } from './properties.js';
+import { proceed } from './queue.js';
 import { ad } from './state.js';
 import { isOneOf } from './values.js';
 

@@ -4,10 +4,11 @@
 import { escaped, whole } from './addresses.js';
 import { eventFault } from './calendar.js';
 import { send } from './channel.js';
-import { as, close, expand, inTurn, refuse, resize } from './commands.js';
+import { close, expand, resize } from './commands.js';
 import { stringify } from './engine.js';
 import { addListener, isEvent, removeListener } from './events.js';
 import { expandProperties, setExpandProperties, setOrientationProperties, setResizeProperties } from './properties.js';
+import { as, inTurn, refuse } from './queue.js';
 import { ad } from './state.js';
 import { copy, isObject, isText } from './values.js';
 

@@ -38,7 +38,7 @@ export function provideFromPage() {
 export function followSize() {
   window.addEventListener('resize', () => {
     const now = { width: window.innerWidth, height: window.innerHeight };
-    const fillsScreen = ad.placement === 'interstitial' || ad.isSecondPart;
+    const fillsScreen = ad.placement === 'interstitial' || (ad.isSecondPart && ad.state === 'expanded');
     if (!ad.isReady || !fillsScreen || !now.width || !now.height) return;
     if (now.width === ad.currentPosition.width && now.height === ad.currentPosition.height) return;
     const { screenSize } = ad;

@@ -2,8 +2,8 @@
 
 import { send } from './channel.js';
 import { showCloseMark } from './closeMark.js';
-import { inTurn, refuse } from './commands.js';
 import { stringify } from './engine.js';
+import { inTurn, refuse } from './queue.js';
 import { closeRegionFault, resizeFault } from './resizeRules.js';
 import { ad } from './state.js';
 import { copy, isNumber, isObject, isOneOf, merge } from './values.js';

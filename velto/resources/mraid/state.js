@@ -31,7 +31,7 @@ export function initialState() {
     resizeDraft: { customClosePosition: 'top-right', allowOffscreen: true }, // what getResizeProperties() answers
     resizeFault: null, // what is wrong with the last that were given
 
-    // Calls on their way to the host: commands.js.
+    // Calls on their way to the host: queue.js.
     action: null, // the method that a creative has called, which errors name
     waiting: [],
     underWay: null, // the change of state that the host has been asked for

@@ -1,8 +1,8 @@
 // What the host calls, in single statements: setters, and fireEvent().
 
 import { begin, end, note } from './changes.js';
-import { isIn } from './commands.js';
 import { fire } from './events.js';
+import { isIn } from './queue.js';
 import { ad } from './state.js';
 import { copy, isOneOf } from './values.js';
 
