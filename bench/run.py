@@ -241,6 +241,15 @@ class Bench:
                 if subprocess.run(["strip", "--strip-all", "-o", stripped.name, source], check=False).returncode != 0:
                     raise Failure(f"{source} cannot be stripped")
                 rows.append(Row(name, "MiB", os.path.getsize(stripped.name) / MIB, limit=limit, of="value"))
+        # As the build embeds them.
+        resources = os.path.join(os.path.dirname(__file__), "..", "velto", "resources")
+        for name, script, limit in [("script put into rich-media pages", "mraid/mraid.js", 16),
+                                    ("script put into measured pages", "measurement/omsdk-v1.js", None)]:
+            words = ["esbuild", os.path.join(resources, script), "--bundle", "--minify", "--format=iife", "--target=es2020"]
+            bundled = subprocess.run(words, stdout=subprocess.PIPE, check=False)
+            if bundled.returncode != 0:
+                raise Failure(f"{script} cannot be bundled")
+            rows.append(Row(name, "KiB", len(bundled.stdout) / 1024, limit=limit, of="value"))
         return rows
 
     def memory(self):

@@ -50,7 +50,7 @@ TEST_F(MRAIDTest, ThePageScriptComesBeforeTheLoadAndWithEachDocument) {
   EXPECT_EQ(scripts.size(), 2U);
   EXPECT_EQ(scripts.back().source, script);
   EXPECT_EQ(scripts.back().injectionTime, WKUserScriptInjectionTime::AtDocumentStart);
-  EXPECT_TRUE(scripts.back().forMainFrameOnly);
+  EXPECT_FALSE(scripts.back().forMainFrameOnly) << "frames of the page share what it has";
   EXPECT_EQ(page().html(), "") << "the ad's own tag is gone";
 }
 
@@ -322,6 +322,14 @@ TEST_F(MRAIDTest, TheSecondPart) {
   EXPECT_EQ(said(), Statements{}) << "the first page is not spoken to";
   second.navigate("mraid://close");
   EXPECT_EQ(platform->webViews().size(), 1U);
+  EXPECT_EQ(handler().state, "default");
+
+  session.enqueue(markup(rich));
+  command("expand?u=https://a.example/a%20b/%C3%BC");
+  command("close");
+  platform->runUntilIdle();
+  EXPECT_EQ(session.requests().back().url.absoluteString(), "https://a.example/a%20b/%C3%BC");
+  EXPECT_EQ(platform->webViews().size(), 1U) << "what comes while it is fetched closes it";
   EXPECT_EQ(handler().state, "default");
 
   session.enqueue(markup(rich));

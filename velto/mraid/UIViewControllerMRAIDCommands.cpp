@@ -25,6 +25,12 @@ int64_t orientationCode(const VeltoMRAIDHandler& handler) {
                                                                : UIDeviceOrientationUnknown;
 }
 
+// An address for a request: what no URL holds is escaped, what is none goes as it is.
+std::string address(const std::string& text) {
+  const auto url = MRAIDSDKVelto::URLFromPage(text);
+  return url ? url->absoluteString() : text;
+}
+
 // Whether the corner or edge that the close region keeps to stays on the screen. Without a position every
 // word counts as named.
 bool keepsCloseRegion(const VeltoMRAIDPropertyResize& property, const CGRect& current, CGSize screen) {
@@ -103,7 +109,7 @@ void UIViewControllerMRAIDSDKVelto::_expand(const VeltoMRAIDAction& action, Velt
   CloseButton configuration;
   if (!handler.expandProperty || handler.expandProperty->useCustomClose)
     configuration = VeltoCloseButtonUIConfiguration::defaultForMRAID();
-  veltoMRAIDExpand(action.args(), configuration);
+  veltoMRAIDExpand(action.args() ? std::optional(address(*action.args())) : std::nullopt, configuration);
 }
 
 // --- resize
@@ -164,7 +170,7 @@ void UIViewControllerMRAIDSDKVelto::_setCurrentAppOrientation(const VeltoMRAIDAc
 
 void UIViewControllerMRAIDSDKVelto::_storePicture(const VeltoMRAIDAction& action,
                                                   VeltoMRAIDHandler& handler) {
-  if (action.args()) handler.downloadImageContent(*action.args());
+  if (action.args()) handler.downloadImageContent(address(*action.args()));
 }
 
 void UIViewControllerMRAIDSDKVelto::_storeCalendarEvent(const VeltoMRAIDAction& action,

@@ -37,6 +37,11 @@ uint64_t number(bool value) {
   return value ? 1 : 0;
 }
 
+std::string rectText(const CGRect& rect) {
+  return "{{" + numberText(rect.origin.x) + ", " + numberText(rect.origin.y) + "}, {" +
+         numberText(rect.size.width) + ", " + numberText(rect.size.height) + "}}";
+}
+
 }  // namespace
 
 std::string VeltoMRAIDProperty::description() const {
@@ -101,7 +106,9 @@ std::string VeltoMRAIDPropertyResize::description() const {
       .field("OffsetX", offsetX)
       .field("OffsetY", offsetY)
       .field("CustomClosePosition", customClosePosition)
+      .field("CustomClosePositionType", static_cast<uint64_t>(customClosePositionType))
       .field("AllowOffscreen", allowOffscreen)
+      .field("Frame", rectText(frame))
       .text();
 }
 

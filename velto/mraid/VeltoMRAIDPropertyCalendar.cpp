@@ -6,6 +6,7 @@
 #include "velto/platform/foundation/Description.h"
 
 #include <cmath>
+#include <functional>
 
 namespace velto {
 namespace {
@@ -45,6 +46,14 @@ Date date(const JSON::Object& object, std::string_view key) {
   return text ? parseMRAIDDate(*text) : std::nullopt;
 }
 
+template <class List, class Number = std::identity>
+std::optional<std::string> listText(const List& list, Number number = {}) {
+  if (!list) return std::nullopt;
+  std::string text;
+  for (const auto& element : *list) text += (text.empty() ? "" : ", ") + numberText(number(element));
+  return text;
+}
+
 std::optional<double> secondsOf(const Date& date) {
   return date ? std::optional(static_cast<double>(date->time_since_epoch().count())) : std::nullopt;
 }
@@ -81,6 +90,12 @@ std::string VeltoMRAIDPropertyCalendarRepeatRule::description() const {
   return Description("VeltoMRAIDPropertyCalendarRepeatRule", this)
       .field("Frequency", frequency)
       .field("FrequencyEvent", static_cast<uint64_t>(frequencyEvent))
+      .field("DaysInWeek",
+             listText(daysInWeek, [](const auto& day) { return static_cast<double>(day.dayOfTheWeek); }))
+      .field("DaysInMonth", listText(daysInMonth))
+      .field("MonthsInYear", listText(monthsInYear))
+      .field("DaysInYear", listText(daysInYear))
+      .field("WeeksInYear", listText(weeksInYear))
       .field("Expires", secondsOf(expires))
       .text();
 }

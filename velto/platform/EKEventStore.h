@@ -16,6 +16,7 @@ namespace velto {
 // 0 not determined, 1 restricted, 2 denied, 3 authorised.
 using AuthorizationStatus = int64_t;
 inline constexpr AuthorizationStatus AuthorizationStatusNotDetermined = 0;
+inline constexpr AuthorizationStatus AuthorizationStatusRestricted = 1;
 inline constexpr AuthorizationStatus AuthorizationStatusAuthorized = 3;
 
 enum class EKEntityType : uint64_t { Event = 0, Reminder = 1 };

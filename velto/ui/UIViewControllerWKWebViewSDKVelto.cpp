@@ -76,8 +76,8 @@ void UIViewControllerWKWebViewSDKVelto::load(const WebView& webView, const std::
     const auto& script = UIViewControllerMRAIDSDKVelto::MRAIDJs();
     webView->evaluateJavaScript(script, nullptr);
     // Not every engine carries what was evaluated over into the document that comes; the script itself sees
-    // to it that it runs once in each.
-    webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, true});
+    // to it that it runs once in each. Frames of the same origin share what their page has.
+    webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, false});
   }
   webView->loadHTMLString(markup, std::nullopt);
   VeltoDataStore::updateUserAgentFromWKWebView(webView);

@@ -3,14 +3,14 @@
 // holds the current one, and when it lets go of it, nothing of the old page, adapter or timers reaches
 // anybody any more. Main thread.
 //
-// What an ad does is the same for banners and interstitials and stands here; what differs (where it stands,
-// when it shows, what ends it) is asked of the controller (VeltoAdViewController.h). Rich media is in
-// VeltoShownAdMRAID.cpp.
+// What differs between banners and interstitials (where it stands, when it shows, what ends it) is asked of
+// the controller. Rich media is in VeltoShownAdMRAID.cpp.
 #pragma once
 
 #include "velto/ads/VeltoAd.h"
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
+#include "velto/ui/SecondPart.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 
 #include <chrono>
@@ -32,7 +32,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   using WebView = std::shared_ptr<WKWebView>;
   using UIViewControllerWKWebViewSDKVelto::webView;
 
-  // The ad may be null: a place that stays empty.
+  // The ad may be null: the place stays empty.
   static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& controller,
                                                std::shared_ptr<VeltoAd> ad);
   ~VeltoShownAd() override;
@@ -41,8 +41,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   void end();
   void removeViews();
 
-  // The page's view, made but not yet placed; the rich media of an ad that has any; the adapter of one that
-  // another network shows.
+  // The page's view, not yet placed; the rich media of an ad that has any; the adapter of another network.
   const WebView& makeWebView();
   void takeHandler();
   void takeAdapter();
@@ -102,7 +101,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
   void removeSecondMRAIDWebView();
-  // What a button of this ad does: nothing once the ad has ended.
+  // Nothing once the ad has ended.
   std::function<void()> action(void (VeltoShownAd::*tapped)());
 
   VeltoAdViewController* controller_;                      // null once it has ended
@@ -110,6 +109,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   std::shared_ptr<VeltoAd> ad_;
   WebView webView_;
   WebView secondaryMRAIDWebView_;  // of a two-part expand
+  SecondPart secondPart_;
   std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter_;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
   std::shared_ptr<VeltoCloseButton> veltoCloseButton_;

@@ -12,7 +12,8 @@ constexpr auto aTenth = 100ms;
 }  // namespace
 
 void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
-  if (controller_) mraidHandleAction(url, webView);
+  if (!controller_ || (&webView == webView_.get() && secondPart_.keeps(url))) return;
+  mraidHandleAction(url, webView);
 }
 
 void VeltoShownAd::_setMRAIDAsReady(const WebView& webView) {
@@ -40,10 +41,15 @@ void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPart
   if (!controller_ || !webView_) return;
   if (secondPartURL) {
     preparedPage().prepare(webView_);  // the second view may live beside the first
+    secondPart_.fetchBegins();
     return controller_->fetchSecondaryMRAIDContentFor(
         *secondPartURL, [weak = weak_from_this(), btnCloseConfiguration](const std::shared_ptr<VeltoAd>& part,
                                                                          const std::optional<VeltoErrorAd>&) {
-          if (const auto alive = weak.lock()) alive->expandIntoSecondPart(part, btnCloseConfiguration);
+          const auto alive = weak.lock();
+          if (!alive) return;
+          alive->expandIntoSecondPart(part, btnCloseConfiguration);
+          for (const auto& command : alive->secondPart_.fetchEnds())
+            if (alive->webView_) alive->handleMRAIDAction(command, *alive->webView_);
         });
   }
   controller_->_expandActionInMainWebView(VeltoAdViewController::Expand);
@@ -67,6 +73,7 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
     return;
   }
   secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
+  secondPart_.opens(*mraidHandler_);
   loadBannerDataIn(secondaryMRAIDWebView_, part);
   const auto [viewAd, vc] = controller_->surroundings();
   const auto button = mraidExpandFor(secondaryMRAIDWebView_, viewAd, vc, btnCloseConfiguration,
@@ -110,6 +117,7 @@ void VeltoShownAd::removeSecondMRAIDWebView() {
   secondaryMRAIDWebView_->setNavigationDelegate({});
   secondaryMRAIDWebView_->removeFromSuperview();
   secondaryMRAIDWebView_.reset();
+  if (mraidHandler_) secondPart_.closes(*mraidHandler_);
 }
 
 // --- resize

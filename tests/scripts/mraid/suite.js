@@ -1,3 +1,5 @@
 // The rich-media script's modules.
 import '../harness.js';
-import './calendar.test.js';
+import './page.js';
+import './calls.test.js';
+import './judging.test.js';

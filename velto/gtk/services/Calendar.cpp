@@ -6,9 +6,14 @@
 #include "velto/gtk/services/EventText.h"
 
 #include <chrono>
+#include <filesystem>
+#include <sstream>
+#include <string>
 
 namespace velto::gtk {
 namespace {
+
+constexpr char serviceName[] = "org.gnome.evolution.dataserver.Calendar";  // a version follows
 
 bool save(const std::string& event, GCancellable* cancellable) {
   static auto* const saveByModule = moduleFunction<VeltoCalendarSave*>("calendar", "velto_calendar_save");
@@ -16,6 +21,26 @@ bool save(const std::string& event, GCancellable* cancellable) {
   const bool saved = saveByModule && saveByModule(event.c_str(), cancellable, &fault);
   const GErrorOwned error(fault);
   return saved;
+}
+
+// The session bus starts the service when it is called, if it finds a file of its name. Only looked for: to ask the
+// service would start it.
+bool hasService() {
+  std::error_code unreadable;
+  if (std::filesystem::exists("/.flatpak-info", unreadable)) return true;  // the files are outside
+  const auto variable = [](const char* name, const char* otherwise) {
+    const char* value = g_getenv(name);
+    return std::string(value && *value ? value : otherwise);
+  };
+  const std::string own = std::string(g_get_home_dir()) + "/.local/share";
+  std::istringstream folders(variable("XDG_DATA_HOME", own.c_str()) + ":" +
+                             variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share"));
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    std::filesystem::directory_iterator file(folder + "/dbus-1/services", unreadable);
+    for (; file != std::filesystem::directory_iterator(); file.increment(unreadable))
+      if (file->path().filename().string().starts_with(serviceName)) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -29,7 +54,8 @@ void Calendar::stop() {
 }
 
 AuthorizationStatus Calendar::authorizationStatusForEntityType(EKEntityType type) const {
-  return type == EKEntityType::Event ? status_ : AuthorizationStatusNotDetermined;
+  if (type != EKEntityType::Event) return AuthorizationStatusNotDetermined;
+  return status_ == AuthorizationStatusAuthorized && !hasService() ? AuthorizationStatusRestricted : status_;
 }
 
 std::shared_ptr<EKCalendar> Calendar::defaultCalendarForNewEvents() {

@@ -20,6 +20,7 @@ class Calendar : public EKEventStore {
   // Events that are not stored by now will not be.
   void stop();
 
+  // Restricted where no calendar service could be started, whatever the user says.
   AuthorizationStatus authorizationStatusForEntityType(EKEntityType type) const override;
   // Stands for the one that the user has chosen, whichever it is when an event is stored.
   std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() override;

@@ -1,0 +1,44 @@
+// The way to the host: command URLs, mraid://<command>?<name>=<argument>.
+//
+// Messages keep their order, none is lost, and the page is not asked for leave to be left. Where the engine has no
+// such messages a hidden frame goes to the address: a navigation of the page itself would cut it off while it is being
+// parsed, and of several in a row only the last would come.
+
+import { encode, inOwnTask, later } from './engine.js';
+import { fail } from './events.js';
+import { ad } from './state.js';
+
+const MOST_IN_A_TURN = 1000; // no creative has that much to say
+
+const handlers = window.webkit && window.webkit.messageHandlers;
+const handler = handlers && handlers.veltoNavigation;
+const post = handler && handler.postMessage.bind(handler);
+
+export function send(command, name, argument) {
+  if (ad.sentInTurn >= MOST_IN_A_TURN) return flooded();
+  if (!ad.sentInTurn++) inOwnTask(nextTurn);
+  const address = 'mraid://' + command + (name ? '?' + name + '=' + encode(argument) : '');
+  if (post) post(address);
+  else sendByFrame(address);
+}
+
+/** One error for all calls of a flood that are dropped. */
+export function flooded() {
+  if (ad.isFlooded) return;
+  ad.isFlooded = true;
+  inOwnTask(nextTurn);
+  fail('Too many calls at once: some are dropped.');
+}
+
+function nextTurn() {
+  ad.sentInTurn = 0;
+  ad.isFlooded = false;
+}
+
+function sendByFrame(address) {
+  const frame = document.createElement('iframe');
+  frame.style.cssText = 'display:none';
+  frame.src = address;
+  (document.body || document.documentElement).appendChild(frame);
+  later(() => frame.remove(), 0);
+}

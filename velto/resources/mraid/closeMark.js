@@ -1,0 +1,46 @@
+// An expanded ad shows where it can be closed, unless its creative draws that itself. The host has a touch area there
+// and paints nothing; for a creative that gave expand properties it has not even that.
+
+import { ad } from './state.js';
+
+const AREA = 'all:initial;position:fixed;top:0;right:0;width:50px;height:50px;z-index:2147483647;cursor:pointer';
+const MARK =
+  'position:absolute;top:10px;right:10px;width:30px;height:30px;border-radius:15px;background:rgba(0,0,0,.7);' +
+  'box-shadow:0 0 0 2px #fff;color:#fff;font:24px/30px sans-serif;text-align:center';
+
+let area = null;
+let closes = null;
+
+/** What a touch does. */
+export function closeMarkCalls(close) {
+  closes = close;
+}
+
+/** Shows or removes it, as the state wants. */
+export function showCloseMark() {
+  const isShown = ad.state === 'expanded' && ad.placement !== 'interstitial' && !ad.expandProperties.useCustomClose;
+  if (!isShown) {
+    if (area) area.remove();
+    return;
+  }
+  if (!area) area = makeArea();
+  if (!area.parentNode && document.documentElement) document.documentElement.appendChild(area);
+}
+
+function makeArea() {
+  const made = document.createElement('div');
+  made.style.cssText = AREA;
+  const mark = document.createElement('div');
+  mark.textContent = '\u00d7';
+  mark.style.cssText = MARK;
+  (made.attachShadow ? made.attachShadow({ mode: 'closed' }) : made).appendChild(mark);
+  made.addEventListener(
+    'click',
+    (event) => {
+      event.stopPropagation();
+      closes();
+    },
+    true
+  );
+  return made;
+}

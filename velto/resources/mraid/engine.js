@@ -1,0 +1,21 @@
+// What the script needs of the engine, taken before the page can replace it.
+
+export const later = window.setTimeout.bind(window);
+export const notLater = window.clearTimeout.bind(window);
+export const stringify = JSON.stringify;
+export const encode = encodeURIComponent;
+
+/** Runs the work as soon as the script that runs now is done. */
+export const afterThis = window.queueMicrotask.bind(window);
+
+const works = [];
+const channel = window.MessageChannel && new MessageChannel();
+const wake = channel && channel.port2.postMessage.bind(channel.port2);
+if (channel) channel.port1.onmessage = () => works.shift()();
+
+/** Runs the work in a task of its own, which no page can throttle and which lets the engine do other things first. */
+export function inOwnTask(work) {
+  if (!wake) return void later(work, 0);
+  works.push(work);
+  wake(0);
+}

@@ -1,0 +1,60 @@
+// The creative's listeners. No event reaches them inside the call that caused it.
+
+import { afterThis, inOwnTask } from './engine.js';
+import { ad } from './state.js';
+import { isOneOf } from './values.js';
+
+const EVENTS = ['error', 'ready', 'sizeChange', 'stateChange', 'exposureChange', 'audioVolumeChange', 'viewableChange'];
+const MOST_ERRORS = 256; // that wait: a page in a loop hears of the first
+
+export function isEvent(event) {
+  return isOneOf(event, EVENTS);
+}
+
+export function addListener(event, listener) {
+  const list = ad.listeners[event] || (ad.listeners[event] = []);
+  if (!isOneOf(listener, list)) list.push(listener);
+}
+
+/** Without a listener all of the event. */
+export function removeListener(event, listener) {
+  ad.listeners[event] = (listener ? ad.listeners[event] || [] : []).filter((kept) => kept !== listener);
+}
+
+/** Tells the listeners, in order, when the script that runs now is done. */
+export function fire(event, args) {
+  if (event === 'error' && ad.undelivered.length >= MOST_ERRORS) return;
+  ad.undelivered.push([event, args]);
+  // What listeners cause gets a task of its own, or a listener of errors that makes errors would stop the page.
+  if (ad.undelivered.length === 1) (ad.isDelivering ? inOwnTask : afterThis)(deliver);
+}
+
+export function fail(message) {
+  fire('error', [message, ad.action]);
+}
+
+function deliver() {
+  const events = ad.undelivered;
+  ad.undelivered = [];
+  ad.isDelivering = true;
+  events.forEach(([event, args]) => tell(event, args));
+  ad.isDelivering = false;
+}
+
+// A listener that is added meanwhile hears of later events only, one that is removed of none.
+function tell(event, args) {
+  (ad.listeners[event] || []).slice().forEach((listener) => {
+    if (!isOneOf(listener, ad.listeners[event])) return;
+    try {
+      listener.apply(null, args);
+    } catch (error) {
+      inOwnTask(() => report(error));
+    }
+  });
+}
+
+// A listener that throws stops no other; the page's own error handling hears of it.
+function report(error) {
+  const message = String(error);
+  window.dispatchEvent(new ErrorEvent('error', { message: message, error: error, lineno: error && error.line }));
+}

@@ -1,0 +1,51 @@
+// What a two-part rich-media ad keeps for its first part while the second is fetched and shown. Owned by the shown ad;
+// main thread.
+#pragma once
+
+#include "velto/mraid/VeltoMRAIDHandler.h"
+#include "velto/platform/foundation/NSURL.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace velto {
+
+class SecondPart {
+ public:
+  void fetchBegins() { isOnItsWay_ = true; }
+
+  // Commands that change the ad come after the second part is there. What a person may have touched the ad for does
+  // not wait. True when it was kept.
+  bool keeps(const NSURL& command) {
+    const auto name = command.host().value_or("");
+    const bool changesAd = name == "expand" || name == "resize" || name == "close";
+    if (!isOnItsWay_ || !changesAd) return false;
+    if (kept_.size() < mostKept) kept_.push_back(command);
+    return true;
+  }
+  std::vector<NSURL> fetchEnds() {
+    isOnItsWay_ = false;
+    return std::exchange(kept_, {});
+  }
+
+  // Neither part has the properties that the other has set.
+  void opens(VeltoMRAIDHandler& handler) {
+    expandProperty_ = std::exchange(handler.expandProperty, nullptr);
+    resizeProperty_ = std::exchange(handler.resizeProperty, nullptr);
+  }
+  void closes(VeltoMRAIDHandler& handler) {
+    handler.expandProperty = std::move(expandProperty_);
+    handler.resizeProperty = std::move(resizeProperty_);
+  }
+
+ private:
+  static constexpr size_t mostKept = 256;
+
+  bool isOnItsWay_ = false;
+  std::vector<NSURL> kept_;
+  std::shared_ptr<VeltoMRAIDPropertyExpand> expandProperty_;
+  std::shared_ptr<VeltoMRAIDPropertyResize> resizeProperty_;
+};
+
+}  // namespace velto
