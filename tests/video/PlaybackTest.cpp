@@ -150,8 +150,8 @@ TEST_F(PlaybackTest, KeysAndButtonsSteerIt) {
   EXPECT_NEAR(lines[1]->frame().size.width / lines[0]->frame().size.width, 0.6, 0.01);
   EXPECT_EQ(controls.timeLabel().frame().minX(), controls.playButton().frame().maxX());
   EXPECT_EQ(PlayerControls::make({})->timeLabel().title(), "Loading");
-  screen()->controls()->show({.loading = false, .seconds = 65, .duration = 7205});
-  EXPECT_EQ(controls.timeLabel().title(), "1:05 / 2:00:05");
+  screen()->controls()->show({.loading = false, .seconds = 65, .duration = 7200});
+  EXPECT_EQ(controls.timeLabel().title(), "1:05 / 2:00:00");
   EXPECT_EQ(host->told, (Lines{"start 100 at 1"})) << "what was jumped over was not watched";
   platform->advance(16s);
   EXPECT_EQ(host->told, (Lines{"start 100 at 1", "0.75"}));
