@@ -170,6 +170,8 @@ TEST_F(ServicesContract, BundlesAndDeviceArePlausible) {
   EXPECT_EQ(own->infoDictionary().value()["CFBundleShortVersionString"], "4.0.10");
 
   auto& device = platform().device();
+  EXPECT_FALSE(device.systemName().empty() || device.systemVersion().empty());
+  EXPECT_TRUE(platform().application().isProtectedDataAvailable());
   EXPECT_GE(device.bootTime(), 0);
   EXPECT_LE(static_cast<double>(device.bootTime()), platform().clock().secondsSince1970());
   const auto addresses = platform().network().interfaceAddresses().value();

@@ -4,6 +4,7 @@
 #include "velto/network/VeltoDevice.h"
 #include "velto/network/VeltoTaskRequest.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/JSON.h"
 
@@ -208,6 +209,27 @@ TEST_F(ServicesTest, TheDeviceTurnsWithItsSensor) {
   const auto shared = GPtr<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
   gtk::uninstall();
   EXPECT_TRUE(runUntil([&] { return service->callsOf(sensorPath, "ReleaseAccelerometer") == 1; }));
+}
+
+TEST_F(ServicesTest, ALockedSessionIsToldAndOneWithoutItsServiceIsOpen) {
+  const std::string path = "/org/freedesktop/login1/session/auto", session = "org.freedesktop.login1.Session";
+  auto login =
+      std::make_unique<MockService>(bus, "org.freedesktop.login1", path, session, "{'LockedHint': <true>}");
+  install();
+  int told = 0;
+  const auto count = [&](const NSNotification&) { ++told; };
+  auto& center = Platform::current().notificationCenter();
+  const auto locked = center.addObserver(UIApplicationProtectedDataWillBecomeUnavailable, count);
+  const auto unlocked = center.addObserver(UIApplicationProtectedDataDidBecomeAvailable, count);
+  const auto isOpen = [] { return Platform::current().application().isProtectedDataAvailable(); };
+  EXPECT_TRUE(runUntil([&] { return !isOpen(); }));
+  login->update(path, session, "{'LockedHint': <false>}");
+  EXPECT_TRUE(runUntil(isOpen));
+  login->update(path, session, "{'LockedHint': <true>}");
+  EXPECT_TRUE(runUntil([&] { return !isOpen(); }));
+  login.reset();
+  EXPECT_TRUE(runUntil(isOpen));
+  EXPECT_EQ(told, 4);
 }
 
 TEST_F(ServicesTest, ServicesThatHangOrCrashHoldNobodyUpAndAreAskedAgain) {

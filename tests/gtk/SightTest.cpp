@@ -3,6 +3,8 @@
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
 
+#include <gdk/x11/gdkx.h>
+
 #include "DisplayTest.h"
 
 namespace velto::test {
@@ -66,6 +68,55 @@ TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaintAndTheScreenCutsAWindow) {
   EXPECT_TRUE(sees(0, {"notFound"}));
 }
 
+TEST_F(SightTest, OtherWindowsOfTheApplicationCoverAndTakeOnlyTheWholeScreenAway) {
+  giveKeyboard(window_);
+  EXPECT_TRUE(sees(100, {}));
+  auto* over = newWindow(400, 50, painted(400, 50, 1, 0, 0));
+  gtk_window_present(over);
+  ASSERT_TRUE(runUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(over)); }));
+  xdotool("windowmove " + idOf(over) + " 0 150");
+  EXPECT_TRUE(sees(50, {"obstructed"}));
+  xdotool("windowraise " + idOf(window_));
+  EXPECT_TRUE(sees(100, {})) << "it lies below";
+  xdotool("windowraise " + idOf(over));
+  EXPECT_TRUE(sees(50, {"obstructed"}));
+  xdotool("windowmove " + idOf(over) + " 600 600");
+  EXPECT_TRUE(sees(100, {}));
+  gtk_window_destroy(over);
+
+  // Another application has the keyboard.
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+  xdotool("windowfocus " + std::to_string(gdk_x11_display_get_xrootwindow(gdk_display_get_default())));
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  ASSERT_TRUE(runUntil([&] { return !gtk_window_is_active(window_); }));
+  EXPECT_TRUE(sees(100, {})) << "seen beside other windows";
+  gtk_window_set_default_size(window_, 1280, 1024);
+  EXPECT_TRUE(sees(0, {"noWindowFocus"}));
+  giveKeyboard(window_);
+  EXPECT_TRUE(sees(100, {}));
+}
+
+TEST_F(SightTest, SlotsLieBelowTheLayerAndATurnedOneCannotBeMeasured) {
+  auto* fixed = gtk_fixed_new();
+  auto* slot = gtk::adSlot({.room = CGSize{400, 200}});
+  gtk_widget_set_size_request(slot, 400, 200);
+  gtk_fixed_put(GTK_FIXED(fixed), slot, 0, 100);
+  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(list_), fixed);
+  const auto inSlot = UIView::make();
+  inSlot->setFrame({{0, 0}, {400, 200}});
+  inSlot->setBackgroundColor(UIColor::blackColor());
+  gtk::hostViewController(slot)->view()->addSubview(inSlot);
+  ad_->setBackgroundColor(UIColor::whiteColor());
+  EXPECT_TRUE(sees(100, {})) << "the layer is above";
+  watcher_ = ViewabilityWatcher::watch([&] { return sightOf(inSlot.get(), {}); }, [](const auto&) {});
+  EXPECT_TRUE(sees(50, {"obstructed"}));
+  const auto turned = gsk_transform_rotate(nullptr, 30);
+  gtk_fixed_set_child_transform(GTK_FIXED(fixed), slot, turned);
+  gsk_transform_unref(turned);
+  EXPECT_TRUE(runUntil([&] { return watcher_->latest().reasons.front() == "unmeasurable"; }));
+  watcher_.reset();
+}
+
 TEST_F(SightTest, APopoverCoversAndGoesAgainAndAListClips) {
   auto* popover = gtk_popover_new();
   auto* content = gtk_label_new("over the ad");
@@ -83,6 +134,15 @@ TEST_F(SightTest, APopoverCoversAndGoesAgainAndAListClips) {
   EXPECT_GE(cover.size.width, 150);
   EXPECT_NEAR(cover.midX(), 200, 2);
   EXPECT_GE(cover.minY(), 100);
+  auto* inner = gtk_popover_new();
+  auto* more = gtk_label_new("over the popover");
+  gtk_widget_set_size_request(more, 300, 60);
+  gtk_popover_set_child(GTK_POPOVER(inner), more);
+  gtk_popover_set_autohide(GTK_POPOVER(inner), FALSE);
+  gtk_widget_set_parent(inner, content);
+  gtk_popover_popup(GTK_POPOVER(inner));
+  EXPECT_TRUE(runUntil([&] { return watcher_->latest().obstructions.size() == 2; }));
+  gtk_widget_unparent(inner);
   gtk_popover_popdown(GTK_POPOVER(popover));
   EXPECT_TRUE(sees(100, {}));
   gtk_widget_unparent(popover);

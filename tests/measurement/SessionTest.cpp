@@ -30,13 +30,15 @@ JSON at(const JSON& json, const std::string& path) {
   return dot == std::string::npos ? found->second : at(found->second, path.substr(dot + 1));
 }
 
-// The argument of the last such call.
+// The argument of the last such call, behind its time.
 JSON argument(const headless::RecordingWebView& page, const std::string& operation) {
   const std::string prefix = "window.__veltoOMID&&__veltoOMID." + operation + "(";
   JSON result;
   for (const auto& script : page.scripts())
-    if (script.starts_with(prefix))
-      result = readJSON(script.substr(prefix.size(), script.size() - prefix.size() - 1)).value_or(JSON());
+    if (script.starts_with(prefix)) {
+      const size_t begin = script.find(',') + 1;
+      result = readJSON(script.substr(begin, script.size() - begin - 1)).value_or(JSON());
+    }
   return result;
 }
 
@@ -78,6 +80,10 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   EXPECT_EQ(at(start, "context.deviceInfo.osVersion"), JSON("16.4"));
   EXPECT_EQ(at(start, "context.customReferenceData"), JSON());
   EXPECT_EQ(percentage(at(start, "geometry")), 100);
+  EXPECT_EQ(at(start, "context.deviceInfo"),
+            JSON(JSON::Object{{"deviceType", "iPhone12,1"}, {"os", "iOS"}, {"osVersion", "16.4"}}))
+      << "this machine's, whatever requests say";
+  EXPECT_EQ(at(start, "context.deviceCategory"), JSON("mobile"));
 
   auto& shown = page();
   platform->advance(1min);
@@ -91,9 +97,17 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   platform->advance(200ms);
   EXPECT_EQ(at(argument(shown, "geometry"), "adView.reasons"), JSON(JSON::Array{"backgrounded"}));
   platform->application().enterForeground();
+  platform->application().setLocked(true);
+  platform->advance(200ms);
+  EXPECT_EQ(at(argument(shown, "geometry"), "adView.reasons"), JSON(JSON::Array{"deviceLocked"}));
+  platform->application().setLocked(false);
   platform->advance(200ms);
   banner->vc()->impressionOMSDK();
-  EXPECT_EQ(calls(shown), "start geometry geometry geometry geometry") << "the impression is the page's";
+  EXPECT_EQ(calls(shown), "start geometry geometry geometry geometry geometry")
+      << "the impression is the page's";
+  banner->vc()->_resizeActionInMainWebView(VeltoAdViewController::Resize, {320, 1000}, {});
+  platform->runUntilIdle();
+  EXPECT_NE(percentage(argument(shown, "geometry")), 100) << "what the library changes is told at once";
 
   banner->removeBanner();
   platform->runUntilIdle();
@@ -124,6 +138,47 @@ TEST_F(SessionTest, ARefreshEndsTheOldPageAndGoesOnInTheNewOne) {
   EXPECT_EQ(banner->vc()->omidSession(), session);
 }
 
+TEST_F(SessionTest, APageThatDoesNotAnswerIsToldOfTheLatestGeometryAlone) {
+  const auto banner = this->banner();
+  loadAd(*banner);
+  for (const auto& sight :
+       {WindowSight{.minimized = true}, WindowSight{.onScreen = CGRect{}}, WindowSight{}}) {
+    window->setSight(sight);
+    const auto friendly = UIView::make();
+    banner->vc()->addFriendlyObstructionOMSDKFor(friendly);  // looks at once
+  }
+  EXPECT_EQ(calls(page()), "start geometry");
+  EXPECT_EQ(percentage(argument(page(), "geometry")), 0);
+  platform->runUntilIdle();
+  EXPECT_EQ(calls(page()), "start geometry geometry");
+  EXPECT_EQ(percentage(argument(page(), "geometry")), 100);
+}
+
+TEST_F(SessionTest, WhatWaitsForAPageIsBoundedAndKeepsItsTimes) {
+  const auto volumes = [](const headless::RecordingWebView& hidden) {
+    const auto& scripts = hidden.scripts();
+    return std::count_if(scripts.begin(), scripts.end(),
+                         [](const auto& script) { return script.find("volumeChange") != std::string::npos; });
+  };
+  for (const bool fails : {false, true}) {
+    auto screen = std::make_shared<Screen>();
+    screen->startOMSDKSessionForNativeVideo();
+    auto& hidden = page();
+    const auto began = std::to_string(std::llround(platform->clock().secondsSince1970() * 1000));
+    screen->startPlaybackNativeVideoOMSDWith(12, 0.5F);
+    if (fails) hidden.fail({"WebKit", 1, "no page"});
+    platform->advance(2s);
+    for (int i = 0; i < 1000; ++i) screen->volumePlaybackNativeVideoChangeOMSD(0.5F);
+    screen->finishOMSDKSession();
+    if (!fails) hidden.finish();
+    EXPECT_EQ(calls(hidden).starts_with("start impression mediaVolume"), !fails);
+    EXPECT_EQ(calls(hidden).ends_with(" finish"), !fails);
+    EXPECT_EQ(volumes(hidden), fails ? 0 : 97);
+    EXPECT_EQ(hidden.hasRun("mediaVolume(" + began + ",\"start\","), !fails);
+    platform->advance(1s);
+  }
+}
+
 TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   auto screen = std::make_shared<Screen>();
   screen->signalPlaybackNativeVideoOMSDK(0.25F);
@@ -135,7 +190,9 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   screen->startPlaybackNativeVideoOMSDWith(12, 0.5F);
   EXPECT_EQ(calls(hidden), "") << "its page has not loaded yet";
   hidden.finish();
-  EXPECT_EQ(calls(hidden), "start impression mediaVolume");
+  window->setSight({.onScreen = CGRect{}});
+  platform->advance(1s);
+  EXPECT_EQ(calls(hidden), "start impression mediaVolume") << "no geometry where nothing of it changes";
   const auto start = argument(hidden, "start");
   EXPECT_EQ(kind(start), "video beginToRender native native");
   EXPECT_EQ(at(start, "loaded"), JSON(JSON::Object{}));
@@ -166,7 +223,7 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
                                                   {std::numeric_limits<float>::quiet_NaN(), ""}})
     EXPECT_EQ(signalled(progress), event) << progress;
   screen->volumePlaybackNativeVideoChangeOMSD(0.75F);
-  EXPECT_NE(hidden.scripts().back().find("mediaVolume(\"volumeChange\",0.75,"), std::string::npos);
+  EXPECT_NE(hidden.scripts().back().find(",\"volumeChange\",0.75,"), std::string::npos);
 
   screen.reset();  // a screen that goes away finishes
   EXPECT_TRUE(calls(hidden).ends_with("finish"));
@@ -178,12 +235,16 @@ TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
   const auto banner = this->banner();
   loadAd(*banner);
   const auto controller = banner->vc();
+  const auto screen = std::make_shared<Screen>();
+  screen->startOMSDKSessionForNativeVideo();
   const auto friendly = UIView::make();
   controller->addFriendlyObstructionOMSDKFor(friendly);
   headless::Platform::uninstall();
   controller->removeFriendlyObstructionOMSDKFor(friendly);
   controller->impressionOMSDK();
   controller->finishOMSDKSession();
+  screen->signalPlaybackNativeVideoOMSDK(0.5F);
+  screen->finishOMSDKSession();
   EXPECT_EQ(controller->omidSession(), nullptr);
 }
 

@@ -166,6 +166,8 @@ TEST_F(ViewabilityTest, ReasonsSayWhyItIsLess) {
   check(0, {"backgrounded"});
   window.setSight({.focused = false});
   check(0, {"noWindowFocus"});
+  window.setSight({.measurable = false});
+  check(0, {"unmeasurable"});
   window.setSight({.onScreen = CGRect{{0, 0}, {30, 200}}});
   check(25, {"viewport"});
   window.setSight({.covers = {{{10, 20}, {40, 40}}, {{20, 20}, {40, 40}}}});
@@ -210,6 +212,16 @@ TEST_F(ViewabilityTest, NobodyLooksWhileNothingChangesAndThenAtMostFiveTimesASec
   EXPECT_LE(looks, 2 + 5);
   platform->advance(1s);
   EXPECT_EQ(told.back(), 80) << "the last change is not lost";
+  for (const double x : {-10, -60}) {  // the second by the library, while the first waits
+    ad->setFrame({{x, 0}, {100, 100}});
+    if (x == -60) watcher->hurry();
+    ad->setFrame({{x, 0.5}, {100, 100}});
+    platform->runUntilIdle();
+  }
+  EXPECT_EQ(told.back(), 40) << "at once";
+  ad->setFrame({{-20, 0}, {100, 100}});
+  platform->advance(1s);
+  EXPECT_EQ(told.back(), 80);
   const int before = looks;
   ad->setAlpha(1);  // nothing new
   platform->advance(1s);

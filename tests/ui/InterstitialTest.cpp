@@ -121,6 +121,10 @@ TEST_F(InterstitialTest, EveryWayToCloseAndAgainFromTheStart) {
                                                 [&] { i->vc()->shownAd()->veltoMRAIDCloseInterstitial(); },
                                                 [&] { i->vc()->shownAd()->mediationBannerDidClose(); },
                                                 [&] { i->vc()->shownAd()->veltoMRAIDCloseExpand(); }};
+  full->onCall = [&] {
+    EXPECT_EQ(page().isMuted(), full->heard.back() == "close" || full->heard.back() == "dismissed")
+        << "and not only when it has gone";
+  };
   for (const auto& way : ways) {
     full->heard.clear();
     load(*i, fullScreen());

@@ -51,6 +51,7 @@ GtkPlatform::GtkPlatform(const Options& options)
       device_(screen_),
       orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
                          [this](auto orientation) { device_.turned(orientation); }),
+      sessionLock_(mainQueue_, [this](bool locked) { application_.setLocked(locked, notificationCenter()); }),
       calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
       photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
       webSession_(std::make_shared<WebSession>(options)),

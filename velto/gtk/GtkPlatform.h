@@ -19,6 +19,7 @@
 #include "velto/gtk/services/Locale.h"
 #include "velto/gtk/services/Location.h"
 #include "velto/gtk/services/OrientationSensor.h"
+#include "velto/gtk/services/SessionLock.h"
 #include "velto/gtk/services/SystemBus.h"
 #include "velto/gtk/store/Advertising.h"
 #include "velto/gtk/store/DefaultsStore.h"
@@ -90,6 +91,7 @@ class GtkPlatform : public Platform {
   Carrier carrier_;
   Location location_;
   OrientationSensor orientationSensor_;
+  SessionLock sessionLock_;
   Advertising advertising_;
   Calendar calendar_;
   Background background_;
@@ -100,7 +102,7 @@ class GtkPlatform : public Platform {
   Media media_;
   AudioSession audioSession_{mainQueue_};
   UrlSession urlSession_;
-  SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_}};
+  SystemBus systemBus_{{&network_, &carrier_, &location_, &orientationSensor_, &sessionLock_}};
 };
 
 }  // namespace velto::gtk

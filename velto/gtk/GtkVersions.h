@@ -13,6 +13,14 @@ constexpr unsigned outOfSightStates = GDK_TOPLEVEL_STATE_MINIMIZED | GDK_TOPLEVE
 constexpr unsigned outOfSightStates = GDK_TOPLEVEL_STATE_MINIMIZED;
 #endif
 
+inline bool isMask([[maybe_unused]] GskRenderNode* node) {
+#if GTK_CHECK_VERSION(4, 10, 0)
+  return gsk_render_node_get_node_type(node) == GSK_MASK_NODE;
+#else
+  return false;
+#endif
+}
+
 inline void loadStyle(GtkCssProvider* provider, const char* style) {
 #if GTK_CHECK_VERSION(4, 12, 0)
   gtk_css_provider_load_from_string(provider, style);

@@ -80,7 +80,10 @@ void OMIDVeltoAdSession::beginPage(std::shared_ptr<ServicePage> page) {
 
 void OMIDVeltoAdSession::tellStart() {
   JSON::Object told = sessionStart(identifier_, *configuration_, *context_, watcher_->latest());
-  if (loaded_) told["loaded"] = *loaded_;
+  if (loaded_) {
+    told["loaded"] = loaded_->properties;
+    told["loadedTime"] = loaded_->time;
+  }
   if (const auto json = writeJSON(told, false)) call("start", *json);
 }
 
@@ -104,7 +107,7 @@ void OMIDVeltoAdSession::viewsChanged() {
 }
 
 void OMIDVeltoAdSession::call(const char* operation, const std::string& arguments) {
-  if (page_) page_->call(operation, arguments);
+  if (page_) page_->call(operation, ServicePage::now(), arguments);
 }
 
 // --- what is measured
@@ -131,11 +134,16 @@ AdSight OMIDVeltoAdSession::look() const {
     if (auto alive = entry.view.lock()) friendly.push_back(held.emplace_back(std::move(alive)).get());
   AdSight sight = sightOf(view.get(), friendly);
   sight.backgrounded = sight.backgrounded || OMIDVeltoSDK::sharedInstance()->isInBackground();
+  sight.locked = OMIDVeltoSDK::sharedInstance()->isDeviceLocked();
   return sight;
 }
 
 void OMIDVeltoAdSession::lookNow() {
   if (watcher_) watcher_->lookNow();
+}
+
+void OMIDVeltoAdSession::expectChange() {
+  if (watcher_) watcher_->hurry();
 }
 
 std::optional<Viewability> OMIDVeltoAdSession::viewability() const {
@@ -195,8 +203,8 @@ bool OMIDVeltoAdSession::impressionOccurred(OMIDVeltoErrorResult error) {
 
 bool OMIDVeltoAdSession::loaded(JSON::Object properties, OMIDVeltoErrorResult error) {
   if (!mayReport(loaded_.has_value(), error)) return false;
-  loaded_ = std::move(properties);
-  if (const auto json = writeJSON(*loaded_, false)) call("loaded", *json);
+  loaded_ = {std::move(properties), ServicePage::now()};
+  if (const auto json = writeJSON(loaded_->properties, false)) call("loaded", *json);
   return true;
 }
 

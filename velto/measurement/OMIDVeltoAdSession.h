@@ -52,6 +52,8 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   const OMIDVeltoAdSessionConfiguration& configuration() const { return *configuration_; }
   bool isStarted() const { return state_ == State::Started; }
   bool isFinished() const { return state_ == State::Finished; }
+  // The library is about to change the view's place itself: what is seen then is told without delay.
+  void expectChange();
   // What was found at the last look; nothing while no page is measured.
   std::optional<Viewability> viewability() const;
 
@@ -60,7 +62,7 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   bool claimMediaEvents() { return !std::exchange(hasMediaEvents_, true); }
   bool impressionOccurred(OMIDVeltoErrorResult error);
   bool loaded(JSON::Object properties, OMIDVeltoErrorResult error);
-  void call(const char* operation, const std::string& arguments);
+  void call(const char* operation, const std::string& arguments);  // of something that happens now
 
  private:
   enum class State { Created, Started, Finished };
@@ -85,7 +87,11 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   State state_ = State::Created;
   std::weak_ptr<UIView> mainAdView_;
   std::vector<Friendly> friendly_;
-  std::optional<JSON::Object> loaded_;  // the event's properties, once it was reported
+  struct Loaded {
+    JSON::Object properties;
+    int64_t time;  // as in ServicePage::call()
+  };
+  std::optional<Loaded> loaded_;  // once it was reported
   bool impressionOccurred_ = false;
   bool hasAdEvents_ = false;
   bool hasMediaEvents_ = false;

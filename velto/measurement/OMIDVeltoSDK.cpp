@@ -28,7 +28,14 @@ bool OMIDVeltoSDK::activate() {
   };
   foreground_ = observe(UIApplicationWillEnterForegroundNotification, false);
   background_ = observe(UIApplicationDidEnterBackgroundNotification, true);
+  const auto look = [](const NSNotification&) { ViewChanges::note(); };
+  locked_ = center.addObserver(UIApplicationProtectedDataWillBecomeUnavailable, look);
+  unlocked_ = center.addObserver(UIApplicationProtectedDataDidBecomeAvailable, look);
   return true;
+}
+
+bool OMIDVeltoSDK::isDeviceLocked() {
+  return !Platform::current().application().isProtectedDataAvailable();
 }
 
 double OMIDVeltoSDK::deviceVolume() const {

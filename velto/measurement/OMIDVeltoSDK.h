@@ -23,6 +23,7 @@ class OMIDVeltoSDK {
 
   // Nobody can see the application.
   bool isInBackground() const { return inBackground_; }
+  static bool isDeviceLocked();
   // The volume of the device's output now, from 0 to 1, which media events carry.
   double deviceVolume() const;
 
@@ -38,6 +39,8 @@ class OMIDVeltoSDK {
   Tracer tracer_;
   Handle foreground_;
   Handle background_;
+  Handle locked_;
+  Handle unlocked_;
 };
 
 }  // namespace velto

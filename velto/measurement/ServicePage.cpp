@@ -3,8 +3,12 @@
 
 #include "velto/measurement/OMIDVeltoSDK.h"
 #include "velto/measurement/OMIDVeltoScriptInjector.h"
+#include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+
+#include <cmath>
+#include <utility>
 
 namespace velto {
 namespace {
@@ -13,6 +17,9 @@ using namespace std::chrono_literals;
 
 constexpr char emptyPage[] = "<!DOCTYPE html><html><head></head><body></body></html>";
 constexpr auto lifeAfterFinish = 1s;
+constexpr size_t mostWaiting = 100;
+constexpr double milliseconds = 1000;  // a second
+constexpr char geometry[] = "geometry";
 
 }  // namespace
 
@@ -24,7 +31,7 @@ std::shared_ptr<ServicePage> ServicePage::hidden(const std::string& script) {
   const auto markup = OMIDVeltoScriptInjector::injectScriptContent(script, emptyPage, nullptr);
   if (!markup) return nullptr;
   std::shared_ptr<ServicePage> page(new ServicePage(WKWebView::initWithFrame({}, {})));
-  page->loaded_ = false;
+  page->state_ = State::Loading;
   page->webView_->setNavigationDelegate(page);
   page->webView_->loadHTMLString(*markup, std::nullopt);
   return page;
@@ -36,8 +43,21 @@ bool ServicePage::wasTakenAway() {
   return wasShown_ && !shown;
 }
 
-void ServicePage::run(const std::string& statement) {
-  webView_->evaluateJavaScript(statement, nullptr);
+int64_t ServicePage::now() {
+  auto* platform = Platform::currentOrNull();
+  return platform ? std::llround(platform->clock().secondsSince1970() * milliseconds) : 0;
+}
+
+// A page that is slow, or hangs, is told of one geometry at a time.
+void ServicePage::run(const Statement& statement) {
+  std::function<void(std::optional<JSON>, std::optional<NSError>)> taken;
+  if (statement.operation == geometry) {
+    takesGeometry_ = true;
+    taken = [weak = std::weak_ptr(shared_from_this())](const auto&, const auto&) {
+      if (const auto alive = weak.lock()) alive->geometryTaken();
+    };
+  }
+  webView_->evaluateJavaScript(statement.text, std::move(taken));
   if (!OMIDVeltoSDK::sharedInstance()->tracer()) return;
   webView_->evaluateJavaScript("window.__veltoOMID?__veltoOMID.trace():[]",
                                [](const std::optional<JSON>& events, const std::optional<NSError>&) {
@@ -47,23 +67,40 @@ void ServicePage::run(const std::string& statement) {
                                });
 }
 
-void ServicePage::call(const char* operation, const std::string& arguments) {
-  if (!Platform::currentOrNull()) return;
-  std::string statement = "window.__veltoOMID&&__veltoOMID.";
-  statement.append(operation).append("(").append(arguments).append(")");
-  if (loaded_)
-    run(statement);
-  else
-    waiting_.push_back(std::move(statement));
+void ServicePage::geometryTaken() {
+  takesGeometry_ = false;
+  if (state_ != State::Loading && Platform::currentOrNull())
+    for (const auto& statement : std::exchange(waiting_, {})) run(statement);
+}
+
+void ServicePage::keep(Statement statement) {
+  if (statement.operation == geometry)
+    std::erase_if(waiting_, [](const auto& kept) { return kept.operation == geometry; });
+  else if (waiting_.size() >= mostWaiting && statement.operation != "finish")
+    return;
+  waiting_.push_back(std::move(statement));
+}
+
+void ServicePage::call(const std::string& operation, int64_t time, const std::string& arguments) {
+  if (state_ == State::Failed || !Platform::currentOrNull()) return;
+  std::string text = "window.__veltoOMID&&__veltoOMID.";
+  text.append(operation).append("(").append(std::to_string(time));
+  if (!arguments.empty()) text.append(",").append(arguments);
+  Statement statement{operation, text.append(")")};
+  const bool waits = state_ == State::Loading || (takesGeometry_ && operation == geometry);
+  if (waits) return keep(std::move(statement));
+  // What was seen before comes before.
+  for (const auto& earlier : std::exchange(waiting_, {})) run(earlier);
+  run(statement);
 }
 
 void ServicePage::finish(std::shared_ptr<ServicePage> page) {
   auto* platform = Platform::currentOrNull();
   if (!page || !platform) return;
-  const bool outOfSight = !page->webView_->superview();
-  page->call("finish", outOfSight ? "true" : "false");
+  page->call("finish", now(), "");
   // An ad that is gone has nothing more to say to whoever showed it.
-  if (page->loaded_ && outOfSight) page->webView_->setNavigationDelegate({});
+  if (page->state_ == State::Loaded && !page->webView_->superview())
+    page->webView_->setNavigationDelegate({});
   platform->mainQueue().postAfter(lifeAfterFinish, [page = std::move(page)] {});
 }
 
@@ -75,11 +112,13 @@ void ServicePage::webView(WKWebView&, const WKNavigationAction& action,
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&) {
-  loaded_ = true;
+  if (state_ != State::Loading) return;
+  state_ = State::Loaded;
   for (const auto& statement : std::exchange(waiting_, {})) run(statement);
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&, const NSError&) {
+  state_ = State::Failed;
   waiting_.clear();
 }
 

@@ -5,13 +5,14 @@
 
 #include "velto/platform/ui/WKWebView.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace velto {
 
-class ServicePage final : public WKNavigationDelegate {
+class ServicePage final : public WKNavigationDelegate, public std::enable_shared_from_this<ServicePage> {
  public:
   // The page of an ad, which has the script already.
   static std::shared_ptr<ServicePage> ofAd(const std::shared_ptr<WKWebView>& webView);
@@ -22,9 +23,11 @@ class ServicePage final : public WKNavigationDelegate {
   // A page that was in a view and is in none any more: whoever showed it is done with it.
   bool wasTakenAway();
 
-  // Calls an operation of the service (the last part of
-  // omsdk-v1.js); a page without the service stays as it is.
-  void call(const char* operation, const std::string& arguments);
+  // Calls an operation of the service (application.js) about something that happened at that time (milliseconds
+  // since 1970); a page without the service stays as it is. What waits is bounded, whatever happens to the page:
+  // of the geometry only the latest does, and of the rest the first hundred.
+  void call(const std::string& operation, int64_t time, const std::string& arguments);
+  static int64_t now();
   // Tells the scripts that it is over, and lets go of the page a second later.
   static void finish(std::shared_ptr<ServicePage> page);
 
@@ -34,13 +37,21 @@ class ServicePage final : public WKNavigationDelegate {
   void webView(WKWebView& webView, const WKNavigation& navigation, const NSError& error) override;
 
  private:
-  void run(const std::string& statement);
+  enum class State { Loading, Loaded, Failed };
+  struct Statement {
+    std::string operation;
+    std::string text;
+  };
+  void run(const Statement& statement);
+  void geometryTaken();
+  void keep(Statement statement);
   explicit ServicePage(std::shared_ptr<WKWebView> webView) : webView_(std::move(webView)) {}
 
   std::shared_ptr<WKWebView> webView_;
   bool wasShown_ = false;
-  bool loaded_ = true;
-  std::vector<std::string> waiting_;  // statements for a page that is not there yet
+  State state_ = State::Loaded;
+  std::vector<Statement> waiting_;
+  bool takesGeometry_ = false;  // it has been told of one, and has not answered yet
 };
 
 }  // namespace velto

@@ -5,12 +5,14 @@
 #include "velto/network/VeltoDevice.h"
 #include "velto/platform/NSBundle.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/UIDevice.h"
 
 namespace velto {
 namespace {
 
 JSON::Object contextOf(const OMIDVeltoAdSessionContext& context) {
   const std::string version = OMIDVeltoSDK::versionString();
+  const UIDevice& device = Platform::current().device();
   JSON::Object app{{"libraryVersion", version}};
   if (auto identifier = Platform::current().mainBundle().bundleIdentifier())
     app["appId"] = std::move(*identifier);
@@ -24,9 +26,9 @@ JSON::Object contextOf(const OMIDVeltoAdSessionContext& context) {
                       {"omidJsInfo", JSON::Object{{"omidImplementer", "velto"}, {"serviceVersion", version}}},
                       {"app", std::move(app)},
                       {"deviceInfo", JSON::Object{{"deviceType", VeltoDevice::model()},
-                                                  {"os", VeltoDevice::os()},
-                                                  {"osVersion", VeltoDevice::systemVersion()}}},
-                      {"deviceCategory", "mobile"}};
+                                                  {"os", device.systemName()},
+                                                  {"osVersion", device.systemVersion()}}},
+                      {"deviceCategory", device.isCarried() ? "mobile" : "desktop"}};
   if (context.customReferenceIdentifier && !context.customReferenceIdentifier->empty())
     result["customReferenceData"] = *context.customReferenceIdentifier;
   return result;
@@ -56,6 +58,7 @@ JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessio
                       {"mediaEventsOwner", OMIDVeltoName(configuration.mediaEventsOwner)},
                       {"deviceVolume", OMIDVeltoSDK::sharedInstance()->deviceVolume()},
                       {"geometry", seen.json()}};
+  if (configuration.isolateVerificationScripts) result["isolated"] = true;
   if (OMIDVeltoSDK::sharedInstance()->tracer()) result["trace"] = true;
   if (context.contentUrl) result["contentUrl"] = *context.contentUrl;
   if (!context.resources.empty())

@@ -122,6 +122,10 @@ void UIViewControllerOMSDKSDKVelto::removeFriendlyObstructionOMSDKFor(const View
   if (view && omidSession_) omidSession_->removeFriendlyObstruction(view);
 }
 
+void UIViewControllerOMSDKSDKVelto::expectChangeOMSDK() {
+  if (omidSession_) omidSession_->expectChange();
+}
+
 // --- events
 
 void UIViewControllerOMSDKSDKVelto::_createOmidAdEvent() {

@@ -36,6 +36,9 @@ class UIViewControllerOMSDKSDKVelto {
   void addFriendlyObstructionOMSDKFor(const View& view);
   void removeFriendlyObstructionOMSDKFor(const View& view);
 
+  // An expand or resize is under way, or over.
+  void expectChangeOMSDK();
+
   void impressionOMSDK();
   // The impression, and the start of a video of that duration (seconds).
   void startPlaybackNativeVideoOMSDWith(float duration, float volume);

@@ -20,6 +20,7 @@ class Collector {
   // All that this view and those in it paint, as far as it is not cut off.
   void collect(const UIView& view, CGPoint origin, CGRect visible) {
     if (view.isHidden() || view.alpha() <= 0) return;
+    if (view.peer().knowsSight()) return;  // it lies among the application's widgets, which are below
     if (std::find(friendly_.begin(), friendly_.end(), &view) != friendly_.end()) return;
     if (const auto clip = view.peer().clip()) visible = intersectionOf(visible, moved(*clip, origin));
     const CGRect frame = moved(view.frame(), origin);
@@ -52,6 +53,7 @@ AdSight sightOf(const UIView* ad, const FriendlyViews& friendly) {
   const WindowSight window = path[outermost]->peer().windowSight();
   sight.backgrounded = window.minimized;
   sight.focused = window.focused;
+  sight.measurable = window.measurable;
   sight.window = window.onScreen.value_or(root.bounds());
   if (path[outermost] == &root) sight.window = intersectionOf(sight.window, root.bounds());
   sight.covers = window.covers;

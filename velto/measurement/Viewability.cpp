@@ -69,10 +69,12 @@ Viewability viewabilityOf(const AdSight& sight) {
   result.viewport = sight.viewport;
   if (!sight.found) {
     if (sight.backgrounded) result.reasons.emplace_back("backgrounded");
+    if (sight.locked) result.reasons.emplace_back("deviceLocked");
     result.reasons.emplace_back("notFound");
     return result;
   }
   result.geometry = sight.ad;
+  result.window = sight.window;
   const double whole = areaOf(sight.ad);
   const CGRect inWindow = intersectionOf(sight.ad, sight.window);
   CGRect shown = inWindow;
@@ -83,6 +85,8 @@ Viewability viewabilityOf(const AdSight& sight) {
   const bool hidden = sight.hidden || whole <= 0;
   if (sight.backgrounded) reasons.push_back("backgrounded");
   if (!sight.focused) reasons.push_back("noWindowFocus");
+  if (sight.locked) reasons.push_back("deviceLocked");
+  if (!sight.measurable) reasons.push_back("unmeasurable");
   if (hidden) reasons.push_back("hidden");
   const bool inSight = reasons.empty();
   if (areaOf(inWindow) < whole) reasons.push_back("viewport");
@@ -109,6 +113,7 @@ JSON::Object Viewability::json() const {
   JSON::Object onScreen = jsonOf(onScreenGeometry);
   onScreen["obstructions"] = std::move(covers);
   return {{"viewport", JSON::Object{{"width", viewport.width}, {"height", viewport.height}}},
+          {"window", jsonOf(window)},
           {"adView", JSON::Object{{"percentageInView", percentageInView},
                                   {"pixelsInView", pixelsInView},
                                   {"geometry", jsonOf(geometry)},

@@ -16,7 +16,9 @@ struct AdSight {
   bool found = false;         // there is an ad view, and a window shows it
   bool hidden = false;        // it, or a view that holds it, is hidden or fully transparent
   bool backgrounded = false;  // nobody can see the application, or this window of it
-  bool focused = true;        // the application takes what a person types
+  bool focused = true;        // false: another application fills the screen
+  bool locked = false;        // the device is
+  bool measurable = true;     // what there is to see of it can be told
   CGRect ad;
   CGRect window;               // the part of the window that the screen shows
   CGSize viewport;             // the window's size
@@ -30,11 +32,12 @@ struct Viewability {
   CGSize viewport;
   CGRect geometry;                   // all of the ad view
   CGRect onScreenGeometry;           // the part that nothing cuts off
+  CGRect window;                     // the part of the window that a screen shows
   std::vector<CGRect> obstructions;  // what covers that part
   std::vector<std::string> reasons;  // why it is less than 100 percent
 
   bool operator==(const Viewability&) const = default;
-  JSON::Object json() const;  // as the geometryChange event carries it
+  JSON::Object json() const;  // as the service script takes it (geometry.js)
 };
 
 Viewability viewabilityOf(const AdSight& sight);

@@ -23,11 +23,19 @@ ViewabilityWatcher::ViewabilityWatcher(std::function<AdSight()> look,
       latest_(viewabilityOf(look_())),
       lastLook_(Platform::current().clock().monotonicSeconds()) {}
 
+void ViewabilityWatcher::hurry() {
+  if (auto* platform = Platform::currentOrNull())
+    hurriesUntil_ = platform->clock().monotonicSeconds() + interval;
+}
+
 void ViewabilityWatcher::noteChange() {
   auto* platform = Platform::currentOrNull();
-  if (scheduled_ || !platform) return;
+  if (!platform) return;
+  const double now = platform->clock().monotonicSeconds();
+  const double wait = now < hurriesUntil_ ? 0 : lastLook_ + interval - now;
+  if (scheduled_ && (wait > 0 || dueSoon_)) return;
   scheduled_ = true;
-  const double wait = lastLook_ + interval - platform->clock().monotonicSeconds();
+  dueSoon_ = wait <= 0;
   auto task = [weak = weak_from_this()] {
     const auto alive = weak.lock();
     if (alive && alive->scheduled_) alive->lookNow();
@@ -37,7 +45,7 @@ void ViewabilityWatcher::noteChange() {
 }
 
 void ViewabilityWatcher::lookNow() {
-  scheduled_ = false;
+  scheduled_ = dueSoon_ = false;
   auto* platform = Platform::currentOrNull();
   if (!platform) return;
   lastLook_ = platform->clock().monotonicSeconds();

@@ -22,6 +22,8 @@ class ViewabilityWatcher : public std::enable_shared_from_this<ViewabilityWatche
   const Viewability& latest() const { return latest_; }
   // At once, whenever the last look was: for changes of the session itself.
   void lookNow();
+  // For the next interval each change is looked at in the turn that follows it: the library makes them.
+  void hurry();
 
  private:
   ViewabilityWatcher(std::function<AdSight()> look, std::function<void(const Viewability&)> changed);
@@ -30,8 +32,10 @@ class ViewabilityWatcher : public std::enable_shared_from_this<ViewabilityWatche
   std::function<AdSight()> look_;
   std::function<void(const Viewability&)> changed_;
   Viewability latest_;
-  double lastLook_ = 0;  // monotonic seconds
+  double lastLook_ = 0;  // monotonic seconds, as the next
+  double hurriesUntil_ = 0;
   bool scheduled_ = false;
+  bool dueSoon_ = false;  // in the next turn
   Handle changes_;
 };
 

@@ -16,6 +16,12 @@ inline constexpr char UIApplicationWillEnterForegroundNotification[] =
 inline constexpr char UIApplicationDidEnterBackgroundNotification[] =
     "UIApplicationDidEnterBackgroundNotification";
 
+// Posted likewise when a person locks the device, after which nobody sees what is on its screen, and unlocks it.
+inline constexpr char UIApplicationProtectedDataWillBecomeUnavailable[] =
+    "UIApplicationProtectedDataWillBecomeUnavailable";
+inline constexpr char UIApplicationProtectedDataDidBecomeAvailable[] =
+    "UIApplicationProtectedDataDidBecomeAvailable";
+
 // Main thread.
 class UIApplication {
  public:
@@ -29,6 +35,9 @@ class UIApplication {
                        std::function<void(bool opened)> completion) = 0;
   // The same in its older form.
   void openURL(const NSURL& url) { openURL(url, {}, nullptr); }
+
+  // Whether the device is unlocked, as far as the platform can tell.
+  virtual bool isProtectedDataAvailable() const { return true; }
 
   virtual bool isReduceTransparencyEnabled() const = 0;
   // By how much larger than usual people have letters; that of what is painted is the platform's own matter.

@@ -27,10 +27,13 @@ class UIDevice {
 
   virtual std::string name() const = 0;           // given by the user; a host name on a desktop
   virtual std::string model() const = 0;          // product family
+  virtual std::string systemName() const = 0;     // of the operating system
   virtual std::string systemVersion() const = 0;  // such as "16.4"
   // The hardware's machine identifier. May throw std::runtime_error when it cannot be read.
   virtual std::string machine() const = 0;
   virtual UIUserInterfaceIdiom userInterfaceIdiom() const = 0;
+  // A phone or a tablet, rather than what stands on a desk.
+  virtual bool isCarried() const = 0;
   // When the system was started, in whole seconds since 1970; 0 when that is not known.
   virtual int64_t bootTime() const = 0;
 

@@ -41,6 +41,8 @@ class WebViewPeer : public virtual ViewPeer {
       const std::string& script,
       std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) = 0;
 
+  // All sound of the page, whatever makes it. The page is not told.
+  virtual void setMuted(bool muted) = 0;
   virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
   bool paintsContent() const override { return true; }
 };

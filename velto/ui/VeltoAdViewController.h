@@ -56,14 +56,15 @@ class VeltoAdViewController : public UIViewController,
   PreparedPage& preparedPage() { return preparedPage_; }
   using AVAudioSDKVelto::activateAudioSession;
 
-  // Moves and sizes the page, and where it has one its place, for a rich-media command.
+  // Moves and sizes the page, and where it has one its place.
   enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
   virtual void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset) = 0;
-  void _expandActionInMainWebView(int64_t action) { _expandOrResizeMainWebView(action, {}, {}); }
+  void _expandActionInMainWebView(int64_t action) { _resizeActionInMainWebView(action, {}, {}); }
   void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
+    expectChangeOMSDK();
     _expandOrResizeMainWebView(action, size, offset);
   }
-  // The view of a second part, in its place over all of the first.
+  // The view of a second part, over all of the first.
   virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;
 
   // What the ad's events mean for it.
@@ -96,7 +97,7 @@ class VeltoAdViewController : public UIViewController,
     if (!isFetching()) preparedPage_.drop();
   }
 
-  // The host's view controller, taps, and what is observed from the start; called when the object is made.
+  // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
   // The one that is shown ends; it comes back for its views, which stay.
   std::shared_ptr<VeltoShownAd> letGo();

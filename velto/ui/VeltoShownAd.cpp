@@ -35,8 +35,11 @@ void VeltoShownAd::end() {
   if (forcedOrientation_ != 0) _restoreOriginalOrientation();
   controller_ = nullptr;
   life_.reset();
-  for (const auto& page : {webView_, secondaryMRAIDWebView_})
-    if (page) page->setNavigationDelegate({});
+  for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
+    if (!page) continue;
+    page->setNavigationDelegate({});
+    page->setMuted(true);  // it may live on for its way out, and for what measures it
+  }
   ad_.reset();
   adapter_.reset();
   mraidHandler_.reset();

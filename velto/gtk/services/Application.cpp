@@ -77,6 +77,13 @@ void Application::onApplicationsChanged(GAppInfoMonitor*, gpointer application) 
   self.portal_.forget();
 }
 
+void Application::setLocked(bool locked, NSNotificationCenter& center) {
+  locked_ = locked;
+  center.postNotification({locked ? UIApplicationProtectedDataWillBecomeUnavailable
+                                  : UIApplicationProtectedDataDidBecomeAvailable,
+                           {}});
+}
+
 bool Application::canOpenURL(const NSURL& url) const {
   const auto scheme = openableScheme(url);
   if (!scheme) return false;

@@ -6,6 +6,7 @@
 #include "velto/gtk/services/UriPortal.h"
 #include "velto/gtk/web/TouchGuard.h"
 #include "velto/platform/MainQueue.h"
+#include "velto/platform/NSNotificationCenter.h"
 #include "velto/platform/UIApplication.h"
 
 #include <gio/gio.h>
@@ -32,6 +33,10 @@ class Application : public UIApplication {
   void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
                std::function<void(bool opened)> completion) override;
 
+  bool isProtectedDataAvailable() const override { return !locked_; }
+  // By the session's lock; tells the library.
+  void setLocked(bool locked, NSNotificationCenter& center);
+
   // High contrast is what a desktop offers to people who cannot read on translucent surfaces.
   bool isReduceTransparencyEnabled() const override;
   bool isReduceMotionEnabled() const override;
@@ -40,6 +45,7 @@ class Application : public UIApplication {
   void attemptRotationToDeviceOrientation() override;
 
  private:
+  bool locked_ = false;
   static void onApplicationsChanged(GAppInfoMonitor*, gpointer application) noexcept;
 
   MainQueue& mainQueue_;

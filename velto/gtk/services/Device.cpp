@@ -98,6 +98,16 @@ UIUserInterfaceIdiom Device::userInterfaceIdiom() const {
                                                          : UIUserInterfaceIdiom::Pad;
 }
 
+bool Device::isCarried() const {
+  const std::string word = chassis();
+  return word == "handset" || word == "tablet" || userInterfaceIdiom() == UIUserInterfaceIdiom::Phone;
+}
+
+std::string Device::systemName() const {
+  const GText name(g_get_os_info(G_OS_INFO_KEY_NAME));
+  return name && *name ? name.get() : kernel().sysname;
+}
+
 std::string Device::systemVersion() const {
   // Rolling distributions have no version.
   const GText version(g_get_os_info(G_OS_INFO_KEY_VERSION_ID));

@@ -19,7 +19,8 @@ class Device : public UIDevice {
   explicit Device(const UIScreen& screen, std::string root = "");
 
   std::string name() const override;
-  std::string model() const override;  // the kind of case: "Desktop", "Laptop", "Tablet", "Handset"
+  std::string model() const override;       // the kind of case: "Desktop", "Laptop", "Tablet", "Handset"
+  std::string systemName() const override;  // the distribution's, whose version it is
   std::string systemVersion() const override;
   // The product's name in the firmware's tables or the device tree, else the processor's architecture.
   std::string machine() const override;
@@ -27,6 +28,7 @@ class Device : public UIDevice {
   // Everything but a handset counts as a tablet; what does not tell
   // its case is a handset when its screen is as narrow as one.
   UIUserInterfaceIdiom userInterfaceIdiom() const override;
+  bool isCarried() const override;
   bool isSystemVersionAtLeast(int) const override {
     return true;
   }  // the interfaces offered are the current ones

@@ -194,8 +194,7 @@ void HostWindow::focusChanged(GtkWindow*, GParamSpec*, HostWindow*) noexcept {
   ViewChanges::note();
 }
 
-// A person who looks at another application has left this one. Where windows get no focus at all (a display
-// without window manager) nobody has.
+// Where windows get no focus at all (a display without window manager) nobody has taken it away.
 bool HostWindow::hasFocus() {
   static bool hadFocus = false;
   GListModel* windows = gtk_window_get_toplevels();
@@ -206,6 +205,20 @@ bool HostWindow::hasFocus() {
   return !hadFocus;
 }
 
+// As on a phone: whatever else has the attention is all that is seen then. Beside other windows, or on a second
+// screen, this one is in sight without it.
+bool HostWindow::fillsScreen() const {
+  if (!gtk_widget_get_mapped(GTK_WIDGET(window_))) return false;
+  GListModel* monitors = gdk_display_get_monitors(gtk_widget_get_display(GTK_WIDGET(window_)));
+  if (g_list_model_get_n_items(monitors) != 1) return false;
+  const auto monitor = GPtr<GdkMonitor>::adopt(GDK_MONITOR(g_list_model_get_item(monitors, 0)));
+  GdkRectangle screen{};
+  gdk_monitor_get_geometry(monitor, &screen);
+  auto* window = GTK_WIDGET(window_);
+  return gtk_window_is_maximized(window_) || gtk_window_is_fullscreen(window_) ||
+         (gtk_widget_get_width(window) >= screen.width && gtk_widget_get_height(window) >= screen.height);
+}
+
 WindowSight HostWindow::sight(GtkWidget* widget, CGPoint origin) const {
   const auto moved = [&](CGRect rect) {
     return CGRect{{rect.origin.x + origin.x, rect.origin.y + origin.y}, rect.size};
@@ -213,7 +226,8 @@ WindowSight HostWindow::sight(GtkWidget* widget, CGPoint origin) const {
   const Painted painted = paintedOver(widget, nodes_.get());
   WindowSight sight;
   sight.minimized = !isVisible();
-  sight.focused = hasFocus();
+  sight.focused = hasFocus() || !fillsScreen();
+  sight.measurable = painted.measurable;
   if (painted.found) sight.onScreen = moved(painted.window);
   sight.painted = painted.found || widget == root_;
   if (painted.clip && widget != root_) sight.clip = moved(*painted.clip);

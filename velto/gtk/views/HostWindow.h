@@ -59,6 +59,7 @@ class HostWindow {
   static void painted(GdkFrameClock*, HostWindow* self) noexcept;
   static void tellVisibility();
   static bool hasFocus();
+  bool fillsScreen() const;
   bool isVisible() const;
   void insertOverlay();
   void followWidgets();

@@ -1,7 +1,9 @@
-// A walk through the window's render nodes; popovers by their surfaces.
+// A walk through the window's render nodes; popovers and windows by their surfaces.
 #include "velto/gtk/views/PaintedOver.h"
 
+#include "velto/gtk/GtkVersions.h"
 #include "velto/gtk/views/ScreenPart.h"
+#include "velto/gtk/views/WindowsOver.h"
 #include "velto/platform/foundation/GMemory.h"
 
 #include <cmath>
@@ -22,6 +24,14 @@ graphene_rect_t boundsOf(GtkWidget* window) {
 // Edges that meet still do so after the way through a matrix and back.
 double settled(float value) {
   return std::round(value * 64) / 64;
+}
+
+// Of what is turned, a rectangle says too little.
+bool isUpright(const graphene_matrix_t& matrix) {
+  double xx, yx, xy, yy, x, y;
+  constexpr double least = 1e-4;
+  return graphene_matrix_to_2d(&matrix, &xx, &yx, &xy, &yy, &x, &y) && std::abs(xy) < least &&
+         std::abs(yx) < least;
 }
 
 std::string markerOf(GtkWidget* widget) {
@@ -80,12 +90,14 @@ class Walk {
       case GSK_OUTSET_SHADOW_NODE:
         return;  // softens what is below and does not hide it
       default:
+        isWhole = isWhole && !mayHold(node);
         break;
     }
     if (place) add(node, state);
   }
 
   std::optional<State> place;           // of the marked widget
+  bool isWhole = true;                  // nothing was met that could hold it unseen
   std::vector<graphene_rect_t> covers;  // in the window's coordinates
 
  private:
@@ -93,6 +105,12 @@ class Walk {
     graphene_rect_t result;
     graphene_matrix_transform_bounds(&state.matrix, &rect, &result);
     return result;
+  }
+
+  // Nodes with others in them, whose picture is not the sum of those.
+  static bool mayHold(GskRenderNode* node) {
+    const auto type = gsk_render_node_get_node_type(node);
+    return type == GSK_BLEND_NODE || type == GSK_REPEAT_NODE || isMask(node);
   }
 
   void visitFaded(GskRenderNode* child, const State& state, float opacity) {
@@ -119,23 +137,6 @@ class Walk {
 
   std::string marker_;
 };
-
-void addPopovers(GtkWidget* within, GtkWidget* over, std::vector<CGRect>& rects) {
-  for (auto* child = gtk_widget_get_first_child(within); child; child = gtk_widget_get_next_sibling(child)) {
-    if (child == over || !gtk_widget_get_mapped(child)) continue;
-    auto* surface = GTK_IS_POPOVER(child) ? gtk_native_get_surface(GTK_NATIVE(child)) : nullptr;
-    if (surface &&
-        gdk_popup_get_parent(GDK_POPUP(surface)) == gtk_native_get_surface(gtk_widget_get_native(over))) {
-      const CGPoint from = placeOnSurface(over);
-      const CGPoint inside = placeOnSurface(child);
-      rects.push_back({{gdk_popup_get_position_x(GDK_POPUP(surface)) + inside.x - from.x,
-                        gdk_popup_get_position_y(GDK_POPUP(surface)) + inside.y - from.y},
-                       {static_cast<double>(gtk_widget_get_width(child)),
-                        static_cast<double>(gtk_widget_get_height(child))}});
-    }
-    addPopovers(child, over, rects);
-  }
-}
 
 }  // namespace
 
@@ -168,6 +169,7 @@ Painted paintedOver(GtkWidget* widget, GskRenderNode* nodes) {
   graphene_matrix_init_translate(&start.matrix, &origin);
   walk.visit(nodes, start);
   graphene_matrix_t back;
+  result.measurable = walk.place ? isUpright(walk.place->matrix) : walk.isWhole;
   if (!walk.place || !graphene_matrix_inverse(&walk.place->matrix, &back)) return result;
 
   const auto own = [&](const graphene_rect_t& rect) {
@@ -180,6 +182,8 @@ Painted paintedOver(GtkWidget* widget, GskRenderNode* nodes) {
                    settled(inside.origin.y + inside.size.height) - top}};
   };
   result.found = true;
+  const auto popovers = popoversOver(window, widget);
+  const auto windows = windowsOver(widget);
   if (walk.place->clip) result.clip = own(*walk.place->clip);
   graphene_rect_t shown =
       GRAPHENE_RECT_INIT(0, 0, float(gtk_widget_get_width(window)), float(gtk_widget_get_height(window)));
@@ -195,7 +199,8 @@ Painted paintedOver(GtkWidget* widget, GskRenderNode* nodes) {
     if (const CGRect inside = own(cover);
         inside.maxX() > 0 && inside.maxY() > 0 && inside.minX() < width && inside.minY() < height)
       result.covers.push_back(inside);
-  addPopovers(window, widget, result.covers);
+  for (auto* over : {&popovers, &windows})
+    result.covers.insert(result.covers.end(), over->begin(), over->end());
   return result;
 }
 

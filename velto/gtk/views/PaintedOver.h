@@ -19,9 +19,11 @@ void snapshotMarked(GtkWidget* widget, const GtkWidgetClass* parentClass, GtkSna
 // In the widget's coordinates.
 struct Painted {
   bool found = false;               // it was painted, and not wholly clear
+  bool measurable = true;           // neither turned nor inside of what does not tell its parts
   CGRect window;                    // the part of its window that lies on a screen, as far as is known
   std::optional<CGRect> clip = {};  // what those around it let be seen
-  std::vector<CGRect> covers = {};  // what is painted after it, as far as it lies over it, and popovers
+  std::vector<CGRect> covers =
+      {};  // what is painted after it, as far as it lies over it; popovers and windows
 };
 
 // What a window has painted. To be taken right after it did: while it has something to paint there is

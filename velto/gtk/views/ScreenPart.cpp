@@ -5,6 +5,7 @@
 #include "velto/platform/ui/ViewChanges.h"
 
 #include <algorithm>
+#include <vector>
 
 #ifdef GDK_WINDOWING_X11
 #include <gdk/x11/gdkx.h>
@@ -43,17 +44,39 @@ CGRect allMonitors(GdkDisplay* display) {
           {static_cast<double>(all.width), static_cast<double>(all.height)}};
 }
 
-gboolean eventCame(GdkDisplay*, gpointer event, gpointer surface) noexcept {
-  const auto* told = static_cast<XEvent*>(event);
-  if (told->type == ConfigureNotify &&
-      told->xconfigure.window == gdk_x11_surface_get_xid(GDK_SURFACE(surface)))
-    ViewChanges::note();
+// Any window of the application may come to lie over another one.
+gboolean eventCame(GdkDisplay*, gpointer event, gpointer) noexcept {
+  const int type = static_cast<XEvent*>(event)->type;
+  if (type == ConfigureNotify || type == MapNotify || type == UnmapNotify) ViewChanges::note();
   return FALSE;
+}
+
+// A window's parent, and its children from the lowest to the highest.
+struct Kin {
+  Window parent = 0;
+  std::vector<Window> children;
+};
+
+Kin kinOf(Display* connection, Window window) {
+  Window root = 0, parent = 0;
+  Window* children = nullptr;
+  unsigned count = 0;
+  if (!XQueryTree(connection, window, &root, &parent, &children, &count)) return {};
+  Kin kin{parent, {children, children + count}};
+  if (children) XFree(children);
+  return kin;
+}
+
+// The window that holds it among those of the screen: a window manager's frame, or itself.
+Window outermost(Display* connection, Window window, Window root) {
+  for (Window parent = window; parent && parent != root; parent = kinOf(connection, window).parent)
+    window = parent;
+  return window;
 }
 
 }  // namespace
 
-std::optional<CGRect> screenAround(GtkWidget* widget) {
+std::optional<CGPoint> placeOnScreen(GtkWidget* widget) {
   auto* native = gtk_widget_get_native(widget);
   auto* surface = native ? gtk_native_get_surface(native) : nullptr;
   if (!surface || !GDK_IS_X11_SURFACE(surface)) return std::nullopt;
@@ -66,19 +89,38 @@ std::optional<CGRect> screenAround(GtkWidget* widget) {
   const bool known = XTranslateCoordinates(connection, gdk_x11_surface_get_xid(surface),
                                            gdk_x11_display_get_xrootwindow(display), 0, 0, &x, &y, &child);
   if (gdk_x11_display_error_trap_pop(display) != 0 || !known) return std::nullopt;
-  CGRect screen = allMonitors(display);
-  if (screen.size.width <= 0) return std::nullopt;
   const double scale = std::max(1, gdk_surface_get_scale_factor(surface));
   const CGPoint place = placeOnSurface(widget);
-  screen.origin.x -= x / scale + place.x;
-  screen.origin.y -= y / scale + place.y;
+  return CGPoint{x / scale + place.x, y / scale + place.y};
+}
+
+bool isStackedOver(GdkSurface* surface, GdkSurface* other) {
+  auto* display = gdk_surface_get_display(surface);
+  auto* connection = gdk_x11_display_get_xdisplay(display);
+  const Window root = gdk_x11_display_get_xrootwindow(display);
+  gdk_x11_display_error_trap_push(display);
+  const Window high = outermost(connection, gdk_x11_surface_get_xid(surface), root);
+  const Window low = outermost(connection, gdk_x11_surface_get_xid(other), root);
+  const auto order = kinOf(connection, root).children;
+  gdk_x11_display_error_trap_pop_ignored(display);
+  const auto found = std::find(order.begin(), order.end(), low);
+  return std::find(found, order.end(), high) != order.end();
+}
+
+std::optional<CGRect> screenAround(GtkWidget* widget) {
+  const auto place = placeOnScreen(widget);
+  if (!place) return std::nullopt;
+  CGRect screen = allMonitors(gtk_widget_get_display(widget));
+  if (screen.size.width <= 0) return std::nullopt;
+  screen.origin.x -= place->x;
+  screen.origin.y -= place->y;
   return screen;
 }
 
 Signal watchMoves(GdkSurface* surface) {
   auto* display = gdk_surface_get_display(surface);
   if (!GDK_IS_X11_DISPLAY(display)) return {};
-  return Signal(display, "xevent", G_CALLBACK(eventCame), surface);
+  return Signal(display, "xevent", G_CALLBACK(eventCame), nullptr);
 }
 
 unsigned long x11WindowOf(GtkWidget* widget) {
@@ -91,6 +133,12 @@ VELTO_X11_END
 #else
 std::optional<CGRect> screenAround(GtkWidget*) {
   return std::nullopt;
+}
+std::optional<CGPoint> placeOnScreen(GtkWidget*) {
+  return std::nullopt;
+}
+bool isStackedOver(GdkSurface*, GdkSurface*) {
+  return false;
 }
 Signal watchMoves(GdkSurface*) {
   return {};

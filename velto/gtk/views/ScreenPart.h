@@ -15,7 +15,12 @@ namespace velto::gtk {
 // not tell.
 std::optional<CGRect> screenAround(GtkWidget* widget);
 
-// Tells of moves by ViewChanges::note(), until it goes. The surface must outlive it.
+// Where the widget's coordinates begin on the screens, and whether one surface lies over another there; the same
+// holds of these.
+std::optional<CGPoint> placeOnScreen(GtkWidget* widget);
+bool isStackedOver(GdkSurface* surface, GdkSurface* other);
+
+// Tells of moves, also of the application's other windows, by ViewChanges::note(), until it goes. The surface must outlive it.
 Signal watchMoves(GdkSurface* surface);
 
 // The number of the widget's window on an X11 display; 0 on others, and before it has one.

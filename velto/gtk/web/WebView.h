@@ -33,6 +33,7 @@ class WebView final : public Peer, public WebViewPeer {
   void addUserScript(const WKUserScript& script) override;
   void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) override;
   void evaluateJavaScript(const std::string& script, PageScripts::Completion completion) override;
+  void setMuted(bool muted) override { webkit_web_view_set_is_muted(engine_.view, muted); }
   void setScrollBehavior(const ScrollBehavior& behavior) override;
 
   const Engine& engine() const { return engine_; }

@@ -21,6 +21,15 @@ void ScriptedApplication::enterForeground() {
       {UIApplicationWillEnterForegroundNotification, {}});
 }
 
+void ScriptedApplication::setLocked(bool locked) {
+  queue_->requireMain("ScriptedApplication::setLocked");
+  locked_ = locked;
+  Platform::current().notificationCenter().postNotification(
+      {locked ? UIApplicationProtectedDataWillBecomeUnavailable
+              : UIApplicationProtectedDataDidBecomeAvailable,
+       {}});
+}
+
 bool ScriptedApplication::canOpenURL(const NSURL& url) const {
   queue_->requireMain("UIApplication::canOpenURL");
   const auto scheme = url.scheme();

@@ -30,16 +30,19 @@ class ScriptedApplication : public UIApplication {
   // The person leaves the application, and comes back.
   void enterBackground();
   void enterForeground();
+  void setLocked(bool locked);
 
   using UIApplication::openURL;
   bool canOpenURL(const NSURL& url) const override;
   void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
                std::function<void(bool opened)> completion) override;
+  bool isProtectedDataAvailable() const override { return !locked_; }
   bool isReduceTransparencyEnabled() const override { return reduceTransparency; }
   double textScale() const override { return scaleOfText; }
   void attemptRotationToDeviceOrientation() override { ++rotationAttempts; }
 
  private:
+  bool locked_ = false;
   std::shared_ptr<VirtualQueue> queue_;
 };
 

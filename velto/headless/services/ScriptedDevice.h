@@ -12,6 +12,7 @@ namespace velto::headless {
 struct DeviceFacts {
   std::string name = "Phone";
   std::string model = "iPhone";
+  std::string systemName = "iOS";
   std::string systemVersion = "16.4";
   std::optional<std::string> machine = "iPhone12,1";  // nothing: reading it fails
   UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::Phone;
@@ -25,11 +26,13 @@ class ScriptedDevice : public UIDevice {
 
   std::string name() const override { return facts.name; }
   std::string model() const override { return facts.model; }
+  std::string systemName() const override { return facts.systemName; }
   std::string systemVersion() const override { return facts.systemVersion; }
   std::string machine() const override {
     return facts.machine ? *facts.machine : throw std::runtime_error("the machine identifier cannot be read");
   }
   UIUserInterfaceIdiom userInterfaceIdiom() const override { return facts.idiom; }
+  bool isCarried() const override { return true; }
   int64_t bootTime() const override { return facts.bootTime; }
   bool isSystemVersionAtLeast(int major) const override {
     return leadingInteger(facts.systemVersion) >= major;

@@ -37,6 +37,7 @@ class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
   const std::vector<std::string>& scripts() const { return scripts_; }
   bool hasRun(const std::string& scriptPart) const;  // whether a script containing the text was evaluated
   const ScrollBehavior& scrollBehavior() const { return scroll_; }
+  bool isMuted() const { return muted_; }
   bool usedPreparedContent() const { return usedPreparedContent_; }
 
   // Playing the page. Each reports to the web view's delegate inside the call, and the view may be gone
@@ -54,6 +55,7 @@ class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
   void evaluateJavaScript(
       const std::string& script,
       std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) override;
+  void setMuted(bool muted) override { muted_ = muted; }
   void setScrollBehavior(const ScrollBehavior& behavior) override;
 
  private:
@@ -66,6 +68,7 @@ class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
   std::vector<Load> loads_;
   std::vector<std::string> scripts_;
   ScrollBehavior scroll_;
+  bool muted_ = false;
   ScriptAnswers answers_;
   std::function<bool()> finishesByItself_;
   Handle registration_;

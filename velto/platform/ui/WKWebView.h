@@ -92,6 +92,7 @@ class WKWebView : public UIView {
       const std::string& script,
       std::function<void(std::optional<JSON> result, std::optional<NSError> error)> completion);
 
+  void setMuted(bool muted) { webPeer_->setMuted(muted); }
   const ScrollBehavior& scrollView() const { return scroll_; }
   void setScrollView(const ScrollBehavior& behavior);
 
