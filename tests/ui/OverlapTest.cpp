@@ -150,6 +150,7 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
 TEST_F(OverlapTest, AStepThatComesLateKnowsWhatTheAdIsByThen) {
   auto& orientation = platform->device().facts.orientation;
   orientation = 3;
+  platform->veltoBundle().files["omsdk-v1.js"] = "service()";
   const auto ad = banner(VeltoBannerPositionTop);
   loadAd(*ad, markup(test::richPage));
   page().navigate(forcing("landscape"));
