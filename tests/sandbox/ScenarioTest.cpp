@@ -60,7 +60,8 @@ TEST(Scenario, ReadsBodiesFromFilesBesideItAndTheExamplesAreGood) {
   const std::string path = folder.write("a.json", R"({"rules": [{"answers": [
       {"body": {"file": "page.html"}}, {"body": {"base64": "/wA="}}, {"body": ["one", "two"]}]}]})");
   std::vector<std::string> bodies;
-  for (const auto& answer : readScenarioFile(path).at(0).answers) bodies.push_back(answer.body);
+  const auto rules = readScenarioFile(path);
+  for (const auto& answer : rules.at(0).answers) bodies.push_back(answer.body);
   EXPECT_EQ(bodies, (std::vector<std::string>{"from a file", {"\xFF\0", 2}, "one\ntwo"}));
   for (const auto& entry : std::filesystem::directory_iterator(SANDBOX_EXAMPLES))
     if (entry.path().extension() == ".json") EXPECT_NO_THROW(readScenarioFile(entry.path())) << entry.path();
