@@ -89,10 +89,11 @@ void UIView::showAlpha() {
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
   if (view->superview_ == this) {  // comes to the front, and stays what it is otherwise
-    const auto kept = view;
-    std::erase(subviews_, kept);
-    kept->peer_->removeFromSuperview();
-    insertInFront(kept);
+    const auto place = std::find(subviews_.begin(), subviews_.end(), view);
+    const auto moved = std::move(*place);
+    subviews_.erase(place);
+    moved->peer_->removeFromSuperview();
+    insertInFront(moved);
     ViewChanges::note();
     return;
   }
