@@ -51,9 +51,13 @@ inline void giveKeyboard(GtkWindow* window) {
   ASSERT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
 }
 
-inline void click(GtkWindow* window, CGPoint point) {
-  xdotool("mousemove --window " + idOf(window) + " " + std::to_string(std::lround(point.x)) + " " +
-          std::to_string(std::lround(point.y)) + " click 1");
+// Where windows are only a Wayland compositor knows: there it has to fill the screen.
+inline void click(GtkWindow* window, CGPoint point, int button = 1) {
+  const bool isX11 = gtk::x11WindowOf(GTK_WIDGET(window)) != 0;
+  if (!isX11) xdotool("mousemove 1 1");  // a pointer that comes in
+  xdotool("mousemove " + (isX11 ? "--window " + idOf(window) + " " : "") +
+          std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) + " click " +
+          std::to_string(button));
 }
 
 }  // namespace velto::test
