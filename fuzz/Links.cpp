@@ -17,22 +17,20 @@ bool inScheme(char c) {
 }
 
 // For each "://" by itself: is it a link's, and does that link contain what is wanted?
-bool plainSearch(std::string_view text) {
-  size_t consumed = 0;  // text that belongs to a link already found
-  for (size_t at = 0; at + 3 <= text.size(); ++at) {
-    if (at < consumed || text.substr(at, 3) != "://") continue;
+bool plainSearch(const std::string& text) {
+  static const std::string ends = [] {
+    std::string all = "\"'<>`\x7f";
+    for (char c = 0; c <= 0x20; ++c) all += c;
+    return all;
+  }();
+  size_t end = 0;  // of the link already found
+  for (size_t at = 0; (at = text.find("://", std::max(at, end))) != std::string::npos; ++at) {
     size_t start = at;
     while (start > 0 && inScheme(text[start - 1])) --start;
     if (start == at || !std::isalpha(static_cast<unsigned char>(text[start]))) continue;
     if (start > 0 && text[start - 1] == '_') continue;
-    size_t end = at + 3;
-    const auto ends = [](char c) {
-      return static_cast<unsigned char>(c) <= 0x20 || c == 0x7f ||
-             std::string_view("\"'<>`").find(c) != std::string_view::npos;
-    };
-    while (end < text.size() && !ends(text[end])) ++end;
-    if (end > at + 3 && text.substr(start, end - start).find(wanted) != std::string_view::npos) return true;
-    consumed = end;
+    end = std::min(text.find_first_of(ends, at + 3), text.size());
+    if (end > at + 3 && text.substr(start, end - start).find(wanted) != std::string::npos) return true;
   }
   return false;
 }
