@@ -20,24 +20,19 @@ namespace velto::test {
 namespace {
 
 // A client as public scripts have it, written after the message contract alone. verify(by) listens to a session and to all
-// of its events, which go to report() where there is one, else to the list `log` of the page at the top. `version` decides
-// how arguments travel.
+// of its events, which go to report() where there is one, else to the list `log` of the page at the top.
 const std::string client = R"(
-function verify(by, version) {
-  const list = !version;
+function verify(by) {
   const properties = window.omidVerificationProperties || {};
   const handlers = {};
   let send, way;
   const note = (event) => {
-    const entry = { by, way, event };
     if (window.report) report(event);
-    else if (window === top) log.push(entry);
-    else top.postMessage({ log: JSON.parse(JSON.stringify(entry)) }, '*');
+    else top.postMessage({ log: JSON.parse(JSON.stringify({ by, way, event })) }, '*');
   };
   const take = (message) => {
     if (!message || message.omid_message_method !== 'response') return;
-    const args = list ? message.omid_message_args : JSON.parse(message.omid_message_args);
-    if (handlers[message.omid_message_guid]) handlers[message.omid_message_guid](args[0]);
+    if (handlers[message.omid_message_guid]) handlers[message.omid_message_guid](message.omid_message_args[0]);
   };
   for (const target of [properties.serviceWindow, top]) {
     if (!target || send) continue;
@@ -56,10 +51,9 @@ function verify(by, version) {
   }
   const call = (method, first) => {
     const guid = by + Math.random();
-    const args = [first, properties.injectionId];
     handlers[guid] = note;
     send({ omid_message_guid: guid, omid_message_method: 'VerificationService.' + method,
-      omid_message_version: version || '1.4.0', omid_message_args: list ? args : JSON.stringify(args) });
+      omid_message_version: '1.4.0', omid_message_args: [first, properties.injectionId] });
   };
   call('addSessionListener', by);
   for (const type of ['impression', 'geometryChange', 'media']) call('addEventListener', type);
@@ -173,9 +167,8 @@ class PagesTest : public testing::Test {
 TEST_F(PagesTest, ClientsFindTheServiceInEveryWay) {
   // The inline script is the first thing of the body: presence must have been announced by then.
   load(
-      "<script>const present = 'omid_v1_present' in frames && 'omid_v1_present_app' in frames; "
-      "verify('direct');"
-      "verify('old', '1.0.2'); const hear = (event) => log.push({ by: 'global', event });"
+      "<script>const present = 'omid_v1_present' in frames && 'omid_v1_present_app' in frames;"
+      "const hear = (event) => log.push({ by: 'global', event });"
       "omid3p.registerSessionObserver(hear, 'global'); omid3p.addEventListener('geometryChange', "
       "hear);</script>"
       "<iframe srcdoc=\"<script>" +
@@ -183,13 +176,13 @@ TEST_F(PagesTest, ClientsFindTheServiceInEveryWay) {
       client + "verify('sandboxed')</script>\"></iframe>");
   EXPECT_EQ(value("present"), JSON(true));
   startHTML();
-  EXPECT_TRUE(holds("log.some(e => e.by === 'sandboxed' && e.event.type === 'geometryChange')"));
-  for (const std::string by : {"direct", "old", "global", "same-origin", "sandboxed"})
+  EXPECT_TRUE(holds("log.filter(e => e.event.type === 'geometryChange').length === 3"));
+  for (const std::string by : {"global", "same-origin", "sandboxed"})
     EXPECT_EQ(heard(by), JSON("sessionStart,geometryChange")) << by;
   EXPECT_EQ(heard("same-origin", "e.way"), JSON("direct,direct"));
   EXPECT_EQ(heard("sandboxed", "e.way"), JSON("posted,posted"));
   view_->removeFromSuperview();  // as a refresh does it
-  EXPECT_TRUE(holds("log.filter(e => e.event.type === 'sessionFinish').length === 5"));
+  EXPECT_TRUE(holds("log.filter(e => e.event.type === 'sessionFinish').length === 3"));
 }
 
 TEST_F(PagesTest, VerificationScriptsThatTheAdNamesRunInFramesOfTheirOwn) {
@@ -207,7 +200,7 @@ TEST_F(PagesTest, VerificationScriptsThatTheAdNamesRunInFramesOfTheirOwn) {
       "handleExportedMessage() {} });</script>");
   EXPECT_EQ(value("document.querySelectorAll('iframe').length"), JSON(2)) << "not before the session starts";
   startHTML();
-  ASSERT_TRUE(holds("log.some(e => e.by === 'named' && e.event.type === 'geometryChange')"));
+  ASSERT_TRUE(holds("log.filter(e => e.event.type === 'geometryChange').length === 2"));
   EXPECT_EQ(heard("inside"), JSON("app,injectionId,injectionSource,serviceWindow,null"));
   EXPECT_EQ(heard("named", "[e.way, e.event.type, e.event.data.verificationParameters].join(' ')"),
             JSON("posted sessionStart secret,posted geometryChange "));

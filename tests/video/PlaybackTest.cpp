@@ -93,7 +93,8 @@ TEST_F(PlaybackTest, ClosedWhileLoadingStaysClosed) {
   play({.loadsAfter = 2s});
   ASSERT_TRUE(isShown());
   EXPECT_EQ(screen()->controls()->timeLabel().title(), "Loading");
-  EXPECT_FALSE(window->pressKey(UIKey::Space) && host->player()->isPlaying()) << "nothing to play yet";
+  window->pressKey(UIKey::Space);
+  EXPECT_FALSE(host->player()->isPlaying()) << "nothing to play yet";
   EXPECT_TRUE(window->pressEscape());
   platform->advance(10s);
   expectClosed();
@@ -138,8 +139,6 @@ TEST_F(PlaybackTest, KeysAndButtonsSteerIt) {
   EXPECT_NEAR(at(), 60, 1);
   const auto& lines = controls.progressBar().subviews();
   EXPECT_NEAR(lines[1]->frame().size.width / lines[0]->frame().size.width, 0.6, 0.01);
-  EXPECT_EQ(controls.timeLabel().frame().minX(), controls.playButton().frame().maxX());
-  EXPECT_EQ(PlayerControls::make({})->timeLabel().title(), "Loading");
   screen()->controls()->show({.loading = false, .seconds = 65, .duration = 7200});
   EXPECT_EQ(controls.timeLabel().title(), "1:05 / 2:00:00");
   platform->advance(16s);

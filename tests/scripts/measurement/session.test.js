@@ -7,27 +7,20 @@ test('events carry the time at which they happened, and who comes late hears the
   clock.now = 5;
   call('loaded', { isSkippable: false });
   clock.now = 100;
-  const early = [hear('session'), hear('media'), hear('geometryChange')];
   app.start(20, started());
-  app.geometry(30, seen({ percentageInView: 50 }));
   clock.now = 40;
   call('impressionOccurred');
   call('start', 30, 0.5);
-  clock.now = 50;
-  call('pause');
-  app.geometry(60, seen({ percentageInView: 20 }));
-  clock.now = 900;
-  equal(early.map(told), [
-    'sessionStart@20',
-    'loaded@5 start@40 pause@50',
-    'geometryChange@20 geometryChange@30 geometryChange@60',
-  ]);
-  const late = () => ['session', 'media', 'impression', 'geometryChange', 'start'].map((type) => told(hear(type)));
-  const kept = ['sessionStart@20', 'loaded@5 start@40 pause@50', 'impression@40', 'geometryChange@60', 'start@40'];
   for (const nothing of ['startSession', 'finishSession', 'registerAdEvents', 'sendUrl', 'constructor']) call(nothing);
-  equal(late(), kept, 'the application starts and finishes');
+  app.geometry(60, seen({ percentageInView: 20 }));
   app.finish(70);
-  equal(late(), ['sessionStart@20 sessionFinish@70', ...kept.slice(1)], 'after the end');
+  equal(['session', 'media', 'impression', 'geometryChange', 'start'].map((type) => told(hear(type))), [
+    'sessionStart@20 sessionFinish@70',
+    'loaded@5 start@40',
+    'impression@40',
+    'geometryChange@60',
+    'start@40',
+  ]);
   const own = [];
   observe((event) => own.push(event));
   equal(told(own), 'sessionStart@20 sessionFinish@70');
