@@ -68,9 +68,9 @@ class EngineTest : public HeadlessTest {
 TEST_F(EngineTest, ValuesThatAreOutOfRangeMakeNoSession) {
   EXPECT_FALSE(OMIDVeltoPartner::initWithName(" \n", "1"));
   EXPECT_FALSE(OMIDVeltoPartner::initWithName("P", ""));
-  for (const auto& [creative, impression, owner, media] :
+  for (const auto& kinds :
        {std::array{1, 4, 2, 3}, {2, 1, 2, 3}, {2, 4, 3, 3}, {6, 4, 1, 3}, {2, 0, 1, 3}, {2, 4, 1, 4}})
-    FAILS(invalid, configuration(creative, impression, owner, media, error));
+    FAILS(invalid, configuration(kinds[0], kinds[1], kinds[2], kinds[3], error));
   EXPECT_TRUE(configuration(1, 1, 1, 1));
 
   const auto page = WKWebView::initWithFrame({}, {});
