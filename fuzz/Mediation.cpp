@@ -51,24 +51,22 @@ void resolveAsItStands(const std::string& body) {
 }
 
 void resolveItems(std::string_view input) {
-  static const char* const names[] = {"VeltoPassbackBannerAdapter", "VeltoPassbackInterstitialAdapter",
+  static const std::string names[] = {"VeltoPassbackBannerAdapter", "VeltoPassbackInterstitialAdapter",
                                       "Other", "veltopassbackbanneradapter"};
   std::vector<std::string> items;
   std::optional<std::string> first;
   for (size_t at = 0; at + 1 < input.size();) {
     const auto kind = static_cast<uint8_t>(input[at]);
-    const auto length = static_cast<uint8_t>(input[at + 1]) % 16U;
-    const std::string page(input.substr(at + 2, length));
-    at += 2 + length;
-    const bool isPassback = kind % 4 < 2;
+    const std::string page(input.substr(at + 2, static_cast<uint8_t>(input[at + 1]) % 16U));
+    at += 2 + page.size();
     // Line breaks, foreign characters and a number that is a text change nothing; an "e" that is no object
     // does.
     std::string data = base64Encode(page);
     if (kind & 4) data.insert(data.size() / 2, "\\r\\n*-_ ");
     const std::string quoted = R"({"data":")" + data + R"(","timeout":"2500"})";
-    items.push_back(R"({"cn":")" + std::string(names[kind % 4]) + R"(","e":)" +
-                    (kind & 8 ? "[" + quoted + "]" : quoted) + "}");
-    if (!first && isPassback && !(kind & 8) && isValidUTF8(page)) first = page;
+    items.push_back(R"({"cn":")" + names[kind % 4] + R"(","e":)" + (kind & 8 ? "[" + quoted + "]" : quoted) +
+                    "}");
+    if (!first && kind % 4 < 2 && !(kind & 8) && isValidUTF8(page)) first = page;
   }
   const auto outcome = resolve(R"({"mediation":[)" + join(items, ",") + "]}");
   if (items.empty())

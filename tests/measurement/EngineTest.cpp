@@ -10,47 +10,53 @@
 #include "velto/measurement/OMSDK.h"
 #include "velto/platform/ui/WKWebView.h"
 
+#include <array>
+
 #include "../support/HeadlessTest.h"
 
 namespace velto::test {
 namespace {
 
-using Session = std::shared_ptr<OMIDVeltoAdSession>;
-using Configuration = std::shared_ptr<const OMIDVeltoAdSessionConfiguration>;
-using Context = std::shared_ptr<const OMIDVeltoAdSessionContext>;
+constexpr auto invalid = OMIDVeltoErrorInvalidArgument;
+constexpr auto wrongState = OMIDVeltoErrorInvalidState;
+constexpr auto wrongOwner = OMIDVeltoErrorWrongOwner;
+constexpr auto notActive = OMIDVeltoErrorNotActive;
+using Context = OMIDVeltoAdSessionContext;
+using Injector = OMIDVeltoScriptInjector;
+using AdEvents = OMIDVeltoAdEvents;
+using MediaEvents = OMIDVeltoMediaEvents;
 
 class EngineTest : public HeadlessTest {
  protected:
   void SetUp() override { ASSERT_TRUE(OMIDVeltoSDK::sharedInstance()->activate()); }
 
-  static std::shared_ptr<const OMIDVeltoPartner> partner() {
-    return OMIDVeltoPartner::initWithName("P", "1");
-  }
-  static std::shared_ptr<const OMIDVeltoVerificationScriptResource> resource() {
+  static auto partner() { return OMIDVeltoPartner::initWithName("P", "1"); }
+  static auto resource() {
     return OMIDVeltoVerificationScriptResource::initWithURL(*NSURL::URLWithString("https://v.example/"), "v",
                                                             " ");
   }
-  static Configuration configuration(int creative = 4, int impression = 4, int owner = 2, int media = 2,
-                                     OMIDVeltoErrorResult error = nullptr) {
+  static std::shared_ptr<const OMIDVeltoAdSessionConfiguration> configuration(
+      int creative = 4, int impression = 4, int owner = 2, int media = 2,
+      OMIDVeltoErrorResult error = nullptr) {
     return OMIDVeltoAdSessionConfiguration::initWithCreativeType(
         static_cast<OMIDVeltoCreativeType>(creative), static_cast<OMIDVeltoImpressionType>(impression),
         static_cast<OMIDVeltoOwner>(owner), static_cast<OMIDVeltoOwner>(media), false, error);
   }
-  static Context nativeContext(OMIDVeltoErrorResult error = nullptr) {
-    return OMIDVeltoAdSessionContext::initWithPartner(partner(), "script()", {resource()}, std::nullopt, "",
-                                                      error);
+  static auto context() {
+    return Context::initWithPartner(partner(), "script()", {resource()}, std::nullopt, "", nullptr);
   }
-  static Session session(const Configuration& configuration, const Context& context = nativeContext()) {
-    return OMIDVeltoAdSession::initWithConfiguration(configuration, context, nullptr);
+  static auto session(int owner = 2, int media = 2) {
+    return OMIDVeltoAdSession::initWithConfiguration(configuration(4, 4, owner, media), context(), nullptr);
   }
-  // Whether the call fails, with that code.
+  // Whether the call fails with that code, also where nobody asks for it.
   static void fails(OMIDVeltoErrorCode code, const std::function<bool(OMIDVeltoErrorResult)>& call,
                     int line) {
+    SCOPED_TRACE(line);
     std::optional<NSError> error;
-    EXPECT_FALSE(call(&error)) << "line " << line;
-    EXPECT_EQ(error ? error->code : 0, code) << "line " << line;
-    EXPECT_EQ(error ? error->domain : "", OMIDVeltoErrorDomain) << "line " << line;
-    EXPECT_FALSE(call(nullptr)) << "an error nobody asks for, line " << line;
+    EXPECT_FALSE(call(&error));
+    EXPECT_EQ(error ? error->code : 0, code);
+    EXPECT_EQ(error ? error->domain : "", OMIDVeltoErrorDomain);
+    EXPECT_FALSE(call(nullptr));
   }
 };
 
@@ -62,127 +68,120 @@ class EngineTest : public HeadlessTest {
 TEST_F(EngineTest, ValuesThatAreOutOfRangeMakeNoSession) {
   EXPECT_FALSE(OMIDVeltoPartner::initWithName(" \n", "1"));
   EXPECT_FALSE(OMIDVeltoPartner::initWithName("P", ""));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(1, 4, 2, 3, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(2, 1, 2, 3, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(2, 4, 3, 3, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(6, 4, 1, 3, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(2, 0, 1, 3, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, configuration(2, 4, 1, 4, error));
+  for (const auto& kinds :
+       {std::array{1, 4, 2, 3}, {2, 1, 2, 3}, {2, 4, 3, 3}, {6, 4, 1, 3}, {2, 0, 1, 3}, {2, 4, 1, 4}})
+    FAILS(invalid, configuration(kinds[0], kinds[1], kinds[2], kinds[3], error));
   EXPECT_TRUE(configuration(1, 1, 1, 1));
 
-  using C = OMIDVeltoAdSessionContext;
   const auto page = WKWebView::initWithFrame({}, {});
-  FAILS(OMIDVeltoErrorInvalidArgument, C::initWithPartner(nullptr, page, {}, "", error));
-  FAILS(OMIDVeltoErrorInvalidArgument, C::initWithPartner(partner(), nullptr, {}, "", error));
-  FAILS(OMIDVeltoErrorInvalidArgument, C::initWithPartner(partner(), "script", {}, {}, "", error));
-  FAILS(OMIDVeltoErrorInvalidArgument, C::initWithPartner(partner(), "script", {nullptr}, {}, "", error));
-  FAILS(OMIDVeltoErrorInvalidArgument,
-        C::initWithPartner(partner(), std::nullopt, {resource()}, {}, "", error));
+  FAILS(invalid, Context::initWithPartner(nullptr, page, {}, "", error));
+  FAILS(invalid, Context::initWithPartner(partner(), nullptr, {}, "", error));
+  FAILS(invalid, Context::initWithPartner(partner(), "script", {}, {}, "", error));
+  FAILS(invalid, Context::initWithPartner(partner(), "script", {nullptr}, {}, "", error));
+  FAILS(invalid, Context::initWithPartner(partner(), std::nullopt, {resource()}, {}, "", error));
   std::string reference;
   for (int i = 0; i < 256; ++i) reference += "ß";
-  EXPECT_TRUE(C::initWithPartner(partner(), page, {}, reference, nullptr))
-      << "characters are counted, not bytes";
-  FAILS(OMIDVeltoErrorInvalidArgument, C::initWithPartner(partner(), page, {}, reference + "x", error));
-  FAILS(OMIDVeltoErrorInvalidArgument,
-        OMIDVeltoAdSession::initWithConfiguration(nullptr, nativeContext(), error));
-  FAILS(OMIDVeltoErrorInvalidArgument,
-        OMIDVeltoAdSession::initWithConfiguration(configuration(), nullptr, error));
+  EXPECT_TRUE(Context::initWithPartner(partner(), page, {}, reference, nullptr)) << "counted in characters";
+  FAILS(invalid, Context::initWithPartner(partner(), page, {}, reference + "x", error));
+  FAILS(invalid, OMIDVeltoAdSession::initWithConfiguration(nullptr, context(), error));
+  FAILS(invalid, OMIDVeltoAdSession::initWithConfiguration(configuration(), nullptr, error));
 }
 
 TEST_F(EngineTest, NothingWorksBeforeTheActivation) {
   const auto known = partner();
   const auto script = resource();
   const auto settings = configuration();
-  const auto context = nativeContext();
+  const auto ready = context();
   platform = headless::Platform::install();
-  FAILS(OMIDVeltoErrorNotActive, configuration(4, 4, 2, 2, error));
-  FAILS(OMIDVeltoErrorNotActive,
-        OMIDVeltoAdSessionContext::initWithPartner(known, "script", {script}, {}, "", error));
-  FAILS(OMIDVeltoErrorNotActive, OMIDVeltoAdSession::initWithConfiguration(settings, context, error));
-  FAILS(OMIDVeltoErrorNotActive, OMIDVeltoScriptInjector::injectScriptContent("x", "<p>", error));
+  FAILS(notActive, configuration(4, 4, 2, 2, error));
+  FAILS(notActive, Context::initWithPartner(known, "script", {script}, {}, "", error));
+  FAILS(notActive, OMIDVeltoAdSession::initWithConfiguration(settings, ready, error));
+  FAILS(notActive, Injector::injectScriptContent("x", "<p>", error));
   EXPECT_FALSE(partner() || resource());
-  platform->veltoBundle().files["omsdk-v1.js"] = "service()";
+  auto& files = platform->veltoBundle().files;
+  files["omsdk-v1.js"] = "service()";
   EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>ad"), "<p>ad");
   EXPECT_EQ(VeltoAdManager::getOMSKJs(), std::nullopt);
   registerKey();
   EXPECT_TRUE(VeltoUtilities::isOMSDKActive());
-  EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>ad"), "<script>service()</script><p>ad");
+  files["omsdk-v1.js"] = "\xFF";
+  EXPECT_EQ(VeltoAdManager::getOMSKJs(), std::nullopt) << "no text: it is read again until there is one";
+  for (const auto* text : {"service()", "second()"}) {
+    files["omsdk-v1.js"] = text;
+    EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>ad"), "<script>service()</script><p>ad");
+  }
+  EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("  "), "  ");
 }
 
 TEST_F(EngineTest, AdEventsComeOnceAndFromTheirOwner) {
-  const auto native = session(configuration());
-  const auto events = OMIDVeltoAdEvents::initWithAdSession(native, nullptr);
+  const auto native = session();
+  const auto events = AdEvents::initWithAdSession(native, nullptr);
   ASSERT_TRUE(events);
-  FAILS(OMIDVeltoErrorInvalidState, OMIDVeltoAdEvents::initWithAdSession(native, error));
-  FAILS(OMIDVeltoErrorInvalidArgument, OMIDVeltoAdEvents::initWithAdSession(nullptr, error));
+  FAILS(wrongState, AdEvents::initWithAdSession(native, error));
+  FAILS(invalid, AdEvents::initWithAdSession(nullptr, error));
   EXPECT_TRUE(events->loadedWithError(nullptr));
-  FAILS(OMIDVeltoErrorInvalidState, events->loadedWithError(error));
-  FAILS(OMIDVeltoErrorInvalidState,
-        events->loadedWithVastProperties(
-            OMIDVeltoVASTProperties::initWithAutoPlay(true, OMIDVeltoPositionStandalone), error));
+  FAILS(wrongState, events->loadedWithError(error));
+  const auto video = OMIDVeltoVASTProperties::initWithAutoPlay(true, OMIDVeltoPositionStandalone);
+  FAILS(wrongState, events->loadedWithVastProperties(video, error));
   EXPECT_FALSE(native->isStarted());
   EXPECT_TRUE(events->impressionOccurredWithError(nullptr));
   EXPECT_TRUE(native->isStarted()) << "the impression starts it";
-  FAILS(OMIDVeltoErrorInvalidState, events->impressionOccurredWithError(error));
+  FAILS(wrongState, events->impressionOccurredWithError(error));
 
-  const auto page = session(configuration(2, 4, 1, 3));
-  const auto pageEvents = OMIDVeltoAdEvents::initWithAdSession(page, nullptr);
-  FAILS(OMIDVeltoErrorWrongOwner, pageEvents->loadedWithError(error));
-  FAILS(OMIDVeltoErrorWrongOwner, pageEvents->impressionOccurredWithError(error));
-
-  const auto ended = session(configuration());
-  const auto endedEvents = OMIDVeltoAdEvents::initWithAdSession(ended, nullptr);
-  ended->finish();
-  FAILS(OMIDVeltoErrorInvalidState, endedEvents->loadedWithError(error));
-  FAILS(OMIDVeltoErrorInvalidState, endedEvents->impressionOccurredWithError(error));
-  ended->start();
-  EXPECT_FALSE(ended->isStarted());
-  EXPECT_TRUE(ended->isFinished());
+  for (const auto& [owner, code] : {std::pair(1, wrongOwner), {2, wrongState}}) {
+    const auto other = session(owner, owner);
+    const auto others = AdEvents::initWithAdSession(other, nullptr);
+    if (code == wrongState) other->finish();
+    FAILS(code, others->loadedWithError(error));
+    FAILS(code, others->impressionOccurredWithError(error));
+    other->finish();
+    other->start();
+    EXPECT_FALSE(other->isStarted());
+    EXPECT_TRUE(other->isFinished());
+  }
 }
 
 TEST_F(EngineTest, MediaEventsNeedARunningSessionAndAVolumeInRange) {
-  const auto video = session(configuration());
-  const auto events = OMIDVeltoMediaEvents::initWithAdSession(video, nullptr);
+  const auto video = session();
+  const auto events = MediaEvents::initWithAdSession(video, nullptr);
   ASSERT_TRUE(events);
-  FAILS(OMIDVeltoErrorInvalidState, OMIDVeltoMediaEvents::initWithAdSession(video, error));
-  FAILS(OMIDVeltoErrorWrongOwner,
-        OMIDVeltoMediaEvents::initWithAdSession(session(configuration(4, 4, 2, 1)), error));
-  FAILS(OMIDVeltoErrorInvalidState, events->startWithDuration(1, 1, error));
-  FAILS(OMIDVeltoErrorInvalidState, events->midpoint(error));
+  FAILS(wrongState, MediaEvents::initWithAdSession(video, error));
+  FAILS(wrongOwner, MediaEvents::initWithAdSession(session(2, 1), error));
+  FAILS(wrongState, events->startWithDuration(1, 1, error));
+  FAILS(wrongState, events->midpoint(error));
   video->start();
   EXPECT_TRUE(events->startWithDuration(1, 1));
   EXPECT_TRUE(events->volumeChangeTo(0));
   for (const float volume : {-0.01F, 1.01F, std::numeric_limits<float>::quiet_NaN()}) {
-    FAILS(OMIDVeltoErrorInvalidArgument, events->startWithDuration(1, volume, error));
-    FAILS(OMIDVeltoErrorInvalidArgument, events->volumeChangeTo(volume, error));
+    FAILS(invalid, events->startWithDuration(1, volume, error));
+    FAILS(invalid, events->volumeChangeTo(volume, error));
   }
-  FAILS(OMIDVeltoErrorInvalidArgument,
-        events->playerStateChangeTo(static_cast<OMIDVeltoPlayerState>(9), error));
+  FAILS(invalid, events->playerStateChangeTo(static_cast<OMIDVeltoPlayerState>(9), error));
   EXPECT_TRUE(events->adUserInteractionWithType(OMIDVeltoInteractionTypeClick));
-  const auto late = session(configuration());
+  const auto late = session();
   late->start();
-  FAILS(OMIDVeltoErrorInvalidState, OMIDVeltoMediaEvents::initWithAdSession(late, error));
+  FAILS(wrongState, MediaEvents::initWithAdSession(late, error));
   video->finish();
-  FAILS(OMIDVeltoErrorInvalidState, events->complete(error));
+  FAILS(wrongState, events->complete(error));
 }
 
 TEST_F(EngineTest, AFriendlyViewHasAPlainReasonAndIsRegisteredOnce) {
-  const auto ad = session(configuration());
+  const auto ad = session();
   const auto view = UIView::make();
-  const auto add = [&](const std::optional<std::string>& reason, OMIDVeltoErrorResult error) {
-    return ad->addFriendlyObstruction(view, OMIDVeltoFriendlyObstructionCloseAd, reason, error);
+  const auto add = [&](const std::optional<std::string>& reason, OMIDVeltoErrorResult error,
+                       const std::shared_ptr<UIView>& friendly) {
+    return ad->addFriendlyObstruction(friendly, OMIDVeltoFriendlyObstructionCloseAd, reason, error);
   };
-  FAILS(OMIDVeltoErrorInvalidArgument, add("not-plain", error));
-  FAILS(OMIDVeltoErrorInvalidArgument, add(std::string(51, 'a'), error));
-  FAILS(OMIDVeltoErrorInvalidArgument,
-        ad->addFriendlyObstruction(nullptr, OMIDVeltoFriendlyObstructionOther, std::nullopt, error));
-  EXPECT_TRUE(add(std::string(49, 'a') + " ", nullptr));
-  FAILS(OMIDVeltoErrorInvalidState, add(std::nullopt, error));
+  FAILS(invalid, add("not-plain", error, view));
+  FAILS(invalid, add(std::string(51, 'a'), error, view));
+  FAILS(invalid, add(std::nullopt, error, nullptr));
+  EXPECT_TRUE(add(std::string(49, 'a') + " ", nullptr, view));
+  FAILS(wrongState, add(std::nullopt, error, view));
   ad->removeFriendlyObstruction(view);
-  EXPECT_TRUE(add(std::nullopt, nullptr));
+  EXPECT_TRUE(add(std::nullopt, nullptr, view));
   ad->removeAllFriendlyObstructions();
   ad->finish();
-  FAILS(OMIDVeltoErrorInvalidState, add(std::nullopt, error));
+  FAILS(wrongState, add(std::nullopt, error, view));
 }
 
 TEST_F(EngineTest, TheServiceScriptStandsBeforeAnyOther) {
@@ -203,24 +202,12 @@ TEST_F(EngineTest, TheServiceScriptStandsBeforeAnyOther) {
        }) {
     const auto bar = marked.find('|');
     const std::string html = marked.substr(0, bar) + marked.substr(bar + 1);
-    EXPECT_EQ(OMIDVeltoScriptInjector::injectScriptContent("s()", html, nullptr),
+    EXPECT_EQ(Injector::injectScriptContent("s()", html, nullptr),
               marked.substr(0, bar) + "<script>s()</script>" + marked.substr(bar + 1));
   }
-  FAILS(OMIDVeltoErrorInvalidArgument, OMIDVeltoScriptInjector::injectScriptContent("s()", " \n", error));
-  FAILS(OMIDVeltoErrorInvalidArgument, OMIDVeltoScriptInjector::injectScriptContent("", "<p>", error));
+  FAILS(invalid, Injector::injectScriptContent("s()", " \n", error));
+  FAILS(invalid, Injector::injectScriptContent("", "<p>", error));
   EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("<p>"), "<p>") << "the library's resources have no script here";
-}
-
-TEST_F(EngineTest, TheScriptIsReadUntilItIsThere) {
-  EXPECT_EQ(VeltoAdManager::getOMSKJs(), std::nullopt);
-  auto& files = platform->veltoBundle().files;
-  files["omsdk-v1.js"] = "\xFF";
-  EXPECT_EQ(VeltoAdManager::getOMSKJs(), std::nullopt) << "no text";
-  files["omsdk-v1.js"] = "first()";
-  EXPECT_EQ(VeltoAdManager::getOMSKJs(), "first()");
-  files["omsdk-v1.js"] = "second()";
-  EXPECT_EQ(VeltoAdManager::getOMSKJs(), "first()");
-  EXPECT_EQ(OMSDK::htmlWithOMSDKInjection("  "), "  ");
 }
 
 }  // namespace

@@ -80,13 +80,11 @@ class Killer {
     sandbox::Options options;
     options.dataFolder = folder_.path("sandbox");
     server_ = std::make_unique<sandbox::Server>(options);
-    Answer silence = Answer::text(200, "1");
+    Answer silence = Answer::text(200, "1"), cut = silence;
     silence.delay = 1min;
-    Answer cut = Answer::text(200, "1");
     cut.fault.cutBeforeHeaders = true;
-    const std::pair<size_t, Answer> faults[] = {
-        {3, Answer::text(200, "0")}, {5, Answer::text(500)}, {7, cut}, {11, silence}};
-    for (const auto& [n, answer] : faults)
+    for (const auto& [n, answer] :
+         {std::pair(3U, Answer::text(200, "0")), {5U, Answer::text(500)}, {7U, cut}, {11U, silence}})
       server_->addRule({"fault", {.kind = Kind::Click, .count = sandbox::Count::multiplesOf(n)}, {answer}});
     server_->start();
   }
@@ -172,26 +170,17 @@ class Killer {
   std::set<std::string> stored_, gone_;
 };
 
-int run(const std::vector<std::string>& words) {
-  if (words.size() == 5 && words[0] == "--click") produceClicks(words[1], words[2], words[3], words[4]);
+}  // namespace
+}  // namespace velto
+
+int main(int count, char** arguments) {
+  const std::vector<std::string> words(arguments + 1, arguments + count);
+  if (words.size() == 5) velto::produceClicks(words[1], words[2], words[3], words[4]);
   const int times = words.empty() ? 1000 : std::stoi(words[0]);
-  const int seed = words.size() < 2 ? static_cast<int>(std::random_device()() >> 2) : std::stoi(words[1]);
-  if (times < 1 || words.size() > 2) throw std::invalid_argument("usage: velto-kill-test [kills [seed]]");
-  Killer killer(static_cast<unsigned>(seed));
+  const unsigned long seed = words.size() < 2 ? std::random_device()() : std::stoul(words[1]);
+  velto::Killer killer(static_cast<unsigned>(seed));
   for (int launch = 0; launch <= times; ++launch) killer.launchAndKill(launch, launch == times);
   const bool good = killer.report(times);
   if (!good) std::cerr << "kill test: the seed was " << seed << '\n';
   return good ? 0 : 1;
-}
-
-}  // namespace
-}  // namespace velto
-
-int main(int count, char** words) {
-  try {
-    return velto::run({words + 1, words + count});
-  } catch (const std::exception& error) {
-    std::cerr << "kill-test: " << error.what() << '\n';
-    return 2;
-  }
 }

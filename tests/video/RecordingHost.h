@@ -5,8 +5,8 @@
 #include "velto/video/AVAudioSDKVelto.h"
 #include "velto/video/AVVideoSDKVelto.h"
 
-#include <cstdio>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,10 +14,10 @@ namespace velto::test {
 
 using Lines = std::vector<std::string>;
 
-inline std::string shortText(float number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%g", static_cast<double>(number));
-  return text;
+inline std::string shortText(double number) {
+  std::ostringstream text;
+  text << number;
+  return text.str();
 }
 
 class RecordingHost : public UIViewController,
@@ -35,9 +35,7 @@ class RecordingHost : public UIViewController,
     lastContext = context;
   }
   void inspect(const std::string& event, JSON::Object details) override {
-    const auto number = [&](const char* name) {
-      return shortText(static_cast<float>(details.at(name).number().value()));
-    };
+    const auto number = [&](const char* name) { return shortText(details.at(name).number().value()); };
     if (event == "statement" && details.at("text").string()->find("audioVolumeChange") != std::string::npos)
       told.push_back("page");
     if (event != "video") return;

@@ -27,16 +27,14 @@ TEST_F(VASTURLTest, AFreshOneCarriesItsDefaultsAndTheDevice) {
   platform->trackingManager().authorizationStatus = 0;
   const auto url = made();
   ASSERT_TRUE(url.stringURL().value().starts_with("https://video.example?key="));
-  const std::string agent =
-      "Mozilla/5.0%20(iPhone;%20CPU%20iPhone%20OS%2016_4%20like%20Mac%20OS%20X)%20AppleWebKit/605.1.15"
-      "%20(KHTML,%20like%20Gecko)%20Mobile/15E148";
   EXPECT_EQ(
       query(url),
       "key=key%201&os=ios&ip&source=app&ab=org.example.host&vpos=7&vw=640&vh=360.5&vmin=5&vmax=90&vfmt=1"
-      "&an=My%20%26%20App&url=https://apps.example/?id%3D1&cb=R&gdpr_optin=0&aidl=1&ua=" +
-          agent +
-          "&vvers=2&vpaid=0&vplay=1&secure=1&omsdk=0&ov=16.4&coppa=0&mn=Apple&mo=iPhone12,1&dw=390.000000"
-          "&dh=844.000000&dd=3.000000&ln=en-US&ct=CARRIER&cc=en_US&test=0");
+      "&an=My%20%26%20App&url=https://apps.example/?id%3D1&cb=R&gdpr_optin=0&aidl=1&ua=Mozilla/"
+      "5.0%20(iPhone;%20CPU%20iPhone%20OS"
+      "%2016_4%20like%20Mac%20OS%20X)%20AppleWebKit/605.1.15%20(KHTML,%20like%20Gecko)%20Mobile/"
+      "15E148&vvers=2&vpaid=0&vplay=1&secure=1&omsdk=0&ov=16.4&coppa=0&mn=Apple&mo=iPhone12,1&dw=390.000000"
+      "&dh=844.000000&dd=3.000000&ln=en-US&ct=CARRIER&cc=en_US&test=0");
   EXPECT_NE(url.stringURL(), url.stringURL()) << "each request is another";
 }
 
@@ -76,14 +74,15 @@ TEST_F(VASTURLTest, EverythingThatCanBeSaidIsSaidInItsPlace) {
 }
 
 TEST_F(VASTURLTest, TheMandatoryIsAskedForAtCreationAndAtTheEnd) {
-  for (int missing = 0; missing <= 6; ++missing) {
-    const auto text = [&](int place) {
-      return place == missing ? std::nullopt : std::optional<std::string>("");
-    };
-    const auto side = [&](int place) { return place == missing ? std::nullopt : std::optional<double>(0); };
-    const auto url = VeltoVASTURL::VASTURLforHost(text(0), text(1), 0, side(2), side(3), text(4), text(5));
-    EXPECT_EQ(url.has_value(), missing == 6) << missing;
-  }
+  const auto create = [](int missing) {
+    std::optional<std::string> texts[] = {"", "", "", ""};
+    std::optional<double> sides[] = {0, 0};
+    if (missing < 4) texts[missing].reset();
+    if (missing >= 4 && missing < 6) sides[missing - 4].reset();
+    return VeltoVASTURL::VASTURLforHost(texts[0], texts[1], 0, sides[0], sides[1], texts[2], texts[3]);
+  };
+  for (int missing = 0; missing <= 6; ++missing)
+    EXPECT_EQ(create(missing).has_value(), missing == 6) << missing;
   auto url = made();
   url.width.reset();
   EXPECT_FALSE(url.URL() || url.stringURL());
@@ -92,14 +91,10 @@ TEST_F(VASTURLTest, TheMandatoryIsAskedForAtCreationAndAtTheEnd) {
 TEST_F(VASTURLTest, HostsAndKeys) {
   EXPECT_TRUE(made("localhost:8443").stringURL()->starts_with("https://localhost:8443?key="));
   EXPECT_TRUE(made("video.example/vast?old#f").stringURL()->starts_with("https://video.example/vast?key="));
-  EXPECT_FALSE(made("no host").URL());
-  EXPECT_FALSE(made("video.example:port").URL());
+  for (const auto* host : {"no host", "video.example:port"}) EXPECT_FALSE(made(host).URL()) << host;
   made("").URL();  // a URL without host or none, but no fault
-  const auto type = [](const char* key) {
-    return VeltoVASTURL::VASTURLforHost("h", key, 0, 1, 1, "n", "s")->urlType;
-  };
-  EXPECT_EQ(type("my-CtV-key"), 1U);
-  EXPECT_EQ(type("key"), 0U);
+  for (const auto& [key, type] : {std::pair("my-CtV-key", 1U), {"key", 0U}})
+    EXPECT_EQ(VeltoVASTURL::VASTURLforHost("h", key, 0, 1, 1, "n", "s")->urlType, type);
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ test('an element is seen as far as page, list, window and covers let it be, and 
   check(box(0, 0, 160, 100), edge, 100, []);
   check(box(0, 0, 160, 100), covered, 50, ['obstructed'], 'covered parts count once');
   check(box(160, 0, 100, 100), covered, 100, []);
+  check(box(0, 0, 320, 100), cut(whole, ['obstructed'], box(80, 75, 160, 50)), 75, ['obstructed'], 'a hole');
   check(box(0, 0, 0, 100), {}, 0, ['hidden']);
   const away = { reasons: ['backgrounded', 'viewport'] };
   check(box(0, 50, 320, 100), away, 0, ['backgrounded', 'clipped'], 'what holds of all holds of it');

@@ -11,11 +11,8 @@ export const seen = (changes = {}) => ({
   viewport: { width: 400, height: 500 },
   window: box(0, 0, 400, 500),
   adView: {
-    percentageInView: 100,
-    pixelsInView: 32000,
-    geometry: box(40, 50, 320, 100),
+    ...{ percentageInView: 100, pixelsInView: 32000, geometry: box(40, 50, 320, 100), reasons: [] },
     onScreenGeometry: { ...box(40, 50, 320, 100), obstructions: [] },
-    reasons: [],
     ...changes,
   },
 });
@@ -41,17 +38,10 @@ export function service() {
   const session = new Session(page, new Resources((resource) => frames.push(resource)));
   const messages = new Messages(verificationMethods(session), sessionMethods(session, elements));
   let calls = 0;
-  const send = (method, args, heard, near = true) =>
-    messages.receive(
-      {
-        omid_message_guid: `g${++calls}`,
-        omid_message_method: method,
-        omid_message_version: '1.4.0',
-        omid_message_args: args,
-      },
-      (answer) => heard(answer.omid_message_args[0]),
-      near,
-    );
+  const send = (method, args, heard, near = true) => {
+    const message = { omid_message_guid: `g${++calls}`, omid_message_method: method, omid_message_version: '1.4.0' };
+    messages.receive({ ...message, omid_message_args: args }, (answer) => heard(answer.omid_message_args[0]), near);
+  };
   return {
     frames,
     top,
@@ -61,9 +51,8 @@ export function service() {
     /** The events of that type, or with a session listener's arguments those of the session, as they come. */
     hear(type, injectionId, near = true) {
       const log = [];
-      const heard = (event) => log.push(event);
-      if (type === 'session') send('VerificationService.addSessionListener', ['vendor', injectionId], heard, near);
-      else send('VerificationService.addEventListener', [type, injectionId], heard, near);
+      const [method, first] = type === 'session' ? ['addSessionListener', 'vendor'] : ['addEventListener', type];
+      send(`VerificationService.${method}`, [first, injectionId], (event) => log.push(event), near);
       return log;
     },
   };

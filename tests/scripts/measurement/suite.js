@@ -3,5 +3,4 @@ import '../harness.js';
 import './geometry.test.js';
 import './messages.test.js';
 import './random.test.js';
-import './rectangles.test.js';
 import './session.test.js';
