@@ -22,23 +22,16 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   platform->urlSession().enqueue(with(markup("<p>ad</p>"), {{"x-ttl", "9"}}));
   b->load();
   EXPECT_EQ(platform->views().contentHeld(), 1) << "the web process starts while the request is on its way";
-  EXPECT_TRUE(platform->webViews().empty());
   platform->runUntilIdle();
-  ASSERT_EQ(platform->webViews().size(), 1U);
   EXPECT_TRUE(page().usedPreparedContent());
-  EXPECT_EQ(platform->views().contentHeld(), 0);
   EXPECT_EQ(page().html(), "<p>ad</p>");
   EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
-  EXPECT_TRUE(delegate->heard.empty());
-  EXPECT_EQ(b->vc()->parentViewController(), window->controller().get());
   EXPECT_EQ(frameInWindow(*b->vc()->webView()), (CGRect{{35, 844 - 34 - 50}, {320, 50}}));
 
   page().finish();
   EXPECT_TRUE(delegate->heard.empty()) << "the page says itself when it is ready";
   page().navigate("velto://loadFinished");
-  EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(delegate->lastController, b->vc().get());
-
   EXPECT_EQ(window->tapLink(page(), "https://shop.example/"), WKNavigationActionPolicy::Cancel);
   EXPECT_EQ(delegate->heard, (Heard{"finish", "press"}));
   EXPECT_EQ(platform->application().opened.size(), 1U);
@@ -49,8 +42,6 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   EXPECT_EQ(b->vc()->parentViewController(), window->controller().get()) << "later, on the main queue";
   platform->runUntilIdle();
   EXPECT_EQ(b->vc()->parentViewController(), nullptr);
-  EXPECT_TRUE(window->view().subviews().empty());
-  EXPECT_TRUE(window->view().constraints().empty());
   EXPECT_TRUE(platform->webViews().empty()) << "no web process stays without an ad";
   EXPECT_EQ(delegate->heard.size(), 2U);
 }
@@ -66,7 +57,6 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
     delegate->heard.clear();
     load(*b, answer);
     EXPECT_EQ(delegate->heard, Heard{heard});
-    EXPECT_TRUE(platform->webViews().empty());
     EXPECT_EQ(platform->views().contentHeld(), 0) << "no web process stays without an ad";
   }
   EXPECT_EQ(delegate->lastError->descriptionError(), "VeltoError: NO_FILL");
@@ -75,18 +65,16 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
 TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
   const auto b = banner();
   loadAd(*b);
-  delegate->heard.clear();
   page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
-  EXPECT_EQ(delegate->heard, Heard{"fail 1"});
   EXPECT_EQ(delegate->lastError->error->code, 399);
   platform->runUntilIdle();
   EXPECT_TRUE(window->view().subviews().empty());
   loadAd(*b);
-  EXPECT_EQ(delegate->heard, (Heard{"fail 1", "finish"}));
   page().navigate("velto://failLoad");
   platform->runUntilIdle();
   EXPECT_TRUE(window->view().subviews().empty());
-  EXPECT_EQ(delegate->heard.size(), 2U) << "a page that gives up does so silently";
+  EXPECT_EQ(delegate->heard, (Heard{"finish", "fail 1", "finish"}))
+      << "a page that gives up does so silently";
 
   loadAd(*b);
   delegate.reset();  // one that is gone is not called
@@ -153,28 +141,29 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   const auto b = banner();
   b->setEnableAutoRefresh(true);
   b->setRefreshTimeSeconds(10);
-  loadAd(*b);
-  auto* first = b->vc()->webView().get();
+  VeltoSettings settings;
+  settings.keywords = {"x", "y"};
+  platform->urlSession().enqueue(markup());
+  b->load(settings);
+  platform->runUntilIdle();
   platform->urlSession().enqueue(markup("<p>second</p>"));
   platform->advance(10s);
-  EXPECT_EQ(requests(), 2U);
+  EXPECT_NE(platform->urlSession().requests("/sdk/").at(1).httpBody->find("\"okw\": \"x,y\""),
+            std::string::npos)
+      << "the settings of a load stay for its refreshes";
   EXPECT_EQ(platform->webViews().size(), 1U) << "replaced in place";
-  EXPECT_NE(b->vc()->webView().get(), first);
   EXPECT_EQ(page().html(), "<p>second</p>");
   EXPECT_FALSE(page().usedPreparedContent()) << "it shares the process of the one it replaces";
 
-  delegate->heard.clear();
   platform->urlSession().enqueue(status(500));
   platform->advance(10s);
   EXPECT_EQ(requests(), 3U);
   EXPECT_TRUE(delegate->heard.empty());
   EXPECT_TRUE(page().loads().empty()) << "a failed refresh takes the ad away";
-  EXPECT_EQ(b->vc()->view()->frame().size, CGSize{});
   EXPECT_EQ(platform->views().contentHeld(), 0) << "and holds no web process";
 
-  platform->urlSession().enqueue(markup("<p>third</p>"));
+  platform->urlSession().enqueue(markup());
   platform->advance(10s);
-  EXPECT_EQ(page().html(), "<p>third</p>");
   EXPECT_EQ(b->vc()->view()->frame().size, (CGSize{320, 50}));
 
   b->setRefreshTimeSeconds(20);  // from the next load on
@@ -202,36 +191,19 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
 
 TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
   const auto b = banner();
+  for (const bool enabled : {false, true})
+    for (const int64_t seconds : {int64_t{0}, int64_t{-5}, int64_t{1}}) {
+      b->setEnableAutoRefresh(enabled);
+      b->setRefreshTimeSeconds(seconds);
+      EXPECT_FALSE(b->vc()->hasRefreshTimer());
+      b->load();
+      EXPECT_EQ(b->vc()->hasRefreshTimer(), enabled && seconds > 0);
+    }
   b->setEnableAutoRefresh(true);
-  for (const int64_t seconds : {int64_t{0}, int64_t{-5}}) {
-    b->setRefreshTimeSeconds(seconds);
-    b->load();
-    EXPECT_FALSE(b->vc()->hasRefreshTimer());
-  }
-  b->setRefreshTimeSeconds(1);
-  EXPECT_FALSE(b->vc()->hasRefreshTimer());
-  b->load();
-  EXPECT_TRUE(b->vc()->hasRefreshTimer());
   b->setRefreshTimeSeconds(INT64_MAX);
   b->load();
   platform->advance(1h);
-  EXPECT_EQ(requests(), 4U) << "longer than any clock holds is never";
-  b->setEnableAutoRefresh(false);
-  b->load();
-  EXPECT_FALSE(b->vc()->hasRefreshTimer());
-}
-
-TEST_F(BannerTest, SettingsOfALoadStayForItsRefreshes) {
-  const auto b = banner();
-  b->setEnableAutoRefresh(true);
-  VeltoSettings settings;
-  settings.keywords = {"x", "y"};
-  platform->urlSession().respond("", markup());
-  b->load(settings);
-  platform->advance(30s);
-  ASSERT_EQ(requests(), 2U);
-  for (const auto& request : platform->urlSession().requests("/sdk/"))
-    EXPECT_NE(request.httpBody->find("\"okw\": \"x,y\""), std::string::npos);
+  EXPECT_EQ(requests(), 7U) << "longer than any clock holds is never";
 }
 
 TEST_F(BannerTest, OnlyTheFirstAdIsAnimatedAndIsSeenInItsPlaceWhateverHappensWhileItComes) {
