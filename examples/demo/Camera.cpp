@@ -89,10 +89,9 @@ Picture Camera::take() const {
   if (!gtk_widget_compute_bounds(window, window, &all) ||
       !gtk_widget_compute_bounds(widget_, window, &bounds))
     return {};
-  GdkPaintable* paintable = gtk_widget_paintable_new(window);
+  if (!window_) window_.reset(gtk_widget_paintable_new(window), g_object_unref);
   GtkSnapshot* snapshot = gtk_snapshot_new();
-  gdk_paintable_snapshot(paintable, GDK_SNAPSHOT(snapshot), all.size.width, all.size.height);
-  g_object_unref(paintable);
+  gdk_paintable_snapshot(window_.get(), GDK_SNAPSHOT(snapshot), all.size.width, all.size.height);
   GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
   if (!node) return {};
   graphene_rect_offset(&bounds, -all.origin.x, -all.origin.y);

@@ -52,6 +52,7 @@ class Camera {
 
  private:
   GtkWidget* widget_;
+  mutable std::shared_ptr<GdkPaintable> window_;  // keeps what was drawn last while the next is not there yet
 };
 
 }  // namespace demo

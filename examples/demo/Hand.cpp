@@ -20,7 +20,10 @@ void Hand::click(velto::CGPoint point) {
        std::to_string(int(y + inWindow.y)), "click", "1"});
 }
 
-// Without a window manager nobody else gives the window the keyboard.
+void Hand::giveKeyboard() {
+  act({"windowmap", "--sync", window(), "windowfocus", "--sync", window()});
+}
+
 void Hand::press(const std::string& key) {
   act({"windowfocus", "--sync", window(), "key", key});
 }

@@ -16,6 +16,8 @@ class Hand {
 
   void click(velto::CGPoint point);    // of the content
   void press(const std::string& key);  // such as "Escape"
+  // Without a window manager nobody else does.
+  void giveKeyboard();
 
  private:
   std::string window() const;

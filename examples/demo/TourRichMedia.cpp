@@ -86,6 +86,7 @@ void Tour::measure() {
     return events.back().what.starts_with("geometryChange 0 %");
   });
   gtk_widget_set_visible(GTK_WIDGET(stage_.window()), TRUE);
+  hand_.giveKeyboard();
   told("geometryChange 100 %", whole + 2);
   stage_.clear();
 }

@@ -55,7 +55,7 @@ TEST_F(PublisherTest, ThePageIsReadOffTheMainThreadAndAnsweredOnIt) {
       {std::nullopt, "---"}};
   std::string heard;
   for (const auto& [answer, expected] : answers) {
-    page.answerScripts([answer = answer](const std::string&) { return answer; });
+    page.answerScripts([said = answer](const std::string&) { return said; });
     heard.clear();
     const auto before = platform->backgroundWork();
     AdPublisherInfoSDKVelto::findPublisherInformations(

@@ -1,4 +1,4 @@
-// The Linux platform under the contract: real windows on the display that with-display.sh starts, xdotool's
+// The Linux platform under the contract: real windows on the display that with-display starts, xdotool's
 // finger, a plain HTTP server in this process. And what only a store on a disk has to prove; this program is
 // its own second process.
 #include "velto/platform/NSUserDefaults.h"

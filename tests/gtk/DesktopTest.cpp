@@ -25,7 +25,7 @@ std::string image(const char* format, int size = 4) {
   return {bytes, count};
 }
 
-// Runs in with-display.sh, so home is a folder of the test's own.
+// Runs in with-display, so home is a folder of the test's own.
 TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
   gtk::install({.applicationIdentifier = "org.example.pictures"});
   const auto folder = std::filesystem::path(g_get_home_dir()) / "Pictures";
@@ -71,7 +71,7 @@ TEST(PicturesTest, NamesAreHarmless) {
   for (const auto& [address, name] : names) EXPECT_EQ(gtk::pictureName(address, "png"), name) << address;
 }
 
-// Runs in with-display.sh, so nothing is installed but what this puts there.
+// Runs in with-display, so nothing is installed but what this puts there.
 TEST(OpenURLTest, OnlyWhatSomeApplicationOpensCanBeOpened) {
   const auto applications = std::filesystem::path(g_get_user_data_dir()) / "applications";
   const auto opened = std::filesystem::path(g_get_home_dir()) / "opened";

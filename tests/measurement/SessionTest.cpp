@@ -226,7 +226,7 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   EXPECT_NE(hidden.scripts().back().find(",\"volumeChange\",0.75,"), std::string::npos);
 
   screen.reset();  // a screen that goes away finishes
-  EXPECT_TRUE(calls(hidden).ends_with("finish"));
+  EXPECT_TRUE(calls(hidden).ends_with("finish") && hidden.isMuted());
   platform->advance(1s);
   EXPECT_TRUE(platform->webViews().empty());
 }

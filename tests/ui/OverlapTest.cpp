@@ -145,6 +145,33 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
   }
 }
 
+TEST_F(OverlapTest, AStepThatComesLateKnowsWhatTheAdIsByThen) {
+  auto& orientation = platform->device().facts.orientation;
+  orientation = 3;
+  platform->veltoBundle().files["omsdk-v1.js"] = "service()";
+  const auto ad = banner(VeltoBannerPositionTop);
+  loadAd(*ad, markup(test::richPage));
+  page().navigate(forcing("landscape"));
+  for (const char* command : {"mraid://resize", "mraid://expand"}) page().navigate(command);
+  platform->advance(500ms);
+  EXPECT_EQ(ad->vc()->veltoGetMRAIDHandler()->state, "expanded") << "not resized over all of the screen";
+  ad->vc()->veltoCloseButton()->sendTouchUpInside();
+  for (const char* command : {"mraid://close", "mraid://expand"}) page().navigate(command);
+  platform->advance(500ms);
+  EXPECT_EQ(ad->vc()->veltoGetMRAIDHandler()->state, "expanded") << "the close was of the expansion before";
+
+  page().navigate("mraid://close");
+  EXPECT_EQ(orientation, 3);
+  platform->urlSession().enqueue("/2", markup(test::richPage));
+  page().navigate(second);
+  platform->runUntilIdle();
+  page().finish();
+  EXPECT_EQ(ad->vc()->omidSession()->mainAdView(), ad->vc()->activeWebView());
+  EXPECT_NE(ad->vc()->activeWebView(), ad->vc()->webView());
+  page().navigate("mraid://close");
+  EXPECT_EQ(ad->vc()->omidSession()->mainAdView(), ad->vc()->webView()) << "the first part is measured again";
+}
+
 TEST_F(OverlapTest, ABannerThatIsRefreshedStaysBelowTheScreen) {
   const auto ad = banner(VeltoBannerPositionTop);
   ad->setEnableAutoRefresh(true);

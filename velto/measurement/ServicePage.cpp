@@ -98,9 +98,11 @@ void ServicePage::finish(std::shared_ptr<ServicePage> page) {
   auto* platform = Platform::currentOrNull();
   if (!page || !platform) return;
   page->call("finish", now(), "");
-  // An ad that is gone has nothing more to say to whoever showed it.
-  if (page->state_ == State::Loaded && !page->webView_->superview())
-    page->webView_->setNavigationDelegate({});
+  // An ad that is gone has nothing more to say to whoever showed it, or to anybody who would hear it.
+  if (!page->webView_->superview()) {
+    if (page->state_ == State::Loaded) page->webView_->setNavigationDelegate({});
+    page->webView_->setMuted(true);
+  }
   platform->mainQueue().postAfter(lifeAfterFinish, [page = std::move(page)] {});
 }
 

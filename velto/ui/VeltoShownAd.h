@@ -101,15 +101,15 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
   void removeSecondMRAIDWebView();
-  // Nothing once the ad has ended.
-  std::function<void()> action(void (VeltoShownAd::*tapped)());
-
-  VeltoAdViewController* controller_;                      // null once it has ended
-  std::shared_ptr<void> life_ = std::make_shared<char>();  // likewise
+  bool isExpanded() const;
+  std::function<void()> action(void (VeltoShownAd::*tapped)());  // nothing once the ad has ended
+  VeltoAdViewController* controller_;                            // null once it has ended
+  std::shared_ptr<void> life_ = std::make_shared<char>();        // likewise
   std::shared_ptr<VeltoAd> ad_;
   WebView webView_;
   WebView secondaryMRAIDWebView_;  // of a two-part expand
   SecondPart secondPart_;
+  int expansions_ = 0;  // so far
   std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter_;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
   std::shared_ptr<VeltoCloseButton> veltoCloseButton_;

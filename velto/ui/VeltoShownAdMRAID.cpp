@@ -12,7 +12,11 @@ constexpr auto aTenth = 100ms;
 }  // namespace
 
 void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
-  if (!controller_ || (&webView == webView_.get() && secondPart_.keeps(url))) return;
+  if (!controller_) return;
+  if (&webView == webView_.get()) {
+    if (secondPart_.keeps(url)) return;
+    if (secondaryMRAIDWebView_ && url.host() == "resize") return;  // which has its own way to be closed
+  }
   mraidHandleAction(url, webView);
 }
 
@@ -52,6 +56,7 @@ void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPart
             if (alive->webView_) alive->handleMRAIDAction(command, *alive->webView_);
         });
   }
+  ++expansions_;
   controller_->_expandActionInMainWebView(VeltoAdViewController::Expand);
   const auto [viewAd, vc] = controller_->surroundings();
   const auto button = mraidExpandFor(webView_, viewAd, vc, btnCloseConfiguration,
@@ -72,6 +77,7 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
     if (isInPlace) _restoreOriginalOrientation();
     return;
   }
+  ++expansions_;
   secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
   secondPart_.opens(*mraidHandler_);
   loadBannerDataIn(secondaryMRAIDWebView_, part);
@@ -104,9 +110,9 @@ void VeltoShownAd::_tapCloseButtonExpand() {
     return controller_->leave();
   }
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
-  after(aTenth, [this] {
-    if (mraidHandler_ && mraidHandler_->state != MRAIDState[MRAIDStateExpanded]) return;  // closed meanwhile
-    removeSecondMRAIDWebView();  // or it would lie over the ad for ever
+  after(aTenth, [this, closed = expansions_] {
+    if (closed != expansions_ || !isExpanded()) return;  // closed meanwhile, or expanded again
+    removeSecondMRAIDWebView();                          // or it would lie over the ad for ever
     mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
     _restoreOriginalOrientation();
   });
@@ -118,6 +124,12 @@ void VeltoShownAd::removeSecondMRAIDWebView() {
   secondaryMRAIDWebView_->removeFromSuperview();
   secondaryMRAIDWebView_.reset();
   if (mraidHandler_) secondPart_.closes(*mraidHandler_);
+  // The second part was what is measured; now it is the first again.
+  if (controller_ && controller_->omidSession()) controller_->startOMSDKSessionFor(webView_, nullptr);
+}
+
+bool VeltoShownAd::isExpanded() const {
+  return mraidHandler_ && mraidHandler_->state == MRAIDState[MRAIDStateExpanded];
 }
 
 // --- resize
@@ -130,8 +142,8 @@ void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResi
   controller_->_resizeActionInMainWebView(VeltoAdViewController::Resize, frame.size,
                                           offsetCounts ? frame.origin : CGPoint{});
   after(aTenth, [this, btnCloseConfiguration] {
-    if (secondaryMRAIDWebView_) return;   // which covers everything by now
-    veltoMRAIDRemoveCloseCustomButton();  // of a resize just before
+    if (secondaryMRAIDWebView_ || isExpanded()) return;  // which covers everything by now
+    veltoMRAIDRemoveCloseCustomButton();                 // of a resize just before
     veltoCloseButton_ = controller_->addCloseButtonInView(
         webView_, btnCloseConfiguration, action(&VeltoShownAd::_tapCloseButtonResize), std::nullopt);
     controller_->addFriendlyObstructionOMSDKFor(veltoCloseButton_);
@@ -143,7 +155,10 @@ void VeltoShownAd::veltoMRAIDCloseResize() {
   if (!controller_ || !webView_) return;
   removeSecondMRAIDWebView();  // the first page may have asked for a resize meanwhile
   controller_->_resizeActionInMainWebView(VeltoAdViewController::CloseResize, {}, {});
-  after(aTenth, [this] { mraidCloseResizeFor(webView_, controller_->view()->frame(), mraidHandler_); });
+  after(aTenth, [this] {
+    if (secondaryMRAIDWebView_ || isExpanded()) return;
+    mraidCloseResizeFor(webView_, controller_->view()->frame(), mraidHandler_);
+  });
 }
 
 void VeltoShownAd::_tapCloseButtonResize() {

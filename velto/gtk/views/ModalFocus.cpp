@@ -1,9 +1,22 @@
 // Modal focus: everything beside the widget and beside its ancestors is told not to take the focus. Whoever
 // gets it all the same (the application can give it away by force, or add widgets meanwhile) loses it at
-// once.
+// once. A dialog inside the window, of libadwaita's kind, lies above all of its content, this widget included, and
+// has the focus until it closes.
 #include "velto/gtk/views/ModalFocus.h"
 
 namespace velto::gtk {
+namespace {
+
+// By its name, since the library is not linked with libadwaita; 0 where the application is not either.
+GType dialogType() {
+  return g_type_from_name("AdwDialog");
+}
+
+bool isInDialog(GtkWidget* widget) {
+  return widget && dialogType() && gtk_widget_get_ancestor(widget, dialogType());
+}
+
+}  // namespace
 
 ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped, Key pressed)
     : widget_(GPtr<GtkWidget>::retain(widget)),
@@ -12,7 +25,7 @@ ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped, Key pre
       escaped_(std::move(escaped)),
       pressed_(std::move(pressed)) {
   auto* root = gtk_widget_get_root(widget);
-  g_weak_ref_init(&before_, root ? gtk_root_get_focus(root) : nullptr);
+  g_weak_ref_init(&before_, nullptr);
 
   // Ahead of the page, which would keep Escape to itself.
   gtk_event_controller_set_propagation_phase(keys_, GTK_PHASE_CAPTURE);
@@ -21,16 +34,23 @@ ModalFocus::ModalFocus(GtkWidget* widget, std::function<void()> escaped, Key pre
   g_signal_connect(leftOver_, "key-pressed", G_CALLBACK(keyLeftOver), this);
   gtk_widget_add_controller(widget, leftOver_);
 
-  for (auto* inside = widget; inside && !GTK_IS_ROOT(inside); inside = gtk_widget_get_parent(inside)) {
+  g_weak_ref_init(&root_, root);
+  if (root) g_signal_connect(root, "notify::focus-widget", G_CALLBACK(focusMoved), this);
+  auto* focus = root ? gtk_root_get_focus(root) : nullptr;
+  if (!isInDialog(focus)) claim(focus);
+}
+
+void ModalFocus::claim(GtkWidget* before) {
+  claimed_ = true;
+  g_weak_ref_set(&before_, before);
+  for (GtkWidget* inside = widget_; inside && !GTK_IS_ROOT(inside); inside = gtk_widget_get_parent(inside)) {
     auto* parent = gtk_widget_get_parent(inside);
     for (auto* beside = parent ? gtk_widget_get_first_child(parent) : nullptr; beside;
          beside = gtk_widget_get_next_sibling(beside))
       if (beside != inside) shutOut(beside);
   }
-  g_weak_ref_init(&root_, root);
-  if (root) g_signal_connect(root, "notify::focus-widget", G_CALLBACK(focusMoved), this);
-  gtk_widget_set_focusable(widget, TRUE);
-  gtk_widget_grab_focus(widget);
+  gtk_widget_set_focusable(widget_, TRUE);
+  gtk_widget_grab_focus(widget_);
 }
 
 ModalFocus::~ModalFocus() {
@@ -55,8 +75,11 @@ ModalFocus::~ModalFocus() {
 }
 
 // Nobody's, too, when a page that had it went: then keys would not come here any more.
-void ModalFocus::focusMoved(GtkRoot*, GParamSpec*, ModalFocus* self) noexcept {
-  if (!self->holdsFocus() && gtk_widget_get_mapped(self->widget_)) gtk_widget_grab_focus(self->widget_);
+void ModalFocus::focusMoved(GtkRoot* root, GParamSpec*, ModalFocus* self) noexcept {
+  auto* focus = gtk_root_get_focus(root);
+  if (self->holdsFocus() || isInDialog(focus)) return;
+  if (!self->claimed_) return self->claim(focus);
+  if (gtk_widget_get_mapped(self->widget_)) gtk_widget_grab_focus(self->widget_);
 }
 
 bool ModalFocus::holdsFocus() const {

@@ -1,5 +1,6 @@
 // The keyboard in the hand of one widget that covers its window: from construction to destruction the focus
-// is in it and cannot go to anything beside it; then it returns to where it was. Main thread only.
+// is in it and cannot go to anything beside it, but for a dialog above all of the window's content; then it
+// returns to where it was. Main thread only.
 #pragma once
 
 #include "velto/platform/foundation/GMemory.h"
@@ -28,6 +29,7 @@ class ModalFocus {
   static void focusMoved(GtkRoot*, GParamSpec*, ModalFocus* self) noexcept;
   static gboolean keyLeftOver(GtkEventControllerKey*, guint key, guint, GdkModifierType,
                               ModalFocus* self) noexcept;
+  void claim(GtkWidget* before);
   void shutOut(GtkWidget* widget);
   bool holdsFocus() const;
 
@@ -37,6 +39,7 @@ class ModalFocus {
   GtkEventController* leftOver_;          // the widget's
   GWeakRef before_;                       // what had the focus
   std::vector<GPtr<GtkWidget>> shutOut_;  // all that lies beside it and could have had the focus
+  bool claimed_ = false;                  // not yet where a dialog was there first
   std::function<void()> escaped_;
   Key pressed_;
 };

@@ -88,12 +88,17 @@ class Walk {
         if (gsk_color_node_get_color(node)->alpha < leastVisible) return;
         break;
       case GSK_OUTSET_SHADOW_NODE:
+      case GSK_INSET_SHADOW_NODE:
         return;  // softens what is below and does not hide it
+      case GSK_BORDER_NODE:
+        return visitBorder(node, state);
       default:
         isWhole = isWhole && !mayHold(node);
         break;
     }
-    if (place) add(node, state);
+    graphene_rect_t bounds;
+    gsk_render_node_get_bounds(node, &bounds);
+    add(bounds, state);
   }
 
   std::optional<State> place;           // of the marked widget
@@ -127,10 +132,27 @@ class Walk {
     visit(child, inner);
   }
 
-  void add(GskRenderNode* node, const State& state) {
-    graphene_rect_t bounds;
-    gsk_render_node_get_bounds(node, &bounds);
-    bounds = toWindow(bounds, state);
+  // Only its four sides are painted: windows have one around all of their content, above that.
+  void visitBorder(GskRenderNode* node, const State& state) {
+    graphene_rect_t all;
+    gsk_render_node_get_bounds(node, &all);
+    const auto& [x, y] = all.origin;
+    const auto& [width, height] = all.size;
+    const float* widths = gsk_border_node_get_widths(node);
+    const GdkRGBA* colors = gsk_border_node_get_colors(node);
+    const graphene_rect_t sides[] = {
+        GRAPHENE_RECT_INIT(x, y, width, widths[0]),
+        GRAPHENE_RECT_INIT(x + width - widths[1], y, widths[1], height),
+        GRAPHENE_RECT_INIT(x, y + height - widths[2], width, widths[2]),
+        GRAPHENE_RECT_INIT(x, y, widths[3], height),
+    };
+    for (int side = 0; side < 4; ++side)
+      if (widths[side] > 0 && colors[side].alpha >= leastVisible) add(sides[side], state);
+  }
+
+  void add(const graphene_rect_t& rect, const State& state) {
+    if (!place) return;
+    graphene_rect_t bounds = toWindow(rect, state);
     if (state.clip && !graphene_rect_intersection(&bounds, &*state.clip, &bounds)) return;
     covers.push_back(bounds);
   }
