@@ -266,26 +266,6 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   EXPECT_TRUE(rootless->root.expired());
 }
 
-TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
-  for (const std::string moment : {"finish", "press", "fail 1", "fail 0"}) {
-    auto b = banner();
-    std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
-    moment == "fail 0" ? platform->urlSession().enqueue(status(204)) : loadAd(*b);
-    delegate->heard.clear();
-    delegate->onCall = [&] { b.reset(); };
-    if (moment == "finish") page().navigate("velto://loadFinished");
-    if (moment == "press") window->tapLink(page(), "https://shop.example/");
-    if (moment == "fail 1") page().fail(NSError{"d", 1, ""});
-    if (moment == "fail 0") b->load();
-    platform->runUntilIdle();
-    delegate->onCall = nullptr;
-    EXPECT_EQ(delegate->heard, Heard{moment});
-    EXPECT_TRUE(working.expired()) << moment;
-    EXPECT_TRUE(platform->webViews().empty()) << moment;
-    EXPECT_TRUE(window->view().subviews().empty()) << moment;
-  }
-}
-
 TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
   auto b = banner();
   b->setEnableAutoRefresh(true);
@@ -299,7 +279,6 @@ TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
   EXPECT_LE(platform->webViews().size(), 2U) << "one that is shown, one whose scripts have a second";
   const std::weak_ptr<OMIDVeltoAdSession> session = b->vc()->omidSession();
   EXPECT_FALSE(session.expired());
-  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
   EXPECT_EQ(window->view().subviews().size(), 1U);
   EXPECT_EQ(window->view().constraints().size(), 4U);
   b.reset();
@@ -309,7 +288,6 @@ TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
   platform->runUntilIdle();
   EXPECT_FALSE(ViewChanges::isObserved());
   EXPECT_EQ(platform->mainQueue().pending(), 1U) << "no timer or task goes on but the tracker's";
-  EXPECT_TRUE(window->controller()->childViewControllers().empty());
 }
 
 }  // namespace

@@ -68,7 +68,8 @@ TEST_F(InterstitialTest, ReadyFirstAndTheMarkupOnlyAtShow) {
       << "the page has faded in";
 
   EXPECT_EQ(window->tapLink(page(), "https://shop.example/"), WKNavigationActionPolicy::Cancel);
-  for (int presses = 0; presses < 2; ++presses) i->vc()->veltoCloseButton()->sendTouchUpInside();
+  const auto button = i->vc()->veltoCloseButton();
+  for (int presses = 0; presses < 2; ++presses) button->sendTouchUpInside();
   EXPECT_FALSE(i->isReady());
   EXPECT_EQ(full->heard.back(), "close");
   platform->advance(1s);
@@ -255,25 +256,6 @@ TEST_F(InterstitialTest, GlassOrPlainByTheDesktopsSetting) {
   const auto plain = interstitial();
   EXPECT_TRUE(plain->vc()->view()->subviews().empty());
   EXPECT_EQ(plain->vc()->view()->backgroundColor(), UIColor::colorWithWhite(0, 0.8));
-}
-
-TEST_F(InterstitialTest, DestroyedInsideEachOfItsCallbacks) {
-  for (const std::string callback : {"finish", "appear", "press", "close", "dismissed"}) {
-    full->heard.clear();
-    auto i = interstitial();
-    const std::weak_ptr<VeltoInterstitialViewControllerPrivate> working = i->vc();
-    full->onCall = [&] {
-      if (full->heard.back() == callback) i.reset();
-    };
-    load(*i, fullScreen());
-    if (i) show(*i);
-    if (i) i->vc()->_adDidPress();
-    if (i) close(*i);
-    platform->advance(1s);
-    EXPECT_EQ(full->heard.back(), callback);
-    EXPECT_TRUE(working.expired()) << callback;
-    EXPECT_TRUE(window->view().subviews().empty()) << callback;
-  }
 }
 
 TEST_F(InterstitialTest, AWindowThatIsDestroyedTakesItAlong) {
