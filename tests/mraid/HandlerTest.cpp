@@ -210,13 +210,12 @@ TEST_F(MRAIDTest, OrientationLocks) {
   EXPECT_EQ(locks.back(), 30) << "an inline ad that is not expanded locks nothing";
   EXPECT_EQ(platform->device().facts.orientation, 1);
   command("expand");
-  command("setOrientationProperties?p={\"forceOrientation\":\"portrait\",\"allowOrientationChange\":false}");
-  EXPECT_EQ(locks.back(), 2);
-  command("setOrientationProperties?p={\"forceOrientation\":\"none\"}");
-  EXPECT_EQ(locks.back(), 30);
-  EXPECT_EQ(handler().orientation, 0);
-  command("setOrientationProperties?p={\"forceOrientation\":\"landscape\"}");
-  EXPECT_EQ(locks.back(), 16);
+  for (const auto& [wish, mask, orientation] :
+       {std::tuple("portrait", 2, 1), {"none", 30, 0}, {"landscape", 16, 4}}) {
+    command(std::string("setOrientationProperties?p={\"forceOrientation\":\"") + wish + "\"}");
+    EXPECT_EQ(locks.back(), mask) << wish;
+    EXPECT_EQ(handler().orientation, orientation) << wish;
+  }
   command("setOrientationProperties?p=nonsense");
   EXPECT_EQ(handler().orientation, 4);
   owner->removeBanner();

@@ -172,17 +172,6 @@ TEST_F(OverlapTest, AStepThatComesLateKnowsWhatTheAdIsByThen) {
   EXPECT_EQ(ad->vc()->omidSession()->mainAdView(), ad->vc()->webView()) << "the first part is measured again";
 }
 
-TEST_F(OverlapTest, ABannerThatIsRefreshedStaysBelowTheScreen) {
-  const auto ad = banner(VeltoBannerPositionTop);
-  ad->setEnableAutoRefresh(true);
-  loadAd(*ad);
-  show(markup(test::richPage, 0, 0));
-  platform->urlSession().enqueue("/sdk/", markup("next"));
-  platform->advance(30s);
-  EXPECT_EQ(page().html(), "next");
-  EXPECT_TRUE(headless::RecordingViewPeer::of(*window->view().subviews().back()).isModal());
-}
-
 TEST_F(OverlapTest, WhatATransportDropsEndsOnTheMainThread) {
   std::thread::id where;
   auto held = endingOnMain(std::shared_ptr<void>(&where, [&](void*) { where = std::this_thread::get_id(); }));
