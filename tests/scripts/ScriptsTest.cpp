@@ -1,69 +1,91 @@
-// The page scripts' modules by themselves: their own suites (the folders beside this file), in the engine's bare JavaScript
-// and once more in a page.
-#include <gtest/gtest.h>
-#include <webkit/webkit.h>
+// The page scripts' modules in the engine's bare JavaScript: their own suites (the folders beside this file), and random
+// sequences of a page's calls, the rich-media script before the library on the headless platform, against the model that
+// the script's own suite uses.
+#include "velto/platform/foundation/GMemory.h"
+
+#include <jsc/jsc.h>
 
 #include <fstream>
-#include <optional>
 #include <sstream>
 
-#include "../support/MainLoop.h"
+#include "../ui/UITest.h"
 
-namespace velto::test {
+namespace velto {
 namespace {
 
-class Scripts : public testing::TestWithParam<const char*> {
+using namespace std::chrono_literals;
+
+class Scripts : public test::UITest {
  protected:
-  Scripts() { gtk_init(); }
-  // The bundled suite with its run behind it, whose value is the report.
-  static std::string suite() {
-    std::ifstream file(std::string(VELTO_SCRIPT_SUITES "/") + GetParam() + ".js");
+  void runBundle(const std::string& name) {
+    std::ifstream file(VELTO_SCRIPT_SUITES "/" + name + ".js");
     std::ostringstream text;
-    text << file.rdbuf() << "\nveltoRunTests()";
-    return text.str();
+    text << file.rdbuf();
+    run(text.str());
   }
-  static void judge(const std::string& report) {
-    EXPECT_TRUE(report.ends_with(" cases passed") && !report.starts_with("0 ")) << report;
+  std::string run(const std::string& script) {
+    const auto value = GPtr<JSCValue>::adopt(
+        jsc_context_evaluate(context_, script.data(), static_cast<gssize>(script.size())));
+    if (auto* exception = jsc_context_get_exception(context_)) {
+      ADD_FAILURE() << jsc_exception_get_message(exception);
+      jsc_context_clear_exception(context_);
+    }
+    const GText text(jsc_value_to_string(value));
+    return text.get();
   }
+  static std::string quoted(const std::string& text) { return writeJSON(text, false).value_or(""); }
+
+  // What the page sends reaches the library, whose statements reach the page as tasks of their own.
+  bool step() {
+    const bool goesOn = run("veltoAdvance(5)") == "true";
+    std::istringstream commands(run("veltoSent()"));
+    for (std::string command; std::getline(commands, command);) page().navigate(command);
+    platform->advance(5ms);
+    return goesOn;
+  }
+  void settle() {
+    while (step()) {
+    }
+    for (int i = 0; i < 30; ++i) step();  // what the library tells a tenth of a second later
+  }
+
+  GPtr<JSCContext> context_ = GPtr<JSCContext>::adopt(jsc_context_new());
 };
 
-// First, since pages never load in a process that has run bare scripts before.
-TEST_P(Scripts, HoldInAPage) {
-  auto* view = WEBKIT_WEB_VIEW(g_object_ref_sink(webkit_web_view_new()));
-  webkit_web_view_load_html(view, "<html></html>", nullptr);
-  ASSERT_TRUE(runUntil([&] { return !webkit_web_view_is_loading(view); }));
-  std::optional<std::string> report;
-  webkit_web_view_evaluate_javascript(
-      view, suite().c_str(), -1, nullptr, nullptr, nullptr,
-      [](GObject* source, GAsyncResult* result, gpointer found) {
-        GError* error = nullptr;
-        auto* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error);
-        char* text = value ? jsc_value_to_string(value) : g_strdup(error->message);
-        *static_cast<std::optional<std::string>*>(found) = text;
-        g_free(text);
-        g_clear_object(&value);
-        g_clear_error(&error);
-      },
-      &report);
-  ASSERT_TRUE(runUntil([&] { return report.has_value(); }));
-  judge(*report);
-  g_object_unref(view);
+TEST_F(Scripts, TheirOwnSuitesPass) {
+  for (const char* suite : {"mraid", "measurement"}) {
+    context_ = GPtr<JSCContext>::adopt(jsc_context_new());
+    runBundle(suite);
+    const auto report = run("veltoRunTests()");
+    EXPECT_TRUE(report.ends_with(" cases passed") && !report.starts_with("0 ")) << report;
+  }
 }
 
-TEST_P(Scripts, HoldInBareJavaScript) {
-  JSCContext* context = jsc_context_new();
-  JSCValue* value = jsc_context_evaluate_with_source_uri(context, suite().c_str(), -1, GetParam(), 1);
-  if (JSCException* exception = jsc_context_get_exception(context))
-    ADD_FAILURE() << jsc_exception_report(exception);
-  char* text = jsc_value_to_string(value);
-  judge(text);
-  g_free(text);
-  g_object_unref(value);
-  g_object_unref(context);
+TEST_F(Scripts, SequencesDoAsIfTheirCallsCameOneByOne) {
+  runBundle("native");
+  const auto owner = banner(VeltoBannerPositionTop);
+  for (int seed = 1; seed <= 300 && !HasFailure(); ++seed) {
+    loadAd(*owner, markup("<script src='mraid.js'></script>"));
+    run("veltoLoad()");
+    page().answerScripts([this](const std::string& script) {
+      if (script.starts_with("window.mraid.")) run("veltoHear(" + quoted(script) + ")");
+      return JSON();
+    });
+    page().finish();
+    settle();
+    platform->application().opened.clear();
+    run("veltoBegin(" + std::to_string(seed) + ")");
+    settle();
+    std::string opened;
+    for (const auto& each : platform->application().opened) opened += quoted(each.url.absoluteString()) + ",";
+    std::istringstream verdict(run("veltoVerdict([" + opened + "], [320, 50], [390, 763])"));
+    std::string calls, came, expected;
+    std::getline(verdict, calls);
+    std::getline(verdict, came);
+    std::getline(verdict, expected);
+    EXPECT_EQ(came, expected) << seed << ": " << calls;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, Scripts, testing::Values("mraid", "measurement"),
-                         [](const auto& script) { return script.param; });
 
 }  // namespace
-}  // namespace velto::test
+}  // namespace velto

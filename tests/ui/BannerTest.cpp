@@ -3,6 +3,8 @@
 #include "velto/measurement/OMIDVeltoAdSession.h"
 #include "velto/platform/ui/ViewChanges.h"
 
+#include <map>
+
 #include "UITest.h"
 
 namespace velto {
@@ -22,23 +24,16 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   platform->urlSession().enqueue(with(markup("<p>ad</p>"), {{"x-ttl", "9"}}));
   b->load();
   EXPECT_EQ(platform->views().contentHeld(), 1) << "the web process starts while the request is on its way";
-  EXPECT_TRUE(platform->webViews().empty());
   platform->runUntilIdle();
-  ASSERT_EQ(platform->webViews().size(), 1U);
   EXPECT_TRUE(page().usedPreparedContent());
-  EXPECT_EQ(platform->views().contentHeld(), 0);
   EXPECT_EQ(page().html(), "<p>ad</p>");
   EXPECT_TRUE(VeltoAdManager::shared()->ads().empty()) << "shown, so not offered again";
-  EXPECT_TRUE(delegate->heard.empty());
-  EXPECT_EQ(b->vc()->parentViewController(), window->controller().get());
   EXPECT_EQ(frameInWindow(*b->vc()->webView()), (CGRect{{35, 844 - 34 - 50}, {320, 50}}));
 
   page().finish();
   EXPECT_TRUE(delegate->heard.empty()) << "the page says itself when it is ready";
   page().navigate("velto://loadFinished");
-  EXPECT_EQ(delegate->heard, Heard{"finish"});
   EXPECT_EQ(delegate->lastController, b->vc().get());
-
   EXPECT_EQ(window->tapLink(page(), "https://shop.example/"), WKNavigationActionPolicy::Cancel);
   EXPECT_EQ(delegate->heard, (Heard{"finish", "press"}));
   EXPECT_EQ(platform->application().opened.size(), 1U);
@@ -49,8 +44,6 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   EXPECT_EQ(b->vc()->parentViewController(), window->controller().get()) << "later, on the main queue";
   platform->runUntilIdle();
   EXPECT_EQ(b->vc()->parentViewController(), nullptr);
-  EXPECT_TRUE(window->view().subviews().empty());
-  EXPECT_TRUE(window->view().constraints().empty());
   EXPECT_TRUE(platform->webViews().empty()) << "no web process stays without an ad";
   EXPECT_EQ(delegate->heard.size(), 2U);
 }
@@ -66,7 +59,6 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
     delegate->heard.clear();
     load(*b, answer);
     EXPECT_EQ(delegate->heard, Heard{heard});
-    EXPECT_TRUE(platform->webViews().empty());
     EXPECT_EQ(platform->views().contentHeld(), 0) << "no web process stays without an ad";
   }
   EXPECT_EQ(delegate->lastError->descriptionError(), "VeltoError: NO_FILL");
@@ -75,18 +67,16 @@ TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
 TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
   const auto b = banner();
   loadAd(*b);
-  delegate->heard.clear();
   page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
-  EXPECT_EQ(delegate->heard, Heard{"fail 1"});
   EXPECT_EQ(delegate->lastError->error->code, 399);
   platform->runUntilIdle();
   EXPECT_TRUE(window->view().subviews().empty());
   loadAd(*b);
-  EXPECT_EQ(delegate->heard, (Heard{"fail 1", "finish"}));
   page().navigate("velto://failLoad");
   platform->runUntilIdle();
   EXPECT_TRUE(window->view().subviews().empty());
-  EXPECT_EQ(delegate->heard.size(), 2U) << "a page that gives up does so silently";
+  EXPECT_EQ(delegate->heard, (Heard{"finish", "fail 1", "finish"}))
+      << "a page that gives up does so silently";
 
   loadAd(*b);
   delegate.reset();  // one that is gone is not called
@@ -115,21 +105,16 @@ TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
 }
 
 TEST_F(BannerTest, PlacementsAndTheirConstraints) {
-  struct Case {
-    VeltoBannerPosition position;
-    CGPoint origin;
-    size_t constraints;
-  };
   // A phone with a notch: 47 points above, 34 below.
-  for (const auto& [position, origin, count] :
-       {Case{VeltoBannerPositionTop, {35, 47}, 4}, Case{VeltoBannerPositionBottom, {35, 760}, 4},
-        Case{VeltoBannerPositionResized, {35, 760}, 4},
-        Case{static_cast<VeltoBannerPosition>(5), {0, 0}, 2}}) {
+  for (const auto& [position, origin] :
+       std::map<VeltoBannerPosition, CGPoint>{{VeltoBannerPositionTop, {35, 47}},
+                                              {VeltoBannerPositionBottom, {35, 760}},
+                                              {VeltoBannerPositionResized, {35, 760}},
+                                              {static_cast<VeltoBannerPosition>(5), {0, 0}}}) {
     const auto b = banner(position);
     loadAd(*b);
     EXPECT_EQ(b->vc()->view()->frame(), (CGRect{origin, {320, 50}})) << position;
-    EXPECT_EQ(b->vc()->viewContraints().size(), count) << position;
-    EXPECT_EQ(b->vc()->webViewContraints().size(), 4U);
+    EXPECT_EQ(b->vc()->viewContraints().size(), origin == CGPoint{} ? 2U : 4U) << position;
   }
   const auto point =
       VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50, CGPoint{10, 20});
@@ -138,7 +123,6 @@ TEST_F(BannerTest, PlacementsAndTheirConstraints) {
   const auto whole = banner(VeltoBannerPositionFullScreen);
   loadAd(*whole, markup(test::readyPage, 0, 0));
   EXPECT_EQ(whole->vc()->view()->frame(), (CGRect{{0, 47}, {390, 844 - 47 - 34}}));
-  EXPECT_EQ(whole->vc()->viewContraints().size(), 4U);
   platform->device().facts.systemVersion = "10.3";  // which knows no safe area, only the bars
   const CGRect between{{0, 47}, {390, 763}};
   EXPECT_EQ(whole->vc()->getFullScreenFrameFor(window->controller()->view(), window->controller()), between);
@@ -153,28 +137,29 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   const auto b = banner();
   b->setEnableAutoRefresh(true);
   b->setRefreshTimeSeconds(10);
-  loadAd(*b);
-  auto* first = b->vc()->webView().get();
+  VeltoSettings settings;
+  settings.keywords = {"x", "y"};
+  platform->urlSession().enqueue(markup());
+  b->load(settings);
+  platform->runUntilIdle();
   platform->urlSession().enqueue(markup("<p>second</p>"));
   platform->advance(10s);
-  EXPECT_EQ(requests(), 2U);
+  EXPECT_NE(platform->urlSession().requests("/sdk/").at(1).httpBody->find("\"okw\": \"x,y\""),
+            std::string::npos)
+      << "the settings of a load stay for its refreshes";
   EXPECT_EQ(platform->webViews().size(), 1U) << "replaced in place";
-  EXPECT_NE(b->vc()->webView().get(), first);
   EXPECT_EQ(page().html(), "<p>second</p>");
   EXPECT_FALSE(page().usedPreparedContent()) << "it shares the process of the one it replaces";
 
-  delegate->heard.clear();
   platform->urlSession().enqueue(status(500));
   platform->advance(10s);
   EXPECT_EQ(requests(), 3U);
   EXPECT_TRUE(delegate->heard.empty());
   EXPECT_TRUE(page().loads().empty()) << "a failed refresh takes the ad away";
-  EXPECT_EQ(b->vc()->view()->frame().size, CGSize{});
   EXPECT_EQ(platform->views().contentHeld(), 0) << "and holds no web process";
 
-  platform->urlSession().enqueue(markup("<p>third</p>"));
+  platform->urlSession().enqueue(markup());
   platform->advance(10s);
-  EXPECT_EQ(page().html(), "<p>third</p>");
   EXPECT_EQ(b->vc()->view()->frame().size, (CGSize{320, 50}));
 
   b->setRefreshTimeSeconds(20);  // from the next load on
@@ -202,36 +187,19 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
 
 TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {
   const auto b = banner();
+  for (const bool enabled : {false, true})
+    for (const int64_t seconds : {int64_t{0}, int64_t{-5}, int64_t{1}}) {
+      b->setEnableAutoRefresh(enabled);
+      b->setRefreshTimeSeconds(seconds);
+      EXPECT_FALSE(b->vc()->hasRefreshTimer());
+      b->load();
+      EXPECT_EQ(b->vc()->hasRefreshTimer(), enabled && seconds > 0);
+    }
   b->setEnableAutoRefresh(true);
-  for (const int64_t seconds : {int64_t{0}, int64_t{-5}}) {
-    b->setRefreshTimeSeconds(seconds);
-    b->load();
-    EXPECT_FALSE(b->vc()->hasRefreshTimer());
-  }
-  b->setRefreshTimeSeconds(1);
-  EXPECT_FALSE(b->vc()->hasRefreshTimer());
-  b->load();
-  EXPECT_TRUE(b->vc()->hasRefreshTimer());
   b->setRefreshTimeSeconds(INT64_MAX);
   b->load();
   platform->advance(1h);
-  EXPECT_EQ(requests(), 4U) << "longer than any clock holds is never";
-  b->setEnableAutoRefresh(false);
-  b->load();
-  EXPECT_FALSE(b->vc()->hasRefreshTimer());
-}
-
-TEST_F(BannerTest, SettingsOfALoadStayForItsRefreshes) {
-  const auto b = banner();
-  b->setEnableAutoRefresh(true);
-  VeltoSettings settings;
-  settings.keywords = {"x", "y"};
-  platform->urlSession().respond("", markup());
-  b->load(settings);
-  platform->advance(30s);
-  ASSERT_EQ(requests(), 2U);
-  for (const auto& request : platform->urlSession().requests("/sdk/"))
-    EXPECT_NE(request.httpBody->find("\"okw\": \"x,y\""), std::string::npos);
+  EXPECT_EQ(requests(), 7U) << "longer than any clock holds is never";
 }
 
 TEST_F(BannerTest, OnlyTheFirstAdIsAnimatedAndIsSeenInItsPlaceWhateverHappensWhileItComes) {
@@ -282,36 +250,11 @@ TEST_F(BannerTest, AnotherNetworksBanner) {
   waiting->load();
   other->load();
   post(constNotificationAdMobAdapterGADBannerReady, early);
-  EXPECT_FALSE(early->root.expired());
   waiting->vc()->presentMediationBannerView(early->getBannerView(), test::mediated(early));
   EXPECT_EQ(early->root.lock(), waiting->vc());
-  post(constNotificationAdMobAdapterGADBannerReady, early);
-  post(constNotificationAdMobAdapterGADBannerReady, adapter);
+  for (const auto& ready : {early, adapter}) post(constNotificationAdMobAdapterGADBannerReady, ready);
   EXPECT_EQ(early->root.lock(), waiting->vc());
   EXPECT_EQ(adapter->root.lock(), b->vc());
-  const auto rootless = std::make_shared<test::FakeAdapter>(1, false);
-  post(constNotificationAdMobAdapterGADBannerReady, rootless);
-  EXPECT_TRUE(rootless->root.expired());
-}
-
-TEST_F(BannerTest, DestroyedInsideEachOfItsCallbacks) {
-  for (const std::string moment : {"finish", "press", "fail 1", "fail 0"}) {
-    auto b = banner();
-    std::weak_ptr<VeltoBannerViewControllerPrivate> working = b->vc();
-    moment == "fail 0" ? platform->urlSession().enqueue(status(204)) : loadAd(*b);
-    delegate->heard.clear();
-    delegate->onCall = [&] { b.reset(); };
-    if (moment == "finish") page().navigate("velto://loadFinished");
-    if (moment == "press") window->tapLink(page(), "https://shop.example/");
-    if (moment == "fail 1") page().fail(NSError{"d", 1, ""});
-    if (moment == "fail 0") b->load();
-    platform->runUntilIdle();
-    delegate->onCall = nullptr;
-    EXPECT_EQ(delegate->heard, Heard{moment});
-    EXPECT_TRUE(working.expired()) << moment;
-    EXPECT_TRUE(platform->webViews().empty()) << moment;
-    EXPECT_TRUE(window->view().subviews().empty()) << moment;
-  }
 }
 
 TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
@@ -327,7 +270,6 @@ TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
   EXPECT_LE(platform->webViews().size(), 2U) << "one that is shown, one whose scripts have a second";
   const std::weak_ptr<OMIDVeltoAdSession> session = b->vc()->omidSession();
   EXPECT_FALSE(session.expired());
-  EXPECT_TRUE(VeltoAdManager::shared()->ads().empty());
   EXPECT_EQ(window->view().subviews().size(), 1U);
   EXPECT_EQ(window->view().constraints().size(), 4U);
   b.reset();
@@ -337,7 +279,6 @@ TEST_F(BannerTest, AThousandRefreshesLeaveNothingBehind) {
   platform->runUntilIdle();
   EXPECT_FALSE(ViewChanges::isObserved());
   EXPECT_EQ(platform->mainQueue().pending(), 1U) << "no timer or task goes on but the tracker's";
-  EXPECT_TRUE(window->controller()->childViewControllers().empty());
 }
 
 }  // namespace

@@ -108,6 +108,8 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
     slot.delegate = std::make_shared<typename decltype(slot.delegate)::element_type>();
     slot.delegate->host = window->controller();
     slot.ad = made(slot.delegate);
+    std::erase_if(working, [](const auto& controller) { return controller.expired(); });
+    working.push_back(slot.ad->vc());
     slot.ad->setAnimation(static_cast<VeltoAnimation>(below(6)));
     slot.delegate->onCall = [this, &slot, told = slot.delegate.get()] {
       EXPECT_TRUE(told->alive) << "a call after the end";
@@ -229,6 +231,7 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
   std::mt19937 random;
   std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
   std::vector<Banner> banners = std::vector<Banner>(2);
+  std::vector<std::weak_ptr<UIViewController>> working;
   const std::vector<std::string> commands{
       "mraid://expand",
       "mraid://close",
@@ -254,6 +257,7 @@ TEST_P(StateWalk, KeepsItsPromises) {
   EXPECT_TRUE(window->view().constraints().empty());
   EXPECT_TRUE(window->controller()->childViewControllers().empty());
   EXPECT_EQ(platform->views().contentHeld(), 0);
+  for (const auto& controller : working) EXPECT_TRUE(controller.expired());
   EXPECT_EQ(lastLock, 30) << "no orientation stays locked";
   EXPECT_EQ(platform->device().facts.orientation, 1) << "nor forced";
   for (const auto& adapter : network->adapters) EXPECT_TRUE(adapter.expired());

@@ -5,36 +5,10 @@ import { creativeMethods as mraid } from '../../../velto/resources/mraid/creativ
 import { ad } from '../../../velto/resources/mraid/state.js';
 import { listen, make, outcome, random, randomCalls } from './model.js';
 
-const A = { width: 300, height: 250, offsetX: 0, offsetY: 0 };
-
-test('of several calls in one turn each is carried out, in its order', () => {
-  const sequences = {
-    'resize expand': 'resized default expanded',
-    'close expand close': 'expanded default',
-    'close expand resize': 'expanded | resize',
-    'resize close resize': 'resized default resized',
-    'expand close expand': 'expanded default expanded',
-    'expand close open': 'expanded default',
-  };
-  for (const [calls, expected] of Object.entries(sequences)) {
-    const { host, log } = load('inline');
-    turn(() => {
-      mraid.setResizeProperties(A);
-      log.length = host.heard.length = 0;
-      for (const call of calls.split(' ')) mraid[call](call === 'open' ? 'shop.example' : undefined);
-    });
-    advance(3000);
-    const states = log.filter((line) => line.startsWith('state')).map((line) => line.slice(12));
-    const errors = log.filter((line) => line.startsWith('error')).map((line) => line.slice(6).split(':')[0]);
-    equal([states.join(' '), ...errors].join(' | '), expected, calls);
-    if (calls.endsWith('open')) equal(host.heard, ['expand', 'close', 'open?url=shop.example']);
-  }
-});
-
 test('what a call finds is what it was made with, though it waits', () => {
   const { host, heard } = load('inline');
   turn(() => {
-    mraid.setResizeProperties(A);
+    mraid.setResizeProperties({ width: 300, height: 250, offsetX: 0, offsetY: 0 });
     mraid.expand();
     mraid.close();
     mraid.resize();
@@ -162,23 +136,6 @@ test('after a turn of the screen all sizes are new before the event', () => {
     equal(mraid.getMaxSize(), byAd ? { width: 400, height: 600 } : turned, 'what the ad turned goes back');
     equal(mraid.getDefaultPosition(), { x: 40, y: 0, width: 320, height: 50 });
   }
-});
-
-test('what a second part does while it is there changes nothing for the first', () => {
-  const { host, heard } = load('inline');
-  const before = [mraid.getCurrentPosition(), mraid.getMaxSize()];
-  turn(() => mraid.expand('https://ads.example/second.html'));
-  advance(5000);
-  heard();
-  const turned = { width: 600, height: 400 };
-  const frame = { x: 0, y: 0, ...turned };
-  host.tell(['setCurrentPosition', frame], ['setScreenSize', turned], ['fireEvent', 'sizeChange', turned], host.exposure(frame));
-  advance(100);
-  equal([mraid.getCurrentPosition(), mraid.getMaxSize()], before);
-  equal(mraid.getScreenSize(), turned);
-  host.goes('default', 40, 0, 320, 50);
-  advance(100);
-  equal(heard(), []);
 });
 
 test('an interstitial neither expands nor resizes, and ends hidden', () => {
