@@ -101,8 +101,6 @@ TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaultsAndAValueOfAnotherTypeRead
   store.setObject("constVeltoTestMode", std::string("1"));
   EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
   EXPECT_FALSE(VeltoDataStore::isTestMode());
-  store.setObject("d", DefaultsDictionary{{"a", "b"}});
-  EXPECT_EQ(VeltoDataStore::getDictionaryForKey("d"), (DefaultsDictionary{{"a", "b"}}));
 }
 
 TEST_F(CoreTest, TheFallbackUserAgentNamesTheDeviceTwiceAndIsStored) {

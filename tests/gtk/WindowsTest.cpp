@@ -77,67 +77,26 @@ TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
   g_object_unref(app);
 }
 
-// An interstitial in one of two windows, while that shows a popover; the other stays as it is.
 TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
-  std::vector<GtkWindow*> windows;
-  for (int i = 0; i < 2; ++i) {
-    windows.push_back(GTK_WINDOW(adw_window_new()));
-    gtk_window_set_default_size(windows[i], 400, 300);
-    auto* button = gtk_menu_button_new();
-    auto* popover = gtk_popover_new();
-    gtk_popover_set_child(GTK_POPOVER(popover), gtk_entry_new());
-    gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
-    adw_window_set_content(ADW_WINDOW(windows[i]), button);
-    gtk::hostViewController(windows[i]);
-    gtk_window_present(windows[i]);
-    EXPECT_TRUE(isShown(*gtk::hostViewController(windows[i])));
-  }
-  auto* overlay = adw_window_get_content(ADW_WINDOW(windows[0]));
-  auto* button = GTK_MENU_BUTTON(gtk_overlay_get_child(GTK_OVERLAY(overlay)));
+  auto* window = GTK_WINDOW(adw_window_new());
+  gtk_window_set_default_size(window, 400, 300);
+  auto* button = GTK_MENU_BUTTON(gtk_menu_button_new());
+  auto* popover = gtk_popover_new();
+  gtk_popover_set_child(GTK_POPOVER(popover), gtk_entry_new());
+  gtk_menu_button_set_popover(button, popover);
+  adw_window_set_content(ADW_WINDOW(window), GTK_WIDGET(button));
+  gtk_window_present(window);
+  EXPECT_TRUE(isShown(*gtk::hostViewController(window)));
   gtk_menu_button_popup(button);
-  auto* popover = GTK_WIDGET(gtk_menu_button_get_popover(button));
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); }));
-
-  const auto interstitial = shownIn(windows[0]);
-  EXPECT_EQ(gtk::hostViewController(windows[1])->presentedViewController(), nullptr);
+  const auto interstitial = shownIn(window);
   gtk_menu_button_popdown(button);
-  gtk_window_fullscreen(windows[0]);
+  gtk_window_fullscreen(window);
   interstitial->vc()->accessibilityPerformEscape();
   EXPECT_TRUE(heardLast(*delegate, "dismissed"));
   gtk_menu_button_popup(button);
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); })) << "the window can be used again";
-  for (auto* window : windows) gtk_window_destroy(window);
-}
-
-// As large as the screen, by a real window manager.
-TEST_F(WindowsTest, AnInterstitialCoversAFullScreenAndWhatIsLeftAfterIt) {
-  auto* manager = g_subprocess_new(
-      GSubprocessFlags(G_SUBPROCESS_FLAGS_STDOUT_SILENCE | G_SUBPROCESS_FLAGS_STDERR_SILENCE), nullptr,
-      "openbox", "--sm-disable", nullptr);
-  ASSERT_NE(manager, nullptr);
-  auto* window = GTK_WINDOW(adw_window_new());
-  gtk_window_set_default_size(window, 400, 300);
-  adw_window_set_content(ADW_WINDOW(window), gtk_label_new("content"));
-  const auto host = gtk::hostViewController(window);
-  gtk_window_present(window);
-  EXPECT_TRUE(runUntil([&] { return gtk_window_is_active(window); })) << "the window manager is there";
-  const auto interstitial = shownIn(window);
-  const auto covers = [&](bool fullscreen) {  // but for the edge that a window has without compositor
-    return runUntil([&] {
-      const CGSize size = interstitial->vc()->view()->bounds().size;
-      return bool(gtk_window_is_fullscreen(window)) == fullscreen && (size.width > 1200) == fullscreen &&
-             (size.height > 1000) == fullscreen && size == host->view()->bounds().size;
-    });
-  };
-  gtk_window_fullscreen(window);
-  EXPECT_TRUE(covers(true));
-  gtk_window_unfullscreen(window);
-  EXPECT_TRUE(covers(false));
-  interstitial->vc()->accessibilityPerformEscape();
-  EXPECT_TRUE(heardLast(*delegate, "dismissed"));
   gtk_window_destroy(window);
-  g_subprocess_force_exit(manager);
-  g_object_unref(manager);
 }
 
 TEST_F(WindowsTest, OneThatKeepsItsContentToItselfSaysSoAndStaysAsItIs) {
@@ -168,18 +127,16 @@ TEST_F(WindowsTest, TheForegroundFollowsThemAllUnlessTheApplicationKnowsBetter) 
       center.addObserver(UIApplicationWillEnterForegroundNotification, [&](const auto&) { told += 'f'; });
   const Handle background =
       center.addObserver(UIApplicationDidEnterBackgroundNotification, [&](const auto&) { told += 'b'; });
-  const auto show = [](GtkWindow* window) {
-    present(window);
-    return window;
-  };
-  auto* first = show(newWindow(100, 100));
-  auto* second = show(newWindow(100, 100));
+  auto* first = newWindow(100, 100);
+  auto* second = newWindow(100, 100);
+  present(first);
+  present(second);
   gtk_widget_set_visible(GTK_WIDGET(first), FALSE);
   EXPECT_EQ(told, "") << "one is enough";
   gtk_widget_set_visible(GTK_WIDGET(second), FALSE);
   EXPECT_EQ(told, "b");
-  show(first);
-  show(second);
+  present(first);
+  present(second);
   EXPECT_EQ(told, "bf");
 
   gtk::setInForeground(false);
@@ -187,7 +144,8 @@ TEST_F(WindowsTest, TheForegroundFollowsThemAllUnlessTheApplicationKnowsBetter) 
   gtk_window_destroy(second);
   gtk::setInForeground(std::nullopt);
   EXPECT_EQ(told, "bfb");
-  auto* third = show(newWindow(100, 100));
+  auto* third = newWindow(100, 100);
+  present(third);
   EXPECT_EQ(told, "bfbf");
   gtk_window_destroy(third);
   EXPECT_EQ(told, "bfbfb");
