@@ -115,6 +115,11 @@ TEST_F(MediationTest, MonetizeSendsItsDataBackAndTheAnswerIsResolvedLikeAFirstOn
   EXPECT_EQ(sent[0].httpMethod + " " + *sent[0].httpBody, "POST QQ==") << "as it stands, not decoded";
   EXPECT_EQ(result.ad->bannerSize, std::nullopt);
   EXPECT_FALSE(result.ad->canBeCached());
+
+  // An empty list answers twice; were the walk to go on twice, ten items would make a thousand requests.
+  platform->urlSession().respond("puressp", mediation("{\"mediation\":[]}"));
+  EXPECT_EQ(resolve(list(std::vector<std::string>(10, monetize("QQ==")))).codes, std::vector<int64_t>{0});
+  EXPECT_EQ(platform->urlSession().requests("puressp").size(), 12U);
 }
 
 // An adapter of a host application: answers later, on the main queue.

@@ -33,15 +33,6 @@ class WindowsTest : public test::DisplayTest {
   static bool isShown(UIViewController& host) {
     return runUntil([&] { return host.view()->isInWindow() && host.view()->bounds().size.width > 100; });
   }
-  std::shared_ptr<VeltoInterstitialViewController> shownIn(GtkWindow* window) {
-    delegate->host = gtk::hostViewController(window);
-    auto interstitial = ready(delegate);
-    interstitial->show();
-    EXPECT_TRUE(heardLast(*delegate, "appear"));
-    return interstitial;
-  }
-
-  std::shared_ptr<RecordingInterstitialDelegate> delegate = std::make_shared<RecordingInterstitialDelegate>();
 };
 
 TEST_F(WindowsTest, AreWrappedWhateverTheirKindAndContentComesLater) {
@@ -89,7 +80,11 @@ TEST_F(WindowsTest, APopoverMayBeOpenWhileAnInterstitialComesAndGoes) {
   EXPECT_TRUE(isShown(*gtk::hostViewController(window)));
   gtk_menu_button_popup(button);
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(popover); }));
-  const auto interstitial = shownIn(window);
+  const auto delegate = std::make_shared<RecordingInterstitialDelegate>();
+  delegate->host = gtk::hostViewController(window);
+  const auto interstitial = ready(delegate);
+  interstitial->show();
+  EXPECT_TRUE(heardLast(*delegate, "appear"));
   gtk_menu_button_popdown(button);
   gtk_window_fullscreen(window);
   interstitial->vc()->accessibilityPerformEscape();
