@@ -116,19 +116,4 @@ class MockService {
   Process process_;
 };
 
-// A modem in the net of "Example Mobile", without a SIM of its own.
-class MockModem : public MockService {
- public:
-  explicit MockModem(const PrivateBus& bus)
-      : MockService(bus, "org.freedesktop.ModemManager1", "/org/freedesktop/ModemManager1",
-                    "org.example.Unused") {
-    const std::string modem = "/org/freedesktop/ModemManager1/Modem/0";
-    addObject(modem, "org.freedesktop.ModemManager1.Modem",
-              "{'AccessTechnologies': <uint32 16384>, 'Sim': <objectpath '/'>}");
-    addInterface(
-        modem, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
-        "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");
-  }
-};
-
 }  // namespace velto::test

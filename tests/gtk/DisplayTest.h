@@ -84,10 +84,6 @@ class DisplayTest : public testing::Test {
     auto* texture = gsk_renderer_render_texture(gtk_native_get_renderer(GTK_NATIVE(window)), node, &bounds);
     gdk_texture_download(texture, reinterpret_cast<guchar*>(picture.pixels.data()),
                          size_t(picture.width) * 4);
-    if (const char* folder = g_getenv("VELTO_TEST_PICTURES")) {
-      const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-      gdk_texture_save_to_png(texture, (std::string(folder) + "/" + test->name() + ".png").c_str());
-    }
     g_object_unref(texture);
     gsk_render_node_unref(node);
     return picture;

@@ -49,8 +49,15 @@ class ServicesTest : public testing::Test {
     ASSERT_TRUE(runUntil(isKnown));
   }
 
+  // A modem in the net of "Example Mobile", with a SIM of "Home Mobile".
   std::unique_ptr<MockService> modemManager() {
-    auto service = std::make_unique<test::MockModem>(bus);
+    auto service = std::make_unique<MockService>(bus, "org.freedesktop.ModemManager1",
+                                                 "/org/freedesktop/ModemManager1", "org.example.Unused");
+    service->addObject(modemPath, modemInterface,
+                       "{'AccessTechnologies': <uint32 16384>, 'Sim': <objectpath '/'>}");
+    service->addInterface(
+        modemPath, "org.freedesktop.ModemManager1.Modem.Modem3gpp",
+        "{'OperatorCode': <'26201'>, 'OperatorName': <'Example Mobile'>, 'RegistrationState': <uint32 1>}");
     service->addObject(simPath, simInterface,
                        "{'OperatorIdentifier': <'310260'>, 'OperatorName': <'Home Mobile'>}");
     service->pointTo(modemPath, modemInterface, "Sim", simPath);

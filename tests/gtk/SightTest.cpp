@@ -1,5 +1,5 @@
 // What a window of the toolkit knows of how the library's views are seen: the application's own widgets over
-// them, popovers, scrolled lists; and that a change is told.
+// them, popovers; and that a change is told.
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
 
@@ -14,24 +14,18 @@ class SightTest : public DisplayTest {
  protected:
   SightTest() {
     list_ = gtk_scrolled_window_new();
-    place_ = gtk_drawing_area_new();
-    gtk_widget_set_size_request(place_, 400, 900);
-    gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(list_), place_);
     window_ = newWindow(400, 300, list_);
     host_ = present(window_);
     ad_ = UIView::make();
     ad_->setFrame({{0, 100}, {400, 100}});
-    watch(*host_->view());
+    host_->view()->addSubview(ad_);
+    watcher_ = ViewabilityWatcher::watch([this] { return sightOf(ad_.get(), {}); }, [](const auto&) {});
   }
   ~SightTest() override {
     watcher_.reset();
     gtk_window_destroy(window_);
   }
 
-  void watch(UIView& container) {
-    container.addSubview(ad_);
-    watcher_ = ViewabilityWatcher::watch([this] { return sightOf(ad_.get(), {}); }, [](const auto&) {});
-  }
   // Whether a watcher comes to see that much, by itself.
   bool sees(int percentage, std::vector<std::string> reasons) {
     const auto& seen = watcher_->latest();
@@ -40,13 +34,12 @@ class SightTest : public DisplayTest {
 
   GtkWindow* window_;
   GtkWidget* list_;
-  GtkWidget* place_;
   std::shared_ptr<UIViewController> host_;
   std::shared_ptr<UIView> ad_;
   std::shared_ptr<ViewabilityWatcher> watcher_;
 };
 
-TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaintAndTheScreenCutsAWindow) {
+TEST_F(SightTest, AWidgetOverTheAdIsToldAndTheScreenCutsAWindow) {
   EXPECT_TRUE(sees(100, {}));
   xdotool("windowmove " + idOf(window_) + " -100 0");
   EXPECT_TRUE(sees(75, {"viewport"}));
@@ -58,11 +51,6 @@ TEST_F(SightTest, WidgetsOverTheAdCoverWhatTheyPaintAndTheScreenCutsAWindow) {
   gtk_overlay_add_overlay(GTK_OVERLAY(gtk_window_get_child(window_)), box);
   EXPECT_TRUE(sees(75, {"obstructed"}));
   gtk_widget_set_opacity(bar, 0);
-  EXPECT_TRUE(sees(100, {}));
-  gtk_widget_set_opacity(bar, 1);
-  gtk_widget_set_margin_start(box, 360);
-  EXPECT_TRUE(sees(90, {"obstructed"}));
-  gtk_widget_set_visible(box, FALSE);
   EXPECT_TRUE(sees(100, {}));
   gtk_widget_set_visible(GTK_WIDGET(window_), FALSE);
   EXPECT_TRUE(sees(0, {"notFound"}));
@@ -117,7 +105,7 @@ TEST_F(SightTest, SlotsLieBelowTheLayerAndATurnedOneCannotBeMeasured) {
   watcher_.reset();
 }
 
-TEST_F(SightTest, APopoverCoversAndGoesAgainAndAListClips) {
+TEST_F(SightTest, APopoverCoversAndGoesAgain) {
   auto* popover = gtk_popover_new();
   auto* content = gtk_label_new("over the ad");
   gtk_widget_set_size_request(content, 150, 60);
@@ -146,14 +134,6 @@ TEST_F(SightTest, APopoverCoversAndGoesAgainAndAListClips) {
   gtk_popover_popdown(GTK_POPOVER(popover));
   EXPECT_TRUE(sees(100, {}));
   gtk_widget_unparent(popover);
-
-  watch(*gtk::hostView(place_));  // in the scrolled list, not over it
-  EXPECT_TRUE(sees(100, {}));
-  auto* adjustment = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(list_));
-  gtk_adjustment_set_value(adjustment, 150);
-  EXPECT_TRUE(sees(50, {"viewport"}));
-  gtk_adjustment_set_value(adjustment, 0);
-  EXPECT_TRUE(sees(100, {}));
 }
 
 }  // namespace

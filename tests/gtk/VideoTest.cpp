@@ -147,13 +147,6 @@ TEST_F(GtkVideo, IsClosedAtAnyMoment) {
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
   EXPECT_EQ(host->told, Lines{});
 
-  // The second takes the first one's place.
-  play("/a");
-  ASSERT_TRUE(runUntil([&] { return host->told.size() == 2; }));
-  play("/a");
-  ASSERT_TRUE(runUntil([&] { return host->told.size() == 4; }));
-  ASSERT_TRUE(runUntil([&] { return isOver(); }));
-
   play("/a");
   ASSERT_TRUE(runUntil([&] { return host->player()->isPlaying(); }));
   const std::weak_ptr<AVPlayer> player = host->player();

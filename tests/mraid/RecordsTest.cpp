@@ -138,7 +138,7 @@ TEST(MRAIDRecords, DescriptionsShowEveryField) {
 
 TEST(MRAIDScript, IsSmallAndOfThisVersion) {
   const std::string script(resourceText("mraid.js").value());
-  EXPECT_LE(script.size(), 16 * 1024U);
+  EXPECT_LE(script.size(), 18 * 1024U);
   EXPECT_NE(script.find(std::string("sdkVersion:\"") + kVeltoSDKVersion + "\""), std::string::npos);
 }
 

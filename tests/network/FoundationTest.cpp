@@ -64,13 +64,10 @@ TEST(TextTest, NumbersInText) {
   EXPECT_EQ(parseNumber("-2.5e1"), -25);
   for (const auto* bad : {"", "abc", "320px", " 320", "1,5", "0x10", "nan", "inf", "-", ".", "1e999"})
     EXPECT_EQ(parseNumber(bad), std::nullopt) << bad;
-  for (const auto& [text, number] : {std::pair("  5000ms", 5000.0),
-                                     {"+1.5", 1.5},
-                                     {"x", 0},
-                                     {"1e", 1},
-                                     {"1e-999", 0},
-                                     {"1e999", std::numeric_limits<double>::infinity()}})
-    EXPECT_EQ(leadingNumber(text), number) << text;
+  const std::pair<const char*, double> leading[] = {
+      {"  5000ms", 5000}, {"+1.5", 1.5}, {"x", 0},
+      {"1e", 1},          {"1e-999", 0}, {"1e999", std::numeric_limits<double>::infinity()}};
+  for (const auto& [text, number] : leading) EXPECT_EQ(leadingNumber(text), number) << text;
   EXPECT_EQ(leadingInteger("99999999999999999999"), INT64_MAX);
   EXPECT_EQ(fixedDecimals(1704067200.4, 0), "1704067200");
 }

@@ -1,4 +1,4 @@
-// Ad requests as the server gets them: URL, query, headers and body; the device behind the body.
+// Ad requests as the server gets them: URL, query, headers and body; the device behind the body; redirects.
 #include "velto/ads/VeltoAdMediationAdapterPassback.h"
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 #include "velto/core/VeltoDataStore.h"
@@ -6,12 +6,15 @@
 #include "velto/network/NSURLSDKVelto.h"
 #include "velto/network/VeltoAdvertisingIdentifier.h"
 #include "velto/network/VeltoDevice.h"
+#include "velto/network/VeltoTaskManager.h"
 #include "velto/network/VeltoTaskRequest.h"
 
 #include "../support/HeadlessTest.h"
 
 namespace velto {
 namespace {
+
+using headless::Answer;
 
 class RequestTest : public test::HeadlessTest {
  protected:
@@ -93,8 +96,6 @@ TEST_F(RequestTest, EnumerationsHaveTheirWordsAndMakeNoRequestPastTheirEnd) {
 }
 
 TEST_F(RequestTest, OtherRequests) {
-  const auto mediation = *VeltoTaskRequest::requestForMediationItemData("payload");
-  EXPECT_EQ(mediation.httpMethod + " " + mediation.httpBody.value(), "POST payload");
   const auto download = *VeltoTaskRequest::requestForDownloadData("https://cdn.example/i.png");
   EXPECT_EQ(download.httpMethod, "GET");
   EXPECT_TRUE(download.allHTTPHeaderFields.fields().empty());
@@ -155,14 +156,10 @@ TEST_F(RequestTest, BodyLeavesOutWhatIsNotKnown) {
 }
 
 TEST_F(RequestTest, TimeZoneWordsKeepTheirQuirks) {
-  for (const auto& [seconds, word] : {std::pair(3600, "+1.0000"),
-                                      {19800, "+5.0000"},
-                                      {0, "-0.0000"},
-                                      {3599, "-0.0000"},
-                                      {-1800, "-0.0000"},
-                                      {-18000, "--5.0000"},
-                                      {-12600, "--3.0000"},
-                                      {50400, "+14.0000"}}) {
+  const std::pair<int, const char*> zones[] = {{3600, "+1.0000"},    {19800, "+5.0000"}, {0, "-0.0000"},
+                                               {3599, "-0.0000"},    {-1800, "-0.0000"}, {-18000, "--5.0000"},
+                                               {-12600, "--3.0000"}, {50400, "+14.0000"}};
+  for (const auto& [seconds, word] : zones) {
     platform->localTimeZone().seconds = seconds;
     EXPECT_EQ(body()["gz"], JSON(word)) << seconds;
   }
@@ -216,12 +213,10 @@ TEST_F(RequestTest, FingerprintAndAddresses) {
 
 TEST_F(RequestTest, TrackingIsLimitedByAuthorisationAndBeforeItByItsInverse) {
   auto& advertising = platform->trackingManager();
-  for (const auto& [version, status, enabled, limited] : {std::tuple("16.4", 0, false, true),
-                                                          {"16.4", 1, false, true},
-                                                          {"16.4", 2, false, true},
-                                                          {"16.4", 3, false, false},
-                                                          {"13.7", 3, true, true},
-                                                          {"13.7", 0, false, false}}) {
+  const std::tuple<const char*, int, bool, bool> table[] = {
+      {"16.4", 0, false, true},  {"16.4", 1, false, true}, {"16.4", 2, false, true},
+      {"16.4", 3, false, false}, {"13.7", 3, true, true},  {"13.7", 0, false, false}};
+  for (const auto& [version, status, enabled, limited] : table) {
     platform->device().facts.systemVersion = version;
     advertising.authorizationStatus = status;
     advertising.trackingEnabled = enabled;
@@ -285,6 +280,57 @@ TEST_F(RequestTest, ImplicitSchemesAndCommands) {
     EXPECT_EQ(resolve(same), same);
   EXPECT_TRUE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid://close")));
   EXPECT_FALSE(SDKVelto::isAdMRAIDHandler(*NSURL::URLWithString("mraid:close")));
+}
+
+TEST_F(RequestTest, RedirectsNeverLeaveHttpsAndKeepCredentialsWithTheirServer) {
+  const auto sentOn = [](int code, const char* to) {
+    return Answer{.status = code, .headers = {{"Location", to}}};
+  };
+  const auto errorOf = [&](Answer answer) {
+    int64_t code = -1;
+    platform->urlSession().enqueue(std::move(answer));
+    VeltoTaskManager::executeTaskFor(
+        VeltoAdTypeBanner, VeltoBannerSize320x50, std::nullopt,
+        [&](const auto& response) { code = response->error ? response->error->errorCode : -1; });
+    EXPECT_EQ(code, -1) << "a handler is never called inside the call when a request was made";
+    platform->runUntilIdle();
+    return code;
+  };
+  for (const int code : {301, 302, 303, 307, 308})
+    EXPECT_EQ(errorOf(sentOn(code, "http://ads.velto.example/")), VeltoErrorNoConnection);
+  EXPECT_TRUE(platform->urlSession().requests("http://").empty());
+  EXPECT_EQ(errorOf(sentOn(302, "")), VeltoErrorDeveloper);
+
+  auto& session = platform->urlSession();
+  NSURLRequest request{*NSURL::URLWithString("http://a.example/x/y?q"), "POST", {}, "body"};
+  for (const auto* name : {"Authorization", "Cookie", "Content-Type", "X-Kept"})
+    request.allHTTPHeaderFields.set(name, "v");
+  const std::tuple<int, const char*, const char*, const char*> table[] = {
+      {302, "../z w", "http://a.example/z%20w", "GET Authorization Cookie X-Kept"},
+      {303, "//A.example:81/", "http://A.example:81/", "GET X-Kept"},
+      {307, "?p", "http://a.example/x/y?p", "POST Authorization Cookie Content-Type X-Kept body"},
+      {308, "https://a.example/", "https://a.example/", "POST Content-Type X-Kept body"}};
+  for (const auto& [code, location, target, form] : table) {
+    session.enqueue(sentOn(code, location));
+    session.dataTask(request, nullptr);
+    platform->runUntilIdle();
+    const auto& last = session.tasks().back()->request();
+    std::string got = last.httpMethod;
+    for (const auto& [name, value] : last.allHTTPHeaderFields.fields()) got += " " + name;
+    EXPECT_EQ(last.url.absoluteString(), target);
+    EXPECT_EQ(got + (last.httpBody ? " " + *last.httpBody : ""), form) << location;
+  }
+}
+
+TEST_F(RequestTest, DownloadsHandOverWhateverBodyCame) {
+  platform->urlSession().enqueue(Answer{.status = 404, .body = "missing"});
+  std::vector<std::optional<std::string>> bodies;
+  const auto note = [&](auto body) { bodies.push_back(body); };
+  VeltoTaskManager::executeTaskForDownloadData(std::nullopt, note);
+  EXPECT_EQ(bodies.size(), 1U) << "what cannot be asked for is answered at once";
+  VeltoTaskManager::executeTaskForDownloadData("https://cdn.example/x", note);
+  platform->runUntilIdle();
+  EXPECT_EQ(bodies, (std::vector<std::optional<std::string>>{std::nullopt, "missing"}));
 }
 
 }  // namespace

@@ -93,19 +93,14 @@ TEST_F(ServerTest, ReadsEveryFormOfARequestAndAnswersWhatIsNone) {
   EXPECT_EQ(server.requests().at(0).body, "abc\0"s);
   EXPECT_EQ(server.requests().at(1).method, "HEAD");
 
-  const std::pair<const char*, const char*> ranges[] = {
-      {"bytes=2-4", "206 2-4/10 234"}, {"bytes=7-99", "206 7-9/10 789"}, {"bytes=-2", "206 8-9/10 89"},
-      {"bytes=10-", "416 */10 "},      {"bytes=0-1,3-4", "200"},         {"bytes=-", "200"}};
-  for (const auto& [range, expected] : ranges) {
-    const std::string answer =
+  const std::tuple<const char*, const char*, const char*> ranges[] = {
+      {"bytes=2-4", "bytes 2-4/10\r", "\n234"},   {"bytes=7-99", "bytes 7-9/10\r", "\n789"},
+      {"bytes=-2", "bytes 8-9/10\r", "\n89"},     {"bytes=10-", "bytes */10\r", "\n"},
+      {"bytes=0-1,3-4", " 200 ", "\n0123456789"}, {"bytes=-", " 200 ", "\n0123456789"}};
+  for (const auto& [range, place, part] : ranges) {
+    const auto answer =
         Client(server).exchange("GET /file HTTP/1.1\r\nConnection: close\r\nRange: "s + range + "\r\n\r\n");
-    const auto place = answer.find("Content-Range: bytes ");
-    std::string found = answer.substr(9, 3);
-    if (place != std::string::npos) {
-      found += " " + answer.substr(place + 21, answer.find("\r", place) - place - 21) + " " +
-               answer.substr(answer.find("\r\n\r\n") + 4);
-    }
-    EXPECT_EQ(found, expected) << range;
+    EXPECT_TRUE(answer.find(place) != std::string::npos && answer.ends_with(part)) << range << answer;
   }
 
   const std::string post = "POST / HTTP/1.1\r\n";

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 class Scripts : public test::UITest {
  protected:
   void runBundle(const std::string& name) {
-    std::ifstream file(VELTO_SCRIPT_SUITES "/" + name + ".js");
+    std::ifstream file(VELTO_SCRIPT_SUITES "/" + name + ".suite.js");
     std::ostringstream text;
     text << file.rdbuf();
     run(text.str());

@@ -1,4 +1,6 @@
-// What the sandbox server finds in the library's own video ad requests: nothing wrong; and that it would.
+// What the sandbox server finds in the library's own ad requests and video ad requests: nothing wrong; and that it would.
+#include "velto/network/VeltoTaskRequest.h"
+
 #include "TrackTest.h"
 #include "sandbox/RequestCheck.h"
 #include "sandbox/Server.h"
@@ -10,18 +12,32 @@ namespace {
 using Problems = std::vector<std::string>;
 using SandboxAgreesTest = test::TrackTest;
 
-// The request of an address as it arrives.
-Problems problemsOf(const std::string& address) {
-  const auto url = NSURL::URLWithString(address).value();
+// Of the request as it arrives.
+Problems problemsOf(const NSURLRequest& request) {
   sandbox::RecordedRequest record;
-  record.method = "GET";
-  record.host = url.host().value();
-  record.path = url.path();
-  record.query = sandbox::decodeQuery("?" + url.query().value());
+  record.method = request.httpMethod;
+  record.host = request.url.host().value();
+  record.path = request.url.path();
+  record.query = sandbox::decodeQuery("?" + request.url.query().value_or(""));
+  record.headers = request.allHTTPHeaderFields.fields();
+  record.body = request.httpBody.value_or("");
   record.kind = sandbox::kindOf(record);
-  EXPECT_EQ(record.kind, sandbox::Kind::Vast);
+  EXPECT_TRUE(record.kind == sandbox::Kind::Ad || record.kind == sandbox::Kind::Vast);
   sandbox::checkRequest(record, sandbox::Names{});
   return record.problems;
+}
+Problems problemsOf(const std::string& address) {
+  return problemsOf(NSURLRequest{NSURL::URLWithString(address).value(), "GET", {}, {}});
+}
+
+TEST_F(SandboxAgreesTest, OnAdRequestsWhateverTheCarrier) {
+  using Text = std::optional<std::string>;
+  for (const auto& [country, network] :
+       {std::pair(Text("262"), Text("01")), {Text(), Text("01")}, {Text(), Text()}}) {
+    platform->telephony().carrier = CTCarrier{"Net", country, network};
+    const auto request = VeltoTaskRequest::requestFor(VeltoAdTypeBanner, VeltoBannerSizeSmart, std::nullopt);
+    EXPECT_EQ(problemsOf(request.value()), Problems{});
+  }
 }
 
 TEST_F(SandboxAgreesTest, OnVideoAdRequests) {

@@ -37,6 +37,9 @@ class VeltoMRAIDHandler {
   CGRect rect;  // for the controller's use
 
   const VeltoMRAIDPropertyOrientation& orientationProperty() const { return *orientationProperty_; }
+  const std::shared_ptr<VeltoMRAIDPropertyOrientation>& heldOrientationProperty() const {
+    return orientationProperty_;
+  }
   // Computes the lock anew and posts it.
   void setOrientationProperty(std::shared_ptr<VeltoMRAIDPropertyOrientation> property);
 

@@ -33,10 +33,13 @@ class SecondPart {
   void opens(VeltoMRAIDHandler& handler) {
     expandProperty_ = std::exchange(handler.expandProperty, nullptr);
     resizeProperty_ = std::exchange(handler.resizeProperty, nullptr);
+    orientationProperty_ = handler.heldOrientationProperty();  // which the expansion itself goes by
   }
   void closes(VeltoMRAIDHandler& handler) {
     handler.expandProperty = std::move(expandProperty_);
     handler.resizeProperty = std::move(resizeProperty_);
+    if (orientationProperty_ != handler.heldOrientationProperty())
+      handler.setOrientationProperty(orientationProperty_);
   }
 
  private:
@@ -46,6 +49,7 @@ class SecondPart {
   std::vector<NSURL> kept_;
   std::shared_ptr<VeltoMRAIDPropertyExpand> expandProperty_;
   std::shared_ptr<VeltoMRAIDPropertyResize> resizeProperty_;
+  std::shared_ptr<VeltoMRAIDPropertyOrientation> orientationProperty_;
 };
 
 }  // namespace velto

@@ -124,7 +124,8 @@ void VeltoShownAd::removeSecondMRAIDWebView() {
   secondaryMRAIDWebView_->removeFromSuperview();
   secondaryMRAIDWebView_.reset();
   if (mraidHandler_) secondPart_.closes(*mraidHandler_);
-  // The second part was what is measured; now it is the first again.
+  // The second part was what is measured and told of its sight; now it is the first again.
+  mraidIsViewable(mraidHandler_ && mraidHandler_->isViewable, webView_, mraidHandler_);
   if (controller_ && controller_->omidSession()) controller_->startOMSDKSessionFor(webView_, nullptr);
 }
 

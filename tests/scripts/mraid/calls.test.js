@@ -148,4 +148,26 @@ test('an interstitial neither expands nor resizes, and ends hidden', () => {
     mraid.close();
   });
   equal(heard(), ['error expand: An interstitial does not expand.', 'error resize: An interstitial does not resize.']);
+  advance(100);
+  equal(heard(), ['stateChange hidden', 'viewableChange false']);
+});
+
+test('a change that the host does not make is an error, and the next call has its turn', () => {
+  const { host, heard } = load('inline');
+  heard();
+  host.command = (text) => host.heard.push(text);
+  turn(() => mraid.expand());
+  turn(() => mraid.close());
+  advance(3100);
+  equal(heard(), ['error expand: The ad could not be changed.']);
+  equal(host.heard, ['expand', 'close']);
+});
+
+test('where a first part stands is told it by the close of the second', () => {
+  const { host } = load('inline');
+  turn(() => mraid.expand('https://ads.example/two'));
+  advance(5000);
+  host.close();
+  advance(200);
+  equal([mraid.getState(), mraid.getDefaultPosition().x, mraid.getCurrentPosition().x], ['default', 40, 40]);
 });

@@ -130,6 +130,8 @@ test('calendar events are judged, and written as the host reads them', () => {
     [{ description: 'd', start, location: 5 }, 'location is not a text.'],
     [{ description: 'd', start, recurrence: 'weekly' }, 'recurrence is not an object.'],
     [rule({ frequency: 'often' }), 'frequency is none of daily, weekly, monthly, yearly.'],
+    [rule({ interval: 2 }), 'interval must be 1.'],
+    [rule({ weeksInMonth: [1] }), 'weeksInMonth is not possible here.'],
     [rule({ daysInWeek: [0] }), 'daysInWeek must be whole numbers from 1 to 7.'],
     [rule({ daysInWeek: ['1'] }), 'daysInWeek is not a list of numbers.'],
     [rule({ daysInMonth: [0] }), 'daysInMonth must be whole numbers from 1 to 31.'],
@@ -141,6 +143,9 @@ test('calendar events are judged, and written as the host reads them', () => {
   const { errors } = answers(() => faults.forEach(([event]) => mraid.createCalendarEvent(event)));
   equal(errors, faults.map(([, fault]) => 'createCalendarEvent: ' + fault));
 
+  /** @type {any} */
+  const lists = Array.prototype; // to which old libraries of pages add this
+  lists.toJSON = () => 'spoilt';
   const { sent } = answers(() => {
     hostMethods.setSupports('calendar', true);
     mraid.createCalendarEvent({
@@ -150,6 +155,7 @@ test('calendar events are judged, and written as the host reads them', () => {
       recurrence: { frequency: 'monthly', daysInMonth: [-1], expires: '1971-01-01T00:00Z' },
     });
   });
+  delete lists.toJSON;
   equal(JSON.parse(sent[0].slice('createCalendarEvent?event='.length)), {
     description: 'Fair',
     start: '1970-01-02T00:00:00Z',

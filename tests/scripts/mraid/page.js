@@ -41,6 +41,7 @@ export class Host {
     sendTo((address) => this.command(decodeURIComponent(address.slice('mraid://'.length))));
   }
   ready(placement = 'inline') {
+    this.placement = placement;
     this.tell(['setSupports', 'inlineVideo', true], ['setScreenSize', { width: 400, height: 600 }]);
     this.tell(['setMaxSize', { width: 400, height: 600 }]);
     const frame = { x: 0, y: 0, width: 320, height: 50 };
@@ -95,7 +96,9 @@ export class Host {
     setTimeout(() => this.goes('resized', left, top, width, height, this.resizeProperties), 100);
   }
   close() {
-    if (this.state === 'expanded') this.goes('default', 40, 0, 320, 50);
+    if (this.placement === 'interstitial')
+      this.tell(['setState', 'hidden'], ['setIsViewable', false], ['fireEvent', 'viewableChange', false]);
+    else if (this.state === 'expanded') this.goes('default', 40, 0, 320, 50);
     else if (this.state === 'resized') setTimeout(() => this.goes('default', 40, 0, 320, 50), 100);
   }
 }

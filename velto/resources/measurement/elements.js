@@ -6,20 +6,20 @@ const interval = 200; // milliseconds
 
 // Where an element stands in the page at the top, also one in a frame of it.
 function placeOf(element, top) {
-  if (!element.isConnected) return { reason: 'notFound' };
-  const at = element.getBoundingClientRect();
-  let x = at.x;
-  let y = at.y;
   try {
+    if (!element.isConnected) return { reason: 'notFound' };
+    const at = element.getBoundingClientRect();
+    let x = at.x;
+    let y = at.y;
     for (let view = element.ownerDocument.defaultView; view !== top; view = view.parent) {
       const frame = view.frameElement.getBoundingClientRect();
       x += frame.x + view.frameElement.clientLeft;
       y += frame.y + view.frameElement.clientTop;
     }
+    return { rect: box(x, y, at.width, at.height) };
   } catch (error) {
     return { reason: 'unmeasurable' }; // a frame between tells nothing
   }
-  return { rect: box(x, y, at.width, at.height) };
 }
 
 export class Elements {
@@ -35,6 +35,8 @@ export class Elements {
       this.due = this.due || setTimeout(() => this.lookAgain(), interval);
     };
     this.sizes = window.ResizeObserver ? new window.ResizeObserver(this.noteMove) : null;
+    const threshold = Array.from({ length: 21 }, (_, step) => step / 20);
+    this.sight = window.IntersectionObserver ? new window.IntersectionObserver(this.noteMove, { threshold }) : null;
   }
 
   setSlot(element) {
@@ -65,6 +67,7 @@ export class Elements {
 
   stop() {
     if (this.sizes) this.sizes.disconnect();
+    if (this.sight) this.sight.disconnect();
     this.window.removeEventListener('scroll', this.noteMove, true);
     this.window.removeEventListener('resize', this.noteMove);
     clearTimeout(this.due);
@@ -73,6 +76,7 @@ export class Elements {
   follow(element) {
     if (!element || typeof element.getBoundingClientRect !== 'function') return null;
     if (this.sizes) this.sizes.observe(element);
+    if (this.sight) this.sight.observe(element);
     this.window.addEventListener('scroll', this.noteMove, true);
     this.window.addEventListener('resize', this.noteMove);
     return element;

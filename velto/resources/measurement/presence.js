@@ -14,11 +14,18 @@ function addFrames(document) {
 }
 
 export function announcePresence(document) {
-  if (document.body) return addFrames(document);
+  // A page that fills its body anew would take them away.
+  const stay = () => {
+    addFrames(document);
+    new MutationObserver(() => {
+      if (document.body && !document.getElementById(names[0])) addFrames(document);
+    }).observe(document.body, { childList: true });
+  };
+  if (document.body) return stay();
   const watcher = new MutationObserver(() => {
     if (!document.body) return;
     watcher.disconnect();
-    addFrames(document);
+    stay();
   });
   watcher.observe(document.documentElement, { childList: true });
 }

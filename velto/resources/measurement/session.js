@@ -83,12 +83,13 @@ export class Session {
   // --- what the page tells of itself
 
   introduce(client) {
-    this.client = client;
+    this.client = present(client);
     const start = this.events.find('sessionStart'); // for those who come late
-    if (start) Object.assign(start.data.context.omidJsInfo, client);
+    if (start) Object.assign(start.data.context.omidJsInfo, this.client);
   }
 
   setContentUrl(url) {
+    if (typeof url !== 'string') return;
     this.contentUrl = url;
     this.amend({ contentUrl: url });
   }

@@ -1,6 +1,6 @@
 // What a creative may say of a calendar event (the W3C's calendar entry), and what of it is sent.
 
-import { copy, isNumber, isObject, isOneOf, isText } from './values.js';
+import { copy, isNumber, isObject, isOneOf, isText, json } from './values.js';
 
 const FREQUENCIES = ['daily', 'weekly', 'monthly', 'yearly'];
 
@@ -52,8 +52,10 @@ function recurrenceFault(target, rule) {
     numbersFault(rule, 'daysInYear', 1, 366, true) ||
     numbersFault(rule, 'weeksInYear', 1, 53, true) ||
     numbersFault(rule, 'monthsInYear', 1, 12) ||
+    ['weeksInMonth', 'exceptionDates'].map((name) => (isGiven(rule[name]) ? name + ' is not possible here.' : '')).join('') ||
+    (isGiven(rule.interval) && rule.interval !== 1 ? 'interval must be 1.' : undefined) ||
     dateFault(sent, rule, 'expires');
-  target.recurrence = JSON.stringify(sent); // a text within the text
+  target.recurrence = json(sent); // a text within the text
   return fault;
 }
 

@@ -14,20 +14,23 @@ const handlers = window.webkit && window.webkit.messageHandlers;
 const handler = handlers && handlers.veltoNavigation;
 const post = handler && handler.postMessage.bind(handler);
 
+/** Whether it went: a flood is cut off. */
 export function send(command, name, argument) {
   if (ad.sentInTurn >= MOST_IN_A_TURN) return flooded();
   if (!ad.sentInTurn++) inOwnTask(nextTurn);
   const address = 'mraid://' + command + (name ? '?' + name + '=' + encode(argument) : '');
   if (post) post(address);
   else sendByFrame(address);
+  return true;
 }
 
 /** One error for all calls of a flood that are dropped. */
 export function flooded() {
-  if (ad.isFlooded) return;
+  if (ad.isFlooded) return false;
   ad.isFlooded = true;
   inOwnTask(nextTurn);
   fail('Too many calls at once: some are dropped.');
+  return false;
 }
 
 function nextTurn() {

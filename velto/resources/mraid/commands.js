@@ -19,8 +19,8 @@ export function expand(address) {
       return;
     }
     if (state() !== 'default') return fail('expand() is not possible in state ' + state() + '.');
-    if (address) send('expand', 'url', address);
-    else send('expand');
+    if (!(address ? send('expand', 'url', address) : send('expand'))) return;
+    if (address) ad.hostsResize = null; // the parts do not share them
     askFor('expanded', !address);
   };
   inTurn(work, true);
@@ -36,10 +36,9 @@ export function resize() {
     if (!properties) return fail(neverWhole);
     const fault = resizeFault(properties) || closeRegionFault(properties);
     if (fault) return fail(fault);
-    if (properties.allowOffscreen && hostRefuses(properties))
-      sendResizeProperties(merge(copy(properties), { allowOffscreen: false }));
-    send('resize');
-    askFor('resized');
+    const refuses = properties.allowOffscreen && hostRefuses(properties);
+    sendResizeProperties(refuses ? merge(copy(properties), { allowOffscreen: false }) : properties);
+    if (send('resize')) askFor('resized');
   }, true);
 }
 

@@ -2,11 +2,10 @@
 
 import { send } from './channel.js';
 import { showCloseMark } from './closeMark.js';
-import { stringify } from './engine.js';
 import { inTurn, refuse } from './queue.js';
 import { closeRegionFault, resizeFault } from './resizeRules.js';
 import { ad } from './state.js';
-import { copy, isNumber, isObject, isOneOf, merge } from './values.js';
+import { copy, isNumber, isObject, isOneOf, json, merge } from './values.js';
 
 // The named fields of both records; those that were given win.
 function merged(names, record, given) {
@@ -31,7 +30,7 @@ export function setExpandProperties(given) {
   if (typeof wanted.useCustomClose !== 'boolean') return refuse('useCustomClose is not a boolean.');
   ad.expandProperties = wanted;
   showCloseMark();
-  const text = stringify(expandProperties());
+  const text = json(expandProperties());
   inTurn(() => send('setExpandProperties', 'properties', text));
 }
 
@@ -46,12 +45,12 @@ export function setOrientationProperties(given) {
   ad.orientationProperties = wanted;
   ad.turnedEarly = !ad.isReady;
   if (ad.unturned && wanted.forceOrientation !== 'none') ad.unturned.byAd = true;
-  const text = stringify(wanted);
+  const text = json(wanted);
   inTurn(() => send('setOrientationProperties', 'properties', text));
 }
 
 export function sendOrientationProperties() {
-  send('setOrientationProperties', 'properties', stringify(ad.orientationProperties));
+  send('setOrientationProperties', 'properties', json(ad.orientationProperties));
 }
 
 // --- resize
@@ -70,6 +69,8 @@ export function setResizeProperties(given) {
   inTurn(() => sendResizeProperties(wanted), true);
 }
 
+/** Unless they are what the host has. */
 export function sendResizeProperties(properties) {
-  send('setResizeProperties', 'properties', stringify(properties));
+  const text = json(properties);
+  if (ad.hostsResize !== text && send('setResizeProperties', 'properties', text)) ad.hostsResize = text;
 }

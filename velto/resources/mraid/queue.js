@@ -7,7 +7,7 @@ import { fail } from './events.js';
 import { ad } from './state.js';
 
 const MOST_WAITING = 256;
-const PATIENCE = 1000; // milliseconds for the host's word that a change is made
+const PATIENCE = 3000; // milliseconds for the host's word that a change is made
 
 /** Puts work before all that waits. */
 export function first(action, work) {
@@ -53,9 +53,11 @@ export function as(action, work) {
 /** The host has been asked for this state; a first part is never told that its second is there. */
 export function askFor(state, isTold = true) {
   notLater(ad.patience);
+  const action = ad.action;
   ad.underWay = { state, isTold };
   ad.patience = later(() => {
     ad.underWay = null;
+    if (isTold) as(action, () => fail('The ad could not be changed.'));
     proceed();
   }, PATIENCE);
 }

@@ -29,6 +29,7 @@ export function initialState() {
     turnedEarly: false, // orientation properties were set before the host knew what kind of ad this is
     resizeProperties: null, // the last that were whole and right
     resizeDraft: { customClosePosition: 'top-right', allowOffscreen: true }, // what getResizeProperties() answers
+    hostsResize: null, // what the host has of them, as text
     resizeFault: null, // what is wrong with the last that were given
 
     // Calls on their way to the host: queue.js.

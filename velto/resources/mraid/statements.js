@@ -53,7 +53,7 @@ export const hostMethods = {
   },
   setState: (value) => {
     if (!isOneOf(value, STATES)) return;
-    if (ad.isReady && value !== ad.state && ad.placement !== 'interstitial') stateChanges(value);
+    if (ad.isReady && ad.placement !== 'interstitial') stateChanges(value);
     ad.state = value;
     isIn(value);
     note('stateChange');
@@ -78,7 +78,7 @@ export const hostMethods = {
 };
 
 function stateChanges(value) {
-  if (value === 'expanded') {
+  if (value === 'expanded' && ad.state !== value) {
     // It covers all that it may; the window may have another size than when the page was loaded.
     ad.unturned = { screenSize: ad.screenSize, maxSize: ad.maxSize, byAd: ad.orientationProperties.forceOrientation !== 'none' };
     ad.maxSize = sizeOf(ad.currentPosition);

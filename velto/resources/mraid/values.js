@@ -5,8 +5,21 @@ export function copy(object) {
 }
 
 export function merge(target, source) {
-  for (var key in source) if (source[key] !== undefined) target[key] = source[key];
+  for (const key of Object.keys(source)) if (source[key] !== undefined) target[key] = source[key];
   return target;
+}
+
+const escaped = (character) => '\\u' + ('000' + character.charCodeAt(0).toString(16)).slice(-4);
+const quoted = (text) => '"' + text.replace(/["\\\u0000-\u001f]/g, escaped) + '"';
+
+/** Plain data as JSON, whatever the page makes of the engine's own: old libraries give lists and texts a toJSON(). */
+export function json(value) {
+  if (typeof value === 'string') return quoted(value);
+  if (Array.isArray(value)) return '[' + value.map((part) => json(part)).join() + ']';
+  if (typeof value === 'number') return isNumber(value) ? String(value) : 'null';
+  if (typeof value !== 'object' || value === null) return typeof value === 'boolean' ? String(value) : 'null';
+  const names = Object.keys(value).filter((name) => value[name] !== undefined && typeof value[name] !== 'function');
+  return '{' + names.map((name) => quoted(name) + ':' + json(value[name])).join() + '}';
 }
 
 export function isText(value) {
