@@ -171,7 +171,8 @@ TEST_F(ServicesContract, BundlesAndDeviceArePlausible) {
   EXPECT_TRUE(platform().application().isProtectedDataAvailable());
   EXPECT_GE(device.bootTime(), 0);
   EXPECT_LE(static_cast<double>(device.bootTime()), platform().clock().secondsSince1970());
-  for (const auto& address : platform().network().interfaceAddresses().value())
+  const auto addresses = platform().network().interfaceAddresses().value();
+  for (const auto& address : addresses)
     EXPECT_TRUE(address.family != AddressFamily::IPv6 || address.text.find(':') != std::string::npos);
   EXPECT_GT(platform().mainScreen().bounds().size.width, 0);
   EXPECT_EQ(platform().currentLocale().preferredLanguages().at(0).find_first_of("_.@"), std::string::npos);
