@@ -243,7 +243,7 @@ class Bench:
                 rows.append(Row(name, "MiB", os.path.getsize(stripped.name) / MIB, limit=limit, of="value"))
         # As the build embeds them.
         resources = os.path.join(os.path.dirname(__file__), "..", "velto", "resources")
-        for name, script, limit in [("script put into rich-media pages", "mraid/mraid.js", 16),
+        for name, script, limit in [("script put into rich-media pages", "mraid/mraid.js", 18),
                                     ("script put into measured pages", "measurement/omsdk-v1.js", None)]:
             words = ["esbuild", os.path.join(resources, script), "--bundle", "--minify", "--format=iife", "--target=es2020"]
             bundled = subprocess.run(words, stdout=subprocess.PIPE, check=False)
