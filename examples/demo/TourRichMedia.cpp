@@ -42,8 +42,13 @@ void Tour::resizeAndClose() {
   hand_.click({small.midX(), small.midY()});
   expect(name + ": the page grows",
          [&] { return hasSize(stage_.adFrame(name), 320, 250) && above() != before; });
-  photograph("rich-" + name);
   const auto large = stage_.adFrame(name);
+  expect(name + ": and shows its button", [&] {
+    const auto picture = camera_.take();
+    return picture.at(large.minX() + 24, large.minY() + 180) !=
+           picture.at(large.minX() + 4, large.minY() + 180);
+  });
+  photograph("rich-" + name);
   hand_.click({large.midX(), large.minY() + 25});
   expect(name + ": and shrinks again", [&] { return stage_.adFrame(name) == small; });
   stage_.clear();
