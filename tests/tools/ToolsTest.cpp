@@ -1,6 +1,7 @@
 // What holds for each of the commands as a program.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
