@@ -144,7 +144,7 @@ void VeltoShownAd::mediationBannerDidClose() {
 void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
   if (forcedOrientation_ != 0) {
     const auto& forcing = Platform::shared<ForcingAds>()->ads;
-    if (orientation == forcedOrientation_ || forcing.back() != this) return;
+    if (orientation == forcedOrientation_ || forcing.empty() || forcing.back() != this) return;
   }
   originalOrientation_ = orientation;
 }

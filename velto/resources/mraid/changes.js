@@ -2,12 +2,12 @@
 // hears of any.
 
 import { showCloseMark } from './closeMark.js';
-import { later, notLater, stringify } from './engine.js';
+import { later, notLater } from './engine.js';
 import { fire } from './events.js';
 import { sendOrientationProperties } from './properties.js';
 import { proceed } from './queue.js';
 import { ad } from './state.js';
-import { isOneOf } from './values.js';
+import { isOneOf, json } from './values.js';
 
 const SILENCE = 50; // milliseconds after which a change is over whose last statement does not come
 
@@ -55,7 +55,7 @@ export function tellChange() {
 function tellIfNew(event) {
   if (!args[event]) return;
   const values = args[event]();
-  const text = stringify(values);
+  const text = json(values);
   if (ad.told[event] === text) return;
   ad.told[event] = text;
   fire(event, values);

@@ -5,12 +5,11 @@ import { escaped, whole } from './addresses.js';
 import { eventFault } from './calendar.js';
 import { send } from './channel.js';
 import { close, expand, resize } from './commands.js';
-import { stringify } from './engine.js';
 import { addListener, isEvent, removeListener } from './events.js';
 import { expandProperties, setExpandProperties, setOrientationProperties, setResizeProperties } from './properties.js';
 import { as, inTurn, refuse } from './queue.js';
 import { ad } from './state.js';
-import { copy, isObject, isText } from './values.js';
+import { copy, isObject, isText, json } from './values.js';
 
 function sendAddress(command, address) {
   inTurn(() => send(command, 'url', address));
@@ -62,7 +61,7 @@ const methods = {
     const fault = eventFault(sent, event);
     if (fault) return refuse(fault);
     if (!ad.supported.calendar) return refuse('There is no calendar here.');
-    const text = stringify(sent);
+    const text = json(sent);
     inTurn(() => send('createCalendarEvent', 'event', text));
   },
 

@@ -2,7 +2,6 @@
 
 export const later = window.setTimeout.bind(window);
 export const notLater = window.clearTimeout.bind(window);
-export const stringify = JSON.stringify;
 export const encode = encodeURIComponent;
 
 /** Runs the work as soon as the script that runs now is done. */
