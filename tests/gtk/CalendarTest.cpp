@@ -83,8 +83,10 @@ TEST_F(CalendarTest, NothingIsStoredOrLoadedBeforeTheUserAllowedIt) {
   gtk::setCalendarAccess(gtk::Access::Allowed);
   EXPECT_EQ(store.authorizationStatusForEntityType(EKEntityType::Event), 3);
   setenv("XDG_DATA_DIRS", "/nowhere", 1);
+  gtk::setCalendarAccess(gtk::Access::Allowed);
   EXPECT_EQ(store.authorizationStatusForEntityType(EKEntityType::Event), 1) << "nobody keeps a calendar here";
   unsetenv("XDG_DATA_DIRS");
+  gtk::setCalendarAccess(gtk::Access::Allowed);
   auto endless = lunch();
   endless.startDate = sys_seconds::max();
   EXPECT_FALSE(save(endless));

@@ -55,7 +55,9 @@ void Calendar::stop() {
 
 AuthorizationStatus Calendar::authorizationStatusForEntityType(EKEntityType type) const {
   if (type != EKEntityType::Event) return AuthorizationStatusNotDetermined;
-  return status_ == AuthorizationStatusAuthorized && !hasService() ? AuthorizationStatusRestricted : status_;
+  if (status_ != AuthorizationStatusAuthorized) return status_;
+  if (!hasService_) hasService_ = hasService();
+  return *hasService_ ? status_ : AuthorizationStatusRestricted;
 }
 
 std::shared_ptr<EKCalendar> Calendar::defaultCalendarForNewEvents() {

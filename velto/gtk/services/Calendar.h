@@ -8,6 +8,8 @@
 
 #include <gio/gio.h>
 
+#include <optional>
+
 namespace velto::gtk {
 
 class Calendar : public EKEventStore {
@@ -16,7 +18,10 @@ class Calendar : public EKEventStore {
   ~Calendar() override { stop(); }
 
   // Without it nothing is stored, and nothing loaded.
-  void setAuthorizationStatus(AuthorizationStatus status) { status_ = status; }
+  void setAuthorizationStatus(AuthorizationStatus status) {
+    status_ = status;
+    hasService_.reset();
+  }
   // Events that are not stored by now will not be.
   void stop();
 
@@ -29,6 +34,7 @@ class Calendar : public EKEventStore {
  private:
   MainQueue& mainQueue_;
   AuthorizationStatus status_;
+  mutable std::optional<bool> hasService_;  // looked for once, since each rich-media page asks
   GPtr<GCancellable> cancellable_ = GPtr<GCancellable>::adopt(g_cancellable_new());
   Background worker_;
 };
