@@ -67,6 +67,17 @@ void Tour::measure() {
   told("impression 100 %", 1);
   const int whole = stage_.count("measurement", "geometryChange 100 %");
   const auto frame = stage_.adFrame(name);
+  // The page paints what it hears a moment later: a bar that fills as much of the ad as is in view.
+  const auto paints = [&](double share) {
+    expect(name + ": the page shows its share", [&, share] {
+      const auto picture = camera_.take();
+      const auto isFilled = [&](double x) {
+        const double y = frame.maxY() - 10;
+        return picture.at(frame.minX() + x * frame.size.width, y) == picture.at(frame.minX() + 10, y);
+      };
+      return isFilled(share - 0.05) && !isFilled(share + 0.05);
+    });
+  };
   auto* sheet = gtk_drawing_area_new();
   gtk_drawing_area_set_draw_func(
       GTK_DRAWING_AREA(sheet),
@@ -82,9 +93,11 @@ void Tour::measure() {
   gtk_widget_set_size_request(sheet, int(frame.size.width), int(frame.size.height / 2));
   gtk_overlay_add_overlay(GTK_OVERLAY(stage_.content()), sheet);
   told("geometryChange 50 % obstructed", 1);
+  paints(0.5);
   photograph("measured-half");
   gtk_overlay_remove_overlay(GTK_OVERLAY(stage_.content()), sheet);
   told("geometryChange 100 %", whole + 1);
+  paints(1);
   photograph("measured-whole");
 
   // A window manager would minimise it; to the ad it is the same.
