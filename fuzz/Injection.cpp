@@ -19,8 +19,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   require(injected->substr(0, place) + injected->substr(place + tag.size()) == html);
   if (html.find("<!") == std::string::npos && html.find("<?") == std::string::npos) {
     const size_t script = html.find("<script>");
-    const size_t head = html.find('=');  // in a tag's attributes a script may be a mere text
-    require(script == std::string::npos || head < script || place <= script);
+    // In a tag that is not closed, or that has attributes, a script may be mere text.
+    const std::string before = html.substr(0, script);
+    const bool maybeText =
+        before.find('=') != std::string::npos || before.rfind('<') + 1 > before.rfind('>') + 1;
+    require(script == std::string::npos || maybeText || place <= script);
   }
   return 0;
 }
