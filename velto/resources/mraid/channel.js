@@ -4,12 +4,11 @@
 // such messages a hidden frame goes to the address: a navigation of the page itself would cut it off while it is being
 // parsed, and of several in a row only the last would come.
 
-import { encode, later, now } from './engine.js';
+import { encode, inOwnTask, later } from './engine.js';
 import { fail } from './events.js';
 import { ad } from './state.js';
 
-const BURST = 100; // milliseconds
-const MOST_IN_A_BURST = 1000; // no creative has that much to say
+const MOST_IN_A_TURN = 1000; // no creative has that much to say
 
 const handlers = window.webkit && window.webkit.messageHandlers;
 const handler = handlers && handlers.veltoNavigation;
@@ -17,9 +16,8 @@ const post = handler && handler.postMessage.bind(handler);
 
 /** Whether it went: a flood is cut off. */
 export function send(command, name, argument) {
-  noteTime();
-  if (ad.sentInBurst >= MOST_IN_A_BURST) return flooded();
-  ++ad.sentInBurst;
+  if (ad.sentInTurn >= MOST_IN_A_TURN) return flooded();
+  if (!ad.sentInTurn++) inOwnTask(nextTurn);
   const address = 'mraid://' + command + (name ? '?' + name + '=' + encode(argument) : '');
   if (post) post(address);
   else sendByFrame(address);
@@ -28,19 +26,15 @@ export function send(command, name, argument) {
 
 /** One error for all calls of a flood that are dropped. */
 export function flooded() {
-  noteTime();
   if (ad.isFlooded) return false;
   ad.isFlooded = true;
+  inOwnTask(nextTurn);
   fail('Too many calls at once: some are dropped.');
   return false;
 }
 
-// Bursts are told apart by the clock, which costs a page less than a task for each command.
-function noteTime() {
-  const at = now();
-  if (at >= ad.burstBegan && at < ad.burstBegan + BURST) return;
-  ad.burstBegan = at;
-  ad.sentInBurst = 0;
+function nextTurn() {
+  ad.sentInTurn = 0;
   ad.isFlooded = false;
 }
 

@@ -3,7 +3,6 @@
 export const later = window.setTimeout.bind(window);
 export const notLater = window.clearTimeout.bind(window);
 export const encode = encodeURIComponent;
-export const now = Date.now;
 
 /** Runs the work as soon as the script that runs now is done. */
 export const afterThis = window.queueMicrotask.bind(window);

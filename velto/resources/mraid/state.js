@@ -37,8 +37,7 @@ export function initialState() {
     waiting: [],
     underWay: null, // the change of state that the host has been asked for
     patience: 0, // a timer
-    burstBegan: 0,
-    sentInBurst: 0,
+    sentInTurn: 0,
     isFlooded: false,
 
     // News on their way to the creative: changes.js, events.js.
