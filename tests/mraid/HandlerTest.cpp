@@ -294,7 +294,12 @@ TEST_F(MRAIDTest, TheSecondPart) {
   EXPECT_TRUE(second.hasRun("setState(\"expanded\")"));
   EXPECT_EQ(said(), Statements{}) << "the first page is not spoken to";
   second.navigate(mraid("setExpandProperties?p={\"useCustomClose\":true}"));
+  command("setOrientationProperties?p={\"forceOrientation\":\"landscape\"}");
+  command("setResizeProperties?p={\"width\":300}");
+  EXPECT_EQ(handler().orientation, 0) << "what the first asks for does not turn the second";
   second.navigate("mraid://close");
+  EXPECT_EQ(handler().orientationProperty().forceOrientation, "landscape") << "and counts when it is back";
+  EXPECT_TRUE(handler().resizeProperty);
   EXPECT_FALSE(handler().expandProperty) << "nor does it keep what the second has set";
   EXPECT_EQ(handler().state, "default");
 

@@ -2,6 +2,7 @@
 // main thread.
 #pragma once
 
+#include "velto/mraid/VeltoMRAIDAction.h"
 #include "velto/mraid/VeltoMRAIDHandler.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -34,6 +35,29 @@ class SecondPart {
     expandProperty_ = std::exchange(handler.expandProperty, nullptr);
     resizeProperty_ = std::exchange(handler.resizeProperty, nullptr);
     orientationProperty_ = handler.heldOrientationProperty();  // which the expansion itself goes by
+  }
+  // What the first says of itself while the second is shown counts when it is back; it does not resize below it.
+  // True when nothing more is to be done.
+  bool takes(const NSURL& command) {
+    const auto action = VeltoMRAIDAction::actionFrom(command);
+    if (!action) return false;
+    const auto& args = action->args();
+    switch (action->actionType()) {
+      case VeltoMRAIDActionResize:
+        return true;
+      case VeltoMRAIDActionSetExpandProperties:
+        if (args) expandProperty_ = VeltoMRAIDPropertyExpand::decode(*args);
+        return true;
+      case VeltoMRAIDActionSetResizeProperties:
+        if (args) resizeProperty_ = VeltoMRAIDPropertyResize::decode(*args);
+        return true;
+      case VeltoMRAIDActionSetOrientationProperties:
+        if (auto property = args ? VeltoMRAIDPropertyOrientation::decode(*args) : nullptr)
+          orientationProperty_ = std::move(property);
+        return true;
+      default:
+        return false;
+    }
   }
   void closes(VeltoMRAIDHandler& handler) {
     handler.expandProperty = std::move(expandProperty_);

@@ -15,7 +15,7 @@ void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
   if (!controller_) return;
   if (&webView == webView_.get()) {
     if (secondPart_.keeps(url)) return;
-    if (secondaryMRAIDWebView_ && url.host() == "resize") return;  // which has its own way to be closed
+    if (secondaryMRAIDWebView_ && secondPart_.takes(url)) return;
   }
   mraidHandleAction(url, webView);
 }
