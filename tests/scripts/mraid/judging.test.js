@@ -39,13 +39,14 @@ test('resize properties are judged when they are set, by field and limit', () =>
   // After good ones bad ones change nothing.
   const { errors, sent } = answers(() => {
     mraid.setResizeProperties(null);
+    mraid.setResizeProperties({ customClosePosition: 'up' });
     mraid.setResizeProperties({ width: 300, offsetX: 0 });
     mraid.setResizeProperties({ height: 250, offsetY: 0, allowOffscreen: false });
     mraid.setResizeProperties({ width: 5 });
     equal(mraid.getResizeProperties().width, 300);
     mraid.resize();
   });
-  equal(errors.length, 3);
+  equal(errors.length, 4);
   equal(sent.map((text) => text.split('?')[0]), ['setResizeProperties', 'resize']);
   equal(mraid.getState(), 'resized');
   equal(answers(() => mraid.resize()).errors, ['resize: resize() needs setResizeProperties() before.']);

@@ -6,12 +6,16 @@ import { isNumber, isOneOf } from './values.js';
 const CLOSE_POSITIONS = ['top-left', 'top-center', 'top-right', 'center', 'bottom-left', 'bottom-center', 'bottom-right'];
 const LEAST_SIZE = 50; // of a close region, and so of a resized ad
 
-/** In themselves, and for the screen. */
+/** In themselves, and for the screen. What is missing comes last: nothing else is wrong with those. */
 export function resizeFault(properties) {
-  for (const name of ['width', 'height', 'offsetX', 'offsetY']) {
-    if (properties[name] === undefined) return name + ' is missing.';
-    if (!isNumber(properties[name])) return name + ' is not a number.';
-  }
+  const names = ['width', 'height', 'offsetX', 'offsetY'];
+  const missing = names.find((name) => properties[name] === undefined);
+  return faultOfGiven(properties, names) || (missing && missing + ' is missing.');
+}
+
+function faultOfGiven(properties, names) {
+  for (const name of names)
+    if (properties[name] !== undefined && !isNumber(properties[name])) return name + ' is not a number.';
   for (const name of ['width', 'height'])
     if (properties[name] < LEAST_SIZE) return name + ' must be at least ' + LEAST_SIZE + '.';
   if (!isOneOf(properties.customClosePosition, CLOSE_POSITIONS))
