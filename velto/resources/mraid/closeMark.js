@@ -14,6 +14,8 @@ let closes = null;
 /** What a touch does. */
 export function closeMarkCalls(close) {
   closes = close;
+  // A page that is written anew has nothing of what was there, listeners included.
+  new MutationObserver(showCloseMark).observe(document, { childList: true });
 }
 
 /** Shows or removes it, as the state wants. */
@@ -23,8 +25,9 @@ export function showCloseMark() {
     if (area) area.remove();
     return;
   }
-  if (!area) area = makeArea();
-  if (!area.parentNode && document.documentElement) document.documentElement.appendChild(area);
+  if ((area && area.isConnected) || !document.documentElement) return;
+  area = makeArea();
+  document.documentElement.appendChild(area);
 }
 
 function makeArea() {
