@@ -134,7 +134,7 @@ test('after a turn of the screen all sizes are new before the event', () => {
     turn(() => mraid.close());
     advance(100);
     equal(mraid.getMaxSize(), byAd ? { width: 400, height: 600 } : turned, 'what the ad turned goes back');
-    equal(mraid.getDefaultPosition(), { x: 40, y: 0, width: 320, height: 50 });
+    equal(mraid.getDefaultPosition(), { x: byAd ? 0 : 40, y: 0, width: 320, height: 50 }, 'as does its place');
   }
 });
 
@@ -163,11 +163,18 @@ test('a change that the host does not make is an error, and the next call has it
   equal(host.heard, ['expand', 'close']);
 });
 
-test('where a first part stands is told it by the close of the second', () => {
-  const { host } = load('inline');
-  turn(() => mraid.expand('https://ads.example/two'));
-  advance(5000);
-  host.close();
-  advance(200);
-  equal([mraid.getState(), mraid.getDefaultPosition().x, mraid.getCurrentPosition().x], ['default', 40, 40]);
+test('where a first part stands is told it by the close of the second, unless that has turned the screen', () => {
+  for (const [x, width, height] of [[40, 500, 600], [0, 600, 400]]) {
+    const { host } = load('inline');
+    turn(() => mraid.expand('https://ads.example/two'));
+    advance(5000);
+    const frame = { x: 0, y: 0, width, height };
+    host.tell(['setCurrentPosition', frame], ['setScreenSize', { width, height }], host.exposure(frame));
+    advance(100);
+    equal(mraid.getCurrentPosition().width, 320);
+    host.close();
+    advance(200);
+    equal([mraid.getState(), mraid.getDefaultPosition().x, mraid.getCurrentPosition().x], ['default', x, x]);
+    equal(mraid.getScreenSize().width, x ? 500 : 400);
+  }
 });

@@ -20,7 +20,7 @@ export function initialState() {
     size: null,
     exposure: null,
     volume: null,
-    unturned: null, // the screen's and the maximum size, and whether the ad has turned the screen since it expanded
+    unturned: null, // what held before an expansion, and whether the ad has turned the screen since
 
     // What the creative wants.
     listeners: {},

@@ -4,7 +4,7 @@ import { begin, end, note } from './changes.js';
 import { fire } from './events.js';
 import { isIn } from './queue.js';
 import { ad } from './state.js';
-import { copy, isOneOf } from './values.js';
+import { copy, isOneOf, merge } from './values.js';
 
 const STATES = ['loading', 'default', 'expanded', 'resized', 'hidden'];
 
@@ -23,13 +23,16 @@ export const hostMethods = {
     ad.maxSize = value;
   },
   setScreenSize: (value) => {
+    const isRotation = ad.lastStatement === 'setState'; // which is not a change of state
+    if (isRotation) ad.lastStatement = 'exposureChange';
+    // It is told to the first part alone, also when it turned the second.
+    ad.isOfOtherPart = isRotation && ad.state !== 'expanded';
+    if (ad.isOfOtherPart) {
+      ad.currentPosition = ad.positionBefore;
+      if (!ad.unturned) keepForReturn(true, ad.screenSize);
+    }
     ad.screenSize = value;
     if (ad.isReady && ad.state === 'expanded') ad.maxSize = copy(value);
-    if (ad.lastStatement !== 'setState') return;
-    // Of a rotation, which is not a change of state. It is told to the first part alone, also when it turned the second.
-    ad.lastStatement = 'exposureChange';
-    ad.isOfOtherPart = ad.state !== 'expanded';
-    if (ad.isOfOtherPart) ad.currentPosition = ad.positionBefore;
   },
   setDefaultPosition: (value) => {
     ad.defaultPosition = ad.placeInBanner = value;
@@ -80,18 +83,27 @@ export const hostMethods = {
 function stateChanges(value) {
   if (value === 'expanded' && ad.state !== value) {
     // It covers all that it may; the window may have another size than when the page was loaded.
-    ad.unturned = { screenSize: ad.screenSize, maxSize: ad.maxSize, byAd: ad.orientationProperties.forceOrientation !== 'none' };
     ad.maxSize = sizeOf(ad.currentPosition);
+    keepForReturn(ad.orientationProperties.forceOrientation !== 'none', ad.maxSize);
   } else if (value === 'default') {
-    // What the ad has turned goes back; a window that got another size meanwhile keeps it.
-    if (ad.state === 'expanded' && ad.unturned && ad.unturned.byAd) {
-      ad.screenSize = ad.unturned.screenSize;
-      ad.maxSize = ad.unturned.maxSize;
-    }
-    ad.unturned = null;
     ad.defaultPosition = copy(ad.currentPosition); // on the screen, told for the first time
     ad.isPlaceKnown = true;
+    // What the ad has turned goes back, and the place that was told is one on the turned screen. A window that got
+    // another size meanwhile keeps it.
+    const before = ad.unturned;
+    const filled = ad.state === 'expanded' ? ad.maxSize : ad.screenSize;
+    ad.unturned = null;
+    if (before && before.byAd && isWide(before.filled) !== isWide(filled)) merge(ad, before.values);
   }
+}
+
+function keepForReturn(byAd, filled) {
+  const { screenSize, maxSize, positionBefore, defaultPosition, isPlaceKnown } = ad;
+  ad.unturned = { byAd, filled, values: { screenSize, maxSize, currentPosition: positionBefore, defaultPosition, isPlaceKnown } };
+}
+
+function isWide(size) {
+  return size.width > size.height;
 }
 
 function sizeOf(box) {
