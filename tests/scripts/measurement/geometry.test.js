@@ -27,6 +27,7 @@ test('an element is seen as far as page, list, window and covers let it be, and 
   check(box(0, 0, 0, 100), {}, 0, ['hidden']);
   const away = { reasons: ['backgrounded', 'viewport'] };
   check(box(0, 50, 320, 100), away, 0, ['backgrounded', 'clipped'], 'what holds of all holds of it');
+  check(box(0, 0, 9, 9), { geometry: box(0, 0, 0, 0), reasons: ['notFound'] }, 0, ['notFound'], 'in no window');
 });
 
 test('an element in frames is where they put it, and follows its moves', () => {

@@ -180,6 +180,7 @@ void HostWindow::mapped(GtkWidget*, HostWindow* self) noexcept {
 
 void HostWindow::unmapped(GtkWidget*, HostWindow* self) noexcept {
   self->controller_->view()->platformSetInWindow(false);
+  self->nodes_.reset();  // what was painted is not what will be seen when it comes back
   tellVisibility();
 }
 

@@ -19,6 +19,7 @@ export function seenOf(told, element) {
   const { viewport, adView, window } = told;
   const general = adView.reasons.filter((reason) => !ofPlace.includes(reason));
   if (!element) return { viewport, adView };
+  if (general.includes('notFound')) return { viewport, adView: unseen(general) };
   if (element.reason) return { viewport, adView: unseen([...general, element.reason]) };
 
   const whole = adView.geometry;
