@@ -3,6 +3,7 @@
 import { box } from './rectangles.js';
 
 const interval = 200; // milliseconds
+const steps = Array.from({ length: 21 }, (_, step) => step / 20);
 
 // Where an element stands in the page at the top, also one in a frame of it.
 function placeOf(element, top) {
@@ -35,8 +36,9 @@ export class Elements {
       this.due = this.due || setTimeout(() => this.lookAgain(), interval);
     };
     this.sizes = window.ResizeObserver ? new window.ResizeObserver(this.noteMove) : null;
-    const threshold = Array.from({ length: 21 }, (_, step) => step / 20);
-    this.sight = window.IntersectionObserver ? new window.IntersectionObserver(this.noteMove, { threshold }) : null;
+    this.sight = null; // an observer: see watchPlace()
+    this.watched = ''; // the place that was told last
+    this.isOver = false;
   }
 
   setSlot(element) {
@@ -60,6 +62,8 @@ export class Elements {
     const element = this.video || this.slot;
     if (!element && !this.bounds) return null;
     const place = element ? placeOf(element, this.window) : { rect: box(0, 0, 0, 0) };
+    if (place.rect && element) this.watchPlace(element, place.rect);
+    else this.watched = '';
     if (place.reason || !this.bounds) return place;
     const { x, y, width, height } = this.bounds;
     return { rect: box(place.rect.x + x, place.rect.y + y, width, height) };
@@ -68,6 +72,7 @@ export class Elements {
   stop() {
     if (this.sizes) this.sizes.disconnect();
     if (this.sight) this.sight.disconnect();
+    this.isOver = true;
     this.window.removeEventListener('scroll', this.noteMove, true);
     this.window.removeEventListener('resize', this.noteMove);
     clearTimeout(this.due);
@@ -76,10 +81,28 @@ export class Elements {
   follow(element) {
     if (!element || typeof element.getBoundingClientRect !== 'function') return null;
     if (this.sizes) this.sizes.observe(element);
-    if (this.sight) this.sight.observe(element);
+    this.watched = '';
     this.window.addEventListener('scroll', this.noteMove, true);
     this.window.addEventListener('resize', this.noteMove);
     return element;
+  }
+
+  // The engine tells when more or less of an element is in the page's view. Of that it is let see no more than where the
+  // element stands now, so any move is one out of it.
+  watchPlace(element, rect) {
+    const { innerWidth, innerHeight, IntersectionObserver } = this.window;
+    const around = ({ x, y, width, height }) =>
+      [y, innerWidth - x - width, innerHeight - y - height, x].map((inset) => `${-Math.floor(inset)}px`).join(' ');
+    const rootMargin = around(rect);
+    if (!IntersectionObserver || this.isOver || rootMargin === this.watched) return;
+    this.watched = rootMargin;
+    if (this.sight) this.sight.disconnect();
+    const moved = () => {
+      const now = placeOf(element, this.window).rect;
+      if (!now || around(now) !== this.watched) this.noteMove();
+    };
+    this.sight = new IntersectionObserver(moved, { rootMargin, threshold: steps });
+    this.sight.observe(element);
   }
 
   lookAgain() {
