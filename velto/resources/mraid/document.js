@@ -49,6 +49,10 @@ export function followSize() {
     ad.defaultPosition = copy(ad.currentPosition);
     ad.size = now;
     note('sizeChange');
+    if (ad.exposure && ad.exposure.visibleRectangle) {
+      ad.exposure = merge(copy(ad.exposure), { visibleRectangle: copy(ad.currentPosition) });
+      note('exposureChange');
+    }
     if (!ad.lastStatement) tellChange();
   });
 }
