@@ -18,10 +18,8 @@ function install() {
   const session = new Session(page, new Resources((resource) => openFrame(document, resource)));
   const messages = new Messages(verificationMethods(session), sessionMethods(session, elements));
 
-  window.addEventListener('message', (event) => {
-    const { source } = event;
-    messages.receive(event.data, (answer) => source.postMessage(answer, { targetOrigin: '*' }), false);
-  });
+  const hear = ({ data, source }) =>
+    messages.receive(data, (answer) => source.postMessage(answer, { targetOrigin: '*' }), false);
   const door = () => {
     const service = {
       handleExportedMessage: (message, from) =>
@@ -37,7 +35,7 @@ function install() {
       session.events.listen({ type: 'session', vendorKey, injectionId, call, near: true }),
     addEventListener: (type, call, injectionId) => session.events.listen({ type, injectionId, call, near: true }),
   };
-  announcePresence(document);
+  announcePresence(document, () => window.addEventListener('message', hear));
   const api = applicationMethods(session, () => elements.stop());
   Object.defineProperty(window, '__veltoOMID', { value: Object.freeze(api) });
 }

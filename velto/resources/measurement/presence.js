@@ -13,19 +13,15 @@ function addFrames(document) {
   }
 }
 
-export function announcePresence(document) {
-  // A page that fills its body anew would take them away.
-  const stay = () => {
-    addFrames(document);
-    new MutationObserver(() => {
-      if (document.body && !document.getElementById(names[0])) addFrames(document);
-    }).observe(document.body, { childList: true });
-  };
-  if (document.body) return stay();
-  const watcher = new MutationObserver(() => {
-    if (!document.body) return;
-    watcher.disconnect();
-    stay();
-  });
-  watcher.observe(document.documentElement, { childList: true });
+/** `listen` is called once more when the page may have been written anew, which takes all listeners away. */
+export function announcePresence(document, listen) {
+  const watcher = new MutationObserver(stay);
+  // A page that fills its body anew would take the frames away, one that is written anew the body.
+  function stay() {
+    for (const node of [document, document.documentElement, document.body])
+      if (node) watcher.observe(node, { childList: true });
+    if (document.body && !document.getElementById(names[0])) addFrames(document);
+    listen();
+  }
+  stay();
 }

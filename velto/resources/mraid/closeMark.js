@@ -1,6 +1,7 @@
 // An expanded ad shows where it can be closed, unless its creative draws that itself. The host has a touch area there
 // and paints nothing; for a creative that gave expand properties it has not even that.
 
+import { inEachPage } from './engine.js';
 import { ad } from './state.js';
 
 const AREA = 'all:initial;position:fixed;top:0;right:0;width:50px;height:50px;z-index:2147483647;cursor:pointer';
@@ -14,8 +15,7 @@ let closes = null;
 /** What a touch does. */
 export function closeMarkCalls(close) {
   closes = close;
-  // A page that is written anew has nothing of what was there, listeners included.
-  new MutationObserver(showCloseMark).observe(document, { childList: true });
+  inEachPage(showCloseMark);
 }
 
 /** Shows or removes it, as the state wants. */

@@ -1,6 +1,7 @@
 // The script's place in the page.
 
 import { note, tellChange } from './changes.js';
+import { inEachPage } from './engine.js';
 import { ad } from './state.js';
 import { copy, merge } from './values.js';
 
@@ -9,17 +10,14 @@ export function provide(mraid, environment) {
   Object.defineProperty(window, 'mraid', { get: () => mraid, set: () => {}, enumerable: true, configurable: true });
   window.MRAID_ENV = environment;
   // A page that asks for "mraid.js" in a later script tag has it already, wherever the address leads.
-  window.addEventListener(
-    'error',
-    (event) => {
-      const script = event.target;
-      if (!(script instanceof HTMLScriptElement) || !/(^|\/)mraid\.js([?#]|$)/.test(script.getAttribute('src') || ''))
-        return;
-      event.stopImmediatePropagation();
-      script.dispatchEvent(new Event('load'));
-    },
-    true
-  );
+  const answer = (event) => {
+    const script = event.target;
+    if (!(script instanceof HTMLScriptElement) || !/(^|\/)mraid\.js([?#]|$)/.test(script.getAttribute('src') || ''))
+      return;
+    event.stopImmediatePropagation();
+    script.dispatchEvent(new Event('load'));
+  };
+  inEachPage(() => window.addEventListener('error', answer, true));
 }
 
 /** A frame of the same origin shares what the page has. */
@@ -36,7 +34,7 @@ export function provideFromPage() {
 
 /** An interstitial and a second part are told of no rotation; they see their own size. */
 export function followSize() {
-  window.addEventListener('resize', () => {
+  const follow = () => {
     const now = { width: window.innerWidth, height: window.innerHeight };
     const fillsScreen = ad.placement === 'interstitial' || (ad.isSecondPart && ad.state === 'expanded');
     if (!ad.isReady || !fillsScreen || !now.width || !now.height) return;
@@ -54,5 +52,6 @@ export function followSize() {
       note('exposureChange');
     }
     if (!ad.lastStatement) tellChange();
-  });
+  };
+  inEachPage(() => window.addEventListener('resize', follow));
 }

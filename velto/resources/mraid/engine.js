@@ -18,3 +18,9 @@ export function inOwnTask(work) {
   works.push(work);
   wake(0);
 }
+
+/** Does the work now, and again when the page is written anew, which takes away all listeners and all that was in it. */
+export function inEachPage(work) {
+  work();
+  new MutationObserver(work).observe(document, { childList: true });
+}
