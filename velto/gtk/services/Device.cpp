@@ -127,13 +127,12 @@ int64_t Device::bootTime() const {
 UIDeviceOrientation Device::orientation() const {
   const UIDeviceOrientation set = orientation_.value_or(0);
   if (hasSensor_) return set;
-  auto* window = HostWindow::mappedWidget();
-  if (!window) {
+  const auto isUpright = HostWindow::isUpright();
+  if (!isUpright) {
     const auto size = screen_.bounds().size;
     return orientation_.value_or(size.height > size.width ? 1 : 0);
   }
-  const bool isUpright = gtk_widget_get_height(window) >= gtk_widget_get_width(window);
-  if (isUpright) return set == 1 || set == 2 ? set : 1;
+  if (*isUpright) return set == 1 || set == 2 ? set : 1;
   return set == 3 || set == 4 ? set : 4;
 }
 

@@ -18,6 +18,7 @@ namespace velto::gtk {
 namespace {
 
 constexpr char windowKey[] = "velto-host-window";
+constexpr gint64 longestTurn = G_USEC_PER_SEC;
 
 // A window that takes another size, with what is to run once everything in it has its new frame.
 class SizeChange final : public UIViewControllerTransitionCoordinator {
@@ -32,6 +33,11 @@ class SizeChange final : public UIViewControllerTransitionCoordinator {
  private:
   std::vector<std::function<void()>> animations_;
 };
+
+CGSize sizeOf(GtkWidget* widget) {
+  return {static_cast<double>(gtk_widget_get_width(widget)),
+          static_cast<double>(gtk_widget_get_height(widget))};
+}
 
 // The overlay gives the root view's widget its place: always all of the content.
 class RootPeer final : public Peer {
@@ -101,14 +107,46 @@ void HostWindow::turn(bool onItsSide) {
   const bool fixed = !gtk_window_get_resizable(window_) || gtk_window_is_maximized(window_) ||
                      gtk_window_is_fullscreen(window_);
   if (fixed || !gtk_widget_get_mapped(GTK_WIDGET(window_))) return;
-  const int width = gtk_widget_get_width(overlay_);
-  const int height = gtk_widget_get_height(overlay_);
+  const bool turning = isTurning();
+  const auto [width, height] = turning ? turned_->to : sizeOf(overlay_);
   if (onItsSide ? width >= height : height >= width) return;
-  int windowWidth = -1, windowHeight = -1;
-  gtk_window_get_default_size(window_, &windowWidth, &windowHeight);
-  if (windowWidth <= 0) windowWidth = gtk_widget_get_width(GTK_WIDGET(window_));
-  if (windowHeight <= 0) windowHeight = gtk_widget_get_height(GTK_WIDGET(window_));
-  gtk_window_set_default_size(window_, windowWidth - width + height, windowHeight - height + width);
+  const CGSize window = turning ? turned_->window : defaultSize();
+  const CGSize turned{window.width - width + height, window.height - height + width};
+  turned_ = {{height, width}, turned, g_get_monotonic_time()};
+  takeTurnedSize();
+}
+
+void HostWindow::takeTurnedSize() {
+  const auto [width, height] = turned_->window;
+  gtk_window_set_default_size(window_, static_cast<int>(width), static_cast<int>(height));
+}
+
+CGSize HostWindow::defaultSize() const {
+  int width = -1, height = -1;
+  gtk_window_get_default_size(window_, &width, &height);
+  const CGSize now = sizeOf(GTK_WIDGET(window_));
+  return {width > 0 ? width : now.width, height > 0 ? height : now.height};
+}
+
+// A window takes its size some frames after it was told to; until then a turn counts as made.
+bool HostWindow::isTurning() const {
+  return turned_ && g_get_monotonic_time() - turned_->began < longestTurn;
+}
+
+// A size that was still on its way when the window was turned back takes the place of what that asked for.
+void HostWindow::followTurn(CGSize now) {
+  if (isTurning() && now != turned_->to)
+    takeTurnedSize();
+  else
+    turned_.reset();
+}
+
+std::optional<bool> HostWindow::isUpright() {
+  auto* window = mappedWidget();
+  if (!window) return std::nullopt;
+  const auto* host = of(GTK_WINDOW(window));
+  const CGSize size = host->isTurning() ? host->turned_->window : sizeOf(window);
+  return size.height >= size.width;
 }
 
 HostWindow::HostWindow(GtkWindow* window)
@@ -301,6 +339,7 @@ void HostWindow::followWidgets() {
   for (auto* slot : slots)
     if (std::find(slots_.begin(), slots_.end(), slot) != slots_.end()) slot->follow();
   if (!changes) return;
+  followTurn(after);
   controller->view()->layoutIfNeeded();
   change.run();
 }

@@ -13,6 +13,7 @@
 #include <gtk/gtk.h>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace velto::gtk {
@@ -29,6 +30,8 @@ class HostWindow {
   static GtkWidget* mappedWidget();
   // All windows on the screen take the upright or the other form, where they can.
   static void turnAll(UIDeviceOrientation orientation, bool onItsSide);
+  // Whether a window on the screen is upright, or is about to be; nothing when there is none.
+  static std::optional<bool> isUpright();
 
   HostWindow(const HostWindow&) = delete;
   HostWindow& operator=(const HostWindow&) = delete;
@@ -64,6 +67,10 @@ class HostWindow {
   void insertOverlay();
   void followWidgets();
   void turn(bool onItsSide);
+  CGSize defaultSize() const;
+  bool isTurning() const;
+  void takeTurnedSize();
+  void followTurn(CGSize now);
   void forget(GtkWidget* widget);
 
   GtkWindow* window_;
@@ -74,6 +81,12 @@ class HostWindow {
   Signal stateChanged_;
   Signal moved_;
   bool inserting_ = false;
+  // Of the content, by way of the window's default size.
+  struct Turn {
+    CGSize to, window;
+    gint64 began;  // microseconds
+  };
+  std::optional<Turn> turned_;
   std::shared_ptr<UIViewController> controller_;
   std::vector<std::unique_ptr<HostView>> hostViews_;
   std::vector<AdSlot*> slots_;
