@@ -28,8 +28,10 @@ test('events carry the time at which they happened, and who comes late hears the
 
 test('what is kept is bounded, and of each kind the latest stays', () => {
   const { app, call, hear } = service();
+  const spoilt = { get text() { throw new Error('spoilt'); } };
+  try { call('sessionError', 'video', spoilt); } catch (error) { equal(error.message, 'spoilt'); }
   for (let i = 0; i < 1000; ++i) call('sessionError', 'video', i);
-  app.start(1, started());
+  app.start(1, started({ trace: true }));
   equal(hear('session').length, 99, 'and the geometry');
   call('start', 30, 1);
   for (let i = 0; i < 500; ++i) call(i % 2 ? 'pause' : 'resume');

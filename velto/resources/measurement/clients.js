@@ -1,6 +1,7 @@
 // What the page's session client and verification scripts may call. A method is called with its caller: { reply, near },
 // `near` being who can touch this window; then come its arguments.
 import { mediaTypes } from './events.js';
+import { present } from './values.js';
 
 /** Of verification scripts. */
 export const verificationMethods = (session) => ({
@@ -15,9 +16,10 @@ export const verificationMethods = (session) => ({
 /** Of the ad's own session client. What it reports happens as it does, also when it can be told only later. */
 export function sessionMethods(session, elements) {
   const now = () => Date.now();
-  const reported = (report) => {
+  const reported = (given, report) => {
     const time = now();
-    session.whenRunning(() => report(time));
+    const told = present(given); // what cannot be read is the caller's fault, and nobody else's later
+    session.whenRunning(() => report(time, told));
   };
   const nothing = () => {};
   const methods = {
@@ -32,14 +34,14 @@ export function sessionMethods(session, elements) {
     setImpressionType: (_, type) => session.setType('impressionType', type),
     registerSessionObserver: (caller) =>
       session.events.observe({ type: 'session', call: caller.reply, near: caller.near }),
-    sessionError: (_, errorType, message) => reported((time) => session.error(time, errorType, message)),
-    impressionOccurred: () => reported((time) => session.impression('javascript', time)),
-    loaded: (_, vast) => reported((time) => session.loaded('javascript', time, vast)),
+    sessionError: (_, errorType, message) => reported([errorType, message], (time, told) => session.error(time, ...told)),
+    impressionOccurred: () => reported(null, (time) => session.impression('javascript', time)),
+    loaded: (_, vast) => reported(vast, (time, told) => session.loaded('javascript', time, told)),
     start: (_, duration, volume) => session.mediaVolume('javascript', now(), 'start', volume, { duration }),
     volumeChange: (_, volume) => session.mediaVolume('javascript', now(), 'volumeChange', volume),
-    playerStateChange: (_, state) => session.media('javascript', now(), 'playerStateChange', { state }),
+    playerStateChange: (_, state) => session.media('javascript', now(), 'playerStateChange', present({ state })),
     adUserInteraction: (_, interactionType) =>
-      session.media('javascript', now(), 'adUserInteraction', { interactionType }),
+      session.media('javascript', now(), 'adUserInteraction', present({ interactionType })),
     // The application starts and finishes its sessions itself; the events' owners it told when it did.
     startSession: nothing,
     finishSession: nothing,
