@@ -39,13 +39,18 @@ test('an element in frames is where they put it, and follows its moves', () => {
   const slot = { ...element, getBoundingClientRect: () => box(slot.at, 0, 100, 50) };
   call('setSlotElement', slot);
   const log = hear('geometryChange');
+  advance(200);
   app.start(1, started());
   const last = () => log[log.length - 1].data.adView;
   equal([last().geometry, last().percentageInView], [box(61, 52, 100, 50), 100]);
   slot.at = -81;
   call('setElementBounds', { x: 0, y: 0, width: 200, height: 50 });
   equal([last().geometry.x, last().reasons], [-20, ['clipped']]);
-  call('setElementBounds', null);
+  for (let width = 0; width < 100; ++width) call('setElementBounds', { x: 0, y: 0, width, height: 50 });
+  call('setElementBounds', { x: 0, y: 0, width: -1, height: 50 });
+  equal(log.length, 2, 'not more often than it is looked at');
+  advance(200);
+  equal([log.length, last().geometry.width], [3, 100], 'what is no rectangle is the whole element');
   inner.frameElement = null; // of another origin
   app.geometry(clock.now, seen());
   equal([last().percentageInView, last().reasons], [0, ['unmeasurable']]);

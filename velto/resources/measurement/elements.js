@@ -24,7 +24,7 @@ function placeOf(element, top) {
 }
 
 export class Elements {
-  /** `changed` is called at once for what the page names, and later for what moves. */
+  /** `changed` is called at once for what the page names, later for what moves, and at most five times a second. */
   constructor(window, changed) {
     this.window = window;
     this.changed = changed;
@@ -32,6 +32,7 @@ export class Elements {
     this.video = null;
     this.bounds = null; // within the element, or within the page
     this.due = 0;
+    this.lastLook = -interval;
     this.noteMove = () => {
       this.due = this.due || setTimeout(() => this.lookAgain(), interval);
     };
@@ -43,18 +44,19 @@ export class Elements {
 
   setSlot(element) {
     this.slot = this.follow(element);
-    this.changed();
+    this.noteChange();
   }
 
   setVideo(element) {
     this.video = this.follow(element);
-    this.changed();
+    this.noteChange();
   }
 
   setBounds(bounds) {
     const numbers = bounds && [bounds.x, bounds.y, bounds.width, bounds.height];
-    this.bounds = numbers && numbers.every(Number.isFinite) ? box(...numbers) : null;
-    this.changed();
+    const isBox = numbers && numbers.every(Number.isFinite) && numbers[2] >= 0 && numbers[3] >= 0;
+    this.bounds = isBox ? box(...numbers) : null;
+    this.noteChange();
   }
 
   /** As seenOf() takes it. */
@@ -105,8 +107,15 @@ export class Elements {
     this.sight.observe(element);
   }
 
+  noteChange() {
+    if (Date.now() - this.lastLook < interval) this.noteMove();
+    else this.lookAgain();
+  }
+
   lookAgain() {
+    clearTimeout(this.due);
     this.due = 0;
+    this.lastLook = Date.now();
     this.changed();
   }
 }
