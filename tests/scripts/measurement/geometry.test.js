@@ -51,12 +51,20 @@ test('an element in frames is where they put it, and follows its moves', () => {
   equal(log.length, 2, 'not more often than it is looked at');
   advance(200);
   equal([log.length, last().geometry.width], [3, 100], 'what is no rectangle is the whole element');
+  slot.at = NaN;
+  app.geometry(clock.now, seen());
+  equal(last().reasons, ['unmeasurable']);
+  slot.at = -81;
+  app.geometry(clock.now, seen());
   inner.frameElement = null; // of another origin
   app.geometry(clock.now, seen());
   equal([last().percentageInView, last().reasons], [0, ['unmeasurable']]);
-  slot.isConnected = false;
-  app.geometry(clock.now, seen());
-  equal(last().reasons, ['notFound']);
+  for (const goes of [() => (slot.ownerDocument.defaultView = null), () => (slot.isConnected = false)]) {
+    slot.ownerDocument.defaultView = inner;
+    goes(); // its frame, or it alone
+    app.geometry(clock.now, seen());
+    equal(last().reasons, ['notFound']);
+  }
   app.finish(clock.now);
   const before = log.length;
   slot.isConnected = true;

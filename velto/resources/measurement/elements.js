@@ -8,7 +8,7 @@ const steps = Array.from({ length: 21 }, (_, step) => step / 20);
 // Where an element stands in the page at the top, also one in a frame of it.
 function placeOf(element, top) {
   try {
-    if (!element.isConnected) return { reason: 'notFound' };
+    if (!element.isConnected || !element.ownerDocument.defaultView) return { reason: 'notFound' };
     const at = element.getBoundingClientRect();
     let x = at.x;
     let y = at.y;
@@ -17,7 +17,8 @@ function placeOf(element, top) {
       x += frame.x + view.frameElement.clientLeft;
       y += frame.y + view.frameElement.clientTop;
     }
-    return { rect: box(x, y, at.width, at.height) };
+    const isPlace = [x, y, at.width, at.height].every(Number.isFinite); // a page may make elements say anything
+    return isPlace ? { rect: box(x, y, at.width, at.height) } : { reason: 'unmeasurable' };
   } catch (error) {
     return { reason: 'unmeasurable' }; // a frame between tells nothing
   }
@@ -96,7 +97,8 @@ export class Elements {
     const around = ({ x, y, width, height }) =>
       [y, innerWidth - x - width, innerHeight - y - height, x].map((inset) => `${-Math.floor(inset)}px`).join(' ');
     const rootMargin = around(rect);
-    if (!IntersectionObserver || this.isOver || rootMargin === this.watched) return;
+    const isPlace = /^[-\dpx ]+$/.test(rootMargin); // the engine reads no others
+    if (!IntersectionObserver || !isPlace || this.isOver || rootMargin === this.watched) return;
     this.watched = rootMargin;
     if (this.sight) this.sight.disconnect();
     const moved = () => {
