@@ -234,8 +234,8 @@ class Bench:
 
     def size(self):
         rows = []
-        for name, library, limit in [("library, stripped, without the GTK platform", "libvelto_weighed.so", 1),
-                                     ("library, stripped, with the GTK platform", "libvelto_gtk_weighed.so", 2)]:
+        for name, library, limit in [("library, stripped, without the GTK platform", "libvelto_weighed.so", 0.8),
+                                     ("library, stripped, with the GTK platform", "libvelto_gtk_weighed.so", 1.3)]:
             with tempfile.NamedTemporaryFile() as stripped:
                 source = os.path.join(self.programs, library)
                 if subprocess.run(["strip", "--strip-all", "-o", stripped.name, source], check=False).returncode != 0:

@@ -2,10 +2,12 @@
 // resolves, then used on the main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/core/VeltoConstants.h"
 #include "velto/network/VeltoTaskResponse.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/NSNotificationCenter.h"
+#include "velto/platform/SharedCallback.h"
 
 #include <cstdint>
 #include <memory>
@@ -23,7 +25,7 @@ enum VeltoAdSourceType : uint64_t {
   VeltoAdSourceMRAID = 2,
 };
 
-class VeltoAd : public NotificationObject {
+class VELTO_EXPORT VeltoAd : public NotificationObject {
  public:
   using Headers = std::shared_ptr<VeltoTaskResponseHeaders>;
 
@@ -65,5 +67,8 @@ class VeltoAd : public NotificationObject {
  private:
   void _init(Headers headers, std::optional<int64_t> bannerSize, std::optional<double> timer);
 };
+
+// Answers who asked for an ad: with one, or with an error.
+using VeltoAdCompletion = SharedCallback<std::shared_ptr<VeltoAd>, std::optional<VeltoErrorAd>>;
 
 }  // namespace velto

@@ -1,10 +1,12 @@
 // What an adapter tells the controller that shows its ad. Main thread.
 #pragma once
 
+#include "velto/Export.h"
+
 namespace velto {
 
 // Implemented by the controllers: a person did something to the network's view.
-class VeltoAdMediationAdapterDelegate {
+class VELTO_EXPORT VeltoAdMediationAdapterDelegate {
  public:
   virtual ~VeltoAdMediationAdapterDelegate() = default;
   virtual void mediationBannerDidPress() = 0;

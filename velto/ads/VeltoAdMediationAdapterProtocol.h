@@ -2,7 +2,8 @@
 // VeltoAdMediationCoreAdapter.
 #pragma once
 
-#include "velto/ads/VeltoAdResolver.h"
+#include "velto/Export.h"
+#include "velto/ads/VeltoAd.h"
 #include "velto/ads/VeltoMediationResponse.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 namespace velto {
 
 // Stands for the class itself, not for one adapter: each adapt() makes a new one.
-class VeltoAdMediationAdapterProtocol {
+class VELTO_EXPORT VeltoAdMediationAdapterProtocol {
  public:
   virtual ~VeltoAdMediationAdapterProtocol() = default;
 

@@ -2,6 +2,8 @@
 // that items can select, and whose presence requests report.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <memory>
 #include <string>
 
@@ -9,7 +11,7 @@ namespace velto {
 
 class VeltoAdMediationAdapterProtocol;
 
-class VeltoAdMediationAdapterRegistry {
+class VELTO_EXPORT VeltoAdMediationAdapterRegistry {
  public:
   // Makes an adapter class known for the process; null takes it away. Any thread, before the first load.
   static void registerAdapter(const std::string& className,

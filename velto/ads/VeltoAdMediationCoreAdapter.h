@@ -1,6 +1,7 @@
 // What an adapter of another ad network looks like to the controllers that show its ads. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/ads/VeltoAdMediationAdapterDelegate.h"
 #include "velto/ads/VeltoAdMediationAdapterNotifications.h"
 #include "velto/platform/NSNotificationCenter.h"
@@ -18,7 +19,7 @@ class VeltoAd;
 
 // An adapter that shows its ads over a view controller. Without this capability an adapter's ads are not
 // shown.
-class VeltoAdMediationRootViewControllerUser {
+class VELTO_EXPORT VeltoAdMediationRootViewControllerUser {
  public:
   virtual ~VeltoAdMediationRootViewControllerUser() = default;
   // The controller to present the network's screens from. An interstitial's comes when it is the ad's turn: an
@@ -27,7 +28,7 @@ class VeltoAdMediationRootViewControllerUser {
   virtual void setAdRootViewController(const std::shared_ptr<UIViewController>& controller) = 0;
 };
 
-class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
+class VELTO_EXPORT VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
  public:
   virtual uint64_t adType() const = 0;  // 1 banner, 2 interstitial, 0 unknown
 
@@ -40,7 +41,7 @@ class VeltoAdMediationCoreAdapterProtocol : public NotificationObject {
 };
 
 // The base of adapters.
-class VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
+class VELTO_EXPORT VeltoAdMediationCoreAdapter : public VeltoAdMediationCoreAdapterProtocol {
  public:
   uint64_t adType() const override { return 0; }
   void setDelegate(std::weak_ptr<VeltoAdMediationAdapterDelegate> delegate) {

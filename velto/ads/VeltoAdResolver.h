@@ -3,9 +3,7 @@
 #pragma once
 
 #include "velto/ads/VeltoAd.h"
-#include "velto/core/VeltoErrorAd.h"
 #include "velto/network/VeltoTaskResponse.h"
-#include "velto/platform/SharedCallback.h"
 
 #include <memory>
 #include <optional>
@@ -13,7 +11,6 @@
 
 namespace velto {
 
-using VeltoAdCompletion = SharedCallback<std::shared_ptr<VeltoAd>, std::optional<VeltoErrorAd>>;
 using VeltoTaskResponsePointer = std::shared_ptr<VeltoTaskResponse>;
 
 namespace VeltoAdManagerAdResolver {

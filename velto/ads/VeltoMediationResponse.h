@@ -2,6 +2,7 @@
 // Read-only records; a value of the wrong kind reads as absent. Any thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/foundation/JSON.h"
 
 #include <memory>
@@ -12,7 +13,7 @@
 namespace velto {
 
 // The network's own parameters of an item.
-class VeltoMediationItemEResponse {
+class VELTO_EXPORT VeltoMediationItemEResponse {
  public:
   static std::shared_ptr<VeltoMediationItemEResponse> mediationItemEFor(const JSON::Object& object);
 
@@ -28,7 +29,7 @@ class VeltoMediationItemEResponse {
   std::optional<double> timeoutValue;  // seconds; sent in milliseconds
 };
 
-class VeltoMediationItemResponse {
+class VELTO_EXPORT VeltoMediationItemResponse {
  public:
   static std::vector<std::shared_ptr<VeltoMediationItemResponse>> mediationItemsFor(const JSON::Array& array);
   static std::shared_ptr<VeltoMediationItemResponse> _init(const JSON::Object& object);
@@ -45,7 +46,7 @@ class VeltoMediationItemResponse {
   std::optional<std::string> nValue;
 };
 
-class VeltoMediationResponse {
+class VELTO_EXPORT VeltoMediationResponse {
  public:
   using Items = std::vector<std::shared_ptr<VeltoMediationItemResponse>>;
 

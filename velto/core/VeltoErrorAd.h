@@ -1,6 +1,7 @@
 // The one error that every failure callback gives. A plain value.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSError.h"
 
 #include <cstdint>
@@ -18,7 +19,7 @@ enum VeltoErrorCode : int64_t {
   VeltoErrorNoConnection = 4,  // the transport failed; `error` says how
 };
 
-class VeltoErrorAd : public NSError {
+class VELTO_EXPORT VeltoErrorAd : public NSError {
  public:
   static VeltoErrorAd veltoErrorAdWithCode(int64_t code, std::optional<NSError> error = std::nullopt);
 

@@ -6,6 +6,7 @@
 // fails is not reported. Where a text may be absent, a null pointer is as good as std::nullopt.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSNotificationCenter.h"
 
 #include <cstdint>
@@ -14,7 +15,7 @@
 
 namespace velto {
 
-class VeltoFramework {
+class VELTO_EXPORT VeltoFramework {
  public:
   // Registers the key. Every registration resets test mode, endpoint and all consent, so call those below
   // after it.

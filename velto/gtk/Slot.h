@@ -1,6 +1,7 @@
 // The slot: a widget among the application's own that an ad stands in. Part of VeltoGtk.h; main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Geometry.h"
 
 #include <gtk/gtk.h>
@@ -20,6 +21,6 @@ struct SlotOptions {
   // What is kept free while there is no ad, such as {320, 50}; nothing: the slot is not visible then.
   std::optional<CGSize> room = {};
 };
-GtkWidget* adSlot(const SlotOptions& options = {});
+VELTO_EXPORT GtkWidget* adSlot(const SlotOptions& options = {});
 
 }  // namespace velto::gtk

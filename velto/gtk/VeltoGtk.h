@@ -10,6 +10,7 @@
 // touched, nor is its main loop: the library only adds sources to the default main context.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/gtk/Slot.h"
 #include "velto/platform/Geometry.h"
 
@@ -62,9 +63,9 @@ struct Options {
 };
 
 // Throws std::invalid_argument without an identifier. A second call replaces the platform: only for tests.
-void install(Options options);
+VELTO_EXPORT void install(Options options);
 // Ends everything the library does in this process. Banners that still exist become inert.
-void uninstall();
+VELTO_EXPORT void uninstall();
 
 // The view controller that stands for a slot, or for a window: give it as the delegate's
 // presentViewController. With a slot's, banners stand in the slot; with a window's, they float over its
@@ -72,39 +73,39 @@ void uninstall();
 // its content the library puts a GtkOverlay, once, whatever the content is later; that of AdwWindow and
 // AdwApplicationWindow is their "content", of others their "child". Throws std::invalid_argument for a window
 // that cannot be wrapped, which stays as it is, and for other widgets.
-std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
-std::shared_ptr<UIViewController> hostViewController(GtkWidget* slotOrWindow);
+VELTO_EXPORT std::shared_ptr<UIViewController> hostViewController(GtkWindow* window);
+VELTO_EXPORT std::shared_ptr<UIViewController> hostViewController(GtkWidget* slotOrWindow);
 
 // The view of a slot; or one that follows any widget of a wrapped window in place, size and visibility, and
 // is clipped with it. Such a view floats over all of the window's content: what the application shows above
 // the widget comes to lie under the ad, and scrolling lags a frame behind. So prefer a slot, and take this
 // where the widget is not yours to change. One for each widget, kept until it is destroyed. Throws
 // std::invalid_argument when the widget is in no window with a host view controller.
-std::shared_ptr<UIView> hostView(GtkWidget* widget);
+VELTO_EXPORT std::shared_ptr<UIView> hostView(GtkWidget* widget);
 
 // The screen that the library tells of, in points, instead of the monitor: for an application that has a part
 // of a large display for itself. Nothing: the monitor again. Main thread.
-void setScreenSize(std::optional<CGSize> points);
+VELTO_EXPORT void setScreenSize(std::optional<CGSize> points);
 
 // Whether a person uses the application now. The library takes it from the windows with a host view
 // controller: when all of them are hidden, minimised or destroyed, it sends nothing that can wait. An
 // application that knows better (it plays on in the background, or its ads are one window of many) says so
 // here; nothing: the windows count again. Main thread.
-void setInForeground(std::optional<bool> inForeground);
+VELTO_EXPORT void setInForeground(std::optional<bool> inForeground);
 
 // Whether ads may add events to the user's calendar, and pictures to the user's pictures folder. The
 // application asks the user, keeps the answer, and tells it after each install(); the library never asks. The
 // numbers are the platform's. Main thread.
 enum class Access { NotDetermined = 0, Denied = 2, Allowed = 3 };
-void setCalendarAccess(Access access);
-void setPicturesAccess(Access access);
+VELTO_EXPORT void setCalendarAccess(Access access);
+VELTO_EXPORT void setPicturesAccess(Access access);
 
 // Whether this user lets applications be told apart for advertisers by an identifier, which is made when the
 // answer is yes and forgotten when it is no. It holds for all applications of the user, at once, and nobody
 // is tracked before the user was asked: by the application's own consent screen through these two, or by the
 // command velto-adid. Any thread, also without the platform. Setting throws std::runtime_error when the
 // user's configuration folder cannot be written.
-bool isTrackingAllowed();
-void setTrackingAllowed(bool allowed);
+VELTO_EXPORT bool isTrackingAllowed();
+VELTO_EXPORT void setTrackingAllowed(bool allowed);
 
 }  // namespace velto::gtk

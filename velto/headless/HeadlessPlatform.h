@@ -2,6 +2,7 @@
 // files. See VeltoHeadless.h for how to test with it. All accessors return the scriptable classes themselves.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/headless/VirtualQueue.h"
 #include "velto/headless/media/ScriptedAudioSession.h"
 #include "velto/headless/media/ScriptedMedia.h"
@@ -20,7 +21,7 @@
 
 namespace velto::headless {
 
-class Platform : public velto::Platform {
+class VELTO_EXPORT Platform : public velto::Platform {
  public:
   // Installs a fresh platform in place of any other; the calling thread is its main thread. A store kept from
   // an earlier one plays a relaunch of the application.

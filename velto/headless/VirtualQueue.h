@@ -5,6 +5,7 @@
 // An exception thrown by a task leaves through the running call; the queue stays usable.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 
@@ -19,7 +20,7 @@
 
 namespace velto::headless {
 
-class VirtualQueue : public MainQueue, public Clock {
+class VELTO_EXPORT VirtualQueue : public MainQueue, public Clock {
  public:
   using Nanoseconds = std::chrono::nanoseconds;
 

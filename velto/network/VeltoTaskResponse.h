@@ -2,6 +2,7 @@
 // thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/core/VeltoErrorAd.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/NSURLSession.h"
@@ -21,7 +22,7 @@ enum VeltoTaskResponseType : uint64_t {
 };
 
 // The library's own response headers.
-class VeltoTaskResponseHeaders {
+class VELTO_EXPORT VeltoTaskResponseHeaders {
  public:
   static std::shared_ptr<VeltoTaskResponseHeaders> headersFor(const NSURLResponse& response);
 
@@ -40,7 +41,7 @@ class VeltoTaskResponseHeaders {
   std::optional<double> numberFormatter(std::string_view name) const;
 };
 
-class VeltoTaskResponse {
+class VELTO_EXPORT VeltoTaskResponse {
  public:
   static std::shared_ptr<VeltoTaskResponse> responseFor(std::shared_ptr<const NSURLResponse> response,
                                                         std::optional<std::string> data,

@@ -1,6 +1,7 @@
 // Where requests go: the server names, and the URLs made from them.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/foundation/NSURL.h"
 
 #include <optional>
@@ -17,7 +18,7 @@ struct VeltoServerNames {
   bool operator==(const VeltoServerNames&) const = default;
 };
 
-class VeltoURL {
+class VELTO_EXPORT VeltoURL {
  public:
   // Changes the names for this process; call it before the first registration. The build's own stand until
   // then, and come back for an empty name. Any thread.

@@ -1,6 +1,8 @@
 // Supplied by the platform: the advertising identifier and whether the user lets applications track.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,7 +10,7 @@
 namespace velto {
 
 // Any thread.
-class ASIdentifierManager {
+class VELTO_EXPORT ASIdentifierManager {
  public:
   virtual ~ASIdentifierManager() = default;
   virtual bool isAdvertisingTrackingEnabled() const = 0;
@@ -16,7 +18,7 @@ class ASIdentifierManager {
 };
 
 // Authorisation status: 0 not determined, 1 restricted, 2 denied, 3 authorised.
-class ATTrackingManager {
+class VELTO_EXPORT ATTrackingManager {
  public:
   virtual ~ATTrackingManager() = default;
   virtual int64_t trackingAuthorizationStatus() const = 0;

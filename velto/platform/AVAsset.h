@@ -2,6 +2,7 @@
 // by the player that it is given to. Main thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/CMTime.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -11,7 +12,7 @@
 
 namespace velto {
 
-class AVAsset {
+class VELTO_EXPORT AVAsset {
  public:
   // Null for anything but http and https: what a page names must not lead into the device.
   static std::shared_ptr<AVAsset> assetWithURL(const NSURL& url);
@@ -39,7 +40,7 @@ class AVAsset {
 };
 
 // What a player plays.
-struct AVPlayerItem {
+struct VELTO_EXPORT AVPlayerItem {
   std::shared_ptr<AVAsset> asset;
 
   static std::shared_ptr<AVPlayerItem> playerItemWithAsset(std::shared_ptr<AVAsset> asset) {

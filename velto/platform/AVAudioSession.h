@@ -1,6 +1,7 @@
 // Supplied by the platform: the device's output volume. Main thread only, and calls back on it.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <cstdint>
@@ -11,7 +12,7 @@ namespace velto {
 
 enum : uint64_t { NSKeyValueObservingOptionNew = 1 };
 
-class AVAudioSession {
+class VELTO_EXPORT AVAudioSession {
  public:
   using Observer = std::function<void(const std::string& keyPath, float newValue, const void* context)>;
 

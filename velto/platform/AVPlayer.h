@@ -3,6 +3,7 @@
 // platform's own player fetches, decodes, sounds and shows. Main thread only, and calls back on it.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/AVAsset.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/ViewPeer.h"
@@ -22,7 +23,7 @@ enum class AVPlayerEvent {
   FailedToPlay   // could not be loaded or not be played on: see error(). The last event
 };
 
-class AVPlayer : public std::enable_shared_from_this<AVPlayer> {
+class VELTO_EXPORT AVPlayer : public std::enable_shared_from_this<AVPlayer> {
  public:
   using Token = std::shared_ptr<const void>;
   using EventHandler = std::function<void(AVPlayerEvent)>;
@@ -98,7 +99,7 @@ class AVPlayer : public std::enable_shared_from_this<AVPlayer> {
 };
 
 // Makes a platform's players.
-class MediaSystem {
+class VELTO_EXPORT MediaSystem {
  public:
   virtual ~MediaSystem() = default;
   virtual std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) = 0;

@@ -2,6 +2,8 @@
 // computed with it. Shared by all platforms; any thread.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <cstdint>
 
 namespace velto {
@@ -15,11 +17,11 @@ struct CMTime {
 
 inline constexpr CMTime kCMTimeZero{0, 1};
 
-double CMTimeGetSeconds(CMTime time);
-CMTime CMTimeAdd(CMTime a, CMTime b);
+VELTO_EXPORT double CMTimeGetSeconds(CMTime time);
+VELTO_EXPORT CMTime CMTimeAdd(CMTime a, CMTime b);
 // Keeps the timescale where the product has a whole value in it, else takes a multiple as fine as fits.
-CMTime CMTimeMultiplyByFloat64(CMTime time, double multiplier);
+VELTO_EXPORT CMTime CMTimeMultiplyByFloat64(CMTime time, double multiplier);
 // -1, 0 or 1: whether a is earlier than, equal to or later than b.
-int32_t CMTimeCompare(CMTime a, CMTime b);
+VELTO_EXPORT int32_t CMTimeCompare(CMTime a, CMTime b);
 
 }  // namespace velto

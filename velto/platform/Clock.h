@@ -2,9 +2,11 @@
 // reads a clock of its own, so tests run in virtual time.
 #pragma once
 
+#include "velto/Export.h"
+
 namespace velto {
 
-class Clock {
+class VELTO_EXPORT Clock {
  public:
   virtual ~Clock() = default;
 

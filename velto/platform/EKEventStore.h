@@ -2,6 +2,8 @@
 // when the host application was granted access before; it never asks for it. Main thread.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -28,13 +30,13 @@ enum EKRecurrenceFrequency : int64_t {
   EKRecurrenceFrequencyYearly = 3,
 };
 
-struct EKRecurrenceDayOfWeek {
+struct VELTO_EXPORT EKRecurrenceDayOfWeek {
   int dayOfTheWeek = 1;  // 1 Sunday … 7 Saturday
   static EKRecurrenceDayOfWeek dayOfWeek(int day) { return {day}; }
   bool operator==(const EKRecurrenceDayOfWeek&) const = default;
 };
 
-struct EKRecurrenceEnd {
+struct VELTO_EXPORT EKRecurrenceEnd {
   std::chrono::sys_seconds endDate;
   static EKRecurrenceEnd recurrenceEndWithEndDate(std::chrono::sys_seconds date) { return {date}; }
   bool operator==(const EKRecurrenceEnd&) const = default;
@@ -71,7 +73,7 @@ struct EKEvent {
   void addRecurrenceRule(EKRecurrenceRule rule) { recurrenceRules.push_back(std::move(rule)); }
 };
 
-class EKEventStore {
+class VELTO_EXPORT EKEventStore {
  public:
   virtual ~EKEventStore() = default;
 

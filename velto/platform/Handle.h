@@ -3,12 +3,14 @@
 // ends the callbacks. Used by all of the library; supplied by platforms.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <functional>
 #include <utility>
 
 namespace velto {
 
-class [[nodiscard]] Handle {
+class [[nodiscard]] VELTO_EXPORT Handle {
  public:
   Handle() = default;
   explicit Handle(std::function<void()> cancel) : cancel_(std::move(cancel)) {}

@@ -1,6 +1,7 @@
 // Supplied by the platform: the one queue on which views, delegates and timers live.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <chrono>
@@ -8,7 +9,7 @@
 
 namespace velto {
 
-class MainQueue {
+class VELTO_EXPORT MainQueue {
  public:
   using Task = std::function<void()>;
 

@@ -2,6 +2,8 @@
 // or library as it was delivered, and its resource files.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <map>
 #include <memory>
 #include <optional>
@@ -11,7 +13,7 @@
 namespace velto {
 
 // Any thread; unchanging while the process runs.
-class NSBundle {
+class VELTO_EXPORT NSBundle {
  public:
   virtual ~NSBundle() = default;
 

@@ -2,6 +2,7 @@
 // post a named notification, observers of that name hear it.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <cstdint>
@@ -16,7 +17,7 @@ namespace velto {
 
 // Base of the classes whose instances are sent as a
 // notification's object; receivers tell them apart by their type.
-class NotificationObject {
+class VELTO_EXPORT NotificationObject {
  public:
   virtual ~NotificationObject() = default;
 };
@@ -34,7 +35,7 @@ struct NSNotification {
 };
 
 // Any thread. Observers are called on the poster's thread, inside the post, in the order they were added.
-class NSNotificationCenter {
+class VELTO_EXPORT NSNotificationCenter {
  public:
   using Observer = std::function<void(const NSNotification&)>;
 

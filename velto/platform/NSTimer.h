@@ -1,6 +1,7 @@
 // A repeating timer on the main queue. Shared by all platforms.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <functional>
@@ -8,7 +9,7 @@
 
 namespace velto {
 
-class NSTimer {
+class VELTO_EXPORT NSTimer {
  public:
   // Fires every `seconds` on the main thread, first after one interval, until it is destroyed; never for an
   // interval longer than any clock holds. Main thread.

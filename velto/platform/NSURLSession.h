@@ -1,6 +1,7 @@
 // Supplied by the platform: HTTP requests.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -14,7 +15,7 @@
 namespace velto {
 
 // Header fields in the order they were set or received. Names match without regard to ASCII case (RFC 9110).
-class HeaderFields {
+class VELTO_EXPORT HeaderFields {
  public:
   using Field = std::pair<std::string, std::string>;
 
@@ -47,7 +48,7 @@ struct NSURLResponse {
   HeaderFields allHeaderFields;
 };
 
-class NSURLSession {
+class VELTO_EXPORT NSURLSession {
  public:
   // Exactly one call for each task. An HTTP answer always carries data, empty
   // when there was no body. A transport failure (no connection, time-out,

@@ -1,6 +1,8 @@
 // Supplied by the platform: a persistent store of the host application, small values under string keys.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <map>
 #include <optional>
 #include <string>
@@ -17,7 +19,7 @@ using DefaultsValue = std::variant<std::string, double, DefaultsDictionary>;
 // Any thread. Readers see at once what was set, in this process and, after its synchronize, from another one.
 // A failing medium (full, read-only, unreadable) makes set and remove throw std::runtime_error, never loses
 // what was acknowledged before, and reads as the last values known.
-class NSUserDefaults {
+class VELTO_EXPORT NSUserDefaults {
  public:
   virtual ~NSUserDefaults() = default;
 

@@ -1,6 +1,7 @@
 // Supplied by the platform: reachability, network interfaces, the mobile carrier and the last known location.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <cstdint>
@@ -23,7 +24,7 @@ enum SCNetworkReachabilityFlags : uint32_t {
 };
 
 // Whether one target can be reached. Flags may be asked on any thread and never wait for the network.
-class SCNetworkReachability {
+class VELTO_EXPORT SCNetworkReachability {
  public:
   virtual ~SCNetworkReachability() = default;
   virtual std::optional<uint32_t> flags() const = 0;  // nothing when they cannot be read
@@ -47,7 +48,7 @@ struct NetworkInterfaceAddress {
   std::string text;  // empty when the entry carries no address
 };
 
-class NetworkInformation {
+class VELTO_EXPORT NetworkInformation {
  public:
   virtual ~NetworkInformation() = default;
   virtual std::shared_ptr<SCNetworkReachability> reachabilityWithName(const std::string& host) = 0;
@@ -63,7 +64,7 @@ struct CTCarrier {
 };
 
 // Any thread; the last known values, never waiting for a service.
-class CTTelephonyNetworkInfo {
+class VELTO_EXPORT CTTelephonyNetworkInfo {
  public:
   virtual ~CTTelephonyNetworkInfo() = default;
   virtual std::optional<CTCarrier> subscriberCellularProvider() const = 0;
@@ -79,7 +80,7 @@ struct CLLocation {
 };
 
 // Any thread. Never asks the user, never starts a search: answers only what the host application obtained.
-class CLLocationManager {
+class VELTO_EXPORT CLLocationManager {
  public:
   virtual ~CLLocationManager() = default;
   virtual bool locationServicesEnabled() const = 0;

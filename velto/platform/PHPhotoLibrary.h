@@ -2,6 +2,7 @@
 // asks for, when the host application was granted access before; it never asks for it. Any thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/EKEventStore.h"
 
 #include <functional>
@@ -9,7 +10,7 @@
 
 namespace velto {
 
-class PHPhotoLibrary {
+class VELTO_EXPORT PHPhotoLibrary {
  public:
   virtual ~PHPhotoLibrary() = default;
 

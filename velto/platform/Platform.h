@@ -3,6 +3,7 @@
 // your own: docs/porting.md); the library reads it through Platform::current().
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSNotificationCenter.h"
 
 #include <functional>
@@ -37,7 +38,7 @@ class UIScreen;
 class ViewSystem;
 class WKWebsiteDataStore;
 
-class Platform {
+class VELTO_EXPORT Platform {
  public:
   // The installed platform. Throws std::logic_error when there is none. Any thread.
   static Platform& current();

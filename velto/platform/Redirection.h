@@ -2,6 +2,7 @@
 // platforms; any thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSURLSession.h"
 
 #include <optional>
@@ -21,7 +22,7 @@ struct Redirection {
 // credentials stay with their server. Three things end the request instead, with errors of the domain
 // "NSURLErrorDomain": leaving https (-1022), since what was told in confidence would be told again in clear;
 // a place that is not of http or https (-1002); the twenty-first redirect (-1007).
-Redirection redirectionFor(const NSURLRequest& request, int status, const HeaderFields& fields,
-                           int redirects);
+VELTO_EXPORT Redirection redirectionFor(const NSURLRequest& request, int status, const HeaderFields& fields,
+                                        int redirects);
 
 }  // namespace velto

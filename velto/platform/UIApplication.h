@@ -1,6 +1,7 @@
 // Supplied by the platform: the host application as the desktop sees it.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/foundation/NSURL.h"
 
 #include <functional>
@@ -23,7 +24,7 @@ inline constexpr char UIApplicationProtectedDataDidBecomeAvailable[] =
     "UIApplicationProtectedDataDidBecomeAvailable";
 
 // Main thread.
-class UIApplication {
+class VELTO_EXPORT UIApplication {
  public:
   virtual ~UIApplication() = default;
 

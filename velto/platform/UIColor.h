@@ -1,6 +1,8 @@
 // A colour. Shared by all platforms.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <optional>
 
 namespace velto {
@@ -14,7 +16,7 @@ struct RGBA {
   bool operator==(const RGBA&) const = default;
 };
 
-class UIColor {
+class VELTO_EXPORT UIColor {
  public:
   UIColor() : UIColor(RGBA{}) {}  // clear
   explicit UIColor(RGBA components) : components_(components) {}

@@ -1,6 +1,7 @@
 // Supplied by the platform: the device, its screen, the user's language and the time zone.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Geometry.h"
 
 #include <cstdint>
@@ -21,7 +22,7 @@ inline constexpr UIDeviceOrientation UIDeviceOrientationLandscapeLeft = 3;
 inline constexpr UIDeviceOrientation UIDeviceOrientationLandscapeRight = 4;
 
 // Values are asked afresh each time, from any thread unless stated.
-class UIDevice {
+class VELTO_EXPORT UIDevice {
  public:
   virtual ~UIDevice() = default;
 
@@ -46,21 +47,21 @@ class UIDevice {
   virtual void setOrientation(UIDeviceOrientation orientation) = 0;
 };
 
-class UIScreen {
+class VELTO_EXPORT UIScreen {
  public:
   virtual ~UIScreen() = default;
   virtual CGRect bounds() const = 0;  // points
   virtual double scale() const = 0;   // pixels a point
 };
 
-class NSLocale {
+class VELTO_EXPORT NSLocale {
  public:
   virtual ~NSLocale() = default;
   virtual std::string localeIdentifier() const = 0;                 // such as "de_DE"
   virtual std::vector<std::string> preferredLanguages() const = 0;  // BCP 47 tags, best first
 };
 
-class NSTimeZone {
+class VELTO_EXPORT NSTimeZone {
  public:
   virtual ~NSTimeZone() = default;
   virtual int secondsFromGMT() const = 0;  // now, daylight saving included

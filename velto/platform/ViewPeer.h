@@ -7,6 +7,7 @@
 // coordinates.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/UIColor.h"
 #include "velto/platform/WindowSight.h"
@@ -21,7 +22,7 @@ class UIView;
 // Keys that mean something to what is presented over a window.
 enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow };
 
-class ViewPeer {
+class VELTO_EXPORT ViewPeer {
  public:
   virtual ~ViewPeer() = default;
 
@@ -81,7 +82,7 @@ struct ButtonLook {
 
 // A push button. Reports UIButton::peerHighlighted() while
 // pressed and UIButton::peerTouchedUpInside() when let go inside.
-class ButtonPeer : public virtual ViewPeer {
+class VELTO_EXPORT ButtonPeer : public virtual ViewPeer {
  public:
   virtual void setLook(const ButtonLook& look) = 0;
   bool paintsContent() const override { return true; }

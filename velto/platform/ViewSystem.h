@@ -2,6 +2,7 @@
 // platform; main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 #include "velto/platform/ViewPeer.h"
 #include "velto/platform/WebViewPeer.h"
@@ -15,12 +16,12 @@ class WKWebView;
 struct WKWebViewConfiguration;
 
 // A web process held ready for the next web view: destroying it lets the process go, unless a view took it over.
-class PreparedWebContent {
+class VELTO_EXPORT PreparedWebContent {
  public:
   virtual ~PreparedWebContent() = default;
 };
 
-class ViewSystem {
+class VELTO_EXPORT ViewSystem {
  public:
   virtual ~ViewSystem() = default;
 

@@ -2,6 +2,8 @@
 // the library's own session; the host application's is never touched.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,7 +15,7 @@ struct WKWebsiteDataRecord {
 };
 
 // Main thread; completions come later, on the main thread.
-class WKWebsiteDataStore {
+class VELTO_EXPORT WKWebsiteDataStore {
  public:
   virtual ~WKWebsiteDataStore() = default;
 

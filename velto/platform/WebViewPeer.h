@@ -2,6 +2,7 @@
 // called on the main thread and calls back on it.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/ViewPeer.h"
 #include "velto/platform/foundation/JSON.h"
@@ -22,7 +23,7 @@ struct ScrollBehavior {
 };
 
 // A web view. Reports navigations to WKWebView::peer…(), in the order in which the engine meets them.
-class WebViewPeer : public virtual ViewPeer {
+class VELTO_EXPORT WebViewPeer : public virtual ViewPeer {
  public:
   // Replaces the page. Without base URL the document has an origin of its own. Ends with
   // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.

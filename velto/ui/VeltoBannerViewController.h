@@ -8,6 +8,7 @@
 // The delegate (VeltoDelegates.h) is held weakly. Destroying this object removes the banner.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/platform/Geometry.h"
@@ -20,7 +21,7 @@ namespace velto {
 
 class UIView;
 
-class VeltoBannerViewController {
+class VELTO_EXPORT VeltoBannerViewController {
  public:
   using Delegate = std::shared_ptr<VeltoBannerViewControllerDelegate>;
 

@@ -4,6 +4,7 @@
 // request is on its way. An application that is done with an ad lets the ad go first.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/core/VeltoErrorAd.h"
 
 #include <memory>
@@ -15,7 +16,7 @@ class UIViewController;
 class VeltoBannerViewControllerPrivate;
 class VeltoInterstitialViewControllerPrivate;
 
-class VeltoBannerViewControllerDelegate {
+class VELTO_EXPORT VeltoBannerViewControllerDelegate {
  public:
   virtual ~VeltoBannerViewControllerDelegate() = default;
   // The view controller into which the banner goes; asked once, when the banner is created.
@@ -31,7 +32,7 @@ class VeltoBannerViewControllerDelegate {
   virtual void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& /*controller*/) {}
 };
 
-class VeltoInterstitialViewControllerDelegate {
+class VELTO_EXPORT VeltoInterstitialViewControllerDelegate {
  public:
   virtual ~VeltoInterstitialViewControllerDelegate() = default;
   virtual std::shared_ptr<UIViewController> presentViewController() = 0;

@@ -9,6 +9,7 @@
 // screen, and nothing is called any more.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/ui/VeltoDelegates.h"
@@ -17,7 +18,7 @@
 
 namespace velto {
 
-class VeltoInterstitialViewController {
+class VELTO_EXPORT VeltoInterstitialViewController {
  public:
   using Delegate = std::shared_ptr<VeltoInterstitialViewControllerDelegate>;
 

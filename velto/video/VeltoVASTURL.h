@@ -10,6 +10,7 @@
 // The privacy values are this object's own: those given to VeltoFramework are not used here.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/foundation/NSURL.h"
 
 #include <cstdint>
@@ -19,7 +20,7 @@
 
 namespace velto {
 
-class VeltoVASTURL {
+class VELTO_EXPORT VeltoVASTURL {
  public:
   using Numbers = std::vector<int64_t>;
 

@@ -1,6 +1,7 @@
 // The output volume of the headless platform: what a test sets. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/AVAudioSession.h"
 
 #include <memory>
@@ -9,7 +10,7 @@ namespace velto::headless {
 
 class VirtualQueue;
 
-class ScriptedAudioSession : public AVAudioSession {
+class VELTO_EXPORT ScriptedAudioSession : public AVAudioSession {
  public:
   explicit ScriptedAudioSession(std::shared_ptr<VirtualQueue> queue);
 

@@ -1,6 +1,7 @@
 // Videos of the headless platform: they play in virtual time, as a test's script has it. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/AVPlayer.h"
 #include "velto/platform/Handle.h"
 
@@ -23,7 +24,7 @@ struct VideoScript {
   bool loads = true;                                     // false: the server never answers
 };
 
-class ScriptedMedia : public MediaSystem {
+class VELTO_EXPORT ScriptedMedia : public MediaSystem {
  public:
   explicit ScriptedMedia(std::shared_ptr<VirtualQueue> queue);
 
@@ -41,7 +42,7 @@ class ScriptedMedia : public MediaSystem {
   std::shared_ptr<std::vector<ScriptedPlayer*>> players_ = std::make_shared<std::vector<ScriptedPlayer*>>();
 };
 
-class ScriptedPlayer : public AVPlayer {
+class VELTO_EXPORT ScriptedPlayer : public AVPlayer {
  public:
   ScriptedPlayer(std::shared_ptr<VirtualQueue> queue, const std::shared_ptr<AVPlayerItem>& item,
                  const VideoScript& script);

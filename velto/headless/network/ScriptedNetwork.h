@@ -3,6 +3,7 @@
 // knows. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/ASIdentifierManager.h"
 #include "velto/platform/Network.h"
 
@@ -12,7 +13,7 @@ namespace velto::headless {
 
 class VirtualQueue;
 
-class ScriptedNetwork : public NetworkInformation {
+class VELTO_EXPORT ScriptedNetwork : public NetworkInformation {
  public:
   explicit ScriptedNetwork(std::shared_ptr<VirtualQueue> queue);
 
@@ -37,7 +38,7 @@ class ScriptedNetwork : public NetworkInformation {
   std::shared_ptr<State> state_;
 };
 
-class ScriptedTelephony : public CTTelephonyNetworkInfo {
+class VELTO_EXPORT ScriptedTelephony : public CTTelephonyNetworkInfo {
  public:
   std::optional<CTCarrier> carrier;
   std::optional<std::string> radioAccessTechnology;
@@ -46,7 +47,7 @@ class ScriptedTelephony : public CTTelephonyNetworkInfo {
   std::optional<std::string> currentRadioAccessTechnology() const override { return radioAccessTechnology; }
 };
 
-class ScriptedLocation : public CLLocationManager {
+class VELTO_EXPORT ScriptedLocation : public CLLocationManager {
  public:
   bool servicesEnabled = true;
   std::optional<CLLocation> lastKnown;
@@ -55,7 +56,7 @@ class ScriptedLocation : public CLLocationManager {
   std::optional<CLLocation> location() const override { return lastKnown; }
 };
 
-class ScriptedAdvertising : public ASIdentifierManager, public ATTrackingManager {
+class VELTO_EXPORT ScriptedAdvertising : public ASIdentifierManager, public ATTrackingManager {
  public:
   bool trackingEnabled = false;
   int64_t authorizationStatus = 0;  // not determined

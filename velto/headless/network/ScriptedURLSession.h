@@ -4,6 +4,7 @@
 // is told so by an exception.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSURLSession.h"
 
 #include <chrono>
@@ -17,7 +18,7 @@ namespace velto::headless {
 class ScriptedURLSession;
 class VirtualQueue;
 
-struct Answer {
+struct VELTO_EXPORT Answer {
   int status = 200;
   std::vector<HeaderFields::Field> headers = {};
   std::optional<std::string> body = "";  // nothing: an answer without any data
@@ -32,7 +33,7 @@ struct Answer {
 };
 
 // One request on its way. Shared by the session and the test.
-class ScriptedTask {
+class VELTO_EXPORT ScriptedTask {
  public:
   const NSURLRequest& request() const { return request_; }
   bool isAnswered() const;
@@ -53,7 +54,7 @@ class ScriptedTask {
   ScriptedURLSession* session_;        // null once answered, or when the platform went
 };
 
-class ScriptedURLSession : public NSURLSession {
+class VELTO_EXPORT ScriptedURLSession : public NSURLSession {
  public:
   using Matcher = std::function<bool(const NSURLRequest&)>;
   using Answerer = std::function<Answer(const NSURLRequest&)>;

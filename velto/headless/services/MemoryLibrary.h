@@ -2,6 +2,7 @@
 // been asked at the beginning.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/EKEventStore.h"
 #include "velto/platform/PHPhotoLibrary.h"
 
@@ -14,7 +15,7 @@ namespace velto::headless {
 class VirtualQueue;
 
 // Main thread.
-class MemoryEventStore : public EKEventStore {
+class VELTO_EXPORT MemoryEventStore : public EKEventStore {
  public:
   explicit MemoryEventStore(std::shared_ptr<VirtualQueue> queue);
 
@@ -34,7 +35,7 @@ class MemoryEventStore : public EKEventStore {
 };
 
 // Any thread. Images are told by the signature of their format (PNG, JPEG, GIF, WebP, BMP).
-class MemoryPhotoLibrary : public PHPhotoLibrary {
+class VELTO_EXPORT MemoryPhotoLibrary : public PHPhotoLibrary {
  public:
   struct Picture {
     std::string bytes;

@@ -2,6 +2,7 @@
 // it opens are recorded, and nothing leaves the process.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/UIApplication.h"
 
 #include <memory>
@@ -12,7 +13,7 @@ namespace velto::headless {
 
 class VirtualQueue;
 
-class ScriptedApplication : public UIApplication {
+class VELTO_EXPORT ScriptedApplication : public UIApplication {
  public:
   struct OpenedURL {
     NSURL url;

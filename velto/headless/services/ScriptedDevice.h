@@ -2,6 +2,7 @@
 // time. They begin as a phone's. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/Text.h"
 
@@ -20,7 +21,7 @@ struct DeviceFacts {
   int64_t bootTime = 1'704'000'000;  // 2023-12-31T05:20:00Z; 0: it is not known
 };
 
-class ScriptedDevice : public UIDevice {
+class VELTO_EXPORT ScriptedDevice : public UIDevice {
  public:
   DeviceFacts facts;
 
@@ -41,7 +42,7 @@ class ScriptedDevice : public UIDevice {
   void setOrientation(UIDeviceOrientation orientation) override { facts.orientation = orientation; }
 };
 
-class ScriptedScreen : public UIScreen {
+class VELTO_EXPORT ScriptedScreen : public UIScreen {
  public:
   CGSize size{390, 844};  // points
   double pixelsPerPoint = 3;
@@ -50,7 +51,7 @@ class ScriptedScreen : public UIScreen {
   double scale() const override { return pixelsPerPoint; }
 };
 
-class ScriptedLocale : public NSLocale {
+class VELTO_EXPORT ScriptedLocale : public NSLocale {
  public:
   std::string identifier = "en_US";
   std::vector<std::string> languages{"en-US"};
@@ -59,7 +60,7 @@ class ScriptedLocale : public NSLocale {
   std::vector<std::string> preferredLanguages() const override { return languages; }
 };
 
-class ScriptedTimeZone : public NSTimeZone {
+class VELTO_EXPORT ScriptedTimeZone : public NSTimeZone {
  public:
   int seconds = 0;  // east of Greenwich
 

@@ -2,11 +2,12 @@
 // files are what the test puts in. Any thread, once set up.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSBundle.h"
 
 namespace velto::headless {
 
-class MemoryBundle : public NSBundle {
+class VELTO_EXPORT MemoryBundle : public NSBundle {
  public:
   std::optional<std::string> identifier;
   std::optional<std::map<std::string, std::string>> information;

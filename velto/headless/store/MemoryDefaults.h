@@ -2,6 +2,7 @@
 // the test keeps it, so handing it to Platform::install plays a relaunch of the host application. Any thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/NSUserDefaults.h"
 
 #include <map>
@@ -10,7 +11,7 @@
 
 namespace velto::headless {
 
-class MemoryDefaults : public NSUserDefaults {
+class VELTO_EXPORT MemoryDefaults : public NSUserDefaults {
  public:
   // For tests. While true, set, remove and synchronize throw, as with a full or read-only medium.
   void failWrites(bool fail);

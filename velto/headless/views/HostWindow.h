@@ -2,6 +2,7 @@
 // presentViewController, and touch it as a person would. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/headless/web/RecordingWebView.h"
 #include "velto/platform/ui/UIViewController.h"
 
@@ -10,7 +11,7 @@
 
 namespace velto::headless {
 
-class HostWindow {
+class VELTO_EXPORT HostWindow {
  public:
   // Shown at once. The safe area of a phone with a notch would be {47, 0, 34, 0}.
   explicit HostWindow(CGSize size = {390, 844}, UIEdgeInsets safeAreaInsets = {});

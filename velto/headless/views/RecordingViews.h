@@ -2,6 +2,7 @@
 // everything is kept for the test to look at. Main thread; every call from elsewhere throws std::logic_error.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/ViewPeer.h"
 
 #include <memory>
@@ -11,7 +12,7 @@ namespace velto::headless {
 
 class VirtualQueue;
 
-class RecordingViewPeer : public virtual ViewPeer {
+class VELTO_EXPORT RecordingViewPeer : public virtual ViewPeer {
  public:
   explicit RecordingViewPeer(std::shared_ptr<VirtualQueue> queue);
   ~RecordingViewPeer() override;
@@ -59,7 +60,7 @@ class RecordingViewPeer : public virtual ViewPeer {
   std::vector<RecordingViewPeer*> subviews_;
 };
 
-class RecordingButtonPeer : public RecordingViewPeer, public ButtonPeer {
+class VELTO_EXPORT RecordingButtonPeer : public RecordingViewPeer, public ButtonPeer {
  public:
   using RecordingViewPeer::RecordingViewPeer;
   const ButtonLook& look() const { return look_; }

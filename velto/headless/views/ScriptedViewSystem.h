@@ -2,6 +2,7 @@
 // frames a second of virtual time. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/headless/web/RecordingWebView.h"
 #include "velto/platform/ViewSystem.h"
 
@@ -10,7 +11,7 @@
 
 namespace velto::headless {
 
-class ScriptedViewSystem : public ViewSystem {
+class VELTO_EXPORT ScriptedViewSystem : public ViewSystem {
  public:
   explicit ScriptedViewSystem(std::shared_ptr<VirtualQueue> queue);
 

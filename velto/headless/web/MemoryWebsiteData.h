@@ -2,6 +2,7 @@
 // that a test fills and the library clears. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/WKWebsiteDataStore.h"
 
 #include <memory>
@@ -10,7 +11,7 @@ namespace velto::headless {
 
 class VirtualQueue;
 
-class MemoryWebsiteData : public WKWebsiteDataStore {
+class VELTO_EXPORT MemoryWebsiteData : public WKWebsiteDataStore {
  public:
   struct Cookie {
     std::string name;

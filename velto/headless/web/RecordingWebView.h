@@ -3,6 +3,7 @@
 // Platform::webViews(). Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/headless/views/RecordingViews.h"
 #include "velto/platform/ui/WKWebView.h"
 
@@ -16,7 +17,7 @@ namespace velto::headless {
 
 class ScriptedViewSystem;
 
-class RecordingWebView : public RecordingViewPeer, public WebViewPeer {
+class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPeer {
  public:
   struct Load {
     std::string html;

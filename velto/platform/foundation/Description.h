@@ -2,6 +2,7 @@
 // field.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/foundation/Text.h"
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 
 namespace velto {
 
-class Description {
+class VELTO_EXPORT Description {
  public:
   Description(const char* className, const void* object);
 

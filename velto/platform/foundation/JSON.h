@@ -2,6 +2,8 @@
 // still counts as the number 0 or 1. Any thread.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,7 +14,7 @@
 
 namespace velto {
 
-class JSON {
+class VELTO_EXPORT JSON {
  public:
   using Array = std::vector<JSON>;
   using Object = std::map<std::string, JSON, std::less<>>;
@@ -46,15 +48,15 @@ class JSON {
 // Reads any JSON value from UTF-8 text, also one that is no array or object. Nothing for anything else: bad
 // syntax, bad UTF-8, trailing text, nesting deeper than 512. Of equal keys the last wins. Time is linear in
 // the text.
-std::optional<JSON> readJSON(std::string_view text);
+VELTO_EXPORT std::optional<JSON> readJSON(std::string_view text);
 
 // The same of what a page's engine wrote. There half of a surrogate pair is an escape of its own (as
 // ECMAScript's JSON.stringify has it), which stands for no character: it reads as U+FFFD, and the rest is not
 // lost for it.
-std::optional<JSON> readJSONOfPage(std::string text);
+VELTO_EXPORT std::optional<JSON> readJSONOfPage(std::string text);
 
 // Writes it, on several lines with two blanks of indentation when pretty. Reals without fraction are written
 // as integers. Nothing when a text is not UTF-8 or a number is not finite.
-std::optional<std::string> writeJSON(const JSON& value, bool pretty);
+VELTO_EXPORT std::optional<std::string> writeJSON(const JSON& value, bool pretty);
 
 }  // namespace velto

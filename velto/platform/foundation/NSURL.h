@@ -2,6 +2,8 @@
 // thread.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,7 +18,7 @@ struct NSURLQueryItem {
   bool operator==(const NSURLQueryItem&) const = default;
 };
 
-class NSURL {
+class VELTO_EXPORT NSURL {
  public:
   // The text with every percent escape undone.
   static std::string unescaped(std::string_view text);

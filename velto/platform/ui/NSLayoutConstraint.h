@@ -2,6 +2,8 @@
 // Shared by all platforms; the solver (LayoutSolver.h) turns the active ones into frames. Main thread.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <map>
 #include <memory>
 #include <string>
@@ -45,7 +47,7 @@ struct NSLayoutItem {
   Region region = Region::Bounds;
 };
 
-class NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
+class VELTO_EXPORT NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
  public:
   static std::shared_ptr<NSLayoutConstraint> constraintWithItem(NSLayoutItem item,
                                                                 NSLayoutAttribute attribute,

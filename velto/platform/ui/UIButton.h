@@ -1,6 +1,7 @@
 // A push button with a title for each state and an optional painted shape. Main thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/ui/UIView.h"
 
 #include <functional>
@@ -17,7 +18,7 @@ enum UIControlState : unsigned {
 };
 enum UIControlEvents : unsigned { UIControlEventTouchUpInside = 64 };
 
-class UIButton : public UIView {
+class VELTO_EXPORT UIButton : public UIView {
  public:
   void setTitle(const std::string& title);  // for all states
   const std::string& title() const { return title_; }

@@ -1,6 +1,8 @@
 // A tap on a view: a touch that comes and goes on it or on anything inside it, except on a control.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <functional>
 #include <memory>
 
@@ -9,7 +11,7 @@ namespace velto {
 class UITapGestureRecognizer;
 
 // Asked when another recogniser (such as the page's own) sees the same touch.
-class UIGestureRecognizerDelegate {
+class VELTO_EXPORT UIGestureRecognizerDelegate {
  public:
   virtual ~UIGestureRecognizerDelegate() = default;
   // gestureRecognizer:shouldRecognizeSimultaneouslyWithGestureRecognizer:
@@ -17,7 +19,7 @@ class UIGestureRecognizerDelegate {
   virtual bool gestureRecognizer(UITapGestureRecognizer& recognizer) = 0;
 };
 
-class UITapGestureRecognizer {
+class VELTO_EXPORT UITapGestureRecognizer {
  public:
   explicit UITapGestureRecognizer(std::function<void()> action) : action_(std::move(action)) {}
 

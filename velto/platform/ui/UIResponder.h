@@ -1,13 +1,15 @@
 // The chain along which a view finds the controller that it belongs to.
 #pragma once
 
+#include "velto/Export.h"
+
 #include <memory>
 
 namespace velto {
 
 class UIViewController;
 
-class UIResponder {
+class VELTO_EXPORT UIResponder {
  public:
   virtual ~UIResponder() = default;
 

@@ -2,6 +2,7 @@
 // shows each view. Views are owned by their superview and by whoever else holds the pointer. Main thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/Handle.h"
 #include "velto/platform/UIColor.h"
@@ -15,7 +16,7 @@
 
 namespace velto {
 
-class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
+class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
  public:
   static std::shared_ptr<UIView> make();
   // For platforms, which wrap a view of the host application with a peer of their own.

@@ -2,6 +2,7 @@
 // banners and interstitials are others, put into it. Main thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/ui/UIView.h"
 
 #include <cstdint>
@@ -24,7 +25,8 @@ class UIPresentation;
 class UIViewControllerTransitionCoordinator;
 class UIViewControllerTransitioningDelegate;
 
-class UIViewController : public UIResponder, public std::enable_shared_from_this<UIViewController> {
+class VELTO_EXPORT UIViewController : public UIResponder,
+                                      public std::enable_shared_from_this<UIViewController> {
  public:
   // A controller with an empty view of its own.
   UIViewController();

@@ -1,6 +1,7 @@
 // Custom transitions of presented view controllers, and what runs beside a rotation. Main thread.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <functional>
@@ -9,7 +10,7 @@
 namespace velto {
 
 // One transition in progress: who comes or goes, and into which container. Supplied by whoever presents.
-class UIViewControllerContextTransitioning {
+class VELTO_EXPORT UIViewControllerContextTransitioning {
  public:
   virtual ~UIViewControllerContextTransitioning() = default;
   virtual std::shared_ptr<UIView> containerView() const = 0;
@@ -19,7 +20,7 @@ class UIViewControllerContextTransitioning {
   virtual void completeTransition(bool didComplete) = 0;  // exactly once, at the end
 };
 
-class UIViewControllerAnimatedTransitioning {
+class VELTO_EXPORT UIViewControllerAnimatedTransitioning {
  public:
   virtual ~UIViewControllerAnimatedTransitioning() = default;
   virtual double transitionDuration() const = 0;  // seconds
@@ -27,7 +28,7 @@ class UIViewControllerAnimatedTransitioning {
 };
 
 // Names the animators of a controller that is presented with UIModalPresentationCustom; null for none.
-class UIViewControllerTransitioningDelegate {
+class VELTO_EXPORT UIViewControllerTransitioningDelegate {
  public:
   virtual ~UIViewControllerTransitioningDelegate() = default;
   virtual std::shared_ptr<UIViewControllerAnimatedTransitioning> animationControllerForPresentedController(
@@ -38,7 +39,7 @@ class UIViewControllerTransitioningDelegate {
 };
 
 // A change of the window's size that is being animated, such as a rotation.
-class UIViewControllerTransitionCoordinator {
+class VELTO_EXPORT UIViewControllerTransitionCoordinator {
  public:
   virtual ~UIViewControllerTransitionCoordinator() = default;
   virtual void animateAlongsideTransition(std::function<void()> animation) = 0;

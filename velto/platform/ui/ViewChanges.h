@@ -3,13 +3,14 @@
 // has to know what can be seen without asking all the time. Main thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/Handle.h"
 
 #include <functional>
 
 namespace velto {
 
-class ViewChanges {
+class VELTO_EXPORT ViewChanges {
  public:
   // Called within each change, often many times in a row: the observer only takes note, and looks later.
   static Handle observe(std::function<void()> observer);

@@ -2,6 +2,7 @@
 // thread only.
 #pragma once
 
+#include "velto/Export.h"
 #include "velto/platform/WebViewPeer.h"
 #include "velto/platform/ui/UIView.h"
 
@@ -60,7 +61,7 @@ struct WKNavigationAction {
 // A load that the main frame went through. It carries nothing that the library reads.
 struct WKNavigation {};
 
-class WKNavigationDelegate {
+class VELTO_EXPORT WKNavigationDelegate {
  public:
   using DecisionHandler = std::function<void(WKNavigationActionPolicy)>;
 
@@ -75,7 +76,7 @@ class WKNavigationDelegate {
   virtual void webView(WKWebView& webView, const WKNavigation& navigation, const NSError& error) = 0;
 };
 
-class WKWebView : public UIView {
+class VELTO_EXPORT WKWebView : public UIView {
  public:
   static std::shared_ptr<WKWebView> initWithFrame(const CGRect& frame, WKWebViewConfiguration configuration);
 
