@@ -126,10 +126,12 @@ TEST_F(MediationTest, MonetizeSendsItsDataBackAndTheAnswerIsResolvedLikeAFirstOn
 struct LinkedClass : VeltoAdMediationAdapterProtocol {
   uint64_t adType = 0;
   std::optional<VeltoErrorAd> error;
+  VeltoAdCompletion* waits = nullptr;
   void adapt(const std::shared_ptr<VeltoMediationItemResponse>&, std::optional<int64_t>,
              const std::shared_ptr<VeltoTaskResponseHeaders>& headers, uint64_t type,
              VeltoAdCompletion completion) override {
     adType = type;
+    if (waits) return void(*waits = completion);
     Platform::current().mainQueue().post([headers, completion, told = error] {
       const auto plain = std::make_shared<VeltoAdMediationCoreAdapter>();
       completion(VeltoAd::adWithMediation(plain, std::nullopt, headers), told);
@@ -150,6 +152,11 @@ TEST_F(MediationTest, ALinkedAdapterIsFoundByItsClassName) {
   }
   linked->error = VeltoErrorAd::veltoErrorAdWithCode(1);
   EXPECT_EQ(resolve(list({R"({"cn":"VeltoAdmobBannerAdapter"})"})).codes, std::vector<int64_t>{0});
+  VeltoAdCompletion late;
+  linked->waits = &late;
+  resolve(list({R"({"cn":"VeltoAdmobBannerAdapter"})", monetize("x")}));
+  headless::Platform::uninstall();
+  late(nullptr, linked->error);  // the next item has no one to ask
   VeltoAdMediationAdapterRegistry::registerAdapter("VeltoAdMediationAdapterAdMob", nullptr);
 }
 

@@ -207,21 +207,17 @@ TEST_F(SessionTest, ANativeSessionTellsAHiddenPage) {
   EXPECT_TRUE(platform->webViews().empty());
 }
 
-TEST_F(SessionTest, ABannerThatOutlivesThePlatformStaysQuiet) {
-  const auto banner = this->banner();
-  loadAd(*banner);
-  const auto controller = banner->vc();
+TEST_F(SessionTest, AScreenThatOutlivesThePlatformStaysQuiet) {
   const auto screen = std::make_shared<Screen>();
   screen->startOMSDKSessionForNativeVideo();
   const auto friendly = UIView::make();
-  controller->addFriendlyObstructionOMSDKFor(friendly);
+  screen->addFriendlyObstructionOMSDKFor(friendly);
   headless::Platform::uninstall();
-  controller->removeFriendlyObstructionOMSDKFor(friendly);
-  controller->impressionOMSDK();
-  controller->finishOMSDKSession();
+  screen->removeFriendlyObstructionOMSDKFor(friendly);
+  screen->impressionOMSDK();
   screen->signalPlaybackNativeVideoOMSDK(0.5F);
   screen->finishOMSDKSession();
-  EXPECT_EQ(controller->omidSession(), nullptr);
+  EXPECT_EQ(screen->omidSession(), nullptr);
 }
 
 }  // namespace

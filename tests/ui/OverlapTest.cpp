@@ -11,6 +11,8 @@ namespace {
 using namespace std::chrono_literals;
 using test::Heard;
 
+std::shared_ptr<VeltoBannerViewController> global;
+
 class OverlapTest : public test::UITest {
  protected:
   void show(const headless::Answer& answer) {
@@ -63,6 +65,41 @@ TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
   platform->advance(500ms);
   EXPECT_EQ(full->heard, Heard{"finish"});
   EXPECT_EQ(adapter->loaded, 0);
+}
+
+TEST_F(OverlapTest, WithThePlatformAdsLeaveTheScreenAndFallSilent) {
+  for (const int moment : {0, 1, 2}) {  // at rest, or inside what a delegate is told
+    platform = headless::Platform::install();
+    const auto small = banner();
+    loadAd(*small, markup(test::richPage));
+    small->vc()->ad()->setOrdId("o", "b", "p");
+    fullAd = interstitial();
+    show(markup(test::richPage, 0, 0));
+    const auto pages = {small->vc()->webView(), fullAd->vc()->webView()};  // somebody holds them
+    int told = 0;
+    full->onCall = delegate->onCall = [&] {
+      EXPECT_EQ(told++, 0) << moment;
+      headless::Platform::uninstall();
+    };
+    moment == 0 ? full->onCall() : moment == 1 ? small->vc()->_adDidPress() : fullAd->vc()->_tapCloseButton();
+    EXPECT_TRUE(window->view().subviews().empty()) << moment;
+    for (const auto& view : pages) {
+      auto& page = headless::RecordingWebView::of(*view);
+      page.finish();
+      page.navigate("mraid://expand");
+      page.fail({});
+    }
+    small->load();
+    small->removeBanner();
+    fullAd->load();
+    platform->runUntilIdle();
+    full->onCall = delegate->onCall = nullptr;
+  }
+  platform = headless::Platform::install();  // which goes with the process
+  global = banner();
+  platform.reset();
+  EXPECT_EXIT(std::exit(0), ::testing::ExitedWithCode(0), "");
+  global.reset();
 }
 
 TEST_F(OverlapTest, ASecondPartThatComesDuringAResizeCanBeClosed) {

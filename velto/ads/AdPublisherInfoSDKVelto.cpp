@@ -47,10 +47,11 @@ std::optional<PublisherIdentifiers> publisherIdentifiersIn(std::string_view mark
 void findPublisherInformations(const std::shared_ptr<WKWebView>& webView, PublisherInformation completion) {
   webView->evaluateJavaScript(bodyScript, [completion = std::move(completion)](
                                               std::optional<JSON> result, std::optional<NSError>) mutable {
-    Platform::current().performInBackground(
-        [result = std::move(result), completion = std::move(completion)]() mutable {
-          _findPublisherInformations(result, std::move(completion));
-        });
+    auto* platform = Platform::currentOrNull();
+    if (!platform) return;
+    platform->performInBackground([result = std::move(result), completion = std::move(completion)]() mutable {
+      _findPublisherInformations(result, std::move(completion));
+    });
   });
 }
 

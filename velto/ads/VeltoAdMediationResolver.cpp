@@ -3,6 +3,7 @@
 
 #include "velto/ads/VeltoAdMediationAdapterManager.h"
 #include "velto/network/JSONSDKVelto.h"
+#include "velto/platform/Platform.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,11 +58,11 @@ void VeltoAdMediationItemResolver::resolveMediationItem(const Item& item, const 
     const auto handler = adapter->handler();
     if (!handler) return _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);
     // Each item is tried once: an adapter that answers again (as one whose server sends an empty list does)
-    // must not send the walk along the rest twice.
+    // must not send the walk along the rest twice. An adapter of the application's may outlive the platform.
     handler->adapt(item, bannerSize, headers, adapter->adType(),
                    [=, answered = std::make_shared<std::atomic_flag>()](
                        const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-                     if (answered->test_and_set()) return;
+                     if (answered->test_and_set() || !Platform::currentOrNull()) return;
                      inTurn([=] {
                        if (!ad || error)
                          _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);

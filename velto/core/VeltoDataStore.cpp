@@ -177,8 +177,8 @@ void VeltoDataStore::updateUserAgentFromWKWebView(const std::shared_ptr<WKWebVie
     if (!view) return;
     view->evaluateJavaScript("navigator.userAgent",
                              [](std::optional<JSON> result, std::optional<NSError> error) {
-                               if (const auto* text = result && !error ? result->string() : nullptr)
-                                 _updateUserAgent(*text);
+                               const auto* text = result && !error ? result->string() : nullptr;
+                               if (text && Platform::currentOrNull()) _updateUserAgent(*text);
                              });
   });
 }

@@ -64,7 +64,8 @@ struct Options {
 
 // Throws std::invalid_argument without an identifier. A second call replaces the platform: only for tests.
 VELTO_EXPORT void install(Options options);
-// Ends everything the library does in this process. Banners that still exist become inert.
+// Ends everything the library does in this process. What is shown leaves the screen, and banners and
+// interstitials that still exist do nothing from here on. Main thread.
 VELTO_EXPORT void uninstall();
 
 // The view controller that stands for a slot, or for a window: give it as the delegate's

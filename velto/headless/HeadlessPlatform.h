@@ -26,7 +26,8 @@ class VELTO_EXPORT Platform : public velto::Platform {
   // Installs a fresh platform in place of any other; the calling thread is its main thread. A store kept from
   // an earlier one plays a relaunch of the application.
   static std::shared_ptr<Platform> install(std::shared_ptr<MemoryDefaults> defaults = nullptr);
-  // Ends everything the library does. Views and controllers that still exist become inert.
+  // Ends everything the library does. What is shown leaves the screen, and banners and interstitials that
+  // still exist do nothing from here on.
   static void uninstall();
   ~Platform() override;
 

@@ -6,11 +6,21 @@
 
 namespace velto {
 namespace {
-std::shared_ptr<Platform>& owner() {
-  static std::shared_ptr<Platform> platform;
-  return platform;
-}
 std::atomic<Platform*> installed{nullptr};
+
+// Of an application that ends without uninstalling. What is destroyed after this, such as a banner in a global
+// variable, finds no platform.
+struct Owner {
+  std::shared_ptr<Platform> platform;
+  ~Owner() {
+    platform.reset();
+    installed = nullptr;
+  }
+};
+Owner& owner() {
+  static Owner instance;
+  return instance;
+}
 }  // namespace
 
 Platform& Platform::current() {
@@ -24,9 +34,12 @@ Platform* Platform::currentOrNull() {
 }
 
 void Platform::install(std::shared_ptr<Platform> platform) {
-  if (auto* old = installed.load()) old->dropSingletons();
+  if (auto* old = installed.load()) {
+    old->notificationCenter().postNotification({notificationPlatformWillGo, {}});
+    old->dropSingletons();
+  }
   installed = platform.get();
-  owner().swap(platform);
+  owner().platform.swap(platform);
 }
 
 std::shared_ptr<void> Platform::singleton(std::type_index type, Maker make) {

@@ -38,6 +38,10 @@ class UIScreen;
 class ViewSystem;
 class WKWebsiteDataStore;
 
+// Posted by a platform that is about to go, on the main thread and while it is still the current one: what
+// stands on a screen leaves it.
+inline constexpr char notificationPlatformWillGo[] = "VeltoNotificationPlatformWillGo";
+
 class VELTO_EXPORT Platform {
  public:
   // The installed platform. Throws std::logic_error when there is none. Any thread.

@@ -3,6 +3,7 @@
 
 #include "velto/core/VeltoDataStore.h"
 #include "velto/network/VeltoTaskRequest.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
@@ -183,11 +184,9 @@ void VeltoTrackerManager::_taskWithRequest(NSURLRequest request,
   request.maximumBodySize = longestAnswer;
   Platform::current().urlSession().dataTask(
       std::move(request), [completion = std::move(completionHandler)](auto data, auto response, auto error) {
-        auto* platform = Platform::currentOrNull();
-        if (!completion || !platform) return;
         const bool success = !error && data && response && response->isHTTP && response->statusCode == 200 &&
                              *data == acknowledgement;
-        platform->mainQueue().post([completion, success] { completion(success); });
+        answerOnMain(completion, success);
       });
 }
 

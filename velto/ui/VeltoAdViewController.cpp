@@ -16,11 +16,18 @@ VeltoAdViewController::~VeltoAdViewController() {
 void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   vc_ = getUserViewControllerForDelegate(delegate);
   addTapGestureRecognizerInView([this] { _adDidPress(); });
-  orientationObserver_ = Platform::current().notificationCenter().addObserver(
-      constNotificationUICurrentOrientation, [this](const NSNotification& notification) {
+  auto& center = Platform::current().notificationCenter();
+  orientationObserver_ =
+      center.addObserver(constNotificationUICurrentOrientation, [this](const NSNotification& notification) {
         const auto* orientation = std::get_if<int64_t>(&notification.object);
         if (orientation && shown_) shown_->_notificationUICurrentOrientation(*orientation);
       });
+  platformObserver_ = center.addObserver(notificationPlatformWillGo, [this](const NSNotification&) {
+    const auto alive = shared_from_this();
+    abandoned_ = true;
+    takeOff();
+    preparedPage_.drop();
+  });
 }
 
 std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo() {
@@ -41,12 +48,12 @@ std::shared_ptr<VeltoAdMediationCoreAdapter> VeltoAdViewController::ownAdapterIn
 
 void VeltoAdViewController::_adDidPress() {
   if (!shown_) return;  // a screen on its way out
-  // The delegate may load another ad or remove this one; what was pressed is the ad of before.
+  // The delegate may load another ad, remove this one or end the platform; what was pressed is the ad of before.
   const auto alive = shared_from_this();
   const auto pressed = ad();
   notifyDidPress(delegate());
   impressionOMSDK();
-  if (!pressed) return;
+  if (!pressed || !Platform::currentOrNull()) return;
   VeltoTrackerManager::trackClickForBannerId(pressed->bannerId, pressed->publisherId, pressed->ordId);
   pressed->resetAdInformations();
 }

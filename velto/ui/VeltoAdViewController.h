@@ -99,13 +99,15 @@ class VeltoAdViewController : public UIViewController,
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
+  // Everything of the ad ends at once.
+  virtual void takeOff() = 0;
   // The one that is shown ends; it comes back for its views, which stay.
   std::shared_ptr<VeltoShownAd> letGo();
   // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is
   // shown, or an answer is on its way here and nobody has that adapter's ad yet.
   std::shared_ptr<VeltoAdMediationCoreAdapter> ownAdapterIn(const NSNotification& notification) const;
 
-  bool abandoned_ = false;  // nobody holds the public object any more
+  bool abandoned_ = false;  // nobody holds the public object any more, or the platform went
   int64_t animation_ = 0;
   std::weak_ptr<UIViewController> vc_;  // the host's
   std::shared_ptr<VeltoShownAd> shown_;
@@ -116,6 +118,7 @@ class VeltoAdViewController : public UIViewController,
  private:
   PreparedPage preparedPage_;
   Handle orientationObserver_;
+  Handle platformObserver_;
 };
 
 }  // namespace velto

@@ -42,6 +42,7 @@ void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
 }
 
 void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure) {
+  if (abandoned_) return;
   _handleRefreshTimer();
   fetchBannerDataFor(VeltoAdTypeBanner, settings_, size_, delegate(), notifyFailure);
   preparedPage().prepare(webView());  // while the request is on its way
@@ -159,20 +160,21 @@ void VeltoBannerViewControllerPrivate::adapterClosed() {
 }
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
-  Platform::current().mainQueue().post([alive = self()] {
-    alive->_invalidateBanner();
-    const auto& view = alive->view();
-    if (!view->superview()) return;
-    alive->willMoveToParentViewController(nullptr);
-    view->removeFromSuperview();
-    alive->removeFromParentViewController();
-    alive->didMoveToParentViewController(nullptr);
-  });
+  if (!abandoned_) Platform::current().mainQueue().post([alive = self()] { alive->takeOff(); });
 }
 
 void VeltoBannerViewControllerPrivate::abandon() {
-  abandoned_ = true;
   removeBanner();
+  abandoned_ = true;
+}
+
+void VeltoBannerViewControllerPrivate::takeOff() {
+  _invalidateBanner();
+  if (!view()->superview()) return;
+  willMoveToParentViewController(nullptr);
+  view()->removeFromSuperview();
+  removeFromParentViewController();
+  didMoveToParentViewController(nullptr);
 }
 
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {

@@ -64,6 +64,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   bool startShowing(const std::shared_ptr<VeltoAd>& ad, const std::shared_ptr<UIView>& mediationView);
   bool _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
   bool findContainer();
+  void takeOff() override;
   std::shared_ptr<VeltoShownAd> _resetBannerView();
   void _invalidateBanner();
   void _adLoaded(const std::shared_ptr<UIView>& view);

@@ -1,6 +1,7 @@
 // The interstitial's life: load, ready, show, count down, close.
 #include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
@@ -52,12 +53,20 @@ std::shared_ptr<VeltoInterstitialViewControllerPrivate> VeltoInterstitialViewCon
 }
 
 void VeltoInterstitialViewControllerPrivate::abandon() {
-  abandoned_ = true;
+  if (std::exchange(abandoned_, true)) return;
   delegate_.reset();
   Platform::current().mainQueue().post([alive = self()] {
     alive->waitingAd_.reset();
     alive->dismissInterstitialViewController(false);
   });
+}
+
+// The presentation ends by itself.
+void VeltoInterstitialViewControllerPrivate::takeOff() {
+  delegate_.reset();
+  waitingAd_.reset();
+  showing_ = false;
+  _removeAllWebViews(_invalidateBanner());
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {
@@ -73,6 +82,7 @@ void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {
 // --- load
 
 void VeltoInterstitialViewControllerPrivate::fetch(const std::optional<VeltoSettings>& settings) {
+  if (abandoned_) return;
   fetchBannerDataFor(VeltoAdTypeInterstitial, settings, VeltoBannerSizeInterstitial, delegate(), true);
   preparedPage().prepare(webView());  // while the request is on its way, and up by the time of show
 }
@@ -295,9 +305,9 @@ std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMR
 // Also with its window, which asks nobody.
 void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool animated) {
   VeltoAdViewController::viewWillDisappear(animated);
-  Platform::current().mainQueue().post([weak = std::weak_ptr(self())] {
+  answerOnMain(std::function<void()>([weak = std::weak_ptr(self())] {
     if (const auto alive = weak.lock()) alive->takeWaitingAd();
-  });
+  }));
 }
 
 bool VeltoInterstitialViewControllerPrivate::accessibilityPerformEscape() {

@@ -74,6 +74,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   // From the call to show until it has gone again.
   bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 
+  void takeOff() override;
   void fetch(const std::optional<VeltoSettings>& settings);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();

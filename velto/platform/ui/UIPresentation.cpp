@@ -1,7 +1,7 @@
 // Modal presentation.
 #include "velto/platform/ui/UIPresentation.h"
 
-#include "velto/platform/MainQueue.h"
+#include "velto/platform/AnswerOnMain.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewSystem.h"
 
@@ -47,7 +47,11 @@ std::shared_ptr<UIViewControllerTransitioningDelegate> delegateOf(
 }  // namespace
 
 UIPresentation::UIPresentation(UIViewController& presenter, std::shared_ptr<UIViewController> presented)
-    : presenter_(&presenter), presented_(std::move(presented)), cover_(std::make_shared<Cover>(presented_)) {}
+    : presenter_(&presenter), presented_(std::move(presented)), cover_(std::make_shared<Cover>(presented_)) {
+  // No screen may stay over the host's window when nobody is there any more who could close it.
+  platformObserver_ = Platform::current().notificationCenter().addObserver(
+      notificationPlatformWillGo, [this](const NSNotification&) { gone(); });
+}
 
 void UIPresentation::come(UIViewController& source, bool animated, Completion completion) {
   arrival_ = std::move(completion);
@@ -81,7 +85,7 @@ void UIPresentation::completeTransition(bool) {
 
 void UIPresentation::arrived() {
   phase_ = Phase::Shown;
-  post(std::exchange(arrival_, nullptr));
+  answerOnMain(std::exchange(arrival_, nullptr));
   if (!departures_.empty()) depart(departures_.front().animated);
 }
 
@@ -125,13 +129,8 @@ void UIPresentation::presenterGone() {
   presented_->view()->removeFromSuperview();
   cover_->peer().setModal(false);
   cover_->removeFromSuperview();
-  post(std::exchange(arrival_, nullptr));
-  for (auto& departure : std::exchange(departures_, {})) post(std::move(departure.completion));
-}
-
-void UIPresentation::post(Completion completion) {
-  auto* platform = Platform::currentOrNull();
-  if (completion && platform) platform->mainQueue().post(std::move(completion));
+  answerOnMain(std::exchange(arrival_, nullptr));
+  for (auto& departure : std::exchange(departures_, {})) answerOnMain(std::move(departure.completion));
 }
 
 // --- the controllers' side
@@ -140,10 +139,8 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
                                              bool animated, std::function<void()> completion) {
   UIViewController* presenter = this;
   while (presenter->parent_) presenter = presenter->parent_;
-  if (presenter->presentation_ || controller->presenting_ || !presenter->view()->isInWindow()) {
-    if (completion) Platform::current().mainQueue().post(std::move(completion));
-    return;
-  }
+  if (presenter->presentation_ || controller->presenting_ || !presenter->view()->isInWindow())
+    return answerOnMain(std::move(completion));
   presenter->presentation_ = std::make_shared<UIPresentation>(*presenter, controller);
   const auto presentation = presenter->presentation_;
   presentation->come(*this, animated, std::move(completion));
@@ -152,7 +149,7 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
 void UIViewController::dismissViewControllerAnimated(bool animated, std::function<void()> completion) {
   const auto presentation = presenting_ ? presenting_->presentation_ : presentation_;
   if (presentation) return presentation->go(animated, std::move(completion));
-  if (completion) Platform::current().mainQueue().post(std::move(completion));
+  answerOnMain(std::move(completion));
 }
 
 void UIViewController::platformWindowGone() {

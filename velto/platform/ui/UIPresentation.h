@@ -2,6 +2,7 @@
 // controller that presents (UIViewController::presentViewController); main thread.
 #pragma once
 
+#include "velto/platform/Handle.h"
 #include "velto/platform/ui/UIViewControllerTransitioning.h"
 
 #include <functional>
@@ -40,7 +41,6 @@ class UIPresentation final : public UIViewControllerContextTransitioning,
   void arrived();
   void depart(bool animated);
   void gone();
-  static void post(Completion completion);
 
   UIViewController* presenter_;
   std::shared_ptr<UIViewController> presented_;
@@ -49,6 +49,7 @@ class UIPresentation final : public UIViewControllerContextTransitioning,
   Phase phase_ = Phase::Coming;
   Completion arrival_;
   std::vector<Departure> departures_;
+  Handle platformObserver_;
 };
 
 }  // namespace velto
