@@ -1,4 +1,5 @@
 // Two things at once: each case is a moment in which something ends or begins while something else is half done.
+#include "velto/ads/VeltoAdManager.h"
 #include "velto/platform/AnswerOnMain.h"
 
 #include <thread>
@@ -57,14 +58,17 @@ TEST_F(OverlapTest, ShownFromInsideTheEndOfTheAdBefore) {
   EXPECT_EQ(full->heard, (Heard{"finish", "finish", "appear"}));
 }
 
-TEST_F(OverlapTest, LetGoOfInsideDidFinishLoadItIsNotShown) {
-  fullAd->setAutoShowWhenReady(true);
-  full->onCall = [&] { fullAd.reset(); };
-  const auto working = fullAd->vc();
-  working->presentMediationBanner(test::mediated(adapter));
-  platform->advance(500ms);
-  EXPECT_EQ(full->heard, Heard{"finish"});
-  EXPECT_EQ(adapter->loaded, 0);
+TEST_F(OverlapTest, LetGoOfInsideACallItIsNotShownAnyFurther) {
+  for (const char* last : {"finish", "appear"}) {
+    fullAd = interstitial();
+    fullAd->setAutoShowWhenReady(true);
+    full->onCall = [&] { full->heard.back() == last ? fullAd.reset() : void(); };
+    const auto working = fullAd->vc();
+    working->presentMediationBanner(test::mediated(adapter));
+    platform->advance(2s);
+    EXPECT_EQ(full->heard.back(), last);
+    EXPECT_EQ(adapter->loaded, 0);
+  }
 }
 
 TEST_F(OverlapTest, WithThePlatformAdsLeaveTheScreenAndFallSilent) {
@@ -144,16 +148,23 @@ TEST_F(OverlapTest, ARefusedPresentationSaysNothingOfTheNextAd) {
   EXPECT_EQ(full->heard, (Heard{"finish", "finish"}));
 }
 
-TEST_F(OverlapTest, AnAdThatEndsWhileItsSecondPartIsLoadedLoadsNothing) {
+TEST_F(OverlapTest, AnAdThatEndsWhileItIsLoadedLoadsNothingAndLeavesNoScreen) {
   show(markup(test::richPage, 0, 0));
   int shown = 0;
-  const auto observer = platform->notificationCenter().addObserver(constNotificationAdShowed,
-                                                                   [&](const NSNotification&) { ++shown; });
+  const auto observer = platform->notificationCenter().addObserver(
+      constNotificationAdShowed, [&](const NSNotification&) { ++shown, fullAd->vc()->_tapCloseButton(); });
   const auto ended = fullAd->vc()->shownAd();
   ended->load();  // under way: web data are cleared first
-  fullAd->vc()->_tapCloseButton();
+  for (const char* command : {second, "mraid://close"}) page().navigate(command);
   platform->advance(1s);
+  EXPECT_EQ(full->heard.back(), "dismissed") << "whose close does not wait for a server";
   EXPECT_EQ(shown, 0);
+  for (const auto& ad : {VeltoAd::adWithHTML("ad", {}, nullptr), test::mediated(adapter)}) {
+    fullAd->vc()->_processAd(ad, std::nullopt, {}, true);
+    fullAd->show();
+    platform->advance(1s);
+    EXPECT_TRUE(window->view().subviews().empty());
+  }
 }
 
 TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
@@ -165,8 +176,12 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
     page().navigate(forcing("landscape"));
     page().navigate("mraid://expand");
     EXPECT_EQ(orientation, 4);
+    const auto other = banner();  // which forces nothing, and undoes nothing
+    loadAd(*other, markup(test::richPage));
+    page().navigate("mraid://expand");
     show(markup(test::richPage, 0, 0));
     for (const char* wish : {"landscape", "portrait"}) page().navigate(forcing(wish));
+    other->vc()->shownAd()->veltoMRAIDCloseExpand();
     EXPECT_EQ(orientation, 1);
     if (bannerFirst) {
       ad.reset();
@@ -207,6 +222,27 @@ TEST_F(OverlapTest, AStepThatComesLateKnowsWhatTheAdIsByThen) {
   EXPECT_NE(ad->vc()->activeWebView(), ad->vc()->webView());
   page().navigate("mraid://close");
   EXPECT_EQ(ad->vc()->omidSession()->mainAdView(), ad->vc()->webView()) << "the first part is measured again";
+}
+
+TEST_F(OverlapTest, APageThatAsksForAResizeWhileItIsExpandedIsClosedAsAnyOther) {
+  for (const int way : {0, 1, 2, 3, 4, 5, 6, 7}) {
+    const bool twoParts = way & 1, twice = way & 2, byPage = way & 4;
+    const auto ad = banner(VeltoBannerPositionTop);
+    loadAd(*ad, markup(test::richPage));
+    platform->urlSession().enqueue("/2", markup(test::richPage));
+    page().navigate(twoParts ? second : "mraid://expand");
+    platform->runUntilIdle();
+    page().navigate(forcing("landscape"));
+    for (int i = 0; i <= twice; ++i) page().navigate("mraid://resize");
+    platform->advance(200ms);
+    EXPECT_EQ(closeButtons(*ad->vc()->view()), 1U) << way;
+    byPage ? void(page().navigate("mraid://close")) : ad->vc()->veltoCloseButton()->sendTouchUpInside();
+    platform->advance(200ms);
+    EXPECT_EQ(ad->vc()->veltoGetMRAIDHandler()->state, "default") << way;
+    EXPECT_EQ(closeButtons(*ad->vc()->view()) + platform->webViews().size(), 1U) << way;
+    EXPECT_EQ(ad->vc()->view()->frame(), (CGRect{{35, 47}, {320, 50}})) << way;
+    EXPECT_EQ(platform->device().facts.orientation, 1) << way;
+  }
 }
 
 TEST_F(OverlapTest, WhatATransportDropsEndsOnTheMainThread) {

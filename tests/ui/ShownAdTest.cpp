@@ -142,11 +142,6 @@ TEST_P(ShownAdTest, WhatAnAdForcedEndsWithIt) {
   EXPECT_EQ(orientation, 4);
   platform->runUntilIdle();
   EXPECT_EQ(orientation, isBanner() ? 3 : 4) << "a second part that never came has forced it for nothing";
-  closeScreen();
-  platform->notificationCenter().postNotification({constNotificationUICurrentOrientation, int64_t{4}});
-  show("ad");
-  replace("ad");
-  EXPECT_EQ(orientation, 3) << "what another ad has forced is not this one's to undo";
 }
 
 TEST_P(ShownAdTest, RichMediaMovesThePageAndItsCloseButtonCoversNothing) {

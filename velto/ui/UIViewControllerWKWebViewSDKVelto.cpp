@@ -64,8 +64,9 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
 void UIViewControllerWKWebViewSDKVelto::loadBannerDataIn(const WebView& webView,
                                                          const std::shared_ptr<VeltoAd>& ad) {
   if (!ad || !ad->html) return;
-  _cleanWKWebViewCache([this, weak = lifetime(), webView, ad] {
-    if (const auto alive = weak.lock()) load(webView, ad);
+  _cleanWKWebViewCache([weak = self(), webView, ad] {
+    const auto alive = weak.lock();
+    if (alive && alive->isShown()) alive->load(webView, ad);
   });
 }
 

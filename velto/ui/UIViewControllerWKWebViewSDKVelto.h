@@ -48,8 +48,9 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
 
  protected:
   virtual UIViewController& viewController() = 0;
-  // What is gone when nothing of all this may happen any more.
-  virtual std::weak_ptr<void> lifetime() = 0;
+  virtual std::weak_ptr<UIViewControllerWKWebViewSDKVelto> self() = 0;
+  // False when nothing of all this may happen any more.
+  virtual bool isShown() const = 0;
   // Used up by the next web view.
   virtual PreparedPage& preparedPage() = 0;
   // A rich-media command of the page.

@@ -32,7 +32,8 @@ class VELTO_EXPORT VeltoBannerViewController {
   static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
                                                                      VeltoBannerSize andSize,
                                                                      CGPoint andLocation);
-  // In another view of that controller: at its top, or at a point. A view elsewhere makes every load fail.
+  // In another view of that controller: at its top, or at a point. A view elsewhere, or one
+  // that has gone, makes every load fail.
   static std::shared_ptr<VeltoBannerViewController> initWithDelegate(const Delegate& delegate,
                                                                      VeltoBannerSize andSize,
                                                                      const std::shared_ptr<UIView>& andView);
@@ -51,7 +52,8 @@ class VELTO_EXPORT VeltoBannerViewController {
   void load();
   void load(const VeltoSettings& settings);
   // Takes the banner off the screen, in the next turn of the main queue, and ends its refreshing. An ad that
-  // is on its way by then is shown all the same; to get rid of that, too, let go of this object.
+  // is on its way by then is shown all the same; to get rid of that, too, let go of this object. A load that
+  // is called afterwards, and be it in the same turn, begins anew.
   void removeBanner();
 
   // Take effect at the next load. Seconds from the start of one load to that of the next; below 1 there is

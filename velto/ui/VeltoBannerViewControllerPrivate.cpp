@@ -15,6 +15,7 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
   made->delegate_ = delegate;
   made->location_ = andLocation;
   made->viewAd_ = andView;
+  made->viewAdIsGiven_ = andView != nullptr;
   made->view()->setBackgroundColor(UIColor::clearColor());
   made->view()->setTranslatesAutoresizingMaskIntoConstraints(false);
   made->begin(delegate);
@@ -38,6 +39,11 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
 
 void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
   settings_ = settings;
+  load();
+}
+
+void VeltoBannerViewControllerPrivate::load() {
+  loadedSinceRemoval_ = true;
   _loadAndNotifyFailure(true);
 }
 
@@ -124,6 +130,7 @@ bool VeltoBannerViewControllerPrivate::findContainer() {
   const auto vc = vc_.lock();
   if (!vc) return false;
   const auto container = viewAd_.lock();
+  if (!container && viewAdIsGiven_) return false;  // it has gone, and no other is the banner's to take
   if (!container) {
     viewAd_ = vc->view();
     return true;
@@ -160,6 +167,7 @@ void VeltoBannerViewControllerPrivate::adapterClosed() {
 }
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
+  loadedSinceRemoval_ = false;
   if (!abandoned_) Platform::current().mainQueue().post([alive = self()] { alive->takeOff(); });
 }
 
@@ -170,7 +178,7 @@ void VeltoBannerViewControllerPrivate::abandon() {
 
 void VeltoBannerViewControllerPrivate::takeOff() {
   _invalidateBanner();
-  if (!view()->superview()) return;
+  if (!view()->superview() && !parentViewController()) return;  // which outlives a container that went
   willMoveToParentViewController(nullptr);
   view()->removeFromSuperview();
   removeFromParentViewController();
@@ -180,10 +188,12 @@ void VeltoBannerViewControllerPrivate::takeOff() {
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {
   closeVideo();
   _resetBannerView();
-  settings_.reset();
-  timerRefresh_.reset();
+  if (!loadedSinceRemoval_ || abandoned_) {  // else an ad is on its way, and is to be refreshed
+    settings_.reset();
+    timerRefresh_.reset();
+    preparedPage().drop();  // no web process stays without an ad
+  }
   finishOMSDKSession();
-  preparedPage().drop();  // no web process stays without an ad
 }
 
 // --- adapters

@@ -21,7 +21,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
       int64_t andPosition, CGPoint andLocation, const std::shared_ptr<UIView>& andView);
   ~VeltoBannerViewControllerPrivate() override;
 
-  void load() { _loadAndNotifyFailure(true); }
+  void load();
   void load(const VeltoSettings& settings);
   void removeBanner();
   // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
@@ -79,7 +79,9 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   std::unique_ptr<NSTimer> timerRefresh_;
   int64_t refreshTimeSeconds_ = 30;
   std::optional<VeltoSettings> settings_;  // of the last load
+  bool loadedSinceRemoval_ = false;        // since the last call that asked for one
   std::weak_ptr<UIView> viewAd_;           // the host's view that contains the banner
+  bool viewAdIsGiven_ = false;             // else it is the whole of its controller's
   std::weak_ptr<VeltoBannerViewControllerDelegate> delegate_;
   NSLayoutConstraints viewContraints_;  // in the container
   CGPoint location_;

@@ -159,8 +159,10 @@ void VeltoInterstitialViewControllerPrivate::show() {
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
-    shown_->tellShown();
-    return _adLoaded();
+    const auto shown = shown_;
+    shown->tellShown();
+    if (shown == shown_) _adLoaded();  // an adapter that hears of it may give up
+    return;
   }
   if (!ad()->html) return;
   showing_ = true;
@@ -205,7 +207,7 @@ void VeltoInterstitialViewControllerPrivate::presented() {
   if (auto* user = adapter->rootViewControllerUser()) user->setAdRootViewController(self());
   if (ad() != shown) return;  // which has closed it at once
   notifyDidAppear(delegate());
-  adapter->gadAdLoaded(shown, nullptr);
+  if (ad() == shown && !abandoned_) adapter->gadAdLoaded(shown, nullptr);
 }
 
 void VeltoInterstitialViewControllerPrivate::startCounterSoon() {

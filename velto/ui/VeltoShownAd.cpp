@@ -17,6 +17,7 @@ namespace {
 // The ads that have turned the device, in the order in which they first did. Each leaves with its end.
 struct ForcingAds {
   std::vector<VeltoShownAd*> ads;
+  VeltoShownAd* now = nullptr;  // that is about to
 };
 
 }  // namespace
@@ -32,9 +33,8 @@ VeltoShownAd::~VeltoShownAd() {
 
 void VeltoShownAd::end() {
   if (!controller_) return;
-  if (forcedOrientation_ != 0) _restoreOriginalOrientation();
+  _restoreOriginalOrientation();
   controller_ = nullptr;
-  life_.reset();
   for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
     if (!page) continue;
     page->setNavigationDelegate({});
@@ -140,12 +140,14 @@ void VeltoShownAd::mediationBannerDidClose() {
 
 // --- orientation
 
-// What ads themselves have forced, this one or one that came later, is not what was there before it.
+// What ads themselves have forced, this one or another, is not what was there before it; and what another
+// turns is that one's to turn back.
 void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
-  if (forcedOrientation_ != 0) {
-    const auto& forcing = Platform::shared<ForcingAds>()->ads;
-    if (orientation == forcedOrientation_ || forcing.empty() || forcing.back() != this) return;
-  }
+  const auto forcing = Platform::shared<ForcingAds>();
+  const auto& ads = forcing->ads;
+  if (forcedOrientation_ == 0 && forcing->now && forcing->now != this) return;
+  if (forcedOrientation_ != 0 && (orientation == forcedOrientation_ || ads.empty() || ads.back() != this))
+    return;
   originalOrientation_ = orientation;
 }
 
@@ -167,9 +169,12 @@ void VeltoShownAd::_restoreOriginalOrientation() {
 }
 
 void VeltoShownAd::forceOrientation(int64_t orientation) {
+  const auto forcing = Platform::shared<ForcingAds>();
+  const auto before = std::exchange(forcing->now, this);
   UIViewControllerMRAIDSDKVelto::forceOrientation(orientation);
+  forcing->now = before;
   if (orientation == 0 || !controller_) return;
-  if (forcedOrientation_ == 0) Platform::shared<ForcingAds>()->ads.push_back(this);
+  if (forcedOrientation_ == 0) forcing->ads.push_back(this);
   forcedOrientation_ = orientation;
 }
 

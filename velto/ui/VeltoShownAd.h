@@ -95,21 +95,21 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
       : controller_(&controller), ad_(std::move(ad)) {}
   UIViewController& viewController() override;
   PreparedPage& preparedPage() override;
-  std::weak_ptr<void> lifetime() override { return life_; }
+  std::weak_ptr<UIViewControllerWKWebViewSDKVelto> self() override { return weak_from_this(); }
+  bool isShown() const override { return controller_ != nullptr; }
   void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
   void forceOrientation(int64_t orientation) override;
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
   void removeSecondMRAIDWebView();
-  bool isExpanded() const;
   std::function<void()> action(void (VeltoShownAd::*tapped)());  // nothing once the ad has ended
   VeltoAdViewController* controller_;                            // null once it has ended
-  std::shared_ptr<void> life_ = std::make_shared<char>();        // likewise
   std::shared_ptr<VeltoAd> ad_;
   WebView webView_;
   WebView secondaryMRAIDWebView_;  // of a two-part expand
   SecondPart secondPart_;
-  int expansions_ = 0;  // so far
+  int expansions_ = 0;       // so far
+  bool isExpanded_ = false;  // whatever state its page has got itself into
   std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter_;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
   std::shared_ptr<VeltoCloseButton> veltoCloseButton_;

@@ -12,11 +12,15 @@ constexpr auto aTenth = 100ms;
 }  // namespace
 
 void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
-  if (!controller_) return;
+  if (!controller_ || !mraidHandler_) return;
   if (&webView == webView_.get()) {
-    if (secondPart_.keeps(url)) return;
+    const bool leaves = url.host() == "close" && controller_->endsWithItsExpansion();
+    if (!leaves && secondPart_.keeps(url)) return;
     if (secondaryMRAIDWebView_ && secondPart_.takes(url)) return;
   }
+  // The page may call itself resized, but the ad stays as large as it is and keeps its close button.
+  const bool isResized = mraidHandler_->state == MRAIDState[MRAIDStateResized];
+  if (isExpanded_ && isResized && url.host() == "resize") return;
   mraidHandleAction(url, webView);
 }
 
@@ -57,6 +61,7 @@ void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPart
         });
   }
   ++expansions_;
+  isExpanded_ = true;
   controller_->_expandActionInMainWebView(VeltoAdViewController::Expand);
   const auto [viewAd, vc] = controller_->surroundings();
   const auto button = mraidExpandFor(webView_, viewAd, vc, btnCloseConfiguration,
@@ -72,12 +77,11 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
   if (!part) {
     preparedPage().drop();
     // Forced for nothing, but on a screen, where the page may force it without an expansion.
-    const bool isInPlace =
-        mraidHandler_->state == MRAIDState[MRAIDStateDefault] && !controller_->endsWithItsExpansion();
-    if (isInPlace) _restoreOriginalOrientation();
+    if (!isExpanded_ && !controller_->endsWithItsExpansion()) _restoreOriginalOrientation();
     return;
   }
   ++expansions_;
+  isExpanded_ = true;
   secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
   secondPart_.opens(*mraidHandler_);
   loadBannerDataIn(secondaryMRAIDWebView_, part);
@@ -95,6 +99,7 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
 void VeltoShownAd::veltoMRAIDCloseExpand() {
   if (!controller_ || !webView_) return;
   if (controller_->endsWithItsExpansion()) return _tapCloseButtonExpand();
+  isExpanded_ = false;
   removeSecondMRAIDWebView();
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
   controller_->view()->layoutIfNeeded();  // the page is told of the frame that it goes back to
@@ -111,8 +116,9 @@ void VeltoShownAd::_tapCloseButtonExpand() {
   }
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
   after(aTenth, [this, closed = expansions_] {
-    if (closed != expansions_ || !isExpanded()) return;  // closed meanwhile, or expanded again
-    removeSecondMRAIDWebView();                          // or it would lie over the ad for ever
+    if (closed != expansions_ || !isExpanded_) return;  // closed meanwhile, or expanded again
+    isExpanded_ = false;
+    removeSecondMRAIDWebView();  // or it would lie over the ad for ever
     mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
     _restoreOriginalOrientation();
   });
@@ -129,10 +135,6 @@ void VeltoShownAd::removeSecondMRAIDWebView() {
   if (controller_ && controller_->omidSession()) controller_->startOMSDKSessionFor(webView_, nullptr);
 }
 
-bool VeltoShownAd::isExpanded() const {
-  return mraidHandler_ && mraidHandler_->state == MRAIDState[MRAIDStateExpanded];
-}
-
 // --- resize
 
 void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
@@ -143,8 +145,8 @@ void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResi
   controller_->_resizeActionInMainWebView(VeltoAdViewController::Resize, frame.size,
                                           offsetCounts ? frame.origin : CGPoint{});
   after(aTenth, [this, btnCloseConfiguration] {
-    if (secondaryMRAIDWebView_ || isExpanded()) return;  // which covers everything by now
-    veltoMRAIDRemoveCloseCustomButton();                 // of a resize just before
+    if (isExpanded_) return;              // which covers everything by now
+    veltoMRAIDRemoveCloseCustomButton();  // of a resize just before
     veltoCloseButton_ = controller_->addCloseButtonInView(
         webView_, btnCloseConfiguration, action(&VeltoShownAd::_tapCloseButtonResize), std::nullopt);
     controller_->addFriendlyObstructionOMSDKFor(veltoCloseButton_);
@@ -154,10 +156,12 @@ void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResi
 
 void VeltoShownAd::veltoMRAIDCloseResize() {
   if (!controller_ || !webView_) return;
-  removeSecondMRAIDWebView();  // the first page may have asked for a resize meanwhile
+  if (isExpanded_ && !controller_->endsWithItsExpansion()) return veltoMRAIDCloseExpand();
+  isExpanded_ = false;
+  removeSecondMRAIDWebView();
   controller_->_resizeActionInMainWebView(VeltoAdViewController::CloseResize, {}, {});
   after(aTenth, [this] {
-    if (secondaryMRAIDWebView_ || isExpanded()) return;
+    if (isExpanded_) return;
     mraidCloseResizeFor(webView_, controller_->view()->frame(), mraidHandler_);
   });
 }
