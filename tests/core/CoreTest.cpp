@@ -44,8 +44,8 @@ TEST_F(CoreTest, RegistrationStoresEverythingUnderItsKeyAndWipesWhatWasSetBefore
   EXPECT_TRUE(VeltoDataStore::isPersonalInfoContentAccepted());
   EXPECT_TRUE(VeltoDataStore::isTestMode());
 
-  platform =
-      headless::Platform::install(platform->defaults());  // a later run: nothing starts but by registration
+  // A later run: nothing starts but by registration.
+  platform = headless::Platform::install(platform->defaults());
   VeltoFramework::addVeltoKey("key-2", "wrapper");
   EXPECT_GT(platform->mainQueue().pending(), 0U) << "pending tracks are polled";
   EXPECT_TRUE(VeltoUtilities::isOMSDKActive());

@@ -31,8 +31,8 @@ struct Painter {
   const UIView& ad;
   const FriendlyViews& friendly;
   int width, height;
-  std::vector<char> canvas =
-      std::vector<char>(static_cast<size_t>(width * height));  // is the ad on top there?
+  // Is the ad on top there?
+  std::vector<char> canvas = std::vector<char>(static_cast<size_t>(width * height));
 
   static int pixels(double points) { return static_cast<int>(std::lround(points * scale)); }
   struct Box {

@@ -69,8 +69,8 @@ std::optional<std::string> base64Decode(std::string_view text) {
 }
 
 std::string base64Encode(std::string_view bytes) {
-  std::string text((bytes.size() + 2) / 3 * 4 + 1,
-                   '\0');  // one more for the terminating zero that OpenSSL writes
+  // One more for the terminating zero that OpenSSL writes.
+  std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
   const int length =
       EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
                       reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));

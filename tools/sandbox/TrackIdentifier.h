@@ -15,8 +15,8 @@ struct TrackIdentifier {
   std::string time;  // seconds since 1970
   std::string os;
   std::string version;  // of the library
-  std::vector<std::string>
-      device;             // name, os, version, product, model, locale, language, operator, boot time, time
+  // Name, os, version, product, model, locale, language, operator, boot time, time.
+  std::vector<std::string> device;
   std::string arguments;  // installs: the key; clicks: banner, publisher and order separated by ":"
 };
 

@@ -11,8 +11,8 @@
 namespace velto::SDKVelto {
 
 std::shared_ptr<NSBundle> veltoBundle();  // null when the platform knows none
-std::shared_ptr<NSBundle>
-veltoResourcesBundle();  // among the application's resources, else the library's bundle
+// Among the application's resources, else the library's bundle.
+std::shared_ptr<NSBundle> veltoResourcesBundle();
 std::optional<std::map<std::string, std::string>> _veltoInfoDictionary();
 std::string veltoVersionSDK();  // such as "4.0.10"
 

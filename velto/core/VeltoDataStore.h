@@ -41,8 +41,8 @@ class VeltoDataStore {
   // tracked.
   static void storeVeltoKey(const std::optional<std::string>& key,
                             const std::optional<std::string>& fromNonNative, bool testMode);
-  static void storeVeltoFromNonNative(
-      const std::optional<std::string>& platform);  // nothing becomes "native"
+  // Nothing becomes "native".
+  static void storeVeltoFromNonNative(const std::optional<std::string>& platform);
   static void storeVeltoEndpoint(const std::optional<std::string>& endpoint);
   static void storePersonalInfoContentAccepted(bool accepted);
   static void storeGDPRConsent(const std::optional<std::string>& consent);

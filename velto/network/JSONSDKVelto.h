@@ -13,8 +13,8 @@ namespace velto::JSONSDKVelto {
 std::optional<std::string> stringValue(const JSON::Object& object, std::string_view key);
 // A number (booleans count as 0 and 1), or a string that is a number as a whole.
 std::optional<double> numberValue(const JSON::Object& object, std::string_view key);
-bool boolValue(const JSON::Object& object,
-               std::string_view key);  // of numbers and booleans; false for all else
+// Of numbers and booleans; false for all else.
+bool boolValue(const JSON::Object& object, std::string_view key);
 // Null for another kind; the pointers live as long as the object.
 const JSON::Array* arrayValue(const JSON::Object& object, std::string_view key);
 const JSON::Object* dictionaryValue(const JSON::Object& object, std::string_view key);

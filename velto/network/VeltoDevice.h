@@ -25,8 +25,8 @@ class VeltoDevice {
   static std::string locale();
   static std::optional<std::string> language();  // the user's first
   static std::optional<std::string> ip();        // of the local network, else of the mobile one
-  static std::map<std::string, std::string>
-  _getIPAddresses();  // "interface/ipv4" or "interface/ipv6" → address
+  // "interface/ipv4" or "interface/ipv6" → address.
+  static std::map<std::string, std::string> _getIPAddresses();
 
   static std::string connection();                     // "WIFI" or "CARRIER"
   static std::optional<std::string> connectionType();  // "WIFI", "2G", "3G", "4G"

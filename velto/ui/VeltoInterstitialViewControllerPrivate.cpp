@@ -61,12 +61,14 @@ void VeltoInterstitialViewControllerPrivate::abandon() {
   });
 }
 
-// The presentation ends by itself.
+// The presentation ends by itself. An ad that is on its way out has its views here still.
 void VeltoInterstitialViewControllerPrivate::takeOff() {
   delegate_.reset();
   waitingAd_.reset();
   showing_ = false;
-  _removeAllWebViews(_invalidateBanner());
+  _invalidateBanner();
+  const auto subviews = view()->subviews();
+  for (const auto& subview : subviews) subview->removeFromSuperview();
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {

@@ -36,8 +36,8 @@ class UrlSession::Exchange {
 };
 
 UrlSession::Exchange::Exchange(const TransportOptions& options) : options_(options) {
-  static const CURLcode once =
-      curl_global_init(CURL_GLOBAL_DEFAULT);  // takes milliseconds, so it is done here
+  // Takes milliseconds, so it is done here.
+  static const CURLcode once = curl_global_init(CURL_GLOBAL_DEFAULT);
   static_cast<void>(once);
   share_.reset(curl_share_init());
   curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);

@@ -22,8 +22,8 @@ struct Painted {
   bool measurable = true;           // neither turned nor inside of what does not tell its parts
   CGRect window;                    // the part of its window that lies on a screen, as far as is known
   std::optional<CGRect> clip = {};  // what those around it let be seen
-  std::vector<CGRect> covers =
-      {};  // what is painted after it, as far as it lies over it; popovers and windows
+  // What is painted after it, as far as it lies over it; popovers and windows.
+  std::vector<CGRect> covers = {};
 };
 
 // What a window has painted. To be taken right after it did: while it has something to paint there is
