@@ -1,108 +1,13 @@
 // Ads in slots: the room they ask for, where they go when that is not enough, and what of the toolkit's own
 // ways they take part in.
-#include "velto/measurement/ViewSight.h"
-#include "velto/measurement/Viewability.h"
-#include "velto/platform/ui/WKWebView.h"
+#include "SlotTest.h"
 
 #include <map>
 
-#include "DisplayTest.h"
 #include "FoldedSplit.h"
 
 namespace velto::test {
 namespace {
-
-constexpr uint32_t red = 0xff0000;
-// The ad is red, but for what covers it; its script counts what happened to it.
-constexpr char page[] =
-    "<body style='margin:0;background:#f00'><script>var ticks=0;setInterval(()=>++ticks,10);"
-    "var born=Math.random()</script>";
-
-class SlotTest : public test::DisplayTest {
- protected:
-  SlotTest() {
-    window = newWindow(480, 600);
-    box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-    slot = gtk::adSlot();
-  }
-  ~SlotTest() override {
-    banner.reset();
-    if (window) gtk_window_destroy(window);
-  }
-
-  void present(GtkWidget* content) {
-    gtk_window_set_child(window, content);
-    gtk_window_present(window);
-    ASSERT_TRUE(runUntil([&] { return gtk_widget_get_width(content) > 0; }));
-  }
-  void show(const std::string& html, CGSize size, bool richMedia = false) {
-    host = gtk::hostViewController(slot);
-    delegate->host = host;
-    if (!banner)
-      banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
-                                                           VeltoBannerPositionTop);
-    auto ad = VeltoAd::adWithHTML(html, {}, nullptr);
-    ad->size = size;
-    if (richMedia) ad->sourceType = VeltoAdSourceMRAID;
-    banner->vc()->fetchBannerSuccess(ad);
-    ASSERT_TRUE(runUntil([&] { return value("document.readyState") == JSON("complete"); }));
-    ASSERT_TRUE(isIn(slot));
-    runFrames(GTK_WIDGET(window));
-  }
-  JSON value(const std::string& script) {
-    std::optional<JSON> result;
-    bool done = false;
-    const auto& view = banner->vc()->webView();
-    view->evaluateJavaScript(script, [&](auto answer, auto) {
-      result = std::move(answer);
-      done = true;
-    });
-    EXPECT_TRUE(runUntil([&] { return done; })) << script;
-    return result.value_or(JSON());
-  }
-  GtkWidget* find(GtkWidget* within, const char* type) {
-    if (std::string(G_OBJECT_TYPE_NAME(within)) == type) return within;
-    for (auto* child = gtk_widget_get_first_child(within); child; child = gtk_widget_get_next_sibling(child))
-      if (auto* found = find(child, type)) return found;
-    return nullptr;
-  }
-  GtkWidget* engine() {
-    auto* found = find(GTK_WIDGET(window), "WebKitWebView");
-    return found || !slot ? found : find(slot, "WebKitWebView");
-  }
-  bool isIn(GtkWidget* widget) {
-    return runUntil([&] { return engine() && gtk_widget_is_ancestor(engine(), widget); });
-  }
-  CGRect boundsOf(GtkWidget* widget) {
-    graphene_rect_t bounds;
-    if (!gtk_widget_compute_bounds(widget, GTK_WIDGET(window), &bounds)) return {};
-    return {{bounds.origin.x, bounds.origin.y}, {bounds.size.width, bounds.size.height}};
-  }
-  bool stands(GtkWidget* widget, const CGRect& frame) {
-    return runUntil([&] { return boundsOf(widget) == frame; });
-  }
-  Viewability seen() { return viewabilityOf(sightOf(banner->vc()->webView().get(), {})); }
-  // The share that is measured, and why, agree with the pixels that can be seen.
-  bool agrees(const std::vector<std::string>& reasons, CGSize size = {320, 50}) {
-    const bool agreed = runUntil([&] {
-      const double share = 100 * pictureOf(window).count(red) / (size.width * size.height);
-      const auto now = seen();
-      return now.reasons == reasons && std::abs(now.percentageInView - share) <= 2;
-    });
-    if (!agreed) {
-      ADD_FAILURE() << seen().percentageInView << "% measured, " << pictureOf(window).count(red) << " pixels";
-      for (const auto& reason : seen().reasons) ADD_FAILURE() << reason;
-    }
-    return agreed;
-  }
-
-  GtkWindow* window;
-  GtkWidget* box;
-  GtkWidget* slot;
-  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
-  std::shared_ptr<UIViewController> host;
-  std::shared_ptr<VeltoBannerViewController> banner;
-};
 
 TEST_F(SlotTest, AsksForItsAdsSizeAndForNoneWithoutOne) {
   auto* below = painted(10, 10, 0, 0, 1);
@@ -266,59 +171,6 @@ TEST_F(SlotTest, WhatCoversItIsMeasuredAsThePictureShowsIt) {
   EXPECT_TRUE(agrees({"hidden"}));
   split.showFirst();
   EXPECT_TRUE(agrees({}));
-}
-
-// A list that makes few rows and uses them again: ten of its 200 items are slots.
-TEST_F(SlotTest, ScrollsWithItsListUnderTheWheelUnlessThePageUsesThat) {
-  gtk_widget_realize(GTK_WIDGET(window));
-  if (!gtk::x11WindowOf(GTK_WIDGET(window))) gtk_window_fullscreen(window);
-  std::vector<GtkWidget*> slots;
-  for (int i = 0; i < 10; ++i)
-    slots.push_back(GTK_WIDGET(g_object_ref_sink(i ? gtk::adSlot({.room = CGSize{320, 50}}) : slot)));
-  auto* items = gtk_string_list_new(nullptr);
-  for (int i = 0; i < 200; ++i) gtk_string_list_append(items, std::to_string(i).c_str());
-  auto* factory = gtk_signal_list_item_factory_new();
-  const auto bind = +[](GtkListItemFactory*, GtkListItem* item, std::vector<GtkWidget*>* all) {
-    const guint row = gtk_list_item_get_position(item);
-    auto* label = painted(300, 40, 0, 0, 1);
-    gtk_list_item_set_child(item, row % 20 == 2 ? (*all)[row / 20] : label);
-    if (row % 20 == 2) g_object_unref(g_object_ref_sink(label));
-  };
-  const auto unbind = +[](GtkListItemFactory*, GtkListItem* item) { gtk_list_item_set_child(item, nullptr); };
-  g_signal_connect(factory, "bind", G_CALLBACK(bind), &slots);
-  g_signal_connect(factory, "unbind", G_CALLBACK(unbind), nullptr);
-  auto* list = gtk_list_view_new(GTK_SELECTION_MODEL(gtk_no_selection_new(G_LIST_MODEL(items))), factory);
-  auto* scrolled = gtk_scrolled_window_new();
-  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scrolled), list);
-  auto* adjustment = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scrolled));
-  present(scrolled);
-  show(page, {320, 50});
-  EXPECT_TRUE(agrees({}));
-  const JSON born = value("born");
-
-  const auto turn = [&](int button) {
-    const CGRect ad = boundsOf(engine());
-    click(window, {ad.midX(), ad.midY()}, button);
-  };
-  const double row = boundsOf(slot).minY();
-  turn(5);
-  EXPECT_TRUE(runUntil([&] { return gtk_adjustment_get_value(adjustment) > 0; }));
-  EXPECT_TRUE(runUntil([&] { return boundsOf(engine()).minY() < row; }));
-  gtk_adjustment_set_value(adjustment, row + 25);
-  EXPECT_TRUE(agrees({"viewport"}));
-  gtk_adjustment_set_value(adjustment, 3000);
-  EXPECT_TRUE(runUntil([&] { return seen().percentageInView == 0; }));
-  gtk_adjustment_set_value(adjustment, 0);
-  EXPECT_TRUE(agrees({}));
-  EXPECT_EQ(value("born"), born) << "rows come and go, the page stays";
-
-  value("var turns=0;addEventListener('wheel',()=>{++turns})");
-  turn(5);
-  EXPECT_TRUE(runUntil([&] { return value("turns") != JSON(0); }));
-  EXPECT_EQ(gtk_adjustment_get_value(adjustment), 0);
-  banner.reset();
-  gtk_window_destroy(std::exchange(window, nullptr));
-  for (auto* one : slots) g_object_unref(one);
 }
 
 // In the visual order, by keys, in both directions: through the page, and on to what stands beside the slot.

@@ -15,14 +15,18 @@ guint32 timeOf(GtkEventControllerKey* keys) {
 
 }  // namespace
 
-PageFocus::PageFocus(WebKitWebView* view) : view_(GTK_WIDGET(view)), keys_(gtk_event_controller_key_new()) {
+PageFocus::PageFocus(WebKitWebView* view)
+    : view_(GTK_WIDGET(view)), keys_(gtk_event_controller_key_new()), guard_(this, [this] {
+        auto* made = gtk_event_controller_key_new();
+        g_signal_connect(made, "key-pressed", G_CALLBACK(reachedWindow), this);
+        return made;
+      }) {
   gtk_event_controller_set_propagation_phase(keys_, GTK_PHASE_CAPTURE);
   g_signal_connect(keys_, "key-pressed", G_CALLBACK(reachedPage), this);
   gtk_widget_add_controller(view_, keys_);
 }
 
 PageFocus::~PageFocus() {
-  watch(nullptr);
   g_signal_handlers_disconnect_by_data(keys_, this);
   gtk_widget_remove_controller(view_, keys_);
 }
@@ -31,7 +35,7 @@ gboolean PageFocus::reachedPage(GtkEventControllerKey* keys, guint key, guint, G
                                 PageFocus* self) noexcept {
   if (!isTab(key)) return GDK_EVENT_PROPAGATE;
   self->time_ = timeOf(keys);
-  self->watch(gtk_widget_get_root(self->view_));
+  self->guard_.moveTo(gtk_widget_get_root(self->view_));
   return GDK_EVENT_PROPAGATE;
 }
 
@@ -39,23 +43,9 @@ gboolean PageFocus::reachedPage(GtkEventControllerKey* keys, guint key, guint, G
 gboolean PageFocus::reachedWindow(GtkEventControllerKey* keys, guint key, guint, GdkModifierType,
                                   PageFocus* self) noexcept {
   if (!isTab(key) || timeOf(keys) != self->time_) return GDK_EVENT_PROPAGATE;
-  auto* focus = gtk_root_get_focus(GTK_ROOT(self->window_));
+  auto* focus = gtk_root_get_focus(GTK_ROOT(self->guard_.window()));
   const bool isHere = focus && (focus == self->view_ || gtk_widget_is_ancestor(focus, self->view_));
   return isHere ? GDK_EVENT_PROPAGATE : GDK_EVENT_STOP;
-}
-
-void PageFocus::watch(GtkRoot* window) {
-  if (window && GTK_WIDGET(window) == window_) return;
-  if (guard_) g_signal_handlers_disconnect_by_data(guard_.get(), this);
-  if (window_) gtk_widget_remove_controller(window_, guard_);
-  g_clear_weak_pointer(&window_);
-  guard_.reset();
-  if (!window) return;
-  guard_ = GPtr<GtkEventController>::retain(gtk_event_controller_key_new());
-  gtk_event_controller_set_propagation_phase(guard_, GTK_PHASE_CAPTURE);
-  g_signal_connect(guard_.get(), "key-pressed", G_CALLBACK(reachedWindow), this);
-  g_set_weak_pointer(&window_, GTK_WIDGET(window));
-  gtk_widget_add_controller(window_, guard_);
 }
 
 }  // namespace velto::gtk

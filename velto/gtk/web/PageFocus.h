@@ -2,7 +2,7 @@
 // main thread.
 #pragma once
 
-#include "velto/platform/foundation/GMemory.h"
+#include "velto/gtk/web/WindowEars.h"
 
 #include <webkit/webkit.h>
 
@@ -20,12 +20,10 @@ class PageFocus {
                               PageFocus* self) noexcept;
   static gboolean reachedWindow(GtkEventControllerKey*, guint key, guint code, GdkModifierType,
                                 PageFocus* self) noexcept;
-  void watch(GtkRoot* window);
 
   GtkWidget* view_;
-  GtkEventController* keys_;         // the view's
-  GPtr<GtkEventController> guard_;   // its window's
-  GtkWidget* window_ = nullptr;      // null as soon as it is gone
+  GtkEventController* keys_;  // the view's
+  WindowEars guard_;
   guint32 time_ = GDK_CURRENT_TIME;  // of the Tab that the page got last
 };
 

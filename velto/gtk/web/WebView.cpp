@@ -2,6 +2,7 @@
 #include "velto/gtk/web/WebView.h"
 
 #include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/web/PageUse.h"
 #include "velto/gtk/web/WebGuards.h"
 #include "velto/gtk/web/WebNavigation.h"
 #include "velto/platform/ui/WKWebView.h"
@@ -49,11 +50,13 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
     : engine_(std::move(engine)),
       scripts_(std::make_shared<PageScripts>(engine_.view)),
       wheel_(engine_.view, widget()),
+      touch_(engine_.view, [this] { lastTouch_ = touchBefore_; }),
       focus_(engine_.view),
       commands_(std::make_shared<CommandQueue>(
           [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })) {
   auto* view = engine_.view.get();
   guardWebView(view);
+  addPageUseScript(webkit_web_view_get_user_content_manager(view));
   configure(configuration);
   auto* manager = webkit_web_view_get_user_content_manager(view);
   g_signal_connect(manager, messageSignal, G_CALLBACK(messageReceived), this);
@@ -126,6 +129,7 @@ void WebView::evaluateJavaScript(const std::string& script, PageScripts::Complet
 
 void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
   wheel_.setPageScrolls(behavior.scrollEnabled);
+  touch_.setPageScrolls(behavior.scrollEnabled);
   if (behavior.scrollEnabled == !noScrolling_) return;
   auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
   if (behavior.scrollEnabled) {
@@ -298,9 +302,11 @@ WKNavigationActionPolicy WebView::ask(const WKNavigationAction& action, bool may
 
 gboolean WebView::touched(GtkEventController*, GdkEvent* event, WebView* self) noexcept {
   switch (gdk_event_get_event_type(event)) {
+    case GDK_TOUCH_BEGIN:
+      self->touchBefore_ = self->lastTouch_;
+      [[fallthrough]];
     case GDK_BUTTON_PRESS:
     case GDK_BUTTON_RELEASE:
-    case GDK_TOUCH_BEGIN:
     case GDK_TOUCH_END:
     case GDK_KEY_PRESS:
       self->lastTouch_ = g_get_monotonic_time();

@@ -7,6 +7,7 @@
 #include "velto/gtk/web/CommandQueue.h"
 #include "velto/gtk/web/PageFocus.h"
 #include "velto/gtk/web/PageScripts.h"
+#include "velto/gtk/web/TouchShare.h"
 #include "velto/gtk/web/WebProcesses.h"
 #include "velto/gtk/web/WheelShare.h"
 
@@ -70,12 +71,14 @@ class WebView final : public Peer, public WebViewPeer {
   Engine engine_;
   std::shared_ptr<PageScripts> scripts_;
   WheelShare wheel_;
+  TouchShare touch_;
   PageFocus focus_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   std::shared_ptr<CommandQueue> commands_;
   GtkEventController* touches_ = nullptr;  // the engine view's
   std::optional<gint64> lastTouch_;        // monotonic, microseconds
+  std::optional<gint64> touchBefore_;      // the finger that is down
   Load load_ = Load::None;
   std::vector<std::string> ownNavigations_;  // told to the engine, not yet asked about
 };
