@@ -30,6 +30,10 @@ void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   });
 }
 
+void VeltoAdViewController::fetchFailed() {
+  if (!isFetching()) preparedPage_.drop();
+}
+
 std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo() {
   auto ended = std::exchange(shown_, nullptr);
   if (ended) ended->end();

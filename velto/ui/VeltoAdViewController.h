@@ -93,14 +93,11 @@ class VeltoAdViewController : public UIViewController,
     return shown_->createWKWebViewInstance(std::move(delegate));
   }
   virtual VeltoControllerDelegate delegate() const = 0;
-  void fetchFailed() override {
-    if (!isFetching()) preparedPage_.drop();
-  }
+  void fetchFailed() override;
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
-  // Everything of the ad ends at once.
-  virtual void takeOff() = 0;
+  virtual void takeOff() = 0;  // everything of the ad ends at once
   // The one that is shown ends; it comes back for its views, which stay.
   std::shared_ptr<VeltoShownAd> letGo();
   // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is
@@ -117,8 +114,7 @@ class VeltoAdViewController : public UIViewController,
 
  private:
   PreparedPage preparedPage_;
-  Handle orientationObserver_;
-  Handle platformObserver_;
+  Handle orientationObserver_, platformObserver_;
 };
 
 }  // namespace velto

@@ -101,8 +101,7 @@ class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_t
   UIView& root();
 
   std::unique_ptr<ViewPeer> peer_;
-  CGRect frame_;
-  CGRect frameDisplacement_;
+  CGRect frame_, frameDisplacement_;
   double alpha_ = 1, alphaDisplacement_ = 0;
   bool hidden_ = false;
   UIColor backgroundColor_;
@@ -112,8 +111,7 @@ class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_t
   NSLayoutConstraints constraints_;
   bool translatesMask_ = true;
   unsigned autoresizingMask_ = 0;
-  bool needsLayout_ = false;
-  bool rootInWindow_ = false;
+  bool needsLayout_ = false, rootInWindow_ = false;
   UIEdgeInsets rootSafeAreaInsets_;
   std::vector<std::shared_ptr<UITapGestureRecognizer>> recognizers_;
   Handle animation_;
