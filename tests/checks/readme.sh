@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The README's application is the one that is compiled; the paths that it names exist.
+# The README's application is the one that is compiled; the paths that it names exist; the page on sandboxes names each service
+# of a bus that the library talks to.
 set -euo pipefail
 
 diff <(sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d') examples/first-banner/main.cpp ||
@@ -11,5 +12,9 @@ while IFS= read -r path; do
     echo "README.md names $path, which does not exist" >&2
     bad=1
   fi
-done < <(grep -oE '`(velto|tools|examples|tests|scripts|docs|cmake)(/[A-Za-z./-]+)?`' README.md | grep -v "\.so" | tr -d '\`' | sort -u)
+done < <(grep -oE '`(velto|tools|examples|tests|scripts|docs|cmake|packaging)(/[A-Za-z./-]+)?`' README.md | grep -v "\.so" | tr -d '\`' | sort -u)
+
+while IFS= read -r service; do
+  grep -q "$service" docs/sandboxes.md || { echo "docs/sandboxes.md does not name $service" >&2; bad=1; }
+done < <(grep -rhoE '"(org\.freedesktop|net\.hadess)\.[A-Za-z0-9]+"' velto/gtk | tr -d '"' | sort -u)
 exit $bad

@@ -207,6 +207,8 @@ TEST(MediaTime, IsExactWhereFractionsAllowIt) {
   EXPECT_EQ(CMTimeMultiplyByFloat64({1000, 600}, 0.25), (CMTime{250, 600}));
   EXPECT_EQ(CMTimeCompare(CMTimeMultiplyByFloat64({1001, 30000}, 0.25), {1001, 120000}), 0);
   EXPECT_EQ(CMTimeCompare(CMTimeAdd({1, 3}, {1, 6}), {1, 2}), 0);
+  EXPECT_EQ(CMTimeAdd({(1LL << 60) + 1, 2}, {-1, 4}), (CMTime{(1LL << 61) + 1, 4})) << "without a loss";
+  EXPECT_EQ(CMTimeAdd({INT64_MIN, 1}, {-1, 3}), (CMTime{INT64_MIN, 3}));
   EXPECT_EQ(CMTimeCompare({INT64_MAX, 1}, {INT64_MAX, 2'000'000'000}), 1);
   EXPECT_EQ(CMTimeCompare({-1, 3}, {-1, 4}), -1);
   EXPECT_EQ(CMTimeCompare({7, 0}, {}), 0) << "no time counts as zero";

@@ -66,7 +66,7 @@ Player::Outcome Player::play(const Step& step) {
     return std::string(what) + " is \"" + is + "\"";
   };
   if (step.verb == "wait")
-    return runFor(std::chrono::milliseconds(std::lround(numberOf(words[0])))), std::nullopt;
+    return runFor(std::chrono::milliseconds(std::llround(numberOf(words[0])))), std::nullopt;
   if (step.verb == "wait-for state") return waitFor([&] { return journal_.state() == words[0]; }, step);
   if (step.verb == "wait-for event") return waitFor([&] { return journal_.count(words[0]) > 0; }, step);
   if (step.verb == "tap") {
@@ -86,13 +86,13 @@ Player::Outcome Player::play(const Step& step) {
   if (step.verb == "expect placement") return now(journal_.placement(), "the placement");
   if (step.verb == "expect frame") return expectFrame(step);
   const int count = journal_.count(words[0]);  // the one verb that is left: "expect count"
-  if (count == static_cast<int>(numberOf(words[1]))) return std::nullopt;
+  if (count == numberOf(words[1])) return std::nullopt;
   return words[0] + " came " + std::to_string(count) + " times";
 }
 
 Player::Outcome Player::waitFor(const std::function<bool()>& condition, const Step& step) {
   auto time = arguments_.timeout;
-  if (step.words.size() > 1) time = std::chrono::milliseconds(std::lround(numberOf(step.words[1])));
+  if (step.words.size() > 1) time = std::chrono::milliseconds(std::llround(numberOf(step.words[1])));
   if (runUntil(time, [&] { return condition() || !screen_.isOpen(); }) && condition()) return std::nullopt;
   return "it did not come within " + std::to_string(time.count()) + " ms";
 }

@@ -65,13 +65,16 @@ void applyRange(const HttpRequest& request, Answer& answer) {
   if (first.empty() && last.empty()) return;
 
   const std::size_t size = answer.body.size();
+  const auto within = [size](std::uint64_t place) {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(size, place));
+  };
   std::size_t from = 0;
   std::size_t to = size;
   if (first.empty()) {
-    from = size - std::min<std::size_t>(size, std::stoull(last));
+    from = size - within(std::stoull(last));
   } else {
-    from = std::stoull(first);
-    if (!last.empty()) to = std::min<std::size_t>(size, std::stoull(last) + 1);
+    from = within(std::stoull(first));
+    if (!last.empty()) to = within(std::stoull(last) + 1);
   }
   if (from >= to) {
     answer.status = 416;

@@ -71,10 +71,11 @@ std::vector<Event> readEvents(std::filesystem::path file) {
 
 std::string dateOf(const std::string& seconds) {
   char* end = nullptr;
-  const std::time_t time = std::strtoll(seconds.c_str(), &end, 10);
+  const long long number = std::strtoll(seconds.c_str(), &end, 10);
+  const auto time = static_cast<std::time_t>(number);  // of 32 bits on some machines
   std::tm date{};
   char text[64];
-  if (seconds.empty() || *end || !gmtime_r(&time, &date) ||
+  if (seconds.empty() || *end || time != number || !gmtime_r(&time, &date) ||
       !std::strftime(text, sizeof text, "%FT%TZ", &date))
     return "at an unknown time";
   return text;

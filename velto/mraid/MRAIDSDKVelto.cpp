@@ -145,10 +145,10 @@ std::optional<NSURL> URLFromPage(const std::string& text) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string escaped;
   for (const char c : text) {
-    if (c > ' ' && c != '\x7f' && std::string_view("\"<>\\^`{|}").find(c) == std::string_view::npos) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte > ' ' && byte < 0x7f && std::string_view("\"<>\\^`{|}").find(c) == std::string_view::npos) {
       escaped += c;
     } else {
-      const auto byte = static_cast<unsigned char>(c);
       escaped.append({'%', digits[byte >> 4], digits[byte & 15]});
     }
   }

@@ -19,10 +19,21 @@ bool fits(long double value) {
   return value > -limit && value < limit;
 }
 
+// What overflows stops at the ends, so that later stays later.
+int64_t sum(int64_t a, int64_t b) {
+  int64_t result = 0;
+  if (!__builtin_add_overflow(a, b, &result)) return result;
+  return b < 0 ? INT64_MIN : INT64_MAX;
+}
+
+// In whole numbers: where a "long double" has no more digits than a "double", as on 32-bit ARM, that would lose some.
 CMTime inScale(CMTime time, int64_t timescale) {
-  const auto factor = static_cast<long double>(timescale) / time.timescale;
-  return {static_cast<int64_t>(std::llroundl(static_cast<long double>(time.value) * factor)),
-          static_cast<int32_t>(timescale)};
+  const int64_t rest = time.value % time.timescale * timescale;  // at most 62 bits
+  const int64_t half = rest < 0 ? -time.timescale / 2 : time.timescale / 2;
+  int64_t seconds = 0;
+  if (__builtin_mul_overflow(time.value / time.timescale, timescale, &seconds))
+    return {time.value < 0 ? INT64_MIN : INT64_MAX, static_cast<int32_t>(timescale)};
+  return {sum(seconds, (rest + half) / time.timescale), static_cast<int32_t>(timescale)};
 }
 
 }  // namespace
@@ -39,7 +50,7 @@ CMTime CMTimeAdd(CMTime a, CMTime b) {
   if (timescale > INT32_MAX) timescale = finest;
   a = inScale(a, timescale);
   b = inScale(b, timescale);
-  return {a.value + b.value, static_cast<int32_t>(timescale)};
+  return {sum(a.value, b.value), static_cast<int32_t>(timescale)};
 }
 
 CMTime CMTimeMultiplyByFloat64(CMTime time, double multiplier) {
