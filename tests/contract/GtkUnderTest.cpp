@@ -17,6 +17,8 @@
 namespace velto {
 namespace {
 
+bool standsInSlot = false;  // --slot: what is shown is so in a slot that fills its window
+
 void installOn(const std::string& folder) {
   gtk::install({.applicationIdentifier = "org.example.contract", .dataFolder = folder});
 }
@@ -39,8 +41,13 @@ class GtkUnderTest : public PlatformUnderTest {
   }
   bool runUntil(const std::function<bool()>& condition) override { return test::runUntil(condition); }
   std::shared_ptr<UIViewController> showWindow() override {
-    window_ = test::newWindow(480, 640, gtk_label_new("content"));
-    return test::present(window_);
+    auto* content = standsInSlot ? gtk::adSlot({.room = CGSize{480, 640}}) : gtk_label_new("content");
+    window_ = test::newWindow(480, 640, content);
+    const auto host = test::present(window_);
+    if (!standsInSlot) return host;
+    const auto slot = gtk::hostViewController(content);
+    EXPECT_TRUE(runUntil([&] { return slot->view()->bounds().size == host->view()->bounds().size; }));
+    return slot;
   }
   void tap(CGPoint point) override { test::click(window_, point); }
   std::string server() override { return server_.address(); }
@@ -129,5 +136,6 @@ int main(int argc, char** argv) {
   gtk_init();
   if (argc == 3 && std::string(argv[1]) == "--write-store") velto::writeStore(argv[2]);
   testing::InitGoogleTest(&argc, argv);
+  velto::standsInSlot = argc == 2 && std::string(argv[1]) == "--slot";
   return RUN_ALL_TESTS();
 }

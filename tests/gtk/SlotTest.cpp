@@ -73,6 +73,7 @@ TEST_F(SlotTest, MovesWithItsPage) {
 }
 
 TEST_F(SlotTest, WhatNeedsMoreRoomLeavesAndComesBackAsItWas) {
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);  // which is the same to it
   auto* above = painted(10, 300, 0, 0, 1);
   gtk_box_append(GTK_BOX(box), above);
   gtk_box_append(GTK_BOX(box), slot);
@@ -111,6 +112,7 @@ TEST_F(SlotTest, WhatNeedsMoreRoomLeavesAndComesBackAsItWas) {
   EXPECT_TRUE(runUntil([&] { return engine() && !gtk_widget_is_ancestor(engine(), slot); }));
   gtk_box_remove(GTK_BOX(box), std::exchange(slot, nullptr));  // it goes while its ad is outside
   EXPECT_TRUE(runUntil([&] { return !engine(); }));
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
 }
 
 // One after the other over the same ad, and each taken away again.

@@ -31,8 +31,11 @@ GPtr<GtkEventController> controllerOf(WebKitWebView* view, GType type) {
 // Such as those of scrolled windows and of carousels. What looks for taps goes on.
 void denyDragsAround(GtkWidget* widget, GdkEventSequence* sequence) {
   while ((widget = gtk_widget_get_parent(widget)))
-    for (const auto& drag : controllersOf(widget, GTK_TYPE_GESTURE_DRAG))
-      gtk_gesture_set_sequence_state(GTK_GESTURE(drag.get()), sequence, GTK_EVENT_SEQUENCE_DENIED);
+    for (const auto& found : controllersOf(widget, GTK_TYPE_GESTURE_DRAG)) {
+      auto* drag = GTK_GESTURE(found.get());
+      if (gtk_gesture_handles_sequence(drag, sequence))
+        gtk_gesture_set_state(drag, GTK_EVENT_SEQUENCE_DENIED);
+    }
 }
 
 }  // namespace
