@@ -1,13 +1,8 @@
 // Dialogs and sheets that libadwaita draws into the window, over all of its content: what they leave of an ad, and who
 // has the keyboard while an interstitial comes and goes below them.
-#include "velto/ads/VeltoAd.h"
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/Viewability.h"
 #include "velto/platform/ui/WKWebView.h"
-#include "velto/ui/VeltoBannerViewController.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
-#include "velto/ui/VeltoInterstitialViewController.h"
-#include "velto/ui/VeltoInterstitialViewControllerPrivate.h"
 
 #include <adwaita.h>
 
@@ -18,18 +13,6 @@ namespace {
 
 constexpr CGSize adSize{320, 50};
 constexpr uint32_t red = 0xff0000;
-
-struct Host : VeltoBannerViewControllerDelegate, VeltoInterstitialViewControllerDelegate {
-  std::shared_ptr<UIViewController> controller;
-  std::string heard;
-  std::shared_ptr<UIViewController> presentViewController() override { return controller; }
-  void veltoInterstitialViewControllerDidAppear(VeltoInterstitialViewControllerPrivate&) override {
-    heard += "appeared ";
-  }
-  void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate&) override {
-    heard += "dismissed ";
-  }
-};
 
 class DialogTest : public DisplayTest {
  protected:
@@ -62,7 +45,6 @@ class DialogTest : public DisplayTest {
   }
 
   GtkWindow* window;
-  std::shared_ptr<Host> host = std::make_shared<Host>();
 };
 
 TEST_F(DialogTest, WhatDialogsAndSheetsCoverIsMeasuredAsThePictureShowsIt) {
@@ -75,9 +57,11 @@ TEST_F(DialogTest, WhatDialogsAndSheetsCoverIsMeasuredAsThePictureShowsIt) {
   adw_bottom_sheet_set_full_width(sheet, FALSE);
   adw_bottom_sheet_set_align(sheet, 0);
   present(GTK_WIDGET(sheet));
-  host->controller = gtk::hostViewController(slot);
+  const auto ads = std::make_shared<RecordingDelegate>();
+  const auto host = gtk::hostViewController(slot);
+  ads->host = host;
   auto banner =
-      VeltoBannerViewController::initWithDelegate(host, VeltoBannerSize320x50, VeltoBannerPositionTop);
+      VeltoBannerViewController::initWithDelegate(ads, VeltoBannerSize320x50, VeltoBannerPositionTop);
   auto ad = VeltoAd::adWithHTML("<body style='background:#f00'>", {}, nullptr);
   ad->size = adSize;
   banner->vc()->fetchBannerSuccess(ad);
@@ -117,15 +101,14 @@ TEST_F(DialogTest, TheKeyboardIsTheDialogsWhileAnInterstitialIsBelowIt) {
   present(below);
   giveKeyboard(window);
   gtk_widget_grab_focus(below);
-  host->controller = gtk::hostViewController(window);
+  const auto told = std::make_shared<RecordingInterstitialDelegate>();
+  told->host = gtk::hostViewController(window);
   for (const bool dialogFirst : {true, false}) {
     SCOPED_TRACE(dialogFirst);
-    host->heard.clear();
-    const auto interstitial = VeltoInterstitialViewController::initWithDelegate(host);
-    interstitial->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("<input autofocus>", {}, nullptr, 0));
+    const auto interstitial = ready(told);
     const auto show = [&] {
       interstitial->show();
-      EXPECT_TRUE(runUntil([&] { return host->heard == "appeared "; }));
+      EXPECT_TRUE(heardLast(*told, "appear"));
     };
     if (!dialogFirst) show();
     GtkWidget* entries[] = {gtk_entry_new(), gtk_entry_new()};
@@ -142,11 +125,11 @@ TEST_F(DialogTest, TheKeyboardIsTheDialogsWhileAnInterstitialIsBelowIt) {
     EXPECT_EQ(textOf(entries[0]), "x");
     xdotool("key Escape");
     EXPECT_TRUE(runUntil([&] { return closed; }));
-    EXPECT_EQ(host->heard, "appeared ");
+    EXPECT_TRUE(told->heardLast("appear"));
     EXPECT_TRUE(runUntil(
         [&] { return focus() && !isFocusIn(below) && !gtk_widget_get_ancestor(focus(), ADW_TYPE_DIALOG); }));
     xdotool("key Escape");
-    EXPECT_TRUE(runUntil([&] { return host->heard == "appeared dismissed "; })) << "now it is its turn";
+    EXPECT_TRUE(heardLast(*told, "dismissed")) << "now it is its turn";
     EXPECT_TRUE(runUntil([&] { return isFocusIn(below); })) << "as before both";
   }
 }

@@ -17,7 +17,7 @@ constexpr char pageUseScript[] = R"js((() => {
     waiting.push(work);
     port2.postMessage(0);
   };
-  const across = 1, along = 2, both = 3;
+  const across = 1, along = 2, both = 3, knowsEnd = 4;
 
   // The ways that something under `element` scrolls, with those that `own` tells of each element around.
   const waysAt = (element, own) => {
@@ -54,6 +54,7 @@ constexpr char pageUseScript[] = R"js((() => {
     mine.taken = true;
     const {target, changedTouches} = mine.begun;
     target.dispatchEvent(new TouchEvent('touchcancel', {bubbles: true, changedTouches}));
+    veltoTouch.postMessage(knowsEnd);
   });
   const hear = (type, heard) => add.call(window, type, heard, {capture: true, passive: true});
   // Once the page's own listeners had it.

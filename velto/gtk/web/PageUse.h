@@ -15,8 +15,9 @@ inline constexpr char wheelUseHandler[] = "veltoWheel";
 inline constexpr char wheelUseSignal[] = "script-message-received::veltoWheel";
 
 // Which ways it uses the touch that has begun: a number, after the page has heard of it, and again when that
-// changes. The answer, when the touch is over, is whether it was taken from the page.
-enum TouchUse { useAcross = 1, useAlong = 2 };
+// changes. The answer, when the touch is over, is whether it was taken from the page; knowsEnd confirms that, as the
+// engine's own end of the touch may overtake an answer.
+enum TouchUse { useAcross = 1, useAlong = 2, knowsEnd = 4 };
 inline constexpr char touchUseHandler[] = "veltoTouch";
 inline constexpr char touchUseSignal[] = "script-message-with-reply-received::veltoTouch";
 

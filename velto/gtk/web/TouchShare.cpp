@@ -125,7 +125,6 @@ bool TouchShare::isPages(const Touch& touch, GdkEvent* event) const {
 void TouchShare::cancelled(GtkGesture*, GdkEventSequence* sequence, TouchShare* self) noexcept {
   if (self->isOver_ || self->touch_->taken || sequence != self->touch_->sequence) return;
   self->touch_->taken = true;
-  self->touch_->isTold = !self->waiting_.empty();
   self->answerAll(true);
   self->taken_();
 }
@@ -134,15 +133,16 @@ gboolean TouchShare::told(WebKitUserContentManager*, JSCValue* ways, WebKitScrip
                           TouchShare* self) noexcept {
   Question question{GPtr<JSCContext>::retain(jsc_value_get_context(ways)), {}};
   question.reply.reset(webkit_script_message_reply_ref(reply));
+  const int said = jsc_value_to_int32(ways);
   auto& touch = self->touch_;
-  if (touch && touch->taken) {  // before the page could ask
+  if (touch && touch->taken) {
     question.answer(true);
-    touch->isTold = true;
-    if (self->isOver_) self->tellEnd();
+    touch->isTold |= said == knowsEnd;
+    if (self->isOver_ && touch->isTold) self->tellEnd();
   } else if (self->isOver_) {
     question.answer(false);
   } else {
-    touch->ways |= jsc_value_to_int32(ways);
+    touch->ways |= said;
     self->waiting_.push_back(std::move(question));
   }
   return TRUE;
