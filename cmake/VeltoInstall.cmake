@@ -41,6 +41,7 @@ if(TARGET velto_gtk)
   velto_install(velto_gtk NAME velto-gtk DESCRIPTION "Velto on Linux" REQUIRES velto gtk4
                 PRIVATE webkitgtk-6.0 sqlite3 libcurl x11 LIBS " -Wl,-rpath,\${libdir}/velto")
   install(FILES ${PROJECT_SOURCE_DIR}/velto/gtk/VeltoGtk.h ${PROJECT_SOURCE_DIR}/velto/gtk/Slot.h
+                ${PROJECT_SOURCE_DIR}/velto/gtk/WidgetView.h
           DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velto/gtk)
 endif()
 

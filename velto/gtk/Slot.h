@@ -21,5 +21,7 @@ struct SlotOptions {
   std::optional<CGSize> room = {};
 };
 GtkWidget* adSlot(const SlotOptions& options = {});
+// Changes what it keeps free. Throws std::invalid_argument for other widgets.
+void setSlotRoom(GtkWidget* slot, std::optional<CGSize> room);
 
 }  // namespace velto::gtk

@@ -11,6 +11,7 @@
 #pragma once
 
 #include "velto/gtk/Slot.h"
+#include "velto/gtk/WidgetView.h"
 #include "velto/platform/Geometry.h"
 
 #include <gtk/gtk.h>

@@ -96,6 +96,9 @@ class VeltoAdViewController : public UIViewController,
   void fetchFailed() override {
     if (!isFetching()) preparedPage_.drop();
   }
+  void tellState() override;
+  virtual int64_t stateNow() const = 0;
+  virtual CGSize adSizeNow() const { return {}; }
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
@@ -116,6 +119,8 @@ class VeltoAdViewController : public UIViewController,
  private:
   PreparedPage preparedPage_;
   Handle orientationObserver_;
+  int64_t toldState_ = 0;  // empty
+  CGSize toldSize_;
 };
 
 }  // namespace velto

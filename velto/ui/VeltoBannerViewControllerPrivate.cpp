@@ -47,9 +47,33 @@ void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure)
   preparedPage().prepare(webView());  // while the request is on its way
 }
 
+void VeltoBannerViewControllerPrivate::_refreshAd() {
+  if (refreshPaused_) {
+    refreshDue_ = true;
+    return;
+  }
+  _loadAndNotifyFailure(false);
+}
+
+void VeltoBannerViewControllerPrivate::setRefreshPaused(bool paused) {
+  refreshPaused_ = paused;
+  if (!paused && refreshDue_) _refreshAd();
+}
+
+// A new ad takes the place of one that is seen without a moment in which nothing is.
+VeltoBannerState VeltoBannerViewControllerPrivate::state() const {
+  if (ad()) return loaded_ ? form_ : VeltoBannerStateLoading;
+  return isFetching() ? VeltoBannerStateLoading : VeltoBannerStateEmpty;
+}
+
+CGSize VeltoBannerViewControllerPrivate::adSize() const {
+  return ad() && loaded_ ? ad()->size : CGSize{};
+}
+
 // The interval counts from the start of each load, so every load begins by setting the timer anew.
 void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
   timerRefresh_.reset();
+  refreshDue_ = false;
   if (!autoRefresh_ || refreshTimeSeconds_ < 1) return;
   timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(static_cast<double>(refreshTimeSeconds_),
                                                           [weak = std::weak_ptr(self())] {
@@ -89,6 +113,8 @@ bool VeltoBannerViewControllerPrivate::startShowing(const std::shared_ptr<VeltoA
   startAudioVolumeObserverForContext(&audioContext_);
   const auto replaced = _resetBannerView();
   shown_ = VeltoShownAd::shownBy(*this, ad);
+  loaded_ = loaded_ && ad;
+  form_ = VeltoBannerStateShown;
   if (_addBanner(mediationView, ad ? ad->size : CGSize{})) return true;
   letGo();
   preparedPage().drop();
@@ -141,6 +167,7 @@ std::shared_ptr<VeltoShownAd> VeltoBannerViewControllerPrivate::_resetBannerView
 void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& view) {
   const auto alive = self();
   const auto loaded = ad();
+  loaded_ = true;
   if (!firstAnimationCompleted_) firstAnimationCompleted_ = commitAnimationForAdView(view, animation_);
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
@@ -162,11 +189,13 @@ void VeltoBannerViewControllerPrivate::removeBanner() {
   Platform::current().mainQueue().post([alive = self()] {
     alive->_invalidateBanner();
     const auto& view = alive->view();
-    if (!view->superview()) return;
-    alive->willMoveToParentViewController(nullptr);
-    view->removeFromSuperview();
-    alive->removeFromParentViewController();
-    alive->didMoveToParentViewController(nullptr);
+    if (view->superview()) {
+      alive->willMoveToParentViewController(nullptr);
+      view->removeFromSuperview();
+      alive->removeFromParentViewController();
+      alive->didMoveToParentViewController(nullptr);
+    }
+    alive->tellState();
   });
 }
 
@@ -180,6 +209,8 @@ void VeltoBannerViewControllerPrivate::_invalidateBanner() {
   _resetBannerView();
   settings_.reset();
   timerRefresh_.reset();
+  refreshDue_ = false;
+  loaded_ = false;
   finishOMSDKSession();
   preparedPage().drop();  // no web process stays without an ad
 }

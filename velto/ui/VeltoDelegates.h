@@ -29,6 +29,8 @@ class VeltoBannerViewControllerDelegate {
                                                 const VeltoErrorAd& /*withError*/) {}
   // Another network's banner was closed.
   virtual void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& /*controller*/) {}
+  // state() of the public object is another one, or adSize() is; comes before what is told of the same event.
+  virtual void veltoBannerViewControllerDidChangeState(VeltoBannerViewControllerPrivate& /*controller*/) {}
 };
 
 class VeltoInterstitialViewControllerDelegate {
@@ -46,6 +48,9 @@ class VeltoInterstitialViewControllerDelegate {
   virtual void veltoInterstitialViewControllerDidClose(
       VeltoInterstitialViewControllerPrivate& /*controller*/) {}
   virtual void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  // state() of the public object is another one; comes before what is told of the same event.
+  virtual void veltoInterstitialViewControllerDidChangeState(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
 };
 
 // A delegate of either kind, or none. A null pointer is none.

@@ -136,11 +136,17 @@ void UIPresentation::post(Completion completion) {
 
 // --- the controllers' side
 
+bool UIViewController::canPresent() const {
+  const UIViewController* presenter = this;
+  while (presenter->parent_) presenter = presenter->parent_;
+  return !presenter->presentation_ && presenter->view()->isInWindow();
+}
+
 void UIViewController::presentViewController(const std::shared_ptr<UIViewController>& controller,
                                              bool animated, std::function<void()> completion) {
   UIViewController* presenter = this;
   while (presenter->parent_) presenter = presenter->parent_;
-  if (presenter->presentation_ || controller->presenting_ || !presenter->view()->isInWindow()) {
+  if (!canPresent() || controller->presenting_) {
     if (completion) Platform::current().mainQueue().post(std::move(completion));
     return;
   }
