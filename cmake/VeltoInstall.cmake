@@ -58,7 +58,7 @@ endif()
 if(TARGET velto_gtk)
   velto_install(velto_gtk NAME velto-gtk DESCRIPTION "Velto on Linux" REQUIRES velto gtk4
                 PRIVATE webkitgtk-6.0 sqlite3 libcurl x11 LIBS " -Wl,-rpath,\${libdir}/velto")
-  velto_install_headers(gtk/VeltoGtk.h gtk/Slot.h)
+  velto_install_headers(gtk/VeltoGtk.h gtk/Slot.h gtk/WidgetView.h)
 endif()
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/velto-config.cmake.in ${PROJECT_BINARY_DIR}/velto-config.cmake

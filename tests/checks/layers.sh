@@ -29,5 +29,7 @@ forbid 'one platform included by the other' 'velto/gtk/' '^velto/gtk/' velto/hea
 forbid 'one platform included by the other' 'velto/headless/' '^velto/headless/' velto/gtk
 forbid 'the seam including what stands on it' \
   'velto/(core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/platform
-forbid 'tools or tests included by the library' 'sandbox/|tests/|gtest|gmock' '^$' velto
+forbid 'the GObject library below the public interface' \
+  'velto/(core|network|ui|mraid|video|tracking|measurement|headless|gtk/[a-z])|velto/ads/.*(Manager|Resolver|Passback|Monetize)' '^$' glib
+forbid 'tools or tests included by the library' 'sandbox/|tests/|gtest|gmock' '^$' velto glib
 exit $bad

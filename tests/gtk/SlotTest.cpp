@@ -36,6 +36,10 @@ TEST_F(SlotTest, AsksForItsAdsSizeAndForNoneWithoutOne) {
   auto* kept = gtk::adSlot({.room = CGSize{320, 50}});
   gtk_box_append(GTK_BOX(box), kept);
   EXPECT_TRUE(stands(kept, {{0, 0}, {480, 50}})) << "or the room that it is told to keep";
+  gtk::setSlotRoom(kept, std::nullopt);
+  EXPECT_TRUE(runUntil([&] { return !gtk_widget_get_mapped(kept); }));
+  gtk::setSlotRoom(kept, CGSize{300, 250});
+  EXPECT_TRUE(stands(kept, {{0, 0}, {480, 250}}));
 }
 
 TEST_F(SlotTest, MovesWithItsPage) {

@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # Installs a build into a folder that is then moved, and uses that copy as a stranger would: every header by itself, a
-# program built with find_package, the same program built with pkg-config and with Meson. At last the program that has
-# the sources as a part of its own project, with shared libraries.
+# program built with find_package, the same program built with pkg-config and with Meson; with "glib" as the last
+# platform, the GObject library from C and from Python. At last the program that has the sources as a part of its own
+# project, with shared libraries.
 # usage: check.sh <build folder> <C++ compiler> <platform>...
 set -euo pipefail
 build=$1
 export CXX=$2
 shift 2
+glib=
+[ "${!#}" != glib ] || { glib=yes; set -- "${@:1:$#-1}"; }
 here=$(cd "$(dirname "$0")" && pwd)
 work=$build/install-check  # always the same place, so that a compiler cache knows what has not changed
 rm -rf "$work"
@@ -58,6 +61,19 @@ for platform in "$@"; do
   # shellcheck disable=SC2046
   "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
 done
+if [ -n "$glib" ]; then
+  echo "== from C and from a script"
+  # shellcheck disable=SC2046
+  cc -Wall -Werror "$here/../../examples/glib/first-banner.c" -o "$work/glib-c" $(pkg-config --cflags --libs velto-glib-1.0)
+  for header in "$prefix"/include/velto-glib-1.0/*.h; do
+    # shellcheck disable=SC2046
+    cc -Wall -Werror -fsyntax-only -x c $(pkg-config --cflags velto-glib-1.0) -include "$header" /dev/null
+  done
+  libraries=$(pkg-config --variable=libdir velto-glib-1.0)
+  ! LD_LIBRARY_PATH=$libraries ldd "$work/glib-c" | grep 'not found'
+  GI_TYPELIB_PATH=$libraries/girepository-1.0 LD_LIBRARY_PATH=$libraries \
+    /usr/bin/python3 -c 'import gi; gi.require_version("Velto", "1.0"); from gi.repository import Velto; print(Velto.Client().props.version)'
+fi
 echo "== Meson"
 meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
 meson compile -C "$work/meson" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }

@@ -14,6 +14,12 @@ using namespace std::chrono_literals;
 using headless::Answer;
 using test::Heard;
 
+struct StateDelegate : test::RecordingDelegate {
+  void veltoBannerViewControllerDidChangeState(Controller& own) override {
+    note("state " + std::to_string(own.state()) + " " + std::to_string(int(own.adSize().width)), own);
+  }
+};
+
 class BannerTest : public test::UITest {
  protected:
   size_t requests() { return platform->urlSession().requests("/sdk/").size(); }
@@ -192,6 +198,44 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   b->removeBanner();
   platform->advance(60s);
   EXPECT_EQ(requests(), 10U);
+}
+
+TEST_F(BannerTest, ItsStateIsToldAheadOfWhatItComesFrom) {
+  const auto told = std::make_shared<StateDelegate>();
+  told->host = window->controller();
+  const auto b =
+      VeltoBannerViewController::initWithDelegate(told, VeltoBannerSize320x50, VeltoBannerPositionTop);
+  const auto heard = [&] { return std::exchange(told->heard, {}); };
+  load(*b, status(204));
+  EXPECT_EQ(heard(), (Heard{"state 1 0", "state 0 0", "fail 0"}));
+  loadAd(*b, markup(test::richPage));
+  EXPECT_EQ(heard(), (Heard{"state 1 0", "state 2 320", "finish"}));
+  for (const char* command : {"mraid://expand", "mraid://close"}) page().navigate(command);
+  page().navigate("mraid://setResizeProperties?w=100&h=60&offsetX=0&offsetY=0&allowOffscreen=true");
+  page().navigate("mraid://resize");
+  platform->advance(1s);
+  EXPECT_EQ(heard(), (Heard{"state 3 320", "state 2 320", "state 4 320"}));
+  b->setSize(VeltoBannerSize300x250);
+  loadAd(*b, markup(test::readyPage, 300, 250));
+  EXPECT_EQ(heard(), (Heard{"state 2 300", "finish"})) << "one takes the place of the other";
+  EXPECT_NE(platform->urlSession().requests("/sdk/").back().url.absoluteString().find("300x250"),
+            std::string::npos);
+
+  // Nobody sees it for two and a half intervals.
+  b->setEnableAutoRefresh(true);
+  loadAd(*b);
+  const size_t before = requests();
+  b->setRefreshPaused(true);
+  platform->advance(75s);
+  EXPECT_EQ(requests(), before);
+  platform->urlSession().enqueue("/sdk/", status(500));
+  heard();
+  b->setRefreshPaused(false);
+  platform->runUntilIdle();
+  EXPECT_EQ(requests(), before + 1) << "once, at once";
+  EXPECT_EQ(heard(), Heard{"state 0 0"}) << "a refresh that failed left it empty";
+  platform->advance(31s);
+  EXPECT_EQ(requests(), before + 2);
 }
 
 TEST_F(BannerTest, NoTimerWithoutIntervalOrBeforeTheNextLoad) {

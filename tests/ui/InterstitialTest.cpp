@@ -146,6 +146,25 @@ TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
   EXPECT_EQ(lost->heard, (Heard{"finish", "fail 2", "appear"}));
 
   // One at a time.
+  const auto why = [&](const std::shared_ptr<UIViewController>& over) {
+    const auto refused = i->show(over);
+    return refused ? refused->error->localizedDescription : "";
+  };
+  EXPECT_EQ(why(window->controller()), "no interstitial is ready");
+  load(*i, fullScreen());
+  EXPECT_EQ(why(window->controller()), "its window shows another screen");
+  EXPECT_EQ(why(nullptr), "its window is not on the screen");
+  const headless::HostWindow other;
+  EXPECT_EQ(i->state(), VeltoInterstitialStateReady);
+  EXPECT_EQ(why(other.controller()), "");
+  EXPECT_EQ(why(other.controller()), "the interstitial is on the screen already");
+  platform->advance(1s);
+  EXPECT_EQ(i->state(), VeltoInterstitialStatePresented);
+  EXPECT_EQ(other.controller()->presentedViewController(), i->vc());
+  close(*i);
+  EXPECT_EQ(i->state(), VeltoInterstitialStateEmpty);
+  EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"}));
+  full->heard.clear();
   load(*i, fullScreen());
   show(*i);
   close(*homeless);

@@ -65,6 +65,22 @@ enum VeltoBannerPosition : int64_t {
   VeltoBannerPositionLocation = 2,
 };
 
+// What stands in a banner's place.
+enum VeltoBannerState : int64_t {
+  VeltoBannerStateEmpty = 0,
+  VeltoBannerStateLoading = 1,  // nothing yet, but a request or a page is under way
+  VeltoBannerStateShown = 2,    // also while a refresh is under way
+  VeltoBannerStateExpanded = 3,
+  VeltoBannerStateResized = 4,
+};
+
+enum VeltoInterstitialState : int64_t {
+  VeltoInterstitialStateEmpty = 0,
+  VeltoInterstitialStateLoading = 1,
+  VeltoInterstitialStateReady = 2,      // also while another is on its way
+  VeltoInterstitialStatePresented = 3,  // from show until it has gone again
+};
+
 // How an ad comes in.
 enum VeltoAnimation : int64_t {
   VeltoAnimationNone = 0,

@@ -22,5 +22,7 @@ struct SlotOptions {
   std::optional<CGSize> room = {};
 };
 VELTO_EXPORT GtkWidget* adSlot(const SlotOptions& options = {});
+// Changes what it keeps free. Throws std::invalid_argument for other widgets.
+VELTO_EXPORT void setSlotRoom(GtkWidget* slot, std::optional<CGSize> room);
 
 }  // namespace velto::gtk

@@ -12,6 +12,7 @@
 
 #include "velto/Export.h"
 #include "velto/gtk/Slot.h"
+#include "velto/gtk/WidgetView.h"
 #include "velto/platform/Geometry.h"
 
 #include <gtk/gtk.h>

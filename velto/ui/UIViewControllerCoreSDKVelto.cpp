@@ -42,6 +42,7 @@ class UIViewControllerCoreSDKVelto::Pending {
     if (!alive || !mixin_ || !isOpen_) return;
     --mixin_->fetching_;
     mixin_->fetchFailed();
+    mixin_->tellState();
   }
 
   // An empty list of networks answers twice.
@@ -51,6 +52,7 @@ class UIViewControllerCoreSDKVelto::Pending {
     if (!alive) return;
     if (std::exchange(isOpen_, false)) --mixin_->fetching_;
     mixin_->_processAd(ad, error, delegate_, notifyFailure);
+    mixin_->tellState();
   }
 
  private:
@@ -80,6 +82,7 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
       [pending, notifyFailure](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
         pending->answer(ad, error, notifyFailure);
       });
+  tellState();
 }
 
 void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad,
@@ -128,7 +131,14 @@ void UIViewControllerCoreSDKVelto::notify(const VeltoControllerDelegate& delegat
   }
 }
 
+void UIViewControllerCoreSDKVelto::notifyDidChangeState(const VeltoControllerDelegate& delegate) {
+  notify(
+      delegate, [](auto& host, auto& own) { host.veltoBannerViewControllerDidChangeState(own); },
+      [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidChangeState(own); });
+}
+
 void UIViewControllerCoreSDKVelto::notifyDidFinishLoad(const VeltoControllerDelegate& delegate) {
+  tellState();
   notify(
       delegate, [](auto& host, auto& own) { host.veltoBannerViewControllerDidFinishLoad(own); },
       [](auto& host, auto& own) { host.veltoInterstitialViewControllerDidFinishLoad(own); });
@@ -137,6 +147,7 @@ void UIViewControllerCoreSDKVelto::notifyDidFinishLoad(const VeltoControllerDele
 void UIViewControllerCoreSDKVelto::notifyDidFail(const VeltoControllerDelegate& delegate,
                                                  const std::optional<VeltoErrorAd>& veltoErrorAd) {
   const auto error = veltoErrorAd.value_or(VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
+  tellState();
   notify(
       delegate, [&](auto& host, auto& own) { host.veltoBannerViewControllerDidFail(own, error); },
       [&](auto& host, auto& own) { host.veltoInterstitialViewControllerDidFail(own, error); });

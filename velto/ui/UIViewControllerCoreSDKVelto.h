@@ -63,6 +63,7 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   void notifyDidClose(const VeltoControllerDelegate& delegate);
   void notifyDidAppear(const VeltoControllerDelegate& delegate);     // interstitials only
   void notifyDidDisappear(const VeltoControllerDelegate& delegate);  // interstitials only
+  void notifyDidChangeState(const VeltoControllerDelegate& delegate);
 
   // Which kind of controller this is: one of the two is not null.
   virtual VeltoBannerViewControllerPrivate* bannerController() { return nullptr; }
@@ -72,6 +73,8 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   virtual UIViewController& viewController() = 0;
   // An answer brought nothing to show.
   virtual void fetchFailed() {}
+  // The state may be another one than it was; what has not changed is not told again.
+  virtual void tellState() {}
   // Of the answer that is being dispatched: whether the host asked for it and hears of its failure. A refresh
   // fails silently.
   bool notifiesFailure() const { return notifiesFailure_; }

@@ -48,6 +48,16 @@ std::shared_ptr<VeltoAdMediationCoreAdapter> VeltoAdViewController::ownAdapterIn
   return isShown || (isFetching() && !adapter->hasDelegate()) ? adapter : nullptr;
 }
 
+void VeltoAdViewController::tellState() {
+  const auto state = stateNow();
+  const auto size = adSizeNow();
+  if (state == toldState_ && size == toldSize_) return;
+  toldState_ = state;
+  toldSize_ = size;
+  const auto alive = shared_from_this();
+  notifyDidChangeState(delegate());
+}
+
 // --- the person
 
 void VeltoAdViewController::_adDidPress() {

@@ -94,6 +94,9 @@ class VeltoAdViewController : public UIViewController,
   }
   virtual VeltoControllerDelegate delegate() const = 0;
   void fetchFailed() override;
+  void tellState() override;
+  virtual int64_t stateNow() const = 0;
+  virtual CGSize adSizeNow() const { return {}; }
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
@@ -115,6 +118,8 @@ class VeltoAdViewController : public UIViewController,
  private:
   PreparedPage preparedPage_;
   Handle orientationObserver_, platformObserver_;
+  int64_t toldState_ = 0;  // empty
+  CGSize toldSize_;
 };
 
 }  // namespace velto

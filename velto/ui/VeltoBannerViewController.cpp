@@ -53,6 +53,18 @@ void VeltoBannerViewController::load(const VeltoSettings& settings) {
 void VeltoBannerViewController::removeBanner() {
   vc_->removeBanner();
 }
+void VeltoBannerViewController::setRefreshPaused(bool paused) {
+  vc_->setRefreshPaused(paused);
+}
+VeltoBannerState VeltoBannerViewController::state() const {
+  return vc_->state();
+}
+CGSize VeltoBannerViewController::adSize() const {
+  return vc_->adSize();
+}
+void VeltoBannerViewController::setSize(VeltoBannerSize size) {
+  vc_->setSize(size);
+}
 void VeltoBannerViewController::setRefreshTimeSeconds(int64_t seconds) {
   vc_->setRefreshTimeSeconds(seconds);
 }

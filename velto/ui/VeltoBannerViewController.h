@@ -56,9 +56,17 @@ class VELTO_EXPORT VeltoBannerViewController {
   // is called afterwards, and be it in the same turn, begins anew.
   void removeBanner();
 
+  // While it is on no refresh begins, such as for a banner that nobody sees. One that came due meanwhile
+  // begins when it is over. Loads are not held back.
+  void setRefreshPaused(bool paused);
+
+  VeltoBannerState state() const;
+  CGSize adSize() const;  // points, as the server said; zero while none is shown
+
   // Take effect at the next load. Seconds from the start of one load to that of the next; below 1 there is
   // no refreshing.
   void setRefreshTimeSeconds(int64_t seconds);  // 30 by default
+  void setSize(VeltoBannerSize size);
   void setEnableAutoRefresh(bool enable);       // off by default
   void setAnimation(VeltoAnimation animation);  // how the first ad comes in; none by default
 

@@ -90,6 +90,10 @@ void VeltoBannerViewControllerPrivate::_expandOrResizeMainWebView(int64_t action
   }
   _resizeAndMoveView(newSize, placement);
   webViewContraints_ = setupWKWebViewConstraintsFor(page, newSize, webViewPosition);
+  form_ = action == Expand   ? VeltoBannerStateExpanded
+          : action == Resize ? VeltoBannerStateResized
+                             : VeltoBannerStateShown;
+  tellState();
 }
 
 std::shared_ptr<WKWebView> VeltoBannerViewControllerPrivate::_initSecondMRAIDWebView() {
@@ -97,6 +101,8 @@ std::shared_ptr<WKWebView> VeltoBannerViewControllerPrivate::_initSecondMRAIDWeb
   auto second = addWKWebViewInViewWithNavigationDelegate(shown_);
   _resizeAndMoveView({}, VeltoBannerPositionFullScreen);
   setupWKWebViewConstraintsFor(second, CGSize{});
+  form_ = VeltoBannerStateExpanded;
+  tellState();
   return second;
 }
 

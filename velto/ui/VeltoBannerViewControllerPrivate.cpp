@@ -54,9 +54,33 @@ void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure)
   preparedPage().prepare(webView());  // while the request is on its way
 }
 
+void VeltoBannerViewControllerPrivate::_refreshAd() {
+  if (refreshPaused_) {
+    refreshDue_ = true;
+    return;
+  }
+  _loadAndNotifyFailure(false);
+}
+
+void VeltoBannerViewControllerPrivate::setRefreshPaused(bool paused) {
+  refreshPaused_ = paused;
+  if (!paused && refreshDue_) _refreshAd();
+}
+
+// A new ad takes the place of one that is seen without a moment in which nothing is.
+VeltoBannerState VeltoBannerViewControllerPrivate::state() const {
+  if (ad()) return loaded_ ? form_ : VeltoBannerStateLoading;
+  return isFetching() ? VeltoBannerStateLoading : VeltoBannerStateEmpty;
+}
+
+CGSize VeltoBannerViewControllerPrivate::adSize() const {
+  return ad() && loaded_ ? ad()->size : CGSize{};
+}
+
 // The interval counts from the start of each load, so every load begins by setting the timer anew.
 void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
   timerRefresh_.reset();
+  refreshDue_ = false;
   if (!autoRefresh_ || refreshTimeSeconds_ < 1) return;
   timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(static_cast<double>(refreshTimeSeconds_),
                                                           [weak = std::weak_ptr(self())] {
@@ -96,6 +120,8 @@ bool VeltoBannerViewControllerPrivate::startShowing(const std::shared_ptr<VeltoA
   startAudioVolumeObserverForContext(&audioContext_);
   const auto replaced = _resetBannerView();
   shown_ = VeltoShownAd::shownBy(*this, ad);
+  loaded_ = loaded_ && ad;
+  form_ = VeltoBannerStateShown;
   if (_addBanner(mediationView, ad ? ad->size : CGSize{})) return true;
   letGo();
   preparedPage().drop();
@@ -149,6 +175,7 @@ std::shared_ptr<VeltoShownAd> VeltoBannerViewControllerPrivate::_resetBannerView
 void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& view) {
   const auto alive = self();
   const auto loaded = ad();
+  loaded_ = true;
   if (!firstAnimationCompleted_) firstAnimationCompleted_ = commitAnimationForAdView(view, animation_);
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
@@ -168,7 +195,11 @@ void VeltoBannerViewControllerPrivate::adapterClosed() {
 
 void VeltoBannerViewControllerPrivate::removeBanner() {
   loadedSinceRemoval_ = false;
-  if (!abandoned_) Platform::current().mainQueue().post([alive = self()] { alive->takeOff(); });
+  if (abandoned_) return;
+  Platform::current().mainQueue().post([alive = self()] {
+    alive->takeOff();
+    alive->tellState();
+  });
 }
 
 void VeltoBannerViewControllerPrivate::abandon() {
@@ -188,9 +219,11 @@ void VeltoBannerViewControllerPrivate::takeOff() {
 void VeltoBannerViewControllerPrivate::_invalidateBanner() {
   closeVideo();
   _resetBannerView();
+  loaded_ = false;
   if (!loadedSinceRemoval_ || abandoned_) {  // else an ad is on its way, and is to be refreshed
     settings_.reset();
     timerRefresh_.reset();
+    refreshDue_ = false;
     preparedPage().drop();  // no web process stays without an ad
   }
   finishOMSDKSession();

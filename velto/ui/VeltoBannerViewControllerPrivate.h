@@ -26,6 +26,10 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void removeBanner();
   // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
   void abandon();
+  void setSize(VeltoBannerSize size) { size_ = size; }
+  void setRefreshPaused(bool paused);
+  VeltoBannerState state() const;
+  CGSize adSize() const;
   void setRefreshTimeSeconds(int64_t seconds) { refreshTimeSeconds_ = seconds; }
   void setEnableAutoRefresh(bool enable) { autoRefresh_ = enable; }
 
@@ -69,10 +73,16 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void _invalidateBanner();
   void _adLoaded(const std::shared_ptr<UIView>& view);
   void _handleRefreshTimer();
-  void _refreshAd() { _loadAndNotifyFailure(false); }
+  void _refreshAd();
+  int64_t stateNow() const override { return state(); }
+  CGSize adSizeNow() const override { return adSize(); }
   void _notificationAdMobAdapterGADBannerReady(const NSNotification& notification);
 
   bool autoRefresh_ = false;
+  bool refreshPaused_ = false;
+  bool refreshDue_ = false;  // came due while paused
+  bool loaded_ = false;      // what is shown, or what it took the place of, has told that it has loaded
+  VeltoBannerState form_ = VeltoBannerStateShown;
   bool firstAnimationCompleted_ = false;  // the entry animation has run, once for this controller's life
   int64_t position_ = VeltoBannerPositionTop;
   VeltoBannerSize size_ = VeltoBannerSizeSmart;

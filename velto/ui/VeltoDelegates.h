@@ -30,6 +30,8 @@ class VELTO_EXPORT VeltoBannerViewControllerDelegate {
                                                 const VeltoErrorAd& /*withError*/) {}
   // Another network's banner was closed.
   virtual void veltoBannerViewControllerDidClose(VeltoBannerViewControllerPrivate& /*controller*/) {}
+  // state() of the public object is another one, or adSize() is; comes before what is told of the same event.
+  virtual void veltoBannerViewControllerDidChangeState(VeltoBannerViewControllerPrivate& /*controller*/) {}
 };
 
 class VELTO_EXPORT VeltoInterstitialViewControllerDelegate {
@@ -47,6 +49,9 @@ class VELTO_EXPORT VeltoInterstitialViewControllerDelegate {
   virtual void veltoInterstitialViewControllerDidClose(
       VeltoInterstitialViewControllerPrivate& /*controller*/) {}
   virtual void onVeltoInterstitialDismissed(VeltoInterstitialViewControllerPrivate& /*controller*/) {}
+  // state() of the public object is another one; comes before what is told of the same event.
+  virtual void veltoInterstitialViewControllerDidChangeState(
+      VeltoInterstitialViewControllerPrivate& /*controller*/) {}
 };
 
 // A delegate of either kind, or none. A null pointer is none.

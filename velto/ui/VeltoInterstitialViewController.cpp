@@ -32,6 +32,13 @@ bool VeltoInterstitialViewController::isReady() const {
 void VeltoInterstitialViewController::show() {
   vc_->show();
 }
+std::optional<VeltoErrorAd> VeltoInterstitialViewController::show(
+    const std::shared_ptr<UIViewController>& over) {
+  return vc_->show(over);
+}
+VeltoInterstitialState VeltoInterstitialViewController::state() const {
+  return vc_->state();
+}
 void VeltoInterstitialViewController::setAnimation(VeltoAnimation animation) {
   vc_->setAnimation(animation);
 }

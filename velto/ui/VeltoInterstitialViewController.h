@@ -15,6 +15,7 @@
 #include "velto/ui/VeltoDelegates.h"
 
 #include <memory>
+#include <optional>
 
 namespace velto {
 
@@ -42,6 +43,12 @@ class VELTO_EXPORT VeltoInterstitialViewController {
   // Shows the ad that is ready, over the delegate's view controller. Without one, or while one is on the
   // screen, nothing happens.
   void show();
+
+  // The same over another view controller, where this can be told at once: what stands in the way, if
+  // anything does, and nothing is shown then.
+  std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
+
+  VeltoInterstitialState state() const;
 
   // How it comes in; none by default. Takes effect before the first show.
   void setAnimation(VeltoAnimation animation);

@@ -164,11 +164,33 @@ void VeltoInterstitialViewControllerPrivate::show() {
     const auto shown = shown_;
     shown->tellShown();
     if (shown == shown_) _adLoaded();  // an adapter that hears of it may give up
-    return;
+    return tellState();
   }
   if (!ad()->html) return;
   showing_ = true;
   shown_->load();
+  tellState();
+}
+
+std::optional<VeltoErrorAd> VeltoInterstitialViewControllerPrivate::show(
+    const std::shared_ptr<UIViewController>& over) {
+  const auto refused = [](const char* why) {
+    return VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper,
+                                              NSError{constVeltoBundleIdentifier, VeltoErrorDeveloper, why});
+  };
+  if (isOnScreen()) return refused("the interstitial is on the screen already");
+  if (!isReady_ || abandoned_) return refused("no interstitial is ready");
+  if (!over || !over->view()->isInWindow()) return refused("its window is not on the screen");
+  if (!over->canPresent()) return refused("its window shows another screen");
+  over_ = over;
+  show();
+  return std::nullopt;
+}
+
+VeltoInterstitialState VeltoInterstitialViewControllerPrivate::state() const {
+  if (isOnScreen()) return VeltoInterstitialStatePresented;
+  if (isReady_) return VeltoInterstitialStateReady;
+  return isFetching() ? VeltoInterstitialStateLoading : VeltoInterstitialStateEmpty;
 }
 
 void VeltoInterstitialViewControllerPrivate::_adLoaded() {
@@ -176,8 +198,9 @@ void VeltoInterstitialViewControllerPrivate::_adLoaded() {
 }
 
 bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
-  if (vc_.expired()) vc_ = getUserViewControllerForDelegate(delegate());
-  const auto vc = vc_.lock();
+  auto vc = std::exchange(over_, {}).lock();
+  if (!vc && vc_.expired()) vc_ = getUserViewControllerForDelegate(delegate());
+  if (!vc) vc = vc_.lock();
   if (!vc) return false;
   if (!animator_) animator_ = VeltoUIAnimatedTransitioning::animatorForAnimation(animation_);
   prepareAnimationForAdView(webView(), animation_);
@@ -310,7 +333,10 @@ std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMR
 void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool animated) {
   VeltoAdViewController::viewWillDisappear(animated);
   answerOnMain(std::function<void()>([weak = std::weak_ptr(self())] {
-    if (const auto alive = weak.lock()) alive->takeWaitingAd();
+    const auto alive = weak.lock();
+    if (!alive) return;
+    alive->tellState();
+    alive->takeWaitingAd();
   }));
 }
 
@@ -327,6 +353,7 @@ void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(b
   showing_ = false;
   if (!presentingViewController()) {
     _removeAllWebViews(ended);
+    tellState();
     return takeWaitingAd();
   }
   dismissing_ = true;
@@ -334,6 +361,7 @@ void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(b
   dismissViewControllerAnimated(animated, [alive, ended] {
     alive->dismissing_ = false;
     alive->_removeAllWebViews(ended);
+    alive->tellState();
     alive->notifyDidDisappear(alive->delegate());
     alive->takeWaitingAd();
   });

@@ -28,6 +28,8 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void load(const VeltoSettings& settings) { fetch(settings); }
   bool isReady() const { return isReady_; }
   void show();
+  std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
+  VeltoInterstitialState state() const;
   // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
   void abandon();
 
@@ -75,6 +77,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 
   void takeOff() override;
+  int64_t stateNow() const override { return state(); }
   void fetch(const std::optional<VeltoSettings>& settings);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();
@@ -101,8 +104,9 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   bool showing_ = false;     // show was called, and nothing is presented yet
   bool dismissing_ = false;  // on its way out
   std::unique_ptr<NSTimer> timerClose_;
-  std::optional<float> timerValue_;     // seconds until the close button is active
-  std::shared_ptr<VeltoAd> waitingAd_;  // came while another was on the screen
+  std::optional<float> timerValue_;       // seconds until the close button is active
+  std::weak_ptr<UIViewController> over_;  // what is to present this time, instead of the host's usual one
+  std::shared_ptr<VeltoAd> waitingAd_;    // came while another was on the screen
   std::weak_ptr<VeltoInterstitialViewControllerDelegate> delegate_;
   std::shared_ptr<VeltoUIAnimatedTransitioning> animator_;
   Handle adapterReadyObserver_;

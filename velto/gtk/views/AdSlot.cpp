@@ -304,6 +304,12 @@ void AdSlot::visibleChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept {
   gtk_widget_set_visible(self->widget_, !self->hides_);
 }
 
+void AdSlot::keepRoom(std::optional<CGSize> room) {
+  options_.room = room;
+  visibleChanged(nullptr, nullptr, this);
+  gtk_widget_queue_resize(widget_);
+}
+
 void AdSlot::setRoom(Room room, CGSize size) {
   if (std::exchange(size_, size) != size) {
     visibleChanged(nullptr, nullptr, this);
@@ -337,6 +343,12 @@ void AdSlot::moveContent(bool outside) {
 
 GtkWidget* adSlot(const SlotOptions& options) {
   return AdSlot::make(options);
+}
+
+void setSlotRoom(GtkWidget* widget, std::optional<CGSize> room) {
+  auto* slot = GTK_IS_WIDGET(widget) ? AdSlot::of(widget) : nullptr;
+  if (!slot) throw std::invalid_argument("setSlotRoom: not an ad slot");
+  slot->keepRoom(room);
 }
 
 }  // namespace velto::gtk

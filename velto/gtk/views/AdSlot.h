@@ -47,6 +47,7 @@ class AdSlot {
   // Joins the window that the widget is in, if that can be done at once; else a moment later. Throws as
   // HostWindow::make() does.
   void joinNow();
+  void keepRoom(std::optional<CGSize> room);
 
   // By the host window: puts the view where the widget is now; says that the window goes.
   void follow();
@@ -80,7 +81,7 @@ class AdSlot {
   void moveContent(bool outside);
 
   GtkWidget* widget_;
-  const SlotOptions options_;
+  SlotOptions options_;
   std::shared_ptr<View> view_;
   std::shared_ptr<UIViewController> controller_;
   SlotPeer* peer_;  // the view's

@@ -135,12 +135,17 @@ void UIPresentation::presenterGone() {
 
 // --- the controllers' side
 
+bool UIViewController::canPresent() const {
+  const UIViewController* presenter = this;
+  while (presenter->parent_) presenter = presenter->parent_;
+  return !presenter->presentation_ && presenter->view()->isInWindow();
+}
+
 void UIViewController::presentViewController(const std::shared_ptr<UIViewController>& controller,
                                              bool animated, std::function<void()> completion) {
   UIViewController* presenter = this;
   while (presenter->parent_) presenter = presenter->parent_;
-  if (presenter->presentation_ || controller->presenting_ || !presenter->view()->isInWindow())
-    return answerOnMain(std::move(completion));
+  if (!canPresent() || controller->presenting_) return answerOnMain(std::move(completion));
   presenter->presentation_ = std::make_shared<UIPresentation>(*presenter, controller);
   const auto presentation = presenter->presentation_;
   presentation->come(*this, animated, std::move(completion));

@@ -54,6 +54,7 @@ class VELTO_EXPORT UIViewController : public UIResponder,
   // parent presents, and owns what it presents.
   void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                              std::function<void()> completion);
+  bool canPresent() const;  // in a window that shows no other one
   // Takes this controller off again or, when it is not presented itself, what it presents. One that is still
   // coming is let come first. The completion comes later on the main queue.
   void dismissViewControllerAnimated(bool animated, std::function<void()> completion);

@@ -1,0 +1,16 @@
+// How a client's values are read and set, by property. What has not changed is not told; what cannot change any more is
+// refused with a word why.
+#pragma once
+
+#include "velto-client-private.h"
+
+namespace velto_glib {
+
+const char* clientText(VeltoClient* client, guint property);
+void setClientText(VeltoClient* client, guint property, const char* text, const char* function);
+void setClientNumber(VeltoClient* client, guint property, int number, const char* function);
+
+bool mayChange(VeltoClient* client, guint property, const char* function);
+void changed(VeltoClient* client, guint property);
+
+}  // namespace velto_glib

@@ -1,0 +1,70 @@
+#include "velto-private.h"
+
+#include <array>
+
+/**
+ * velto_ad_error_quark:
+ *
+ * Gets the domain of [error@Velto.AdError].
+ *
+ * Returns: the domain
+ *
+ * Since: 1.0
+ */
+GQuark velto_ad_error_quark() {
+  return g_quark_from_static_string("velto-ad-error-quark");
+}
+
+/**
+ * velto_client_error_quark:
+ *
+ * Gets the domain of [error@Velto.ClientError].
+ *
+ * Returns: the domain
+ *
+ * Since: 1.0
+ */
+GQuark velto_client_error_quark() {
+  return g_quark_from_static_string("velto-client-error-quark");
+}
+
+namespace velto_glib {
+
+// While nobody runs the default context, as before the main loop, any thread may take it.
+bool isMainThread(const char* function) {
+  auto* context = g_main_context_default();
+  if (g_main_context_is_owner(context)) return true;
+  if (g_main_context_acquire(context)) {
+    g_main_context_release(context);
+    return true;
+  }
+  g_critical("%s: called on another thread than that of the main loop; use g_idle_add() to get there",
+             function);
+  return false;
+}
+
+bool isStarted(const char* function) {
+  if (velto_client_get_default()) return true;
+  g_critical("%s: no ads without a client: call velto_client_start() before", function);
+  return false;
+}
+
+GError* errorFrom(const velto::VeltoErrorAd& error) {
+  static constexpr std::array words{"the server has no ad for this place now", "the server or the ad failed",
+                                    "the ad cannot be used here", "the ad was given up",
+                                    "the server cannot be reached"};
+  const bool isKnown = error.errorCode >= 0 && error.errorCode < int64_t(words.size());
+  const int code = isKnown ? int(error.errorCode) : int(VELTO_AD_ERROR_SERVER);
+  const bool says = error.error && !error.error->localizedDescription.empty();
+  return g_error_new_literal(VELTO_AD_ERROR, code,
+                             says ? error.error->localizedDescription.c_str() : words[size_t(code)]);
+}
+
+GError* errorFrom(const std::exception& exception) {
+  const bool isInvalid = dynamic_cast<const std::invalid_argument*>(&exception);
+  return g_error_new_literal(VELTO_CLIENT_ERROR,
+                             isInvalid ? VELTO_CLIENT_ERROR_INVALID : VELTO_CLIENT_ERROR_FAILED,
+                             exception.what());
+}
+
+}  // namespace velto_glib

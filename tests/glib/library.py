@@ -1,0 +1,311 @@
+#!/usr/bin/env python3
+"""The GObject library as another language sees it, against velto-sandbox: library.py SANDBOX"""
+import gc
+import sys
+import threading
+import unittest
+
+import gi
+
+gi.require_version("Gtk", "4.0")
+gi.require_version("Velto", "1.0")
+from gi.repository import Gio, GLib, GObject, Gtk, Velto  # noqa: E402
+from sandbox import Sandbox, answer  # noqa: E402
+
+CRITICAL = GLib.LogLevelFlags.LEVEL_CRITICAL
+MEDIATED = {
+    "headers": {"x-content": "mediation", "x-width": 320, "x-height": 50},
+    "body": {"json": {"mediation": [{"cn": "VeltoAdmobBannerAdapter", "e": {"adunit": "north"}}]}},
+}
+RULES = [
+    ({"kind": "ad", "endpoint": "nofill"}, [204]),
+    ({"kind": "ad", "endpoint": "gives-up"}, [answer(says="failLoad")]),
+    ({"kind": "ad", "endpoint": "late"}, [{**answer(), "delayMs": 600000}]),
+    ({"kind": "ad", "endpoint": "mediated"}, [MEDIATED]),
+    ({"kind": "ad"}, [answer()]),
+]
+
+
+def run_until(condition):
+    context, late = GLib.MainContext.default(), []
+    looks = GLib.timeout_add(5, lambda: True)
+    deadline = GLib.timeout_add_seconds(120, lambda: late.append(1))
+    while not condition() and not late:
+        context.iteration(True)
+    GLib.source_remove(looks)
+    if late:
+        raise AssertionError("it did not come")
+    GLib.source_remove(deadline)
+
+
+def outcome(begin, finish, *arguments, cancellable=None):
+    """What an asynchronous call ends with: True, or its error."""
+    heard = []
+
+    def ended(_, result):
+        try:
+            heard.append(finish(result))
+        except GLib.Error as error:
+            heard.append(error)
+
+    begin(*arguments, cancellable, ended)
+    run_until(lambda: heard)
+    return heard[0]
+
+
+def load(ad, **how):
+    return outcome(ad.load_async, ad.load_finish, **how)
+
+
+class Network(GObject.Object, Velto.Adapter):
+    """Another network. It keeps the request until it is told to answer."""
+
+    def __init__(self):
+        super().__init__()
+        self.asked = []
+
+    def do_load(self, request):
+        self.asked.append(request)
+
+
+class LibraryTest(unittest.TestCase):
+    def setUp(self):
+        self.client = Velto.Client.get_default()
+        self.box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+        self.window = Gtk.Window(child=self.box, default_width=480, default_height=320)
+        self.window.present()
+        run_until(self.box.get_mapped)
+
+    def tearDown(self):
+        self.client.set_endpoint(None)
+        self.window.destroy()
+
+    def banner(self, **properties):
+        made = Velto.Banner(**properties)
+        self.box.append(made)
+        return made
+
+    def assertError(self, error, domain, code):
+        self.assertTrue(isinstance(error, GLib.Error) and error.matches(domain, code), error)
+
+    def assertComplains(self, pattern, call):
+        GLib.test_expect_message("Velto", CRITICAL, pattern)
+        call()
+        GLib.test_assert_expected_messages_internal("Velto", __file__, 0, "")
+
+    def test_client(self):
+        self.assertEqual(self.client.props.version, "4.0.10")
+        second = Velto.Client(application_id="org.example.second", publisher_key="key")
+        with self.assertRaises(GLib.Error) as refused:
+            second.start()
+        self.assertError(refused.exception, Velto.ClientError.quark(), Velto.ClientError.STARTED)
+        for line, word in (("no-such=1", "no-such"), ("in-foreground=maybe", "in-foreground"), ("host-map=a;", "host-map")):
+            settings = GLib.KeyFile()
+            settings.load_from_bytes(GLib.Bytes.new(f"[Velto]\n{line}".encode()), GLib.KeyFileFlags.NONE)
+            with self.assertRaisesRegex(GLib.Error, word):
+                Velto.Client.new_from_key_file(settings)
+        told = []
+        self.client.connect("notify", lambda _, spec: told.append(spec.name))
+        for consent in ("yes", "yes", None):
+            self.client.props.gdpr_consent = consent
+        self.assertEqual(told, ["gdpr-consent"] * 2)
+        self.assertComplains("*before velto_client_start*", lambda: self.client.set_application_id("org.example.other"))
+        self.assertComplains("*g_idle_add*", lambda: self.on_another_thread(self.client.set_test_mode, True))
+
+    def on_another_thread(self, *call):
+        context = GLib.MainContext.default()
+        self.assertTrue(context.acquire())
+        thread = threading.Thread(target=call[0], args=call[1:])
+        thread.start()
+        thread.join()
+        context.release()
+
+    def test_banner(self):
+        banner = self.banner(size=Velto.BannerSize.LEADERBOARD)
+        told = []
+        banner.connect("notify::state", lambda *_: told.append(banner.props.state.value_nick))
+        for signal in ("loaded", "removed"):
+            banner.connect(signal, lambda _, name=signal: told.append(name))
+        self.assertEqual(banner.measure(Gtk.Orientation.VERTICAL, -1).natural, 0)
+        for widget, role in ((banner, Gtk.AccessibleRole.GROUP), (banner.get_first_child(), Gtk.AccessibleRole.PRESENTATION)):
+            self.assertTrue(Gtk.test_accessible_has_role(widget, role))
+        self.assertIs(load(banner), True)
+        self.assertEqual((banner.props.ad_width, banner.props.ad_height), (320, 50))
+        self.assertEqual(banner.measure(Gtk.Orientation.VERTICAL, 480).natural, 50)
+        self.assertIn("shown", banner.get_css_classes())
+
+        # It moves with its ad, into another window and out of all of them.
+        box = Gtk.Box()
+        other = Gtk.Window(child=box)
+        self.box.remove(banner)
+        box.append(banner)
+        other.present()
+        run_until(banner.get_mapped)
+        self.assertEqual(banner.props.state, Velto.BannerState.SHOWN)
+        self.assertIs(load(banner), True)
+        banner.activate_action("banner.clear", None)
+        self.assertEqual(told, ["loading", "shown", "loaded", "loaded", "empty", "removed"])
+        self.assertEqual((banner.props.ad_width, banner.get_css_classes()), (0, ["empty"]))
+        run_until(lambda: banner.measure(Gtk.Orientation.VERTICAL, 480).natural == 0)
+        banner.props.collapse = False
+        self.assertEqual(banner.measure(Gtk.Orientation.HORIZONTAL, -1).natural, 728)
+        other.destroy()
+
+    def test_what_fails(self):
+        banner, heard = self.banner(), []
+        banner.connect("failed", lambda _, error: heard.append(error.code))
+        for endpoint, code in (("nofill", Velto.AdError.NO_FILL), ("gives-up", Velto.AdError.SERVER)):
+            self.client.set_endpoint(endpoint)
+            self.assertError(load(banner), Velto.AdError.quark(), code)
+        self.assertEqual(heard, [Velto.AdError.NO_FILL, Velto.AdError.SERVER])
+        self.client.set_endpoint("late")
+        for ad in (banner, Velto.Interstitial()):
+            cancellable = Gio.Cancellable()
+            GLib.idle_add(cancellable.cancel)
+            self.assertError(load(ad, cancellable=cancellable), Gio.io_error_quark(), Gio.IOErrorEnum.CANCELLED)
+            self.assertEqual(ad.props.state.value_nick, "empty")
+            GLib.idle_add(ad.clear)
+            self.assertError(load(ad), Velto.AdError.quark(), Velto.AdError.CANCELLED)
+
+    def test_handlers_may_destroy_it(self):
+        for endpoint, signal in (
+            (None, "loaded"), ("nofill", "failed"), (None, "notify::state"), (None, "notify::ad-width"), (None, "removed"),
+        ):
+            with self.subTest(signal=signal):
+                self.client.set_endpoint(endpoint)
+                banner, ends = Velto.Banner(auto_load=True), []
+                banner.weak_ref(ends.append, 1)
+                banner.connect(signal, lambda banner, *_: banner.get_root() and banner.get_root().destroy())
+                if signal == "removed":
+                    banner.connect("loaded", lambda banner: GLib.idle_add(banner.clear))
+                Gtk.Window(child=banner).present()
+                del banner
+                run_until(lambda: ends)
+
+    def test_template(self):
+        @Gtk.Template(string="""<interface><template class="Page" parent="GtkBox"><child>
+            <object class="VeltoBanner" id="banner"><property name="size">medium-rectangle</property>
+            <property name="auto-load">true</property><property name="targeting"><object class="VeltoTargeting">
+            <property name="gender">female</property></object></property></object></child></template></interface>""")
+        class Page(Gtk.Box):
+            __gtype_name__ = "Page"
+            banner = Gtk.Template.Child(GObject.type_name(Velto.Banner) and "banner")
+
+        pages = [Page(), Page()]  # two in one window
+        for page in pages:
+            self.box.append(page)
+        run_until(lambda: all(page.banner.props.state == Velto.BannerState.SHOWN for page in pages))
+        self.assertEqual(pages[0].banner.props.targeting.props.gender, Velto.Gender.FEMALE)
+
+    def test_what_nobody_sees_is_not_refreshed(self):
+        stack, heard = Gtk.Stack(), []
+        self.box.append(stack)
+        for name in ("seen", "unseen"):
+            banner = Velto.Banner(auto_refresh=True, refresh_interval=1)
+            stack.add_named(banner, name)
+            self.assertIs(load(banner), True)
+            banner.connect("loaded", lambda _, name=name: heard.append(name))
+        run_until(lambda: heard.count("seen") == 3)
+        self.assertNotIn("unseen", heard)
+        stack.set_visible_child_name("unseen")
+        run_until(lambda: "unseen" in heard)
+
+    def test_interstitial(self):
+        ad, heard = Velto.Interstitial(), []
+        for signal in ("loaded", "failed", "presented", "closed"):
+            ad.connect(signal, lambda *told, name=signal: heard.append((name, *(error.message for error in told[1:]))))
+        ad.present(self.box)
+        self.assertEqual(heard.pop(), ("failed", "no interstitial is ready"))
+        self.assertIs(load(ad), True)
+        self.assertTrue(ad.props.ready)
+        self.assertEqual(heard.pop(), ("loaded",))
+        ad.present(Gtk.Label())
+        self.assertEqual(heard.pop(), ("failed", "the widget to present over is in no window"))
+        ad.present(Gtk.Window())
+        self.assertEqual(heard.pop(), ("failed", "its window is not on the screen"))
+
+        # Busy, called off, and closed with its window.
+        second = Velto.Interstitial()
+        self.assertIs(load(second), True)
+        cancellable = Gio.Cancellable()
+        ad.connect("presented", lambda _: GLib.idle_add(cancellable.cancel))
+        second_error = []
+        ad.connect("presented", lambda _: second.present_async(self.box, None, lambda _, r: second_error.append(r)))
+        present = (ad.present_async, ad.present_finish, self.box)
+        self.assertError(outcome(*present, cancellable=cancellable), Gio.io_error_quark(), Gio.IOErrorEnum.CANCELLED)
+        with self.assertRaisesRegex(GLib.Error, "shows another screen"):
+            second.present_finish(second_error[0])
+        self.assertEqual(heard, [("presented",), ("closed",)])
+        heard.clear()
+        there = Gtk.Label()
+        Gtk.Window(child=there).present()
+        ad.set_auto_present_for(there)
+        ad.load()
+        run_until(lambda: ("presented",) in heard)
+        there.get_root().destroy()
+        run_until(lambda: ("closed",) in heard)
+
+    def test_adapter(self):
+        network, heard = Network(), []
+        self.client.add_adapter("VeltoAdMediationAdapterAdMob", network)
+        self.client.set_endpoint("mediated")
+        banner = self.banner()
+        for signal in ("loaded", "failed", "pressed", "removed"):
+            banner.connect(signal, lambda *_, name=signal: heard.append(name))
+        banner.load()
+        run_until(lambda: network.asked)
+        self.assertEqual((network.asked[0].get_ad_unit(), network.asked[0].is_full_screen()), ("north", False))
+        label = Gtk.Label(label="North")
+        ad = Velto.AdapterAd.new(label, 300, 40)
+        network.asked.pop().answer(ad)
+        run_until(lambda: label.get_width() == 300)
+        self.assertTrue(label.is_ancestor(banner))
+        self.assertEqual((label.get_height(), banner.props.ad_height), (40, 40))
+        ad.press()
+        ad.close()
+        run_until(lambda: heard == ["loaded", "pressed", "removed"])
+        banner.load()
+        run_until(lambda: network.asked)
+        network.asked.clear()  # and no answer at all
+        run_until(lambda: heard[3:] == ["failed"])
+        self.client.add_adapter("VeltoAdMediationAdapterAdMob", None)
+
+    def test_video(self):
+        request = Velto.VastRequest(host="video.example.com", width=640, height=360, max_duration=30)
+        request.set_versions([2, 3])
+        address = request.build_url()
+        self.assertRegex(address, r"^https://video\.example\.com\?key=key&.*&vw=640&vh=360&vmin=5&vmax=30&.*&vvers=2,3&")
+        request.props.host = "no host/"
+        with self.assertRaisesRegex(GLib.Error, "host"):
+            request.build_url()
+
+    def test_nothing_is_left(self):
+        rounds, ends = 24, []
+        for number in range(rounds):
+            banner, ad = self.banner(), Velto.Interstitial()
+            self.assertIs(load(banner), True)
+            if number % 3 == 0:
+                self.assertIs(load(ad), True)
+            for made in (banner, banner.get_first_child(), ad):
+                made.weak_ref(ends.append, 1)
+            self.box.remove(banner)
+            del banner, ad, made
+        gc.collect()
+        run_until(lambda: len(ends) == 3 * rounds)
+
+
+if __name__ == "__main__":
+    with Sandbox(sys.argv.pop(1), RULES) as server:
+        file = GLib.KeyFile()
+        file.load_from_file(str(server.key_file), GLib.KeyFileFlags.NONE)
+        started = Velto.Client.new_from_key_file(file)
+        for change, problem in (({"publisher_key": ""}, "publisher key"), ({"application_id": "no name"}, "reverse-domain")):
+            kept = {name: started.get_property(name) for name in change}
+            started.set_properties(**change)
+            try:
+                sys.exit(f"it started: {started.start()}")
+            except GLib.Error as error:
+                assert error.matches(Velto.ClientError.quark(), Velto.ClientError.INVALID) and problem in error.message, error
+            started.set_properties(**kept)
+        started.start()
+        unittest.main(verbosity=2)
