@@ -21,7 +21,14 @@ class BannerLoader : public bench::Loader {
                   .caFile = server.caFile,
                   .hostMap = {{names.adServer, address}, {names.tracking, address}}});
     VeltoFramework::addVeltoKey(server.key);
+#ifdef IN_A_SLOT  // as the widget of the GObject library does (GlibLoad.cpp)
+    auto* slot = gtk::adSlot();
+    gtk_overlay_add_overlay(GTK_OVERLAY(gtk_window_get_child(window)), slot);
+    bench::runMainLoopFor(bench::windowSettles);
+    delegate_->host = gtk::hostViewController(slot);
+#else
     delegate_->host = gtk::hostViewController(window);
+#endif
     banner_ = VeltoBannerViewController::initWithDelegate(delegate_, VeltoBannerSize320x50,
                                                           VeltoBannerPositionBottom);
   }

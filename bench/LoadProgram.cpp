@@ -14,7 +14,6 @@ namespace velto::bench {
 namespace {
 
 constexpr guint longestLoad = 30'000;  // milliseconds
-constexpr guint windowSettles = 300;
 constexpr guint loadSettles = 20;  // an ad stands for half a minute; its last events belong to no later load
 constexpr guint memorySettles = 500;
 

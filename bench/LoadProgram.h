@@ -37,6 +37,8 @@ class Loader {
 int runLoads(int count, char** words,
              const std::function<std::unique_ptr<Loader>(const Server&, GtkWindow*)>& make);
 
+constexpr guint windowSettles = 300;  // milliseconds
+
 // Says why and ends the process with 1: a benchmark of ads that do not load measures nothing.
 [[noreturn]] void giveUp(const std::string& reason);
 

@@ -11,7 +11,7 @@ import sys
 import tempfile
 import threading
 
-GROUPS = ["load", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "size", "memory"]
+GROUPS = ["load", "glib", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
 
@@ -149,6 +149,14 @@ class Bench:
                 row("later load, server at once", "ms", *times(later, "ms"), limit=0.12),
                 row("  main thread in a first load, engine included", "ms", *times(first, "cpuMs")),
                 row("  main thread in a later load, engine included", "ms", *times(later, "cpuMs"))]
+
+    def glib(self):
+        """The widget of the GObject library against the C++ interface below it."""
+        if not os.path.exists(os.path.join(self.programs, "velto-bench-glib-load")):
+            return []
+        loads = lambda program: lambda: [sample["ms"] for sample in self.run(program, *self.server, "bench", 30)[1:]]
+        widget, own = self.in_turns(3 if self.quick else 7, loads("velto-bench-glib-load"), loads("velto-bench-slot-load"))
+        return [Row.of_samples("later load, GObject library over C++", "ms", widget, own, limit=1.02)]
 
     def interstitial(self):
         rounds = 3 if self.quick else 6
