@@ -8,6 +8,16 @@
 
 namespace velto::test {
 
+// A real one while it lives, where the display has none. It has taken over all windows by then.
+struct WindowManager {
+  WindowManager() {
+    while (const auto line = process.line())
+      if (line == "up") return;
+    ADD_FAILURE() << "no openbox";
+  }
+  Process process{{"openbox", "--sm-disable", "--startup", "echo up"}};
+};
+
 class DisplayTest : public testing::Test {
  protected:
   DisplayTest() {

@@ -2,6 +2,8 @@
 // them, popovers; and that a change is told.
 #include "velto/measurement/ViewSight.h"
 #include "velto/measurement/ViewabilityWatcher.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
 
 #include <gdk/x11/gdkx.h>
 
@@ -16,6 +18,7 @@ class SightTest : public DisplayTest {
     list_ = gtk_scrolled_window_new();
     window_ = newWindow(400, 300, list_);
     host_ = present(window_);
+    runFrames(list_);
     ad_ = UIView::make();
     ad_->setFrame({{0, 100}, {400, 100}});
     host_->view()->addSubview(ad_);
@@ -32,6 +35,17 @@ class SightTest : public DisplayTest {
     return runUntil([&] { return seen.percentageInView == percentage && seen.reasons == reasons; });
   }
 
+  // Its place is told under X11 alone.
+  void move(int x, int y) {
+    if (isX11(window_))
+      return xdotool("windowmove " + idOf(window_) + " " + std::to_string(x) + " " + std::to_string(y));
+    swaymsg("[app_id=.*] move absolute position " + std::to_string(x) + " " + std::to_string(y));
+  }
+  void showWorkspace(int number) {
+    if (isX11(window_)) return xdotool("set_desktop " + std::to_string(number - 1));
+    swaymsg("workspace " + std::to_string(number));
+  }
+
   GtkWindow* window_;
   GtkWidget* list_;
   std::shared_ptr<UIViewController> host_;
@@ -41,9 +55,10 @@ class SightTest : public DisplayTest {
 
 TEST_F(SightTest, AWidgetOverTheAdIsToldAndTheScreenCutsAWindow) {
   EXPECT_TRUE(sees(100, {}));
-  xdotool("windowmove " + idOf(window_) + " -100 0");
-  EXPECT_TRUE(sees(75, {"viewport"}));
-  xdotool("windowmove " + idOf(window_) + " 0 0");
+  move(-100, 0);
+  runFrames(list_);
+  EXPECT_TRUE(isX11(window_) ? sees(75, {"viewport"}) : sees(100, {}));
+  move(0, 0);
   EXPECT_TRUE(sees(100, {}));
   auto* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);  // over everything, and empty but for its child
   auto* bar = painted(100, 300, 1, 0, 0);
@@ -60,28 +75,60 @@ TEST_F(SightTest, OtherWindowsOfTheApplicationCoverAndTakeOnlyTheWholeScreenAway
   giveKeyboard(window_);
   EXPECT_TRUE(sees(100, {}));
   auto* over = newWindow(400, 50, painted(400, 50, 1, 0, 0));
+  if (!isX11(window_)) gtk_window_set_transient_for(over, window_);  // counts as in its middle
   gtk_window_present(over);
   ASSERT_TRUE(runUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(over)); }));
-  xdotool("windowmove " + idOf(over) + " 0 150");
+  if (isX11(window_)) xdotool("windowmove " + idOf(over) + " 0 150");
   EXPECT_TRUE(sees(50, {"obstructed"}));
-  xdotool("windowraise " + idOf(window_));
-  EXPECT_TRUE(sees(100, {})) << "it lies below";
-  xdotool("windowraise " + idOf(over));
-  EXPECT_TRUE(sees(50, {"obstructed"}));
-  xdotool("windowmove " + idOf(over) + " 600 600");
-  EXPECT_TRUE(sees(100, {}));
+  if (isX11(window_)) {
+    xdotool("windowraise " + idOf(window_));
+    EXPECT_TRUE(sees(100, {})) << "it lies below";
+    xdotool("windowraise " + idOf(over));
+    EXPECT_TRUE(sees(50, {"obstructed"}));
+    xdotool("windowmove " + idOf(over) + " 600 600");
+    EXPECT_TRUE(sees(100, {}));
+  }
   gtk_window_destroy(over);
+  EXPECT_TRUE(sees(100, {}));
 
-  // Another application has the keyboard.
-  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-  xdotool("windowfocus " + std::to_string(gdk_x11_display_get_xrootwindow(gdk_display_get_default())));
-  G_GNUC_END_IGNORE_DEPRECATIONS
+  const auto leave = [&] {  // for another application
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    if (isX11(window_))
+      return xdotool("windowfocus " +
+                     std::to_string(gdk_x11_display_get_xrootwindow(gdk_display_get_default())));
+    G_GNUC_END_IGNORE_DEPRECATIONS
+    swaymsg("focus parent");
+  };
+  leave();
   ASSERT_TRUE(runUntil([&] { return !gtk_window_is_active(window_); }));
   EXPECT_TRUE(sees(100, {})) << "seen beside other windows";
+  if (!isX11(window_)) return;  // this compositor takes the keyboard from no window that fills the screen
   gtk_window_set_default_size(window_, 1280, 1024);
   EXPECT_TRUE(sees(0, {"noWindowFocus"}));
   giveKeyboard(window_);
   EXPECT_TRUE(sees(100, {}));
+}
+
+TEST_F(SightTest, AnotherWorkspaceTakesTheAdAwayAndTheApplicationIntoTheBackground) {
+  std::optional<WindowManager> manager;
+  if (isX11(window_)) manager.emplace();
+  std::string told;
+  auto& center = Platform::current().notificationCenter();
+  const Handle foreground =
+      center.addObserver(UIApplicationWillEnterForegroundNotification, [&](const auto&) { told += 'f'; });
+  const Handle background =
+      center.addObserver(UIApplicationDidEnterBackgroundNotification, [&](const auto&) { told += 'b'; });
+  giveKeyboard(window_);
+  EXPECT_TRUE(sees(100, {}));
+  showWorkspace(2);
+  ASSERT_TRUE(runUntil([&] { return !gtk_window_is_active(window_); }));
+  ad_->setBackgroundColor(UIColor::blackColor());  // the next that is painted does not come to the screen
+  const auto& seen = watcher_->latest();
+  EXPECT_TRUE(runUntil([&] { return seen.percentageInView == 0 && seen.reasons.front() == "backgrounded"; }));
+  EXPECT_TRUE(runUntil([&] { return told == "b"; }));
+  showWorkspace(1);
+  EXPECT_TRUE(sees(100, {}));
+  EXPECT_TRUE(runUntil([&] { return told == "bf"; })) << told;
 }
 
 TEST_F(SightTest, SlotsLieBelowTheLayerAndATurnedOneCannotBeMeasured) {

@@ -2,6 +2,9 @@
 // ways they take part in.
 #include "SlotTest.h"
 
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIDevice.h"
+
 #include <map>
 
 #include "FoldedSplit.h"
@@ -208,6 +211,7 @@ TEST_F(SlotTest, TheFocusGoesThroughThePageAndOutAgain) {
       const std::string before = place();
       xdotool("key Tab");
       EXPECT_TRUE(runUntil([&] { return place() != before; })) << passed;
+      runFrames(GTK_WIDGET(window));  // the page has the focus before one of its elements has
       passed += place();
     }
     return passed;
@@ -217,6 +221,69 @@ TEST_F(SlotTest, TheFocusGoesThroughThePageAndOutAgain) {
   EXPECT_EQ(walk(last), "last after page: page:2 page:1 before first ");
   xdotool("keyup shift");
   EXPECT_EQ(gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(slot)), GTK_ACCESSIBLE_ROLE_GROUP);
+}
+
+// Runs with two screens, of which the second keeps its scale: the first is given others, and the window goes over.
+TEST_F(SlotTest, IsAsLargeAndAsSharpAsEachScreenHasItAtItsScale) {
+  if (g_list_model_get_n_items(gdk_display_get_monitors(gdk_display_get_default())) < 2) GTEST_SKIP();
+  gtk_window_set_default_size(window, 480, 300);
+  gtk_box_append(GTK_BOX(box), slot);
+  present(box);
+  show(
+      R"(<script src='mraid.js'></script><canvas id=c style='position:fixed;left:0;top:0;width:100%;height:100%'>
+</canvas><script>function draw() {
+  [c.width, c.height] = [innerWidth * devicePixelRatio, innerHeight * devicePixelRatio];
+  for (let x = 0; x < c.width; ++x) {
+    c.getContext('2d').fillStyle = x % 2 ? '#f00' : '#00f';
+    c.getContext('2d').fillRect(x, 0, 1, c.height);
+  }
+}</script>)",
+      {320, 50}, true);
+  const auto sizes = [&] {
+    return *value("JSON.stringify([innerWidth, innerHeight, mraid.getCurrentPosition(), mraid.getMaxSize()])")
+                .string();
+  };
+  const std::string sizesBefore = sizes();
+  // Whether each column of the canvas is one of pixels.
+  const auto isSharp = [&](double scale, int top) {
+    value("draw()");
+    const auto file = (std::filesystem::temp_directory_path() / "screen.png").string();
+    run({"sh", "-c",
+         "gst-launch-1.0 -q ximagesrc num-buffers=1 ! videoconvert ! pngenc ! filesink location=" + file});
+    const auto screen = GPtr<GdkTexture>::adopt(gdk_texture_new_from_filename(file.c_str(), nullptr));
+    if (!screen) return false;
+    const int width = gdk_texture_get_width(screen);
+    std::vector<uint32_t> pixels(size_t(width * gdk_texture_get_height(screen)));
+    gdk_texture_download(screen, reinterpret_cast<guchar*>(pixels.data()), size_t(width) * 4);
+    const auto* row = &pixels[size_t(top + 25 * scale) * size_t(width)];
+    for (int x = int(80 * scale) + 1; x < int(400 * scale); ++x)
+      if ((row[x] & 0xffffff) + (row[x - 1] & 0xffffff) != 0xff00ff || row[x] == row[x - 1]) return false;
+    return true;
+  };
+  struct Step {
+    int place;
+    const char* screen;
+    const char* scale;
+  };
+  for (const auto& [place, screen, scale] :
+       {Step{0, "X11-1", "1"}, Step{0, "X11-1", "1.5"}, Step{0, "X11-1", "2"}, Step{4000, "X11-2", "1"},
+        Step{0, "X11-1", "2"}}) {
+    SCOPED_TRACE(std::string(screen) + " " + scale);
+    swaymsg(std::string("output ") + screen + " scale " + scale);
+    const double wanted = std::stod(scale);
+    const int top = place == 0 ? 840 : 0;  // in pixels: above, the second lies over the first
+    swaymsg("[app_id=.*] move absolute position " + std::to_string(place) + " " +
+            std::to_string(int(top / wanted)));
+    const double given =
+        gtk_check_version(4, 14, 0) ? std::ceil(wanted) : wanted;  // older ones know no other
+    EXPECT_TRUE(runUntil([&] {
+      return value("`${devicePixelRatio}`") == JSON(given == 1.5 ? "1.5" : std::to_string(int(given)));
+    }));
+    EXPECT_TRUE(given != wanted || runUntil([&] { return isSharp(wanted, top); }));
+    EXPECT_EQ(sizes(), sizesBefore);
+    EXPECT_EQ(seen().geometry, (CGRect{{80, 0}, {320, 50}}));
+    EXPECT_TRUE(place != 0 || Platform::current().mainScreen().scale() == given);
+  }
 }
 
 }  // namespace

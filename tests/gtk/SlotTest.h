@@ -42,7 +42,10 @@ class SlotTest : public DisplayTest {
     ad->size = size;
     if (richMedia) ad->sourceType = VeltoAdSourceMRAID;
     banner->vc()->fetchBannerSuccess(ad);
-    ASSERT_TRUE(runUntil([&] { return value("document.readyState") == JSON("complete"); }));
+    // The empty page before it is complete, too.
+    ASSERT_TRUE(runUntil([&] {
+      return value("document.readyState === 'complete' && !!document.body.firstChild") == JSON(true);
+    }));
     ASSERT_TRUE(isIn(slot));
     runFrames(GTK_WIDGET(window));
   }

@@ -97,7 +97,10 @@ class GtkVideo : public DisplayTest {
     host->playVideoAt(NSURL::URLWithString(from.url(path)).value());
   }
   bool isOver() const { return !controller->presentedViewController(); }
-  static void press(const std::string& key) { xdotool("key " + key); }
+  void press(const std::string& key) {
+    giveKeyboard(window_);
+    xdotool("key " + key);
+  }
   uint32_t colorAt(int x, int y) { return pictureOf(window_).at(x, y); }
 
   inline static std::string whole, trusted;

@@ -37,6 +37,10 @@ inline std::shared_ptr<UIViewController> present(GtkWindow* window) {
   return host;
 }
 
+inline bool isX11(GtkWindow* window) {
+  return gtk::x11WindowOf(GTK_WIDGET(window)) != 0;
+}
+// What the tools know the window by.
 inline std::string idOf(GtkWindow* window) {
   return std::to_string(gtk::x11WindowOf(GTK_WIDGET(window)));
 }
@@ -44,18 +48,22 @@ inline std::string idOf(GtkWindow* window) {
 inline void xdotool(const std::string& words) {
   ASSERT_EQ(run({"sh", "-c", "exec xdotool " + words}).code, 0) << words;
 }
+// The compositor of with-display --wayland does what a person would.
+inline void swaymsg(const std::string& words) {
+  const auto answer = run({"swaymsg", "--", words});
+  ASSERT_EQ(answer.code, 0) << words << answer.output;
+}
 
-// Keys go to that window from here on. A Wayland compositor gives them to a new window by itself.
+// Keys go to that window from here on. A compositor gives them to a new window by itself.
 inline void giveKeyboard(GtkWindow* window) {
-  if (gtk::x11WindowOf(GTK_WIDGET(window))) xdotool("windowfocus --sync " + idOf(window));
+  if (isX11(window)) xdotool("windowmap --sync " + idOf(window) + " windowfocus --sync " + idOf(window));
   ASSERT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
 }
 
-// Where windows are only a Wayland compositor knows: there it has to fill the screen.
+// Under the compositor of with-display each window is in the display's corner.
 inline void click(GtkWindow* window, CGPoint point, int button = 1) {
-  const bool isX11 = gtk::x11WindowOf(GTK_WIDGET(window)) != 0;
-  if (!isX11) xdotool("mousemove 1 1");  // a pointer that comes in
-  xdotool("mousemove " + (isX11 ? "--window " + idOf(window) + " " : "") +
+  if (!isX11(window)) xdotool("mousemove 1023 1023");  // a pointer that comes in
+  xdotool("mousemove " + (isX11(window) ? "--window " + idOf(window) + " " : "") +
           std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) + " click " +
           std::to_string(button));
 }

@@ -18,9 +18,14 @@ bool isSet(const char* variable) {
   return value && *value;
 }
 
+bool isWayland() {
+  return isSet("WAYLAND_DISPLAY") &&
+         !(isSet("GDK_BACKEND") && g_str_has_prefix(g_getenv("GDK_BACKEND"), "x11"));
+}
+
 }  // namespace
 
-Surroundings::Surroundings(const std::string& out) {
+Surroundings::Surroundings(const std::string& out, bool taps) {
   char* made = g_dir_make_tmp("velto-preview-XXXXXX", nullptr);
   if (!made) throw UsageError("no temporary folder can be made");
   folder_ = made;
@@ -28,7 +33,7 @@ Surroundings::Surroundings(const std::string& out) {
   pictures_ = out.empty() ? folder_ / "pictures" : std::filesystem::absolute(out) / "pictures";
   quietDesktop();
   try {
-    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) startDisplay();
+    if ((!isSet("DISPLAY") && !isWayland()) || (taps && isWayland())) startDisplay();
   } catch (const UsageError&) {
     remove();
     throw;
@@ -80,8 +85,9 @@ void Surroundings::startDisplay() {
   char c = 0;
   while (::read(numbers[0], &c, 1) == 1 && c != '\n') number += c;
   close(numbers[0]);
-  if (number.empty()) throw UsageError("there is no display, and Xvfb cannot be started");
+  if (number.empty()) throw UsageError("there is no display to use, and Xvfb cannot be started");
   g_setenv("DISPLAY", (":" + number).c_str(), TRUE);
+  g_unsetenv("WAYLAND_DISPLAY");
   g_setenv("GDK_BACKEND", "x11", TRUE);
   g_setenv("GSK_RENDERER", "cairo", FALSE);
   g_setenv("LIBGL_ALWAYS_SOFTWARE", "1", FALSE);

@@ -12,8 +12,9 @@ namespace velto::preview {
 class Surroundings {
  public:
   // Before GTK starts: the environment is set for it. Throws UsageError when a display is needed and cannot
-  // be had. Stored pictures go to the folder "pictures" in `out`; "" keeps none.
-  explicit Surroundings(const std::string& out);
+  // be had, such as one that real events can be sent to (`taps`): Wayland is none. Stored pictures go to the
+  // folder "pictures" in `out`; "" keeps none.
+  Surroundings(const std::string& out, bool taps);
   Surroundings(const Surroundings&) = delete;
   Surroundings& operator=(const Surroundings&) = delete;
   void remove() const;  // at the end, when nobody uses them any more

@@ -2,6 +2,7 @@
 // web view.
 #include <velto/gtk/VeltoGtk.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,7 +37,10 @@ std::unique_ptr<sandbox::Server> serve(const Creative& creative, const Arguments
 
 int run(const Arguments& arguments) {
   const auto steps = arguments.stepsFile.empty() ? std::vector<Step>() : readSteps(arguments.stepsFile);
-  const Surroundings surroundings(arguments.out);
+  const bool taps = std::any_of(steps.begin(), steps.end(), [](const Step& step) {
+    return step.verb == "tap" || step.verb == "tap-element";
+  });
+  const Surroundings surroundings(arguments.out, taps);
   tools::supervise([&surroundings] { surroundings.remove(); });
   const Creative creative(arguments.creative);
   if (!gtk_init_check()) throw UsageError("the display cannot be opened");

@@ -4,6 +4,8 @@
 
 #include <gtk/gtk.h>
 
+#include <cmath>
+
 namespace velto::gtk {
 
 // The states of a window that nobody sees. Some compositors tell only the newer one of a minimised window.
@@ -20,6 +22,20 @@ inline bool isMask([[maybe_unused]] GskRenderNode* node) {
   return false;
 #endif
 }
+
+// Pixels a point. Older toolkits know only whole numbers. The newer divide a size in pixels by one in rounded points, and so
+// come near the 120ths that compositors count in (fractional-scale-v1).
+#if GTK_CHECK_VERSION(4, 14, 0)
+inline double scaleOf(GdkMonitor* monitor) {
+  return std::round(gdk_monitor_get_scale(monitor) * 120) / 120;
+}
+constexpr char monitorScaleChanged[] = "notify::scale";
+#else
+inline double scaleOf(GdkMonitor* monitor) {
+  return gdk_monitor_get_scale_factor(monitor);
+}
+constexpr char monitorScaleChanged[] = "notify::scale-factor";
+#endif
 
 inline void loadStyle(GtkCssProvider* provider, const char* style) {
 #if GTK_CHECK_VERSION(4, 12, 0)

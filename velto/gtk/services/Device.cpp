@@ -1,6 +1,7 @@
 // Facts of the machine from /etc, /sys and GDK.
 #include "velto/gtk/services/Device.h"
 
+#include "velto/gtk/GtkVersions.h"
 #include "velto/gtk/store/Files.h"
 #include "velto/gtk/views/HostWindow.h"
 #include "velto/platform/foundation/Text.h"
@@ -173,7 +174,7 @@ void Screen::watchFirstMonitor() {
   monitor_ = GPtr<GdkMonitor>::adopt(static_cast<GdkMonitor*>(g_list_model_get_item(monitors_, 0)));
   if (!monitor_) return;  // the last known values stand until another is plugged in
   geometryChanged_ = Signal(monitor_.get(), "notify::geometry", G_CALLBACK(onMonitorChanged), this);
-  scaleChanged_ = Signal(monitor_.get(), "notify::scale-factor", G_CALLBACK(onMonitorChanged), this);
+  scaleChanged_ = Signal(monitor_.get(), monitorScaleChanged, G_CALLBACK(onMonitorChanged), this);
   read();
 }
 
@@ -183,7 +184,7 @@ void Screen::read() {
   if (geometry.width <= 0 || geometry.height <= 0) return;  // not yet told by the display server
   std::lock_guard lock(mutex_);
   bounds_ = {{0, 0}, {static_cast<double>(geometry.width), static_cast<double>(geometry.height)}};
-  scale_ = gdk_monitor_get_scale_factor(monitor_);
+  scale_ = scaleOf(monitor_);
 }
 
 void Screen::setSize(std::optional<CGSize> points) {

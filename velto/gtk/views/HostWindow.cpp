@@ -212,24 +212,34 @@ void HostWindow::contentChanged(GtkWindow* window, GParamSpec*, HostWindow* self
 // --- on the screen -------------------------------------------------------------------------------------
 
 void HostWindow::mapped(GtkWidget*, HostWindow* self) noexcept {
+  auto* window = GTK_WIDGET(self->window_);
+  if (!x11WindowOf(window)) self->frames_.emplace(window, sightChanged);
   self->controller_->view()->platformSetInWindow(true);
   tellVisibility();
 }
 
 void HostWindow::unmapped(GtkWidget*, HostWindow* self) noexcept {
+  self->frames_.reset();
   self->controller_->view()->platformSetInWindow(false);
   self->nodes_.reset();  // what was painted is not what will be seen when it comes back
   tellVisibility();
 }
 
 void HostWindow::stateChanged(GdkSurface*, GParamSpec*, HostWindow*) noexcept {
+  sightChanged();
+}
+
+void HostWindow::sightChanged() {
   tellVisibility();
   ViewChanges::note();
 }
 
 // The attention goes from one window of the application to another by way of none.
-void HostWindow::focusChanged(GtkWindow*, GParamSpec*, HostWindow*) noexcept {
+void HostWindow::focusChanged(GtkWindow* window, GParamSpec*, HostWindow* self) noexcept {
   hasFocus();
+  // With the focus the window may have gone from the screen: its next frame tells.
+  if (self->frames_ && !gtk_window_is_active(window))
+    gdk_surface_queue_render(gtk_native_get_surface(GTK_NATIVE(window)));
   ViewChanges::note();
 }
 
@@ -289,8 +299,9 @@ void HostWindow::tellVisibility() {
 
 bool HostWindow::isVisible() const {
   if (!gtk_widget_get_mapped(GTK_WIDGET(window_))) return false;
-  auto* surface = GDK_TOPLEVEL(gtk_native_get_surface(GTK_NATIVE(window_)));
-  return !(gdk_toplevel_get_state(surface) & outOfSightStates);
+  auto* surface = gtk_native_get_surface(GTK_NATIVE(window_));
+  if ((frames_ && frames_->isStalled()) || isOnOtherWorkspace(surface)) return false;
+  return !(gdk_toplevel_get_state(GDK_TOPLEVEL(surface)) & outOfSightStates);
 }
 
 void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
@@ -299,7 +310,7 @@ void HostWindow::realized(GtkWidget*, HostWindow* self) noexcept {
   g_signal_connect(self->clock_, "after-paint", G_CALLBACK(painted), self);
   self->stateChanged_ = Signal(gtk_native_get_surface(GTK_NATIVE(self->window_)), "notify::state",
                                G_CALLBACK(stateChanged), self);
-  self->moved_ = watchMoves(gtk_native_get_surface(GTK_NATIVE(self->window_)));
+  self->moved_ = watchMoves(gtk_native_get_surface(GTK_NATIVE(self->window_)), sightChanged);
 }
 
 void HostWindow::unrealized(GtkWidget*, HostWindow* self) noexcept {
@@ -321,6 +332,7 @@ void HostWindow::laidOut(GdkFrameClock*, HostWindow* self) noexcept {
 void HostWindow::painted(GdkFrameClock*, HostWindow* self) noexcept {
   const bool isEmpty = self->controller_->view()->subviews().empty();
   self->nodes_ = isEmpty ? nullptr : paintedNodes(GTK_WIDGET(self->window_));
+  if (!isEmpty && self->frames_) self->frames_->painted();
   ViewChanges::note();
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "velto/gtk/Signal.h"
+#include "velto/gtk/views/FrameWatch.h"
 #include "velto/gtk/views/HostView.h"
 #include "velto/gtk/views/PaintedOver.h"
 #include "velto/platform/UIDevice.h"
@@ -58,6 +59,7 @@ class HostWindow {
   static void destroyed(GtkWidget* window, HostWindow* self) noexcept;
   static void laidOut(GdkFrameClock*, HostWindow* self) noexcept;
   static void stateChanged(GdkSurface*, GParamSpec*, HostWindow* self) noexcept;
+  static void sightChanged();
   static void focusChanged(GtkWindow*, GParamSpec*, HostWindow* self) noexcept;
   static void painted(GdkFrameClock*, HostWindow* self) noexcept;
   static void tellVisibility();
@@ -80,6 +82,7 @@ class HostWindow {
   PaintedNodes nodes_;  // of the last frame, while there is anything of the library's in it
   Signal stateChanged_;
   Signal moved_;
+  std::optional<FrameWatch> frames_;  // while mapped, where the display says nothing better
   bool inserting_ = false;
   // Of the content, by way of the window's default size.
   struct Turn {

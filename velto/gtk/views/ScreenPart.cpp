@@ -8,6 +8,7 @@
 #include <vector>
 
 #ifdef GDK_WINDOWING_X11
+#include <X11/Xatom.h>
 #include <gdk/x11/gdkx.h>
 #endif
 
@@ -28,6 +29,8 @@ VELTO_X11_BEGIN
 
 namespace {
 
+constexpr unsigned long onAllDesktops = 0xFFFFFFFF;  // EWMH, _NET_WM_DESKTOP
+
 CGRect allMonitors(GdkDisplay* display) {
   GListModel* monitors = gdk_display_get_monitors(display);
   GdkRectangle all{};
@@ -44,11 +47,34 @@ CGRect allMonitors(GdkDisplay* display) {
           {static_cast<double>(all.width), static_cast<double>(all.height)}};
 }
 
-// Any window of the application may come to lie over another one.
-gboolean eventCame(GdkDisplay*, gpointer event, gpointer) noexcept {
-  const int type = static_cast<XEvent*>(event)->type;
-  if (type == ConfigureNotify || type == MapNotify || type == UnmapNotify) ViewChanges::note();
+// Any window of the application may come to lie over another one, or may go to another workspace.
+gboolean eventCame(GdkDisplay* display, gpointer data, gpointer switched) noexcept {
+  const auto& event = *static_cast<XEvent*>(data);
+  if (event.type == ConfigureNotify || event.type == MapNotify || event.type == UnmapNotify)
+    ViewChanges::note();
+  const auto isNamed = [&](const char* name) {
+    return event.xproperty.atom == gdk_x11_get_xatom_by_name_for_display(display, name);
+  };
+  if (event.type == PropertyNotify && (isNamed("_NET_CURRENT_DESKTOP") || isNamed("_NET_WM_DESKTOP")))
+    reinterpret_cast<void (*)()>(switched)();
   return FALSE;
+}
+
+// A property of a window, as window managers keep them.
+std::optional<unsigned long> numberOf(GdkDisplay* display, Window window, const char* name) {
+  Atom type = 0;
+  int format = 0;
+  unsigned long count = 0, left = 0;
+  unsigned char* data = nullptr;
+  gdk_x11_display_error_trap_push(display);
+  XGetWindowProperty(gdk_x11_display_get_xdisplay(display), window,
+                     gdk_x11_get_xatom_by_name_for_display(display, name), 0, 1, False, XA_CARDINAL, &type,
+                     &format, &count, &left, &data);
+  gdk_x11_display_error_trap_pop_ignored(display);
+  std::optional<unsigned long> number;
+  if (type == XA_CARDINAL && format == 32 && count == 1) number = *reinterpret_cast<unsigned long*>(data);
+  if (data) XFree(data);
+  return number;
 }
 
 // A window's parent, and its children from the lowest to the highest.
@@ -117,10 +143,24 @@ std::optional<CGRect> screenAround(GtkWidget* widget) {
   return screen;
 }
 
-Signal watchMoves(GdkSurface* surface) {
+bool isOnOtherWorkspace(GdkSurface* surface) {
+  if (!GDK_IS_X11_SURFACE(surface)) return false;
+  auto* display = gdk_surface_get_display(surface);
+  const auto own = numberOf(display, gdk_x11_surface_get_xid(surface), "_NET_WM_DESKTOP");
+  const auto shown = numberOf(display, gdk_x11_display_get_xrootwindow(display), "_NET_CURRENT_DESKTOP");
+  return own && shown && *own != onAllDesktops && *own != *shown;
+}
+
+Signal watchMoves(GdkSurface* surface, void (*switched)()) {
   auto* display = gdk_surface_get_display(surface);
   if (!GDK_IS_X11_DISPLAY(display)) return {};
-  return Signal(display, "xevent", G_CALLBACK(eventCame), nullptr);
+  // What the toolkit does not listen to: the number of the workspace that is shown.
+  auto* connection = gdk_x11_display_get_xdisplay(display);
+  const Window root = gdk_x11_display_get_xrootwindow(display);
+  XWindowAttributes now{};
+  if (XGetWindowAttributes(connection, root, &now))
+    XSelectInput(connection, root, now.your_event_mask | PropertyChangeMask);
+  return Signal(display, "xevent", G_CALLBACK(eventCame), reinterpret_cast<gpointer>(switched));
 }
 
 unsigned long x11WindowOf(GtkWidget* widget) {
@@ -140,7 +180,10 @@ std::optional<CGPoint> placeOnScreen(GtkWidget*) {
 bool isStackedOver(GdkSurface*, GdkSurface*) {
   return false;
 }
-Signal watchMoves(GdkSurface*) {
+bool isOnOtherWorkspace(GdkSurface*) {
+  return false;
+}
+Signal watchMoves(GdkSurface*, void (*)()) {
   return {};
 }
 unsigned long x11WindowOf(GtkWidget*) {

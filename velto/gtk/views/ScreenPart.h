@@ -20,8 +20,12 @@ std::optional<CGRect> screenAround(GtkWidget* widget);
 std::optional<CGPoint> placeOnScreen(GtkWidget* widget);
 bool isStackedOver(GdkSurface* surface, GdkSurface* other);
 
-// Tells of moves, also of the application's other windows, by ViewChanges::note(), until it goes. The surface must outlive it.
-Signal watchMoves(GdkSurface* surface);
+// Whether it is on a workspace that is not shown, as far as the window manager says; false on other displays.
+bool isOnOtherWorkspace(GdkSurface* surface);
+
+// Tells of moves, also of the application's other windows, by ViewChanges::note(), and of other workspaces by `switched`,
+// until it goes. The surface must outlive it.
+Signal watchMoves(GdkSurface* surface, void (*switched)());
 
 // The number of the widget's window on an X11 display; 0 on others, and before it has one.
 unsigned long x11WindowOf(GtkWidget* widget);
