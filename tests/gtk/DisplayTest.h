@@ -24,9 +24,12 @@ class DisplayTest : public testing::Test {
     gtk_init();
     // What the toolkit forbids is a failure, also where it goes on.
     g_log_set_always_fatal(GLogLevelFlags(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL));
-    gtk::install({.applicationIdentifier = "org.example.display"});
+    gtk::install({.applicationIdentifier = "org.example.display",
+                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); }});
   }
   ~DisplayTest() override { gtk::uninstall(); }
+
+  std::vector<std::string> refused;  // what ads were not let open
 
   // Lets what was asked for come to the screen.
   static void runFrames(GtkWidget* widget, int count = 3) {
