@@ -30,6 +30,9 @@ void Tour::expandAndClose(const std::string& name) {
   hand_.click({small.midX(), small.midY()});
   expect(name + ": the page covers the window",
          [&] { return camera_.take().at(20, 20) != before && far() != beforeFar; });
+  const velto::CGRect corner{{content.maxX() - 40, content.minY() + 10}, {30, 30}};
+  expect(name + ": and shows where it can be closed",
+         [&] { return camera_.take().brightest(corner) > 0xf0; });
   photograph("rich-" + name);
   hand_.click({wholeContent().maxX() - 25, 25});
   expect(name + ": and goes back",
