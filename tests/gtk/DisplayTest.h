@@ -15,6 +15,11 @@ struct WindowManager {
       if (line == "up") return;
     ADD_FAILURE() << "no openbox";
   }
+  // Asked to end it hands the screen back; killed it may still be given the next window to map.
+  ~WindowManager() {
+    process.signal(SIGTERM);
+    process.exitCode();
+  }
   Process process{{"openbox", "--sm-disable", "--startup", "echo up"}};
 };
 
