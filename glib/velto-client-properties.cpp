@@ -31,14 +31,14 @@ void get(GObject* object, guint id, GValue* value, GParamSpec*) {
   g_value_set_enum(value, values.numbers[id]);
 }
 
-void set(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void set(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
   auto* self = VELTO_CLIENT(object);
-  if (isText(id)) return setClientText(self, id, g_value_get_string(value), spec->name);
+  if (isText(id)) return setClientText(self, id, g_value_get_string(value), pspec->name);
   if (id == ClientCaFile) return velto_client_set_ca_file(self, G_FILE(g_value_get_object(value)));
   if (id == ClientHostMap) return velto_client_set_host_map(self, g_value_get_variant(value));
   if (id == ClientRequestTimeout) return velto_client_set_request_timeout(self, g_value_get_uint(value));
   const bool isSwitch = G_VALUE_HOLDS_BOOLEAN(value);
-  setClientNumber(self, id, isSwitch ? g_value_get_boolean(value) : g_value_get_enum(value), spec->name);
+  setClientNumber(self, id, isSwitch ? g_value_get_boolean(value) : g_value_get_enum(value), pspec->name);
 }
 
 }  // namespace

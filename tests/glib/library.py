@@ -105,7 +105,7 @@ class LibraryTest(unittest.TestCase):
             with self.assertRaisesRegex(GLib.Error, word):
                 Velto.Client.new_from_key_file(settings)
         told = []
-        self.client.connect("notify", lambda _, spec: told.append(spec.name))
+        self.client.connect("notify", lambda _, pspec: told.append(pspec.name))
         for consent in ("yes", "yes", None):
             self.client.props.gdpr_consent = consent
         self.assertEqual(told, ["gdpr-consent"] * 2)
