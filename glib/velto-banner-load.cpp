@@ -43,8 +43,8 @@ void takeState(VeltoBanner* banner) {
   const auto state = priv.ad ? VeltoBannerState(priv.ad->state()) : VELTO_BANNER_STATE_EMPTY;
   const auto size = priv.ad ? priv.ad->adSize() : velto::CGSize{};
   const auto before = std::exchange(priv.state, state);
-  const bool otherWidth = std::exchange(priv.adWidth, int(size.width)) != priv.adWidth;
-  const bool otherHeight = std::exchange(priv.adHeight, int(size.height)) != priv.adHeight;
+  const int width = std::exchange(priv.adWidth, int(size.width));
+  const int height = std::exchange(priv.adHeight, int(size.height));
   const Kept kept(banner);
   if (before != state) {
     gtk_widget_remove_css_class(GTK_WIDGET(banner), styleClass(before));
@@ -54,8 +54,8 @@ void takeState(VeltoBanner* banner) {
   }
   g_object_freeze_notify(G_OBJECT(banner));
   if (before != state) notifyBanner(banner, BannerState);
-  if (otherWidth) notifyBanner(banner, BannerAdWidth);
-  if (otherHeight) notifyBanner(banner, BannerAdHeight);
+  if (width != priv.adWidth) notifyBanner(banner, BannerAdWidth);
+  if (height != priv.adHeight) notifyBanner(banner, BannerAdHeight);
   g_object_thaw_notify(G_OBJECT(banner));
   if (isShown(before) && !isShown(state)) emitBanner(banner, BannerSignal::Removed);
 }

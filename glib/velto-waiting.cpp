@@ -1,3 +1,4 @@
+// A task called off is taken out and answered for itself; one outcome answers all that are left.
 #include "velto-waiting.h"
 
 #include <algorithm>

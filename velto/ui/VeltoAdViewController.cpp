@@ -30,6 +30,18 @@ void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   });
 }
 
+std::shared_ptr<VeltoCloseButton> VeltoAdViewController::veltoCloseButton() const {
+  return shown_ ? shown_->veltoCloseButton() : nullptr;
+}
+
+std::shared_ptr<VeltoMRAIDHandler> VeltoAdViewController::veltoGetMRAIDHandler() const {
+  return shown_ ? shown_->veltoGetMRAIDHandler() : nullptr;
+}
+
+std::shared_ptr<WKWebView> VeltoAdViewController::makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) {
+  return shown_->createWKWebViewInstance(std::move(delegate));
+}
+
 void VeltoAdViewController::fetchFailed() {
   if (!isFetching()) preparedPage_.drop();
 }

@@ -37,12 +37,8 @@ class VeltoAdViewController : public UIViewController,
   std::shared_ptr<VeltoAd> ad() const { return shown_ ? shown_->ad() : nullptr; }
   std::shared_ptr<WKWebView> webView() const { return shown_ ? shown_->webView() : nullptr; }
   std::shared_ptr<WKWebView> activeWebView() const { return shown_ ? shown_->activeWebView() : nullptr; }
-  std::shared_ptr<VeltoCloseButton> veltoCloseButton() const {
-    return shown_ ? shown_->veltoCloseButton() : nullptr;
-  }
-  std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() const {
-    return shown_ ? shown_->veltoGetMRAIDHandler() : nullptr;
-  }
+  std::shared_ptr<VeltoCloseButton> veltoCloseButton() const;
+  std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() const;
   const NSLayoutConstraints& webViewContraints() const { return webViewContraints_; }
 
   // --- asked by the shown ad
@@ -89,9 +85,7 @@ class VeltoAdViewController : public UIViewController,
   VeltoAdViewController() = default;
   UIViewController& viewController() override { return *this; }
   void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
-  std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override {
-    return shown_->createWKWebViewInstance(std::move(delegate));
-  }
+  std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override;
   virtual VeltoControllerDelegate delegate() const = 0;
   void fetchFailed() override;
   void tellState() override;

@@ -48,10 +48,6 @@ VeltoInterstitialViewControllerPrivate::~VeltoInterstitialViewControllerPrivate(
   _invalidateBanner();
 }
 
-std::shared_ptr<VeltoInterstitialViewControllerPrivate> VeltoInterstitialViewControllerPrivate::self() {
-  return std::static_pointer_cast<VeltoInterstitialViewControllerPrivate>(shared_from_this());
-}
-
 void VeltoInterstitialViewControllerPrivate::abandon() {
   if (std::exchange(abandoned_, true)) return;
   delegate_.reset();
@@ -67,8 +63,7 @@ void VeltoInterstitialViewControllerPrivate::takeOff() {
   waitingAd_.reset();
   showing_ = false;
   _invalidateBanner();
-  const auto subviews = view()->subviews();
-  for (const auto& subview : subviews) subview->removeFromSuperview();
+  for (const auto& subview : std::vector(view()->subviews())) subview->removeFromSuperview();
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {

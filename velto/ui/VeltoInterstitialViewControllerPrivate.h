@@ -72,7 +72,9 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   }
   bool animatesAsBanner() const override { return false; }
   VeltoControllerDelegate delegate() const override { return delegate_.lock(); }
-  std::shared_ptr<VeltoInterstitialViewControllerPrivate> self();
+  std::shared_ptr<VeltoInterstitialViewControllerPrivate> self() {
+    return std::static_pointer_cast<VeltoInterstitialViewControllerPrivate>(shared_from_this());
+  }
   // From the call to show until it has gone again.
   bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 
