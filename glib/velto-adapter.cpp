@@ -2,10 +2,10 @@
 #include <velto/ads/VeltoAd.h>
 #include <velto/ads/VeltoAdMediationAdapterRegistry.h>
 #include <velto/ads/VeltoAdMediationCoreAdapter.h>
-#include <velto/gtk/VeltoGtk.h>
 #include <velto/platform/ui/UIButton.h>
 
 #include "velto-adapter-private.h"
+#include "velto-ground-private.h"
 
 /**
  * VeltoAdapter:
@@ -76,16 +76,6 @@ namespace {
 
 using Completion = velto::VeltoAdCompletion;
 
-// On the main thread, where all of an adapter belongs; at once where that is this one.
-void onMainThread(std::function<void()> work) {
-  const auto run = [](gpointer data) -> gboolean {
-    guarded("VeltoAdapter", *static_cast<std::function<void()>*>(data));
-    return G_SOURCE_REMOVE;
-  };
-  const auto forget = [](gpointer data) { delete static_cast<std::function<void()>*>(data); };
-  g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, run, new std::function(std::move(work)), forget);
-}
-
 // One ad of the network, as the library's controllers see it.
 class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
                         public velto::VeltoAdMediationRootViewControllerUser {
@@ -93,7 +83,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   AdapterAd(VeltoAdapter* adapter, VeltoAdapterAd* ad)
       : adapter_(VELTO_ADAPTER(g_object_ref(adapter))),
         ad_(VELTO_ADAPTER_AD(g_object_ref(ad))),
-        view_(velto::gtk::widgetView(velto_adapter_ad_get_widget(ad))) {
+        view_(ground().adView(velto_adapter_ad_get_widget(ad))) {
     g_signal_connect(ad_, "pressed", G_CALLBACK(pressed), this);
     g_signal_connect(ad_, "closed", G_CALLBACK(closed), this);
   }
@@ -101,7 +91,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   AdapterAd& operator=(const AdapterAd&) = delete;
   ~AdapterAd() override {
     g_signal_handlers_disconnect_by_data(ad_, this);
-    onMainThread([adapter = adapter_, ad = ad_, view = std::move(view_)] {
+    ground().onMainThread([adapter = adapter_, ad = ad_, view = std::move(view_)] {
       view->removeFromSuperview();
       g_object_unref(ad);
       g_object_unref(adapter);
@@ -157,7 +147,7 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
   AdapterClass(const AdapterClass&) = delete;
   AdapterClass& operator=(const AdapterClass&) = delete;
   ~AdapterClass() override {
-    onMainThread([adapter = adapter_] { g_object_unref(adapter); });
+    ground().onMainThread([adapter = adapter_] { g_object_unref(adapter); });
   }
 
   void adapt(const std::shared_ptr<velto::VeltoMediationItemResponse>& item,
@@ -165,7 +155,7 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
              const std::shared_ptr<velto::VeltoTaskResponseHeaders>& headers, uint64_t adType,
              Completion completionHandler) override {
     const auto* adapter = VELTO_ADAPTER(g_object_ref(adapter_));
-    onMainThread([=] {
+    ground().onMainThread([=] {
       ask(const_cast<VeltoAdapter*>(adapter), *item, adType, [=](VeltoAdapterAd* ad, const auto* error) {
         if (error) return completionHandler(nullptr, *error);
         auto made = velto::VeltoAd::adWithMediation(

@@ -71,7 +71,7 @@ class BannerDelegate final : public velto::VeltoBannerViewControllerDelegate {
 
   std::shared_ptr<velto::UIViewController> presentViewController() override {
     auto* slot = banner_ ? privateOf(banner_).slot : nullptr;
-    return slot ? velto::gtk::hostViewController(slot) : nullptr;
+    return slot ? ground().slotController(slot) : nullptr;
   }
   void veltoBannerViewControllerDidFinishLoad(Controller&) override {
     if (banner_) conclude(banner_, nullptr);

@@ -28,7 +28,7 @@ void keepRoom(VeltoBanner* banner) {
   const auto& priv = privateOf(banner);
   if (!priv.slot) return;
   guarded(__func__, [&] {
-    velto::gtk::setSlotRoom(priv.slot, priv.collapse ? std::nullopt : std::optional(roomOf(priv.size)));
+    ground().setSlotRoom(priv.slot, priv.collapse ? std::nullopt : std::optional(roomOf(priv.size)));
   });
 }
 

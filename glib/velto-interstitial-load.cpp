@@ -55,17 +55,18 @@ void takeState(VeltoInterstitial* interstitial) {
   answer(nullptr);
 }
 
-// Null when it is on its way to the screen.
+// Null when it is on its way to the screen. The parent may be null.
 GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
   auto& priv = privateOf(interstitial);
-  auto* window = gtk_widget_get_root(parent);
-  if (!GTK_IS_WINDOW(window)) return refusal("the widget to present over is in no window");
   if (!priv.ad) return refusal("no interstitial is ready");
   GError* error = nullptr;
   const auto ad = priv.ad;
   guarded(&error, [&] {
+    const char* why = nullptr;
+    const auto over = ground().windowController(interstitial, parent, why);
+    if (!over) return void(error = refusal(why));
     ad->setAnimation(velto::VeltoAnimation(priv.animation));
-    const auto refused = ad->show(velto::gtk::hostViewController(GTK_WINDOW(window)));
+    const auto refused = ad->show(over);
     if (refused) error = errorFrom(*refused);
   });
   return error;
@@ -244,7 +245,7 @@ gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* r
 /**
  * velto_interstitial_present:
  * @self: an interstitial
- * @parent: a widget of the window to cover
+ * @parent: (nullable): a widget of the window to cover; without one there is nothing to present over, but in a test
  *
  * Presents the ad that is ready.
  *
@@ -255,7 +256,7 @@ gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* r
  */
 void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(GTK_IS_WIDGET(parent));
+  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   velto_return_if_elsewhere();
   const Kept kept(self);
   Waiting nobody(nullptr);
@@ -265,7 +266,7 @@ void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
 /**
  * velto_interstitial_present_async:
  * @self: an interstitial
- * @parent: a widget of the window to cover
+ * @parent: (nullable): a widget of the window to cover; without one there is nothing to present over, but in a test
  * @cancellable: (nullable): a cancellable, which takes the ad off the screen
  * @callback: (scope async): called when the ad has gone, or could not be presented
  * @user_data: user data for @callback
@@ -277,7 +278,7 @@ void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
 void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent, GCancellable* cancellable,
                                       GAsyncReadyCallback callback, gpointer user_data) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(GTK_IS_WIDGET(parent));
+  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   g_return_if_fail(!cancellable || G_IS_CANCELLABLE(cancellable));
   velto_return_if_elsewhere();
   auto* task =
