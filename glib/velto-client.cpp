@@ -197,6 +197,10 @@ void startWith(VeltoClient* client) {
   installed.release();
 }
 
+void startAgain() {
+  if (started_client) startWith(started_client);
+}
+
 void putIntoEffect(VeltoClient* client, guint property) {
   if (!runs(client)) return;
   const int number = client->values->numbers[property];

@@ -9,11 +9,11 @@
 #include <optional>
 #include <string>
 
-#include "velto-interstitial.h"
+#include "velto-private.h"
 
 namespace velto_glib {
 
-class [[gnu::visibility("default")]] Ground {
+class VELTO_SHARED Ground {
  public:
   Ground() = default;
   Ground(const Ground&) = delete;
@@ -31,21 +31,23 @@ class [[gnu::visibility("default")]] Ground {
 
   // The widget that a banner's ad stands in: it asks for the ad's size, or keeps room while there is none.
   virtual GtkWidget* makeSlot() = 0;
-  virtual void setSlotRoom(GtkWidget * slot, std::optional<velto::CGSize> room) = 0;
+  virtual void setSlotRoom(GtkWidget* slot, std::optional<velto::CGSize> room) = 0;
   // Throws for a window that cannot be wrapped.
-  virtual std::shared_ptr<velto::UIViewController> slotController(GtkWidget * slot) = 0;
+  virtual std::shared_ptr<velto::UIViewController> slotController(GtkWidget* slot) = 0;
   // What an interstitial is presented over, in the window of a widget (may be null). Null, and the reason, where that is
   // nothing.
-  virtual std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial * interstitial,
-                                                                    GtkWidget * parent, const char*& why) = 0;
+  virtual std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial* interstitial,
+                                                                    GtkWidget* parent, const char*& why) = 0;
   // The view of another network's ad.
-  virtual std::shared_ptr<velto::UIView> adView(GtkWidget * widget) = 0;
+  virtual std::shared_ptr<velto::UIView> adView(GtkWidget* widget) = 0;
   // Where views may be touched: at once where that is here.
   virtual void onMainThread(std::function<void()> work) = 0;
 };
 
 Ground& ground();
 // In place of the toolkit's, before a client starts.
-[[gnu::visibility("default")]] void setGround(std::unique_ptr<Ground> ground);
+VELTO_SHARED void setGround(std::unique_ptr<Ground> ground);
+// Puts the client that has been started, if there is one, onto a ground that begins anew. Throws as its start does.
+VELTO_SHARED void startAgain();
 
 }  // namespace velto_glib

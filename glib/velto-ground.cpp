@@ -1,6 +1,5 @@
 // The toolkit's platform as the ground that ads stand on.
 #include "velto-ground-private.h"
-#include "velto-private.h"
 
 namespace velto_glib {
 namespace {
@@ -45,9 +44,10 @@ class ToolkitGround final : public Ground {
   }
 };
 
+// Not for the process's exit handlers to destroy: what stands on it may be gone by then.
 std::unique_ptr<Ground>& current() {
-  static std::unique_ptr<Ground> ground = std::make_unique<ToolkitGround>();
-  return ground;
+  static auto* ground = new std::unique_ptr<Ground>(std::make_unique<ToolkitGround>());
+  return *ground;
 }
 
 }  // namespace

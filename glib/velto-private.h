@@ -11,17 +11,20 @@
 
 #include "velto-glib.h"
 
+// Also for the test kit, which is a library of its own.
+#define VELTO_SHARED [[gnu::visibility("default")]]
+
 namespace velto_glib {
 
 // Whether the caller is on the thread of the default main context; else it is told what to do.
-bool isMainThread(const char* function);
+VELTO_SHARED bool isMainThread(const char* function);
 // Whether a client runs; else the caller is told what to do. Needed by whatever asks for ads.
 bool isStarted(const char* function);
 
 // As an error of VELTO_AD_ERROR, with the system's own words where there are any.
 GError* errorFrom(const velto::VeltoErrorAd& error);
 // For an exception of the C++ library.
-GError* errorFrom(const std::exception& exception);
+VELTO_SHARED GError* errorFrom(const std::exception& exception);
 
 velto::VeltoSettings settingsFrom(VeltoTargeting* targeting);  // may be null
 

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
-"""The GObject library as another language sees it, against velto-sandbox: library.py SANDBOX"""
+"""The GObject library as another language sees it, against velto-sandbox or on the test kit's ground: library.py SANDBOX | kit"""
+import contextlib
 import gc
+import json
 import sys
 import threading
 import unittest
@@ -9,7 +11,8 @@ import gi
 
 gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
-from gi.repository import Gio, GLib, GObject, Gtk, Velto  # noqa: E402
+gi.require_version("VeltoTest", "1.0")
+from gi.repository import Gio, GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
 from sandbox import Sandbox, answer  # noqa: E402
 
 CRITICAL = GLib.LogLevelFlags.LEVEL_CRITICAL
@@ -27,6 +30,8 @@ RULES = [
 
 
 def run_until(condition):
+    if on_kit:
+        return any(condition() or VeltoTest.advance(50) for _ in range(1000)) or unittest.TestCase().fail("it did not come")
     context, late = GLib.MainContext.default(), []
     looks = GLib.timeout_add(5, lambda: True)
     deadline = GLib.timeout_add_seconds(120, lambda: late.append(1))
@@ -221,6 +226,9 @@ class LibraryTest(unittest.TestCase):
         self.assertEqual(heard.pop(), ("loaded",))
         ad.present(Gtk.Label())
         self.assertEqual(heard.pop(), ("failed", "the widget to present over is in no window"))
+        if not on_kit:  # which has a window for who has none
+            ad.present(None)
+            self.assertEqual(heard.pop(), ("failed", "there is no widget to present over"))
         ad.present(Gtk.Window())
         self.assertEqual(heard.pop(), ("failed", "its window is not on the screen"))
 
@@ -294,10 +302,31 @@ class LibraryTest(unittest.TestCase):
         run_until(lambda: len(ends) == 3 * rounds)
 
 
+def script(server):
+    """The rules, of which the newest counts."""
+    for when, (said,) in reversed(RULES):
+        if said == 204:
+            made = VeltoTest.Answer.new_no_fill()
+        else:
+            body = said["body"] if isinstance(said["body"], str) else json.dumps(said["body"]["json"])
+            made = VeltoTest.Answer(body=body, delay=said.get("delayMs", 0))
+            for name, value in said["headers"].items():
+                made.set_header(name, str(value))
+        server.respond(when.get("endpoint"), made)
+
+
 if __name__ == "__main__":
-    with Sandbox(sys.argv.pop(1), RULES) as server:
+    ground = sys.argv.pop(1)
+    on_kit = ground == "kit"
+    with contextlib.nullcontext() if on_kit else Sandbox(ground, RULES) as server:
         file = GLib.KeyFile()
-        file.load_from_file(str(server.key_file), GLib.KeyFileFlags.NONE)
+        if on_kit:
+            server = VeltoTest.Server()
+            script(server)
+            settings = GLib.Bytes.new(b"[Velto]\napplication-id=org.example.test\npublisher-key=key\n")
+            file.load_from_bytes(settings, GLib.KeyFileFlags.NONE)
+        else:
+            file.load_from_file(str(server.key_file), GLib.KeyFileFlags.NONE)
         started = Velto.Client.new_from_key_file(file)
         for change, problem in (({"publisher_key": ""}, "publisher key"), ({"application_id": "no name"}, "reverse-domain")):
             kept = {name: started.get_property(name) for name in change}
