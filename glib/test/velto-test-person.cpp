@@ -100,8 +100,9 @@ gboolean velto_test_tap(GObject* ad, double x, double y) {
     const auto page = pageOf(ad);
     if (!page || !page.window || !page.window->view().isInWindow()) return false;
     auto& web = page.web->webView();
-    if (!web.bounds().contains({x, y})) return false;
-    page.window->tap(page.window->view().convertPointFromView({x, y}, web));
+    const auto point = page.window->view().convertPointFromView({x, y}, web);
+    if (!web.bounds().contains({x, y}) || !page.window->view().bounds().contains(point)) return false;
+    page.window->tap(point);
     return true;
   });
 }
@@ -146,8 +147,10 @@ gboolean velto_test_close(VeltoInterstitial* interstitial) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(interstitial), FALSE);
   velto_return_val_if_elsewhere(FALSE);
   return play(__func__, [&] {
-    const auto page = pageOf(G_OBJECT(interstitial));
-    return page && page.window->pressEscape();
+    TestGround::current().settle();
+    const auto window = TestGround::current().windowOf(interstitial);
+    const bool isThere = velto_interstitial_get_state(interstitial) == VELTO_INTERSTITIAL_STATE_PRESENTED;
+    return window && isThere && window->pressEscape();
   });
 }
 

@@ -134,6 +134,7 @@ VeltoTestServer* velto_test_server_new() {
  */
 void velto_test_server_respond(VeltoTestServer* self, const char* part, VeltoTestAnswer* answer) {
   g_return_if_fail(VELTO_TEST_IS_SERVER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_TEST_IS_ANSWER(answer));
   add_rule(self, part, answer, false);
 }
@@ -151,6 +152,7 @@ void velto_test_server_respond(VeltoTestServer* self, const char* part, VeltoTes
  */
 void velto_test_server_respond_once(VeltoTestServer* self, const char* part, VeltoTestAnswer* answer) {
   g_return_if_fail(VELTO_TEST_IS_SERVER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_TEST_IS_ANSWER(answer));
   add_rule(self, part, answer, true);
 }
@@ -168,6 +170,7 @@ void velto_test_server_respond_once(VeltoTestServer* self, const char* part, Vel
  */
 GPtrArray* velto_test_server_get_requests(VeltoTestServer* self, const char* part) {
   g_return_val_if_fail(VELTO_TEST_IS_SERVER(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   auto* found = g_ptr_array_new_with_free_func(g_object_unref);
   for (guint i = 0; i < self->requests->len; ++i) {
     auto* request = VELTO_TEST_REQUEST(self->requests->pdata[i]);
@@ -189,6 +192,7 @@ GPtrArray* velto_test_server_get_requests(VeltoTestServer* self, const char* par
  */
 char** velto_test_server_dup_opened(VeltoTestServer* self) {
   g_return_val_if_fail(VELTO_TEST_IS_SERVER(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   auto* builder = g_strv_builder_new();
   if (self == newest)
     for (const auto& opened : TestGround::current().platform().application().opened)
@@ -224,6 +228,7 @@ gboolean velto_test_server_get_pages_finish(VeltoTestServer* self) {
  */
 void velto_test_server_set_pages_finish(VeltoTestServer* self, gboolean pages_finish) {
   g_return_if_fail(VELTO_TEST_IS_SERVER(self));
+  velto_return_if_elsewhere();
   if (self->pages_finish == !!pages_finish) return;
   self->pages_finish = !!pages_finish;
   if (self == newest) TestGround::current().platform().setPagesFinishByThemselves(self->pages_finish);

@@ -90,6 +90,7 @@ class KitTest(unittest.TestCase):
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)
         loop = GLib.MainLoop()
+        GLib.timeout_add_seconds(60, loop.quit)
         self.banner.load_async(None, lambda *_: loop.quit())
         loop.run()
         self.assertEqual(self.heard, [("loaded",)])
