@@ -130,12 +130,12 @@ void TestSlot::snapshot(GtkWidget* widget, GtkSnapshot* snapshot) noexcept {
   const auto* self = of(widget);
   if (self && !self->words_.empty()) {
     const auto width = float(gtk_widget_get_width(widget));
-    const graphene_rect_t all = GRAPHENE_RECT_INIT(0, 0, width, float(gtk_widget_get_height(widget)));
+    const graphene_rect_t all{{0, 0}, {width, float(gtk_widget_get_height(widget))}};
     gtk_snapshot_append_color(snapshot, &cardColor, &all);
     auto* layout = gtk_widget_create_pango_layout(widget, self->words_.c_str());
     pango_layout_set_width(layout, std::max(0, int(width) - 2 * cardPadding) * PANGO_SCALE);
     gtk_snapshot_save(snapshot);
-    const graphene_point_t corner = GRAPHENE_POINT_INIT(cardPadding, cardPadding);
+    const graphene_point_t corner{cardPadding, cardPadding};
     gtk_snapshot_translate(snapshot, &corner);
     gtk_snapshot_append_layout(snapshot, layout, &textColor);
     gtk_snapshot_restore(snapshot);
@@ -202,7 +202,7 @@ void TestSlot::follow() {
   auto* root = gtk_widget_get_root(widget_);
   auto* parent = gtk_widget_get_parent(widget_);
   auto* place = !gtk_widget_get_visible(widget_) && parent ? parent : widget_;  // one that is hidden has none
-  const graphene_point_t zero = GRAPHENE_POINT_INIT(0, 0);
+  const graphene_point_t zero{0, 0};
   graphene_point_t origin;
   if (root && gtk_widget_compute_point(place, GTK_WIDGET(root), &zero, &origin)) {
     const double scale = host_.room().scaleIn(gtk_widget_get_width(place));
