@@ -7,7 +7,7 @@ import gi
 gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
-from gi.repository import GLib, Gtk, Velto, VeltoTest  # noqa: E402
+from gi.repository import GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
 
 Answer, State = VeltoTest.Answer, Velto.BannerState
 AD = Answer.new_ad("<b>Tea</b>", 320, 50)
@@ -72,6 +72,12 @@ class KitTest(unittest.TestCase):
         self.assertTrue(VeltoTest.tap_link(self.banner, "https://tea.example/"))
         self.assertEqual(self.heard, [("loaded",), ("pressed",), ("pressed",)])
         self.assertEqual(self.server.dup_opened(), ["https://tea.example/"])
+        self.box.remove(self.banner)
+        other = Gtk.Window(child=self.banner)
+        self.assertFalse(VeltoTest.tap(self.banner, 5, 5))
+        other.present()
+        self.assertTrue(VeltoTest.tap(self.banner, 5, 5))
+        other.destroy()
         again = VeltoTest.Server()  # and the world begins anew
         self.assertEqual((again.dup_opened(), again.get_requests(None)[1:], self.server.dup_opened()), ([], [], []))
 
@@ -85,7 +91,19 @@ class KitTest(unittest.TestCase):
             VeltoTest.advance(1000)
             self.assertEqual(self.banner.props.state, state)
             self.assertTrue(VeltoTest.has_run(self.banner, told))
+        self.assertFalse(VeltoTest.has_run(self.banner, "no such script"))
         self.assertIn("Coffee", VeltoTest.dup_markup(self.banner))
+
+    def test_another_network_answers_at_once(self):
+        class North(GObject.Object, Velto.Adapter):
+            def do_load(self, request):
+                request.answer(Velto.AdapterAd.new(Gtk.Label(label=request.get_ad_unit()), 300, 40))
+
+        client.add_adapter("VeltoAdMediationAdapterAdMob", North())
+        network = '{"mediation": [{"cn": "VeltoAdmobBannerAdapter", "e": {"adunit": "north"}}]}'
+        self.assertEqual(self.outcome(Answer.new_mediation(network, 320, 50)), [("loaded",)])
+        self.assertEqual((self.banner.props.ad_width, VeltoTest.tap(self.banner, 5, 5)), (300, False))
+        client.add_adapter("VeltoAdMediationAdapterAdMob", None)
 
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)
