@@ -2,7 +2,6 @@
 """The GObject library as another language sees it, against velto-sandbox: library.py SANDBOX"""
 import gc
 import sys
-import threading
 import unittest
 
 import gi
@@ -110,15 +109,6 @@ class LibraryTest(unittest.TestCase):
             self.client.props.gdpr_consent = consent
         self.assertEqual(told, ["gdpr-consent"] * 2)
         self.assertComplains("*before velto_client_start*", lambda: self.client.set_application_id("org.example.other"))
-        self.assertComplains("*g_idle_add*", lambda: self.on_another_thread(self.client.set_test_mode, True))
-
-    def on_another_thread(self, *call):
-        context = GLib.MainContext.default()
-        self.assertTrue(context.acquire())
-        thread = threading.Thread(target=call[0], args=call[1:])
-        thread.start()
-        thread.join()
-        context.release()
 
     def test_banner(self):
         banner = self.banner(size=Velto.BannerSize.LEADERBOARD)
