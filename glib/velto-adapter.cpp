@@ -20,12 +20,12 @@
 G_DEFINE_INTERFACE(VeltoAdapter, velto_adapter, G_TYPE_OBJECT)
 
 static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
-  iface->get_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
+  iface->get_adapter_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
   iface->present = [](VeltoAdapter*, VeltoAdapterAd*) {};
 }
 
 /**
- * velto_adapter_get_description:
+ * velto_adapter_get_adapter_description:
  * @self: an adapter
  *
  * Says what the network is called, for logs.
@@ -34,10 +34,10 @@ static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
  *
  * Since: 1.0
  */
-char* velto_adapter_get_description(VeltoAdapter* self) {
+char* velto_adapter_get_adapter_description(VeltoAdapter* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER(self), nullptr);
   velto_return_val_if_elsewhere(nullptr);
-  return VELTO_ADAPTER_GET_IFACE(self)->get_description(self);
+  return VELTO_ADAPTER_GET_IFACE(self)->get_adapter_description(self);
 }
 
 /**
@@ -97,7 +97,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
       : adapter_(VELTO_ADAPTER(g_object_ref(adapter))),
         ad_(VELTO_ADAPTER_AD(g_object_ref(ad))),
         view_(velto::gtk::widgetView(velto_adapter_ad_get_widget(ad))) {
-    auto* words = velto_adapter_get_description(adapter);
+    auto* words = velto_adapter_get_adapter_description(adapter);
     description_ = words ? words : "";
     g_free(words);
     g_signal_connect(ad_, "pressed", G_CALLBACK(pressed), this);
