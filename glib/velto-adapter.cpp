@@ -20,12 +20,12 @@
 G_DEFINE_INTERFACE(VeltoAdapter, velto_adapter, G_TYPE_OBJECT)
 
 static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
-  iface->get_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
+  iface->get_adapter_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
   iface->present = [](VeltoAdapter*, VeltoAdapterAd*) {};
 }
 
 /**
- * velto_adapter_get_description:
+ * velto_adapter_get_adapter_description:
  * @self: an adapter
  *
  * Says what the network is called, for logs.
@@ -34,9 +34,10 @@ static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
  *
  * Since: 1.0
  */
-char* velto_adapter_get_description(VeltoAdapter* self) {
+char* velto_adapter_get_adapter_description(VeltoAdapter* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER(self), nullptr);
-  return VELTO_ADAPTER_GET_IFACE(self)->get_description(self);
+  velto_return_val_if_elsewhere(nullptr);
+  return VELTO_ADAPTER_GET_IFACE(self)->get_adapter_description(self);
 }
 
 /**
@@ -50,6 +51,7 @@ char* velto_adapter_get_description(VeltoAdapter* self) {
  */
 void velto_adapter_load(VeltoAdapter* self, VeltoAdapterRequest* request) {
   g_return_if_fail(VELTO_IS_ADAPTER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_IS_ADAPTER_REQUEST(request));
   const auto* iface = VELTO_ADAPTER_GET_IFACE(self);
   g_return_if_fail(iface->load);
@@ -67,6 +69,7 @@ void velto_adapter_load(VeltoAdapter* self, VeltoAdapterRequest* request) {
  */
 void velto_adapter_present(VeltoAdapter* self, VeltoAdapterAd* ad) {
   g_return_if_fail(VELTO_IS_ADAPTER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_IS_ADAPTER_AD(ad));
   VELTO_ADAPTER_GET_IFACE(self)->present(self, ad);
 }
@@ -84,6 +87,9 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
       : adapter_(VELTO_ADAPTER(g_object_ref(adapter))),
         ad_(VELTO_ADAPTER_AD(g_object_ref(ad))),
         view_(ground().adView(velto_adapter_ad_get_widget(ad))) {
+    auto* words = velto_adapter_get_adapter_description(adapter);
+    description_ = words ? words : "";
+    g_free(words);
     g_signal_connect(ad_, "pressed", G_CALLBACK(pressed), this);
     g_signal_connect(ad_, "closed", G_CALLBACK(closed), this);
   }
@@ -101,12 +107,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   uint64_t adType() const override {
     return velto_adapter_ad_is_full_screen(ad_) ? velto::VeltoAdTypeInterstitial : velto::VeltoAdTypeBanner;
   }
-  std::string description() const override {
-    auto* words = velto_adapter_get_description(adapter_);
-    std::string text = words ? words : "";
-    g_free(words);
-    return text;
-  }
+  std::string description() const override { return description_; }
   VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override { return this; }
   std::shared_ptr<velto::UIView> getBannerView() override { return view_; }
 
@@ -139,6 +140,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   VeltoAdapter* adapter_;
   VeltoAdapterAd* ad_;
   std::shared_ptr<velto::UIView> view_;
+  std::string description_;  // as it was asked for on the main thread
 };
 
 class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
@@ -206,9 +208,9 @@ std::shared_ptr<velto::VeltoAdMediationAdapterProtocol> adapterClassFor(VeltoAda
  */
 void velto_client_add_adapter(VeltoClient* self, const char* name, VeltoAdapter* adapter) {
   g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(name && *name);
   g_return_if_fail(!adapter || VELTO_IS_ADAPTER(adapter));
-  velto_return_if_elsewhere();
   velto_glib::guarded(__func__, [&] {
     velto::VeltoAdMediationAdapterRegistry::registerAdapter(
         name, adapter ? velto_glib::adapterClassFor(adapter) : nullptr);

@@ -78,6 +78,7 @@ static void velto_client_init(VeltoClient* self) {
  * Since: 1.0
  */
 VeltoClient* velto_client_new(const char* application_id) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(application_id, nullptr);
   return VELTO_CLIENT(g_object_new(VELTO_TYPE_CLIENT, "application-id", application_id, nullptr));
 }
@@ -92,6 +93,7 @@ VeltoClient* velto_client_new(const char* application_id) {
  * Since: 1.0
  */
 VeltoClient* velto_client_get_default() {
+  velto_return_val_if_elsewhere(nullptr);
   return started_client;
 }
 

@@ -61,14 +61,17 @@ GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
   if (!priv.ad) return refusal("no interstitial is ready");
   GError* error = nullptr;
   const auto ad = priv.ad;
-  guarded(&error, [&] {
-    const char* why = nullptr;
-    const auto over = ground().windowController(interstitial, parent, why);
-    if (!over) return void(error = refusal(why));
-    ad->setAnimation(velto::VeltoAnimation(priv.animation));
-    const auto refused = ad->show(over);
-    if (refused) error = errorFrom(*refused);
-  });
+  guarded(
+      &error,
+      [&] {
+        const char* why = nullptr;
+        const auto over = ground().windowController(interstitial, parent, why);
+        if (!over) return void(error = refusal(why));
+        ad->setAnimation(velto::VeltoAnimation(priv.animation));
+        const auto refused = ad->show(over);
+        if (refused) error = errorFrom(*refused);
+      },
+      adErrorFrom);
   return error;
 }
 
@@ -158,11 +161,14 @@ using namespace velto_glib;
 static void load(VeltoInterstitial* self) {
   auto& priv = privateOf(self);
   GError* error = nullptr;
-  const bool asks = guarded(&error, [&] {
-    if (!priv.ad) priv.ad = velto::VeltoInterstitialViewController::initWithDelegate(priv.delegate);
-    const auto ad = priv.ad;  // also when a handler clears the interstitial
-    ad->load(settingsFrom(priv.targeting));
-  });
+  const bool asks = guarded(
+      &error,
+      [&] {
+        if (!priv.ad) priv.ad = velto::VeltoInterstitialViewController::initWithDelegate(priv.delegate);
+        const auto ad = priv.ad;  // also when a handler clears the interstitial
+        ad->load(settingsFrom(priv.targeting));
+      },
+      adErrorFrom);
   if (!asks) fail(self, priv.loading, error);
 }
 
@@ -238,6 +244,7 @@ void velto_interstitial_load_async(VeltoInterstitial* self, GCancellable* cancel
  */
 gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* result, GError** error) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   g_return_val_if_fail(g_task_is_valid(result, self), FALSE);
   return g_task_propagate_boolean(G_TASK(result), error);
 }
@@ -256,8 +263,8 @@ gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* r
  */
 void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   velto_return_if_elsewhere();
+  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   const Kept kept(self);
   Waiting nobody(nullptr);
   if (auto* error = present(self, parent)) fail(self, nobody, error);
@@ -278,9 +285,9 @@ void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
 void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent, GCancellable* cancellable,
                                       GAsyncReadyCallback callback, gpointer user_data) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   g_return_if_fail(!cancellable || G_IS_CANCELLABLE(cancellable));
-  velto_return_if_elsewhere();
   auto* task =
       new_task(self, cancellable, callback, user_data, gpointer(velto_interstitial_present_async), __func__);
   if (g_task_return_error_if_cancelled(task)) return g_object_unref(task);
@@ -305,6 +312,7 @@ void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent
  */
 gboolean velto_interstitial_present_finish(VeltoInterstitial* self, GAsyncResult* result, GError** error) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   g_return_val_if_fail(g_task_is_valid(result, self), FALSE);
   return g_task_propagate_boolean(G_TASK(result), error);
 }
