@@ -1,5 +1,6 @@
 // Windows, the platform's beginning, and the two loops: the toolkit's and that of virtual time.
 #include <algorithm>
+#include <cstring>
 
 #include "velto-test-ground-private.h"
 #include "velto-test-slot-private.h"
@@ -13,6 +14,7 @@ constexpr velto::CGSize defaultWindow{800, 600};      // points, while the toolk
 constexpr gint64 longestLayout = 5 * G_USEC_PER_SEC;  // of a window that is never drawn
 constexpr guint longestFrame = 100;                   // milliseconds
 constexpr int turnsAtOnce = 1000;                     // of a main loop that always has something to do
+constexpr size_t longestIdentifier = 255;
 constexpr char windowKey[] = "velto-test-window";
 
 velto::AuthorizationStatus statusOf(velto::gtk::Access access) {
@@ -171,7 +173,10 @@ void TestGround::settle() {
 // --- what else the library asks -----------------------------------------------------------------------
 
 void TestGround::install(const velto::gtk::Options& options) {
-  if (!g_application_id_is_valid(options.applicationIdentifier.c_str()))
+  const auto& identifier = options.applicationIdentifier;  // judged as on the screen of a person
+  const bool isName = std::all_of(identifier.begin(), identifier.end(),
+                                  [](char c) { return g_ascii_isalnum(c) || std::strchr(".-_", c); });
+  if (identifier.empty() || identifier.size() > longestIdentifier || !isName || identifier.starts_with('.'))
     throw std::invalid_argument(
         "the application's name must be a reverse-domain name such as \"org.example.player\"");
   auto& bundle = platform_->mainBundle();
