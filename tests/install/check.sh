@@ -62,17 +62,21 @@ for platform in "$@"; do
   "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
 done
 if [ -n "$glib" ]; then
-  echo "== from C and from a script"
+  echo "== from C and from scripts"
   # shellcheck disable=SC2046
   cc -Wall -Werror "$here/../../examples/glib/first-banner.c" -o "$work/glib-c" $(pkg-config --cflags --libs velto-glib-1.0)
-  for header in "$prefix"/include/velto-glib-1.0/*.h; do
+  for header in "$prefix"/include/velto-{,test-}glib-1.0/*.h; do
     # shellcheck disable=SC2046
-    cc -Wall -Werror -fsyntax-only -x c $(pkg-config --cflags velto-glib-1.0) -include "$header" /dev/null
+    cc -Wall -Werror -fsyntax-only -x c $(pkg-config --cflags velto-test-glib-1.0) -include "$header" /dev/null
   done
   libraries=$(pkg-config --variable=libdir velto-glib-1.0)
   ! LD_LIBRARY_PATH=$libraries ldd "$work/glib-c" | grep 'not found'
   GI_TYPELIB_PATH=$libraries/girepository-1.0 LD_LIBRARY_PATH=$libraries \
     /usr/bin/python3 -c 'import gi; gi.require_version("Velto", "1.0"); from gi.repository import Velto; print(Velto.Client().props.version)'
+  if command -v gjs >/dev/null; then
+    env -u DISPLAY -u WAYLAND_DISPLAY GI_TYPELIB_PATH="$libraries/girepository-1.0" LD_LIBRARY_PATH="$libraries" \
+      gjs "$here/../../examples/glib/test-between-levels.js"
+  fi
 fi
 echo "== Meson"
 meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }

@@ -151,8 +151,9 @@ void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
 
 // --- show
 
-void VeltoInterstitialViewControllerPrivate::show() {
+void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIViewController>& over) {
   if (!isReady_ || abandoned_ || isOnScreen()) return;
+  over_ = over;
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
@@ -177,8 +178,8 @@ std::optional<VeltoErrorAd> VeltoInterstitialViewControllerPrivate::show(
   if (!isReady_ || abandoned_) return refused("no interstitial is ready");
   if (!over || !over->view()->isInWindow()) return refused("its window is not on the screen");
   if (!over->canPresent()) return refused("its window shows another screen");
-  over_ = over;
-  show();
+  if (ad()->sourceType != VeltoAdSourceMediation && !ad()->html) return refused("the ad is empty");
+  showOver(over);
   return std::nullopt;
 }
 
