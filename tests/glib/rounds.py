@@ -20,7 +20,7 @@ with Sandbox(sys.argv[1], RULES) as server:
     options = {**os.environ, "G_SLICE": "always-malloc", "LSAN_OPTIONS": "fast_unwind_on_malloc=0:max_leaks=0:exitcode=0"}
     command = [sys.argv[2], str(server.key_file), *sys.argv[3:]]
     played = subprocess.run(command, env=options, stderr=subprocess.PIPE, text=True)
-checked = "LeakSanitizer" in played.stderr  # the engine always leaves something, so it has looked
+checked = "SUMMARY: LeakSanitizer" in played.stderr  # the engine always leaves something, so it has looked
 leaks = re.findall(r"leak of .*\n((?:    #.*\n)+)", played.stderr)
 whose = [next((line for line in leak.splitlines() if not FOR_OTHERS.search(line)), "") for leak in leaks]
 ours = [leak for leak, line in zip(leaks, whose) if OURS.search(line)]
