@@ -107,7 +107,8 @@ void TestSlot::measure(GtkWidget* widget, GtkOrientation orientation, int forSiz
     *natural = int(std::ceil(size.width));
     *minimum = int(std::ceil(size.width * velto::AdRoom::leastScale));
   } else {
-    *minimum = *natural = int(std::ceil(size.height * room.scaleIn(forSize)));
+    *natural = int(std::ceil(size.height * room.scaleIn(forSize)));
+    *minimum = int(std::ceil(size.height * room.leastScaleIn(forSize)));
   }
 }
 

@@ -99,10 +99,9 @@ void AdSlot::measure(GtkWidget* widget, GtkOrientation orientation, int forSize,
     *natural = static_cast<int>(std::ceil(room.width));
     *minimum = static_cast<int>(std::ceil(room.width * AdRoom::leastScale));
   } else {
-    *minimum = *natural = static_cast<int>(std::ceil(room.height * self->room_.scaleIn(forSize)));
-    // Without a width, the least that it needs at any: newer toolkits warn of a window that is lower than that.
-    if (forSize < 0 && !self->room_.isEmpty())
-      *minimum = static_cast<int>(std::ceil(room.height * AdRoom::leastScale));
+    *natural = static_cast<int>(std::ceil(room.height * self->room_.scaleIn(forSize)));
+    // Newer toolkits warn of a window that is lower than the least height without a width.
+    *minimum = static_cast<int>(std::ceil(room.height * self->room_.leastScaleIn(forSize)));
   }
 }
 

@@ -30,6 +30,8 @@ class VELTO_EXPORT AdRoom {
   // A slot that is narrower than its ad shows it smaller, as far as it can still be read.
   static constexpr double leastScale = 0.4;
   double scaleIn(double width) const;  // 1 for a negative width: any
+  // The least scale that a width may bring: for a negative one that of the narrowest slot.
+  double leastScaleIn(double width) const { return width < 0 && !isEmpty() ? leastScale : scaleIn(width); }
 
   // Where the slot's view is, for a slot in that place of a window. An ad that has grown stands as it does in a view
   // that is high enough: on the slot's lower edge, in its middle, as far as the window reaches.
