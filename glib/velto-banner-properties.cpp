@@ -15,8 +15,8 @@ velto::CGSize roomOf(VeltoBannerSize size) {
   }
 }
 
-template <class Value>
-bool set(VeltoBanner* banner, Value BannerPrivate::*member, Value value, BannerProperty property) {
+template <class Member, class Value>
+bool set(VeltoBanner* banner, Member member, Value value, BannerProperty property) {
   if (std::exchange(privateOf(banner).*member, value) == value) return false;
   notifyBanner(banner, property);
   return true;

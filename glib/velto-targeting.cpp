@@ -148,8 +148,8 @@ VeltoTargeting* velto_targeting_new() {
   return VELTO_TARGETING(g_object_new(VELTO_TYPE_TARGETING, nullptr));
 }
 
-template <class Value>
-static void set(VeltoTargeting* self, Value VeltoTargeting::*member, Value value, guint property) {
+template <class Member, class Value>
+static void set(VeltoTargeting* self, Member member, Value value, guint property) {
   if (std::exchange(self->*member, value) != value)
     g_object_notify_by_pspec(G_OBJECT(self), properties[property]);
 }

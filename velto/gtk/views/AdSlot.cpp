@@ -144,6 +144,9 @@ void AdSlot::measure(GtkWidget* widget, GtkOrientation orientation, int forSize,
     *minimum = static_cast<int>(std::ceil(room.width * leastScale));
   } else {
     *minimum = *natural = static_cast<int>(std::ceil(room.height * self->scaleFor(forSize)));
+    // Without a width, the least that it needs at any: newer toolkits warn of a window that is lower than that.
+    if (forSize < 0 && self->size_.width > 0)
+      *minimum = static_cast<int>(std::ceil(room.height * leastScale));
   }
 }
 
