@@ -9,7 +9,7 @@ build=$1
 export CXX=$2
 shift 2
 glib=
-[ "${!#}" != glib ] || { glib=yes; set -- "${@:1:$#-1}"; }
+[ "${!#}" != glib ] || { glib=glib; set -- "${@:1:$#-1}"; }
 here=$(cd "$(dirname "$0")" && pwd)
 work=$build/install-check  # always the same place, so that a compiler cache knows what has not changed
 rm -rf "$work"
@@ -45,10 +45,11 @@ mkdir "$work/headers"
 xargs -P "$(nproc)" -I{} bash -c 'compile_header {}' <"$work/list"
 
 echo "== find_package"
-cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*")" >"$work/cmake.log" ||
+cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*${glib:+;glib}")" >"$work/cmake.log" ||
   { cat "$work/cmake.log"; exit 1; }
 cmake --build "$work/consumer"
 "$work/consumer/headless"
+[ -z "$glib" ] || "$work/consumer/glib"
 modules() {
   for module in $(cd "$prefix" && find . -path '*/velto/velto-*.so' -printf '%f '); do
     "$1" "$module" || { echo "$1 does not find $module" >&2; exit 1; }
@@ -79,7 +80,7 @@ if [ -n "$glib" ]; then
   fi
 fi
 echo "== Meson"
-meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
+meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*${glib:+,glib-1.0}")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
 meson compile -C "$work/meson" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
 "$work/meson/headless"
 
