@@ -29,6 +29,9 @@ void VeltoInterstitialViewController::load(const VeltoSettings& settings) {
 bool VeltoInterstitialViewController::isReady() const {
   return vc_->isReady();
 }
+bool VeltoInterstitialViewController::isLoading() const {
+  return vc_->isLoading();
+}
 void VeltoInterstitialViewController::show() {
   vc_->show();
 }

@@ -39,6 +39,8 @@ class VELTO_EXPORT VeltoInterstitialViewController {
   void load();
   void load(const VeltoSettings& settings);
   bool isReady() const;
+  // Whether an ad is on its way, or waits for the one on the screen to go.
+  bool isLoading() const;
 
   // Shows the ad that is ready, over the delegate's view controller. Without one, or while one is on the
   // screen, nothing happens.

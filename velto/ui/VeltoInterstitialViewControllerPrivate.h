@@ -27,6 +27,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void load() { fetch(std::nullopt); }
   void load(const VeltoSettings& settings) { fetch(settings); }
   bool isReady() const { return isReady_; }
+  bool isLoading() const { return isFetching() || waitingAd_; }
   void show() { showOver({}); }
   std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
   VeltoInterstitialState state() const;
