@@ -8,6 +8,7 @@
 #include "velto/core/VeltoSettings.h"
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/ui/UIViewController.h"
+#include "velto/timeline/VeltoAdTimeline.h"
 #include "velto/ui/VeltoBannerViewController.h"
 #include "velto/ui/VeltoDelegates.h"
 #include "velto/ui/VeltoInterstitialViewController.h"

@@ -28,11 +28,13 @@ std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& contr
 }
 
 VeltoShownAd::~VeltoShownAd() {
-  end();
+  end(Why::ControllerGone);
 }
 
-void VeltoShownAd::end() {
+void VeltoShownAd::end(Why why) {
   if (!controller_) return;
+  endLoad(why);
+  record_.reset();
   _restoreOriginalOrientation();
   controller_ = nullptr;
   for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
@@ -45,6 +47,14 @@ void VeltoShownAd::end() {
   mraidHandler_.reset();
 }
 
+void VeltoShownAd::note(VeltoTimelineKind kind, LoadRecord::Detail detail) {
+  if (record_) record_->addChange(kind, std::move(detail));
+}
+
+void VeltoShownAd::endLoad(Why why) {
+  if (record_) record_->end(why);
+}
+
 void VeltoShownAd::removeViews() {
   if (webView_) webView_->removeFromSuperview();
   if (secondaryMRAIDWebView_) secondaryMRAIDWebView_->removeFromSuperview();
@@ -53,6 +63,8 @@ void VeltoShownAd::removeViews() {
 
 const VeltoShownAd::WebView& VeltoShownAd::makeWebView() {
   webView_ = controller_->addWKWebViewInViewWithNavigationDelegate(weak_from_this());
+  note(VeltoTimelineKind::WebProcess,
+       webView_->webPeer().hasWarmProcess() ? VeltoWebProcess::Warm : VeltoWebProcess::Cold);
   return webView_;
 }
 
@@ -97,16 +109,20 @@ PreparedPage& VeltoShownAd::preparedPage() {
 // --- the page
 
 void VeltoShownAd::veltoBannerInjected(WKWebView& injected) {
-  if (controller_ && &injected == webView_.get()) controller_->pageInjected();
+  if (!controller_ || &injected != webView_.get()) return;
+  note(VeltoTimelineKind::MarkupGiven);
+  controller_->pageInjected();
 }
 
 // What the second part says of itself is no news of the ad.
 void VeltoShownAd::veltoAdLoaded(WKWebView& loaded) {
-  if (controller_ && &loaded == webView_.get()) controller_->pageLoaded();
+  if (!controller_ || &loaded != webView_.get()) return;
+  note(VeltoTimelineKind::LoadFinished);
+  controller_->pageLoaded();
 }
 
 void VeltoShownAd::veltoDismissWKWebView(WKWebView&) {
-  if (controller_) controller_->leave();
+  if (controller_) controller_->leave(Why::PageGaveUp);
 }
 
 void VeltoShownAd::veltoWKWebViewDidFailNavigation(const NSError& error) {
@@ -116,6 +132,7 @@ void VeltoShownAd::veltoWKWebViewDidFailNavigation(const NSError& error) {
 void VeltoShownAd::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
   if (!controller_) return;
   const auto page = std::static_pointer_cast<WKWebView>(finished.shared_from_this());
+  if (page == webView_) note(VeltoTimelineKind::PageLoaded);
   _setMRAIDAsReady(page);
   controller_->startOMSDKSessionFor(page, veltoCloseButton_);
   // A second part that has no identifiers leaves those of the first.

@@ -10,6 +10,7 @@
 #include "velto/ads/VeltoAd.h"
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
+#include "velto/timeline/LoadRecord.h"
 #include "velto/ui/SecondPart.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 
@@ -29,16 +30,21 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
                            public UIViewControllerMRAIDSDKVelto,
                            public VeltoAdMediationAdapterDelegate {
  public:
+  using Why = VeltoAdEndReason;
   using WebView = std::shared_ptr<WKWebView>;
   using UIViewControllerWKWebViewSDKVelto::webView;
 
-  // The ad may be null: the place stays empty.
+  // The ad may be null: the place stays empty. The load is the one that this thread works for (LoadScope).
   static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& controller,
                                                std::shared_ptr<VeltoAd> ad);
   ~VeltoShownAd() override;
 
   // From here on it is silent, and what it forced ends. Its views stay where they are until they are removed.
-  void end();
+  void end(Why why);
+  // In its timeline; the end comes first of all that happens then.
+  void note(VeltoTimelineKind kind, LoadRecord::Detail detail = {});
+  void endLoad(Why why);
+  const std::shared_ptr<LoadRecord>& record() const { return record_; }
   void removeViews();
 
   // The page's view, not yet placed; the rich media of an ad that has any; the adapter of another network.
@@ -83,7 +89,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   void veltoMRAIDCloseExpand() override;
   void veltoMRAIDCloseInterstitial() override;
   void playVideoAt(const NSURL& url) override;
-  void _tapCloseButtonExpand();
+  void _tapCloseButtonExpand() { closeExpansion(Why::ClosedByPerson); }
   void _tapCloseButtonResize();
 
   // The orientation of before, to go back to.
@@ -92,19 +98,23 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
 
  private:
   VeltoShownAd(VeltoAdViewController& controller, std::shared_ptr<VeltoAd> ad)
-      : controller_(&controller), ad_(std::move(ad)) {}
+      : controller_(&controller), ad_(std::move(ad)), record_(LoadScope::current()) {}
   UIViewController& viewController() override;
   PreparedPage& preparedPage() override;
   std::weak_ptr<UIViewControllerWKWebViewSDKVelto> self() override { return weak_from_this(); }
   bool isShown() const override { return controller_ != nullptr; }
   void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
   void forceOrientation(int64_t orientation) override;
+  void linkTapped(VeltoTap outcome) override { note(VeltoTimelineKind::Tapped, outcome); }
+  void noteState();
+  void closeExpansion(Why why);
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
   void removeSecondMRAIDWebView();
   std::function<void()> action(void (VeltoShownAd::*tapped)());  // nothing once the ad has ended
   VeltoAdViewController* controller_;                            // null once it has ended
   std::shared_ptr<VeltoAd> ad_;
+  std::shared_ptr<LoadRecord> record_;  // null where nobody has loaded it, as in tests
   WebView webView_;
   WebView secondaryMRAIDWebView_;  // of a two-part expand
   SecondPart secondPart_;

@@ -114,6 +114,7 @@ Engine& Engine::operator=(Engine&& other) noexcept {
   std::swap(view, other.view);
   std::swap(related, other.related);
   std::swap(process, other.process);
+  std::swap(warm, other.warm);
   return *this;
 }
 
@@ -132,6 +133,7 @@ Engine freshEngine(WebSession& session) {
 Engine relatedEngine(const Engine& other) {
   Engine made(newWebView("related-view", other.view.get()), other.process);
   made.related = other.view;
+  made.warm = true;
   return made;
 }
 
@@ -156,6 +158,7 @@ std::optional<Engine> PreparedEngine::take() {
   if (!engine_.view) return std::nullopt;
   g_signal_handlers_disconnect_by_data(engine_.view, this);
   Engine taken = std::move(engine_);
+  taken.warm = true;
   letGo();
   return taken;
 }
