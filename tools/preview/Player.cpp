@@ -23,16 +23,20 @@ void runFor(std::chrono::milliseconds time) {
   runUntil(time, [] { return false; });
 }
 
+// What is waited for comes by the main loop, so nothing wakes in between.
 bool runUntil(std::chrono::milliseconds atMost, const std::function<bool()>& condition) {
-  const auto again = +[](gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
-  const guint pulse = g_timeout_add(10, again, nullptr);
-  const gint64 end = g_get_monotonic_time() + atMost.count() * 1000;
+  bool over = false;
+  const auto end = +[](gpointer isOver) -> gboolean {
+    *static_cast<bool*>(isOver) = true;
+    return G_SOURCE_REMOVE;
+  };
+  const guint timer = g_timeout_add(static_cast<guint>(atMost.count()), end, &over);
   bool holds = condition();
-  while (!holds && g_get_monotonic_time() < end) {
+  while (!holds && !over) {
     g_main_context_iteration(nullptr, TRUE);
     holds = condition();
   }
-  g_source_remove(pulse);
+  if (!over) g_source_remove(timer);
   return holds;
 }
 
@@ -153,8 +157,13 @@ Player::Outcome Player::screenshot(const std::string& name) {
   std::error_code ignored;
   std::filesystem::create_directories(folder, ignored);
   const auto file = (folder / (name + ".png")).string();
-  // There is nothing to take a picture of while a frame is being drawn.
-  if (!runUntil(2s, [&] { return screen_.photograph(file); })) return file + ": cannot be written";
+  // There is nothing to take a picture of while a frame is being drawn: then after the next.
+  const auto taken = [&] {
+    if (screen_.photograph(file)) return true;
+    gtk_widget_queue_draw(screen_.content());
+    return false;
+  };
+  if (!runUntil(2s, taken)) return file + ": cannot be written";
   journal_.add("screenshot", {{"file", file}});
   return std::nullopt;
 }

@@ -85,7 +85,9 @@ Screen::Screen(const Arguments& arguments, Journal& journal) : journal_(journal)
   gtk_window_set_child(window_, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
   host_ = gtk::hostViewController(window_);
   g_signal_connect(window_, "destroy", G_CALLBACK(closed), this);
-  gtk_widget_add_tick_callback(GTK_WIDGET(window_), tick, this, nullptr);
+  gtk_widget_realize(GTK_WIDGET(window_));
+  frames_ = GDK_FRAME_CLOCK(g_object_ref(gtk_widget_get_frame_clock(GTK_WIDGET(window_))));
+  g_signal_connect(frames_, "after-paint", G_CALLBACK(painted), this);
   gtk_window_present(window_);
 }
 
@@ -93,6 +95,8 @@ Screen::~Screen() {
   banner_.reset();
   interstitial_.reset();
   if (window_) gtk_window_destroy(window_);
+  g_signal_handlers_disconnect_by_data(frames_, this);
+  g_object_unref(frames_);
 }
 
 void Screen::closed(GtkWidget*, Screen* self) noexcept {
@@ -139,10 +143,11 @@ std::optional<CGRect> Screen::frame() const {
   return CGRect{host_->view()->convertPointFromView({0, 0}, *view), view->frame().size};
 }
 
-gboolean Screen::tick(GtkWidget*, GdkFrameClock*, gpointer self) noexcept {
-  static_cast<Screen*>(self)->followOrientation();
-  static_cast<Screen*>(self)->followFrame();
-  return G_SOURCE_CONTINUE;
+// Asks for no frame of its own: a still screen costs nothing.
+void Screen::painted(GdkFrameClock*, Screen* self) noexcept {
+  if (!self->window_) return;
+  self->followOrientation();
+  self->followFrame();
 }
 
 void Screen::followFrame() {

@@ -43,7 +43,7 @@ class Screen {
  private:
   class BannerDelegate;
   class InterstitialDelegate;
-  static gboolean tick(GtkWidget*, GdkFrameClock*, gpointer self) noexcept;
+  static void painted(GdkFrameClock*, Screen* self) noexcept;
   static void closed(GtkWidget*, Screen* self) noexcept;
   void heard(const char* name, const VeltoErrorAd* error = nullptr);
   void followFrame();
@@ -52,6 +52,7 @@ class Screen {
   Journal& journal_;
   const Arguments arguments_;
   GtkWindow* window_ = nullptr;  // null once closed
+  GdkFrameClock* frames_ = nullptr;
   std::shared_ptr<UIViewController> host_;
   std::shared_ptr<BannerDelegate> bannerDelegate_;
   std::shared_ptr<InterstitialDelegate> interstitialDelegate_;

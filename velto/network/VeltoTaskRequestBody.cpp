@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cmath>
+#include <mutex>
 #include <stdexcept>
 
 namespace velto {
@@ -48,8 +49,18 @@ std::string timeZoneWord(int secondsFromGMT) {
 
 }  // namespace
 
+// Written anew only when something in it has changed, which between two refreshes is seldom.
 std::optional<std::string> VeltoTaskRequest::httpBodyFor(const std::optional<VeltoSettings>& settings) {
-  return writeJSON(_postParametersForSettings(settings), true);
+  static std::mutex mutex;
+  static JSON lastParameters;
+  static std::optional<std::string> lastText;
+  JSON parameters(_postParametersForSettings(settings));
+  std::lock_guard lock(mutex);
+  if (!lastText || !(parameters == lastParameters)) {
+    lastText = writeJSON(parameters, true);
+    lastParameters = std::move(parameters);
+  }
+  return lastText;
 }
 
 JSON::Object VeltoTaskRequest::_postParametersForSettings(const std::optional<VeltoSettings>& settings) {

@@ -17,11 +17,24 @@ VeltoServerNames& names() {
   return current;
 }
 
-std::optional<NSURL> urlOfHost(const std::string& host) {
+std::optional<NSURL> parsedHost(const std::string& host) {
   // A host is all that a name or endpoint may hold: a slash or the like would move the request elsewhere.
   if (host.empty() || host.find_first_of("/?#@\\") != std::string::npos) return std::nullopt;
   auto url = NSURL::URLWithString(scheme + host);
   return url && url->host() && !url->host()->empty() ? url : std::nullopt;
+}
+
+// Nearly all requests of a process go to one host: the last is kept as it was taken apart.
+std::optional<NSURL> urlOfHost(const std::string& host) {
+  static std::mutex mutex;
+  static std::string lastHost;
+  static std::optional<NSURL> lastURL;
+  std::lock_guard lock(mutex);
+  if (host != lastHost) {
+    lastURL = parsedHost(host);
+    lastHost = host;
+  }
+  return lastURL;
 }
 
 std::optional<NSURL> appending(const std::optional<NSURL>& base, const char* path) {

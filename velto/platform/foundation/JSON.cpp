@@ -107,8 +107,8 @@ class JSONWriter {
     return list;
   }
   static json convert(const JSON::Object& value) {
-    json object = json::object();
-    for (const auto& [key, member] : value) object[key] = convert(member);
+    json::object_t object;  // in the same order, so each member goes to its end
+    for (const auto& [key, member] : value) object.emplace_hint(object.end(), key, convert(member));
     return object;
   }
 };
