@@ -9,6 +9,7 @@
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/timeline/VeltoAdTimeline.h"
+#include "velto/timeline/VeltoMetrics.h"
 #include "velto/ui/VeltoBannerViewController.h"
 #include "velto/ui/VeltoDelegates.h"
 #include "velto/ui/VeltoInterstitialViewController.h"

@@ -313,6 +313,67 @@ TEST_F(TimelineTest, AnAdTellsItsWholeWayAndWhoLooksOnHearsIt) {
   EXPECT_EQ(std::get<VeltoSeconds>(last(full1).first(Kind::ListHit)->detail).seconds, 4);
 }
 
+// What tools read: a log without secrets, a trace that is whole whenever the process ends, figures for many devices.
+TEST_F(TimelineTest, LogTraceAndFiguresTellTheSame) {
+  platform->veltoBundle().files["omsdk-v1.js"] = "service()";
+  platform->diagnostics()->keepLog();
+  platform->diagnostics()->keepTrace();
+  const auto metrics = VeltoMetrics::collect();
+  const auto ad = banner();
+  ad->setPlacement("a \"quoted\"\nname");
+  platform->urlSession().enqueue("/sdk/", [] {
+    auto slow = markup();
+    slow.delay = std::chrono::milliseconds(300);
+    return slow;
+  }());
+  ad->load();
+  platform->advance(std::chrono::milliseconds(300));
+  page().finish();
+  page().navigate("velto://loadFinished");
+  platform->advance(std::chrono::seconds(2));
+  window->view().setHidden(true);
+  platform->advance(std::chrono::seconds(2));
+  load(*ad, status(204));
+  const auto trace = platform->diagnostics()->trace();
+  const auto events = readJSON(*trace + "]");
+  ASSERT_TRUE(events && events->array()) << *trace;
+  std::map<std::string, int> depth;
+  for (const auto& event : *events->array()) {
+    const auto& fields = *event.object();
+    const auto phase = *fields.at("ph").string();
+    auto& open = depth[std::to_string(*fields.at("id").number())];
+    open += phase == "b" ? 1 : (phase == "e" ? -1 : 0);
+    EXPECT_TRUE(fields.at("ts").number() && fields.at("name").string() && open >= 0);
+  }
+  EXPECT_EQ(depth, (std::map<std::string, int>{{"1.000000", 1}, {"2.000000", 0}})) << "one is shown still";
+
+  std::string log;
+  for (const auto& line : platform->diagnostics()->lines()) {
+    log += line.text + "\n";
+    EXPECT_EQ(line.fields.at(1).first, "load");
+  }
+  EXPECT_NE(log.find("2: answered class=unknown status=204"), std::string::npos) << log;
+  EXPECT_NE(log.find("2: status-no-fill. The server had no ad"), std::string::npos) << log;
+  EXPECT_EQ(log.find("key-1"), std::string::npos);
+
+  ad->removeBanner();
+  platform->runUntilIdle();
+  const auto figures = metrics->placements().at(0);
+  EXPECT_EQ(figures.loads, 2U);
+  EXPECT_EQ(figures.fill(), 0.5);
+  EXPECT_NEAR(figures.loadSeconds.sum, 0.3, 1e-6);
+  EXPECT_NEAR(figures.loadSeconds.quantile(0.5), 0.3, 0.15);
+  EXPECT_NEAR(figures.visiblePercent.sum, 50, 5) << "half of the time";
+  const auto text = metrics->openMetrics();
+  const std::string label = "{placement=\"a \\\"quoted\\\"\\nname\"";
+  for (const auto& line : {"velto_loads_total" + label + ",reason=\"status-no-fill\"} 1\n",
+                           "velto_load_seconds_bucket" + label + ",le=\"0.32\"} 1\n",
+                           "velto_visible_percent_count" + label + "} 1\n", std::string("# EOF\n")})
+    EXPECT_NE(text.find(line), std::string::npos) << line << text;
+  headless::Platform::uninstall();
+  EXPECT_TRUE(readJSON(*trace)) << "whole, and closed";
+}
+
 // A page that does the same for ever fills no memory, and loses nothing that comes once.
 TEST_F(TimelineTest, RepetitionsAreCountedNotKept) {
   const auto ad = banner();

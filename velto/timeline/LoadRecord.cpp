@@ -70,24 +70,30 @@ struct LoadRecord::Story {
       auto& entries = timeline.entries;
       if (onlyChange && !isChange(entry)) return;
       entry.seconds = now();
-      if (counts[static_cast<size_t>(kind)] == PlacementRecord::mostOfAKind) {
-        ++timeline.leftOut;
-        return;
-      }
-      ++counts[static_cast<size_t>(kind)];
       if (seconds && !entries.empty())
         entry.seconds =
             std::clamp(*seconds, entries.front().seconds, std::max(entry.seconds, entries.front().seconds));
-      const auto later =
-          std::upper_bound(entries.begin(), entries.end(), entry.seconds,
-                           [](double time, const auto& other) { return time < other.seconds; });
-      entries.insert(later, entry);
+      keep(entry);
     }
     if (const auto alive = hub.lock())
       for (const auto& sink : alive->sinks()) sink->added(timeline.placement, timeline.load, entry);
     if (observers->any)
       observers->tell([placement = timeline.placement, load = timeline.load, entry = std::move(entry)](
                           auto& observer) { observer.veltoAdTimelineDidAdd(placement, load, entry); });
+  }
+
+  // In its place by time. What repeats itself is only counted from some number on.
+  void keep(const VeltoTimelineEntry& entry) {
+    auto& count = counts[static_cast<size_t>(entry.kind)];
+    if (count == PlacementRecord::mostOfAKind) {
+      ++timeline.leftOut;
+      return;
+    }
+    ++count;
+    auto& entries = timeline.entries;
+    const auto later = std::upper_bound(entries.begin(), entries.end(), entry.seconds,
+                                        [](double time, const auto& other) { return time < other.seconds; });
+    entries.insert(later, entry);
   }
 
   bool hasEnded() const {
@@ -98,7 +104,8 @@ struct LoadRecord::Story {
   bool isChange(const VeltoTimelineEntry& entry) const {
     const auto last = std::find_if(timeline.entries.rbegin(), timeline.entries.rend(),
                                    [&](const auto& other) { return other.kind == entry.kind; });
-    return last == timeline.entries.rend() || last->detail != entry.detail;
+    return last == timeline.entries.rend() || last->detail != entry.detail ||
+           counts[static_cast<size_t>(entry.kind)] == PlacementRecord::mostOfAKind;
   }
 
   void end(VeltoAdEndReason reason) {
@@ -108,7 +115,7 @@ struct LoadRecord::Story {
       if (timeline.end) return;
       const bool wasShown = timeline.first(Kind::Appeared) != nullptr;
       if (failedShow && !wasShown) reason = *failedShow;
-      if (takesItsPlace(reason) && timeline.first(Kind::MarkupGiven) && !timeline.isFilled())
+      if (takesItsPlace(reason) && timeline.first(Kind::MarkupGiven) && !timeline.filled())
         reason = VeltoAdEndReason::PageNeverLoaded;
       if (reason == VeltoAdEndReason::LoadedAnew && timeline.first(Kind::Ready) && !wasShown)
         reason = VeltoAdEndReason::NeverShown;
@@ -217,24 +224,6 @@ LoadScope::~LoadScope() {
 
 const std::shared_ptr<LoadRecord>& LoadScope::current() {
   return currentLoad;
-}
-
-// --- the hub
-
-std::shared_ptr<TimelineHub> TimelineHub::shared() {
-  return Platform::shared<TimelineHub>();
-}
-
-void TimelineHub::add(std::shared_ptr<TimelineSink> sink) {
-  std::lock_guard lock(mutex_);
-  sinks_.push_back(std::move(sink));
-  hasSinks_ = true;
-}
-
-std::vector<std::shared_ptr<TimelineSink>> TimelineHub::sinks() const {
-  if (!hasSinks_) return {};
-  std::lock_guard lock(mutex_);
-  return sinks_;
 }
 
 }  // namespace velto

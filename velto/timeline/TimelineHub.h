@@ -2,11 +2,9 @@
 // platform; any thread.
 #pragma once
 
-#include "velto/platform/Handle.h"
 #include "velto/timeline/VeltoAdTimeline.h"
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -26,15 +24,19 @@ class TimelineHub {
  public:
   static std::shared_ptr<TimelineHub> shared();
 
+  TimelineHub();  // with what the platform's diagnostics want
+
   uint64_t nextLoad() { return ++loads_; }
-  void add(std::shared_ptr<TimelineSink> sink);
-  std::vector<std::shared_ptr<TimelineSink>> sinks() const;
+  // Held weakly.
+  void add(std::weak_ptr<TimelineSink> sink);
+  std::vector<std::shared_ptr<TimelineSink>> sinks();
 
  private:
   std::atomic<uint64_t> loads_ = 0;
   std::atomic<bool> hasSinks_ = false;
-  mutable std::mutex mutex_;
-  std::vector<std::shared_ptr<TimelineSink>> sinks_;
+  std::mutex mutex_;
+  std::vector<std::weak_ptr<TimelineSink>> sinks_;
+  std::vector<std::shared_ptr<TimelineSink>> own_;
 };
 
 }  // namespace velto

@@ -11,8 +11,9 @@ const VeltoTimelineEntry* VeltoAdTimeline::first(VeltoTimelineKind kind) const {
   return found == entries.end() ? nullptr : &*found;
 }
 
-bool VeltoAdTimeline::isFilled() const {
-  return first(VeltoTimelineKind::LoadFinished) || first(VeltoTimelineKind::Ready);
+const VeltoTimelineEntry* VeltoAdTimeline::filled() const {
+  const auto* ready = first(VeltoTimelineKind::Ready);
+  return ready ? ready : first(VeltoTimelineKind::LoadFinished);
 }
 
 JSON::Object VeltoAdTimeline::json() const {

@@ -27,8 +27,8 @@ struct VELTO_EXPORT VeltoAdTimeline {
 
   // The first entry of that kind, or null.
   const VeltoTimelineEntry* first(VeltoTimelineKind kind) const;
-  // Whether it brought an ad that has loaded.
-  bool isFilled() const;
+  // The entry by which its ad had loaded; null where it has brought none, or none yet.
+  const VeltoTimelineEntry* filled() const;
   JSON::Object json() const;
 };
 
