@@ -286,7 +286,8 @@ TEST_F(TimelineTest, AnAdTellsItsWholeWayAndWhoLooksOnHearsIt) {
   EXPECT_EQ(
       kindsOf(told),
       "asked request-built sent first-byte answered network-tried network-passed-over network-tried resolved "
-      "web-process markup-given page-loaded rich-media measured visible load-finished animated tapped "
+      "web-process markup-given page-loaded rich-media measured visible load-finished animated "
+      "tapped "
       "measured tapped");
   EXPECT_NEAR(told.first(Kind::FirstByte)->seconds - told.first(Kind::Sent)->seconds, 0.25, 1e-6);
   const auto json = writeJSON(told.json(), false).value();
@@ -334,6 +335,7 @@ TEST_F(TimelineTest, LogTraceAndFiguresTellTheSame) {
   window->view().setHidden(true);
   platform->advance(std::chrono::seconds(2));
   load(*ad, status(204));
+  EXPECT_TRUE(ad->veltoAdTimeline().front().first(Kind::PaintedFirst));
   const auto trace = platform->diagnostics()->trace();
   const auto events = readJSON(*trace + "]");
   ASSERT_TRUE(events && events->array()) << *trace;

@@ -54,8 +54,11 @@ void UIViewControllerOMSDKSDKVelto::_startOMSDKSessionFor(
   if (isNativeVideo) _createOmidMediaEvent();
   addFriendlyObstructionOMSDKFor(friendlyObstructionView);
   if (omidSession_) {
-    omidSession_->setSightObserver(
-        [this](int percent) { note(VeltoTimelineKind::Visible, VeltoShare{percent}); });
+    // Sight is taken from what was painted.
+    omidSession_->setSightObserver([this](int percent) {
+      if (percent > 0) note(VeltoTimelineKind::PaintedFirst, {});
+      note(VeltoTimelineKind::Visible, VeltoShare{percent});
+    });
     note(VeltoTimelineKind::Measured, VeltoMeasured::SessionStarted);
     omidSession_->start();
   }

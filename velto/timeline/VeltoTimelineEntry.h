@@ -29,7 +29,7 @@ enum class VeltoTimelineKind : uint8_t {
   PageLoaded,         // as the engine says
   LoadFinished,       // as the page says, or the adapter's view is in its place; DidFinishLoad of a banner
   Animated,           // the entry animation has begun
-  PaintedFirst,       // a frame with it was on the display
+  PaintedFirst,       // some of it can be seen, as measured from what the window has painted
   Ready,              // an interstitial waits to be shown; its DidFinishLoad
   ShowAsked,          // VeltoAskedBy
   ShowFailed,         // VeltoAdEndReason
