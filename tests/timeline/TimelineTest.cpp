@@ -368,9 +368,10 @@ TEST_F(TimelineTest, LogTraceAndFiguresTellTheSame) {
   EXPECT_NEAR(figures.visiblePercent.sum, 50, 5) << "half of the time";
   const auto text = metrics->openMetrics();
   const std::string label = "{placement=\"a \\\"quoted\\\"\\nname\"";
-  for (const auto& line : {"velto_loads_total" + label + ",reason=\"status-no-fill\"} 1\n",
-                           "velto_load_seconds_bucket" + label + ",le=\"0.32\"} 1\n",
-                           "velto_visible_percent_count" + label + "} 1\n", std::string("# EOF\n")})
+  for (const auto& line :
+       {"velto_loads_total" + label + ",reason=\"status-no-fill\"} 1\n",
+        "velto_load_seconds_bucket" + label + ",le=\"0.32\"} 1\n",
+        "velto_visible_percent_bucket" + label + ",le=\"40.0\"} 0\n", std::string("# EOF\n")})
     EXPECT_NE(text.find(line), std::string::npos) << line << text;
   headless::Platform::uninstall();
   EXPECT_TRUE(readJSON(*trace)) << "whole, and closed";

@@ -21,8 +21,8 @@ void answer(const Handler& handler, Response response, std::optional<std::string
 using Why = VeltoAdEndReason;
 using Kind = VeltoTimelineKind;
 
-Why whyTransportFailed(const std::optional<NSError>& error) {
-  switch (error ? error->cause : NSErrorCause::Unknown) {
+Why whyTransportFailed(const NSError& error) {
+  switch (error.cause) {
     case NSErrorCause::Offline:
       return Why::Offline;
     case NSErrorCause::NameNotFound:
@@ -84,9 +84,11 @@ void performForLoad(const std::optional<NSURLRequest>& request, Handler handler)
 // What a finished data task means.
 void finish(std::optional<std::string> data, Response response, std::optional<NSError> error,
             const Handler& handler) {
-  if (error)
+  if (error) {
+    const auto why = whyTransportFailed(*error);
     return answer(handler, std::move(response), std::move(data),
-                  VeltoErrorAd::because(whyTransportFailed(error), std::move(error)));
+                  VeltoErrorAd::because(why, std::move(error)));
+  }
   if (!data || !response || !response->isHTTP) {
     const auto why = data ? Why::AnswerNotHTTP : Why::AnswerWithoutData;
     return answer(handler, std::move(response), std::move(data), VeltoErrorAd::because(why));

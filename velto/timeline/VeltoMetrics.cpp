@@ -26,6 +26,12 @@ std::string escaped(const std::string& text) {
   return replaceAll(replaceAll(replaceAll(text, "\\", "\\\\"), "\"", "\\\""), "\n", "\\n");
 }
 
+// Bounds have a point.
+std::string canonical(double bound) {
+  auto text = numberText(bound);
+  return text.find('.') == std::string::npos ? std::move(text) + ".0" : text;
+}
+
 class MetricsText {
  public:
   void family(const char* name, const char* type, const char* help) {
@@ -46,8 +52,9 @@ class MetricsText {
     uint64_t below = 0;
     for (size_t i = 0; i < values.counts.size(); ++i) {
       below += values.counts[i];
-      const auto bound = i < values.bounds.size() ? numberText(values.bounds[i]) : "+Inf";
-      sample("_bucket", labels + ",le=\"" + bound + "\"", static_cast<double>(below));
+      const auto bound = i < values.bounds.size() ? canonical(values.bounds[i]) : "+Inf";
+      sample("_bucket", std::string(labels).append(",le=\"").append(bound).append("\""),
+             static_cast<double>(below));
     }
     sample("_count", labels, static_cast<double>(values.count));
     sample("_sum", labels, values.sum);

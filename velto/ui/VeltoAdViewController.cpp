@@ -72,7 +72,7 @@ std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo(Why why) {
 }
 
 VeltoErrorAd VeltoAdViewController::endByPage(const NSError& error) {
-  const auto made = VeltoErrorAd::because(whyPageFailed(error), error);
+  auto made = VeltoErrorAd::because(whyPageFailed(error), error);
   if (shown_) shown_->endLoad(made.reason);
   return made;
 }
