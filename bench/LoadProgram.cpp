@@ -67,6 +67,18 @@ void measureLoad(Loader& loader, int number) {
   std::fflush(stdout);
 }
 
+void showFirstFrame(GtkWindow* window, guint andWait) {
+  bool isPainted = false;
+  const auto painted = +[](GdkFrameClock*, bool* flag) { *flag = true; };
+  gtk_widget_realize(GTK_WIDGET(window));
+  GdkFrameClock* frames = gtk_widget_get_frame_clock(GTK_WIDGET(window));
+  const gulong handler = g_signal_connect(frames, "after-paint", G_CALLBACK(painted), &isPainted);
+  gtk_window_present(window);
+  while (!isPainted) g_main_context_iteration(nullptr, TRUE);
+  g_signal_handler_disconnect(frames, handler);
+  if (andWait > 0) runMainLoopFor(andWait);
+}
+
 void pause(int number) {
   runMainLoopFor(memorySettles);
   std::printf("{\"pause\": %d}\n", number);
@@ -91,12 +103,17 @@ void runMainLoopFor(guint duration) {
   while (!over) g_main_context_iteration(nullptr, TRUE);
 }
 
-GtkWindow* startWithWindow(const char* program) {
+GtkWindow* makeWindow(const char* program) {
   g_set_prgname(g_path_get_basename(program));
   if (!gtk_init_check()) giveUp("no display");
   auto* window = GTK_WINDOW(gtk_window_new());
   gtk_window_set_default_size(window, 400, 300);
   gtk_window_set_child(window, gtk_overlay_new());
+  return window;
+}
+
+GtkWindow* startWithWindow(const char* program) {
+  GtkWindow* window = makeWindow(program);
   gtk_window_present(window);
   while (!gtk_widget_get_mapped(GTK_WIDGET(window))) g_main_context_iteration(nullptr, TRUE);
   runMainLoopFor(windowSettles);
@@ -110,8 +127,10 @@ int runLoads(int count, char** words,
     std::fprintf(stderr, "usage: %s PORT CA_FILE KEY LOADS [PAUSE_AFTER...]\n", words[0]);
     return 2;
   }
-  GtkWindow* window = startWithWindow(words[0]);
+  const char* after = std::getenv("VELTO_BENCH_AFTER");
+  GtkWindow* window = after ? makeWindow(words[0]) : startWithWindow(words[0]);
   auto loader = make(arguments->server, window);
+  if (after) showFirstFrame(window, static_cast<guint>(std::atoi(after)));
   const auto& pauses = arguments->pauses;
   for (int number = 1; number <= arguments->loads; ++number) {
     measureLoad(*loader, number);

@@ -7,6 +7,9 @@
 // For each load it prints {"load": 1, "ms": ..., "cpuMs": ...}: the time from asking for an ad until its page
 // says velto://loadFinished, and the main thread's processor time in it. After the loads named last it prints
 // {"pause": n} and waits for a line of input, so that run.py can look at its memory.
+//
+// With VELTO_BENCH_AFTER in the environment the way to ads is opened before the window is shown, as an application does
+// that starts, and the first load comes so many milliseconds after the window's first frame; else when all is at rest.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -42,7 +45,9 @@ constexpr guint windowSettles = 300;  // milliseconds
 // Says why and ends the process with 1: a benchmark of ads that do not load measures nothing.
 [[noreturn]] void giveUp(const std::string& reason);
 
-// Starts GTK, and returns the window of all these programs once it is shown and has come to rest.
+// Starts GTK, and returns the window of all these programs, which is not shown yet.
+GtkWindow* makeWindow(const char* program);
+// The same, once it is shown and has come to rest.
 GtkWindow* startWithWindow(const char* program);
 void runMainLoopFor(guint milliseconds);
 

@@ -144,8 +144,15 @@ class Bench:
         late = pair("bench-late", 1, rounds)
         later = pair("bench", 10, 3) if self.quick else pair("bench", 40, 3)
         row = Row.of_samples
+        early = []
+        for after, limit in ((0, 1.00), (300, 0.50), (1000, 0.15)):
+            environment = {"VELTO_BENCH_AFTER": str(after)}
+            one = lambda program: lambda: self.run(program, *self.server, "bench", 1, environment=environment)
+            samples = self.in_turns(rounds, one("velto-bench-load"), one("velto-bench-bare-load"))
+            early.append(row(f"first load, {after} ms after the first frame", "ms", *times(samples, "ms"), limit=limit))
         return [row("first load of a process, server at once", "ms", *times(first, "ms"), limit=1.00),
                 row("first load, server after 200 ms", "ms", *times(late, "ms"), limit=0.65),
+                *early,
                 row("later load, server at once", "ms", *times(later, "ms"), limit=0.12),
                 row("  main thread in a first load, engine included", "ms", *times(first, "cpuMs")),
                 row("  main thread in a later load, engine included", "ms", *times(later, "cpuMs"))]

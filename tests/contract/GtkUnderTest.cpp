@@ -7,10 +7,10 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <map>
 
 #include "../support/AdWindow.h"
 #include "../support/LoopbackServer.h"
+#include "../support/WebProcesses.h"
 #include "PlatformUnderTest.h"
 #include "TestServer.h"
 
@@ -54,22 +54,8 @@ class GtkUnderTest : public PlatformUnderTest {
   std::string refusingServer() override { return "http://127.0.0.1:1"; }
   bool runsPages() const override { return true; }
   void killPages() override {
-    // Engines may put processes of a sandbox between this one and theirs, so all descendants count.
-    std::map<std::string, std::string> parents;
-    std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-      std::ifstream stat(entry.path() / "stat");
-      std::string pid, name, state, parent;
-      if (!(stat >> pid >> name >> state >> parent)) continue;
-      parents[pid] = parent;
-      if (name.starts_with("(WebKitWebProces")) found.push_back(pid);
-    }
     int killed = 0;
-    for (const auto& pid : found) {
-      auto ancestor = pid;
-      while (parents.contains(ancestor) && ancestor != std::to_string(getpid())) ancestor = parents[ancestor];
-      if (ancestor == std::to_string(getpid()) && kill(std::stoi(pid), SIGKILL) == 0) ++killed;
-    }
+    for (const auto process : test::webProcesses()) killed += kill(process, SIGKILL) == 0;
     EXPECT_GT(killed, 0) << "no web process of ours";
   }
 

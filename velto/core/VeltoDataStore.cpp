@@ -125,6 +125,11 @@ std::string VeltoDataStore::getUserAgent() {
   return fallback;
 }
 
+bool VeltoDataStore::hasShownAds() {
+  const auto stored = getStringForKey(keyUserAgent);
+  return stored && *stored != fallbackUserAgent();
+}
+
 void VeltoDataStore::storeVeltoKey(const std::optional<std::string>& key,
                                    const std::optional<std::string>& fromNonNative, bool testMode) {
   const bool firstOfInstallation = [&] {

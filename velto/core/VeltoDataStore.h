@@ -36,6 +36,8 @@ class VeltoDataStore {
   static bool isTestMode();
   // The stored one; else one made from the device, which is then stored.
   static std::string getUserAgent();
+  // Whether an ad was on the screen in this run or an earlier one: its engine has said what it calls itself.
+  static bool hasShownAds();
 
   // Registers a key. Resets test mode, endpoint and all consent first; the first key of an installation is
   // tracked.

@@ -4,6 +4,9 @@
 #include "velto/core/SDKVeltoBundle.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/measurement/OMSDK.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/foundation/Text.h"
 #include "velto/platform/ui/UIViewController.h"
 #include "velto/tracking/VeltoTrackerManager.h"
@@ -27,6 +30,8 @@ void VeltoFramework::_initFrameworkWithKey(const std::string& key,
   VeltoDataStore::storeVeltoKey(key, fromNonNative, testMode);
   VeltoTrackerManager::start();
   OMSDK::initOMSDK();
+  if (!VeltoDataStore::hasShownAds()) return;
+  Platform::current().mainQueue().post([] { Platform::current().views().expectWebContent(); });
 }
 
 void VeltoFramework::setEndpoint(const std::optional<std::string>& endpoint) {

@@ -34,6 +34,10 @@ class VELTO_EXPORT ViewSystem {
   // is to be gained, also when a view made now could share the process of `replacing` (may be null).
   virtual std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) = 0;
 
+  // An ad will probably be asked for: what the first web view of the process waits for may be brought up when that
+  // disturbs nothing. May do nothing; calls after the first, or after a web view was made, do nothing.
+  virtual void expectWebContent() {}
+
   // Calls back once for every frame that the display shows, with monotonic seconds, until the handle goes.
   virtual Handle displayLink(std::function<void(double seconds)> tick) = 0;
 };

@@ -3,6 +3,7 @@
 
 #include "velto/core/VeltoUtilities.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/tracking/VeltoTrackerManager.h"
 
 #include <utility>
@@ -34,6 +35,7 @@ VeltoAdViewController::~VeltoAdViewController() {
 void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   vc_ = getUserViewControllerForDelegate(delegate);
   addTapGestureRecognizerInView([this] { _adDidPress(); });
+  Platform::current().views().expectWebContent();
   auto& center = Platform::current().notificationCenter();
   orientationObserver_ =
       center.addObserver(constNotificationUICurrentOrientation, [this](const NSNotification& notification) {

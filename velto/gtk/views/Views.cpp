@@ -4,6 +4,7 @@
 #include "velto/gtk/views/ButtonPeer.h"
 #include "velto/gtk/views/DisplayLink.h"
 #include "velto/gtk/views/Peer.h"
+#include "velto/gtk/web/EarlyStart.h"
 #include "velto/gtk/web/WebProcesses.h"
 #include "velto/gtk/web/WebSession.h"
 #include "velto/gtk/web/WebView.h"
@@ -14,7 +15,7 @@ namespace {
 
 class Views final : public ViewSystem {
  public:
-  explicit Views(std::shared_ptr<WebSession> session) : session_(std::move(session)) {}
+  explicit Views(std::shared_ptr<WebSession> session) : session_(std::move(session)), earlyStart_(session_) {}
 
   std::unique_ptr<ViewPeer> makeView() override { return std::make_unique<Peer>(); }
   std::unique_ptr<ButtonPeer> makeButton() override { return std::make_unique<PushButtonPeer>(); }
@@ -25,8 +26,11 @@ class Views final : public ViewSystem {
 
   std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) override {
     if (const auto* view = webViewOf(replacing); view && view->canShareProcess()) return nullptr;
+    if (auto early = earlyStart_.take(); early && early->isUp()) return early;
     return std::make_shared<PreparedEngine>(*session_);
   }
+
+  void expectWebContent() override { earlyStart_.expect(); }
 
   Handle displayLink(std::function<void(double)> tick) override { return displayLink_->add(std::move(tick)); }
 
@@ -44,6 +48,7 @@ class Views final : public ViewSystem {
   }
 
   std::shared_ptr<WebSession> session_;
+  EarlyStart earlyStart_;
   std::shared_ptr<DisplayLink> displayLink_ = std::make_shared<DisplayLink>();
 };
 

@@ -14,7 +14,6 @@ namespace {
 
 constexpr int adsForProcess = 32;
 constexpr uint64_t residentForProcess = uint64_t{300} << 20;  // bytes
-constexpr guint preparedLife = 30;                            // seconds
 
 // The kernel's list for each thread costs far less than a walk through all processes of the machine.
 std::vector<pid_t> childrenOf(pid_t process) {
@@ -137,9 +136,9 @@ Engine relatedEngine(const Engine& other) {
   return made;
 }
 
-PreparedEngine::PreparedEngine(WebSession& session) : engine_(freshEngine(session)) {
+PreparedEngine::PreparedEngine(WebSession& session, guint secondsToLive) : engine_(freshEngine(session)) {
   g_signal_connect(engine_.view, "web-process-terminated", G_CALLBACK(terminated), this);
-  timer_ = g_timeout_add_seconds(preparedLife, timedOut, this);
+  timer_ = g_timeout_add_seconds(secondsToLive, timedOut, this);
   // A statement brings the process up like a page would, and leaves nothing behind for the ad to wait for.
   webkit_web_view_evaluate_javascript(engine_.view, "0", -1, nullptr, nullptr, nullptr, nullptr, nullptr);
 }

@@ -70,14 +70,15 @@ Engine freshEngine(WebSession& session);
 Engine relatedEngine(const Engine& other);  // in the other's process
 
 // A hidden web view whose process is up, or coming. The next web view takes it over; if
-// none does, it and its process go with this object, or by themselves after half a minute.
+// none does, it and its process go with this object, or by themselves after their time.
 class PreparedEngine final : public PreparedWebContent {
  public:
-  explicit PreparedEngine(WebSession& session);
+  explicit PreparedEngine(WebSession& session, guint secondsToLive = 30);
   PreparedEngine(const PreparedEngine&) = delete;
   PreparedEngine& operator=(const PreparedEngine&) = delete;
   ~PreparedEngine() override;
 
+  bool isUp() const { return static_cast<bool>(engine_.view); }
   // Nothing when it was taken before, timed out, or its process died.
   std::optional<Engine> take();
 

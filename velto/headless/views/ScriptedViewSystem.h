@@ -25,12 +25,14 @@ class VELTO_EXPORT ScriptedViewSystem : public ViewSystem {
 
   int webViewsMade() const { return webViewsMade_; }
   int contentPrepared() const { return contentPrepared_; }        // times that content was made ready
+  int contentExpected() const { return contentExpected_; }        // times that an ad was said to be probable
   long contentHeld() const { return prepared_.use_count() - 1; }  // made ready, neither used nor let go
 
   std::unique_ptr<ViewPeer> makeView() override;
   std::unique_ptr<ButtonPeer> makeButton() override;
   std::unique_ptr<WebViewPeer> makeWebView(const WKWebViewConfiguration& configuration) override;
   std::shared_ptr<PreparedWebContent> prepareWebContent(WKWebView* replacing) override;
+  void expectWebContent() override { ++contentExpected_; }
   Handle displayLink(std::function<void(double seconds)> tick) override;
 
  private:
@@ -42,6 +44,7 @@ class VELTO_EXPORT ScriptedViewSystem : public ViewSystem {
   std::shared_ptr<int> prepared_ = std::make_shared<int>(0);  // each piece of content still held owns a share
   int webViewsMade_ = 0;
   int contentPrepared_ = 0;
+  int contentExpected_ = 0;
 };
 
 }  // namespace velto::headless

@@ -1,0 +1,73 @@
+// The web process that is there before an ad is asked for: when it comes, who gets it, and when none comes.
+#include "velto/platform/NSUserDefaults.h"
+
+#include <algorithm>
+
+#include "../support/WebProcesses.h"
+#include "DisplayTest.h"
+
+namespace velto::test {
+namespace {
+
+class EarlyStartTest : public DisplayTest {
+ protected:
+  EarlyStartTest() {
+    delegate->host = gtk::hostViewController(window);
+    EXPECT_TRUE(runUntil([] { return webProcesses().empty(); })) << "those of the case before leave";
+  }
+  ~EarlyStartTest() override {
+    banner.reset();
+    gtk_window_destroy(window);
+  }
+  void makeBanner() {
+    banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
+                                                         VeltoBannerPositionBottom);
+  }
+  void showAd() {
+    banner->load();  // which nobody answers
+    banner->vc()->fetchBannerSuccess(VeltoAd::adWithHTML(
+        "<script>location.href = 'velto://loadFinished'</script>", {}, nullptr, std::nullopt));
+    ASSERT_TRUE(runUntil([&] { return std::ranges::count(delegate->heard, "finish") == 1; }));
+  }
+  void showWindow() {
+    present(window);
+    runFrames(GTK_WIDGET(window));
+    bool isIdle = false;  // after all that waits for an idle loop
+    g_idle_add_full(
+        G_PRIORITY_LOW + 1, [](gpointer flag) -> gboolean { return !(*static_cast<bool*>(flag) = true); },
+        &isIdle, nullptr);
+    ASSERT_TRUE(runUntil([&] { return isIdle; }));
+  }
+  bool comesUp() const {
+    return runUntil([] { return webProcesses().size() == 1; });
+  }
+
+  GtkWindow* window = newWindow(400, 300);
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<VeltoBannerViewController> banner;
+};
+
+TEST_F(EarlyStartTest, ComesAfterTheFirstFrameForABannerThatIsThereAndIsItsFirst) {
+  VeltoFramework::addVeltoKey("early");
+  showWindow();
+  EXPECT_EQ(webProcesses().size(), 0u) << "nobody will show an ad";
+  makeBanner();
+  ASSERT_TRUE(comesUp());
+  const auto early = webProcesses();
+  showAd();
+  EXPECT_EQ(webProcesses(), early);
+}
+
+TEST_F(EarlyStartTest, ComesWithTheKeyWhereAnEarlierRunShowedAnAd) {
+  VeltoFramework::addVeltoKey("early");
+  Platform::current().standardUserDefaults().setObject("kVeltoUserAgentKey", std::string("an engine"));
+  gtk::uninstall();
+  gtk::install({.applicationIdentifier = "org.example.display"});
+  VeltoFramework::addVeltoKey("early");
+  EXPECT_EQ(webProcesses().size(), 0u) << "not before the first frame";
+  present(window);
+  EXPECT_TRUE(comesUp());
+}
+
+}  // namespace
+}  // namespace velto::test
