@@ -188,13 +188,12 @@ void BM_TimelineByLibrary(benchmark::State& state) {
         load->add(Kind::NetworkPassedOver, VeltoNetworkTry{network, VeltoAdEndReason::AdapterUnknown});
       }
       load->add(Kind::Resolved, VeltoAdKind::RichMedia);
-      load->addChange(Kind::WebProcess, VeltoWebProcess::Warm);
+      load->add(Kind::WebProcess, VeltoWebProcess::Warm);
       for (const auto kind : {Kind::MarkupGiven, Kind::PageLoaded, Kind::LoadFinished, Kind::Animated})
-        load->addChange(kind, {});
+        load->add(kind, {});
       for (const auto media : {VeltoRichMedia::Default, VeltoRichMedia::Expanded, VeltoRichMedia::Default})
-        load->addChange(Kind::RichMedia, media);
-      for (int percent = 0; percent <= 100; percent += 20)
-        load->addChange(Kind::Visible, VeltoShare{percent});
+        load->add(Kind::RichMedia, media);
+      for (int percent = 0; percent <= 100; percent += 20) load->add(Kind::Visible, VeltoShare{percent});
       load->end(VeltoAdEndReason::Refreshed);
     }
     if (placement.timelines().back().entries.size() != 24) state.SkipWithError("an entry is missing");

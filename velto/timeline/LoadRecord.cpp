@@ -21,6 +21,13 @@ bool takesItsPlace(VeltoAdEndReason reason) {
          reason == VeltoAdEndReason::LoadedAnew;
 }
 
+// What holds until it is said otherwise; the other kinds happen.
+bool isState(VeltoTimelineKind kind) {
+  using Kind = VeltoTimelineKind;
+  return kind == Kind::MarkupGiven || kind == Kind::PageLoaded || kind == Kind::LoadFinished ||
+         kind == Kind::PaintedFirst || kind == Kind::Visible || kind == Kind::RichMedia;
+}
+
 thread_local std::shared_ptr<LoadRecord> currentLoad;
 
 }  // namespace
@@ -62,13 +69,13 @@ struct LoadRecord::Story {
     return timeline.entries.empty() ? 0 : timeline.entries.back().seconds;
   }
 
-  void add(Kind kind, std::optional<double> seconds, Detail&& detail, bool onlyChange) {
+  void add(Kind kind, std::optional<double> seconds, Detail&& detail) {
     VeltoTimelineEntry entry{kind, 0, std::move(detail)};
     {
       std::lock_guard lock(mutex);
       if (timeline.end) return;
       auto& entries = timeline.entries;
-      if (onlyChange && !isChange(entry)) return;
+      if (isState(kind) && !isChange(entry)) return;
       entry.seconds = now();
       if (seconds && !entries.empty())
         entry.seconds =
@@ -140,11 +147,7 @@ LoadRecord::~LoadRecord() {
 }
 
 void LoadRecord::addAt(Kind kind, std::optional<double> seconds, Detail detail) {
-  story_->add(kind, seconds, std::move(detail), false);
-}
-
-void LoadRecord::addChange(Kind kind, Detail detail) {
-  story_->add(kind, std::nullopt, std::move(detail), true);
+  story_->add(kind, seconds, std::move(detail));
 }
 
 void LoadRecord::showFailed(VeltoAdEndReason reason) {

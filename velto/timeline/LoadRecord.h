@@ -24,12 +24,10 @@ class LoadRecord {
   LoadRecord(const LoadRecord&) = delete;
   LoadRecord& operator=(const LoadRecord&) = delete;
 
-  // After the end nothing is added.
+  // After the end nothing is added, nor what is only said to be as it is known to be already.
   void add(Kind kind, Detail detail = {}) { addAt(kind, std::nullopt, std::move(detail)); }
   // Of a moment that has passed, as a transport tells it afterwards.
   void addAt(Kind kind, std::optional<double> seconds, Detail detail = {});
-  // Unless it is what was said last of that kind.
-  void addChange(Kind kind, Detail detail);
   // An attempt to show the ad has failed. Should it never be shown, that is how it ended.
   void showFailed(VeltoAdEndReason reason);
   // Once; what comes later says nothing.

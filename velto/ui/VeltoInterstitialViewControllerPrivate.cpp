@@ -159,7 +159,7 @@ void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
 
 void VeltoInterstitialViewControllerPrivate::showFor(VeltoAskedBy by) {
   if (!isReady_ || abandoned_ || isOnScreen()) return;
-  if (const auto& load = shown_->record()) load->add(VeltoTimelineKind::ShowAsked, by);
+  note(VeltoTimelineKind::ShowAsked, by);
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);

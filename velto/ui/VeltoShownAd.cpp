@@ -48,7 +48,7 @@ void VeltoShownAd::end(Why why) {
 }
 
 void VeltoShownAd::note(VeltoTimelineKind kind, LoadRecord::Detail detail) {
-  if (record_) record_->addChange(kind, std::move(detail));
+  if (record_) record_->add(kind, std::move(detail));
 }
 
 void VeltoShownAd::endLoad(Why why) {
