@@ -113,6 +113,7 @@ TEST_F(TimelineTest, EachFaultOnTheWayToAnAdHasItsReason) {
     load(*ad, answer);
     EXPECT_EQ(last(ad).end, why);
     expectError(delegate->lastError, why);
+    EXPECT_EQ(platform->views().contentHeld(), 0) << "no web process stays without an ad";
     delegate->lastError.reset();
     platform->urlSession().enqueue("/sdk/", answer);
     platform->advance(std::chrono::seconds(31));
