@@ -76,6 +76,7 @@ static VeltoAdapterAd* make(GtkWidget* widget, int width, int height) {
  * Since: 1.0
  */
 VeltoAdapterAd* velto_adapter_ad_new(GtkWidget* widget, int width, int height) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(GTK_IS_WIDGET(widget), nullptr);
   g_return_val_if_fail(width > 0 && height > 0, nullptr);
   return make(widget, width, height);
@@ -92,6 +93,7 @@ VeltoAdapterAd* velto_adapter_ad_new(GtkWidget* widget, int width, int height) {
  * Since: 1.0
  */
 VeltoAdapterAd* velto_adapter_ad_new_full_screen(GtkWidget* widget) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(GTK_IS_WIDGET(widget), nullptr);
   return make(widget, 0, 0);
 }
@@ -108,6 +110,7 @@ VeltoAdapterAd* velto_adapter_ad_new_full_screen(GtkWidget* widget) {
  */
 GtkWidget* velto_adapter_ad_get_widget(VeltoAdapterAd* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_AD(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return self->widget;
 }
 
@@ -123,6 +126,7 @@ GtkWidget* velto_adapter_ad_get_widget(VeltoAdapterAd* self) {
  */
 int velto_adapter_ad_get_width(VeltoAdapterAd* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_AD(self), 0);
+  velto_return_val_if_elsewhere(0);
   return self->width;
 }
 
@@ -138,6 +142,7 @@ int velto_adapter_ad_get_width(VeltoAdapterAd* self) {
  */
 int velto_adapter_ad_get_height(VeltoAdapterAd* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_AD(self), 0);
+  velto_return_val_if_elsewhere(0);
   return self->height;
 }
 
@@ -153,6 +158,7 @@ int velto_adapter_ad_get_height(VeltoAdapterAd* self) {
  */
 gboolean velto_adapter_ad_is_full_screen(VeltoAdapterAd* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_AD(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return self->width == 0;
 }
 

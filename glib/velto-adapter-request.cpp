@@ -55,6 +55,7 @@ static void velto_adapter_request_init(VeltoAdapterRequest* self) {
  */
 gboolean velto_adapter_request_is_full_screen(VeltoAdapterRequest* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_REQUEST(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return self->question->fullScreen;
 }
 
@@ -70,6 +71,7 @@ gboolean velto_adapter_request_is_full_screen(VeltoAdapterRequest* self) {
  */
 const char* velto_adapter_request_get_ad_unit(VeltoAdapterRequest* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_REQUEST(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return self->question->adUnit ? self->question->adUnit->c_str() : nullptr;
 }
 
@@ -85,6 +87,7 @@ const char* velto_adapter_request_get_ad_unit(VeltoAdapterRequest* self) {
  */
 const char* velto_adapter_request_get_data(VeltoAdapterRequest* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER_REQUEST(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return self->question->data ? self->question->data->c_str() : nullptr;
 }
 

@@ -2,10 +2,10 @@
 #include <velto/ads/VeltoAd.h>
 #include <velto/ads/VeltoAdMediationAdapterRegistry.h>
 #include <velto/ads/VeltoAdMediationCoreAdapter.h>
-#include <velto/gtk/VeltoGtk.h>
 #include <velto/platform/ui/UIButton.h>
 
 #include "velto-adapter-private.h"
+#include "velto-ground-private.h"
 
 /**
  * VeltoAdapter:
@@ -20,12 +20,12 @@
 G_DEFINE_INTERFACE(VeltoAdapter, velto_adapter, G_TYPE_OBJECT)
 
 static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
-  iface->get_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
+  iface->get_adapter_description = [](VeltoAdapter* self) { return g_strdup(G_OBJECT_TYPE_NAME(self)); };
   iface->present = [](VeltoAdapter*, VeltoAdapterAd*) {};
 }
 
 /**
- * velto_adapter_get_description:
+ * velto_adapter_get_adapter_description:
  * @self: an adapter
  *
  * Says what the network is called, for logs.
@@ -34,9 +34,10 @@ static void velto_adapter_default_init(VeltoAdapterInterface* iface) {
  *
  * Since: 1.0
  */
-char* velto_adapter_get_description(VeltoAdapter* self) {
+char* velto_adapter_get_adapter_description(VeltoAdapter* self) {
   g_return_val_if_fail(VELTO_IS_ADAPTER(self), nullptr);
-  return VELTO_ADAPTER_GET_IFACE(self)->get_description(self);
+  velto_return_val_if_elsewhere(nullptr);
+  return VELTO_ADAPTER_GET_IFACE(self)->get_adapter_description(self);
 }
 
 /**
@@ -50,6 +51,7 @@ char* velto_adapter_get_description(VeltoAdapter* self) {
  */
 void velto_adapter_load(VeltoAdapter* self, VeltoAdapterRequest* request) {
   g_return_if_fail(VELTO_IS_ADAPTER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_IS_ADAPTER_REQUEST(request));
   const auto* iface = VELTO_ADAPTER_GET_IFACE(self);
   g_return_if_fail(iface->load);
@@ -67,6 +69,7 @@ void velto_adapter_load(VeltoAdapter* self, VeltoAdapterRequest* request) {
  */
 void velto_adapter_present(VeltoAdapter* self, VeltoAdapterAd* ad) {
   g_return_if_fail(VELTO_IS_ADAPTER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(VELTO_IS_ADAPTER_AD(ad));
   VELTO_ADAPTER_GET_IFACE(self)->present(self, ad);
 }
@@ -76,16 +79,6 @@ namespace {
 
 using Completion = velto::VeltoAdCompletion;
 
-// On the main thread, where all of an adapter belongs; at once where that is this one.
-void onMainThread(std::function<void()> work) {
-  const auto run = [](gpointer data) -> gboolean {
-    guarded("VeltoAdapter", *static_cast<std::function<void()>*>(data));
-    return G_SOURCE_REMOVE;
-  };
-  const auto forget = [](gpointer data) { delete static_cast<std::function<void()>*>(data); };
-  g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, run, new std::function(std::move(work)), forget);
-}
-
 // One ad of the network, as the library's controllers see it.
 class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
                         public velto::VeltoAdMediationRootViewControllerUser {
@@ -93,7 +86,10 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   AdapterAd(VeltoAdapter* adapter, VeltoAdapterAd* ad)
       : adapter_(VELTO_ADAPTER(g_object_ref(adapter))),
         ad_(VELTO_ADAPTER_AD(g_object_ref(ad))),
-        view_(velto::gtk::widgetView(velto_adapter_ad_get_widget(ad))) {
+        view_(ground().adView(velto_adapter_ad_get_widget(ad))) {
+    auto* words = velto_adapter_get_adapter_description(adapter);
+    description_ = words ? words : "";
+    g_free(words);
     g_signal_connect(ad_, "pressed", G_CALLBACK(pressed), this);
     g_signal_connect(ad_, "closed", G_CALLBACK(closed), this);
   }
@@ -101,7 +97,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   AdapterAd& operator=(const AdapterAd&) = delete;
   ~AdapterAd() override {
     g_signal_handlers_disconnect_by_data(ad_, this);
-    onMainThread([adapter = adapter_, ad = ad_, view = std::move(view_)] {
+    ground().onMainThread([adapter = adapter_, ad = ad_, view = std::move(view_)] {
       view->removeFromSuperview();
       g_object_unref(ad);
       g_object_unref(adapter);
@@ -111,12 +107,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   uint64_t adType() const override {
     return velto_adapter_ad_is_full_screen(ad_) ? velto::VeltoAdTypeInterstitial : velto::VeltoAdTypeBanner;
   }
-  std::string description() const override {
-    auto* words = velto_adapter_get_description(adapter_);
-    std::string text = words ? words : "";
-    g_free(words);
-    return text;
-  }
+  std::string description() const override { return description_; }
   VeltoAdMediationRootViewControllerUser* rootViewControllerUser() override { return this; }
   std::shared_ptr<velto::UIView> getBannerView() override { return view_; }
 
@@ -149,6 +140,7 @@ class AdapterAd final : public velto::VeltoAdMediationCoreAdapter,
   VeltoAdapter* adapter_;
   VeltoAdapterAd* ad_;
   std::shared_ptr<velto::UIView> view_;
+  std::string description_;  // as it was asked for on the main thread
 };
 
 class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
@@ -157,7 +149,7 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
   AdapterClass(const AdapterClass&) = delete;
   AdapterClass& operator=(const AdapterClass&) = delete;
   ~AdapterClass() override {
-    onMainThread([adapter = adapter_] { g_object_unref(adapter); });
+    ground().onMainThread([adapter = adapter_] { g_object_unref(adapter); });
   }
 
   void adapt(const std::shared_ptr<velto::VeltoMediationItemResponse>& item,
@@ -165,7 +157,7 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
              const std::shared_ptr<velto::VeltoTaskResponseHeaders>& headers, uint64_t adType,
              Completion completionHandler) override {
     const auto* adapter = VELTO_ADAPTER(g_object_ref(adapter_));
-    onMainThread([=] {
+    ground().onMainThread([=] {
       ask(const_cast<VeltoAdapter*>(adapter), *item, adType, [=](VeltoAdapterAd* ad, const auto* error) {
         if (error) return completionHandler(nullptr, *error);
         auto made = velto::VeltoAd::adWithMediation(
@@ -216,9 +208,9 @@ std::shared_ptr<velto::VeltoAdMediationAdapterProtocol> adapterClassFor(VeltoAda
  */
 void velto_client_add_adapter(VeltoClient* self, const char* name, VeltoAdapter* adapter) {
   g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(name && *name);
   g_return_if_fail(!adapter || VELTO_IS_ADAPTER(adapter));
-  velto_return_if_elsewhere();
   velto_glib::guarded(__func__, [&] {
     velto::VeltoAdMediationAdapterRegistry::registerAdapter(
         name, adapter ? velto_glib::adapterClassFor(adapter) : nullptr);

@@ -15,7 +15,7 @@ VELTO_PUBLIC G_DECLARE_INTERFACE(VeltoAdapter, velto_adapter, VELTO, ADAPTER, GO
 /**
  * VeltoAdapterInterface:
  * @parent_iface: the parent interface
- * @get_description: what the network is called, for logs; may be left out
+ * @get_adapter_description: what the network is called, for logs; may be left out
  * @load: asks the network for an ad
  * @present: tells that a full-screen ad covers its window now; may be left out
  *
@@ -27,7 +27,7 @@ struct _VeltoAdapterInterface {
   GTypeInterface parent_iface;
 
   /**
-   * VeltoAdapterInterface::get_description:
+   * VeltoAdapterInterface::get_adapter_description:
    * @self: an adapter
    *
    * Says what the network is called, for logs.
@@ -36,7 +36,7 @@ struct _VeltoAdapterInterface {
    *
    * Since: 1.0
    */
-  char* (*get_description)(VeltoAdapter* self);
+  char* (*get_adapter_description)(VeltoAdapter* self);
 
   /**
    * VeltoAdapterInterface::load:
@@ -62,7 +62,7 @@ struct _VeltoAdapterInterface {
   void (*present)(VeltoAdapter* self, VeltoAdapterAd* ad);
 };
 
-VELTO_PUBLIC char* velto_adapter_get_description(VeltoAdapter* self);
+VELTO_PUBLIC char* velto_adapter_get_adapter_description(VeltoAdapter* self);
 VELTO_PUBLIC void velto_adapter_load(VeltoAdapter* self, VeltoAdapterRequest* request);
 VELTO_PUBLIC void velto_adapter_present(VeltoAdapter* self, VeltoAdapterAd* ad);
 

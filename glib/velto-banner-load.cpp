@@ -71,7 +71,7 @@ class BannerDelegate final : public velto::VeltoBannerViewControllerDelegate {
 
   std::shared_ptr<velto::UIViewController> presentViewController() override {
     auto* slot = banner_ ? privateOf(banner_).slot : nullptr;
-    return slot ? velto::gtk::hostViewController(slot) : nullptr;
+    return slot ? ground().slotController(slot) : nullptr;
   }
   void veltoBannerViewControllerDidFinishLoad(Controller&) override {
     if (banner_) conclude(banner_, nullptr);
@@ -155,7 +155,9 @@ void velto_banner_load(VeltoBanner* self) {
   const Kept kept(self);
   privateOf(self).wantsAd = true;
   GError* error = nullptr;
-  if (guarded(&error, [&] { loadBanner(self); })) return;
+  if (guarded(
+          &error, [&] { loadBanner(self); }, adErrorFrom))
+    return;
   conclude(self, error);
   g_error_free(error);
 }
@@ -192,7 +194,9 @@ void velto_banner_load_async(VeltoBanner* self, GCancellable* cancellable, GAsyn
   privateOf(self).waiting.add(task);
   if (isOnItsWay) return;
   GError* error = nullptr;
-  if (guarded(&error, [&] { loadBanner(self); })) return;
+  if (guarded(
+          &error, [&] { loadBanner(self); }, adErrorFrom))
+    return;
   conclude(self, error);
   g_error_free(error);
 }
@@ -211,6 +215,7 @@ void velto_banner_load_async(VeltoBanner* self, GCancellable* cancellable, GAsyn
  */
 gboolean velto_banner_load_finish(VeltoBanner* self, GAsyncResult* result, GError** error) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   g_return_val_if_fail(g_task_is_valid(result, self), FALSE);
   return g_task_propagate_boolean(G_TASK(result), error);
 }

@@ -1,8 +1,7 @@
 // What stands behind a banner: its values, the slot that the ad stands in, and the ad.
 #pragma once
 
-#include <velto/gtk/VeltoGtk.h>
-
+#include "velto-ground-private.h"
 #include "velto-waiting.h"
 
 namespace velto_glib {

@@ -15,8 +15,8 @@ velto::CGSize roomOf(VeltoBannerSize size) {
   }
 }
 
-template <class Value>
-bool set(VeltoBanner* banner, Value BannerPrivate::*member, Value value, BannerProperty property) {
+template <class Member, class Value>
+bool set(VeltoBanner* banner, Member member, Value value, BannerProperty property) {
   if (std::exchange(privateOf(banner).*member, value) == value) return false;
   notifyBanner(banner, property);
   return true;
@@ -28,7 +28,7 @@ void keepRoom(VeltoBanner* banner) {
   const auto& priv = privateOf(banner);
   if (!priv.slot) return;
   guarded(__func__, [&] {
-    velto::gtk::setSlotRoom(priv.slot, priv.collapse ? std::nullopt : std::optional(roomOf(priv.size)));
+    ground().setSlotRoom(priv.slot, priv.collapse ? std::nullopt : std::optional(roomOf(priv.size)));
   });
 }
 
@@ -47,6 +47,7 @@ using namespace velto_glib;
  * Since: 1.0
  */
 GtkWidget* velto_banner_new(VeltoBannerSize size) {
+  velto_return_val_if_elsewhere(nullptr);
   return GTK_WIDGET(g_object_new(VELTO_TYPE_BANNER, "size", size, nullptr));
 }
 
@@ -62,6 +63,7 @@ GtkWidget* velto_banner_new(VeltoBannerSize size) {
  */
 VeltoBannerSize velto_banner_get_size(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), VeltoBannerSize(0));
+  velto_return_val_if_elsewhere(VeltoBannerSize(0));
   return privateOf(self).size;
 }
 
@@ -76,8 +78,8 @@ VeltoBannerSize velto_banner_get_size(VeltoBanner* self) {
  */
 void velto_banner_set_size(VeltoBanner* self, VeltoBannerSize size) {
   g_return_if_fail(VELTO_IS_BANNER(self));
-  g_return_if_fail(size >= VELTO_BANNER_SIZE_SMART && size <= VELTO_BANNER_SIZE_MEDIUM_RECTANGLE);
   velto_return_if_elsewhere();
+  if (!isValueOf(VELTO_TYPE_BANNER_SIZE, size, __func__)) return;
   if (set(self, &BannerPrivate::size, size, BannerSize)) keepRoom(self);
 }
 
@@ -93,6 +95,7 @@ void velto_banner_set_size(VeltoBanner* self, VeltoBannerSize size) {
  */
 gboolean velto_banner_get_auto_load(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return privateOf(self).autoLoad;
 }
 
@@ -107,6 +110,7 @@ gboolean velto_banner_get_auto_load(VeltoBanner* self) {
  */
 void velto_banner_set_auto_load(VeltoBanner* self, gboolean auto_load) {
   g_return_if_fail(VELTO_IS_BANNER(self));
+  velto_return_if_elsewhere();
   set(self, &BannerPrivate::autoLoad, gboolean(auto_load != FALSE), BannerAutoLoad);
 }
 
@@ -122,6 +126,7 @@ void velto_banner_set_auto_load(VeltoBanner* self, gboolean auto_load) {
  */
 gboolean velto_banner_get_auto_refresh(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return privateOf(self).autoRefresh;
 }
 
@@ -136,6 +141,7 @@ gboolean velto_banner_get_auto_refresh(VeltoBanner* self) {
  */
 void velto_banner_set_auto_refresh(VeltoBanner* self, gboolean auto_refresh) {
   g_return_if_fail(VELTO_IS_BANNER(self));
+  velto_return_if_elsewhere();
   set(self, &BannerPrivate::autoRefresh, gboolean(auto_refresh != FALSE), BannerAutoRefresh);
 }
 
@@ -151,6 +157,7 @@ void velto_banner_set_auto_refresh(VeltoBanner* self, gboolean auto_refresh) {
  */
 guint velto_banner_get_refresh_interval(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), 0);
+  velto_return_val_if_elsewhere(0);
   return privateOf(self).refreshInterval;
 }
 
@@ -165,6 +172,7 @@ guint velto_banner_get_refresh_interval(VeltoBanner* self) {
  */
 void velto_banner_set_refresh_interval(VeltoBanner* self, guint seconds) {
   g_return_if_fail(VELTO_IS_BANNER(self));
+  velto_return_if_elsewhere();
   set(self, &BannerPrivate::refreshInterval, seconds, BannerRefreshInterval);
 }
 
@@ -180,6 +188,7 @@ void velto_banner_set_refresh_interval(VeltoBanner* self, guint seconds) {
  */
 VeltoAnimation velto_banner_get_animation(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), VeltoAnimation(0));
+  velto_return_val_if_elsewhere(VeltoAnimation(0));
   return privateOf(self).animation;
 }
 
@@ -194,7 +203,8 @@ VeltoAnimation velto_banner_get_animation(VeltoBanner* self) {
  */
 void velto_banner_set_animation(VeltoBanner* self, VeltoAnimation animation) {
   g_return_if_fail(VELTO_IS_BANNER(self));
-  g_return_if_fail(animation >= VELTO_ANIMATION_NONE && animation <= VELTO_ANIMATION_FROM_RIGHT_WITH_SPRING);
+  velto_return_if_elsewhere();
+  if (!isValueOf(VELTO_TYPE_ANIMATION, animation, __func__)) return;
   set(self, &BannerPrivate::animation, animation, BannerAnimation);
 }
 
@@ -210,6 +220,7 @@ void velto_banner_set_animation(VeltoBanner* self, VeltoAnimation animation) {
  */
 gboolean velto_banner_get_collapse(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return privateOf(self).collapse;
 }
 
@@ -240,6 +251,7 @@ void velto_banner_set_collapse(VeltoBanner* self, gboolean collapse) {
  */
 VeltoTargeting* velto_banner_get_targeting(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return privateOf(self).targeting;
 }
 
@@ -254,6 +266,7 @@ VeltoTargeting* velto_banner_get_targeting(VeltoBanner* self) {
  */
 void velto_banner_set_targeting(VeltoBanner* self, VeltoTargeting* targeting) {
   g_return_if_fail(VELTO_IS_BANNER(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!targeting || VELTO_IS_TARGETING(targeting));
   if (g_set_object(&privateOf(self).targeting, targeting)) notifyBanner(self, BannerTargeting);
 }
@@ -270,6 +283,7 @@ void velto_banner_set_targeting(VeltoBanner* self, VeltoTargeting* targeting) {
  */
 VeltoBannerState velto_banner_get_state(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), VeltoBannerState(0));
+  velto_return_val_if_elsewhere(VeltoBannerState(0));
   return privateOf(self).state;
 }
 
@@ -285,6 +299,7 @@ VeltoBannerState velto_banner_get_state(VeltoBanner* self) {
  */
 int velto_banner_get_ad_width(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), 0);
+  velto_return_val_if_elsewhere(0);
   return privateOf(self).adWidth;
 }
 
@@ -300,5 +315,6 @@ int velto_banner_get_ad_width(VeltoBanner* self) {
  */
 int velto_banner_get_ad_height(VeltoBanner* self) {
   g_return_val_if_fail(VELTO_IS_BANNER(self), 0);
+  velto_return_val_if_elsewhere(0);
   return privateOf(self).adHeight;
 }

@@ -319,7 +319,7 @@ static void velto_banner_class_init(VeltoBannerClass* klass) {
 
 static void velto_banner_init(VeltoBanner* self) {
   self->priv = new BannerPrivate(self);
-  auto*& slot = self->priv->slot = velto::gtk::adSlot();
+  auto*& slot = self->priv->slot = ground().makeSlot();
   // One group is enough; it is the banner, by the name that the slot has.
   g_object_set(slot, "accessible-role", GTK_ACCESSIBLE_ROLE_PRESENTATION, nullptr);
   gtk_accessible_update_property(GTK_ACCESSIBLE(self), GTK_ACCESSIBLE_PROPERTY_LABEL,

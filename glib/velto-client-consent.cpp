@@ -14,8 +14,7 @@ using namespace velto_glib;
  * Since: 1.0
  */
 const char* velto_client_get_publisher_key(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientPublisherKey);
+  return clientText(self, ClientPublisherKey, __func__);
 }
 
 /**
@@ -28,7 +27,6 @@ const char* velto_client_get_publisher_key(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_publisher_key(VeltoClient* self, const char* publisher_key) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientPublisherKey, publisher_key, __func__);
 }
 
@@ -43,8 +41,7 @@ void velto_client_set_publisher_key(VeltoClient* self, const char* publisher_key
  * Since: 1.0
  */
 gboolean velto_client_get_test_mode(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), FALSE);
-  return valuesOf(self).numbers[ClientTestMode];
+  return clientNumber(self, ClientTestMode, __func__);
 }
 
 /**
@@ -57,7 +54,6 @@ gboolean velto_client_get_test_mode(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_test_mode(VeltoClient* self, gboolean test_mode) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientNumber(self, ClientTestMode, test_mode != FALSE, __func__);
 }
 
@@ -72,8 +68,7 @@ void velto_client_set_test_mode(VeltoClient* self, gboolean test_mode) {
  * Since: 1.0
  */
 const char* velto_client_get_endpoint(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientEndpoint);
+  return clientText(self, ClientEndpoint, __func__);
 }
 
 /**
@@ -86,7 +81,6 @@ const char* velto_client_get_endpoint(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_endpoint(VeltoClient* self, const char* endpoint) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientEndpoint, endpoint, __func__);
 }
 
@@ -101,8 +95,7 @@ void velto_client_set_endpoint(VeltoClient* self, const char* endpoint) {
  * Since: 1.0
  */
 gboolean velto_client_get_personal_info_allowed(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), FALSE);
-  return valuesOf(self).numbers[ClientPersonalInfoAllowed];
+  return clientNumber(self, ClientPersonalInfoAllowed, __func__);
 }
 
 /**
@@ -115,7 +108,6 @@ gboolean velto_client_get_personal_info_allowed(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_personal_info_allowed(VeltoClient* self, gboolean allowed) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientNumber(self, ClientPersonalInfoAllowed, allowed != FALSE, __func__);
 }
 
@@ -130,8 +122,7 @@ void velto_client_set_personal_info_allowed(VeltoClient* self, gboolean allowed)
  * Since: 1.0
  */
 const char* velto_client_get_gdpr_consent(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientGdprConsent);
+  return clientText(self, ClientGdprConsent, __func__);
 }
 
 /**
@@ -144,7 +135,6 @@ const char* velto_client_get_gdpr_consent(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_gdpr_consent(VeltoClient* self, const char* gdpr_consent) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientGdprConsent, gdpr_consent, __func__);
 }
 
@@ -159,8 +149,7 @@ void velto_client_set_gdpr_consent(VeltoClient* self, const char* gdpr_consent) 
  * Since: 1.0
  */
 const char* velto_client_get_us_privacy(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientUsPrivacy);
+  return clientText(self, ClientUsPrivacy, __func__);
 }
 
 /**
@@ -173,7 +162,6 @@ const char* velto_client_get_us_privacy(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_us_privacy(VeltoClient* self, const char* us_privacy) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientUsPrivacy, us_privacy, __func__);
 }
 
@@ -188,8 +176,7 @@ void velto_client_set_us_privacy(VeltoClient* self, const char* us_privacy) {
  * Since: 1.0
  */
 VeltoAccess velto_client_get_calendar_access(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), VeltoAccess(0));
-  return VeltoAccess(valuesOf(self).numbers[ClientCalendarAccess]);
+  return VeltoAccess(clientNumber(self, ClientCalendarAccess, __func__));
 }
 
 /**
@@ -202,8 +189,6 @@ VeltoAccess velto_client_get_calendar_access(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_calendar_access(VeltoClient* self, VeltoAccess access) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
-  g_return_if_fail(access >= 0 && access <= VELTO_ACCESS_ALLOWED);
   setClientNumber(self, ClientCalendarAccess, access, __func__);
 }
 
@@ -218,8 +203,7 @@ void velto_client_set_calendar_access(VeltoClient* self, VeltoAccess access) {
  * Since: 1.0
  */
 VeltoAccess velto_client_get_pictures_access(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), VeltoAccess(0));
-  return VeltoAccess(valuesOf(self).numbers[ClientPicturesAccess]);
+  return VeltoAccess(clientNumber(self, ClientPicturesAccess, __func__));
 }
 
 /**
@@ -232,8 +216,6 @@ VeltoAccess velto_client_get_pictures_access(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_pictures_access(VeltoClient* self, VeltoAccess access) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
-  g_return_if_fail(access >= 0 && access <= VELTO_ACCESS_ALLOWED);
   setClientNumber(self, ClientPicturesAccess, access, __func__);
 }
 
@@ -248,8 +230,7 @@ void velto_client_set_pictures_access(VeltoClient* self, VeltoAccess access) {
  * Since: 1.0
  */
 VeltoForeground velto_client_get_in_foreground(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), VeltoForeground(0));
-  return VeltoForeground(valuesOf(self).numbers[ClientInForeground]);
+  return VeltoForeground(clientNumber(self, ClientInForeground, __func__));
 }
 
 /**
@@ -262,7 +243,5 @@ VeltoForeground velto_client_get_in_foreground(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_in_foreground(VeltoClient* self, VeltoForeground in_foreground) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
-  g_return_if_fail(in_foreground >= 0 && in_foreground <= VELTO_FOREGROUND_NO);
   setClientNumber(self, ClientInForeground, in_foreground, __func__);
 }

@@ -71,7 +71,8 @@ bool set(VeltoClient* client, GKeyFile* file, const char* key, GError** error) {
   if (!property || !(property->flags & G_PARAM_WRITABLE)) return refuse(error, key, "no such property");
   GValue value = G_VALUE_INIT;
   g_value_init(&value, property->value_type);
-  const bool isGood = read(file, key, &value, error);
+  bool isGood = read(file, key, &value, error);
+  if (isGood && g_param_value_validate(property, &value)) isGood = refuse(error, key, "out of range");
   if (isGood) g_object_set_property(G_OBJECT(client), key, &value);
   g_value_unset(&value);
   return isGood;
@@ -102,6 +103,7 @@ bool set(VeltoClient* client, GKeyFile* file, const char* key, GError** error) {
  * Since: 1.0
  */
 VeltoClient* velto_client_new_from_key_file(GKeyFile* key_file, GError** error) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(key_file, nullptr);
   g_return_val_if_fail(!error || !*error, nullptr);
   auto** keys = g_key_file_get_keys(key_file, group, nullptr, error);

@@ -19,11 +19,11 @@ bool isReadAtStart(guint id) {
   return id <= ClientTrackingServer || id >= ClientCaFile;
 }
 
-void get(GObject* object, guint id, GValue* value, GParamSpec*) {
+void get(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
   auto* self = VELTO_CLIENT(object);
   const auto& values = valuesOf(self);
   if (id == ClientVersion) return g_value_set_string(value, velto_client_get_version(self));
-  if (isText(id)) return g_value_set_string(value, clientText(self, id));
+  if (isText(id)) return g_value_set_string(value, clientText(self, id, pspec->name));
   if (id == ClientCaFile) return g_value_set_object(value, values.caFile);
   if (id == ClientHostMap) return g_value_set_variant(value, values.hostMap);
   if (id == ClientRequestTimeout) return g_value_set_uint(value, values.requestTimeout);
@@ -41,10 +41,16 @@ void set(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
   setClientNumber(self, id, isSwitch ? g_value_get_boolean(value) : g_value_get_enum(value), pspec->name);
 }
 
+// Who calls in with a client, which may be anything.
+bool isClient(VeltoClient* client, const char* function) {
+  if (VELTO_IS_CLIENT(client)) return isMainThread(function);
+  g_return_if_fail_warning(G_LOG_DOMAIN, function, "VELTO_IS_CLIENT(self)");
+  return false;
+}
+
 }  // namespace
 
 bool mayChange(VeltoClient* client, guint property, const char* function) {
-  if (!isMainThread(function)) return false;
   if (!runs(client) || !isReadAtStart(property)) return true;
   g_critical("%s: %s is read when the client starts; set it before velto_client_start()", function,
              properties[property]->name);
@@ -56,12 +62,18 @@ void changed(VeltoClient* client, guint property) {
   g_object_notify_by_pspec(G_OBJECT(client), properties[property]);
 }
 
-const char* clientText(VeltoClient* client, guint property) {
+const char* clientText(VeltoClient* client, guint property, const char* function) {
+  if (!isClient(client, function)) return nullptr;
   const auto& text = valuesOf(client).texts[property];
   return text ? text->c_str() : nullptr;
 }
 
+int clientNumber(VeltoClient* client, guint property, const char* function) {
+  return isClient(client, function) ? valuesOf(client).numbers[property] : 0;
+}
+
 void setClientText(VeltoClient* client, guint property, const char* text, const char* function) {
+  if (!isClient(client, function)) return;
   auto& value = valuesOf(client).texts[property];
   if (text ? value && *value == text : !value) return;
   if (!mayChange(client, property, function)) return;
@@ -70,8 +82,11 @@ void setClientText(VeltoClient* client, guint property, const char* text, const 
 }
 
 void setClientNumber(VeltoClient* client, guint property, int number, const char* function) {
+  if (!isClient(client, function) || !isNumber(property)) return;
+  const auto* pspec = properties[property];
+  if (G_IS_PARAM_SPEC_ENUM(pspec) && !isValueOf(pspec->value_type, number, function)) return;
   auto& value = valuesOf(client).numbers[property];
-  if (value == number || !isNumber(property) || !mayChange(client, property, function)) return;
+  if (value == number || !mayChange(client, property, function)) return;
   value = number;
   changed(client, property);
 }

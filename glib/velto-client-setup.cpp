@@ -15,6 +15,7 @@ using namespace velto_glib;
  */
 const char* velto_client_get_version(VeltoClient* self) {
   g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return velto::kVeltoSDKVersion;
 }
 
@@ -29,8 +30,7 @@ const char* velto_client_get_version(VeltoClient* self) {
  * Since: 1.0
  */
 const char* velto_client_get_application_id(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientApplicationId);
+  return clientText(self, ClientApplicationId, __func__);
 }
 
 /**
@@ -43,7 +43,6 @@ const char* velto_client_get_application_id(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_application_id(VeltoClient* self, const char* application_id) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientApplicationId, application_id, __func__);
 }
 
@@ -58,8 +57,7 @@ void velto_client_set_application_id(VeltoClient* self, const char* application_
  * Since: 1.0
  */
 const char* velto_client_get_application_name(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientApplicationName);
+  return clientText(self, ClientApplicationName, __func__);
 }
 
 /**
@@ -72,7 +70,6 @@ const char* velto_client_get_application_name(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_application_name(VeltoClient* self, const char* application_name) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientApplicationName, application_name, __func__);
 }
 
@@ -87,8 +84,7 @@ void velto_client_set_application_name(VeltoClient* self, const char* applicatio
  * Since: 1.0
  */
 const char* velto_client_get_ad_server(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientAdServer);
+  return clientText(self, ClientAdServer, __func__);
 }
 
 /**
@@ -101,7 +97,6 @@ const char* velto_client_get_ad_server(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_ad_server(VeltoClient* self, const char* ad_server) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientAdServer, ad_server, __func__);
 }
 
@@ -116,8 +111,7 @@ void velto_client_set_ad_server(VeltoClient* self, const char* ad_server) {
  * Since: 1.0
  */
 const char* velto_client_get_publisher_server(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientPublisherServer);
+  return clientText(self, ClientPublisherServer, __func__);
 }
 
 /**
@@ -130,7 +124,6 @@ const char* velto_client_get_publisher_server(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_publisher_server(VeltoClient* self, const char* publisher_server) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientPublisherServer, publisher_server, __func__);
 }
 
@@ -145,8 +138,7 @@ void velto_client_set_publisher_server(VeltoClient* self, const char* publisher_
  * Since: 1.0
  */
 const char* velto_client_get_tracking_server(VeltoClient* self) {
-  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
-  return clientText(self, ClientTrackingServer);
+  return clientText(self, ClientTrackingServer, __func__);
 }
 
 /**
@@ -159,7 +151,6 @@ const char* velto_client_get_tracking_server(VeltoClient* self) {
  * Since: 1.0
  */
 void velto_client_set_tracking_server(VeltoClient* self, const char* tracking_server) {
-  g_return_if_fail(VELTO_IS_CLIENT(self));
   setClientText(self, ClientTrackingServer, tracking_server, __func__);
 }
 
@@ -175,6 +166,7 @@ void velto_client_set_tracking_server(VeltoClient* self, const char* tracking_se
  */
 GFile* velto_client_get_ca_file(VeltoClient* self) {
   g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return valuesOf(self).caFile;
 }
 
@@ -189,6 +181,7 @@ GFile* velto_client_get_ca_file(VeltoClient* self) {
  */
 void velto_client_set_ca_file(VeltoClient* self, GFile* ca_file) {
   g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!ca_file || G_IS_FILE(ca_file));
   auto& file = valuesOf(self).caFile;
   if (file == ca_file || (file && ca_file && g_file_equal(file, ca_file))) return;
@@ -207,6 +200,7 @@ void velto_client_set_ca_file(VeltoClient* self, GFile* ca_file) {
  */
 GVariant* velto_client_get_host_map(VeltoClient* self) {
   g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return valuesOf(self).hostMap;
 }
 
@@ -221,6 +215,7 @@ GVariant* velto_client_get_host_map(VeltoClient* self) {
  */
 void velto_client_set_host_map(VeltoClient* self, GVariant* host_map) {
   g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!host_map || g_variant_is_of_type(host_map, G_VARIANT_TYPE("a{ss}")));
   auto* taken = host_map ? g_variant_ref_sink(host_map) : nullptr;
   auto& map = valuesOf(self).hostMap;
@@ -244,6 +239,7 @@ void velto_client_set_host_map(VeltoClient* self, GVariant* host_map) {
  */
 guint velto_client_get_request_timeout(VeltoClient* self) {
   g_return_val_if_fail(VELTO_IS_CLIENT(self), 0);
+  velto_return_val_if_elsewhere(0);
   return valuesOf(self).requestTimeout;
 }
 
@@ -258,6 +254,7 @@ guint velto_client_get_request_timeout(VeltoClient* self) {
  */
 void velto_client_set_request_timeout(VeltoClient* self, guint seconds) {
   g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(seconds >= 1 && seconds <= G_MAXINT);
   if (valuesOf(self).requestTimeout == seconds || !mayChange(self, ClientRequestTimeout, __func__)) return;
   valuesOf(self).requestTimeout = seconds;

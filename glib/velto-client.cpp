@@ -1,9 +1,8 @@
 // The client's life: made, started once, the process's own from then on.
-#include <velto/gtk/VeltoGtk.h>
-
 #include <memory>
 
 #include "velto-client-private.h"
+#include "velto-ground-private.h"
 
 using namespace velto_glib;
 
@@ -79,6 +78,7 @@ static void velto_client_init(VeltoClient* self) {
  * Since: 1.0
  */
 VeltoClient* velto_client_new(const char* application_id) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(application_id, nullptr);
   return VELTO_CLIENT(g_object_new(VELTO_TYPE_CLIENT, "application-id", application_id, nullptr));
 }
@@ -93,6 +93,7 @@ VeltoClient* velto_client_new(const char* application_id) {
  * Since: 1.0
  */
 VeltoClient* velto_client_get_default() {
+  velto_return_val_if_elsewhere(nullptr);
   return started_client;
 }
 
@@ -118,10 +119,7 @@ gboolean velto_client_start(VeltoClient* self, GError** error) {
     return FALSE;
   };
   if (started_client) return refuse(VELTO_CLIENT_ERROR_STARTED, "a client of this process runs already");
-  if (!gtk_is_initialized())
-    return refuse(VELTO_CLIENT_ERROR_NOT_READY,
-                  "GTK is not initialized: call gtk_init() before, or start in "
-                  "a handler of GApplication::startup");
+  if (const auto missing = ground().missing()) return refuse(VELTO_CLIENT_ERROR_NOT_READY, missing->c_str());
   if (self->values->texts[ClientPublisherKey].value_or("").empty())
     return refuse(VELTO_CLIENT_ERROR_INVALID, "the client has no publisher key");
   if (!guarded(error, [&] { startWith(self); })) return FALSE;
@@ -186,19 +184,23 @@ bool runs(VeltoClient* client) {
 }
 
 void startWith(VeltoClient* client) {
-  velto::gtk::install(optionsOf(client));
+  ground().install(optionsOf(client));
   // What fails from here on leaves nothing behind.
-  std::unique_ptr<VeltoClient, void (*)(VeltoClient*)> installed(
-      client, [](VeltoClient*) { velto::gtk::uninstall(); });
+  std::unique_ptr<VeltoClient, void (*)(VeltoClient*)> installed(client,
+                                                                 [](VeltoClient*) { ground().uninstall(); });
   velto::VeltoURL::setServerNames({text(client, ClientAdServer).value_or(""),
                                    text(client, ClientPublisherServer).value_or(""),
                                    text(client, ClientTrackingServer).value_or("")});
   registerKey(client);
-  velto::gtk::setCalendarAccess(accessOf(client->values->numbers[ClientCalendarAccess]));
-  velto::gtk::setPicturesAccess(accessOf(client->values->numbers[ClientPicturesAccess]));
+  ground().setCalendarAccess(accessOf(client->values->numbers[ClientCalendarAccess]));
+  ground().setPicturesAccess(accessOf(client->values->numbers[ClientPicturesAccess]));
   const int foreground = client->values->numbers[ClientInForeground];
-  if (foreground != VELTO_FOREGROUND_AUTO) velto::gtk::setInForeground(foreground == VELTO_FOREGROUND_YES);
+  if (foreground != VELTO_FOREGROUND_AUTO) ground().setInForeground(foreground == VELTO_FOREGROUND_YES);
   installed.release();
+}
+
+void startAgain() {
+  if (started_client) startWith(started_client);
 }
 
 void putIntoEffect(VeltoClient* client, guint property) {
@@ -217,11 +219,11 @@ void putIntoEffect(VeltoClient* client, guint property) {
     case ClientUsPrivacy:
       return velto::VeltoFramework::setUsPrivacy(text(client, ClientUsPrivacy));
     case ClientCalendarAccess:
-      return velto::gtk::setCalendarAccess(accessOf(number));
+      return ground().setCalendarAccess(accessOf(number));
     case ClientPicturesAccess:
-      return velto::gtk::setPicturesAccess(accessOf(number));
+      return ground().setPicturesAccess(accessOf(number));
     case ClientInForeground:
-      return velto::gtk::setInForeground(
+      return ground().setInForeground(
           number == VELTO_FOREGROUND_AUTO ? std::nullopt : std::optional(number == VELTO_FOREGROUND_YES));
     default:
       return;

@@ -55,19 +55,23 @@ void takeState(VeltoInterstitial* interstitial) {
   answer(nullptr);
 }
 
-// Null when it is on its way to the screen.
+// Null when it is on its way to the screen. The parent may be null.
 GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
   auto& priv = privateOf(interstitial);
-  auto* window = gtk_widget_get_root(parent);
-  if (!GTK_IS_WINDOW(window)) return refusal("the widget to present over is in no window");
   if (!priv.ad) return refusal("no interstitial is ready");
   GError* error = nullptr;
   const auto ad = priv.ad;
-  guarded(&error, [&] {
-    ad->setAnimation(velto::VeltoAnimation(priv.animation));
-    const auto refused = ad->show(velto::gtk::hostViewController(GTK_WINDOW(window)));
-    if (refused) error = errorFrom(*refused);
-  });
+  guarded(
+      &error,
+      [&] {
+        const char* why = nullptr;
+        const auto over = ground().windowController(interstitial, parent, why);
+        if (!over) return void(error = refusal(why));
+        ad->setAnimation(velto::VeltoAnimation(priv.animation));
+        const auto refused = ad->show(over);
+        if (refused) error = errorFrom(*refused);
+      },
+      adErrorFrom);
   return error;
 }
 
@@ -157,11 +161,14 @@ using namespace velto_glib;
 static void load(VeltoInterstitial* self) {
   auto& priv = privateOf(self);
   GError* error = nullptr;
-  const bool asks = guarded(&error, [&] {
-    if (!priv.ad) priv.ad = velto::VeltoInterstitialViewController::initWithDelegate(priv.delegate);
-    const auto ad = priv.ad;  // also when a handler clears the interstitial
-    ad->load(settingsFrom(priv.targeting));
-  });
+  const bool asks = guarded(
+      &error,
+      [&] {
+        if (!priv.ad) priv.ad = velto::VeltoInterstitialViewController::initWithDelegate(priv.delegate);
+        const auto ad = priv.ad;  // also when a handler clears the interstitial
+        ad->load(settingsFrom(priv.targeting));
+      },
+      adErrorFrom);
   if (!asks) fail(self, priv.loading, error);
 }
 
@@ -237,6 +244,7 @@ void velto_interstitial_load_async(VeltoInterstitial* self, GCancellable* cancel
  */
 gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* result, GError** error) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   g_return_val_if_fail(g_task_is_valid(result, self), FALSE);
   return g_task_propagate_boolean(G_TASK(result), error);
 }
@@ -244,7 +252,7 @@ gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* r
 /**
  * velto_interstitial_present:
  * @self: an interstitial
- * @parent: a widget of the window to cover
+ * @parent: (nullable): a widget of the window to cover; without one there is nothing to present over, but in a test
  *
  * Presents the ad that is ready.
  *
@@ -255,8 +263,8 @@ gboolean velto_interstitial_load_finish(VeltoInterstitial* self, GAsyncResult* r
  */
 void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(GTK_IS_WIDGET(parent));
   velto_return_if_elsewhere();
+  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   const Kept kept(self);
   Waiting nobody(nullptr);
   if (auto* error = present(self, parent)) fail(self, nobody, error);
@@ -265,7 +273,7 @@ void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
 /**
  * velto_interstitial_present_async:
  * @self: an interstitial
- * @parent: a widget of the window to cover
+ * @parent: (nullable): a widget of the window to cover; without one there is nothing to present over, but in a test
  * @cancellable: (nullable): a cancellable, which takes the ad off the screen
  * @callback: (scope async): called when the ad has gone, or could not be presented
  * @user_data: user data for @callback
@@ -277,9 +285,9 @@ void velto_interstitial_present(VeltoInterstitial* self, GtkWidget* parent) {
 void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent, GCancellable* cancellable,
                                       GAsyncReadyCallback callback, gpointer user_data) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(GTK_IS_WIDGET(parent));
-  g_return_if_fail(!cancellable || G_IS_CANCELLABLE(cancellable));
   velto_return_if_elsewhere();
+  g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
+  g_return_if_fail(!cancellable || G_IS_CANCELLABLE(cancellable));
   auto* task =
       new_task(self, cancellable, callback, user_data, gpointer(velto_interstitial_present_async), __func__);
   if (g_task_return_error_if_cancelled(task)) return g_object_unref(task);
@@ -304,6 +312,7 @@ void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent
  */
 gboolean velto_interstitial_present_finish(VeltoInterstitial* self, GAsyncResult* result, GError** error) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   g_return_val_if_fail(g_task_is_valid(result, self), FALSE);
   return g_task_propagate_boolean(G_TASK(result), error);
 }

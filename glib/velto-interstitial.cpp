@@ -221,6 +221,7 @@ void emitInterstitial(VeltoInterstitial* interstitial, InterstitialSignal signal
  * Since: 1.0
  */
 VeltoInterstitial* velto_interstitial_new() {
+  velto_return_val_if_elsewhere(nullptr);
   return VELTO_INTERSTITIAL(g_object_new(VELTO_TYPE_INTERSTITIAL, nullptr));
 }
 
@@ -236,6 +237,7 @@ VeltoInterstitial* velto_interstitial_new() {
  */
 gboolean velto_interstitial_get_ready(VeltoInterstitial* self) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), FALSE);
+  velto_return_val_if_elsewhere(FALSE);
   return privateOf(self).state == VELTO_INTERSTITIAL_STATE_READY;
 }
 
@@ -251,6 +253,7 @@ gboolean velto_interstitial_get_ready(VeltoInterstitial* self) {
  */
 VeltoInterstitialState velto_interstitial_get_state(VeltoInterstitial* self) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), VeltoInterstitialState(0));
+  velto_return_val_if_elsewhere(VeltoInterstitialState(0));
   return privateOf(self).state;
 }
 
@@ -266,6 +269,7 @@ VeltoInterstitialState velto_interstitial_get_state(VeltoInterstitial* self) {
  */
 GtkWidget* velto_interstitial_get_auto_present_for(VeltoInterstitial* self) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return privateOf(self).autoPresentFor;
 }
 
@@ -280,6 +284,7 @@ GtkWidget* velto_interstitial_get_auto_present_for(VeltoInterstitial* self) {
  */
 void velto_interstitial_set_auto_present_for(VeltoInterstitial* self, GtkWidget* parent) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
   if (g_set_weak_pointer(&privateOf(self).autoPresentFor, parent))
     notifyInterstitial(self, InterstitialAutoPresentFor);
@@ -297,6 +302,7 @@ void velto_interstitial_set_auto_present_for(VeltoInterstitial* self, GtkWidget*
  */
 VeltoAnimation velto_interstitial_get_animation(VeltoInterstitial* self) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), VeltoAnimation(0));
+  velto_return_val_if_elsewhere(VeltoAnimation(0));
   return privateOf(self).animation;
 }
 
@@ -311,7 +317,8 @@ VeltoAnimation velto_interstitial_get_animation(VeltoInterstitial* self) {
  */
 void velto_interstitial_set_animation(VeltoInterstitial* self, VeltoAnimation animation) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  g_return_if_fail(animation >= VELTO_ANIMATION_NONE && animation <= VELTO_ANIMATION_FROM_RIGHT_WITH_SPRING);
+  velto_return_if_elsewhere();
+  if (!isValueOf(VELTO_TYPE_ANIMATION, animation, __func__)) return;
   if (std::exchange(privateOf(self).animation, animation) != animation)
     notifyInterstitial(self, InterstitialAnimation);
 }
@@ -328,6 +335,7 @@ void velto_interstitial_set_animation(VeltoInterstitial* self, VeltoAnimation an
  */
 VeltoTargeting* velto_interstitial_get_targeting(VeltoInterstitial* self) {
   g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return privateOf(self).targeting;
 }
 
@@ -342,6 +350,7 @@ VeltoTargeting* velto_interstitial_get_targeting(VeltoInterstitial* self) {
  */
 void velto_interstitial_set_targeting(VeltoInterstitial* self, VeltoTargeting* targeting) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(!targeting || VELTO_IS_TARGETING(targeting));
   if (g_set_object(&privateOf(self).targeting, targeting)) notifyInterstitial(self, InterstitialTargeting);
 }

@@ -1,6 +1,7 @@
 #include "velto-private.h"
 
 #include <array>
+#include <cstring>
 
 /**
  * velto_ad_error_quark:
@@ -43,6 +44,16 @@ bool isMainThread(const char* function) {
   return false;
 }
 
+bool isValueOf(GType enumeration, int value, const char* function) {
+  auto* klass = static_cast<GEnumClass*>(g_type_class_ref(enumeration));
+  const bool isOne = g_enum_get_value(klass, value);
+  if (!isOne)
+    g_critical("%s: %d is no %s: use %s to %s", function, value, g_type_name(enumeration),
+               klass->values[0].value_name, klass->values[klass->n_values - 1].value_name);
+  g_type_class_unref(klass);
+  return isOne;
+}
+
 bool isStarted(const char* function) {
   if (velto_client_get_default()) return true;
   g_critical("%s: no ads without a client: call velto_client_start() before", function);
@@ -60,11 +71,22 @@ GError* errorFrom(const velto::VeltoErrorAd& error) {
                              says ? error.error->localizedDescription.c_str() : words[size_t(code)]);
 }
 
+// Without the C++ function that it begins with.
+static const char* wordsOf(const std::exception& exception) {
+  const char* words = exception.what();
+  const char* rest = words + std::strspn(words, G_CSET_A_2_Z G_CSET_a_2_z ":");
+  return rest > words && rest[-1] == ':' && *rest == ' ' ? rest + 1 : words;
+}
+
+GError* adErrorFrom(const std::exception& exception) {
+  return g_error_new_literal(VELTO_AD_ERROR, VELTO_AD_ERROR_DEVELOPER, wordsOf(exception));
+}
+
 GError* errorFrom(const std::exception& exception) {
   const bool isInvalid = dynamic_cast<const std::invalid_argument*>(&exception);
   return g_error_new_literal(VELTO_CLIENT_ERROR,
                              isInvalid ? VELTO_CLIENT_ERROR_INVALID : VELTO_CLIENT_ERROR_FAILED,
-                             exception.what());
+                             wordsOf(exception));
 }
 
 }  // namespace velto_glib

@@ -11,17 +11,26 @@
 
 #include "velto-glib.h"
 
+// Also for the test kit, which is a library of its own.
+#define VELTO_SHARED [[gnu::visibility("default")]]
+// A warning names a function as C does, without its types.
+#undef G_STRFUNC
+#define G_STRFUNC (static_cast<const char*>(__func__))
+
 namespace velto_glib {
 
 // Whether the caller is on the thread of the default main context; else it is told what to do.
-bool isMainThread(const char* function);
+VELTO_SHARED bool isMainThread(const char* function);
+// Whether the enumeration has that value; else the caller is told which it has.
+bool isValueOf(GType enumeration, int value, const char* function);
 // Whether a client runs; else the caller is told what to do. Needed by whatever asks for ads.
 bool isStarted(const char* function);
 
 // As an error of VELTO_AD_ERROR, with the system's own words where there are any.
 GError* errorFrom(const velto::VeltoErrorAd& error);
-// For an exception of the C++ library.
-GError* errorFrom(const std::exception& exception);
+// For an exception of the C++ library: of VELTO_CLIENT_ERROR, or of VELTO_AD_ERROR where an ad was asked for.
+VELTO_SHARED GError* errorFrom(const std::exception& exception);
+GError* adErrorFrom(const std::exception& exception);
 
 velto::VeltoSettings settingsFrom(VeltoTargeting* targeting);  // may be null
 
@@ -39,12 +48,12 @@ class Kept {
 
 // Runs it; false with the error set (may be null) when it throws.
 template <class Work>
-bool guarded(GError** error, Work&& work) noexcept {
+bool guarded(GError** error, Work&& work, GError* (*as)(const std::exception&) = errorFrom) noexcept {
   try {
     std::forward<Work>(work)();
     return true;
   } catch (const std::exception& thrown) {
-    g_propagate_error(error, errorFrom(thrown));
+    g_propagate_error(error, as(thrown));
   }
   return false;
 }

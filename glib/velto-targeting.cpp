@@ -145,11 +145,12 @@ static void velto_targeting_init(VeltoTargeting*) {}
  * Since: 1.0
  */
 VeltoTargeting* velto_targeting_new() {
+  velto_return_val_if_elsewhere(nullptr);
   return VELTO_TARGETING(g_object_new(VELTO_TYPE_TARGETING, nullptr));
 }
 
-template <class Value>
-static void set(VeltoTargeting* self, Value VeltoTargeting::*member, Value value, guint property) {
+template <class Member, class Value>
+static void set(VeltoTargeting* self, Member member, Value value, guint property) {
   if (std::exchange(self->*member, value) != value)
     g_object_notify_by_pspec(G_OBJECT(self), properties[property]);
 }
@@ -166,6 +167,7 @@ static void set(VeltoTargeting* self, Value VeltoTargeting::*member, Value value
  */
 int velto_targeting_get_year_of_birth(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), 0);
+  velto_return_val_if_elsewhere(0);
   return self->year_of_birth;
 }
 
@@ -180,6 +182,7 @@ int velto_targeting_get_year_of_birth(VeltoTargeting* self) {
  */
 void velto_targeting_set_year_of_birth(VeltoTargeting* self, int year_of_birth) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(year_of_birth >= 0);
   set(self, &VeltoTargeting::year_of_birth, year_of_birth, PROP_YEAR_OF_BIRTH);
 }
@@ -196,6 +199,7 @@ void velto_targeting_set_year_of_birth(VeltoTargeting* self, int year_of_birth) 
  */
 int velto_targeting_get_age(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), 0);
+  velto_return_val_if_elsewhere(0);
   return self->age;
 }
 
@@ -210,6 +214,7 @@ int velto_targeting_get_age(VeltoTargeting* self) {
  */
 void velto_targeting_set_age(VeltoTargeting* self, int age) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(age >= 0);
   set(self, &VeltoTargeting::age, age, PROP_AGE);
 }
@@ -226,6 +231,7 @@ void velto_targeting_set_age(VeltoTargeting* self, int age) {
  */
 VeltoGender velto_targeting_get_gender(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), VELTO_GENDER_UNKNOWN);
+  velto_return_val_if_elsewhere(VELTO_GENDER_UNKNOWN);
   return self->gender;
 }
 
@@ -240,7 +246,8 @@ VeltoGender velto_targeting_get_gender(VeltoTargeting* self) {
  */
 void velto_targeting_set_gender(VeltoTargeting* self, VeltoGender gender) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
-  g_return_if_fail(gender >= VELTO_GENDER_UNKNOWN && gender <= VELTO_GENDER_OTHER);
+  velto_return_if_elsewhere();
+  if (!velto_glib::isValueOf(VELTO_TYPE_GENDER, gender, __func__)) return;
   set(self, &VeltoTargeting::gender, gender, PROP_GENDER);
 }
 
@@ -256,6 +263,7 @@ void velto_targeting_set_gender(VeltoTargeting* self, VeltoGender gender) {
  */
 VeltoMarital velto_targeting_get_marital(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), VELTO_MARITAL_UNKNOWN);
+  velto_return_val_if_elsewhere(VELTO_MARITAL_UNKNOWN);
   return self->marital;
 }
 
@@ -270,7 +278,8 @@ VeltoMarital velto_targeting_get_marital(VeltoTargeting* self) {
  */
 void velto_targeting_set_marital(VeltoTargeting* self, VeltoMarital marital) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
-  g_return_if_fail(marital >= VELTO_MARITAL_UNKNOWN && marital <= VELTO_MARITAL_WIDOWED);
+  velto_return_if_elsewhere();
+  if (!velto_glib::isValueOf(VELTO_TYPE_MARITAL, marital, __func__)) return;
   set(self, &VeltoTargeting::marital, marital, PROP_MARITAL);
 }
 
@@ -286,6 +295,7 @@ void velto_targeting_set_marital(VeltoTargeting* self, VeltoMarital marital) {
  */
 const char* const* velto_targeting_get_keywords(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return self->keywords;
 }
 
@@ -300,6 +310,7 @@ const char* const* velto_targeting_get_keywords(VeltoTargeting* self) {
  */
 void velto_targeting_set_keywords(VeltoTargeting* self, const char* const* keywords) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
+  velto_return_if_elsewhere();
   if (self->keywords == keywords) return;
   if (self->keywords && keywords && g_strv_equal(self->keywords, keywords)) return;
   auto** before = std::exchange(self->keywords, g_strdupv(const_cast<char**>(keywords)));
@@ -319,6 +330,7 @@ void velto_targeting_set_keywords(VeltoTargeting* self, const char* const* keywo
  */
 const char* velto_targeting_get_mediation(VeltoTargeting* self) {
   g_return_val_if_fail(VELTO_IS_TARGETING(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
   return self->mediation;
 }
 
@@ -333,6 +345,7 @@ const char* velto_targeting_get_mediation(VeltoTargeting* self) {
  */
 void velto_targeting_set_mediation(VeltoTargeting* self, const char* mediation) {
   g_return_if_fail(VELTO_IS_TARGETING(self));
+  velto_return_if_elsewhere();
   if (g_strcmp0(self->mediation, mediation) == 0) return;
   g_free(std::exchange(self->mediation, g_strdup(mediation)));
   g_object_notify_by_pspec(G_OBJECT(self), properties[PROP_MEDIATION]);

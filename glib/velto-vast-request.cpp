@@ -250,6 +250,7 @@ static void velto_vast_request_init(VeltoVastRequest* self) {
  * Since: 1.0
  */
 VeltoVastRequest* velto_vast_request_new(const char* host, int width, int height) {
+  velto_return_val_if_elsewhere(nullptr);
   g_return_val_if_fail(host, nullptr);
   g_return_val_if_fail(width >= 0 && height >= 0, nullptr);
   return VELTO_VAST_REQUEST(
@@ -268,6 +269,7 @@ VeltoVastRequest* velto_vast_request_new(const char* host, int width, int height
  */
 void velto_vast_request_set_formats(VeltoVastRequest* self, const int* formats, gsize n_formats) {
   g_return_if_fail(VELTO_IS_VAST_REQUEST(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(formats || n_formats == 0);
   self->values->formats = velto::VeltoVASTURL::Numbers(formats, formats + n_formats);
 }
@@ -284,6 +286,7 @@ void velto_vast_request_set_formats(VeltoVastRequest* self, const int* formats, 
  */
 void velto_vast_request_set_versions(VeltoVastRequest* self, const int* versions, gsize n_versions) {
   g_return_if_fail(VELTO_IS_VAST_REQUEST(self));
+  velto_return_if_elsewhere();
   g_return_if_fail(versions || n_versions == 0);
   self->values->versions = velto::VeltoVASTURL::Numbers(versions, versions + n_versions);
 }

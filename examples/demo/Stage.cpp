@@ -179,7 +179,7 @@ const Case& Stage::caseOf(const std::string& name) {
   return *found;
 }
 
-Stage::Stage() {
+Stage::Stage(const std::function<void()>& application) {
   GtkBuilder* builder = gtk_builder_new_from_string(layout, -1);
   const auto object = [builder](const char* id) { return gtk_builder_get_object(builder, id); };
   window_ = GTK_WINDOW(object("window"));
@@ -196,6 +196,7 @@ Stage::Stage() {
     covered_ = std::make_unique<CoveredPage>();
     covered_->showDialog(true);
   });
+  if (application) addButton(buttons, 1, ++row, "A GTK application", application);
   g_object_unref(builder);
 
   GtkCssProvider* css = gtk_css_provider_new();

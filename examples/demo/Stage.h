@@ -40,7 +40,8 @@ class Stage {
  public:
   static const std::vector<Case>& cases();
 
-  Stage();
+  // `application` shows the one that is written with the GObject library; empty where there is none.
+  explicit Stage(const std::function<void()>& application = nullptr);
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
   ~Stage();

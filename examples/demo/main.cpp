@@ -19,6 +19,8 @@ usage: velto-demo --server ADDRESS --ca FILE [options]
 
   --server ADDRESS  where velto-sandbox listens, such as 127.0.0.1:8443
   --ca FILE         the certificate to trust, as velto-sandbox names it
+  --application COMMAND
+                    starts the application with the GObject library; it is given the options above and below
   --data FOLDER     where the library keeps its store (default: a folder of the user's data)
   --tour            play by itself, check what happens, and end
   --out FOLDER      where the tour puts its pictures (default: out/demo)
@@ -29,6 +31,7 @@ Exit codes: 0; 1 when the tour missed something; 2 when something given is wrong
 struct Arguments {
   std::string server;
   std::string ca;
+  std::string application;
   std::string data;
   std::string out = "out/demo";
   bool tour = false;
@@ -42,11 +45,12 @@ Arguments parse(int count, char** words) {
       arguments.tour = true;
       continue;
     }
-    std::string* target = option == "--server" ? &arguments.server
-                          : option == "--ca"   ? &arguments.ca
-                          : option == "--data" ? &arguments.data
-                          : option == "--out"  ? &arguments.out
-                                               : nullptr;
+    std::string* target = option == "--server"        ? &arguments.server
+                          : option == "--ca"          ? &arguments.ca
+                          : option == "--application" ? &arguments.application
+                          : option == "--data"        ? &arguments.data
+                          : option == "--out"         ? &arguments.out
+                                                      : nullptr;
     if (!target) throw std::invalid_argument("unknown option \"" + option + "\" (see --help)");
     if (++i == count || !*words[i]) throw std::invalid_argument(option + ": needs a value");
     *target = words[i];
@@ -64,6 +68,34 @@ int play(demo::Stage& stage, const demo::LinkTrap& links, const std::string& out
   return missing.empty() ? 0 : 1;
 }
 
+// A process of its own, as the GObject library holds another copy of all of Velto. In a tour it plays by itself, and false
+// says that it missed something.
+bool startApplication(const Arguments& arguments) {
+  char** words = nullptr;
+  GStrvBuilder* builder = g_strv_builder_new();
+  if (g_shell_parse_argv(arguments.application.c_str(), nullptr, &words, nullptr))
+    g_strv_builder_addv(builder, const_cast<const char**>(words));
+  g_strfreev(words);
+  g_strv_builder_add_many(builder, "--server", arguments.server.c_str(), "--ca", arguments.ca.c_str(),
+                          nullptr);
+  if (!arguments.data.empty())
+    g_strv_builder_add_many(builder, "--data", (arguments.data + "/application").c_str(), nullptr);
+  if (arguments.tour) g_strv_builder_add_many(builder, "--tour", arguments.out.c_str(), nullptr);
+  words = g_strv_builder_end(builder);
+  g_strv_builder_unref(builder);
+  GError* error = nullptr;
+  int status = 0;
+  const bool runs = arguments.tour ? g_spawn_sync(nullptr, words, nullptr, G_SPAWN_SEARCH_PATH, nullptr,
+                                                  nullptr, nullptr, nullptr, &status, &error) &&
+                                         g_spawn_check_wait_status(status, &error)
+                                   : g_spawn_async(nullptr, words, nullptr, G_SPAWN_SEARCH_PATH, nullptr,
+                                                   nullptr, nullptr, &error);
+  g_strfreev(words);
+  if (error) std::fprintf(stderr, "missing: the application: %s\n", error->message);
+  g_clear_error(&error);
+  return runs;
+}
+
 int run(const Arguments& arguments) {
   std::optional<demo::LinkTrap> links;
   if (arguments.tour) links.emplace();
@@ -77,7 +109,9 @@ int run(const Arguments& arguments) {
   velto::VeltoFramework::addVeltoKey("demo");
   int code = 0;
   {
-    demo::Stage stage;
+    std::function<void()> application;
+    if (!arguments.application.empty()) application = [&] { startApplication(arguments); };
+    demo::Stage stage(application);
     if (links) {
       code = play(stage, *links, arguments.out);
     } else {
@@ -87,6 +121,7 @@ int run(const Arguments& arguments) {
   }
   unlinkDriftwoodAdapter();
   velto::gtk::uninstall();
+  if (links && !arguments.application.empty() && !startApplication(arguments)) code = 1;
   return code;
 }
 

@@ -14,15 +14,16 @@ def say(*words):
 
 
 class Game(Gtk.Application):
-    def __init__(self):
+    def __init__(self, key_file=None):
         super().__init__(application_id="org.example.levels", flags=Gio.ApplicationFlags.NON_UNIQUE)
+        self.key_file = key_file
         self.level = 1
 
     def do_startup(self):
         Gtk.Application.do_startup(self)
-        if len(sys.argv) > 1:  # a server for tests
+        if self.key_file:  # a server for tests
             settings = GLib.KeyFile()
-            settings.load_from_file(sys.argv[1], GLib.KeyFileFlags.NONE)
+            settings.load_from_file(self.key_file, GLib.KeyFileFlags.NONE)
             client = Velto.Client.new_from_key_file(settings)
         else:
             client = Velto.Client(application_id=self.get_application_id(), publisher_key="your-publisher-key")
@@ -80,4 +81,5 @@ class Game(Gtk.Application):
         self.label.set_label(f"Level {self.level}")
 
 
-sys.exit(Game().run())
+if __name__ == "__main__":
+    sys.exit(Game(*sys.argv[1:]).run())

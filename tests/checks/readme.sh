@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# The README's application is the one that is compiled; the paths that it names exist; the page on sandboxes names each service
-# of a bus that the library talks to.
+# The README's application is the one that is compiled; the paths that it names exist; packages bear the version of the
+# library; the page on sandboxes names each service of a bus that the library talks to.
 set -euo pipefail
 
 diff <(sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d') examples/first-banner/main.cpp ||
   { echo "README.md does not show examples/first-banner/main.cpp" >&2; exit 1; }
 
 bad=0
+of_packages=$(sed -nE '1s/.*\((.*)\).*/\1/p' debian/changelog)
+grep -q "^project(velto VERSION ${of_packages%-*} " CMakeLists.txt || { echo "debian/changelog has the version $of_packages, which CMakeLists.txt has not" >&2; bad=1; }
+
 while IFS= read -r path; do
   if [ ! -e "$path" ]; then
     echo "README.md names $path, which does not exist" >&2

@@ -95,10 +95,9 @@ TEST_F(ViewContract, ViewsTellWhatTheyShowAndWhenItChanges) {
   runUntilShown();
   int changes = 0;
   Handle observer = ViewChanges::observe([&] { ++changes; });
+  const CGRect frame{{10, 10}, {50, 50}};
   const std::vector<std::function<void()>> steps{[&] { root().addSubview(view); },
-                                                 [&] {
-                                                   view->setFrame({{10, 10}, {50, 50}});
-                                                 },
+                                                 [&] { view->setFrame(frame); },
                                                  [&] { view->setBackgroundColor(UIColor::blackColor()); },
                                                  [&] { view->setAlpha(0.5); },
                                                  [&] { view->setHidden(true); },

@@ -20,7 +20,7 @@ class Sandbox:
         path = pathlib.Path(self.folder.name)
         scenario = path / "scenario.json"
         scenario.write_text(json.dumps({"rules": [{"when": when, "answers": answers} for when, answers in rules]}))
-        words = ["setpriv", "--pdeathsig", "KILL", program, "--port", "0", "--data", str(path / "server"), "--scenario", str(scenario), "--strict"]
+        words = ["setpriv", "--pdeathsig", "KILL", program, "--port", "0", "--data", str(path / "server"), "--scenario", str(scenario), "--strict", "--log", str(path / "requests")]
         self.process = subprocess.Popen(words, stdout=subprocess.PIPE, text=True)
         told = json.loads(self.process.stdout.readline())
         self.key_file = path / "client.ini"

@@ -9,7 +9,7 @@ build=$1
 export CXX=$2
 shift 2
 glib=
-[ "${!#}" != glib ] || { glib=yes; set -- "${@:1:$#-1}"; }
+[ "${!#}" != glib ] || { glib=glib; set -- "${@:1:$#-1}"; }
 here=$(cd "$(dirname "$0")" && pwd)
 work=$build/install-check  # always the same place, so that a compiler cache knows what has not changed
 rm -rf "$work"
@@ -45,10 +45,11 @@ mkdir "$work/headers"
 xargs -P "$(nproc)" -I{} bash -c 'compile_header {}' <"$work/list"
 
 echo "== find_package"
-cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*")" >"$work/cmake.log" ||
+cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPLATFORMS="$(IFS=\;; echo "$*${glib:+;glib}")" >"$work/cmake.log" ||
   { cat "$work/cmake.log"; exit 1; }
 cmake --build "$work/consumer"
 "$work/consumer/headless"
+[ -z "$glib" ] || "$work/consumer/glib"
 modules() {
   for module in $(cd "$prefix" && find . -path '*/velto/velto-*.so' -printf '%f '); do
     "$1" "$module" || { echo "$1 does not find $module" >&2; exit 1; }
@@ -62,20 +63,24 @@ for platform in "$@"; do
   "$CXX" -std=c++20 "$here/consumer/$platform.cpp" -o "$work/$platform" $(pkg-config --cflags --libs "velto-$platform") -pthread
 done
 if [ -n "$glib" ]; then
-  echo "== from C and from a script"
+  echo "== from C and from scripts"
   # shellcheck disable=SC2046
   cc -Wall -Werror "$here/../../examples/glib/first-banner.c" -o "$work/glib-c" $(pkg-config --cflags --libs velto-glib-1.0)
-  for header in "$prefix"/include/velto-glib-1.0/*.h; do
+  for header in "$prefix"/include/velto-{,test-}glib-1.0/*.h; do
     # shellcheck disable=SC2046
-    cc -Wall -Werror -fsyntax-only -x c $(pkg-config --cflags velto-glib-1.0) -include "$header" /dev/null
+    cc -Wall -Werror -fsyntax-only -x c $(pkg-config --cflags velto-test-glib-1.0) -include "$header" /dev/null
   done
   libraries=$(pkg-config --variable=libdir velto-glib-1.0)
   ! LD_LIBRARY_PATH=$libraries ldd "$work/glib-c" | grep 'not found'
   GI_TYPELIB_PATH=$libraries/girepository-1.0 LD_LIBRARY_PATH=$libraries \
     /usr/bin/python3 -c 'import gi; gi.require_version("Velto", "1.0"); from gi.repository import Velto; print(Velto.Client().props.version)'
+  if command -v gjs >/dev/null; then
+    env -u DISPLAY -u WAYLAND_DISPLAY GI_TYPELIB_PATH="$libraries/girepository-1.0" LD_LIBRARY_PATH="$libraries" \
+      gjs "$here/../../examples/glib/test-between-levels.js"
+  fi
 fi
 echo "== Meson"
-meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
+meson setup "$work/meson" "$here/consumer" -Dplatforms="$(IFS=,; echo "$*${glib:+,glib-1.0}")" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
 meson compile -C "$work/meson" >"$work/meson.log" || { cat "$work/meson.log"; exit 1; }
 "$work/meson/headless"
 

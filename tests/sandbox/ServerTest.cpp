@@ -177,7 +177,7 @@ TEST_F(ServerTest, KeepsCertificatesThatAreGoodAndReplacesTheRest) {
   EXPECT_EQ(changes(names), "authority server");
   EXPECT_EQ(changes(names), "");
   for (const char* key : {"ca.key", "server.key"}) {
-    struct stat status {};
+    struct stat status;
     ASSERT_EQ(stat(folder_.path(key).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U) << key;
   }

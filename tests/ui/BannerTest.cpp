@@ -184,6 +184,38 @@ TEST_F(BannerTest, RefreshCountsFromEachLoadAndFailsSilently) {
   EXPECT_EQ(requests(), 10U);
 }
 
+TEST_F(BannerTest, InASlotItStandsWhereThatIsAndGrowsOverTheWindow) {
+  headless::HostSlot slot;
+  slot.moveTo(window.get());
+  slot.setFrame({{20, 100}, {340, 50}});
+  delegate->host = slot.controller();
+  const auto b = banner(VeltoBannerPositionTop);
+  const auto place = [&](headless::HostWindow& in) {
+    const auto& web = page().webView();
+    return CGRect{in.view().convertPointFromView({0, 0}, web), web.frame().size};
+  };
+  EXPECT_TRUE(slot.room().isEmpty());
+  loadAd(*b, markup(test::richPage));
+  const CGRect inSlot{{30, 100}, {320, 50}};
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(slot.room().size(), (CGSize{320, 50}));
+    EXPECT_EQ(place(*window), inSlot);
+    page().navigate("mraid://expand");
+    platform->advance(1s);
+    EXPECT_EQ(place(*window), (CGRect{{0, 47}, {390, 763}})) << "between the bars";
+    page().navigate("mraid://close");
+    platform->advance(1s);
+  }
+  headless::HostWindow other({320, 200});
+  slot.moveTo(&other);
+  slot.setFrame({{0, 10}, {320, 50}});
+  EXPECT_EQ(place(other), (CGRect{{0, 10}, {320, 50}}));
+  EXPECT_EQ(b->state(), VeltoBannerStateShown);
+  b->removeBanner();
+  platform->runUntilIdle();
+  EXPECT_TRUE(slot.room().isEmpty());
+}
+
 TEST_F(BannerTest, ItsStateIsToldAheadOfWhatItComesFrom) {
   const auto told = std::make_shared<StateDelegate>();
   told->host = window->controller();

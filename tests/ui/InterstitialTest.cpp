@@ -164,6 +164,9 @@ TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
   close(*i);
   EXPECT_EQ(i->state(), VeltoInterstitialStateEmpty);
   EXPECT_EQ(full->heard, (Heard{"finish", "appear", "close", "dismissed"}));
+  load(*i, fullScreen());
+  i->vc()->ad()->html.reset();
+  EXPECT_EQ(why(other.controller()), "the ad is empty");
   full->heard.clear();
   load(*i, fullScreen());
   show(*i);

@@ -19,7 +19,7 @@ void requireIdentifier(const std::string& identifier) {
   });
   if (identifier.empty() || identifier.size() > longestIdentifier || !isName || identifier.starts_with('.'))
     throw std::invalid_argument(
-        "velto::gtk::install: applicationIdentifier must be a reverse-domain name such as "
+        "velto::gtk::install: the application's identifier must be a reverse-domain name such as "
         "\"org.example.player\"");
 }
 

@@ -20,4 +20,5 @@
 #pragma once
 
 #include "velto/headless/HeadlessPlatform.h"
+#include "velto/headless/views/HostSlot.h"
 #include "velto/headless/views/HostWindow.h"

@@ -97,6 +97,11 @@ size_t VirtualQueue::pending() const {
   return tasks_.size();
 }
 
+bool VirtualQueue::isIdle() const {
+  std::lock_guard lock(mutex_);
+  return tasks_.empty() || tasks_.begin()->first.first > now_;
+}
+
 void VirtualQueue::clear() {
   // Destroying a task may post or cancel others, so they are taken out first.
   for (;;) {

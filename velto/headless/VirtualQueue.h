@@ -42,6 +42,7 @@ class VELTO_EXPORT VirtualQueue : public MainQueue, public Clock {
   void setSecondsSince1970(double seconds);
   // Tasks that wait, due or not.
   size_t pending() const;
+  bool isIdle() const;  // none of them is due
 
   // For the scripted services. A task that stands for another
   // thread (a transport's): isCurrent() is false while it runs.

@@ -112,6 +112,7 @@ constexpr VeltoAdEndReasonWords table[] = {
      "Show interstitials while their window is on the screen, one at a time."},
     {Why::NothingReady, developer, "nothing-ready", "No interstitial is ready.",
      "Wait for DidFinishLoad, or ask isReady()."},
+    {Why::AdEmpty, developer, "ad-empty", "The ad that is ready has no markup.", "Load another."},
     {Why::PresentedAlready, developer, "presented-already", "The interstitial is on the screen already.",
      "Wait until it was dismissed."},
     {Why::WindowNotOnScreen, developer, "window-not-on-screen",

@@ -58,6 +58,7 @@ enum class VeltoAdEndReason : uint8_t {
   ContainerElsewhere,
   PresentationRefused,
   NothingReady,
+  AdEmpty,
   PresentedAlready,
   WindowNotOnScreen,
   WindowBusy,

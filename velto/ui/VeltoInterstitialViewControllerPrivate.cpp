@@ -130,7 +130,7 @@ void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<V
   const auto alive = self();
   note(VeltoTimelineKind::Ready);
   notifyDidFinishLoad(delegate());
-  if (autoShow_) showFor(VeltoAskedBy::AutoShow);
+  if (autoShow_) showOver({}, VeltoAskedBy::AutoShow);
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBannerInView(bool withWebView, CGSize size) {
@@ -157,8 +157,10 @@ void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
 
 // --- show
 
-void VeltoInterstitialViewControllerPrivate::showFor(VeltoAskedBy by) {
+void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIViewController>& over,
+                                                      VeltoAskedBy by) {
   if (!isReady_ || abandoned_ || isOnScreen()) return;
+  over_ = over;
   note(VeltoTimelineKind::ShowAsked, by);
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
@@ -184,8 +186,9 @@ std::optional<VeltoErrorAd> VeltoInterstitialViewControllerPrivate::show(
   if (!over || !over->view()->isInWindow())
     return refused(Why::WindowNotOnScreen, "its window is not on the screen");
   if (!over->canPresent()) return refused(Why::WindowBusy, "its window shows another screen");
-  over_ = over;
-  show();
+  if (ad()->sourceType != VeltoAdSourceMediation && !ad()->html)
+    return refused(Why::AdEmpty, "the ad is empty");
+  showOver(over);
   return std::nullopt;
 }
 

@@ -27,7 +27,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void load() { fetch(std::nullopt); }
   void load(const VeltoSettings& settings) { fetch(settings); }
   bool isReady() const { return isReady_; }
-  void show() { showFor(VeltoAskedBy::Application); }
+  void show() { showOver({}); }
   std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
   VeltoInterstitialState state() const;
   // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
@@ -81,7 +81,8 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void takeOff(Why why) override;
   int64_t stateNow() const override { return state(); }
   void fetch(const std::optional<VeltoSettings>& settings);
-  void showFor(VeltoAskedBy by);
+  // Null is the host's usual one.
+  void showOver(const std::weak_ptr<UIViewController>& over, VeltoAskedBy by = VeltoAskedBy::Application);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();
   void becomeReady(const std::shared_ptr<VeltoAd>& ad, bool withWebView);
@@ -108,7 +109,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   bool dismissing_ = false;  // on its way out
   std::unique_ptr<NSTimer> timerClose_;
   std::optional<float> timerValue_;       // seconds until the close button is active
-  std::weak_ptr<UIViewController> over_;  // what is to present this time, instead of the host's usual one
+  std::weak_ptr<UIViewController> over_;  // what presents this time; null is the host's usual one
   std::shared_ptr<VeltoAd> waitingAd_;    // came while another was on the screen
   std::shared_ptr<LoadRecord> waitingLoad_;
   std::weak_ptr<VeltoInterstitialViewControllerDelegate> delegate_;

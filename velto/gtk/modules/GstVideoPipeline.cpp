@@ -3,6 +3,9 @@
 
 #include "velto/gtk/modules/FrameSlot.h"
 
+#define G_SETTINGS_ENABLE_BACKEND  // as GIO asks of who includes the next
+#include <gio/gsettingsbackend.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -24,6 +27,13 @@ GstElement* newSilence() {
   auto* sink = newElement("fakesink");
   if (sink) g_object_set(sink, "sync", TRUE, nullptr);
   return sink;
+}
+
+// GIO makes its store of settings once, for who comes first. A thread of the player that comes to it by way of the proxy
+// settings holds a lock by then that the main thread, with settings of its own, would wait for in turn, and both for ever.
+// So it is made before there are such threads.
+void makeSettingsStore() {
+  g_object_unref(g_settings_backend_get_default());
 }
 
 GstFlowReturn put(GstSample* sample, gpointer slot) {
@@ -57,6 +67,7 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, VideoPip
   gst_object_unref(bus);
   g_source_set_callback(messages_.get(), G_SOURCE_FUNC(received), this, nullptr);
   g_source_attach(messages_.get(), nullptr);
+  makeSettingsStore();
   live_ = gst_element_set_state(playbin_, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
 }
 

@@ -12,44 +12,7 @@
 namespace velto::gtk {
 namespace {
 
-constexpr double leastScale = 0.4;    // of an ad in a slot that is narrower than it
-constexpr double largestRoom = 4096;  // points; an answer may name any size
-
 GtkWidgetClass* slotParentClass = nullptr;
-
-// What the slot's view holds of one of its subviews.
-struct Wish {
-  bool any = false;
-  bool fills = false;  // pinned to all edges
-  CGSize size;
-};
-
-Wish wishOf(const UIView& view, const UIView& subview) {
-  Wish wish;
-  int edges = 0;
-  for (const auto& constraint : view.constraints()) {
-    if (constraint->firstItem.view.lock().get() != &subview) continue;
-    wish.any = true;
-    switch (constraint->firstAttribute) {
-      case NSLayoutAttribute::Width:
-        wish.size.width = constraint->constant;
-        break;
-      case NSLayoutAttribute::Height:
-        wish.size.height = constraint->constant;
-        break;
-      case NSLayoutAttribute::Left:
-      case NSLayoutAttribute::Right:
-      case NSLayoutAttribute::Top:
-      case NSLayoutAttribute::Bottom:
-        ++edges;
-        break;
-      default:
-        break;
-    }
-  }
-  wish.fills = edges == 4;
-  return wish;
-}
 
 }  // namespace
 
@@ -126,24 +89,19 @@ void AdSlot::dispose(GObject* object) noexcept {
   G_OBJECT_CLASS(slotParentClass)->dispose(object);
 }
 
-// A narrow window makes the ad smaller, as far as it can still be read.
-double AdSlot::scaleFor(int width) const {
-  if (size_.width <= 0 || width < 0 || width >= size_.width) return 1;
-  return std::max(leastScale, width / size_.width);
-}
-
 void AdSlot::measure(GtkWidget* widget, GtkOrientation orientation, int forSize, int* minimum, int* natural,
                      int*, int*) noexcept {
   *minimum = *natural = 0;
   const AdSlot* self = of(widget);
   if (!self) return;
-  CGSize room = self->size_ == CGSize{} ? self->options_.room.value_or(CGSize{}) : self->size_;
-  room = {std::clamp(room.width, 0.0, largestRoom), std::clamp(room.height, 0.0, largestRoom)};
+  const CGSize room = self->room_.asked(self->options_.room);
   if (orientation == GTK_ORIENTATION_HORIZONTAL) {
     *natural = static_cast<int>(std::ceil(room.width));
-    *minimum = static_cast<int>(std::ceil(room.width * leastScale));
+    *minimum = static_cast<int>(std::ceil(room.width * AdRoom::leastScale));
   } else {
-    *minimum = *natural = static_cast<int>(std::ceil(room.height * self->scaleFor(forSize)));
+    *natural = static_cast<int>(std::ceil(room.height * self->room_.scaleIn(forSize)));
+    // Newer toolkits warn of a window that is lower than the least height without a width.
+    *minimum = static_cast<int>(std::ceil(room.height * self->room_.leastScaleIn(forSize)));
   }
 }
 
@@ -157,7 +115,7 @@ void AdSlot::allocate(GtkWidget* widget, int width, int height, int) noexcept {
   if (!self || !child) return;
   int least = 0;  // the toolkit wants to be asked first
   gtk_widget_measure(child, GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
-  const double scale = self->scaleFor(width);
+  const double scale = self->room_.scaleIn(width);
   auto* transform = scale < 1 ? gsk_transform_scale(nullptr, float(scale), float(scale)) : nullptr;
   gtk_widget_allocate(child, int(std::lround(width / scale)), int(std::lround(height / scale)), -1,
                       transform);
@@ -248,52 +206,27 @@ void AdSlot::follow() {
   auto* parent = gtk_widget_get_parent(widget_);
   auto* place = hides_ && parent ? parent : widget_;  // one that is hidden has no place of its own
   const int width = gtk_widget_get_width(place);
-  const double scale = scaleFor(width);
+  const double scale = room_.scaleIn(width);
   const CGSize size{std::round(width / scale),
                     hides_ ? 0 : std::round(gtk_widget_get_height(widget_) / scale)};
   graphene_point_t origin;
   const graphene_point_t zero = GRAPHENE_POINT_INIT(0, 0);
   if (!gtk_widget_compute_point(place, layer, &zero, &origin)) return;
-  view_->setFrame(frameIn({{origin.x, origin.y}, size}, window));
-}
-
-// An ad that has grown stands as it does in a view that is high enough: on the slot's lower edge, in its
-// middle, as far as the window reaches.
-CGRect AdSlot::frameIn(const CGRect& slot, CGSize window) const {
-  if (room_ == Room::Slot) return slot;
-  if (room_ == Room::Window) return {{0, 0}, window};
-  const auto inside = [](double start, double length, double all) {
-    return std::max(0.0, std::min(start, all - length));
-  };
-  return {{std::round(inside(slot.midX() - grown_.width / 2, grown_.width, window.width)),
-           std::round(inside(slot.maxY() - grown_.height, grown_.height, window.height))},
-          grown_};
+  view_->setFrame(room_.frameIn({{origin.x, origin.y}, size}, window));
 }
 
 // --- what the ad wants ---------------------------------------------------------------------------------
 
-// A banner holds its own view in the slot's: with a size, with all edges while it is expanded, with neither
-// while it has no ad. The size of the view's first content is the ad's own; another size later is one that
-// the page asked for.
 void AdSlot::contentChanged() {
-  const auto& subviews = view_->subviews();
-  if (subviews.empty()) {
-    ad_.reset();
-    return setRoom(Room::Slot, {});
+  const CGSize before = room_.size();
+  if (!room_.read(*view_)) return;
+  if (room_.size() != before) {
+    visibleChanged(nullptr, nullptr, this);
+    gtk_widget_queue_resize(widget_);
   }
-  const auto& banner = subviews.back();
-  const Wish wish = wishOf(*view_, *banner);
-  if (!wish.any) return;  // it is about to say
-  if (wish.fills) return setRoom(Room::Window, size_);
-  const auto ad = banner->subviews().empty() ? nullptr : banner->subviews().front();
-  if (!ad || ad != ad_.lock() || wish.size == size_) {
-    ad_ = ad;
-    return setRoom(Room::Slot, wish.size);
-  }
-  const bool fits = wish.size.width <= view_->frame().size.width && wish.size.height <= size_.height;
-  if (room_ == Room::Slot && fits) return;
-  grown_ = wish.size;
-  setRoom(Room::Grown, size_);
+  const bool outside = host_ && room_.kind() != AdRoom::Kind::Slot;
+  if (peer_->isOutside() != outside) moveContent(outside);
+  if (host_) follow();
 }
 
 // A box keeps its spacing beside a child that is empty, but not beside one that is hidden.
@@ -308,17 +241,6 @@ void AdSlot::keepRoom(std::optional<CGSize> room) {
   options_.room = room;
   visibleChanged(nullptr, nullptr, this);
   gtk_widget_queue_resize(widget_);
-}
-
-void AdSlot::setRoom(Room room, CGSize size) {
-  if (std::exchange(size_, size) != size) {
-    visibleChanged(nullptr, nullptr, this);
-    gtk_widget_queue_resize(widget_);
-  }
-  if (!host_) room = Room::Slot;
-  room_ = room;
-  if (peer_->isOutside() != (room != Room::Slot)) moveContent(room != Room::Slot);
-  if (host_) follow();
 }
 
 // The page runs on while its widgets change places, and what had the focus keeps it.

@@ -6,6 +6,7 @@
 
 #include "velto/gtk/Slot.h"
 #include "velto/gtk/views/Peer.h"
+#include "velto/platform/ui/AdRoom.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <memory>
@@ -57,7 +58,6 @@ class AdSlot {
   class View;
   friend class SlotPeer;
   struct Widget;
-  enum class Room { Slot, Grown, Window };
 
   AdSlot(GtkWidget* widget, const SlotOptions& options);
   static GType widgetType();
@@ -71,12 +71,9 @@ class AdSlot {
   static gboolean joinLater(gpointer self) noexcept;
 
   void join(bool wraps);
-  double scaleFor(int width) const;
-  CGRect frameIn(const CGRect& slot, CGSize window) const;
   void leave();
   void contentChanged();
-  void setRoom(Room room, CGSize size);
-  bool isEmpty() const { return size_ == CGSize{} && !options_.room; }
+  bool isEmpty() const { return room_.isEmpty() && !options_.room; }
   static void visibleChanged(GtkWidget*, GParamSpec*, AdSlot* self) noexcept;
   void moveContent(bool outside);
 
@@ -86,11 +83,8 @@ class AdSlot {
   std::shared_ptr<UIViewController> controller_;
   SlotPeer* peer_;  // the view's
   HostWindow* host_ = nullptr;
-  guint joining_ = 0;         // the source that will
-  std::weak_ptr<UIView> ad_;  // whose size the slot asks for
-  CGSize size_;               // of that ad, nothing while there is none
-  CGSize grown_;              // of an ad that is larger for now
-  Room room_ = Room::Slot;
+  guint joining_ = 0;   // the source that will
+  AdRoom room_;         // what the ad wants
   bool hides_ = false;  // itself, since it is empty
 };
 

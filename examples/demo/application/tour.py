@@ -1,0 +1,125 @@
+"""Plays the application by itself, on an X display with xdotool: waits for what must happen, looks at the pixels, and takes
+a picture of each state of a banner and of an interstitial."""
+import os
+import subprocess
+
+from gi.repository import GdkPixbuf, GLib, Graphene, Velto
+
+BAKERY, ORCHESTRA = (0x0B, 0x6E, 0x4F), (0xC9, 0x18, 0x4A)  # the frames that the ads' pages draw around themselves
+PATIENCE = 120  # seconds; a slow machine is no failure
+
+
+class Tour:
+    def __init__(self, application, folder):
+        self.client, self.window, self.folder = application.client, application.get_active_window(), folder
+
+    def wait(self, what, condition):
+        context, late, due = GLib.MainContext.default(), [], []
+        looks = GLib.timeout_add(100, lambda: due.append(1) or True)
+        deadline = GLib.timeout_add_seconds(PATIENCE, lambda: late.append(1))
+        while not late and not (due and condition()):
+            due.clear()
+            context.iteration(True)
+        GLib.source_remove(looks)
+        if late:
+            self.photograph("missing")
+            raise SystemExit(f"missing: {what}")
+        GLib.source_remove(deadline)
+
+    def photograph(self, name):
+        """The window as it stands on the display."""
+        os.makedirs(self.folder, exist_ok=True)
+        file = os.path.join(self.folder, f"{name}.png")
+        source = ["ximagesrc", f"xid={self.search()}", "num-buffers=1", "use-damage=false", "show-pointer=false"]
+        words = ["gst-launch-1.0", "-q", *source, "!", "videoconvert", "!", "pngenc", "!", "filesink", f"location={file}"]
+        subprocess.run(words, check=True)
+        return file
+
+    def place(self, widget, x, y):
+        """In the window, as the display sees it."""
+        _, point = widget.compute_point(self.window, Graphene.Point().init(x, y))
+        dx, dy = self.window.get_surface_transform()
+        return int(point.x + dx), int(point.y + dy)
+
+    def pixel(self, widget, x, y):
+        pixels = GdkPixbuf.Pixbuf.new_from_file(self.photograph("now"))
+        x, y = self.place(widget, x, y)
+        at = y * pixels.get_rowstride() + x * pixels.get_n_channels()
+        return tuple(pixels.get_pixels()[at : at + 3])
+
+    def tap(self, widget, x, y):
+        x, y = self.place(widget, x, y)
+        subprocess.run(["xdotool", "mousemove", "--window", self.search(), str(x), str(y), "click", "1"], check=True)
+
+    def press(self, key):
+        subprocess.run(["xdotool", "windowfocus", "--sync", self.search(), "key", key], check=True)
+
+    def search(self):
+        words = ["xdotool", "search", "--onlyvisible", "--name", f"^{self.window.get_title()}$"]
+        return subprocess.check_output(words, text=True).split()[-1]
+
+    def shows(self, banner):
+        return banner.props.ad_width > 0 and self.pixel(banner, banner.get_width() // 2, 1) == BAKERY
+
+    def news(self):
+        banners = self.window.banners
+        self.wait("the banners in sight", lambda: all(self.shows(banner) for banner in banners[:2]))
+        self.photograph("application-news")
+
+    def states(self):
+        """Of the first banner, with ads that a tap makes larger."""
+        banner = self.window.banners[0]
+        for other in self.window.banners[1:]:
+            other.clear()
+        banner.props.collapse = False
+        banner.clear()
+        self.wait("an empty banner keeps its room", lambda: banner.get_height() == 50 and self.pixel(banner, banner.get_width() // 2, 1) != BAKERY)
+        self.photograph("banner-empty")
+        banner.load()
+        assert banner.props.state == Velto.BannerState.LOADING
+        self.photograph("banner-loading")
+        self.wait("a new one is shown", lambda: self.shows(banner))
+        self.photograph("banner-shown")
+        for key, state in (("expanding", Velto.BannerState.EXPANDED), ("resizing", Velto.BannerState.RESIZED)):
+            self.client.set_publisher_key(key)
+            loaded = []
+            handler = banner.connect("loaded", loaded.append)
+            banner.load()
+            middle = banner.get_width() // 2
+            self.wait(f"the {key} ad", lambda: loaded and self.pixel(banner, middle, 1) != BAKERY)
+            banner.disconnect(handler)
+            above = self.pixel(banner, middle, -60)
+            self.tap(banner, middle, 25)
+            self.wait(f"the {key} ad is larger", lambda: banner.props.state == state and self.pixel(banner, middle, -60) != above)
+            self.photograph(f"banner-{state.value_nick}")
+            self.press("Escape")
+            banner.clear()
+        self.client.set_publisher_key("demo")
+
+    def game(self):
+        game = self.window.game
+        closed = []
+        game.between.connect("closed", closed.append)
+        self.window.pages.set_visible_child_name("game")
+        self.wait("an ad for the end of the level", game.between.get_ready)
+        self.wait("the page has come", lambda: not self.window.pages.props.transition_running)
+        self.photograph("application-game")
+        for number in range(3):
+            self.tap(game.lamps[game.lit], 36, 36)
+            self.wait("the lamp was pressed", lambda: (game.level, game.pressed) in ((1, number + 1), (2, 0)))
+        content = self.window.get_child()
+        self.wait("the ad covers the window", lambda: self.pixel(content, 1, content.get_height() // 2) == ORCHESTRA)
+        self.photograph("interstitial")
+        self.press("Escape")
+        self.wait("the next level", lambda: closed and game.title.get_label() == "Level 2")
+
+
+def play(application, folder):
+    application.register()
+    application.activate()
+    tour = Tour(application, folder)
+    for part in (tour.news, tour.states, tour.game):
+        part()
+    os.remove(os.path.join(folder, "now.png"))
+    print(f"the application: everything happened as expected; pictures in {folder}")
+    return 0

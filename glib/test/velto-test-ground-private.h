@@ -1,0 +1,61 @@
+// The headless platform as the ground that ads stand on. A window of the application has a headless one behind it, which
+// is where the window's banners and interstitials are; whoever has no display gets one that stands for any. Main thread.
+#pragma once
+
+#include <map>
+
+#include "../velto-ground-private.h"
+#include "velto-test-private.h"
+
+namespace velto_test {
+
+class TestSlot;
+
+class TestGround final : public velto_glib::Ground {
+ public:
+  // Installed in place of the toolkit's on first use.
+  static TestGround& current();
+
+  // The world begins anew.
+  void begin();
+  velto::headless::Platform& platform() { return *platform_; }
+  // Lets everything happen that is due, and the toolkit do its layout.
+  void settle();
+
+  // The window behind one of the application's, made on first use.
+  velto::headless::HostWindow& windowOf(GtkWindow* window);
+  // Where an interstitial is presented; null before.
+  std::shared_ptr<velto::headless::HostWindow> windowOf(VeltoInterstitial* interstitial);
+  void add(TestSlot* slot) { slots_.push_back(slot); }
+  bool isInSlot(const velto::UIView& view) const;
+  void remove(TestSlot* slot) { std::erase(slots_, slot); }
+
+  std::optional<std::string> missing() const override { return std::nullopt; }
+  void install(const velto::gtk::Options& options) override;
+  void uninstall() override {}
+  void setCalendarAccess(velto::gtk::Access access) override;
+  void setPicturesAccess(velto::gtk::Access access) override;
+  void setInForeground(std::optional<bool> inForeground) override;
+  GtkWidget* makeSlot() override;
+  void setSlotRoom(GtkWidget* slot, std::optional<velto::CGSize> room) override;
+  std::shared_ptr<velto::UIViewController> slotController(GtkWidget* slot) override;
+  std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial* interstitial,
+                                                            GtkWidget* parent, const char*& why) override;
+  std::shared_ptr<velto::UIView> adView(GtkWidget* widget) override;
+  void onMainThread(std::function<void()> work) override;
+
+ private:
+  using Window = std::shared_ptr<velto::headless::HostWindow>;
+
+  void fit();
+  bool awaitsLayout() const;
+  void forget(GtkWindow* window);
+
+  std::shared_ptr<velto::headless::Platform> platform_;
+  std::map<GtkWindow*, Window> windows_;
+  Window nobodys_;  // for who has no display
+  std::vector<TestSlot*> slots_;
+  bool inForeground_ = true;
+};
+
+}  // namespace velto_test

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""What the test kit promises beside what library.py tries on its ground."""
+import unittest
+
+import gi
+
+gi.require_version("Gtk", "4.0")
+gi.require_version("Velto", "1.0")
+gi.require_version("VeltoTest", "1.0")
+from gi.repository import GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
+
+Answer, State = VeltoTest.Answer, Velto.BannerState
+AD = Answer.new_ad("<b>Tea</b>", 320, 50)
+RICH = Answer.new_ad("<script src='mraid.js'></script>Coffee", 320, 50)
+
+
+class KitTest(unittest.TestCase):
+    def setUp(self):
+        self.server = VeltoTest.Server()
+        self.window = Gtk.Window(default_width=480, default_height=320)
+        self.box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+        self.box.append(Gtk.Label(label="Levels", vexpand=True))
+        self.banner = Velto.Banner()
+        self.box.append(self.banner)
+        self.window.set_child(self.box)
+        self.window.present()
+        self.heard = []
+        for signal in ("loaded", "failed", "pressed", "removed"):
+            self.banner.connect(signal, lambda _, *error, name=signal: self.heard.append((name, *(each.code for each in error))))
+
+    def tearDown(self):
+        self.window.destroy()
+
+    def outcome(self, *answers):
+        for answer in answers:
+            self.server.respond_once(None, answer)
+        self.heard.clear()
+        for _ in answers:
+            self.banner.load()
+            VeltoTest.advance(0)
+        return self.heard
+
+    def test_the_server_answers_as_it_was_told(self):
+        self.assertEqual(self.outcome(AD, Answer.new_no_connection(), Answer.new_no_fill(), Answer.new(500, "out of order")),
+                         [("loaded",), ("failed", Velto.AdError.NO_CONNECTION), ("failed", Velto.AdError.NO_FILL), ("failed", Velto.AdError.SERVER)])
+        self.server.respond("at=interstitial", AD)
+        self.assertEqual(self.outcome(), [])
+        self.banner.load()
+        VeltoTest.advance(0)
+        self.assertEqual(self.heard, [("failed", Velto.AdError.NO_FILL)])  # nobody has said anything for banners
+        self.server.respond("at=banner", Answer.new_no_fill())
+        self.server.respond("at=banner", AD)  # the newer one counts
+        late = Answer.new_ad("late", 300, 40)
+        late.props.delay = 200
+        self.server.respond_once("at=banner", late)
+        self.heard.clear()
+        self.banner.load()
+        VeltoTest.advance(199)
+        self.assertEqual(self.heard, [])
+        VeltoTest.advance(1)
+        self.assertEqual((self.heard, self.banner.props.ad_width), ([("loaded",)], 300))
+        self.assertEqual(len(self.server.get_requests("at=banner")), 6)
+
+    def test_a_person_taps(self):
+        self.assertFalse(VeltoTest.tap(self.banner, 5, 5))
+        page = Answer.new_ad("<!--b1--><b>Tea</b>", 320, 50)
+        self.outcome(page)
+        self.assertEqual([VeltoTest.tap(self.banner, *point) for point in ((319, 49), (321, 5), (5, -1))], [True, False, False])
+        self.window.set_visible(False)
+        self.assertFalse(VeltoTest.tap(self.banner, 5, 5))
+        self.window.present()
+        self.assertTrue(VeltoTest.tap_link(self.banner, "https://tea.example/"))
+        self.assertEqual(self.heard, [("loaded",), ("pressed",), ("pressed",)])
+        self.assertEqual(self.server.dup_opened(), ["https://tea.example/"])
+        self.box.remove(self.banner)
+        other = Gtk.Window(child=self.banner)
+        self.assertFalse(VeltoTest.tap(self.banner, 5, 5))
+        other.present()
+        self.assertTrue(VeltoTest.tap(self.banner, 5, 5))
+        other.destroy()
+        again = VeltoTest.Server()  # and the world begins anew
+        self.assertEqual((again.dup_opened(), again.get_requests(None)[1:], self.server.dup_opened()), ([], [], []))
+
+    def test_the_test_plays_the_page(self):
+        self.server.props.pages_finish = False
+        self.assertEqual(self.outcome(RICH), [])
+        self.assertTrue(VeltoTest.finish_page(self.banner))
+        self.assertEqual(self.heard, [("loaded",)])
+        for command, state, told in (("expand", State.EXPANDED, "expanded"), ("close", State.SHOWN, "default")):
+            self.assertTrue(VeltoTest.navigate(self.banner, f"mraid://{command}"))
+            VeltoTest.advance(1000)
+            self.assertEqual(self.banner.props.state, state)
+            self.assertTrue(VeltoTest.has_run(self.banner, told))
+        self.assertFalse(VeltoTest.has_run(self.banner, "no such script"))
+        self.assertIn("Coffee", VeltoTest.dup_markup(self.banner))
+
+    def test_another_network_answers_at_once(self):
+        class North(GObject.Object, Velto.Adapter):
+            def do_load(self, request):
+                request.answer(Velto.AdapterAd.new(Gtk.Label(label=request.get_ad_unit()), 300, 40))
+
+        client.add_adapter("VeltoAdMediationAdapterAdMob", North())
+        network = '{"mediation": [{"cn": "VeltoAdmobBannerAdapter", "e": {"adunit": "north"}}]}'
+        self.assertEqual(self.outcome(Answer.new_mediation(network, 320, 50)), [("loaded",)])
+        self.assertEqual((self.banner.props.ad_width, VeltoTest.tap(self.banner, 5, 5)), (300, False))
+        client.add_adapter("VeltoAdMediationAdapterAdMob", None)
+
+    def test_the_main_loop_runs_what_is_due(self):
+        self.server.respond(None, AD)
+        loop = GLib.MainLoop()
+        GLib.timeout_add_seconds(60, loop.quit)
+        self.banner.load_async(None, lambda *_: loop.quit())
+        loop.run()
+        self.assertEqual(self.heard, [("loaded",)])
+
+
+if __name__ == "__main__":
+    VeltoTest.Server()
+    client = Velto.Client(application_id="org.example.test", publisher_key="key")
+    client.start()
+    unittest.main(verbosity=2)
