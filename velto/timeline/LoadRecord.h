@@ -90,4 +90,23 @@ class LoadScope {
   std::shared_ptr<LoadRecord> before_;
 };
 
+// What an object writes down of the load it was made for; nothing where there is none, as in tests.
+class LoadNotes {
+ public:
+  void note(LoadRecord::Kind kind, LoadRecord::Detail detail = {}) const {
+    if (record_) record_->add(kind, std::move(detail));
+  }
+  // Comes first of all that happens then.
+  void endLoad(VeltoAdEndReason reason) const {
+    if (record_) record_->end(reason);
+  }
+  const std::shared_ptr<LoadRecord>& record() const { return record_; }
+
+ protected:
+  void silence() { record_.reset(); }
+
+ private:
+  std::shared_ptr<LoadRecord> record_ = LoadScope::current();
+};
+
 }  // namespace velto

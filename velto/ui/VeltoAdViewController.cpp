@@ -149,4 +149,13 @@ uint64_t VeltoAdViewController::supportedInterfaceOrientations() const {
   return handler ? handler->orientationMask : interfaceOrientationMask_;
 }
 
+void VeltoAdViewController::note(VeltoTimelineKind kind, LoadRecord::Detail detail) {
+  if (shown_) shown_->note(kind, std::move(detail));
+}
+
+void VeltoAdViewController::_resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
+  expectChangeOMSDK();
+  _expandOrResizeMainWebView(action, size, offset);
+}
+
 }  // namespace velto

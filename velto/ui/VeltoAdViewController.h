@@ -27,10 +27,8 @@ class VeltoAdViewController : public UIViewController,
                               public AVAudioSDKVelto,
                               public AVVideoSDKVelto {
  public:
-  ~VeltoAdViewController() override;
-
   using Why = VeltoAdEndReason;
-
+  ~VeltoAdViewController() override;
   PlacementRecord& placement() { return placement_; }
   void setAnimation(int64_t animation) { animation_ = animation; }
   void _adDidPress();
@@ -59,12 +57,8 @@ class VeltoAdViewController : public UIViewController,
   enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
   virtual void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset) = 0;
   void _expandActionInMainWebView(int64_t action) { _resizeActionInMainWebView(action, {}, {}); }
-  void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
-    expectChangeOMSDK();
-    _expandOrResizeMainWebView(action, size, offset);
-  }
-  // The view of a second part, over all of the first.
-  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;
+  void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset);
+  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;  // over all of the first
 
   // What the ad's events mean for it.
   virtual void pageInjected() {}
@@ -97,13 +91,10 @@ class VeltoAdViewController : public UIViewController,
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
-  virtual void takeOff(Why why) = 0;  // everything of the ad ends at once
-  // The one that is shown ends; it comes back for its views, which stay.
-  std::shared_ptr<VeltoShownAd> letGo(Why why);
+  virtual void takeOff(Why why) = 0;             // everything of the ad ends at once
+  std::shared_ptr<VeltoShownAd> letGo(Why why);  // the one that is shown ends; its views stay
   std::shared_ptr<LoadRecord> beginLoad(VeltoAskedBy by) override { return placement_.begin(by); }
-  void note(VeltoTimelineKind kind, LoadRecord::Detail detail = {}) override {
-    if (shown_) shown_->note(kind, std::move(detail));
-  }
+  void note(VeltoTimelineKind kind, LoadRecord::Detail detail = {}) override;
   // The error that a page's failure is told with. The load has ended by then.
   VeltoErrorAd endByPage(const NSError& error);
   // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is

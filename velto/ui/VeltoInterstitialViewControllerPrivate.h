@@ -114,8 +114,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   std::shared_ptr<LoadRecord> waitingLoad_;
   std::weak_ptr<VeltoInterstitialViewControllerDelegate> delegate_;
   std::shared_ptr<VeltoUIAnimatedTransitioning> animator_;
-  Handle adapterReadyObserver_;
-  Handle adapterErrorObserver_;
+  Handle adapterReadyObserver_, adapterErrorObserver_;
 };
 
 }  // namespace velto

@@ -7,20 +7,9 @@
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoAdViewController.h"
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace velto {
-namespace {
-
-// The ads that have turned the device, in the order in which they first did. Each leaves with its end.
-struct ForcingAds {
-  std::vector<VeltoShownAd*> ads;
-  VeltoShownAd* now = nullptr;  // that is about to
-};
-
-}  // namespace
 
 std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& controller,
                                                     std::shared_ptr<VeltoAd> ad) {
@@ -34,7 +23,7 @@ VeltoShownAd::~VeltoShownAd() {
 void VeltoShownAd::end(Why why) {
   if (!controller_) return;
   endLoad(why);
-  record_.reset();
+  silence();
   _restoreOriginalOrientation();
   controller_ = nullptr;
   for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
@@ -45,14 +34,6 @@ void VeltoShownAd::end(Why why) {
   ad_.reset();
   adapter_.reset();
   mraidHandler_.reset();
-}
-
-void VeltoShownAd::note(VeltoTimelineKind kind, LoadRecord::Detail detail) {
-  if (record_) record_->add(kind, std::move(detail));
-}
-
-void VeltoShownAd::endLoad(Why why) {
-  if (record_) record_->end(why);
 }
 
 void VeltoShownAd::removeViews() {
@@ -157,42 +138,9 @@ void VeltoShownAd::mediationBannerDidClose() {
 
 // --- orientation
 
-// What ads themselves have forced, this one or another, is not what was there before it; and what another
-// turns is that one's to turn back.
-void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
-  const auto forcing = Platform::shared<ForcingAds>();
-  const auto& ads = forcing->ads;
-  if (forcedOrientation_ == 0 && forcing->now && forcing->now != this) return;
-  if (forcedOrientation_ != 0 && (orientation == forcedOrientation_ || ads.empty() || ads.back() != this))
-    return;
-  originalOrientation_ = orientation;
-}
-
-// An ad that has forced the device since then stays with its wish, and has what was there before both to go
-// back to.
-void VeltoShownAd::_restoreOriginalOrientation() {
-  forcedOrientation_ = 0;
-  const auto original = std::exchange(originalOrientation_, std::nullopt);
-  if (!Platform::currentOrNull()) return;
-  auto& forcing = Platform::shared<ForcingAds>()->ads;
-  const auto own = std::find(forcing.begin(), forcing.end(), this);
-  auto* later = own == forcing.end() || own + 1 == forcing.end() ? nullptr : own[1];
-  if (own != forcing.end()) forcing.erase(own);
-  if (!original) return;
-  if (later)
-    later->originalOrientation_ = original;
-  else
-    UIViewControllerUISDKVelto::setOrientation(*original, false);
-}
-
 void VeltoShownAd::forceOrientation(int64_t orientation) {
-  const auto forcing = Platform::shared<ForcingAds>();
-  const auto before = std::exchange(forcing->now, this);
-  UIViewControllerMRAIDSDKVelto::forceOrientation(orientation);
-  forcing->now = before;
-  if (orientation == 0 || !controller_) return;
-  if (forcedOrientation_ == 0) forcing->ads.push_back(this);
-  forcedOrientation_ = orientation;
+  orientation_.turning([&] { UIViewControllerMRAIDSDKVelto::forceOrientation(orientation); });
+  if (orientation != 0 && controller_) orientation_.hold(orientation);
 }
 
 }  // namespace velto
