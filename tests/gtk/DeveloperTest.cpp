@@ -2,6 +2,8 @@
 #include "velto/gtk/network/UrlSession.h"
 #include "velto/gtk/services/DeveloperOutput.h"
 
+#include <arpa/inet.h>
+#include <fcntl.h>
 #include <glib.h>
 #include <gtest/gtest.h>
 
@@ -55,6 +57,21 @@ TEST(DeveloperTest, EachFaultOfTheNetworkHasItsCause) {
     ASSERT_TRUE(error) << where;
     EXPECT_EQ(error->cause, cause) << where << ": " << error->localizedDescription;
   }
+
+  std::promise<void> answered;
+  session.dataTask({*NSURL::URLWithString("https://good.publishers.velto.example/"), "GET", {}, {}},
+                   [&](auto, auto, auto) { answered.set_value(); });
+  answered.get_future().get();
+  int kept = 0;  // connections to the server
+  for (int file = 3; file < 1024; ++file) {
+    sockaddr_in peer{};
+    socklen_t size = sizeof peer;
+    if (getpeername(file, reinterpret_cast<sockaddr*>(&peer), &size) || ntohs(peer.sin_port) != server.port())
+      continue;
+    ++kept;
+    EXPECT_TRUE(fcntl(file, F_GETFD) & FD_CLOEXEC) << "programs that are started would hold it, too";
+  }
+  EXPECT_GT(kept, 0);
 }
 
 TEST(DeveloperTest, TheLogIsStructuredAndShownToThoseWhoAskForIt) {

@@ -5,6 +5,8 @@
 #include "velto/gtk/network/RequestRules.h"
 #include "velto/platform/Redirection.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 
 namespace velto::gtk {
@@ -42,6 +44,11 @@ NSErrorCause causeOf(CURLcode code) {
   }
 }
 
+// No process that the application starts, or the web engine, gets to hold a connection.
+curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
 }  // namespace
 
 Transfer::Transfer(NSURLRequest request, NSURLSession::Completion completion, const TransportOptions& options,
@@ -61,6 +68,7 @@ CURLcode Transfer::prepare() {
   curl_easy_setopt(easy, CURLOPT_SHARE, share_);
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, detail_.data());
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a name server that does not answer holds nobody else up
 
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
