@@ -3,9 +3,6 @@
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
 #include "velto/timeline/LoadRecord.h"
 
-#include <fstream>
-
-#include "../support/Folder.h"
 #include "../ui/UITest.h"
 
 namespace velto {
@@ -388,17 +385,6 @@ TEST_F(TimelineTest, RepetitionsAreCountedNotKept) {
   EXPECT_EQ(last(ad).end, Why::Removed);
   EXPECT_EQ(last(ad).leftOut, 100 - PlacementRecord::mostOfAKind);
   EXPECT_LT(last(ad).entries.size(), 40U);
-}
-
-// --- words
-
-TEST(ReasonTest, TheDocumentLeadsThroughAllOfThem) {
-  const auto text = test::textOf(VELTO_DIAGNOSIS);
-  for (const auto& row : veltoAdEndReasons()) {
-    const auto line = "| `" + std::string(row.name) + "` | " + std::string(row.sentence) + " | " +
-                      std::string(row.advice) + " |";
-    EXPECT_NE(text.find(line), std::string::npos) << line;
-  }
 }
 
 }  // namespace

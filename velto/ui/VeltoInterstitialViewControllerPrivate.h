@@ -82,7 +82,6 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void takeOff(Why why) override;
   int64_t stateNow() const override { return state(); }
   void fetch(const std::optional<VeltoSettings>& settings);
-  // Null is the host's usual one.
   void showOver(const std::weak_ptr<UIViewController>& over, VeltoAskedBy by = VeltoAskedBy::Application);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();
