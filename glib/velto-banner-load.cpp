@@ -137,6 +137,14 @@ void letBannerGo(VeltoBanner* banner) {
 
 using namespace velto_glib;
 
+static void begin_load(VeltoBanner* self) {
+  const auto load = [&] { loadBanner(self); };
+  GError* error = nullptr;
+  if (guarded(&error, load, adErrorFrom)) return;
+  conclude(self, error);
+  g_error_free(error);
+}
+
 /**
  * velto_banner_load:
  * @self: a banner
@@ -154,12 +162,7 @@ void velto_banner_load(VeltoBanner* self) {
   g_return_if_fail(privateOf(self).slot);
   const Kept kept(self);
   privateOf(self).wantsAd = true;
-  GError* error = nullptr;
-  if (guarded(
-          &error, [&] { loadBanner(self); }, adErrorFrom))
-    return;
-  conclude(self, error);
-  g_error_free(error);
+  begin_load(self);
 }
 
 /**
@@ -193,12 +196,7 @@ void velto_banner_load_async(VeltoBanner* self, GCancellable* cancellable, GAsyn
   const bool isOnItsWay = !privateOf(self).waiting.isEmpty();
   privateOf(self).waiting.add(task);
   if (isOnItsWay) return;
-  GError* error = nullptr;
-  if (guarded(
-          &error, [&] { loadBanner(self); }, adErrorFrom))
-    return;
-  conclude(self, error);
-  g_error_free(error);
+  begin_load(self);
 }
 
 /**
