@@ -2,6 +2,7 @@
 // result that differs ends the benchmark, so neither side can do less than the other.
 #include "velto/headless/VeltoHeadless.h"
 #include "velto/network/VeltoTaskRequest.h"
+#include "velto/timeline/LoadRecord.h"
 #include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/velto.h"
 
@@ -167,6 +168,39 @@ void BM_LayoutByHand(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_LayoutByHand);
+
+// --- what a load writes down of itself, with nobody who looks on
+
+void BM_TimelineByLibrary(benchmark::State& state) {
+  using Kind = VeltoTimelineKind;
+  const auto platform = headless::Platform::install();
+  {
+    PlacementRecord placement("home");
+    for (auto _ : state) {
+      const auto load = placement.begin(VeltoAskedBy::Application);
+      const LoadScope scope(load);
+      load->add(Kind::RequestBuilt, VeltoBytes{1500});
+      load->addAt(Kind::Sent, platform->clock().monotonicSeconds(), VeltoConnection::Reused);
+      load->addAt(Kind::FirstByte, platform->clock().monotonicSeconds());
+      load->add(Kind::Answered, VeltoAnswer{200, VeltoAnswerClass::Mediation});
+      for (const char* network : {"VeltoAdmobBannerAdapter", "VeltoMonetizeBannerAdapter"}) {
+        load->add(Kind::NetworkTried, VeltoNetworkTry{network, {}});
+        load->add(Kind::NetworkPassedOver, VeltoNetworkTry{network, VeltoAdEndReason::AdapterUnknown});
+      }
+      load->add(Kind::Resolved, VeltoAdKind::RichMedia);
+      load->add(Kind::WebProcess, VeltoWebProcess::Warm);
+      for (const auto kind : {Kind::MarkupGiven, Kind::PageLoaded, Kind::LoadFinished, Kind::Animated})
+        load->add(kind, {});
+      for (const auto media : {VeltoRichMedia::Default, VeltoRichMedia::Expanded, VeltoRichMedia::Default})
+        load->add(Kind::RichMedia, media);
+      for (int percent = 0; percent <= 100; percent += 20) load->add(Kind::Visible, VeltoShare{percent});
+      load->end(VeltoAdEndReason::Refreshed);
+    }
+    if (placement.timelines().back().entries.size() != 24) state.SkipWithError("an entry is missing");
+  }
+  headless::Platform::uninstall();
+}
+BENCHMARK(BM_TimelineByLibrary);
 
 }  // namespace
 }  // namespace velto

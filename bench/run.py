@@ -231,7 +231,8 @@ class Bench:
                 samples.setdefault(entry["run_name"], []).append(entry["cpu_time"] / 1000)  # from nanoseconds
         pair = lambda what: (samples[f"BM_{what}ByLibrary"], samples[f"BM_{what}ByHand"])
         return [Row.of_samples("building one ad request", "us", *pair("Request")),
-                Row.of_samples("layout pass of 100 banners in one view", "us", *pair("Layout"))]
+                Row.of_samples("layout pass of 100 banners in one view", "us", *pair("Layout")),
+                Row.of_samples("timeline of one load", "us", samples["BM_TimelineByLibrary"], None, limit=20, of="value")]
 
     def tracking(self):
         def with_waiting(count):

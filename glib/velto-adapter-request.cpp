@@ -20,7 +20,12 @@ G_DEFINE_FINAL_TYPE(VeltoAdapterRequest, velto_adapter_request, G_TYPE_OBJECT)
 
 static void give(VeltoAdapterRequest* self, VeltoAdapterAd* ad, const velto::VeltoErrorAd* error) {
   const auto answer = std::exchange(self->question->answer, nullptr);
-  if (answer) guarded(__func__, [&] { answer(ad, error); });
+  if (answer) guarded("VeltoAdapterRequest", [&] { answer(ad, error); });
+}
+
+static bool isOpen(VeltoAdapterRequest* self, const char* function) {
+  if (!self->question->answer) g_critical("%s: the request has been answered already", function);
+  return bool(self->question->answer);
 }
 
 static void velto_adapter_request_dispose(GObject* object) {
@@ -104,6 +109,7 @@ void velto_adapter_request_answer(VeltoAdapterRequest* self, VeltoAdapterAd* ad)
   g_return_if_fail(VELTO_IS_ADAPTER_REQUEST(self));
   g_return_if_fail(VELTO_IS_ADAPTER_AD(ad));
   velto_return_if_elsewhere();
+  if (!isOpen(self, __func__)) return;
   if (bool(velto_adapter_ad_is_full_screen(ad)) != self->question->fullScreen) {
     g_critical("%s: the ad is %s; ask velto_adapter_request_is_full_screen() before", __func__,
                self->question->fullScreen ? "for a banner, not for all of the screen"
@@ -121,11 +127,15 @@ void velto_adapter_request_answer(VeltoAdapterRequest* self, VeltoAdapterAd* ad)
  *
  * Answers that there is no ad. The next network of the server's list is asked.
  *
+ * To let go of the request without an answer says that the network has no ad now; so do in Python, which knows no error
+ * that is `None`.
+ *
  * Since: 1.0
  */
 void velto_adapter_request_fail(VeltoAdapterRequest* self, const GError* error) {
   g_return_if_fail(VELTO_IS_ADAPTER_REQUEST(self));
   velto_return_if_elsewhere();
+  if (!isOpen(self, __func__)) return;
   int64_t code = velto::VeltoErrorNoFill;
   if (error) code = error->domain == VELTO_AD_ERROR ? error->code : int(VELTO_AD_ERROR_SERVER);
   std::optional<velto::NSError> words;

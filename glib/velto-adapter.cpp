@@ -160,8 +160,15 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
     ground().onMainThread([=] {
       ask(const_cast<VeltoAdapter*>(adapter), *item, adType, [=](VeltoAdapterAd* ad, const auto* error) {
         if (error) return completionHandler(nullptr, *error);
-        auto made = velto::VeltoAd::adWithMediation(
-            std::make_shared<AdapterAd>(const_cast<VeltoAdapter*>(adapter), ad), bannerSize, headers);
+        // A widget that cannot be used is an answer, too: somebody waits for it.
+        std::shared_ptr<velto::VeltoAd> made;
+        const bool isUsable = guarded("velto_adapter_request_answer", [&] {
+          made = velto::VeltoAd::adWithMediation(
+              std::make_shared<AdapterAd>(const_cast<VeltoAdapter*>(adapter), ad), bannerSize, headers);
+        });
+        if (!isUsable)
+          return completionHandler(nullptr,
+                                   velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorDeveloper));
         const bool isSized = !velto_adapter_ad_is_full_screen(ad);
         if (isSized)
           made->size = {double(velto_adapter_ad_get_width(ad)), double(velto_adapter_ad_get_height(ad))};

@@ -87,7 +87,7 @@ class BannerDelegate final : public velto::VeltoBannerViewControllerDelegate {
   }
   // Another network's ad has had its time.
   void veltoBannerViewControllerDidClose(Controller&) override {
-    if (banner_ && privateOf(banner_).ad) privateOf(banner_).ad->removeBanner();
+    if (const auto ad = banner_ ? privateOf(banner_).ad : nullptr) ad->removeBanner();
   }
   void veltoBannerViewControllerDidChangeState(Controller&) override {
     if (banner_) takeState(banner_);
@@ -126,6 +126,8 @@ void letBannerGo(VeltoBanner* banner) {
   auto& priv = privateOf(banner);
   priv.delegate->forget();
   priv.ad.reset();
+  priv.state = VELTO_BANNER_STATE_EMPTY;
+  priv.adWidth = priv.adHeight = 0;
   for (guint* source : {&priv.givingUp, &priv.seen})
     if (*source) g_source_remove(std::exchange(*source, 0));
   GError* gone = errorFrom(velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorCancelled));
@@ -174,8 +176,8 @@ void velto_banner_load(VeltoBanner* self) {
  *
  * Loads an ad, in place of the one that is shown, and tells how it went.
  *
- * Whoever asks while an ad is on its way hears of that one. When the last one to wait calls it off, an ad that is not shown
- * yet is given up.
+ * Whoever asks while an ad is on its way hears of that one. When the last one to wait calls it off, a banner that shows no ad
+ * yet gives it up; in the place of an ad that is shown, it comes all the same.
  *
  * Since: 1.0
  */
@@ -187,15 +189,22 @@ void velto_banner_load_async(VeltoBanner* self, GCancellable* cancellable, GAsyn
   auto* task = g_task_new(self, cancellable, callback, user_data);
   g_task_set_source_tag(task, gpointer(velto_banner_load_async));
   g_task_set_name(task, "velto_banner_load_async");
-  if (!velto_client_get_default() || !privateOf(self).slot) {
+  auto& priv = privateOf(self);
+  if (!velto_client_get_default()) {
     g_task_return_new_error(task, VELTO_CLIENT_ERROR, VELTO_CLIENT_ERROR_NOT_READY,
                             "no ads without a client: call velto_client_start() before");
     return g_object_unref(task);
   }
+  if (!priv.slot) {
+    g_task_return_new_error(task, VELTO_AD_ERROR, VELTO_AD_ERROR_CANCELLED, "the banner was destroyed");
+    return g_object_unref(task);
+  }
   if (g_task_return_error_if_cancelled(task)) return g_object_unref(task);
-  const bool isOnItsWay = !privateOf(self).waiting.isEmpty();
-  privateOf(self).waiting.add(task);
+  const bool isLoading = priv.wantsAd && priv.state == VELTO_BANNER_STATE_LOADING;
+  const bool isOnItsWay = isLoading || !priv.waiting.isEmpty();
+  priv.waiting.add(task);
   if (isOnItsWay) return;
+  const Kept kept(self);
   begin_load(self);
 }
 

@@ -127,7 +127,7 @@ static void velto_banner_map(GtkWidget* widget) {
 static void velto_banner_unmap(GtkWidget* widget) {
   auto& priv = *VELTO_BANNER(widget)->priv;
   if (priv.seen) g_source_remove(std::exchange(priv.seen, 0));
-  if (priv.ad) guarded(__func__, [&] { priv.ad->setRefreshPaused(true); });
+  if (const auto ad = priv.ad) guarded(__func__, [&] { ad->setRefreshPaused(true); });
   GTK_WIDGET_CLASS(velto_banner_parent_class)->unmap(widget);
 }
 

@@ -22,16 +22,22 @@ void fail(VeltoInterstitial* interstitial, Waiting& waiting, GError* error) {
   g_error_free(error);
 }
 
-// An answer may get lost, which leaves the interstitial empty.
+bool isWanted(const InterstitialPrivate& priv) {
+  return priv.wantsAd || !priv.loading.isEmpty();
+}
+
+// An answer may get lost, which leaves the interstitial empty; and a page may give up without a word before it is seen.
 gboolean giveUp(gpointer data) noexcept {
   auto* interstitial = VELTO_INTERSTITIAL(data);
   auto& priv = privateOf(interstitial);
   priv.givingUp = 0;
-  if (priv.state != VELTO_INTERSTITIAL_STATE_EMPTY || (priv.loading.isEmpty() && !priv.wantsAd))
-    return G_SOURCE_REMOVE;
+  const auto lost = velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorServer);
+  const Kept kept(interstitial);
+  if (priv.state != VELTO_INTERSTITIAL_STATE_PRESENTED && std::exchange(priv.rising, false))
+    fail(interstitial, priv.presenting, errorFrom(lost));
+  if (priv.state != VELTO_INTERSTITIAL_STATE_EMPTY || !isWanted(priv)) return G_SOURCE_REMOVE;
   priv.wantsAd = false;
-  fail(interstitial, priv.loading,
-       errorFrom(velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorServer)));
+  fail(interstitial, priv.loading, errorFrom(lost));
   return G_SOURCE_REMOVE;
 }
 
@@ -41,7 +47,7 @@ void takeState(VeltoInterstitial* interstitial) {
   const auto state = priv.ad ? VeltoInterstitialState(priv.ad->state()) : VELTO_INTERSTITIAL_STATE_EMPTY;
   const auto before = std::exchange(priv.state, state);
   if (before == state) return;
-  if (state == VELTO_INTERSTITIAL_STATE_EMPTY && !priv.givingUp)
+  if ((state == VELTO_INTERSTITIAL_STATE_EMPTY || priv.rising) && !priv.givingUp)
     priv.givingUp = g_idle_add(giveUp, interstitial);
   const bool hasClosed = before == VELTO_INTERSTITIAL_STATE_PRESENTED && std::exchange(priv.appeared, false);
   const auto answer = hasClosed ? priv.presenting.take() : nullptr;
@@ -59,6 +65,8 @@ void takeState(VeltoInterstitial* interstitial) {
 GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
   auto& priv = privateOf(interstitial);
   if (!priv.ad) return refusal("no interstitial is ready");
+  if (priv.state == VELTO_INTERSTITIAL_STATE_PRESENTED)
+    return refusal("the interstitial is on the screen already");
   GError* error = nullptr;
   const auto ad = priv.ad;
   guarded(
@@ -68,10 +76,12 @@ GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
         const auto over = ground().windowController(interstitial, parent, why);
         if (!over) return void(error = refusal(why));
         ad->setAnimation(velto::VeltoAnimation(priv.animation));
+        priv.rising = true;
         const auto refused = ad->show(over);
         if (refused) error = errorFrom(*refused);
       },
       adErrorFrom);
+  if (error) priv.rising = false;
   return error;
 }
 
@@ -107,18 +117,25 @@ class InterstitialDelegate final : public velto::VeltoInterstitialViewController
     if (!interstitial_) return;
     auto& priv = privateOf(interstitial_);
     // What was to be presented and is not; the page of one that is seen; or a load.
-    if (!priv.presenting.isEmpty() && !priv.appeared)
-      return fail(interstitial_, priv.presenting, errorFrom(error));
     Waiting nobody(nullptr);
-    const bool isSeen = priv.appeared;
-    if (!isSeen) priv.wantsAd = false;
-    fail(interstitial_, isSeen ? nobody : priv.loading, errorFrom(error));
+    const bool isThere = priv.appeared || priv.rising;
+    const bool isOfPage = isThere && (!priv.ad || priv.ad->isLoading() || !isWanted(priv));
+    if (isOfPage && std::exchange(priv.rising, false))
+      return fail(interstitial_, priv.presenting, errorFrom(error));
+    if (!isOfPage) priv.wantsAd = false;
+    fail(interstitial_, isOfPage ? nobody : priv.loading, errorFrom(error));
   }
   void veltoInterstitialViewControllerDidAppear(Controller&) override {
     if (!interstitial_) return;
     const Kept kept(interstitial_);
     privateOf(interstitial_).appeared = true;
+    privateOf(interstitial_).rising = false;
     emitInterstitial(interstitial_, InterstitialSignal::Presented);
+  }
+  // A person may leave while it comes in.
+  void veltoInterstitialViewControllerDidClose(Controller& controller) override {
+    if (interstitial_ && privateOf(interstitial_).rising)
+      veltoInterstitialViewControllerDidAppear(controller);
   }
   void veltoInterstitialViewControllerDidPress(Controller&) override {
     if (interstitial_) emitInterstitial(interstitial_, InterstitialSignal::Pressed);
@@ -135,8 +152,7 @@ InterstitialPrivate::InterstitialPrivate(VeltoInterstitial* interstitial)
     : delegate(std::make_shared<InterstitialDelegate>(interstitial)),
       loading([interstitial] {
         auto& priv = privateOf(interstitial);
-        const bool isWanted = priv.wantsAd || !priv.loading.isEmpty();
-        if (!isWanted && priv.state == VELTO_INTERSTITIAL_STATE_LOADING)
+        if (!isWanted(priv) && priv.state == VELTO_INTERSTITIAL_STATE_LOADING)
           velto_interstitial_clear(interstitial);
       }),
       presenting([interstitial] { velto_interstitial_clear(interstitial); }) {}
@@ -145,8 +161,11 @@ InterstitialPrivate::~InterstitialPrivate() = default;
 
 void letInterstitialGo(VeltoInterstitial* interstitial) {
   auto& priv = privateOf(interstitial);
-  priv.delegate->forget();
+  if (priv.delegate) priv.delegate->forget();
+  priv.delegate.reset();
   priv.ad.reset();
+  priv.rising = false;
+  priv.state = VELTO_INTERSTITIAL_STATE_EMPTY;
   if (priv.givingUp) g_source_remove(std::exchange(priv.givingUp, 0));
   GError* gone = cancelled();
   priv.loading.take()(gone);
@@ -194,6 +213,7 @@ void velto_interstitial_load(VeltoInterstitial* self) {
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
   velto_return_if_elsewhere();
   if (!isStarted(__func__)) return;
+  g_return_if_fail(privateOf(self).delegate);
   const Kept kept(self);
   privateOf(self).wantsAd = true;
   load(self);
@@ -224,9 +244,16 @@ void velto_interstitial_load_async(VeltoInterstitial* self, GCancellable* cancel
                             "no ads without a client: call velto_client_start() before");
     return g_object_unref(task);
   }
+  auto& priv = privateOf(self);
+  if (!priv.delegate) {
+    g_task_return_new_error(task, VELTO_AD_ERROR, VELTO_AD_ERROR_CANCELLED, "the interstitial was destroyed");
+    return g_object_unref(task);
+  }
   if (g_task_return_error_if_cancelled(task)) return g_object_unref(task);
-  const bool isOnItsWay = !privateOf(self).loading.isEmpty();
-  privateOf(self).loading.add(task);
+  const bool isLoading = priv.wantsAd && priv.state == VELTO_INTERSTITIAL_STATE_LOADING;
+  const bool isOnItsWay = isLoading || !priv.loading.isEmpty();
+  priv.loading.add(task);
+  const Kept kept(self);
   if (!isOnItsWay) load(self);
 }
 
@@ -291,11 +318,12 @@ void velto_interstitial_present_async(VeltoInterstitial* self, GtkWidget* parent
   auto* task =
       new_task(self, cancellable, callback, user_data, gpointer(velto_interstitial_present_async), __func__);
   if (g_task_return_error_if_cancelled(task)) return g_object_unref(task);
-  if (auto* error = present(self, parent)) {
-    g_task_return_error(task, error);
-    return g_object_unref(task);
-  }
-  privateOf(self).presenting.add(task);
+  auto* error = present(self, parent);
+  // Who hears that it is on its way to the screen may have taken it off.
+  const bool isThere = privateOf(self).state == VELTO_INTERSTITIAL_STATE_PRESENTED;
+  if (!error && isThere) return privateOf(self).presenting.add(task);
+  g_task_return_error(task, error ? error : cancelled());
+  g_object_unref(task);
 }
 
 /**
@@ -331,7 +359,7 @@ void velto_interstitial_clear(VeltoInterstitial* self) {
   const Kept kept(self);
   auto& priv = privateOf(self);
   priv.ad.reset();
-  priv.wantsAd = false;
+  priv.wantsAd = priv.rising = false;
   const auto answer = priv.loading.take();
   takeState(self);
   GError* gone = cancelled();

@@ -19,6 +19,7 @@ struct InterstitialPrivate {
   VeltoAnimation animation = VELTO_ANIMATION_NONE;
   VeltoTargeting* targeting = nullptr;
   VeltoInterstitialState state = VELTO_INTERSTITIAL_STATE_EMPTY;
+  bool rising = false;    // on its way to the screen
   bool appeared = false;  // what is presented has been seen
   bool wantsAd = false;   // load() was called, and has no outcome yet
   guint givingUp = 0;     // the source that will

@@ -67,10 +67,16 @@ static void velto_interstitial_set_property(GObject* object, guint id, const GVa
   }
 }
 
+static void parent_gone(gpointer self, GObject*) {
+  privateOf(VELTO_INTERSTITIAL(self)).autoPresentFor = nullptr;
+  notifyInterstitial(VELTO_INTERSTITIAL(self), InterstitialAutoPresentFor);
+}
+
 static void velto_interstitial_dispose(GObject* object) {
   auto& priv = *VELTO_INTERSTITIAL(object)->priv;
   letInterstitialGo(VELTO_INTERSTITIAL(object));
-  g_clear_weak_pointer(&priv.autoPresentFor);
+  if (auto* parent = std::exchange(priv.autoPresentFor, nullptr))
+    g_object_weak_unref(G_OBJECT(parent), parent_gone, object);
   g_clear_object(&priv.targeting);
   G_OBJECT_CLASS(velto_interstitial_parent_class)->dispose(object);
 }
@@ -286,8 +292,11 @@ void velto_interstitial_set_auto_present_for(VeltoInterstitial* self, GtkWidget*
   g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
   velto_return_if_elsewhere();
   g_return_if_fail(!parent || GTK_IS_WIDGET(parent));
-  if (g_set_weak_pointer(&privateOf(self).autoPresentFor, parent))
-    notifyInterstitial(self, InterstitialAutoPresentFor);
+  auto* before = std::exchange(privateOf(self).autoPresentFor, parent);
+  if (before == parent) return;
+  if (before) g_object_weak_unref(G_OBJECT(before), parent_gone, self);
+  if (parent) g_object_weak_ref(G_OBJECT(parent), parent_gone, self);
+  notifyInterstitial(self, InterstitialAutoPresentFor);
 }
 
 /**

@@ -257,6 +257,15 @@ VeltoVastRequest* velto_vast_request_new(const char* host, int width, int height
       g_object_new(VELTO_TYPE_VAST_REQUEST, "host", host, "width", width, "height", height, nullptr));
 }
 
+static bool are_between(int least, int most, const int* codes, gsize n_codes, const char* function) {
+  for (gsize i = 0; i < n_codes; ++i) {
+    if (codes[i] >= least && codes[i] <= most) continue;
+    g_critical("%s: %d is none: use %d to %d", function, codes[i], least, most);
+    return false;
+  }
+  return true;
+}
+
 /**
  * velto_vast_request_set_formats:
  * @self: a request
@@ -271,6 +280,7 @@ void velto_vast_request_set_formats(VeltoVastRequest* self, const int* formats, 
   g_return_if_fail(VELTO_IS_VAST_REQUEST(self));
   velto_return_if_elsewhere();
   g_return_if_fail(formats || n_formats == 0);
+  if (!are_between(0, 3, formats, n_formats, __func__)) return;
   self->values->formats = velto::VeltoVASTURL::Numbers(formats, formats + n_formats);
 }
 
@@ -288,6 +298,7 @@ void velto_vast_request_set_versions(VeltoVastRequest* self, const int* versions
   g_return_if_fail(VELTO_IS_VAST_REQUEST(self));
   velto_return_if_elsewhere();
   g_return_if_fail(versions || n_versions == 0);
+  if (!are_between(2, 3, versions, n_versions, __func__)) return;
   self->values->versions = velto::VeltoVASTURL::Numbers(versions, versions + n_versions);
 }
 

@@ -8,6 +8,8 @@
 #include "velto/core/VeltoSettings.h"
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/ui/UIViewController.h"
+#include "velto/timeline/VeltoAdTimeline.h"
+#include "velto/timeline/VeltoMetrics.h"
 #include "velto/ui/VeltoBannerViewController.h"
 #include "velto/ui/VeltoDelegates.h"
 #include "velto/ui/VeltoInterstitialViewController.h"

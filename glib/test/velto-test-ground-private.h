@@ -19,6 +19,8 @@ class TestGround final : public velto_glib::Ground {
   // The world begins anew.
   void begin();
   velto::headless::Platform& platform() { return *platform_; }
+  // For who lets things happen in it, one of which may begin the world anew.
+  std::shared_ptr<velto::headless::Platform> kept() const { return platform_; }
   // Lets everything happen that is due, and the toolkit do its layout.
   void settle();
 

@@ -30,7 +30,7 @@ struct QueueSource {
     return isDue(source);
   }
   static gboolean dispatch(GSource*, GSourceFunc, gpointer) {
-    velto_glib::guarded("VeltoTest", [] { TestGround::current().platform().runUntilIdle(); });
+    velto_glib::guarded("VeltoTest", [] { TestGround::current().kept()->runUntilIdle(); });
     return G_SOURCE_CONTINUE;
   }
 };

@@ -76,7 +76,8 @@ void velto_test_advance(guint milliseconds) {
       TestGround::current().settle();
       return false;
     };
-    TestGround::current().platform().mainQueue().runUntil(settled, std::chrono::milliseconds(milliseconds));
+    const auto world = TestGround::current().kept();
+    world->mainQueue().runUntil(settled, std::chrono::milliseconds(milliseconds));
     return true;
   });
 }

@@ -28,7 +28,9 @@ forbid 'platforms included by what decides' 'velto/(gtk|headless)/' '^velto/(gtk
 forbid 'one platform included by the other' 'velto/gtk/' '^velto/gtk/' velto/headless
 forbid 'one platform included by the other' 'velto/headless/' '^velto/headless/' velto/gtk
 forbid 'the seam including what stands on it' \
-  'velto/(core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/platform
+  'velto/(timeline|core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/platform
+forbid 'timelines including what writes them' \
+  'velto/(core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/timeline
 forbid 'the GObject library below the public interface' \
   'velto/(core|network|ui|mraid|video|tracking|measurement|gtk/[a-z])|velto/ads/.*(Manager|Resolver|Passback|Monetize)' '^$' glib
 forbid 'the headless platform in the GObject library, but in its test kit' 'velto/headless' '^glib/test/' glib

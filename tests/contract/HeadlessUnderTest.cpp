@@ -41,7 +41,7 @@ class HeadlessUnderTest : public PlatformUnderTest {
     platform_ = std::move(platform);
     platform_->setPagesFinishByThemselves(true);
     auto& session = platform_->urlSession();
-    session.respond(refusingServer(), headless::Answer::offline());
+    session.respond(refusingServer(), headless::Answer::failure({"NSURLErrorDomain", -1004, "refused"}));
     session.respond(
         [](const auto& request) { return request.url.path() != "/never"; },
         [](const NSURLRequest& request) {

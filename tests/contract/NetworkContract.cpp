@@ -1,4 +1,5 @@
 // The URL session: what an answer looks like, on which thread it comes, and how often.
+#include "velto/platform/Clock.h"
 #include "velto/platform/NSURLSession.h"
 #include "velto/platform/Network.h"
 
@@ -50,7 +51,13 @@ TEST_F(NetworkContract, AnswersCarryStatusHeadersAndData) {
     EXPECT_EQ(got.response->statusCode, answer.first);
     EXPECT_EQ(got.data, answer.second) << "present, even without a body";
   }
-  EXPECT_EQ(get("/page").response->allHeaderFields.value("x-CONTENT"), "html");
+  const double before = platform().clock().monotonicSeconds();
+  const auto page = get("/page").response;
+  EXPECT_EQ(page->allHeaderFields.value("x-CONTENT"), "html");
+  ASSERT_TRUE(page->metrics);
+  EXPECT_LE(before, page->metrics->sent);
+  EXPECT_LE(page->metrics->sent, page->metrics->firstByte);
+  EXPECT_LE(page->metrics->firstByte, platform().clock().monotonicSeconds());
 }
 
 TEST_F(NetworkContract, RequestsCarryMethodHeadersAndBody) {
@@ -74,11 +81,16 @@ TEST_F(NetworkContract, NeitherCookiesNorAnswersAreKept) {
 }
 
 TEST_F(NetworkContract, TransportFailuresAreErrors) {
-  for (const auto& url :
-       {subject().refusingServer() + "/", subject().server() + "/cut", subject().server() + "/leaves",
-        std::string("file:///etc/passwd"), std::string("velto://page")}) {
+  using Cause = NSErrorCause;
+  for (const auto& [url, cause] :
+       std::map<std::string, Cause>{{subject().refusingServer() + "/", Cause::NotConnected},
+                                    {subject().server() + "/cut", Cause::ConnectionLost},
+                                    {subject().server() + "/leaves", Cause::RedirectRefused},
+                                    {"file:///etc/passwd", Cause::Unknown},
+                                    {"velto://page", Cause::Unknown}}) {
     const auto outcome = answerTo(requestFor(url));
     ASSERT_TRUE(outcome.error) << url;
+    EXPECT_EQ(outcome.error->cause, cause) << url;
     EXPECT_TRUE(outcome.error->code != 0 && !outcome.error->domain.empty());
     EXPECT_FALSE(outcome.error->localizedDescription.empty());
   }

@@ -14,6 +14,30 @@ AD = Answer.new_ad("<b>Tea</b>", 320, 50)
 RICH = Answer.new_ad("<script src='mraid.js'></script>Coffee", 320, 50)
 
 
+def mediated(kind):
+    return Answer.new_mediation('{"mediation": [{"cn": "VeltoAdmob%sAdapter", "e": {"adunit": "north"}}]}' % kind, 320, 50)
+
+
+FULL_SCREEN = mediated("Interstitial")
+
+
+class North(GObject.Object, Velto.Adapter):
+    used = None
+
+    def do_load(self, request):
+        label = self.used or Gtk.Label(label=request.get_ad_unit())
+        ad = Velto.AdapterAd.new_full_screen(label) if request.is_full_screen() else Velto.AdapterAd.new(label, 300, 40)
+        request.answer(ad)
+        if self.used:
+            return
+        GLib.test_expect_message("Velto", GLib.LogLevelFlags.LEVEL_CRITICAL, "*has been answered already")
+        request.answer(ad)
+        GLib.test_assert_expected_messages_internal("Velto", __file__, 0, "")
+
+    def do_present(self, ad):
+        ad.close()
+
+
 class KitTest(unittest.TestCase):
     def setUp(self):
         self.server = VeltoTest.Server()
@@ -94,16 +118,58 @@ class KitTest(unittest.TestCase):
         self.assertFalse(VeltoTest.has_run(self.banner, "no such script"))
         self.assertIn("Coffee", VeltoTest.dup_markup(self.banner))
 
-    def test_another_network_answers_at_once(self):
-        class North(GObject.Object, Velto.Adapter):
-            def do_load(self, request):
-                request.answer(Velto.AdapterAd.new(Gtk.Label(label=request.get_ad_unit()), 300, 40))
+    def test_whoever_waits_for_an_interstitial_hears_of_it(self):
+        heard = []
 
-        client.add_adapter("VeltoAdMediationAdapterAdMob", North())
-        network = '{"mediation": [{"cn": "VeltoAdmobBannerAdapter", "e": {"adunit": "north"}}]}'
-        self.assertEqual(self.outcome(Answer.new_mediation(network, 320, 50)), [("loaded",)])
+        def told(finish):
+            def ended(_, result):
+                try:
+                    heard.append(finish(result))
+                except GLib.Error as error:
+                    heard.append(error.code)
+
+            return ended
+
+        def begin(answer=AD, parent=self.box, before=lambda ad: None):
+            ad = Velto.Interstitial(auto_present_for=parent)
+            self.server.respond_once(None, answer)
+            before(ad)
+            ad.load_async(None, told(ad.load_finish))
+            VeltoTest.advance(1000)
+            return ad
+
+        shown = begin()
+        self.server.respond_once(None, Answer.new_no_fill())  # for the next one, while this is on the screen
+        shown.load_async(None, told(shown.load_finish))
+        VeltoTest.advance(0)
+        self.assertEqual((heard, shown.props.state.value_nick), ([True, Velto.AdError.NO_FILL], "presented"))
+        shown.run_dispose()
+        shown.load_async(None, told(shown.load_finish))
+        VeltoTest.advance(0)
+        self.assertEqual(heard[2:], [Velto.AdError.CANCELLED])
+        # On its way to the screen: cleared by who hears of that, and closed by its network.
+        for answer, clears, end in ((AD, True, Velto.AdError.CANCELLED), (FULL_SCREEN, False, True)):
+            ad = begin(answer, None, lambda ad: (ad.load(), heard.clear()))  # of two who ask both hear of one
+            self.assertEqual((heard, len(self.server.get_requests("at=interstitial"))), ([True], 3 + (not clears)))
+            ad.connect("notify::state", lambda ad, _, clears=clears: clears and ad.clear())
+            ad.present_async(self.box, None, told(ad.present_finish))
+            VeltoTest.advance(5000)
+            self.assertEqual(heard[1:], [end])
+        there, changes = Gtk.Label(), []
+        ad.props.auto_present_for = there
+        ad.connect("notify", lambda _, property: changes.append(property.name))
+        del there
+        self.assertEqual(changes, ["auto-present-for"])
+
+    def test_another_network_answers_at_once(self):
+        network = mediated("Banner")
+        self.assertEqual(self.outcome(network), [("loaded",)])
+        GLib.test_expect_message("Velto", GLib.LogLevelFlags.LEVEL_CRITICAL, "*widget is in another one")
+        North.used = Gtk.Label()
+        self.box.append(North.used)
+        self.assertEqual(self.outcome(network), [("failed", Velto.AdError.NO_FILL)])
+        North.used = None
         self.assertEqual((self.banner.props.ad_width, VeltoTest.tap(self.banner, 5, 5)), (300, False))
-        client.add_adapter("VeltoAdMediationAdapterAdMob", None)
 
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)
@@ -118,4 +184,5 @@ if __name__ == "__main__":
     VeltoTest.Server()
     client = Velto.Client(application_id="org.example.test", publisher_key="key")
     client.start()
+    client.add_adapter("VeltoAdMediationAdapterAdMob", North())
     unittest.main(verbosity=2)

@@ -279,6 +279,7 @@ class LibraryTest(unittest.TestCase):
     def test_video(self):
         request = Velto.VastRequest(host="video.example.com", width=640, height=360, max_duration=30)
         request.set_versions([2, 3])
+        self.assertComplains("*use 2 to 3", lambda: request.set_versions([2, 4]))
         address = request.build_url()
         self.assertRegex(address, r"^https://video\.example\.com\?key=key&.*&vw=640&vh=360&vmin=5&vmax=30&.*&vvers=2,3&")
         request.props.host = "no host/"

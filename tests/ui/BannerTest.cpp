@@ -54,22 +54,6 @@ TEST_F(BannerTest, ALoadRunsItsWholeRoadInOrder) {
   EXPECT_EQ(delegate->heard.size(), 2U);
 }
 
-TEST_F(BannerTest, EveryFailureReachesTheDelegateWithItsCode) {
-  const auto b = banner();
-  const std::vector<std::pair<Answer, std::string>> table{{status(204), "fail 0"},
-                                                          {status(500), "fail 1"},
-                                                          {status(403), "fail 2"},
-                                                          {Answer::offline(), "fail 4"},
-                                                          {markup("velto://noFillAd"), "fail 0"}};
-  for (const auto& [answer, heard] : table) {
-    delegate->heard.clear();
-    load(*b, answer);
-    EXPECT_EQ(delegate->heard, Heard{heard});
-    EXPECT_EQ(platform->views().contentHeld(), 0) << "no web process stays without an ad";
-  }
-  EXPECT_EQ(delegate->lastError->descriptionError(), "VeltoError: NO_FILL");
-}
-
 TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
   const auto b = banner();
   loadAd(*b);

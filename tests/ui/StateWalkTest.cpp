@@ -3,9 +3,12 @@
 // everything.
 #include "velto/ads/VeltoAdMediationAdapterProtocol.h"
 #include "velto/ads/VeltoAdMediationAdapterRegistry.h"
+#include "velto/timeline/TimelineHub.h"
 
 #include <algorithm>
+#include <map>
 #include <random>
+#include <set>
 
 #include "UITest.h"
 
@@ -58,6 +61,23 @@ struct WalkNetwork : VeltoAdMediationAdapterProtocol {
   std::vector<std::weak_ptr<test::FakeAdapter>> adapters;
 };
 
+// What timelines promise: one end for each load, entries in the order of their times, nothing after the end.
+struct StrictSink : TimelineSink {
+  void added(const std::string&, uint64_t load, const VeltoTimelineEntry& entry) override {
+    EXPECT_EQ(entry.kind == VeltoTimelineKind::Asked, open.insert(load).second)
+        << "begun twice, or ended before";
+  }
+  void ended(const VeltoAdTimeline& told) override {
+    EXPECT_EQ(open.erase(told.load), 1U) << "ended twice";
+    ++ends[*told.end];
+    EXPECT_TRUE(std::is_sorted(told.entries.begin(), told.entries.end(),
+                               [](const auto& one, const auto& next) { return one.seconds < next.seconds; }));
+    EXPECT_LE(told.entries.back().seconds, told.endSeconds);
+  }
+  std::set<uint64_t> open;
+  std::map<VeltoAdEndReason, int> ends;
+};
+
 class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsigned> {
  protected:
   template <class Ad, class Delegate>
@@ -69,7 +89,10 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
   using Banner = Slot<VeltoBannerViewController, StrictBannerDelegate>;
 
   static constexpr char adapterName[] = "VeltoAdMediationAdapterAdMob";
-  StateWalk() : random(GetParam()) { VeltoAdMediationAdapterRegistry::registerAdapter(adapterName, network); }
+  StateWalk() : random(GetParam()) {
+    VeltoAdMediationAdapterRegistry::registerAdapter(adapterName, network);
+    TimelineHub::shared()->add(timelines);
+  }
   ~StateWalk() override { VeltoAdMediationAdapterRegistry::registerAdapter(adapterName, nullptr); }
 
   size_t below(size_t limit) { return random() % limit; }
@@ -227,6 +250,7 @@ class StateWalk : public test::UITest, public ::testing::WithParamInterface<unsi
       VeltoNotificationUIInterfaceOrientationMaskLock, [this](const NSNotification& notification) {
         if (const auto* mask = std::get_if<int64_t>(&notification.object)) lastLock = *mask;
       });
+  const std::shared_ptr<StrictSink> timelines = std::make_shared<StrictSink>();
   const std::shared_ptr<WalkNetwork> network = std::make_shared<WalkNetwork>();
   std::mt19937 random;
   std::vector<Interstitial> interstitials = std::vector<Interstitial>(2);
@@ -250,6 +274,8 @@ TEST_P(StateWalk, KeepsItsPromises) {
   }
   for (auto& slot : interstitials) letGo(slot);
   for (auto& slot : banners) letGo(slot);
+  EXPECT_TRUE(timelines->open.empty()) << "no load goes on without its controller";
+  EXPECT_GT(timelines->ends.size(), 10U) << "the walk meets many ends";
   window->show();
   platform->advance(std::chrono::seconds(20));
   EXPECT_TRUE(platform->webViews().empty());

@@ -5,7 +5,9 @@
 #include "velto/core/VeltoUtilities.h"
 #include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/AnswerOnMain.h"
+#include "velto/platform/Clock.h"
 #include "velto/platform/foundation/Text.h"
+#include "velto/timeline/LoadRecord.h"
 
 namespace velto {
 
@@ -28,8 +30,11 @@ VeltoAdManager::VeltoAdManager() {
 void VeltoAdManager::_fetch(VeltoAdType type, VeltoBannerSize size,
                             const std::optional<VeltoSettings>& settings,
                             VeltoAdCompletion completionHandler) {
-  if (auto ad = usableAd(size))
+  if (auto ad = usableAd(size)) {
+    LoadScope::add(VeltoTimelineKind::ListHit,
+                   VeltoSeconds{Platform::current().clock().secondsSince1970() - *ad->createdAt - *ad->ttl});
     return answerOnMain(completionHandler, std::move(ad), std::optional<VeltoErrorAd>());
+  }
 
   VeltoTaskManager::executeTaskFor(
       type, size, settings,

@@ -9,7 +9,7 @@ void VeltoAdMediationAdapterMonetize::adapt(const Item& item, std::optional<int6
                                             const Headers& /*headers*/, uint64_t adType,
                                             const VeltoAdCompletion& completionHandler) {
   const auto data = item && item->e() ? item->e()->data() : std::nullopt;
-  if (!data) return fail(completionHandler, VeltoErrorDeveloper);
+  if (!data) return fail(completionHandler, VeltoAdEndReason::ItemWithoutData);
   std::make_shared<VeltoAdMediationAdapterMonetize>()->_init(*data, adType, completionHandler);
 }
 

@@ -9,7 +9,7 @@ void VeltoAdMediationAdapterPassback::adapt(const Item& item, std::optional<int6
                                             const Headers& headers, uint64_t adType,
                                             const VeltoAdCompletion& completionHandler) {
   auto html = item && item->e() ? item->e()->base64DecodedString() : std::nullopt;
-  if (!html) return fail(completionHandler, VeltoErrorDeveloper);
+  if (!html) return fail(completionHandler, VeltoAdEndReason::ItemWithoutData);
   std::make_shared<VeltoAdMediationAdapterPassback>()->_init(std::move(*html), item->e()->timeout(),
                                                              bannerSize, headers, adType, completionHandler);
 }
@@ -18,7 +18,7 @@ void VeltoAdMediationAdapterPassback::_init(std::string html, std::optional<doub
                                             std::optional<int64_t> bannerSize, const Headers& headers,
                                             uint64_t adType, const VeltoAdCompletion& completionHandler) {
   adType_ = adType;
-  if (AdSDKVelto::isAdNoFill(html)) return fail(completionHandler, VeltoErrorNoFill);
+  if (AdSDKVelto::isAdNoFill(html)) return fail(completionHandler, VeltoAdEndReason::MarkupNoFill);
   if (completionHandler)
     completionHandler(VeltoAd::adWithHTML(std::move(html), bannerSize, headers, timer), std::nullopt);
 }

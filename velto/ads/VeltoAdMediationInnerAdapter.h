@@ -23,8 +23,8 @@ class VeltoAdMediationInnerAdapter : public VeltoAdMediationCoreAdapter {
  protected:
   explicit VeltoAdMediationInnerAdapter(const char* className) : className_(className) {}
 
-  static void fail(const VeltoAdCompletion& completion, VeltoErrorCode code) {
-    if (completion) completion(nullptr, VeltoErrorAd::veltoErrorAdWithCode(code));
+  static void fail(const VeltoAdCompletion& completion, VeltoAdEndReason reason) {
+    if (completion) completion(nullptr, VeltoErrorAd::because(reason));
   }
 
   uint64_t adType_ = 0;

@@ -4,6 +4,7 @@
 #include "velto/ads/VeltoAdMediationAdapterManager.h"
 #include "velto/network/JSONSDKVelto.h"
 #include "velto/platform/Platform.h"
+#include "velto/timeline/LoadRecord.h"
 
 #include <algorithm>
 #include <atomic>
@@ -30,8 +31,21 @@ void inTurn(std::function<void()> step) {
   }
 }
 
-void answer(const VeltoAdCompletion& completion, int64_t code) {
-  if (completion) completion(nullptr, VeltoErrorAd::veltoErrorAdWithCode(code));
+void answer(const VeltoAdCompletion& completion, VeltoAdEndReason reason) {
+  if (completion) completion(nullptr, VeltoErrorAd::because(reason));
+}
+
+// In the timeline of the load: which item is tried, and why the walk goes on from it.
+void writeDown(const std::shared_ptr<VeltoMediationItemResponse>& item,
+               std::optional<VeltoAdEndReason> passedOver = std::nullopt) {
+  constexpr size_t longestName = 64;
+  if (!item || !LoadScope::current()) return;
+  std::string name = item->cn().value_or("");
+  size_t length = std::min(name.size(), longestName);
+  while (length < name.size() && (name[length] & 0xC0) == 0x80) --length;  // whole characters
+  name.resize(length);
+  LoadScope::add(passedOver ? VeltoTimelineKind::NetworkPassedOver : VeltoTimelineKind::NetworkTried,
+                 VeltoNetworkTry{std::move(name), passedOver});
 }
 
 }  // namespace
@@ -40,11 +54,11 @@ void VeltoAdMediationResolver::resolveAd(const VeltoTaskResponsePointer& respons
                                          std::optional<int64_t> bannerSize,
                                          const VeltoAdCompletion& completionHandler) {
   const auto json = response->data ? JSONSDKVelto::JSONDictionary(*response->data) : std::nullopt;
-  if (!json || !json->object()) return answer(completionHandler, VeltoErrorServer);
+  if (!json || !json->object()) return answer(completionHandler, VeltoAdEndReason::InstructionsUnreadable);
   const auto mediation = VeltoMediationResponse::mediationFor(*json->object());
   const auto& items = mediation->mediations();
   const bool hasItems = items && !items->empty();
-  if (!hasItems) answer(completionHandler, VeltoErrorServer);
+  if (!hasItems) answer(completionHandler, VeltoAdEndReason::InstructionsEmpty);
   VeltoAdMediationItemResolver::resolveMediationItem(hasItems ? items->front() : nullptr, mediation,
                                                      bannerSize, response->headers, completionHandler);
 }
@@ -53,10 +67,15 @@ void VeltoAdMediationItemResolver::resolveMediationItem(const Item& item, const 
                                                         std::optional<int64_t> bannerSize,
                                                         const Headers& headers,
                                                         VeltoAdCompletion completionHandler) {
-  inTurn([=, completion = std::move(completionHandler)] {
+  inTurn([=, load = LoadScope::current(), completion = std::move(completionHandler)] {
+    const LoadScope scope(load);
+    writeDown(item);
     const auto adapter = VeltoAdMediationAdapterManager::adapterForMediationItem(item);
     const auto handler = adapter->handler();
-    if (!handler) return _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);
+    if (!handler) {
+      writeDown(item, VeltoAdEndReason::AdapterUnknown);
+      return _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);
+    }
     // Each item is tried once: an adapter that answers again (as one whose server sends an empty list does)
     // must not send the walk along the rest twice. An adapter of the application's may outlive the platform.
     handler->adapt(item, bannerSize, headers, adapter->adType(),
@@ -64,10 +83,13 @@ void VeltoAdMediationItemResolver::resolveMediationItem(const Item& item, const 
                        const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
                      if (answered->test_and_set() || !Platform::currentOrNull()) return;
                      inTurn([=] {
-                       if (!ad || error)
+                       const LoadScope inAnswer(load);
+                       if (!ad || error) {
+                         writeDown(item, error ? error->reason : VeltoAdEndReason::Unexplained);
                          _handleNextMediationItemFrom(item, mediation, bannerSize, headers, completion);
-                       else if (completion)
+                       } else if (completion) {
                          completion(ad, std::nullopt);
+                       }
                      });
                    });
   });
@@ -86,11 +108,11 @@ std::optional<VeltoErrorAd> VeltoAdMediationItemResolver::_tryHandleNextMediatio
     const VeltoAdCompletion& completionHandler) {
   const auto& items = mediation->mediations();
   // Looked for in a list that is not there, anything is at its end.
-  if (!items) return VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorNoFill);
+  if (!items) return VeltoErrorAd::because(VeltoAdEndReason::NobodyFilled);
   const auto found = std::find(items->begin(), items->end(), item);
-  if (found == items->end()) return VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper);
+  if (found == items->end()) return VeltoErrorAd::because(VeltoAdEndReason::ItemNotInList);
   const auto next = found + 1;
-  if (next == items->end()) return VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorNoFill);
+  if (next == items->end()) return VeltoErrorAd::because(VeltoAdEndReason::NobodyFilled);
   resolveMediationItem(*next, mediation, bannerSize, headers, completionHandler);
   return std::nullopt;
 }

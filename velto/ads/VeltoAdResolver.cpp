@@ -12,6 +12,14 @@ void fail(const VeltoAdCompletion& completion, VeltoErrorAd error) {
   if (completion) completion(nullptr, std::move(error));
 }
 
+std::optional<VeltoAdEndReason> whyWithoutAd(const VeltoTaskResponse& response, const std::string& text) {
+  if (response.responseType == VeltoTaskResponseNoFill)
+    return response.headers->content() == "vast" ? VeltoAdEndReason::VideoAnswer
+                                                 : VeltoAdEndReason::HeaderNoFill;
+  if (!isValidUTF8(text)) return VeltoAdEndReason::BodyNotText;
+  return AdSDKVelto::isAdNoFill(text) ? std::optional(VeltoAdEndReason::MarkupNoFill) : std::nullopt;
+}
+
 }  // namespace
 
 namespace VeltoAdManagerAdResolver {
@@ -20,7 +28,7 @@ void handleTaskResponse(const VeltoTaskResponsePointer& response, std::optional<
                         const VeltoAdCompletion& completionHandler) {
   if (!_handleableTaskResponse(*response, completionHandler)) return;
   if (!response->headers->width() || !response->headers->height())
-    return fail(completionHandler, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
+    return fail(completionHandler, VeltoErrorAd::because(VeltoAdEndReason::SizeMissing));
   auto html = _htmlFrom(*response, completionHandler);
   if (!html) return;
   VeltoAdResolverManager::resolveAdFromTaskResponse(response, bannerSize, std::move(*html),
@@ -38,7 +46,9 @@ void handleTaskResponseForSecondMRAIDContent(const VeltoTaskResponsePointer& res
 
 bool _handleableTaskResponse(const VeltoTaskResponse& response, const VeltoAdCompletion& completionHandler) {
   if (!response.error && response.responseType != VeltoTaskResponseUnknown && response.headers) return true;
-  fail(completionHandler, response.error.value_or(VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer)));
+  const bool saysKind = response.headers && response.headers->content();
+  fail(completionHandler, response.error.value_or(VeltoErrorAd::because(
+                              saysKind ? VeltoAdEndReason::KindUnknown : VeltoAdEndReason::KindMissing)));
   return false;
 }
 
@@ -46,9 +56,8 @@ std::optional<std::string> _htmlFrom(const VeltoTaskResponse& response,
                                      const VeltoAdCompletion& completionHandler) {
   if (!response.data) return std::nullopt;
   const std::string& text = *response.data;
-  if (!isValidUTF8(text) || response.responseType == VeltoTaskResponseNoFill ||
-      AdSDKVelto::isAdNoFill(text)) {
-    fail(completionHandler, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorNoFill));
+  if (const auto why = whyWithoutAd(response, text)) {
+    fail(completionHandler, VeltoErrorAd::because(*why));
     return std::nullopt;
   }
   return text;

@@ -17,6 +17,17 @@ VeltoErrorAd VeltoErrorAd::veltoErrorAdWithCode(int64_t code, std::optional<NSEr
   return made;
 }
 
+VeltoErrorAd VeltoErrorAd::because(VeltoAdEndReason reason, std::optional<NSError> error) {
+  auto made = veltoErrorAdWithCode(wordsOf(reason).errorCode.value_or(VeltoErrorServer), std::move(error));
+  made.reason = reason;
+  return made;
+}
+
+std::string VeltoErrorAd::explanation() const {
+  const auto& words = wordsOf(reason);
+  return std::string(words.sentence).append(" ").append(words.advice);
+}
+
 std::optional<std::string> VeltoErrorAd::descriptionError() const {
   static constexpr std::array words{"NO_FILL", "SERVER_ERROR", "DEVELOPER_ERROR", "CANCELLED",
                                     "NO_CONNECTION"};

@@ -3,6 +3,7 @@
 
 #include "velto/Export.h"
 #include "velto/platform/NSError.h"
+#include "velto/timeline/VeltoAdEndReason.h"
 
 #include <cstdint>
 #include <memory>
@@ -21,13 +22,19 @@ enum VeltoErrorCode : int64_t {
 
 class VELTO_EXPORT VeltoErrorAd : public NSError {
  public:
+  // Of an adapter or application, that gives no reason.
   static VeltoErrorAd veltoErrorAdWithCode(int64_t code, std::optional<NSError> error = std::nullopt);
+  // With the code of that reason, which has one.
+  static VeltoErrorAd because(VeltoAdEndReason reason, std::optional<NSError> error = std::nullopt);
 
   int64_t errorCode = 0;
-  std::optional<NSError> error;  // the system error underneath
+  std::optional<NSError> error;                             // the system error underneath
+  VeltoAdEndReason reason = VeltoAdEndReason::Unexplained;  // finer than the code
 
   // "VeltoError: NO_FILL" and so on; nothing for a code outside the list above.
   std::optional<std::string> descriptionError() const;
+  // What happened, and what to do about it: for developers.
+  std::string explanation() const;
 };
 
 }  // namespace velto

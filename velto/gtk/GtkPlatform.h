@@ -14,6 +14,7 @@
 #include "velto/gtk/services/Bundle.h"
 #include "velto/gtk/services/Calendar.h"
 #include "velto/gtk/services/Carrier.h"
+#include "velto/gtk/services/DeveloperOutput.h"
 #include "velto/gtk/services/Device.h"
 #include "velto/gtk/services/Foreground.h"
 #include "velto/gtk/services/Locale.h"
@@ -72,6 +73,7 @@ class GtkPlatform : public Platform {
   Photos& photoLibrary() override { return photos_; }
   Media& media() override { return media_; }
   AudioSession& audioSession() override { return audioSession_; }
+  DeveloperOutput* diagnostics() override { return &developerOutput_; }
   void performInBackground(std::function<void()> work) override { background_.perform(std::move(work)); }
 
  private:
@@ -92,6 +94,7 @@ class GtkPlatform : public Platform {
   Location location_;
   OrientationSensor orientationSensor_;
   SessionLock sessionLock_;
+  DeveloperOutput developerOutput_;
   Advertising advertising_;
   Calendar calendar_;
   Background background_;

@@ -9,6 +9,7 @@
 #include "velto/headless/network/ScriptedNetwork.h"
 #include "velto/headless/network/ScriptedURLSession.h"
 #include "velto/headless/services/MemoryLibrary.h"
+#include "velto/headless/services/RecordingDiagnostics.h"
 #include "velto/headless/services/ScriptedApplication.h"
 #include "velto/headless/services/ScriptedDevice.h"
 #include "velto/headless/store/MemoryBundle.h"
@@ -63,6 +64,7 @@ class VELTO_EXPORT Platform : public velto::Platform {
   MemoryPhotoLibrary& photoLibrary() override { return photoLibrary_; }
   ScriptedMedia& media() override { return media_; }
   ScriptedAudioSession& audioSession() override { return audioSession_; }
+  RecordingDiagnostics* diagnostics() override { return &diagnostics_; }
   void performInBackground(std::function<void()> work) override {
     ++backgroundWork_;
     queue_->postOffMain({}, std::move(work));
@@ -79,6 +81,7 @@ class VELTO_EXPORT Platform : public velto::Platform {
   std::shared_ptr<MemoryBundle> mainBundle_ = std::make_shared<MemoryBundle>();
   std::shared_ptr<MemoryBundle> veltoBundle_ = std::make_shared<MemoryBundle>();
   std::vector<std::shared_ptr<MemoryBundle>> bundles_;
+  RecordingDiagnostics diagnostics_;
   ScriptedDevice device_;
   ScriptedScreen screen_;
   ScriptedLocale locale_;

@@ -73,9 +73,11 @@ void OMIDVeltoAdSession::beginPage(std::shared_ptr<ServicePage> page) {
                                        [this](const Viewability& seen) {
                                          if (const auto json = writeJSON(seen.json(), false))
                                            call("geometry", *json);
+                                         if (seen_) seen_(seen.percentageInView);
                                        });
   if (!context_->isNative) changes_ = ViewChanges::observe([this] { viewsChanged(); });
   tellStart();
+  if (seen_) seen_(watcher_->latest().percentageInView);
 }
 
 void OMIDVeltoAdSession::tellStart() {

@@ -54,6 +54,8 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   bool isFinished() const { return state_ == State::Finished; }
   // The library is about to change the view's place itself: what is seen then is told without delay.
   void expectChange();
+  // Told what part of the view can be seen, when measuring begins and when it is another: 0 … 100.
+  void setSightObserver(std::function<void(int percent)> seen) { seen_ = std::move(seen); }
   // What was found at the last look; nothing while no page is measured.
   std::optional<Viewability> viewability() const;
 
@@ -98,6 +100,7 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   std::shared_ptr<ServicePage> page_;
   std::string identifier_;  // of this session in this page
   std::shared_ptr<ViewabilityWatcher> watcher_;
+  std::function<void(int percent)> seen_;
   bool checking_ = false;
   Handle changes_;
 };

@@ -53,7 +53,15 @@ void UIViewControllerOMSDKSDKVelto::_startOMSDKSessionFor(
       creativeType == OMIDVeltoCreativeTypeVideo && mediaEventsOwner == OMIDVeltoOwnerNative;
   if (isNativeVideo) _createOmidMediaEvent();
   addFriendlyObstructionOMSDKFor(friendlyObstructionView);
-  if (omidSession_) omidSession_->start();
+  if (omidSession_) {
+    // Sight is taken from what was painted.
+    omidSession_->setSightObserver([this](int percent) {
+      if (percent > 0) note(VeltoTimelineKind::PaintedFirst, {});
+      note(VeltoTimelineKind::Visible, VeltoShare{percent});
+    });
+    note(VeltoTimelineKind::Measured, VeltoMeasured::SessionStarted);
+    omidSession_->start();
+  }
   if (isNativeVideo && adEvents_)
     adEvents_->loadedWithVastProperties(
         OMIDVeltoVASTProperties::initWithAutoPlay(true, OMIDVeltoPositionStandalone), nullptr);
@@ -105,7 +113,11 @@ void UIViewControllerOMSDKSDKVelto::_createSessionFor(
 }
 
 void UIViewControllerOMSDKSDKVelto::finishOMSDKSession() {
-  if (omidSession_) omidSession_->finish();
+  if (omidSession_) {
+    omidSession_->setSightObserver(nullptr);
+    omidSession_->finish();
+    note(VeltoTimelineKind::Measured, VeltoMeasured::SessionFinished);
+  }
   omidSession_.reset();
   adEvents_.reset();
   mediaEvents_.reset();
@@ -139,7 +151,9 @@ void UIViewControllerOMSDKSDKVelto::_createOmidMediaEvent() {
 }
 
 void UIViewControllerOMSDKSDKVelto::impressionOMSDK() {
-  if (adEvents_) adEvents_->impressionOccurredWithError(nullptr);
+  if (!adEvents_) return;
+  adEvents_->impressionOccurredWithError(nullptr);
+  note(VeltoTimelineKind::Measured, VeltoMeasured::Impression);
 }
 
 void UIViewControllerOMSDKSDKVelto::startPlaybackNativeVideoOMSDWith(float duration, float volume) {

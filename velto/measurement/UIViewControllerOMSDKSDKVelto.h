@@ -4,6 +4,7 @@
 #pragma once
 
 #include "velto/measurement/OMIDVelto.h"
+#include "velto/timeline/VeltoTimelineEntry.h"
 
 #include <memory>
 
@@ -51,6 +52,8 @@ class UIViewControllerOMSDKSDKVelto {
 
  protected:
   virtual UIViewController& viewController() = 0;
+  // For the ad's timeline.
+  virtual void note(VeltoTimelineKind /*kind*/, VeltoTimelineEntry::Detail /*detail*/) {}
 
  private:
   void _startOMSDKSessionFor(const View& adView, const View& friendlyObstructionView,

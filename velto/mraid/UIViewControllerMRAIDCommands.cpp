@@ -61,7 +61,9 @@ void UIViewControllerMRAIDSDKVelto::_open(const VeltoMRAIDAction& action) {
   const auto url = action.args() ? MRAIDSDKVelto::URLFromPage(*action.args()) : std::nullopt;
   if (!url) return;
   const NSURL resolved = SDKVelto::URLByResolvingImplicitScheme(*url);
-  if (Platform::current().application().canOpenURL(resolved)) SDKVelto::open(resolved);
+  if (!Platform::current().application().canOpenURL(resolved)) return;
+  SDKVelto::open(resolved);
+  linkTapped(VeltoTap::LinkOpened);
 }
 
 void UIViewControllerMRAIDSDKVelto::_playVideo(const VeltoMRAIDAction& action) {

@@ -7,6 +7,7 @@
 #include "velto/mraid/VeltoMRAIDHandler.h"
 #include "velto/platform/Geometry.h"
 #include "velto/platform/foundation/NSURL.h"
+#include "velto/timeline/VeltoTimelineEntry.h"
 #include "velto/ui/VeltoCloseButton.h"
 
 #include <functional>
@@ -73,6 +74,8 @@ class UIViewControllerMRAIDSDKVelto {
   virtual UIViewController& viewController() = 0;
   // The page wants the interface turned: 0 not, 1 portrait, 4 landscape.
   virtual void forceOrientation(int64_t orientation);
+  // An address was handed to the system.
+  virtual void linkTapped(VeltoTap /*outcome*/) {}
 
  private:
   void _open(const VeltoMRAIDAction& action);

@@ -7,10 +7,30 @@
 
 namespace velto {
 
+// What the library tells apart, whatever the domain.
+enum class NSErrorCause : uint8_t {
+  Unknown,
+  // Of a transport.
+  Offline,
+  NameNotFound,
+  NotConnected,
+  Untrusted,  // the certificate; also of a page
+  SecureConnectionFailed,
+  TimedOut,
+  ConnectionLost,
+  TooLarge,
+  RedirectRefused,
+  // Of a web view.
+  ProcessCrashed,
+  ProcessOutOfMemory,
+  ProcessEnded,
+};
+
 struct NSError {
   std::string domain;
   int64_t code = 0;
   std::string localizedDescription;
+  NSErrorCause cause = NSErrorCause::Unknown;
 };
 
 }  // namespace velto

@@ -40,19 +40,27 @@ struct NSURLRequest {
   std::optional<size_t> maximumBodySize = std::nullopt;
 };
 
+// How an exchange went, the last one of several redirects. Monotonic seconds.
+struct NSURLTaskMetrics {
+  bool reusedConnection = false;
+  double sent = 0;       // the request began to leave
+  double firstByte = 0;  // of the answer came
+};
+
 // What a server answered. `isHTTP` is false for schemes that have no status code.
 struct NSURLResponse {
   std::string url;
   bool isHTTP = false;
   int statusCode = 0;
   HeaderFields allHeaderFields;
+  std::optional<NSURLTaskMetrics> metrics = std::nullopt;  // where the platform tells
 };
 
 class VELTO_EXPORT NSURLSession {
  public:
   // Exactly one call for each task. An HTTP answer always carries data, empty
   // when there was no body. A transport failure (no connection, time-out,
-  // TLS, more data than promised or allowed, or less) carries an error.
+  // TLS, more data than promised or allowed, or less) carries an error, with its cause.
   using Completion =
       std::function<void(std::optional<std::string> data, std::shared_ptr<const NSURLResponse> response,
                          std::optional<NSError> error)>;

@@ -22,6 +22,7 @@ class AVAudioSession;
 class CLLocationManager;
 class CTTelephonyNetworkInfo;
 class Clock;
+class Diagnostics;
 class EKEventStore;
 class MainQueue;
 class MediaSystem;
@@ -82,6 +83,8 @@ class VELTO_EXPORT Platform {
   virtual PHPhotoLibrary& photoLibrary() = 0;
   virtual MediaSystem& media() = 0;
   virtual AVAudioSession& audioSession() = 0;
+  // Null: nothing is written for developers.
+  virtual Diagnostics* diagnostics() { return nullptr; }
 
   // Runs work that would hold up the main queue on another thread, soon. Work still waiting when the platform
   // goes is destroyed undone; what is being done is waited for. Any thread.

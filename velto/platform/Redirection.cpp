@@ -31,7 +31,7 @@ bool isCredential(const std::string& name) {
 }
 
 Redirection refused(int64_t code, const char* why) {
-  return {std::nullopt, NSError{"NSURLErrorDomain", code, why}};
+  return {std::nullopt, NSError{"NSURLErrorDomain", code, why, NSErrorCause::RedirectRefused}};
 }
 
 }  // namespace

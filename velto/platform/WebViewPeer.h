@@ -45,6 +45,8 @@ class VELTO_EXPORT WebViewPeer : public virtual ViewPeer {
   // All sound of the page, whatever makes it. The page is not told.
   virtual void setMuted(bool muted) = 0;
   virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
+  // Whether the process that it was made for was up, or coming, before.
+  virtual bool hasWarmProcess() const { return false; }
   bool paintsContent() const override { return true; }
 };
 

@@ -22,24 +22,43 @@ T delegateAs(const VeltoControllerDelegate& delegate) {
 
 constexpr auto nothing = [](auto&, auto&) {};
 
+VeltoAdKind kindOf(const VeltoAd& ad) {
+  if (ad.sourceType == VeltoAdSourceMediation) return VeltoAdKind::Adapter;
+  return ad.sourceType == VeltoAdSourceMRAID ? VeltoAdKind::RichMedia : VeltoAdKind::Markup;
+}
+
+// Why nobody here can show what an adapter brought.
+VeltoAdEndReason whyNotShown(const VeltoAd& ad) {
+  if (!ad.adapter || !ad.adapter->rootViewControllerUser()) return VeltoAdEndReason::AdapterTakesNoController;
+  return ad.adapter->adType() == VeltoAdTypeBanner && !ad.adapter->getBannerView()
+             ? VeltoAdEndReason::AdapterWithoutView
+             : VeltoAdEndReason::AdapterOfOtherKind;
+}
+
 }  // namespace
 
 // A question that is on its way. Its holders are on other threads too, and may drop it without an answer.
 class UIViewControllerCoreSDKVelto::Pending {
  public:
   Pending(std::weak_ptr<UIViewController> asking, UIViewControllerCoreSDKVelto& mixin,
-          VeltoControllerDelegate delegate)
-      : controller_(std::move(asking)), mixin_(&mixin), delegate_(std::move(delegate)) {
+          VeltoControllerDelegate delegate, std::shared_ptr<LoadRecord> load)
+      : controller_(std::move(asking)),
+        mixin_(&mixin),
+        delegate_(std::move(delegate)),
+        load_(std::move(load)) {
     ++mixin_->fetching_;
   }
   Pending(Pending&& other) noexcept
       : controller_(std::move(other.controller_)),
         mixin_(std::exchange(other.mixin_, nullptr)),
         delegate_(std::move(other.delegate_)),
+        load_(std::move(other.load_)),
         isOpen_(other.isOpen_) {}
   ~Pending() {
     const auto alive = controller_.lock();
     if (!alive || !mixin_ || !isOpen_) return;
+    load_->end(Platform::currentOrNull() ? VeltoAdEndReason::AdapterNeverAnswered
+                                         : VeltoAdEndReason::PlatformGone);
     --mixin_->fetching_;
     mixin_->fetchFailed();
     mixin_->tellState();
@@ -51,6 +70,10 @@ class UIViewControllerCoreSDKVelto::Pending {
     const auto alive = controller_.lock();
     if (!alive) return;
     if (std::exchange(isOpen_, false)) --mixin_->fetching_;
+    // From here on the load is the shown ad's.
+    const LoadScope scope(std::exchange(load_, nullptr));
+    if (const auto& load = LoadScope::current(); load && error) load->end(error->reason);
+    if (ad) LoadScope::add(VeltoTimelineKind::Resolved, kindOf(*ad));
     mixin_->_processAd(ad, error, delegate_, notifyFailure);
     mixin_->tellState();
   }
@@ -59,6 +82,7 @@ class UIViewControllerCoreSDKVelto::Pending {
   std::weak_ptr<UIViewController> controller_;
   UIViewControllerCoreSDKVelto* mixin_;
   VeltoControllerDelegate delegate_;
+  std::shared_ptr<LoadRecord> load_;
   bool isOpen_ = true;
 };
 
@@ -75,8 +99,10 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
                                                       VeltoBannerSize size,
                                                       const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
+  const auto load = beginLoad(notifyFailure ? VeltoAskedBy::Application : VeltoAskedBy::Refresh);
   // The answer's holders may drop it on a thread of their own, or never call it.
-  const auto pending = endingOnMain(Pending(viewController().weak_from_this(), *this, delegate));
+  const auto pending = endingOnMain(Pending(viewController().weak_from_this(), *this, delegate, load));
+  const LoadScope scope(load);
   VeltoAdManager::fetchFor(
       type, size, settings,
       [pending, notifyFailure](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
@@ -107,7 +133,9 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
     }
   }
   fetchFailed();
-  if (notifyFailure) notifyDidFail(delegate, VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+  const auto why = whyNotShown(*ad);
+  if (const auto& load = LoadScope::current()) load->end(why);
+  if (notifyFailure) notifyDidFail(delegate, VeltoErrorAd::because(why));
 }
 
 void UIViewControllerCoreSDKVelto::fetchSecondaryMRAIDContentFor(const std::string& url,

@@ -4,6 +4,7 @@
 
 #include "velto/ads/VeltoAdResolver.h"
 #include "velto/core/VeltoSettings.h"
+#include "velto/timeline/LoadRecord.h"
 #include "velto/ui/VeltoDelegates.h"
 
 #include <cstdint>
@@ -71,6 +72,7 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
 
  protected:
   virtual UIViewController& viewController() = 0;
+  virtual std::shared_ptr<LoadRecord> beginLoad(VeltoAskedBy by) = 0;
   // An answer brought nothing to show.
   virtual void fetchFailed() {}
   // The state may be another one than it was; what has not changed is not told again.

@@ -125,10 +125,10 @@ WKNavigationActionPolicy UIViewControllerWKWebViewSDKVelto::decide(WKWebView& we
   }
   if (action.navigationType == WKNavigationType::LinkActivated) {
     const NSURL resolved = SDKVelto::URLByResolvingImplicitScheme(url);
-    if (Platform::current().application().canOpenURL(resolved)) {
-      SDKVelto::open(resolved);
-      return WKNavigationActionPolicy::Cancel;
-    }
+    const bool opens = Platform::current().application().canOpenURL(resolved);
+    if (opens) SDKVelto::open(resolved);
+    linkTapped(opens ? VeltoTap::LinkOpened : VeltoTap::LinkInPlace);
+    if (opens) return WKNavigationActionPolicy::Cancel;
   }
   return WKNavigationActionPolicy::Allow;
 }

@@ -5,6 +5,7 @@
 
 #include "velto/ads/VeltoAd.h"
 #include "velto/platform/ui/WKWebView.h"
+#include "velto/timeline/VeltoTimelineEntry.h"
 
 #include <functional>
 #include <memory>
@@ -53,6 +54,8 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
   virtual bool isShown() const = 0;
   // Used up by the next web view.
   virtual PreparedPage& preparedPage() = 0;
+  // A person's link.
+  virtual void linkTapped(VeltoTap outcome) = 0;
   // A rich-media command of the page.
   virtual void handleMRAIDAction(const NSURL& url, WKWebView& webView) = 0;
 

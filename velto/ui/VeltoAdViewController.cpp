@@ -9,6 +9,24 @@
 #include <utility>
 
 namespace velto {
+namespace {
+
+VeltoAdEndReason whyPageFailed(const NSError& error) {
+  switch (error.cause) {
+    case NSErrorCause::Untrusted:
+      return VeltoAdEndReason::PageUntrusted;
+    case NSErrorCause::ProcessCrashed:
+      return VeltoAdEndReason::PageProcessCrashed;
+    case NSErrorCause::ProcessOutOfMemory:
+      return VeltoAdEndReason::PageProcessOutOfMemory;
+    case NSErrorCause::ProcessEnded:
+      return VeltoAdEndReason::PageProcessEnded;
+    default:
+      return VeltoAdEndReason::PageFailed;
+  }
+}
+
+}  // namespace
 
 VeltoAdViewController::~VeltoAdViewController() {
   stopAudioVolumeObserverForContext(&audioContext_);
@@ -27,7 +45,8 @@ void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   platformObserver_ = center.addObserver(notificationPlatformWillGo, [this](const NSNotification&) {
     const auto alive = shared_from_this();
     abandoned_ = true;
-    takeOff();
+    takeOff(Why::PlatformGone);
+    placement_.endAll(Why::PlatformGone);
     preparedPage_.drop();
   });
 }
@@ -48,10 +67,16 @@ void VeltoAdViewController::fetchFailed() {
   if (!isFetching()) preparedPage_.drop();
 }
 
-std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo() {
+std::shared_ptr<VeltoShownAd> VeltoAdViewController::letGo(Why why) {
   auto ended = std::exchange(shown_, nullptr);
-  if (ended) ended->end();
+  if (ended) ended->end(why);
   return ended;
+}
+
+VeltoErrorAd VeltoAdViewController::endByPage(const NSError& error) {
+  auto made = VeltoErrorAd::because(whyPageFailed(error), error);
+  if (shown_) shown_->endLoad(made.reason);
+  return made;
 }
 
 std::shared_ptr<VeltoAdMediationCoreAdapter> VeltoAdViewController::ownAdapterIn(
@@ -79,6 +104,8 @@ void VeltoAdViewController::_adDidPress() {
   // The delegate may load another ad, remove this one or end the platform; what was pressed is the ad of before.
   const auto alive = shared_from_this();
   const auto pressed = ad();
+  const bool isClick = pressed && pressed->bannerId && pressed->publisherId && pressed->ordId;
+  note(VeltoTimelineKind::Tapped, isClick ? VeltoTap::ClickTracked : VeltoTap::Told);
   notifyDidPress(delegate());
   impressionOMSDK();
   if (!pressed || !Platform::currentOrNull()) return;
@@ -120,6 +147,15 @@ bool VeltoAdViewController::shouldAutorotate() const {
 uint64_t VeltoAdViewController::supportedInterfaceOrientations() const {
   const auto handler = veltoGetMRAIDHandler();
   return handler ? handler->orientationMask : interfaceOrientationMask_;
+}
+
+void VeltoAdViewController::note(VeltoTimelineKind kind, LoadRecord::Detail detail) {
+  if (shown_) shown_->note(kind, std::move(detail));
+}
+
+void VeltoAdViewController::_resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
+  expectChangeOMSDK();
+  _expandOrResizeMainWebView(action, size, offset);
 }
 
 }  // namespace velto

@@ -27,8 +27,9 @@ class VeltoAdViewController : public UIViewController,
                               public AVAudioSDKVelto,
                               public AVVideoSDKVelto {
  public:
+  using Why = VeltoAdEndReason;
   ~VeltoAdViewController() override;
-
+  PlacementRecord& placement() { return placement_; }
   void setAnimation(int64_t animation) { animation_ = animation; }
   void _adDidPress();
 
@@ -56,19 +57,15 @@ class VeltoAdViewController : public UIViewController,
   enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
   virtual void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset) = 0;
   void _expandActionInMainWebView(int64_t action) { _resizeActionInMainWebView(action, {}, {}); }
-  void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset) {
-    expectChangeOMSDK();
-    _expandOrResizeMainWebView(action, size, offset);
-  }
-  // The view of a second part, over all of the first.
-  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;
+  void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset);
+  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;  // over all of the first
 
   // What the ad's events mean for it.
   virtual void pageInjected() {}
   virtual void pageLoaded() {}
   virtual void pageFailed(const NSError& error) = 0;
   virtual void adapterClosed() = 0;
-  virtual void leave() = 0;                       // the ad is to go from the screen
+  virtual void leave(Why why) = 0;                // the ad is to go from the screen
   virtual bool endsWithItsExpansion() const = 0;  // to close the expanded page is to leave
   virtual void closeButtonRemoved() {}            // the page's, or the screen's own at its wish
 
@@ -82,7 +79,7 @@ class VeltoAdViewController : public UIViewController,
   uint64_t supportedInterfaceOrientations() const override;
 
  protected:
-  VeltoAdViewController() = default;
+  explicit VeltoAdViewController(const char* placement) : placement_(placement) {}
   UIViewController& viewController() override { return *this; }
   void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override;
@@ -94,9 +91,12 @@ class VeltoAdViewController : public UIViewController,
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
-  virtual void takeOff() = 0;  // everything of the ad ends at once
-  // The one that is shown ends; it comes back for its views, which stay.
-  std::shared_ptr<VeltoShownAd> letGo();
+  virtual void takeOff(Why why) = 0;             // everything of the ad ends at once
+  std::shared_ptr<VeltoShownAd> letGo(Why why);  // the one that is shown ends; its views stay
+  std::shared_ptr<LoadRecord> beginLoad(VeltoAskedBy by) override { return placement_.begin(by); }
+  void note(VeltoTimelineKind kind, LoadRecord::Detail detail = {}) override;
+  // The error that a page's failure is told with. The load has ended by then.
+  VeltoErrorAd endByPage(const NSError& error);
   // The adapter that a notification comes from, if it concerns this controller: it brought the ad that is
   // shown, or an answer is on its way here and nobody has that adapter's ad yet.
   std::shared_ptr<VeltoAdMediationCoreAdapter> ownAdapterIn(const NSNotification& notification) const;
@@ -110,6 +110,7 @@ class VeltoAdViewController : public UIViewController,
   std::string audioContext_;  // its address marks our observation of the volume
 
  private:
+  PlacementRecord placement_;
   PreparedPage preparedPage_;
   Handle orientationObserver_, platformObserver_;
   int64_t toldState_ = 0;  // empty

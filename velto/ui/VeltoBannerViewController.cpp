@@ -56,6 +56,15 @@ void VeltoBannerViewController::removeBanner() {
 void VeltoBannerViewController::setRefreshPaused(bool paused) {
   vc_->setRefreshPaused(paused);
 }
+std::vector<VeltoAdTimeline> VeltoBannerViewController::veltoAdTimeline() const {
+  return vc_->placement().timelines();
+}
+void VeltoBannerViewController::addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer) {
+  vc_->placement().observe(std::move(observer));
+}
+void VeltoBannerViewController::setPlacement(const std::string& name) {
+  vc_->placement().setName(name);
+}
 VeltoBannerState VeltoBannerViewController::state() const {
   return vc_->state();
 }

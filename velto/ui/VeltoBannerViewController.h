@@ -12,10 +12,13 @@
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
 #include "velto/platform/Geometry.h"
+#include "velto/timeline/VeltoAdTimeline.h"
 #include "velto/ui/VeltoDelegates.h"
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace velto {
 
@@ -59,6 +62,12 @@ class VELTO_EXPORT VeltoBannerViewController {
   // While it is on no refresh begins, such as for a banner that nobody sees. One that came due meanwhile
   // begins when it is over. Loads are not held back.
   void setRefreshPaused(bool paused);
+
+  // What became of its last loads, oldest first (VeltoAdTimeline.h).
+  std::vector<VeltoAdTimeline> veltoAdTimeline() const;
+  void addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer);
+  // What timelines, logs and figures call it, of loads to come: "banner" unless said.
+  void setPlacement(const std::string& name);
 
   VeltoBannerState state() const;
   CGSize adSize() const;  // points, as the server said; zero while none is shown

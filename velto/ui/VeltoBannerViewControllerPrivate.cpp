@@ -28,7 +28,7 @@ std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPriva
 
 VeltoBannerViewControllerPrivate::~VeltoBannerViewControllerPrivate() {
   adapterReadyObserver_.cancel();
-  _invalidateBanner();
+  _invalidateBanner(Why::ControllerGone);
 }
 
 std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPrivate::self() {
@@ -109,6 +109,7 @@ void VeltoBannerViewControllerPrivate::presentMediationBannerView(
   if (auto* user = ad->adapter->rootViewControllerUser()) user->setAdRootViewController(self());
   if (!firstAnimationCompleted_) prepareAnimationForAdView(mediationView, animation_);
   startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
+  note(VeltoTimelineKind::LoadFinished);
   _adLoaded(mediationView);
 }
 
@@ -118,20 +119,24 @@ bool VeltoBannerViewControllerPrivate::startShowing(const std::shared_ptr<VeltoA
                                                     const std::shared_ptr<UIView>& mediationView) {
   if (abandoned_) return false;
   startAudioVolumeObserverForContext(&audioContext_);
-  const auto replaced = _resetBannerView();
+  const auto& load = LoadScope::current();
+  const bool isRefresh = load && load->askedBy() == VeltoAskedBy::Refresh;
+  const auto replaced =
+      _resetBannerView(!ad ? Why::RefreshWithoutAd : (isRefresh ? Why::Refreshed : Why::LoadedAnew));
   shown_ = VeltoShownAd::shownBy(*this, ad);
   loaded_ = loaded_ && ad;
   form_ = VeltoBannerStateShown;
-  if (_addBanner(mediationView, ad ? ad->size : CGSize{})) return true;
-  letGo();
+  const auto why = _addBanner(mediationView, ad ? ad->size : CGSize{});
+  if (!why) return true;
+  letGo(*why);
   preparedPage().drop();
-  if (notifiesFailure()) notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+  if (notifiesFailure()) notifyDidFail(delegate(), VeltoErrorAd::because(*why));
   return false;
 }
 
-bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>& mediationView,
-                                                  CGSize withSize) {
-  if (!findContainer()) return false;
+std::optional<VeltoAdEndReason> VeltoBannerViewControllerPrivate::_addBanner(
+    const std::shared_ptr<UIView>& mediationView, CGSize withSize) {
+  if (const auto why = findContainer()) return why;
   const auto vc = vc_.lock();
 
   if (mediationView) {
@@ -148,35 +153,40 @@ bool VeltoBannerViewControllerPrivate::_addBanner(const std::shared_ptr<UIView>&
   viewAd_.lock()->addSubview(view());
   _resizeAndMoveView(withSize, position_);
   didMoveToParentViewController(vc.get());
-  return true;
+  return std::nullopt;
 }
 
-// Whether the host's controller is there and the container is inside it.
-bool VeltoBannerViewControllerPrivate::findContainer() {
+// The host's controller has to be there, and the container inside it.
+std::optional<VeltoAdEndReason> VeltoBannerViewControllerPrivate::findContainer() {
   const auto vc = vc_.lock();
-  if (!vc) return false;
+  if (!vc) return Why::HostGone;
   const auto container = viewAd_.lock();
-  if (!container && viewAdIsGiven_) return false;  // it has gone, and no other is the banner's to take
+  if (!container && viewAdIsGiven_) return Why::ContainerGone;  // and no other is the banner's to take
   if (!container) {
     viewAd_ = vc->view();
-    return true;
+    return std::nullopt;
   }
-  return container->isDescendantOfView(*vc->view()) || container->nextViewControllerResponder() == vc.get();
+  const bool isInside =
+      container->isDescendantOfView(*vc->view()) || container->nextViewControllerResponder() == vc.get();
+  return isInside ? std::nullopt : std::optional(Why::ContainerElsewhere);
 }
 
-std::shared_ptr<VeltoShownAd> VeltoBannerViewControllerPrivate::_resetBannerView() {
+std::shared_ptr<VeltoShownAd> VeltoBannerViewControllerPrivate::_resetBannerView(Why why) {
   const auto subviews = view()->subviews();
   for (const auto& subview : subviews) subview->removeFromSuperview();
   if (const auto container = viewAd_.lock()) container->removeConstraints(viewContraints_);
   view()->removeConstraints(webViewContraints_);
-  return letGo();
+  return letGo(why);
 }
 
 void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& view) {
   const auto alive = self();
   const auto loaded = ad();
   loaded_ = true;
-  if (!firstAnimationCompleted_) firstAnimationCompleted_ = commitAnimationForAdView(view, animation_);
+  if (!firstAnimationCompleted_ && commitAnimationForAdView(view, animation_)) {
+    firstAnimationCompleted_ = true;
+    note(VeltoTimelineKind::Animated);
+  }
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
   if (!isWebView && loaded && loaded->adapter) loaded->adapter->gadAdLoaded(loaded, view);
@@ -185,30 +195,33 @@ void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& 
 // --- the end
 
 void VeltoBannerViewControllerPrivate::pageFailed(const NSError& error) {
-  removeBanner();
-  notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer, error));
+  const auto told = endByPage(error);
+  removeBecause(told.reason);
+  notifyDidFail(delegate(), told);
 }
 
 void VeltoBannerViewControllerPrivate::adapterClosed() {
+  note(VeltoTimelineKind::AdapterClosed);
   notifyDidClose(delegate());
 }
 
-void VeltoBannerViewControllerPrivate::removeBanner() {
+void VeltoBannerViewControllerPrivate::removeBecause(Why why) {
   loadedSinceRemoval_ = false;
   if (abandoned_) return;
-  Platform::current().mainQueue().post([alive = self()] {
-    alive->takeOff();
+  Platform::current().mainQueue().post([alive = self(), why] {
+    alive->takeOff(why);
     alive->tellState();
   });
 }
 
 void VeltoBannerViewControllerPrivate::abandon() {
-  removeBanner();
+  removeBecause(Why::ControllerGone);
   abandoned_ = true;
+  placement().endAll(Why::ControllerGone);
 }
 
-void VeltoBannerViewControllerPrivate::takeOff() {
-  _invalidateBanner();
+void VeltoBannerViewControllerPrivate::takeOff(Why why) {
+  _invalidateBanner(why);
   if (!view()->superview() && !parentViewController()) return;  // which outlives a container that went
   willMoveToParentViewController(nullptr);
   view()->removeFromSuperview();
@@ -216,9 +229,9 @@ void VeltoBannerViewControllerPrivate::takeOff() {
   didMoveToParentViewController(nullptr);
 }
 
-void VeltoBannerViewControllerPrivate::_invalidateBanner() {
+void VeltoBannerViewControllerPrivate::_invalidateBanner(Why why) {
   closeVideo();
-  _resetBannerView();
+  _resetBannerView(why);
   loaded_ = false;
   if (!loadedSinceRemoval_ || abandoned_) {  // else an ad is on its way, and is to be refreshed
     settings_.reset();

@@ -23,7 +23,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
 
   void load();
   void load(const VeltoSettings& settings);
-  void removeBanner();
+  void removeBanner() { removeBecause(Why::Removed); }
   // Nobody holds the public object any more: leaves the screen, and calls nobody from here on.
   void abandon();
   void setSize(VeltoBannerSize size) { size_ = size; }
@@ -51,7 +51,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void pageLoaded() override { _adLoaded(webView()); }
   void pageFailed(const NSError& error) override;
   void adapterClosed() override;
-  void leave() override { removeBanner(); }
+  void leave(Why why) override { removeBecause(why); }
   bool endsWithItsExpansion() const override { return false; }
 
   // For tests and debuggers.
@@ -59,18 +59,20 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   bool hasRefreshTimer() const { return timerRefresh_ != nullptr; }
 
  private:
-  VeltoBannerViewControllerPrivate() = default;
+  VeltoBannerViewControllerPrivate() : VeltoAdViewController("banner") {}
   VeltoBannerViewControllerPrivate* bannerController() override { return abandoned_ ? nullptr : this; }
   bool animatesAsBanner() const override { return true; }
   VeltoControllerDelegate delegate() const override { return delegate_.lock(); }
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
 
   bool startShowing(const std::shared_ptr<VeltoAd>& ad, const std::shared_ptr<UIView>& mediationView);
-  bool _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
-  bool findContainer();
-  void takeOff() override;
-  std::shared_ptr<VeltoShownAd> _resetBannerView();
-  void _invalidateBanner();
+  void removeBecause(Why why);
+  // Nothing: it stands in its place. Else why not.
+  std::optional<Why> _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
+  std::optional<Why> findContainer();
+  void takeOff(Why why) override;
+  std::shared_ptr<VeltoShownAd> _resetBannerView(Why why);
+  void _invalidateBanner(Why why);
   void _adLoaded(const std::shared_ptr<UIView>& view);
   void _handleRefreshTimer();
   void _refreshAd();

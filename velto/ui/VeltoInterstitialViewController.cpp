@@ -29,12 +29,24 @@ void VeltoInterstitialViewController::load(const VeltoSettings& settings) {
 bool VeltoInterstitialViewController::isReady() const {
   return vc_->isReady();
 }
+bool VeltoInterstitialViewController::isLoading() const {
+  return vc_->isLoading();
+}
 void VeltoInterstitialViewController::show() {
   vc_->show();
 }
 std::optional<VeltoErrorAd> VeltoInterstitialViewController::show(
     const std::shared_ptr<UIViewController>& over) {
   return vc_->show(over);
+}
+std::vector<VeltoAdTimeline> VeltoInterstitialViewController::veltoAdTimeline() const {
+  return vc_->placement().timelines();
+}
+void VeltoInterstitialViewController::addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer) {
+  vc_->placement().observe(std::move(observer));
+}
+void VeltoInterstitialViewController::setPlacement(const std::string& name) {
+  vc_->placement().setName(name);
 }
 VeltoInterstitialState VeltoInterstitialViewController::state() const {
   return vc_->state();

@@ -12,10 +12,13 @@
 #include "velto/Export.h"
 #include "velto/core/VeltoConstants.h"
 #include "velto/core/VeltoSettings.h"
+#include "velto/timeline/VeltoAdTimeline.h"
 #include "velto/ui/VeltoDelegates.h"
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace velto {
 
@@ -39,6 +42,8 @@ class VELTO_EXPORT VeltoInterstitialViewController {
   void load();
   void load(const VeltoSettings& settings);
   bool isReady() const;
+  // Whether an ad is on its way, or waits for the one on the screen to go.
+  bool isLoading() const;
 
   // Shows the ad that is ready, over the delegate's view controller. Without one, or while one is on the
   // screen, nothing happens.
@@ -47,6 +52,12 @@ class VELTO_EXPORT VeltoInterstitialViewController {
   // The same over another view controller, where this can be told at once: what stands in the way, if
   // anything does, and nothing is shown then.
   std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
+
+  // What became of its last loads, oldest first (VeltoAdTimeline.h).
+  std::vector<VeltoAdTimeline> veltoAdTimeline() const;
+  void addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer);
+  // What timelines, logs and figures call it, of loads to come: "interstitial" unless said.
+  void setPlacement(const std::string& name);
 
   VeltoInterstitialState state() const;
 

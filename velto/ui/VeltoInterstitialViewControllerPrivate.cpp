@@ -45,24 +45,25 @@ VeltoInterstitialViewControllerPrivate::initWithDelegate(
 VeltoInterstitialViewControllerPrivate::~VeltoInterstitialViewControllerPrivate() {
   adapterReadyObserver_.cancel();
   adapterErrorObserver_.cancel();
-  _invalidateBanner();
+  _invalidateBanner(Why::ControllerGone);
 }
 
 void VeltoInterstitialViewControllerPrivate::abandon() {
   if (std::exchange(abandoned_, true)) return;
   delegate_.reset();
+  placement().endAll(Why::ControllerGone);
   Platform::current().mainQueue().post([alive = self()] {
     alive->waitingAd_.reset();
-    alive->dismissInterstitialViewController(false);
+    alive->dismissInterstitialViewController(false, Why::ControllerGone);
   });
 }
 
 // The presentation ends by itself. An ad that is on its way out has its views here still.
-void VeltoInterstitialViewControllerPrivate::takeOff() {
+void VeltoInterstitialViewControllerPrivate::takeOff(Why why) {
   delegate_.reset();
   waitingAd_.reset();
   showing_ = false;
-  _invalidateBanner();
+  _invalidateBanner(why);
   for (const auto& subview : std::vector(view()->subviews())) subview->removeFromSuperview();
 }
 
@@ -100,19 +101,23 @@ bool VeltoInterstitialViewControllerPrivate::takesNow(const std::shared_ptr<Velt
   if (abandoned_) return false;
   if (!isOnScreen()) return true;
   waitingAd_ = ad;
+  const auto earlier = std::exchange(waitingLoad_, LoadScope::current());
+  if (earlier) earlier->end(Why::NeverShown);
   return false;
 }
 
 void VeltoInterstitialViewControllerPrivate::takeWaitingAd() {
   if (isOnScreen()) return;
   const auto ad = std::exchange(waitingAd_, nullptr);
+  const LoadScope scope(std::exchange(waitingLoad_, nullptr));
   if (ad) ad->sourceType == VeltoAdSourceMediation ? presentMediationBanner(ad) : fetchBannerSuccess(ad);
 }
 
 void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<VeltoAd>& ad,
                                                          bool withWebView) {
   isReady_ = false;
-  const auto replaced = letGo();  // one that was ready and never shown; its process may be taken over
+  const auto replaced =
+      letGo(Why::LoadedAnew);  // one that was ready and never shown; its process may be taken over
   if (replaced) _removeAllWebViews(replaced);
   timerClose_.reset();
   startAudioVolumeObserverForContext(&audioContext_);
@@ -123,8 +128,9 @@ void VeltoInterstitialViewControllerPrivate::becomeReady(const std::shared_ptr<V
   if (!withWebView) shown_->takeAdapter();
   isReady_ = true;  // not before: who observes what was posted meanwhile may ask for it to be shown
   const auto alive = self();
+  note(VeltoTimelineKind::Ready);
   notifyDidFinishLoad(delegate());
-  if (autoShow_) show();
+  if (autoShow_) showOver({}, VeltoAskedBy::AutoShow);
 }
 
 void VeltoInterstitialViewControllerPrivate::_addBannerInView(bool withWebView, CGSize size) {
@@ -151,9 +157,11 @@ void VeltoInterstitialViewControllerPrivate::closeButtonRemoved() {
 
 // --- show
 
-void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIViewController>& over) {
+void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIViewController>& over,
+                                                      VeltoAskedBy by) {
   if (!isReady_ || abandoned_ || isOnScreen()) return;
   over_ = over;
+  note(VeltoTimelineKind::ShowAsked, by);
   if (ad()->sourceType == VeltoAdSourceMediation) {
     showing_ = true;
     startOMSDKSessionForNativeWithFriendlyObstructionView(nullptr);
@@ -170,15 +178,16 @@ void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIView
 
 std::optional<VeltoErrorAd> VeltoInterstitialViewControllerPrivate::show(
     const std::shared_ptr<UIViewController>& over) {
-  const auto refused = [](const char* why) {
-    return VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper,
-                                              NSError{constVeltoBundleIdentifier, VeltoErrorDeveloper, why});
+  const auto refused = [](Why why, const char* text) {
+    return VeltoErrorAd::because(why, NSError{constVeltoBundleIdentifier, VeltoErrorDeveloper, text});
   };
-  if (isOnScreen()) return refused("the interstitial is on the screen already");
-  if (!isReady_ || abandoned_) return refused("no interstitial is ready");
-  if (!over || !over->view()->isInWindow()) return refused("its window is not on the screen");
-  if (!over->canPresent()) return refused("its window shows another screen");
-  if (ad()->sourceType != VeltoAdSourceMediation && !ad()->html) return refused("the ad is empty");
+  if (isOnScreen()) return refused(Why::PresentedAlready, "the interstitial is on the screen already");
+  if (!isReady_ || abandoned_) return refused(Why::NothingReady, "no interstitial is ready");
+  if (!over || !over->view()->isInWindow())
+    return refused(Why::WindowNotOnScreen, "its window is not on the screen");
+  if (!over->canPresent()) return refused(Why::WindowBusy, "its window shows another screen");
+  if (ad()->sourceType != VeltoAdSourceMediation && !ad()->html)
+    return refused(Why::AdEmpty, "the ad is empty");
   showOver(over);
   return std::nullopt;
 }
@@ -190,7 +199,7 @@ VeltoInterstitialState VeltoInterstitialViewControllerPrivate::state() const {
 }
 
 void VeltoInterstitialViewControllerPrivate::_adLoaded() {
-  if (!_presentBanner()) failed();
+  if (!_presentBanner()) failed(Why::HostGone);
 }
 
 bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
@@ -214,9 +223,10 @@ void VeltoInterstitialViewControllerPrivate::presented() {
   if (!view()->isInWindow()) {
     // It stays, and is seen when the window comes back: then it must be possible to close it.
     if (presentingViewController()) startCounterSoon();
-    return failed();
+    return failed(Why::PresentationRefused);
   }
   showing_ = false;
+  note(VeltoTimelineKind::Appeared);
   // Also below another network's screen: whatever that does, a person can leave when the time is over.
   startCounterSoon();
   const auto alive = self();
@@ -235,19 +245,11 @@ void VeltoInterstitialViewControllerPrivate::startCounterSoon() {
   shown_->after(beforeTheCountdown, [this] { _startCounterTimer(); });
 }
 
-// A network shows its ad on a screen over this one, or in views of this one. One that does neither has
-// nothing to show.
-void VeltoInterstitialViewControllerPrivate::leaveUnlessAdapterPresents() {
-  if (presentedViewController()) return;
-  for (const auto& subview : view()->subviews())
-    if (subview != veltoCloseButton() && !dynamic_cast<UIVisualEffectView*>(subview.get())) return;
-  leave();
-}
-
-void VeltoInterstitialViewControllerPrivate::failed() {
+void VeltoInterstitialViewControllerPrivate::failed(Why why) {
   showing_ = false;
   const auto alive = self();
-  notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorDeveloper));
+  if (shown_ && shown_->record()) shown_->record()->showFailed(why);
+  notifyDidFail(delegate(), VeltoErrorAd::because(why));
   takeWaitingAd();
 }
 
@@ -302,7 +304,7 @@ void VeltoInterstitialViewControllerPrivate::_updateCounterTimer() {
 // --- the page
 
 void VeltoInterstitialViewControllerPrivate::pageFailed(const NSError& error) {
-  notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer, error));
+  notifyDidFail(delegate(), endByPage(error));
 }
 
 void VeltoInterstitialViewControllerPrivate::_expandOrResizeMainWebView(int64_t action, CGSize size,
@@ -328,6 +330,7 @@ std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMR
 // Also with its window, which asks nobody.
 void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool animated) {
   VeltoAdViewController::viewWillDisappear(animated);
+  note(VeltoTimelineKind::Disappeared);
   answerOnMain(std::function<void()>([weak = std::weak_ptr(self())] {
     const auto alive = weak.lock();
     if (!alive) return;
@@ -342,10 +345,10 @@ bool VeltoInterstitialViewControllerPrivate::accessibilityPerformEscape() {
   return button || dismissing_;
 }
 
-void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(bool animated) {
+void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(bool animated, Why why) {
   if (dismissing_) return;
   const auto alive = self();
-  const auto ended = _invalidateBanner();
+  const auto ended = _invalidateBanner(why);
   showing_ = false;
   if (!presentingViewController()) {
     _removeAllWebViews(ended);
@@ -363,39 +366,19 @@ void VeltoInterstitialViewControllerPrivate::dismissInterstitialViewController(b
   });
 }
 
-std::shared_ptr<VeltoShownAd> VeltoInterstitialViewControllerPrivate::_invalidateBanner() {
+std::shared_ptr<VeltoShownAd> VeltoInterstitialViewControllerPrivate::_invalidateBanner(Why why) {
   closeVideo();
   isReady_ = false;
   timerClose_.reset();
   finishOMSDKSession();
   if (!isFetching()) preparedPage().drop();  // no web process stays without an ad
-  return letGo();
+  return letGo(why);
 }
 
 void VeltoInterstitialViewControllerPrivate::_removeAllWebViews(const std::shared_ptr<VeltoShownAd>& ended) {
   view()->removeConstraints(webViewContraints_);
   webViewContraints_.clear();
   if (ended) ended->removeViews();
-}
-
-// --- adapters
-
-void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialReady(
-    const NSNotification& notification) {
-  const auto adapter = ownAdapterIn(notification);
-  if (adapter && adapter->rootViewControllerUser() && ad() && ad()->adapter == adapter) shown_->takeAdapter();
-}
-
-// Nothing of the network's comes over this screen, which can be closed as any other. An ad that waits for its
-// turn has failed.
-void VeltoInterstitialViewControllerPrivate::_notificationAdMobAdapterGADInterstitialError(
-    const NSNotification& notification) {
-  const auto adapter = notification.objectAs<VeltoAdMediationCoreAdapter>();
-  if (!adapter) return;
-  if (ad() && ad()->adapter == adapter) shown_->dropAdapter();
-  if (!waitingAd_ || waitingAd_->adapter != adapter) return;
-  waitingAd_.reset();
-  notifyDidFail(delegate(), VeltoErrorAd::veltoErrorAdWithCode(VeltoErrorServer));
 }
 
 }  // namespace velto

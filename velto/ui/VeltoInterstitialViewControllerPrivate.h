@@ -27,6 +27,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void load() { fetch(std::nullopt); }
   void load(const VeltoSettings& settings) { fetch(settings); }
   bool isReady() const { return isReady_; }
+  bool isLoading() const { return isFetching() || waitingAd_; }
   void show() { showOver({}); }
   std::optional<VeltoErrorAd> show(const std::shared_ptr<UIViewController>& over);
   VeltoInterstitialState state() const;
@@ -46,16 +47,16 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   // What the ad's events mean for an interstitial.
   void pageInjected() override { _adLoaded(); }
   void pageFailed(const NSError& error) override;
-  void adapterClosed() override { leave(); }
-  void leave() override { dismissInterstitialViewController(true); }
+  void adapterClosed() override { leave(Why::ClosedByAdapter); }
+  void leave(Why why) override { dismissInterstitialViewController(true, why); }
   bool endsWithItsExpansion() const override { return true; }
   void closeButtonRemoved() override;
 
   // The ways out.
   void viewWillDisappear(bool animated) override;
-  void _tapCloseButton() { leave(); }
+  void _tapCloseButton() { leave(Why::ClosedByPerson); }
   bool accessibilityPerformEscape() override;
-  void dismissInterstitialViewController(bool animated);
+  void dismissInterstitialViewController(bool animated, Why why = Why::Removed);
 
   std::shared_ptr<UIViewControllerAnimatedTransitioning> animationControllerForPresentedController(
       UIViewController& presented, UIViewController& presentingController,
@@ -66,7 +67,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   bool hasCloseTimer() const { return timerClose_ != nullptr; }  // for tests and debuggers
 
  private:
-  VeltoInterstitialViewControllerPrivate() = default;
+  VeltoInterstitialViewControllerPrivate() : VeltoAdViewController("interstitial") {}
   VeltoInterstitialViewControllerPrivate* interstitialController() override {
     return abandoned_ ? nullptr : this;
   }
@@ -78,10 +79,10 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   // From the call to show until it has gone again.
   bool isOnScreen() const { return showing_ || dismissing_ || presentingViewController(); }
 
-  void takeOff() override;
+  void takeOff(Why why) override;
   int64_t stateNow() const override { return state(); }
   void fetch(const std::optional<VeltoSettings>& settings);
-  void showOver(const std::weak_ptr<UIViewController>& over);  // null is the host's usual one
+  void showOver(const std::weak_ptr<UIViewController>& over, VeltoAskedBy by = VeltoAskedBy::Application);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();
   void becomeReady(const std::shared_ptr<VeltoAd>& ad, bool withWebView);
@@ -91,13 +92,13 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void _adLoaded();
   bool _presentBanner();
   void presented();
-  void failed();
+  void failed(Why why);
   void startCounterSoon();
   void leaveUnlessAdapterPresents();
   void _updateInterfaceOrientation();
   void _startCounterTimer();
   void _updateCounterTimer();
-  std::shared_ptr<VeltoShownAd> _invalidateBanner();
+  std::shared_ptr<VeltoShownAd> _invalidateBanner(Why why);
   void _removeAllWebViews(const std::shared_ptr<VeltoShownAd>& ended);
   void _notificationAdMobAdapterGADInterstitialReady(const NSNotification& notification);
   void _notificationAdMobAdapterGADInterstitialError(const NSNotification& notification);
@@ -110,10 +111,10 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   std::optional<float> timerValue_;       // seconds until the close button is active
   std::weak_ptr<UIViewController> over_;  // what presents this time; null is the host's usual one
   std::shared_ptr<VeltoAd> waitingAd_;    // came while another was on the screen
+  std::shared_ptr<LoadRecord> waitingLoad_;
   std::weak_ptr<VeltoInterstitialViewControllerDelegate> delegate_;
   std::shared_ptr<VeltoUIAnimatedTransitioning> animator_;
-  Handle adapterReadyObserver_;
-  Handle adapterErrorObserver_;
+  Handle adapterReadyObserver_, adapterErrorObserver_;
 };
 
 }  // namespace velto

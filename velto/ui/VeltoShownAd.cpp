@@ -7,20 +7,9 @@
 #include "velto/platform/Platform.h"
 #include "velto/ui/VeltoAdViewController.h"
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace velto {
-namespace {
-
-// The ads that have turned the device, in the order in which they first did. Each leaves with its end.
-struct ForcingAds {
-  std::vector<VeltoShownAd*> ads;
-  VeltoShownAd* now = nullptr;  // that is about to
-};
-
-}  // namespace
 
 std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& controller,
                                                     std::shared_ptr<VeltoAd> ad) {
@@ -28,11 +17,13 @@ std::shared_ptr<VeltoShownAd> VeltoShownAd::shownBy(VeltoAdViewController& contr
 }
 
 VeltoShownAd::~VeltoShownAd() {
-  end();
+  end(Why::ControllerGone);
 }
 
-void VeltoShownAd::end() {
+void VeltoShownAd::end(Why why) {
   if (!controller_) return;
+  endLoad(why);
+  silence();
   _restoreOriginalOrientation();
   controller_ = nullptr;
   for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
@@ -53,6 +44,8 @@ void VeltoShownAd::removeViews() {
 
 const VeltoShownAd::WebView& VeltoShownAd::makeWebView() {
   webView_ = controller_->addWKWebViewInViewWithNavigationDelegate(weak_from_this());
+  note(VeltoTimelineKind::WebProcess,
+       webView_->webPeer().hasWarmProcess() ? VeltoWebProcess::Warm : VeltoWebProcess::Cold);
   return webView_;
 }
 
@@ -97,16 +90,20 @@ PreparedPage& VeltoShownAd::preparedPage() {
 // --- the page
 
 void VeltoShownAd::veltoBannerInjected(WKWebView& injected) {
-  if (controller_ && &injected == webView_.get()) controller_->pageInjected();
+  if (!controller_ || &injected != webView_.get()) return;
+  note(VeltoTimelineKind::MarkupGiven);
+  controller_->pageInjected();
 }
 
 // What the second part says of itself is no news of the ad.
 void VeltoShownAd::veltoAdLoaded(WKWebView& loaded) {
-  if (controller_ && &loaded == webView_.get()) controller_->pageLoaded();
+  if (!controller_ || &loaded != webView_.get()) return;
+  note(VeltoTimelineKind::LoadFinished);
+  controller_->pageLoaded();
 }
 
 void VeltoShownAd::veltoDismissWKWebView(WKWebView&) {
-  if (controller_) controller_->leave();
+  if (controller_) controller_->leave(Why::PageGaveUp);
 }
 
 void VeltoShownAd::veltoWKWebViewDidFailNavigation(const NSError& error) {
@@ -116,6 +113,7 @@ void VeltoShownAd::veltoWKWebViewDidFailNavigation(const NSError& error) {
 void VeltoShownAd::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
   if (!controller_) return;
   const auto page = std::static_pointer_cast<WKWebView>(finished.shared_from_this());
+  if (page == webView_) note(VeltoTimelineKind::PageLoaded);
   _setMRAIDAsReady(page);
   controller_->startOMSDKSessionFor(page, veltoCloseButton_);
   // A second part that has no identifiers leaves those of the first.
@@ -140,42 +138,9 @@ void VeltoShownAd::mediationBannerDidClose() {
 
 // --- orientation
 
-// What ads themselves have forced, this one or another, is not what was there before it; and what another
-// turns is that one's to turn back.
-void VeltoShownAd::_notificationUICurrentOrientation(int64_t orientation) {
-  const auto forcing = Platform::shared<ForcingAds>();
-  const auto& ads = forcing->ads;
-  if (forcedOrientation_ == 0 && forcing->now && forcing->now != this) return;
-  if (forcedOrientation_ != 0 && (orientation == forcedOrientation_ || ads.empty() || ads.back() != this))
-    return;
-  originalOrientation_ = orientation;
-}
-
-// An ad that has forced the device since then stays with its wish, and has what was there before both to go
-// back to.
-void VeltoShownAd::_restoreOriginalOrientation() {
-  forcedOrientation_ = 0;
-  const auto original = std::exchange(originalOrientation_, std::nullopt);
-  if (!Platform::currentOrNull()) return;
-  auto& forcing = Platform::shared<ForcingAds>()->ads;
-  const auto own = std::find(forcing.begin(), forcing.end(), this);
-  auto* later = own == forcing.end() || own + 1 == forcing.end() ? nullptr : own[1];
-  if (own != forcing.end()) forcing.erase(own);
-  if (!original) return;
-  if (later)
-    later->originalOrientation_ = original;
-  else
-    UIViewControllerUISDKVelto::setOrientation(*original, false);
-}
-
 void VeltoShownAd::forceOrientation(int64_t orientation) {
-  const auto forcing = Platform::shared<ForcingAds>();
-  const auto before = std::exchange(forcing->now, this);
-  UIViewControllerMRAIDSDKVelto::forceOrientation(orientation);
-  forcing->now = before;
-  if (orientation == 0 || !controller_) return;
-  if (forcedOrientation_ == 0) forcing->ads.push_back(this);
-  forcedOrientation_ = orientation;
+  orientation_.turning([&] { UIViewControllerMRAIDSDKVelto::forceOrientation(orientation); });
+  if (orientation != 0 && controller_) orientation_.hold(orientation);
 }
 
 }  // namespace velto

@@ -1,15 +1,14 @@
-// One ad on the screen: its page or another network's adapter, what the page says and asks for, its close
-// button, and the orientation that it forces. Its life is the life of that one ad: the working controller
-// holds the current one, and when it lets go of it, nothing of the old page, adapter or timers reaches
-// anybody any more. Main thread.
-//
-// What differs between banners and interstitials (where it stands, when it shows, what ends it) is asked of
-// the controller. Rich media is in VeltoShownAdMRAID.cpp.
+// One ad on the screen: its page or another network's adapter, what the page says and asks for, its close button,
+// and the orientation that it forces. Its life is the life of that one ad: when its controller lets go of it, nothing
+// of the old page, adapter or timers reaches anybody any more. What differs between banners and interstitials (where
+// it stands, what ends it) is asked of the controller. Rich media is in VeltoShownAdMRAID.cpp. Main thread.
 #pragma once
 
 #include "velto/ads/VeltoAd.h"
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
+#include "velto/timeline/LoadRecord.h"
+#include "velto/ui/ForcedOrientation.h"
 #include "velto/ui/SecondPart.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
 
@@ -27,18 +26,19 @@ class VeltoAdViewController;
 class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
                            public UIViewControllerWKWebViewSDKVelto,
                            public UIViewControllerMRAIDSDKVelto,
-                           public VeltoAdMediationAdapterDelegate {
+                           public VeltoAdMediationAdapterDelegate,
+                           public LoadNotes {
  public:
+  using Why = VeltoAdEndReason;
   using WebView = std::shared_ptr<WKWebView>;
   using UIViewControllerWKWebViewSDKVelto::webView;
 
-  // The ad may be null: the place stays empty.
-  static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& controller,
-                                               std::shared_ptr<VeltoAd> ad);
+  // The ad may be null: the place stays empty. The load is the one that this thread works for (LoadScope).
+  static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& by, std::shared_ptr<VeltoAd> ad);
   ~VeltoShownAd() override;
 
   // From here on it is silent, and what it forced ends. Its views stay where they are until they are removed.
-  void end();
+  void end(Why why);
   void removeViews();
 
   // The page's view, not yet placed; the rich media of an ad that has any; the adapter of another network.
@@ -78,17 +78,15 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   void veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResize>& property,
                         const VeltoCloseButtonUIConfiguration& btnCloseConfiguration) override;
   void veltoMRAIDCloseResize() override;
-  void veltoMRAIDExpand(const std::optional<std::string>& secondPartURL,
-                        const CloseButton& btnCloseConfiguration) override;
+  void veltoMRAIDExpand(const std::optional<std::string>& partURL, const CloseButton& button) override;
   void veltoMRAIDCloseExpand() override;
   void veltoMRAIDCloseInterstitial() override;
   void playVideoAt(const NSURL& url) override;
-  void _tapCloseButtonExpand();
+  void _tapCloseButtonExpand() { closeExpansion(Why::ClosedByPerson); }
   void _tapCloseButtonResize();
 
-  // The orientation of before, to go back to.
-  void _notificationUICurrentOrientation(int64_t orientation);
-  void _restoreOriginalOrientation();
+  void _notificationUICurrentOrientation(int64_t orientation) { orientation_.deviceTurned(orientation); }
+  void _restoreOriginalOrientation() { orientation_.restore(); }
 
  private:
   VeltoShownAd(VeltoAdViewController& controller, std::shared_ptr<VeltoAd> ad)
@@ -99,6 +97,9 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   bool isShown() const override { return controller_ != nullptr; }
   void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
   void forceOrientation(int64_t orientation) override;
+  void linkTapped(VeltoTap outcome) override { note(VeltoTimelineKind::Tapped, outcome); }
+  void noteState();
+  void closeExpansion(Why why);
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
   void removeSecondMRAIDWebView();
@@ -113,8 +114,7 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   std::shared_ptr<VeltoAdMediationCoreAdapterProtocol> adapter_;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler_;  // of a rich-media ad
   std::shared_ptr<VeltoCloseButton> veltoCloseButton_;
-  std::optional<int64_t> originalOrientation_;
-  int64_t forcedOrientation_ = 0;
+  ForcedOrientation orientation_;
 };
 
 }  // namespace velto

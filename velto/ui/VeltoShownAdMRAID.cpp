@@ -1,7 +1,10 @@
 // What a rich-media page makes of its ad: expand, resize, close. The page is told a moment later, when the
 // views have their new frames.
+#include "velto/mraid/VeltoMRAIDTables.h"
 #include "velto/ui/VeltoAdViewController.h"
 #include "velto/ui/VeltoShownAd.h"
+
+#include <algorithm>
 
 namespace velto {
 namespace {
@@ -22,12 +25,23 @@ void VeltoShownAd::handleMRAIDAction(const NSURL& url, WKWebView& webView) {
   const bool isResized = mraidHandler_->state == MRAIDState[MRAIDStateResized];
   if (isExpanded_ && isResized && url.host() == "resize") return;
   mraidHandleAction(url, webView);
+  noteState();
+}
+
+// What the page may call itself now.
+void VeltoShownAd::noteState() {
+  if (!mraidHandler_) return;
+  const auto found = std::find(MRAIDState.begin(), MRAIDState.end(), mraidHandler_->state);
+  if (found == MRAIDState.end()) return;
+  static_assert(static_cast<size_t>(VeltoRichMedia::Hidden) == MRAIDStateHidden);
+  note(VeltoTimelineKind::RichMedia, static_cast<VeltoRichMedia>(found - MRAIDState.begin()));
 }
 
 void VeltoShownAd::_setMRAIDAsReady(const WebView& webView) {
   if (!mraidHandler_) return;
   VeltoAdViewController::activateAudioSession();
   mraidReady(webView, webView == secondaryMRAIDWebView_, veltoMRAIDGetFullscreenFrame().size, mraidHandler_);
+  noteState();
 }
 
 CGRect VeltoShownAd::veltoMRAIDGetFullscreenFrame() {
@@ -98,7 +112,7 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
 
 void VeltoShownAd::veltoMRAIDCloseExpand() {
   if (!controller_ || !webView_) return;
-  if (controller_->endsWithItsExpansion()) return _tapCloseButtonExpand();
+  if (controller_->endsWithItsExpansion()) return closeExpansion(Why::PageLeft);
   isExpanded_ = false;
   removeSecondMRAIDWebView();
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
@@ -107,12 +121,12 @@ void VeltoShownAd::veltoMRAIDCloseExpand() {
   _restoreOriginalOrientation();
 }
 
-void VeltoShownAd::_tapCloseButtonExpand() {
+void VeltoShownAd::closeExpansion(Why why) {
   if (!controller_) return;
   if (controller_->endsWithItsExpansion()) {
     mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
     _restoreOriginalOrientation();
-    return controller_->leave();
+    return controller_->leave(why);
   }
   controller_->_expandActionInMainWebView(VeltoAdViewController::CloseExpand);
   after(aTenth, [this, closed = expansions_] {
@@ -121,6 +135,7 @@ void VeltoShownAd::_tapCloseButtonExpand() {
     removeSecondMRAIDWebView();  // or it would lie over the ad for ever
     mraidCloseExpandFor(webView_, controller_->view()->frame(), mraidHandler_);
     _restoreOriginalOrientation();
+    noteState();
   });
 }
 
@@ -151,6 +166,7 @@ void VeltoShownAd::veltoMRAIDResize(const std::shared_ptr<VeltoMRAIDPropertyResi
         webView_, btnCloseConfiguration, action(&VeltoShownAd::_tapCloseButtonResize), std::nullopt);
     controller_->addFriendlyObstructionOMSDKFor(veltoCloseButton_);
     mraidResizeFor(webView_, controller_->view()->frame(), mraidHandler_);
+    noteState();
   });
 }
 
@@ -163,6 +179,7 @@ void VeltoShownAd::veltoMRAIDCloseResize() {
   after(aTenth, [this] {
     if (isExpanded_) return;
     mraidCloseResizeFor(webView_, controller_->view()->frame(), mraidHandler_);
+    noteState();
   });
 }
 
@@ -182,11 +199,11 @@ void VeltoShownAd::veltoMRAIDRemoveCloseCustomButton() {
 // --- leaving
 
 void VeltoShownAd::veltoMRAIDUnload() {
-  if (controller_) controller_->leave();
+  if (controller_) controller_->leave(Why::PageLeft);
 }
 
 void VeltoShownAd::veltoMRAIDCloseInterstitial() {
-  if (controller_ && controller_->endsWithItsExpansion()) controller_->leave();
+  if (controller_ && controller_->endsWithItsExpansion()) controller_->leave(Why::PageLeft);
 }
 
 void VeltoShownAd::playVideoAt(const NSURL& url) {

@@ -1,12 +1,55 @@
 // A libcurl handle set up as a phone's URL session would send the request.
 #include "velto/gtk/network/Transfer.h"
 
+#include "velto/gtk/Clock.h"
 #include "velto/gtk/network/RequestRules.h"
 #include "velto/platform/Redirection.h"
+
+#include <sys/socket.h>
 
 #include <algorithm>
 
 namespace velto::gtk {
+namespace {
+
+NSErrorCause causeOf(CURLcode code) {
+  switch (code) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return NSErrorCause::NameNotFound;
+    case CURLE_COULDNT_CONNECT:
+      return NSErrorCause::NotConnected;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+      return NSErrorCause::Untrusted;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_USE_SSL_FAILED:
+      return NSErrorCause::SecureConnectionFailed;
+    case CURLE_OPERATION_TIMEDOUT:
+      return NSErrorCause::TimedOut;
+    case CURLE_FILESIZE_EXCEEDED:
+      return NSErrorCause::TooLarge;
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+      return NSErrorCause::ConnectionLost;
+    default:
+      return NSErrorCause::Unknown;
+  }
+}
+
+// No process that the application starts, or the web engine, gets to hold a connection.
+curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+}  // namespace
 
 Transfer::Transfer(NSURLRequest request, NSURLSession::Completion completion, const TransportOptions& options,
                    CURLSH* share)
@@ -25,6 +68,7 @@ CURLcode Transfer::prepare() {
   curl_easy_setopt(easy, CURLOPT_SHARE, share_);
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, detail_.data());
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a name server that does not answer holds nobody else up
 
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -47,6 +91,7 @@ CURLcode Transfer::prepare() {
   setTarget();
   body_.clear();
   moved_ = 0;
+  began_ = SystemClock().monotonicSeconds();
   renewDeadline();
   return curl_easy_setopt(easy, CURLOPT_URL, request_.url.absoluteString().c_str());
 }
@@ -149,7 +194,15 @@ std::shared_ptr<const NSURLResponse> Transfer::response() const {
   const auto* url = info<const char*>(CURLINFO_EFFECTIVE_URL);
   return std::make_shared<NSURLResponse>(NSURLResponse{url ? url : request_.url.absoluteString(), true,
                                                        static_cast<int>(info<long>(CURLINFO_RESPONSE_CODE)),
-                                                       head_.fields()});
+                                                       head_.fields(), metrics()});
+}
+
+NSURLTaskMetrics Transfer::metrics() const {
+  const auto at = [this](CURLINFO what) {
+    return began_ + static_cast<double>(info<curl_off_t>(what)) / 1e6;
+  };
+  return {info<long>(CURLINFO_NUM_CONNECTS) == 0, at(CURLINFO_PRETRANSFER_TIME_T),
+          at(CURLINFO_STARTTRANSFER_TIME_T)};
 }
 
 NSError Transfer::error(CURLcode code) const {
@@ -158,7 +211,7 @@ NSError Transfer::error(CURLcode code) const {
     text += ": nothing came for " + std::to_string(options_.requestTimeout.count()) + " s";
   else if (refused_ == CURLE_OK && detail_[0])
     text += std::string(": ") + detail_.data();
-  return {"libcurl", code, std::move(text)};
+  return {"libcurl", code, std::move(text), causeOf(code)};
 }
 
 void Transfer::finish(CURLcode code) {

@@ -51,6 +51,7 @@ class Transfer {
   void renewDeadline();
   size_t largestBody() const;
   std::shared_ptr<const NSURLResponse> response() const;
+  NSURLTaskMetrics metrics() const;
   NSError error(CURLcode code) const;
   template <class T>
   T info(CURLINFO what) const;
@@ -62,6 +63,7 @@ class Transfer {
   CurlList headers_, connectTo_;
   std::array<char, CURL_ERROR_SIZE> detail_{};
   int redirects_ = 0;
+  double began_ = 0;  // monotonic seconds
   std::optional<NSError> refusedRedirect_;
   Time deadline_;
   curl_off_t moved_ = 0;         // bytes of bodies, both ways

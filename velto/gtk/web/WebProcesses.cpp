@@ -113,6 +113,7 @@ Engine& Engine::operator=(Engine&& other) noexcept {
   std::swap(view, other.view);
   std::swap(related, other.related);
   std::swap(process, other.process);
+  std::swap(warm, other.warm);
   return *this;
 }
 
@@ -131,6 +132,7 @@ Engine freshEngine(WebSession& session) {
 Engine relatedEngine(const Engine& other) {
   Engine made(newWebView("related-view", other.view.get()), other.process);
   made.related = other.view;
+  made.warm = true;
   return made;
 }
 
@@ -155,6 +157,7 @@ std::optional<Engine> PreparedEngine::take() {
   if (!engine_.view) return std::nullopt;
   g_signal_handlers_disconnect_by_data(engine_.view, this);
   Engine taken = std::move(engine_);
+  taken.warm = true;
   letGo();
   return taken;
 }

@@ -63,6 +63,7 @@ struct Engine {
   // it when the first load begins, so it must live until then.
   SharedView related;
   std::shared_ptr<WebProcess> process;
+  bool warm = false;  // the process was up, or coming, before this view was asked for
 };
 
 Engine freshEngine(WebSession& session);

@@ -36,6 +36,12 @@ void keepFocusOutOfHelpers(GtkWidget* view) {
     if (GTK_IS_TEXT_VIEW(child)) gtk_widget_set_can_focus(child, FALSE);
 }
 
+NSErrorCause causeOf(WebKitWebProcessTerminationReason reason) {
+  if (reason == WEBKIT_WEB_PROCESS_CRASHED) return NSErrorCause::ProcessCrashed;
+  return reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? NSErrorCause::ProcessOutOfMemory
+                                                            : NSErrorCause::ProcessEnded;
+}
+
 // Ends of loads that are none: another load took over, or the library itself said no to a navigation.
 bool isNoFailure(const GError& error) {
   return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
@@ -193,7 +199,8 @@ gboolean WebView::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GErro
 gboolean WebView::loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*,
                                           GTlsCertificateFlags, WebView* self) noexcept {
   self->fail({g_quark_to_string(G_TLS_ERROR), G_TLS_ERROR_BAD_CERTIFICATE,
-              std::string("The certificate cannot be trusted: ") + (address ? address : "")});
+              std::string("The certificate cannot be trusted: ") + (address ? address : ""),
+              NSErrorCause::Untrusted});
   return TRUE;
 }
 
@@ -204,7 +211,7 @@ void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReaso
   self->engine_.process->ended();
   self->ownNavigations_.clear();
   self->scripts_->processEnded();
-  if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended"});
+  if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended", causeOf(reason)});
 }
 
 // Once for each load, whatever else the engine tells of it.

@@ -38,6 +38,7 @@ class WebView final : public Peer, public WebViewPeer {
   void setScrollBehavior(const ScrollBehavior& behavior) override;
 
   const Engine& engine() const { return engine_; }
+  bool hasWarmProcess() const override { return engine_.warm; }
   // Whether another view would do well to share this one's process.
   bool canShareProcess() const;
 

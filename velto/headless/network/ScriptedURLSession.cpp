@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <stdexcept>
 
 namespace velto::headless {
@@ -22,6 +23,21 @@ ScriptedURLSession::Matcher urlContains(const std::string& part) {
 
 ScriptedURLSession::Answerer always(Answer answer) {
   return [answer = std::move(answer)](const NSURLRequest&) { return answer; };
+}
+
+// What a phone's transport means by its codes, for errors whose cause was not scripted.
+NSErrorCause causeOf(const NSError& error) {
+  static const std::map<int64_t, NSErrorCause> causes{{-1001, NSErrorCause::TimedOut},
+                                                      {-1003, NSErrorCause::NameNotFound},
+                                                      {-1004, NSErrorCause::NotConnected},
+                                                      {-1005, NSErrorCause::ConnectionLost},
+                                                      {-1009, NSErrorCause::Offline},
+                                                      {-1103, NSErrorCause::TooLarge},
+                                                      {-1200, NSErrorCause::SecureConnectionFailed},
+                                                      {-1202, NSErrorCause::Untrusted}};
+  const auto known = causes.find(error.code);
+  const bool isScripted = error.cause != NSErrorCause::Unknown || error.domain != "NSURLErrorDomain";
+  return isScripted || known == causes.end() ? error.cause : known->second;
 }
 
 HeaderFields fieldsOf(const Answer& answer) {
@@ -40,6 +56,7 @@ Answer failedAfter(std::chrono::nanoseconds delay, NSError error) {
 
 Answer Answer::failure(NSError error) {
   Answer answer;
+  error.cause = causeOf(error);
   answer.error = std::move(error);
   return answer;
 }
@@ -168,6 +185,12 @@ std::optional<Answer> ScriptedURLSession::answerFor(const NSURLRequest& request)
   return answerer ? std::optional(answerer(request)) : std::nullopt;
 }
 
+// Every server keeps its connection open.
+bool ScriptedURLSession::isReused(const NSURLRequest& request) {
+  std::lock_guard lock(*mutex_);
+  return !connectedHosts_.insert(request.url.host().value_or("")).second;
+}
+
 void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answer, Completion completion,
                                 int redirects) {
   const auto fail = [&](NSError error) {
@@ -192,6 +215,10 @@ void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answe
     if (answer.isHTTP) {
       response->statusCode = answer.status;
       response->allHeaderFields = fieldsOf(answer);
+      // Its time is all on the server: the request leaves at once, and the answer comes in one piece.
+      const double now = queue_->monotonicSeconds();
+      const double delay = std::chrono::duration<double>(answer.delay).count();
+      response->metrics = NSURLTaskMetrics{isReused(request), now, now + delay};
     }
   }
   queue_->postOffMain(answer.delay,

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -94,10 +95,13 @@ class VELTO_EXPORT ScriptedURLSession : public NSURLSession {
   std::optional<Answer> answerFor(const NSURLRequest& request);
   void finish(const NSURLRequest& request, const Answer& answer, Completion completion, int redirects);
 
+  bool isReused(const NSURLRequest& request);
+
   std::shared_ptr<VirtualQueue> queue_;
   std::shared_ptr<std::mutex> mutex_ = std::make_shared<std::mutex>();
   std::vector<Rule> rules_;
   std::vector<Rule> queued_;
+  std::set<std::string> connectedHosts_;
   std::vector<std::shared_ptr<ScriptedTask>> tasks_;
 };
 

@@ -13,6 +13,7 @@ RecordingWebView::RecordingWebView(std::shared_ptr<VirtualQueue> queue,
     : RecordingViewPeer(std::move(queue)),
       configuration_(configuration),
       usedPreparedContent_(configuration.preparedContent != nullptr),
+      sharesProcess_(!configuration.relatedWebView.expired()),
       self_(std::make_shared<RecordingWebView*>(this)) {
   configuration_.preparedContent.reset();
 }

@@ -56,6 +56,7 @@ class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPe
   void evaluateJavaScript(
       const std::string& script,
       std::function<void(std::optional<JSON>, std::optional<NSError>)> completion) override;
+  bool hasWarmProcess() const override { return usedPreparedContent_ || sharesProcess_; }
   void setMuted(bool muted) override { muted_ = muted; }
   void setScrollBehavior(const ScrollBehavior& behavior) override;
 
@@ -66,6 +67,7 @@ class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPe
 
   WKWebViewConfiguration configuration_;
   bool usedPreparedContent_ = false;
+  bool sharesProcess_ = false;
   std::vector<Load> loads_;
   std::vector<std::string> scripts_;
   ScrollBehavior scroll_;
