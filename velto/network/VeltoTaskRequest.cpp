@@ -9,6 +9,7 @@
 
 #include <array>
 #include <exception>
+#include <utility>
 
 namespace velto {
 namespace {
@@ -61,7 +62,7 @@ std::optional<NSURLRequest> VeltoTaskRequest::requestForTrackClick(const std::st
 std::vector<NSURLQueryItem> VeltoTaskRequest::queryParameterItemsFor(VeltoAdType type, VeltoBannerSize size) {
   std::vector<NSURLQueryItem> items;
   items.push_back({constParamTimestamp, fixedDecimals(Platform::current().clock().secondsSince1970(), 0)});
-  if (auto key = VeltoDataStore::getVeltoKey()) items.push_back({constParamVeltoKey, *key});
+  if (auto key = VeltoDataStore::getVeltoKey()) items.push_back({constParamVeltoKey, std::move(key)});
   items.push_back({constParamTest, VeltoDataStore::isTestMode() ? "1" : "0"});
   items.push_back({constParamBannerType, adTypeWords.at(type)});
   if (type == VeltoAdTypeBanner)
