@@ -168,7 +168,7 @@ class AdapterClass final : public velto::VeltoAdMediationAdapterProtocol {
         });
         if (!isUsable)
           return completionHandler(nullptr,
-                                   velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorDeveloper));
+                                   velto::VeltoErrorAd::because(velto::VeltoAdEndReason::AdapterWithoutView));
         const bool isSized = !velto_adapter_ad_is_full_screen(ad);
         if (isSized)
           made->size = {double(velto_adapter_ad_get_width(ad)), double(velto_adapter_ad_get_height(ad))};

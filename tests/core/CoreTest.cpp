@@ -111,6 +111,9 @@ TEST_F(CoreTest, TheFallbackUserAgentNamesTheDeviceTwiceAndIsStored) {
   EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
   platform->device().facts.idiom = UIUserInterfaceIdiom::Phone;
   EXPECT_EQ(VeltoDataStore::getUserAgent(), tablet);
+  platform->device().facts.systemVersion = "17.0";
+  EXPECT_FALSE(VeltoDataStore::hasShownAds()) << "an update of the system is not an engine";
+  platform->device().facts.systemVersion = "16.4";
   VeltoDataStore::_updateUserAgent(std::nullopt);
   EXPECT_NE(VeltoDataStore::getUserAgent().find("(iPhone; CPU iPhone OS 16_4 like"), std::string::npos);
 }
@@ -130,6 +133,13 @@ TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
     platform->runUntilIdle();
     EXPECT_EQ(VeltoDataStore::getUserAgent(), "Engine/1");
   }
+
+  // Who has shown ads will probably show more.
+  EXPECT_EQ(platform->views().contentExpected(), 0);
+  registerKey();
+  EXPECT_EQ(platform->views().contentExpected(), 0) << "in a later turn";
+  platform->runUntilIdle();
+  EXPECT_EQ(platform->views().contentExpected(), 1);
 }
 
 TEST_F(CoreTest, VersionsAndBundles) {

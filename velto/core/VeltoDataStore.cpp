@@ -23,6 +23,8 @@ constexpr char keyGDPROptin[] = "kVeltoGDPROptin";
 constexpr char keyGDPRConsent[] = "kVeltoGDPRConsent";
 constexpr char keyCCPAConsent[] = "kVeltoCCPAConsent";
 constexpr char nativePlatform[] = "native";
+constexpr char fallbackUserAgentEnd[] =
+    " like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) Mobile/15E148";
 
 NSUserDefaults& defaults() {
   return Platform::current().standardUserDefaults();
@@ -61,8 +63,7 @@ std::string fallbackUserAgent() {
   auto& device = Platform::current().device();
   const std::string version = replaceAll(device.systemVersion(), ".", "_");
   const std::string word = device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad ? "iPad" : "iPhone";
-  return "Mozilla/5.0 (" + word + "; CPU " + word + " OS " + version +
-         " like Mac OS X) AppleWebKit/605.1.15 (KHTML, like Gecko) Mobile/15E148";
+  return "Mozilla/5.0 (" + word + "; CPU " + word + " OS " + version + fallbackUserAgentEnd;
 }
 
 }  // namespace
@@ -127,7 +128,7 @@ std::string VeltoDataStore::getUserAgent() {
 
 bool VeltoDataStore::hasShownAds() {
   const auto stored = getStringForKey(keyUserAgent);
-  return stored && *stored != fallbackUserAgent();
+  return stored && !stored->ends_with(fallbackUserAgentEnd);  // whatever system it was made for
 }
 
 void VeltoDataStore::storeVeltoKey(const std::optional<std::string>& key,

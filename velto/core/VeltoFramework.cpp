@@ -31,7 +31,9 @@ void VeltoFramework::_initFrameworkWithKey(const std::string& key,
   VeltoTrackerManager::start();
   OMSDK::initOMSDK();
   if (!VeltoDataStore::hasShownAds()) return;
-  Platform::current().mainQueue().post([] { Platform::current().views().expectWebContent(); });
+  Platform::current().mainQueue().post([] {
+    if (auto* platform = Platform::currentOrNull()) platform->views().expectWebContent();
+  });
 }
 
 void VeltoFramework::setEndpoint(const std::optional<std::string>& endpoint) {
