@@ -6,6 +6,7 @@ import subprocess
 from gi.repository import GdkPixbuf, GLib, Graphene, Velto
 
 BAKERY, ORCHESTRA = (0x0B, 0x6E, 0x4F), (0xC9, 0x18, 0x4A)  # the frames that the ads' pages draw around themselves
+BOOK, SHOP = (0xFF, 0xFF, 0xFF), (0x7A, 0x4A, 0x2B)  # and the buttons that they show when they are larger
 PATIENCE = 120  # seconds; a slow machine is no failure
 
 
@@ -41,11 +42,16 @@ class Tour:
         dx, dy = self.window.get_surface_transform()
         return int(point.x + dx), int(point.y + dy)
 
+    def pixels(self, widget, x, top, end):
+        """Those of a column, from the top to before the end."""
+        picture = GdkPixbuf.Pixbuf.new_from_file(self.photograph("now"))
+        data, row, size = picture.get_pixels(), picture.get_rowstride(), picture.get_n_channels()
+        x, top, length = *self.place(widget, x, top), end - top
+        starts = [y * row + x * size for y in range(top, top + length)]
+        return [tuple(data[at : at + 3]) for at in starts]
+
     def pixel(self, widget, x, y):
-        pixels = GdkPixbuf.Pixbuf.new_from_file(self.photograph("now"))
-        x, y = self.place(widget, x, y)
-        at = y * pixels.get_rowstride() + x * pixels.get_n_channels()
-        return tuple(pixels.get_pixels()[at : at + 3])
+        return self.pixels(widget, x, y, y + 1)[0]
 
     def tap(self, widget, x, y):
         x, y = self.place(widget, x, y)
@@ -80,7 +86,8 @@ class Tour:
         self.photograph("banner-loading")
         self.wait("a new one is shown", lambda: self.shows(banner))
         self.photograph("banner-shown")
-        for key, state in (("expanding", Velto.BannerState.EXPANDED), ("resizing", Velto.BannerState.RESIZED)):
+        larger = (("expanding", Velto.BannerState.EXPANDED, BOOK), ("resizing", Velto.BannerState.RESIZED, SHOP))
+        for key, state, button in larger:
             self.client.set_publisher_key(key)
             loaded = []
             handler = banner.connect("loaded", loaded.append)
@@ -91,6 +98,8 @@ class Tour:
             above = self.pixel(banner, middle, -60)
             self.tap(banner, middle, 25)
             self.wait(f"the {key} ad is larger", lambda: banner.props.state == state and self.pixel(banner, middle, -60) != above)
+            # A page fills its new room only when it has heard of it.
+            self.wait("its page shows more", lambda: button in self.pixels(banner, middle - 50, -60, 240))
             self.photograph(f"banner-{state.value_nick}")
             self.press("Escape")
             banner.clear()
