@@ -1,5 +1,6 @@
-// The words for each reason, as people find them in the documentation.
-#include "velto/timeline/VeltoAdEndReason.h"
+// Reasons: their words, as people find them in the documentation, and that of a record which nobody ends.
+#include "velto/headless/VeltoHeadless.h"
+#include "velto/timeline/LoadRecord.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,17 @@ TEST(ReasonTest, TheDocumentLeadsThroughAllOfThem) {
                       std::string(row.advice) + " |";
     EXPECT_NE(text.find(line), std::string::npos) << line;
   }
+}
+
+TEST(ReasonTest, ARecordThatNobodyHoldsHasEnded) {
+  const auto platform = headless::Platform::install();
+  PlacementRecord placement("own");
+  placement.begin(VeltoAskedBy::Application).reset();
+  auto held = placement.begin(VeltoAskedBy::Application);
+  headless::Platform::uninstall();
+  held.reset();
+  EXPECT_EQ(placement.timelines().front().end, VeltoAdEndReason::ControllerGone);
+  EXPECT_EQ(placement.timelines().back().end, VeltoAdEndReason::PlatformGone);
 }
 
 }  // namespace

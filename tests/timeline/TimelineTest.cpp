@@ -338,14 +338,17 @@ TEST_F(TimelineTest, LogTraceAndFiguresTellTheSame) {
   const auto events = readJSON(*trace + "]");
   ASSERT_TRUE(events && events->array()) << *trace;
   std::map<std::string, int> depth;
+  std::string spans;
   for (const auto& event : *events->array()) {
     const auto& fields = *event.object();
     const auto phase = *fields.at("ph").string();
     auto& open = depth[std::to_string(*fields.at("id").number())];
     open += phase == "b" ? 1 : (phase == "e" ? -1 : 0);
+    if (phase != "n") spans += phase + " " + *fields.at("name").string() + ", ";
     EXPECT_TRUE(fields.at("ts").number() && fields.at("name").string() && open >= 0);
   }
   EXPECT_EQ(depth, (std::map<std::string, int>{{"1.000000", 1}, {"2.000000", 0}})) << "one is shown still";
+  EXPECT_NE(spans.find("b answer, e answer, b page, e page, "), std::string::npos) << spans;
 
   std::string log;
   for (const auto& line : platform->diagnostics()->lines()) {
@@ -360,6 +363,7 @@ TEST_F(TimelineTest, LogTraceAndFiguresTellTheSame) {
   platform->runUntilIdle();
   const auto figures = metrics->placements().at(0);
   EXPECT_EQ(figures.loads, 2U);
+  EXPECT_EQ(figures.refreshes, 0U);
   EXPECT_EQ(figures.fill(), 0.5);
   EXPECT_NEAR(figures.loadSeconds.sum, 0.3, 1e-6);
   EXPECT_NEAR(figures.loadSeconds.quantile(0.5), 0.3, 0.15);
@@ -385,6 +389,7 @@ TEST_F(TimelineTest, RepetitionsAreCountedNotKept) {
   EXPECT_EQ(last(ad).end, Why::Removed);
   EXPECT_EQ(last(ad).leftOut, 100 - PlacementRecord::mostOfAKind);
   EXPECT_LT(last(ad).entries.size(), 40U);
+  EXPECT_EQ(last(ad).json().at("endAt").number(), last(ad).endSeconds);
 }
 
 }  // namespace

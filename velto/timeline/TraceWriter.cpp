@@ -1,6 +1,8 @@
 // Trace events.
 #include "velto/timeline/TraceWriter.h"
 
+#include <utility>
+
 namespace velto {
 
 TraceWriter::TraceWriter(Output output) : output_(std::move(output)) {
@@ -39,9 +41,9 @@ void TraceWriter::added(const std::string& placement, uint64_t load, const Velto
   const auto found = open_.find(load);
   if (found == open_.end()) return;  // another thread was late
   auto& open = found->second;
-  const auto span = [&](const char* name, double& began) {
-    if (began == 0) return;
-    write("b", load, name, std::exchange(began, 0), {});
+  const auto span = [&](const char* name, std::optional<double>& began) {
+    if (!began) return;
+    write("b", load, name, *std::exchange(began, std::nullopt), {});
     write("e", load, name, entry.seconds, {});
   };
   if (entry.kind == Kind::Sent) open.sent = entry.seconds;

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,8 +26,7 @@ class TraceWriter : public TimelineSink {
  private:
   // Where spans of a load that is under way begin; monotonic seconds.
   struct Open {
-    double sent = 0;
-    double markupGiven = 0;
+    std::optional<double> sent, markupGiven;
   };
   void write(const char* phase, uint64_t load, std::string_view name, double seconds, JSON::Object arguments);
 
