@@ -23,8 +23,8 @@ class EarlyStartTest : public DisplayTest {
     banner = VeltoBannerViewController::initWithDelegate(delegate, VeltoBannerSize320x50,
                                                          VeltoBannerPositionBottom);
   }
+  // After a load, which nobody answers.
   void showAd() {
-    banner->load();  // which nobody answers
     banner->vc()->fetchBannerSuccess(VeltoAd::adWithHTML(
         "<script>location.href = 'velto://loadFinished'</script>", {}, nullptr, std::nullopt));
     ASSERT_TRUE(runUntil([&] { return std::ranges::count(delegate->heard, "finish") == 1; }));
@@ -54,8 +54,18 @@ TEST_F(EarlyStartTest, ComesAfterTheFirstFrameForABannerThatIsThereAndIsItsFirst
   makeBanner();
   ASSERT_TRUE(comesUp());
   const auto early = webProcesses();
+  banner->load();
   showAd();
   EXPECT_EQ(webProcesses(), early);
+}
+
+TEST_F(EarlyStartTest, ComesNoMoreOnceAnAdWasAskedFor) {
+  VeltoFramework::addVeltoKey("early");
+  makeBanner();
+  banner->load();
+  showWindow();
+  showAd();
+  EXPECT_TRUE(comesUp()) << "the ad's own, and no other";
 }
 
 TEST_F(EarlyStartTest, ComesWithTheKeyWhereAnEarlierRunShowedAnAd) {
