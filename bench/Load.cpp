@@ -44,6 +44,11 @@ class BannerLoader : public bench::Loader {
     banner_->load();
   }
 
+  double requestMilliseconds() const override {
+    const auto story = banner_->veltoAdTimeline().back();
+    return 1000 * (story.first(VeltoTimelineKind::Answered)->seconds - story.entries.front().seconds);
+  }
+
  private:
   struct Delegate : VeltoBannerViewControllerDelegate {
     std::shared_ptr<UIViewController> presentViewController() override { return host; }

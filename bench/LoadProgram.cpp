@@ -45,12 +45,52 @@ std::optional<Arguments> parse(int count, char** words) {
   return arguments;
 }
 
+// The main loop's turns: what a turn uses of the processor, an application's own work in the next has to wait for.
+struct Turns {
+  double longest = 0;         // of the load that is measured
+  double longestToFirst = 0;  // from the window's first frame to the first ad
+  double began = threadMilliseconds();
+  void end() {
+    const double now = threadMilliseconds();
+    longest = std::max(longest, now - began);
+    longestToFirst = std::max(longestToFirst, now - began);
+    began = now;
+  }
+};
+Turns turns;
+
+gint pollBetweenTurns(GPollFD* sources, guint count, gint timeout) {
+  turns.end();
+  const gint ready = g_poll(sources, count, timeout);
+  turns.began = threadMilliseconds();
+  return ready;
+}
+
+// An animation of the application's own: it draws something in each frame, and counts those that did not come.
+struct Animation {
+  gint64 last = 0;  // microseconds
+  int missed = 0;
+};
+Animation animation;
+
+gboolean animate(GtkWidget* widget, GdkFrameClock* frames, gpointer) {
+  constexpr gint64 frame = 16'667;
+  const gint64 now = gdk_frame_clock_get_frame_time(frames);
+  if (animation.last) animation.missed += static_cast<int>((now - animation.last + frame / 2) / frame) - 1;
+  animation.last = now;
+  gtk_widget_queue_draw(widget);
+  return G_SOURCE_CONTINUE;
+}
+
 void measureLoad(Loader& loader, int number) {
   bool loaded = false;
   double wall = 0;
   double cpu = 0;
   const auto tooLong = [](gpointer) { giveUp("a load did not end"); };
   const guint watchdog = g_timeout_add_once(longestLoad, tooLong, nullptr);
+  turns.longest = 0;
+  animation.missed = 0;
+  turns.began = threadMilliseconds();
   const double wallBefore = wallMilliseconds();
   const double cpuBefore = threadMilliseconds();
   loader.load([&] {
@@ -58,12 +98,18 @@ void measureLoad(Loader& loader, int number) {
     wall = wallMilliseconds() - wallBefore;
     cpu = threadMilliseconds() - cpuBefore;
     loaded = true;
+    turns.end();
   });
   while (!loaded) g_main_context_iteration(nullptr, TRUE);
   g_source_remove(watchdog);
+  const double longest = turns.longest;
+  const int missed = animation.missed;
   runMainLoopFor(loadSettles);
-  std::printf("{\"load\": %d, \"ms\": %.3f, \"cpuMs\": %.3f}\n", number, wall,
-              cpu - loader.uncountedMilliseconds());
+  std::printf(
+      "{\"load\": %d, \"ms\": %.3f, \"cpuMs\": %.3f, \"turnMs\": %.3f, \"turnToFirstMs\": %.3f, "
+      "\"missedFrames\": %d, \"requestMs\": %.3f}\n",
+      number, wall, cpu - loader.uncountedMilliseconds(), longest - loader.uncountedMilliseconds(),
+      turns.longestToFirst, missed, loader.requestMilliseconds());
   std::fflush(stdout);
 }
 
@@ -76,6 +122,8 @@ void showFirstFrame(GtkWindow* window, guint andWait) {
   gtk_window_present(window);
   while (!isPainted) g_main_context_iteration(nullptr, TRUE);
   g_signal_handler_disconnect(frames, handler);
+  std::printf("{\"firstFrameAt\": %.3f}\n", wallMilliseconds());
+  turns = {};
   if (andWait > 0) runMainLoopFor(andWait);
 }
 
@@ -130,6 +178,9 @@ int runLoads(int count, char** words,
   const char* after = std::getenv("VELTO_BENCH_AFTER");
   GtkWindow* window = after ? makeWindow(words[0]) : startWithWindow(words[0]);
   auto loader = make(arguments->server, window);
+  g_main_context_set_poll_func(nullptr, pollBetweenTurns);
+  if (std::getenv("VELTO_BENCH_ANIMATED"))
+    gtk_widget_add_tick_callback(gtk_window_get_child(window), animate, nullptr, nullptr);
   if (after) showFirstFrame(window, static_cast<guint>(std::atoi(after)));
   const auto& pauses = arguments->pauses;
   for (int number = 1; number <= arguments->loads; ++number) {

@@ -5,11 +5,14 @@
 //   usage: <program> PORT CA_FILE KEY LOADS [PAUSE_AFTER...]
 //
 // For each load it prints {"load": 1, "ms": ..., "cpuMs": ...}: the time from asking for an ad until its page
-// says velto://loadFinished, and the main thread's processor time in it. After the loads named last it prints
-// {"pause": n} and waits for a line of input, so that run.py can look at its memory.
+// says velto://loadFinished, and the main thread's processor time in it; further the main loop's longest turn in it (turnMs)
+// and since the window's first frame (turnToFirstMs), as processor time, how many frames an animation missed, and the
+// time until the server had answered (requestMs).
+// After the loads named last it prints {"pause": n} and waits for a line of input, so that run.py can look at its memory.
 //
 // With VELTO_BENCH_AFTER in the environment the way to ads is opened before the window is shown, as an application does
 // that starts, and the first load comes so many milliseconds after the window's first frame; else when all is at rest.
+// With VELTO_BENCH_ANIMATED the application draws in each frame.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -34,6 +37,8 @@ class Loader {
   virtual void load(std::function<void()> loaded) = 0;
   // Main-thread time of the last load that does not count: a bare program's wait for the server.
   virtual double uncountedMilliseconds() const { return 0; }
+  // From asking for the last ad until the server had answered, if that is measured.
+  virtual double requestMilliseconds() const { return 0; }
 };
 
 // Exit code: 0; 1 when a load failed or did not end; 2 for a wrong command line.

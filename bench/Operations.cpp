@@ -3,7 +3,6 @@
 #include "velto/headless/VeltoHeadless.h"
 #include "velto/network/VeltoTaskRequest.h"
 #include "velto/timeline/LoadRecord.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
 #include "velto/velto.h"
 
 #include <benchmark/benchmark.h>
@@ -94,80 +93,6 @@ void BM_RequestByHand(benchmark::State& state) {
   headless::Platform::uninstall();
 }
 BENCHMARK(BM_RequestByHand);
-
-// --- laying out a hundred banners
-
-constexpr int banners = 100;
-constexpr CGSize bannerSize{320, 50};
-
-class HundredBanners {
- public:
-  HundredBanners() {
-    platform_->setPagesFinishByThemselves(true);
-    platform_->urlSession().respond(
-        "", {.headers = {{"x-content", "html"}, {"x-width", "320"}, {"x-height", "50"}},
-             .body = "<a href='velto://loadFinished'></a>"});
-    VeltoFramework::addVeltoKey("bench");
-    delegate_->host = window_.controller();
-    for (int i = 0; i < banners; ++i) {
-      banners_.push_back(VeltoBannerViewController::initWithDelegate(delegate_, VeltoBannerSize320x50,
-                                                                     VeltoBannerPositionBottom));
-      banners_.back()->load();
-      platform_->runUntilIdle();
-    }
-  }
-  ~HundredBanners() { banners_.clear(); }
-
-  void layOut() {
-    window_.view().setNeedsLayout();
-    window_.view().layoutIfNeeded();
-  }
-
-  const CGRect& frame(int banner) const {
-    return banners_.at(static_cast<size_t>(banner))->vc()->view()->frame();
-  }
-  CGSize window() const { return window_.view().frame().size; }
-
- private:
-  struct Delegate : VeltoBannerViewControllerDelegate {
-    std::shared_ptr<UIViewController> presentViewController() override { return host; }
-    std::shared_ptr<UIViewController> host;
-  };
-
-  std::shared_ptr<headless::Platform> platform_ = headless::Platform::install();
-  headless::HostWindow window_;
-  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
-  std::vector<std::shared_ptr<VeltoBannerViewController>> banners_;
-};
-
-CGRect frameByHand(CGSize window, CGSize size) {
-  return {{(window.width - size.width) / 2, window.height - size.height}, size};
-}
-
-void BM_LayoutByLibrary(benchmark::State& state) {
-  {
-    HundredBanners ads;
-    ads.layOut();
-    for (int i = 0; i < banners; ++i)
-      if (ads.frame(i) != frameByHand(ads.window(), bannerSize))
-        state.SkipWithError("a banner is not where it belongs");
-    for (auto _ : state) ads.layOut();
-  }
-  headless::Platform::uninstall();
-}
-BENCHMARK(BM_LayoutByLibrary);
-
-void BM_LayoutByHand(benchmark::State& state) {
-  CGSize window{390, 844};
-  std::vector<CGRect> frames(banners);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(window);
-    for (auto& frame : frames) frame = frameByHand(window, bannerSize);
-    benchmark::DoNotOptimize(frames.data());
-    benchmark::ClobberMemory();
-  }
-}
-BENCHMARK(BM_LayoutByHand);
 
 // --- what a load writes down of itself, with nobody who looks on
 

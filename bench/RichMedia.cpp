@@ -5,41 +5,45 @@
 //
 //   usage: velto-bench-rich-media ROUNDS
 //
-// Prints {"libraryMs": [...], "bareMs": [...]}, milliseconds a round trip, one sample each ten of them.
-#include "velto/ads/VeltoAd.h"
-#include "velto/gtk/VeltoGtk.h"
-#include "velto/platform/ui/WKWebView.h"
-#include "velto/ui/VeltoBannerViewControllerPrivate.h"
-#include "velto/velto.h"
-
+// The library's twenty commands in one turn are nineteen that set something, and the one that changes the state.
+//
+// Prints {"libraryMs": [...], "twentyMs": [...], "bareMs": [...]}, milliseconds a round trip, one sample each fifty
+// of them, since the page's clock is coarse. All three take turns.
 #include <webkit/webkit.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "LibraryPage.h"
+
 namespace {
 
-using namespace velto;
+using velto::bench::LibraryPage;
+using velto::bench::runUntil;
 
-// Ten changes make a sample; the first is not counted.
+// Fifty changes make a sample.
 constexpr char loop[] = R"(
   var samples = [], left = 0, began = 0;
   function go(state) {
-    if (left % 10 === 0) {
-      if (began) samples.push((performance.now() - began) / 10);
+    if (left % 50 === 0) {
+      if (began) samples.push((performance.now() - began) / 50);
       began = performance.now();
     }
     if (left-- <= 0) { began = 0; done = true; return; }
     state === 'default' ? ask('expand') : ask('close');
   }
   var done = false;
-  function run(rounds) { done = false; samples = []; left = rounds; go('default'); }
+  var further = 0;
+  function run(rounds, commands) { done = false; samples = []; left = rounds; further = commands - 1; go('default'); }
 )";
 
 std::string libraryPage() {
   return std::string("<html><head><script src=\"mraid.js\"></script></head><body>ad<script>") + loop +
-         "function ask(what) { mraid[what](); }\n"
+         "function ask(what) {"
+         " for (var i = 0; i < further; ++i)"
+         " mraid.setOrientationProperties({allowOrientationChange: i % 2 === 0});"
+         " mraid[what](); }\n"
          "mraid.addEventListener('stateChange', function (state) { if (began) go(state); });"
          "</script></body></html>";
 }
@@ -52,33 +56,58 @@ std::string barePage() {
          "</script></body></html>";
 }
 
-void runUntil(const std::function<bool()>& condition) {
-  while (!condition()) g_main_context_iteration(nullptr, TRUE);
-}
-
-struct Host : VeltoBannerViewControllerDelegate {
-  std::shared_ptr<UIViewController> controller;
-  std::shared_ptr<UIViewController> presentViewController() override { return controller; }
-};
-
 // --- the bare program
 
-struct Bare {
-  GtkWindow* window = nullptr;
-  WebKitWebView* view = nullptr;
+class Bare {
+ public:
+  Bare() : window_(GTK_WINDOW(gtk_window_new())), view_(WEBKIT_WEB_VIEW(webkit_web_view_new())) {
+    gtk_window_set_default_size(window_, 390, 600);
+    auto* content = webkit_web_view_get_user_content_manager(view_);
+    webkit_user_content_manager_register_script_message_handler(content, "bench", nullptr);
+    g_signal_connect(content, "script-message-received::bench", G_CALLBACK(heard), this);
+    gtk_widget_set_halign(GTK_WIDGET(view_), GTK_ALIGN_CENTER);
+    gtk_widget_set_valign(GTK_WIDGET(view_), GTK_ALIGN_END);
+    gtk_widget_set_size_request(GTK_WIDGET(view_), 320, 50);
+    gtk_window_set_child(window_, GTK_WIDGET(view_));
+    bool isLoaded = false;
+    g_signal_connect(view_, "load-changed", G_CALLBACK(loaded), &isLoaded);
+    gtk_window_present(window_);
+    webkit_web_view_load_html(view_, barePage().c_str(), nullptr);
+    runUntil([&] { return isLoaded; });
+    g_signal_handlers_disconnect_by_data(view_, &isLoaded);
+  }
+  Bare(const Bare&) = delete;
+  Bare& operator=(const Bare&) = delete;
+  ~Bare() { gtk_window_destroy(window_); }
 
+  std::string evaluate(const std::string& script) const {
+    std::optional<std::string> answer;
+    webkit_web_view_evaluate_javascript(view_, ("String(" + script + ")").c_str(), -1, nullptr, nullptr,
+                                        nullptr, evaluated, &answer);
+    runUntil([&] { return answer.has_value(); });
+    return *answer;
+  }
+
+ private:
   static void loaded(WebKitWebView*, WebKitLoadEvent event, bool* flag) {
     if (event == WEBKIT_LOAD_FINISHED) *flag = true;
   }
+  static void evaluated(GObject* view, GAsyncResult* result, gpointer answer) {
+    auto* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
+    char* text = value ? jsc_value_to_string(value) : nullptr;
+    *static_cast<std::optional<std::string>*>(answer) = text ? text : "";
+    g_free(text);
+    if (value) g_object_unref(value);
+  }
   void say(const std::string& statement) const {
-    webkit_web_view_evaluate_javascript(view, statement.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
+    webkit_web_view_evaluate_javascript(view_, statement.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
                                         nullptr);
   }
   static void heard(WebKitUserContentManager*, JSCValue* value, Bare* self) {
     char* what = jsc_value_to_string(value);
     const bool expands = g_strcmp0(what, "expand") == 0;
     g_free(what);
-    gtk_widget_set_size_request(GTK_WIDGET(self->view), expands ? 390 : 320, expands ? 600 : 50);
+    gtk_widget_set_size_request(GTK_WIDGET(self->view_), expands ? 390 : 320, expands ? 600 : 50);
     const std::string size = expands ? "{width: 390.00, height: 600.00}" : "{width: 320.00, height: 50.00}";
     self->say("window.mraid.setPlacementType(\"inline\");");
     self->say("window.mraid.setCurrentPosition(" + size + ");");
@@ -86,103 +115,51 @@ struct Bare {
     self->say("window.mraid.fireEvent(\"exposureChange\"," + size + ");");
     self->say(std::string("window.mraid.setState(\"") + (expands ? "expanded" : "default") + "\");");
   }
+
+  GtkWindow* const window_;
+  WebKitWebView* const view_;
 };
 
 using Evaluate = std::function<std::string(const std::string&)>;
 
-void measure(const char* name, int rounds, const Evaluate& evaluate) {
-  evaluate("run(20)");
+// The samples, as the inside of a list.
+std::string measure(int rounds, int commands, const Evaluate& evaluate) {
+  const auto run = [&](int count) {
+    evaluate("run(" + std::to_string(count) + ", " + std::to_string(commands) + ")");
+  };
+  run(50);
   runUntil([&] { return evaluate("String(done)") == "true"; });
-  evaluate("run(" + std::to_string(rounds) + ")");
+  run(rounds);
   for (std::string done; done != "true";) {
-    const gint64 pause = g_get_monotonic_time() + 100'000;  // the question itself is work for the page
-    const auto wake = [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
-    const guint timer = g_timeout_add(20, wake, nullptr);
-    runUntil([&] { return g_get_monotonic_time() > pause; });
-    g_source_remove(timer);
+    velto::bench::wait(100);
     done = evaluate("String(done)");
   }
-  std::printf("\"%s\": [%s]", name,
-              evaluate("samples.map(function (s) { return s.toFixed(3); }).join(', ')").c_str());
+  return evaluate("samples.map(function (s) { return s.toFixed(3); }).join(', ')");
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-  const int rounds = count == 2 ? std::atoi(words[1]) / 10 * 10 : 0;
-  if (rounds < 10) {
-    std::fprintf(stderr, "usage: %s ROUNDS\n", words[0]);
+  const int rounds = count == 2 ? std::atoi(words[1]) / 250 * 250 : 0;
+  if (rounds < 250) {
+    std::fprintf(stderr, "usage: %s ROUNDS (250 or more)\n", words[0]);
     return 2;
   }
   if (!gtk_init_check()) {
     std::fprintf(stderr, "%s: no display\n", words[0]);
     return 1;
   }
-  std::printf("{");
-  {
-    gtk::install({.applicationIdentifier = "org.example.bench"});
-    auto* window = GTK_WINDOW(gtk_window_new());
-    gtk_window_set_default_size(window, 390, 600);
-    auto host = std::make_shared<Host>();
-    host->controller = gtk::hostViewController(window);
-    gtk_window_present(window);
-    auto banner =
-        VeltoBannerViewController::initWithDelegate(host, VeltoBannerSize320x50, VeltoBannerPositionBottom);
-    auto ad = VeltoAd::adWithHTML(libraryPage(), std::nullopt, nullptr);
-    ad->size = {320, 50};
-    banner->vc()->fetchBannerSuccess(ad);
-    const auto evaluate = [&](const std::string& script) {
-      std::optional<std::string> answer;
-      banner->vc()->webView()->evaluateJavaScript(
-          "String(" + script + ")",
-          [&](const auto& value, const auto&) { answer = value && value->string() ? *value->string() : ""; });
-      runUntil([&] { return answer.has_value(); });
-      return *answer;
-    };
-    runUntil([&] { return evaluate("window.mraid ? mraid.getState() : ''") == "default"; });
-    measure("libraryMs", rounds, evaluate);
-    banner.reset();
-    host->controller.reset();
-    gtk_window_destroy(window);
-    gtk::uninstall();
+  const LibraryPage page(libraryPage());
+  const Bare bare;
+  const Evaluate inLibrary = [&](const std::string& script) { return page.evaluate(script); };
+  const Evaluate inBare = [&](const std::string& script) { return bare.evaluate(script); };
+  std::string one, twenty, plain;
+  for (int turn = 0; turn < 5; ++turn) {
+    const char* comma = turn ? ", " : "";
+    one += comma + measure(rounds / 5, 1, inLibrary);
+    plain += comma + measure(rounds / 5, 1, inBare);
+    twenty += comma + measure(rounds / 5, 20, inLibrary);
   }
-  std::printf(", ");
-  Bare bare;
-  bare.window = GTK_WINDOW(gtk_window_new());
-  gtk_window_set_default_size(bare.window, 390, 600);
-  bare.view = WEBKIT_WEB_VIEW(webkit_web_view_new());
-  auto* content = webkit_web_view_get_user_content_manager(bare.view);
-  webkit_user_content_manager_register_script_message_handler(content, "bench", nullptr);
-  g_signal_connect(content, "script-message-received::bench", G_CALLBACK(Bare::heard), &bare);
-  gtk_widget_set_halign(GTK_WIDGET(bare.view), GTK_ALIGN_CENTER);
-  gtk_widget_set_valign(GTK_WIDGET(bare.view), GTK_ALIGN_END);
-  gtk_widget_set_size_request(GTK_WIDGET(bare.view), 320, 50);
-  gtk_window_set_child(bare.window, GTK_WIDGET(bare.view));
-  bool loaded = false;
-  g_signal_connect(bare.view, "load-changed", G_CALLBACK(Bare::loaded), &loaded);
-  gtk_window_present(bare.window);
-  webkit_web_view_load_html(bare.view, barePage().c_str(), nullptr);
-  runUntil([&] { return loaded; });
-  measure("bareMs", rounds, [&](const std::string& script) {
-    struct Answer {
-      bool came = false;
-      std::string text;
-    } answer;
-    const auto finish = +[](GObject* view, GAsyncResult* result, gpointer data) {
-      auto& into = *static_cast<Answer*>(data);
-      into.came = true;
-      if (auto* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr)) {
-        char* text = jsc_value_to_string(value);
-        into.text = text;
-        g_free(text);
-        g_object_unref(value);
-      }
-    };
-    webkit_web_view_evaluate_javascript(bare.view, ("String(" + script + ")").c_str(), -1, nullptr, nullptr,
-                                        nullptr, finish, &answer);
-    runUntil([&] { return answer.came; });
-    return answer.text;
-  });
-  std::printf("}\n");
-  gtk_window_destroy(bare.window);
+  std::printf("{\"libraryMs\": [%s], \"twentyMs\": [%s], \"bareMs\": [%s]}\n", one.c_str(), twenty.c_str(),
+              plain.c_str());
 }

@@ -1,75 +1,53 @@
 #!/usr/bin/env python3
-"""Runs the benchmark programs, prints a table and writes it with all samples as JSON. Called by scripts/bench, inside a
-display of its own. Programs of a pair take turns, so that whatever else the machine does hits both; medians are compared."""
+"""Runs the benchmark programs, prints a table and writes it with all samples as JSON, and as a chart. Called by
+scripts/bench, inside a display of its own. Programs of a pair take turns, so that whatever else the machine does hits
+both; medians are compared, and half the distance of the quartiles is their spread."""
 
 import argparse
 import json
+import math
 import os
 import statistics
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 
-GROUPS = ["load", "glib", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "size", "memory"]
+import chart
+from far import far_server
+from machine import descendants, private, proportional, resident, use_of_others, wakes
+from rows import Row, compared, growth_row, merged, print_table
+
+GROUPS = ["load", "many", "idle", "glib", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "growth",
+          "fleet", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
+MOST_OF_OTHERS = 0.25  # of a processor that others may use while rows are measured; more is marked
 
 
 class Failure(Exception):
     """One line for the person who started the benchmarks."""
 
 
-class Row:
-    """One line of the table. `limit` bounds what `of` names: the ratio to the baseline, the value itself, or the
-    difference of the two; a row without limit is for information."""
-
-    def __init__(self, name, unit, value, baseline=None, limit=None, of="ratio", samples=None):
-        self.name, self.unit, self.value, self.baseline = name, unit, value, baseline
-        self.limit, self.of, self.samples = limit, of, samples or {}
-        self.ratio = value / baseline if baseline else None
-
-    @staticmethod
-    def of_samples(name, unit, library, bare=None, limit=None, of="ratio"):
-        return Row(name, unit, statistics.median(library), statistics.median(bare) if bare else None, limit, of,
-                   {"library": library, **({"bare": bare} if bare else {})})
-
-    def ok(self):
-        if self.limit is None:
-            return None
-        measured = {"ratio": self.ratio, "value": self.value}.get(self.of)
-        if self.of == "difference":
-            measured = self.value - self.baseline
-        return measured <= self.limit
-
-    def budget(self):
-        if self.limit is None:
-            return "-"
-        if self.of == "ratio":
-            return f"{self.limit:.2f} x"
-        return f"{'+' if self.of == 'difference' else ''}{self.limit:g} {self.unit}"
-
-    def cells(self):
-        number = lambda n: "-" if n is None else f"{n:.3g}" if abs(n) < 10 else f"{n:,.1f}"
-        verdict = {None: "", True: "ok", False: "over"}[self.ok()]
-        return [self.name, f"{number(self.value)} {self.unit}",
-                "-" if self.baseline is None else f"{number(self.baseline)} {self.unit}",
-                "-" if self.ratio is None else f"{self.ratio:.2f}", self.budget(), verdict]
-
-    def record(self):
-        return {"name": self.name, "unit": self.unit, "value": self.value, "baseline": self.baseline, "ratio": self.ratio,
-                "budget": self.limit, "budgetOf": self.of if self.limit is not None else None, "ok": self.ok(),
-                "samples": self.samples}
-
-
 class Bench:
-    def __init__(self, build, quick):
+    def __init__(self, build, quick, lenient=False):
+        self.lenient = lenient  # what a program of another revision cannot do is left out
         build = os.path.abspath(build)
         self.programs = os.path.join(build, "bench")
         self.sandbox_program = os.path.join(build, "tools", "sandbox", "velto-sandbox")
         self.source = os.path.dirname(os.path.abspath(__file__))
         self.quick = quick
         self.sandbox = None
+
+    def rows_of(self, group):
+        try:
+            return getattr(self, group)()
+        except (Failure, KeyError) as failure:
+            if not self.lenient:
+                raise
+            print(f"not measured in the other revision: {group} ({failure})", file=sys.stderr)
+            return []
 
     # --- running programs
 
@@ -103,6 +81,12 @@ class Bench:
                 last = (errors.read().strip().splitlines() or ["it said nothing"])[-1]
                 raise Failure(f"{words[0]} ended with {code}: {last}")
         return lines
+
+    def run_with_first_frame(self, *words, environment):
+        """The one load of a program that tells when it had drawn its first frame, with the time from its start to that."""
+        began = time.monotonic() * 1000
+        frame, load = self.run(*words, environment=environment)
+        return [{**load, "firstFrameMs": frame["firstFrameAt"] - began}]
 
     def start_sandbox(self, folder):
         words = [self.sandbox_program, "--data", folder, "--log", "/dev/null",
@@ -144,18 +128,89 @@ class Bench:
         late = pair("bench-late", 1, rounds)
         later = pair("bench", 10, 3) if self.quick else pair("bench", 40, 3)
         row = Row.of_samples
-        early = []
+        early, first_frames = [], ([], [])
         for after, limit in ((0, 1.00), (300, 0.50), (1000, 0.15)):
             environment = {"VELTO_BENCH_AFTER": str(after)}
-            one = lambda program: lambda: self.run(program, *self.server, "bench", 1, environment=environment)
+            one = lambda program: lambda: self.run_with_first_frame(program, *self.server, "bench", 1, environment=environment)
             samples = self.in_turns(rounds, one("velto-bench-load"), one("velto-bench-bare-load"))
+            for side, found in zip(first_frames, times(samples, "firstFrameMs")):
+                side.extend(found)
             early.append(row(f"first load, {after} ms after the first frame", "ms", *times(samples, "ms"), limit=limit))
+        turns = times(samples, "turnToFirstMs")
+        environment["VELTO_BENCH_ANIMATED"] = "1"
+        missed = times(self.in_turns(rounds, one("velto-bench-load"), one("velto-bench-bare-load")), "missedFrames")
+        asked = {after: [] for after in (0, 1000)}
+        bare_first, bare_open = [], []
+        with far_server(*self.server, 100) as far:
+            for _ in range(rounds):
+                for after, found in asked.items():
+                    found += self.run_with_first_frame("velto-bench-load", *far, "bench", 1, environment={"VELTO_BENCH_AFTER": str(after)})
+                early_bare, late_bare = self.run("velto-bench-bare-load", *far, "bench", 2)
+                bare_first.append(early_bare)
+                bare_open.append(late_bare)
+        requests = lambda samples: [sample["requestMs"] for sample in samples]
         return [row("first load of a process, server at once", "ms", *times(first, "ms"), limit=1.00),
                 row("first load, server after 200 ms", "ms", *times(late, "ms"), limit=0.65),
                 *early,
+                row("first request, 100 ms of round trip, 1000 ms after the first frame, over one on an open connection", "ms",
+                    requests(asked[1000]), requests(bare_open), limit=1.15),
+                row("  at the first frame, over the bare program's first", "ms", requests(asked[0]), requests(bare_first)),
+                row("start of the program to its window's first frame", "ms", *first_frames, limit=1.02),
                 row("later load, server at once", "ms", *times(later, "ms"), limit=0.12),
+                row("frames that an animation misses in a first load, 1000 ms after its first", "frames", *missed, limit=0, of="value"),
+                row("longest turn of the main loop, from the first frame to the first ad", "ms", *turns),
+                row("longest turn of the main loop in a later load", "ms", *times(later, "turnMs"), limit=4, of="value"),
                 row("  main thread in a first load, engine included", "ms", *times(first, "cpuMs")),
                 row("  main thread in a later load, engine included", "ms", *times(later, "cpuMs"))]
+
+    def many(self):
+        """Banners in a list: what each further one holds of its own, in the application and all its processes; and how the
+        list scrolls. Bare views have a process each for the memory, and scroll in one."""
+        if not os.path.exists(os.path.join(self.programs, "velto-bench-many")):
+            return []
+        run = lambda *words, **more: self.run("velto-bench-many", *self.server, "bench", *words, **more)
+        held = {"library": {}, "bare": {}}
+        for _ in range(1 if self.quick else 3):
+            for count in (1, 5, 20):
+                for side, found in held.items():
+                    def look(_, process, samples=found.setdefault(count, [])):
+                        samples.append(sum(map(private, (process, *descendants(process)))) / MIB)
+                    run(side, "memory", count, on_pause=look)
+
+        def further(side, count):
+            return [(many - one) / (count - 1) for many, one in zip(held[side][count], held[side][1])]
+
+        library, bare = self.in_turns(1 if self.quick else 3, lambda: [run("library", "scroll", 50)],
+                                      lambda: [run("bare", "scroll", 50)])
+        pick = lambda side, what: [line[what] for lines in side for line in lines if what in line]
+        return [Row.of_samples("private memory with one banner", "MiB", held["library"][1], held["bare"][1]),
+                *(Row.of_samples(f"  for each further of {count} banners", "MiB", further("library", count), further("bare", count),
+                                 limit=12, of="value") for count in (5, 20)),
+                Row.of_samples("frames missed while a list of 50 banners scrolls", "frames", pick(library, "missed"),
+                               pick(bare, "missed"), limit=0, of="value"),
+                Row.of_samples("a banner that scrolls back, until it is drawn", "ms", pick(library, "returnMs"),
+                               pick(bare, "returnMs"), limit=30, of="value")]
+
+    def idle(self):
+        """A minute beside an ad while nothing happens: how often a thread wakes up, and what that takes of the processor.
+        The engine looks at the memory that is left every five seconds, with or without an ad."""
+        length = 15 if self.quick else 60
+        cases = [("a banner", "static", "IN_VIEW", 4), ("a banner that is measured", "measured", "IN_VIEW", 4),
+                 ("a rich-media banner", "rich", "IN_VIEW", 4), ("a banner in a hidden window", "static", "HIDDEN", 4),
+                 ("an animated page in a hidden window", "animated", "HIDDEN", 4),
+                 ("an animated page, scrolled away", "animated", "OUT_OF_VIEW", 4)]
+        rows = []
+        for name, kind, place, limit in cases:
+            found = {}
+            for side in ("library", "bare"):
+                def look(_, process, counts=found.setdefault(side, [])):
+                    counts += wakes(process, length)
+                self.run("velto-bench-idle", side, kind, place, on_pause=look)
+            (own, own_ms, page, page_ms), (bare, bare_ms, bare_page, bare_page_ms) = found["library"], found["bare"]
+            rows += [Row(f"{length} s of {name}: wake-ups of the application", "", own, bare, limit, "difference"),
+                     Row("  and of the web processes", "", page, bare_page),
+                     Row("  processor time of both", "ms", own_ms + page_ms, bare_ms + bare_page_ms)]
+        return rows
 
     def glib(self):
         """The widget of the GObject library against the C++ interface below it."""
@@ -199,9 +254,11 @@ class Bench:
                                line["withoutMs"], limit=3, of="difference")]
 
     def rich(self):
-        (line,) = self.run("velto-bench-rich-media", 200 if self.quick else 1000)
+        (line,) = self.run("velto-bench-rich-media", 2500 if self.quick else 10000)
         return [Row.of_samples("rich media: command to the new state in the page", "ms", line["libraryMs"], line["bareMs"],
-                               limit=1.2)]
+                               limit=1.1),
+                Row.of_samples("  twenty commands in one turn, over one", "ms", line["twentyMs"], line["libraryMs"],
+                               limit=2)]
 
     def registration(self):
         def once(program):
@@ -217,7 +274,23 @@ class Bench:
                 Row.of_samples("  installing the platform before it", "ms", pick(library, "installMs"))]
 
     def operations(self):
-        words = ["velto-bench-operations", "--benchmark_format=json", "--benchmark_min_time=0.05",
+        samples = self.in_microseconds("velto-bench-operations")
+        pair = lambda what: (samples[f"BM_{what}ByLibrary"], samples[f"BM_{what}ByHand"])
+        return [Row.of_samples("building one ad request", "us", *pair("Request"), limit=1.5),
+                *self.layout(),
+                Row.of_samples("timeline of one load", "us", samples["BM_TimelineByLibrary"], None, limit=20, of="value")]
+
+    def layout(self):
+        """A window with a hundred banners gets another size; the toolkit places as many widgets by alignment."""
+        if not os.path.exists(os.path.join(self.programs, "velto-bench-layout")):
+            return []
+        samples = self.in_microseconds("velto-bench-layout")
+        return [Row.of_samples("layout of 100 banners in a window, over the toolkit's", "us", samples["BM_LayoutByLibrary"],
+                               samples["BM_LayoutByToolkit"], limit=2)]
+
+    def in_microseconds(self, program):
+        """The samples of each benchmark in a program of benchmarks."""
+        words = [program, "--benchmark_format=json", "--benchmark_min_time=0.05",
                  f"--benchmark_repetitions={5 if self.quick else 15}", "--benchmark_enable_random_interleaving=true"]
         process = self.start(words, subprocess.DEVNULL)
         output, _ = process.communicate(timeout=LONGEST_RUN)
@@ -229,10 +302,7 @@ class Bench:
                 raise Failure(f"{entry['name']}: {entry['error_message']}")
             if entry["run_type"] == "iteration":
                 samples.setdefault(entry["run_name"], []).append(entry["cpu_time"] / 1000)  # from nanoseconds
-        pair = lambda what: (samples[f"BM_{what}ByLibrary"], samples[f"BM_{what}ByHand"])
-        return [Row.of_samples("building one ad request", "us", *pair("Request")),
-                Row.of_samples("layout pass of 100 banners in one view", "us", *pair("Layout")),
-                Row.of_samples("timeline of one load", "us", samples["BM_TimelineByLibrary"], None, limit=20, of="value")]
+        return samples
 
     def tracking(self):
         def with_waiting(count):
@@ -247,6 +317,38 @@ class Bench:
                                pick(few, "deleteUs"), limit=3),
                 Row.of_samples("starting with 10,000 tracks waiting, main thread", "ms", start(many), start(few), limit=50,
                                of="value")]
+
+    def growth(self):
+        """What each doubling of the work costs. Four doublings in a row count, so that noise does not, from where the work
+        costs more than what is always there; the worst four of them are the figure."""
+        halves = lambda most, least: sorted(most >> n for n in range(int(math.log2(most / least)) + 1))
+        rounds = 3 if self.quick else 9
+        sizes = halves(100000, 10)
+        kinds = [("markup, 10 KiB to 5 MiB", "velto-bench-growth", ["markup"], rounds, halves(5 << 20, 10 << 10)),
+                 ("mediation, 10 to 10,000 items", "velto-bench-growth", ["mediation"], rounds, halves(10000, 10)),
+                 ("1 to 100 placements at once", "velto-bench-growth", ["placements"], rounds, halves(100, 1)),
+                 ("10 to 100,000 tracks stored and sent", "velto-bench-growth", ["tracks"], 1 if self.quick else 3, sizes),
+                 ("polling with 10 to 100,000 pending tracks", "velto-bench-growth", ["polling"], 1 if self.quick else 3, sizes),
+                 ("1 to 1,000 listeners in a page", "velto-bench-listeners", [], rounds, halves(1000, 1))]
+        rows = []
+        for name, program, words, count, sizes in kinds:
+            if os.path.exists(os.path.join(self.programs, program)):
+                measure = lambda kind: {line["size"]: line["ms"] for line in self.run(program, *kind, count, *sizes)}
+                rows.append(growth_row(name, measure(words), measure(["texts"]) if words == ["tracks"] else None))
+        if os.path.exists(os.path.join(self.programs, "velto-bench-tracking")):
+            starts = {size: [] for size in halves(100000, 1000)}
+            for size in [size for _ in range(1 if self.quick else 3) for size in starts]:
+                with tempfile.TemporaryDirectory() as folder:
+                    starts[size] += [line["startMs"] for line in self.run("velto-bench-tracking", folder, size)]
+            rows.append(growth_row("a start with 1,000 to 100,000 tracks in the store", starts))
+        return rows
+
+    def fleet(self):
+        lines = self.run("velto-bench-fleet", 20000 if self.quick else 100000)
+        after = lambda away: next(line for line in lines if line["hour"] == "after" and line["away"] == away)
+        return [Row(f"  {what} back after an hour: requests in the highest second over the mean", "a second",
+                    after(away)["highest"], after(away)["mean"], 3)
+                for away, what in (("all", "servers"), ("tracking", "tracking servers"))]
 
     def size(self):
         rows = []
@@ -308,84 +410,74 @@ class Bench:
         return rows
 
 
-# --- memory of other processes, in bytes
-
-
-def resident(process, field):
-    with open(f"/proc/{process}/status", encoding="utf-8") as file:
-        return next(int(line.split()[1]) * 1024 for line in file if line.startswith(field + ":"))
-
-
-def proportional(process):
-    """Shared pages count by their share; nothing for a process that has just ended."""
-    try:
-        with open(f"/proc/{process}/smaps_rollup", encoding="utf-8") as file:
-            return next(int(line.split()[1]) * 1024 for line in file if line.startswith("Pss:"))
-    except (OSError, StopIteration):
-        return 0
-
-
-def descendants(process):
-    found = []
-    for thread in os.listdir(f"/proc/{process}/task"):
-        with open(f"/proc/{process}/task/{thread}/children", encoding="utf-8") as file:
-            children = file.read().split()
-        for child in children:
-            try:
-                found += [child, *descendants(child)]
-            except OSError:  # it ended meanwhile
-                pass
-    return found
-
-
-# --- the table
-
-
-def print_table(rows):
-    lines = [["", "library", "bare", "ratio", "budget", ""]] + [row.cells() for row in rows]
-    widths = [max(len(line[column]) for line in lines) for column in range(len(lines[0]))]
-    for number, line in enumerate(lines):
-        cells = [cell.ljust(width) if column in (0, 5) else cell.rjust(width)
-                 for column, (cell, width) in enumerate(zip(line, widths))]
-        print("  ".join(cells).rstrip())
-        if number == 0:
-            print("-" * (sum(widths) + 2 * (len(widths) - 1)))
+def measured(benches, group):
+    """The group's rows of each bench. Two benches take turns, and what they found in each is put together."""
+    print(f"measuring: {group}", file=sys.stderr, flush=True)
+    others = use_of_others()
+    turns = [benches, benches[::-1], benches] if len(benches) > 1 else [benches]
+    found = {bench: [] for bench in benches}
+    for turn in turns:
+        for bench in turn:
+            found[bench].append(bench.rows_of(group))
+    others = max(others, use_of_others())
+    rows = [merged(found[bench]) for bench in benches]
+    for row in sum(rows, []):
+        row.busy = others > MOST_OF_OTHERS
+    return rows
 
 
 def main():
     parser = argparse.ArgumentParser(prog="scripts/bench", description=__doc__)
     parser.add_argument("--build", required=True, help="build folder")
-    parser.add_argument("--out", required=True, help="file for the table and all samples, as JSON")
+    parser.add_argument("--out", required=True, help="file for the table and all samples, as JSON; the chart goes beside it")
     parser.add_argument("--quick", action="store_true", help="fewer samples, 200 refreshes")
+    parser.add_argument("--against", nargs=2, metavar=("REV", "FOLDER"), help="another revision, and its build folder")
     parser.add_argument("groups", nargs="*", metavar="GROUP", help="which rows: " + ", ".join(GROUPS) + " (all)")
     arguments = parser.parse_args()
     unknown = [group for group in arguments.groups if group not in GROUPS]
     if unknown:
         parser.error(f"there is no group {unknown[0]!r}; there are {', '.join(GROUPS)}")
 
-    bench = Bench(arguments.build, arguments.quick)
+    benches = [Bench(arguments.build, arguments.quick)]
+    if arguments.against:
+        benches.append(Bench(arguments.against[1], arguments.quick, lenient=True))
     load_before = os.getloadavg()[0]
-    rows = []
+    rows = [[] for _ in benches]
+    folders = [tempfile.TemporaryDirectory() for _ in benches]
     try:
-        with tempfile.TemporaryDirectory() as folder:
-            bench.start_sandbox(folder)
-            for group in arguments.groups or GROUPS:
-                print(f"measuring: {group}", file=sys.stderr, flush=True)
-                rows += getattr(bench, group)()
+        for bench, folder in zip(benches, folders):
+            bench.start_sandbox(folder.name)
+        for group in arguments.groups or GROUPS:
+            for all_rows, more in zip(rows, measured(benches, group)):
+                all_rows += more
     except Failure as failure:
         print(f"bench: {failure}", file=sys.stderr)
         return 1
     finally:
-        bench.stop_sandbox()
+        for bench, folder in zip(benches, folders):
+            bench.stop_sandbox()
+            folder.cleanup()
 
-    print_table(rows)
-    if load_before > os.cpu_count() / 2:
+    own = rows[0]
+    if arguments.against:
+        heads = ["", arguments.against[0], "ratio", "this one", "ratio", "change", "budget", ""]
+        print_table(heads, compared(own, rows[1]))
+    else:
+        print_table(["", "library", "bare", "ratio", "budget", ""], [row.cells() for row in own])
+    if any(row.busy for row in own):
+        print("\n* The machine was busy with something else before or after these.")
+    elif load_before > os.cpu_count() / 2:
         print(f"\nThe machine was busy before this began (load {load_before:.1f} on {os.cpu_count()} processors).")
+    result = {"quick": arguments.quick, "processors": os.cpu_count(), "loadBefore": load_before,
+              "rows": [row.record() for row in own]}
+    if arguments.against:
+        result["against"] = {"revision": arguments.against[0], "rows": [row.record() for row in rows[1]]}
     os.makedirs(os.path.dirname(os.path.abspath(arguments.out)), exist_ok=True)
     with open(arguments.out, "w", encoding="utf-8") as file:
-        json.dump({"quick": arguments.quick, "processors": os.cpu_count(), "loadBefore": load_before,
-                   "rows": [row.record() for row in rows]}, file, indent=1)
+        json.dump(result, file, indent=1)
         file.write("\n")
+    with open(os.path.splitext(arguments.out)[0] + ".html", "w", encoding="utf-8") as file:
+        file.write(chart.page(result))
     return 0
 
 

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "velto-banner-private.h"
+#include "velto-placement-private.h"
 
 namespace velto_glib {
 namespace {
@@ -32,7 +33,7 @@ gboolean giveUp(gpointer data) noexcept {
   priv.givingUp = 0;
   if (priv.state != VELTO_BANNER_STATE_EMPTY || (priv.waiting.isEmpty() && !priv.wantsAd))
     return G_SOURCE_REMOVE;
-  GError* error = errorFrom(velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorServer));
+  GError* error = errorFrom(whyLost(priv.ad));
   conclude(banner, error);
   g_error_free(error);
   return G_SOURCE_REMOVE;
@@ -106,6 +107,15 @@ BannerPrivate::BannerPrivate(VeltoBanner* banner)
 
 BannerPrivate::~BannerPrivate() = default;
 
+void passOnValues(const BannerPrivate& priv) {
+  if (!priv.ad) return;
+  priv.ad->setAnimation(velto::VeltoAnimation(priv.animation));
+  priv.ad->setPlacement(priv.placement.value_or("banner"));
+  priv.ad->setHeavyAdPolicy(velto::VeltoHeavyAdPolicy(priv.heavyAdPolicy));
+  priv.ad->setEnableAutoRefresh(priv.autoRefresh);
+  priv.ad->setRefreshTimeSeconds(priv.refreshInterval);
+}
+
 // Throws as hostViewController() does.
 void loadBanner(VeltoBanner* banner) {
   auto& priv = privateOf(banner);
@@ -116,9 +126,7 @@ void loadBanner(VeltoBanner* banner) {
   }
   const auto ad = priv.ad;  // also when a handler clears the banner
   ad->setSize(velto::VeltoBannerSize(priv.size));
-  ad->setAnimation(velto::VeltoAnimation(priv.animation));
-  ad->setEnableAutoRefresh(priv.autoRefresh);
-  ad->setRefreshTimeSeconds(priv.refreshInterval);
+  passOnValues(priv);
   ad->load(settingsFrom(priv.targeting));
 }
 

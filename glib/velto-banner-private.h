@@ -21,8 +21,10 @@ struct BannerPrivate {
   gboolean autoRefresh = FALSE;
   guint refreshInterval = 30;  // seconds
   VeltoAnimation animation = VELTO_ANIMATION_NONE;
+  VeltoHeavyAdPolicy heavyAdPolicy = VELTO_HEAVY_AD_POLICY_REPORT;
   gboolean collapse = TRUE;
   VeltoTargeting* targeting = nullptr;
+  std::optional<std::string> placement;
   VeltoBannerState state = VELTO_BANNER_STATE_EMPTY;
   int adWidth = 0;
   int adHeight = 0;
@@ -39,11 +41,13 @@ enum BannerProperty : guint {
   BannerAutoRefresh,
   BannerRefreshInterval,
   BannerAnimation,
+  BannerHeavyAdPolicy,
   BannerCollapse,
   BannerTargeting,
   BannerState,
   BannerAdWidth,
   BannerAdHeight,
+  BannerPlacement,
   BannerProperties
 };
 enum class BannerSignal { Loaded, Failed, Pressed, Removed };
@@ -54,6 +58,7 @@ void notifyBanner(VeltoBanner* banner, BannerProperty property);
 void emitBanner(VeltoBanner* banner, BannerSignal signal, const GError* error = nullptr);
 // velto-banner-load.cpp
 void loadBanner(VeltoBanner* banner);
+void passOnValues(const BannerPrivate& priv);  // those that the next load counts on, which may be a refresh
 void letBannerGo(VeltoBanner* banner);
 // velto-banner-properties.cpp
 void keepRoom(VeltoBanner* banner);

@@ -1,4 +1,4 @@
-// The banner's values. Most count from the next load on.
+// The banner's values. Most count from the next load on, which may be a refresh.
 #include "velto-banner-private.h"
 
 namespace velto_glib {
@@ -18,6 +18,7 @@ velto::CGSize roomOf(VeltoBannerSize size) {
 template <class Member, class Value>
 bool set(VeltoBanner* banner, Member member, Value value, BannerProperty property) {
   if (std::exchange(privateOf(banner).*member, value) == value) return false;
+  passOnValues(privateOf(banner));
   notifyBanner(banner, property);
   return true;
 }
@@ -206,6 +207,38 @@ void velto_banner_set_animation(VeltoBanner* self, VeltoAnimation animation) {
   velto_return_if_elsewhere();
   if (!isValueOf(VELTO_TYPE_ANIMATION, animation, __func__)) return;
   set(self, &BannerPrivate::animation, animation, BannerAnimation);
+}
+
+/**
+ * velto_banner_get_heavy_ad_policy: (get-property heavy-ad-policy)
+ * @self: a banner
+ *
+ * Gets what becomes of an ad that costs the device too much.
+ *
+ * Returns: the policy
+ *
+ * Since: 1.0
+ */
+VeltoHeavyAdPolicy velto_banner_get_heavy_ad_policy(VeltoBanner* self) {
+  g_return_val_if_fail(VELTO_IS_BANNER(self), VeltoHeavyAdPolicy(0));
+  velto_return_val_if_elsewhere(VeltoHeavyAdPolicy(0));
+  return privateOf(self).heavyAdPolicy;
+}
+
+/**
+ * velto_banner_set_heavy_ad_policy: (set-property heavy-ad-policy)
+ * @self: a banner
+ * @policy: the policy
+ *
+ * Sets what becomes of an ad that costs the device too much.
+ *
+ * Since: 1.0
+ */
+void velto_banner_set_heavy_ad_policy(VeltoBanner* self, VeltoHeavyAdPolicy policy) {
+  g_return_if_fail(VELTO_IS_BANNER(self));
+  velto_return_if_elsewhere();
+  if (!isValueOf(VELTO_TYPE_HEAVY_AD_POLICY, policy, __func__)) return;
+  set(self, &BannerPrivate::heavyAdPolicy, policy, BannerHeavyAdPolicy);
 }
 
 /**

@@ -69,10 +69,14 @@ static void velto_banner_get_property(GObject* object, guint id, GValue* value, 
       return g_value_set_uint(value, priv.refreshInterval);
     case BannerAnimation:
       return g_value_set_enum(value, priv.animation);
+    case BannerHeavyAdPolicy:
+      return g_value_set_enum(value, priv.heavyAdPolicy);
     case BannerCollapse:
       return g_value_set_boolean(value, priv.collapse);
     case BannerTargeting:
       return g_value_set_object(value, priv.targeting);
+    case BannerPlacement:
+      return g_value_set_string(value, priv.placement ? priv.placement->c_str() : nullptr);
     case BannerState:
       return g_value_set_enum(value, priv.state);
     case BannerAdWidth:
@@ -97,10 +101,14 @@ static void velto_banner_set_property(GObject* object, guint id, const GValue* v
       return velto_banner_set_refresh_interval(self, g_value_get_uint(value));
     case BannerAnimation:
       return velto_banner_set_animation(self, VeltoAnimation(g_value_get_enum(value)));
+    case BannerHeavyAdPolicy:
+      return velto_banner_set_heavy_ad_policy(self, VeltoHeavyAdPolicy(g_value_get_enum(value)));
     case BannerCollapse:
       return velto_banner_set_collapse(self, g_value_get_boolean(value));
     case BannerTargeting:
       return velto_banner_set_targeting(self, static_cast<VeltoTargeting*>(g_value_get_object(value)));
+    case BannerPlacement:
+      return velto_banner_set_placement(self, g_value_get_string(value));
     default:
       G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
   }
@@ -194,6 +202,16 @@ static void add_properties(GObjectClass* klass) {
   properties[BannerAnimation] =
       g_param_spec_enum("animation", nullptr, nullptr, VELTO_TYPE_ANIMATION, VELTO_ANIMATION_NONE, writable);
   /**
+   * VeltoBanner:heavy-ad-policy: (getter get_heavy_ad_policy) (setter set_heavy_ad_policy)
+   *
+   * What becomes of an ad that costs the device too much. Counts from the next load on.
+   *
+   * Since: 1.0
+   */
+  properties[BannerHeavyAdPolicy] =
+      g_param_spec_enum("heavy-ad-policy", nullptr, nullptr, VELTO_TYPE_HEAVY_AD_POLICY,
+                        VELTO_HEAVY_AD_POLICY_REPORT, writable);
+  /**
    * VeltoBanner:collapse: (getter get_collapse) (setter set_collapse)
    *
    * Whether the banner takes no room while there is nothing to show; else it keeps that of [property@Velto.Banner:size].
@@ -237,6 +255,14 @@ static void add_properties(GObjectClass* klass) {
    * Since: 1.0
    */
   properties[BannerAdHeight] = g_param_spec_int("ad-height", nullptr, nullptr, 0, G_MAXINT, 0, readable);
+  /**
+   * VeltoBanner:placement: (getter get_placement) (setter set_placement)
+   *
+   * What logs, timelines and metrics call it.
+   *
+   * Since: 1.0
+   */
+  properties[BannerPlacement] = g_param_spec_string("placement", nullptr, nullptr, nullptr, writable);
   g_object_class_install_properties(klass, BannerProperties, properties);
 }
 

@@ -30,6 +30,8 @@ VELTO_PUBLIC guint velto_banner_get_refresh_interval(VeltoBanner* self);
 VELTO_PUBLIC void velto_banner_set_refresh_interval(VeltoBanner* self, guint seconds);
 VELTO_PUBLIC VeltoAnimation velto_banner_get_animation(VeltoBanner* self);
 VELTO_PUBLIC void velto_banner_set_animation(VeltoBanner* self, VeltoAnimation animation);
+VELTO_PUBLIC VeltoHeavyAdPolicy velto_banner_get_heavy_ad_policy(VeltoBanner* self);
+VELTO_PUBLIC void velto_banner_set_heavy_ad_policy(VeltoBanner* self, VeltoHeavyAdPolicy policy);
 VELTO_PUBLIC gboolean velto_banner_get_collapse(VeltoBanner* self);
 VELTO_PUBLIC void velto_banner_set_collapse(VeltoBanner* self, gboolean collapse);
 VELTO_PUBLIC VeltoTargeting* velto_banner_get_targeting(VeltoBanner* self);
@@ -37,5 +39,8 @@ VELTO_PUBLIC void velto_banner_set_targeting(VeltoBanner* self, VeltoTargeting* 
 VELTO_PUBLIC VeltoBannerState velto_banner_get_state(VeltoBanner* self);
 VELTO_PUBLIC int velto_banner_get_ad_width(VeltoBanner* self);
 VELTO_PUBLIC int velto_banner_get_ad_height(VeltoBanner* self);
+VELTO_PUBLIC const char* velto_banner_get_placement(VeltoBanner* self);
+VELTO_PUBLIC void velto_banner_set_placement(VeltoBanner* self, const char* placement);
+VELTO_PUBLIC GList* velto_banner_get_timelines(VeltoBanner* self);
 
 G_END_DECLS

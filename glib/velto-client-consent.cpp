@@ -1,4 +1,4 @@
-// What may change while the client runs: key, consent, what a person has allowed.
+// What may change while the client runs: key, consent, what a person has allowed, and what is counted.
 #include "velto-client-accessors.h"
 
 using namespace velto_glib;
@@ -244,4 +244,48 @@ VeltoForeground velto_client_get_in_foreground(VeltoClient* self) {
  */
 void velto_client_set_in_foreground(VeltoClient* self, VeltoForeground in_foreground) {
   setClientNumber(self, ClientInForeground, in_foreground, __func__);
+}
+
+/**
+ * velto_client_get_collect_metrics: (get-property collect-metrics)
+ * @self: a client
+ *
+ * Gets whether loads are counted.
+ *
+ * Returns: whether they are
+ *
+ * Since: 1.0
+ */
+gboolean velto_client_get_collect_metrics(VeltoClient* self) {
+  return clientNumber(self, ClientCollectMetrics, __func__);
+}
+
+/**
+ * velto_client_set_collect_metrics: (set-property collect-metrics)
+ * @self: a client
+ * @collect_metrics: whether they are
+ *
+ * Sets whether loads are counted, from then on.
+ *
+ * Since: 1.0
+ */
+void velto_client_set_collect_metrics(VeltoClient* self, gboolean collect_metrics) {
+  setClientNumber(self, ClientCollectMetrics, collect_metrics != FALSE, __func__);
+}
+
+/**
+ * velto_client_dup_metrics:
+ * @self: a client
+ *
+ * Writes the counts as OpenMetrics text, for an HTTP handler of the application's or a file that a collector reads.
+ *
+ * Returns: (nullable) (transfer full): the text, or %NULL while nothing is counted
+ *
+ * Since: 1.0
+ */
+char* velto_client_dup_metrics(VeltoClient* self) {
+  g_return_val_if_fail(VELTO_IS_CLIENT(self), nullptr);
+  velto_return_val_if_elsewhere(nullptr);
+  const auto& metrics = valuesOf(self).metrics;
+  return metrics ? g_strdup(metrics->openMetrics().c_str()) : nullptr;
 }

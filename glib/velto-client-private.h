@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -25,6 +26,7 @@ enum ClientProperty : guint {
   // Switches.
   ClientTestMode,
   ClientPersonalInfoAllowed,
+  ClientCollectMetrics,
   // Choices.
   ClientCalendarAccess,
   ClientPicturesAccess,
@@ -33,6 +35,7 @@ enum ClientProperty : guint {
   ClientCaFile,
   ClientHostMap,
   ClientRequestTimeout,
+  ClientLocalNetworkAllowed,  // a switch
   ClientProperties
 };
 
@@ -44,6 +47,7 @@ struct ClientValues {
   GFile* caFile = nullptr;
   GVariant* hostMap = nullptr;
   guint requestTimeout = defaultRequestTimeout;
+  std::shared_ptr<velto::VeltoMetrics> metrics;  // while they are collected
 };
 
 // velto-client.cpp

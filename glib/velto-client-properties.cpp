@@ -11,7 +11,7 @@ bool isText(guint id) {
 }
 
 bool isNumber(guint id) {
-  return id >= ClientTestMode && id <= ClientInForeground;
+  return (id >= ClientTestMode && id <= ClientInForeground) || id == ClientLocalNetworkAllowed;
 }
 
 // What the library takes only once.
@@ -201,6 +201,14 @@ void addClientProperties(GObjectClass* klass) {
   properties[ClientPersonalInfoAllowed] =
       g_param_spec_boolean("personal-info-allowed", nullptr, nullptr, FALSE, flags);
   /**
+   * VeltoClient:collect-metrics: (getter get_collect_metrics) (setter set_collect_metrics)
+   *
+   * Whether loads are counted, from then on, for [method@Velto.Client.dup_metrics].
+   *
+   * Since: 1.0
+   */
+  properties[ClientCollectMetrics] = g_param_spec_boolean("collect-metrics", nullptr, nullptr, FALSE, flags);
+  /**
    * VeltoClient:calendar-access: (getter get_calendar_access) (setter set_calendar_access)
    *
    * Whether ads may add events to the person's calendar. The application asks the person, the library never does.
@@ -251,6 +259,16 @@ void addClientProperties(GObjectClass* klass) {
    */
   properties[ClientRequestTimeout] =
       g_param_spec_uint("request-timeout", nullptr, nullptr, 1, G_MAXINT, defaultRequestTimeout, flags);
+  /**
+   * VeltoClient:local-network-allowed: (getter get_local_network_allowed) (setter set_local_network_allowed)
+   *
+   * Whether ads may connect to this machine and to the network around it, such as an ad server of the house. What
+   * [property@Velto.Client:host-map] names is reached in any case.
+   *
+   * Since: 1.0
+   */
+  properties[ClientLocalNetworkAllowed] =
+      g_param_spec_boolean("local-network-allowed", nullptr, nullptr, FALSE, flags);
   g_object_class_install_properties(klass, ClientProperties, properties);
 }
 

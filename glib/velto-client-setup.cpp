@@ -260,3 +260,30 @@ void velto_client_set_request_timeout(VeltoClient* self, guint seconds) {
   valuesOf(self).requestTimeout = seconds;
   changed(self, ClientRequestTimeout);
 }
+
+/**
+ * velto_client_get_local_network_allowed: (get-property local-network-allowed)
+ * @self: a client
+ *
+ * Gets whether ads may connect to this machine and to the network around it.
+ *
+ * Returns: whether they may
+ *
+ * Since: 1.0
+ */
+gboolean velto_client_get_local_network_allowed(VeltoClient* self) {
+  return clientNumber(self, ClientLocalNetworkAllowed, __func__);
+}
+
+/**
+ * velto_client_set_local_network_allowed: (set-property local-network-allowed)
+ * @self: a client
+ * @allowed: whether they may
+ *
+ * Sets whether ads may connect to this machine and to the network around it. They may not at first.
+ *
+ * Since: 1.0
+ */
+void velto_client_set_local_network_allowed(VeltoClient* self, gboolean allowed) {
+  setClientNumber(self, ClientLocalNetworkAllowed, allowed != FALSE, __func__);
+}

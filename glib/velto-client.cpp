@@ -140,6 +140,7 @@ velto::gtk::Options optionsOf(VeltoClient* client) {
   options.applicationIdentifier = text(client, ClientApplicationId).value_or("");
   options.applicationName = text(client, ClientApplicationName).value_or("");
   options.requestTimeout = std::chrono::seconds(values.requestTimeout);
+  options.mayReachLocalNetwork = values.numbers[ClientLocalNetworkAllowed] != 0;
   if (values.caFile) {
     auto* path = g_file_get_path(values.caFile);
     if (!path) throw std::invalid_argument("ca-file is no file of this machine");
@@ -168,6 +169,11 @@ void registerKey(VeltoClient* client) {
   velto::VeltoFramework::setUsPrivacy(text(client, ClientUsPrivacy));
 }
 
+void collectMetrics(VeltoClient* client) {
+  const bool isOn = client->values->numbers[ClientCollectMetrics] != 0;
+  client->values->metrics = isOn ? velto::VeltoMetrics::collect() : nullptr;
+}
+
 velto::gtk::Access accessOf(int value) {
   if (value == VELTO_ACCESS_ALLOWED) return velto::gtk::Access::Allowed;
   return value == VELTO_ACCESS_DENIED ? velto::gtk::Access::Denied : velto::gtk::Access::NotDetermined;
@@ -192,6 +198,7 @@ void startWith(VeltoClient* client) {
                                    text(client, ClientPublisherServer).value_or(""),
                                    text(client, ClientTrackingServer).value_or("")});
   registerKey(client);
+  collectMetrics(client);
   ground().setCalendarAccess(accessOf(client->values->numbers[ClientCalendarAccess]));
   ground().setPicturesAccess(accessOf(client->values->numbers[ClientPicturesAccess]));
   const int foreground = client->values->numbers[ClientInForeground];
@@ -218,6 +225,8 @@ void putIntoEffect(VeltoClient* client, guint property) {
       return velto::VeltoFramework::setGDPRConsent(text(client, ClientGdprConsent));
     case ClientUsPrivacy:
       return velto::VeltoFramework::setUsPrivacy(text(client, ClientUsPrivacy));
+    case ClientCollectMetrics:
+      return collectMetrics(client);
     case ClientCalendarAccess:
       return ground().setCalendarAccess(accessOf(number));
     case ClientPicturesAccess:

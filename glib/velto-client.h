@@ -49,6 +49,12 @@ VELTO_PUBLIC GVariant* velto_client_get_host_map(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_host_map(VeltoClient* self, GVariant* host_map);
 VELTO_PUBLIC guint velto_client_get_request_timeout(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_request_timeout(VeltoClient* self, guint seconds);
+VELTO_PUBLIC gboolean velto_client_get_local_network_allowed(VeltoClient* self);
+VELTO_PUBLIC void velto_client_set_local_network_allowed(VeltoClient* self, gboolean allowed);
+
+VELTO_PUBLIC gboolean velto_client_get_collect_metrics(VeltoClient* self);
+VELTO_PUBLIC void velto_client_set_collect_metrics(VeltoClient* self, gboolean collect_metrics);
+VELTO_PUBLIC char* velto_client_dup_metrics(VeltoClient* self);
 
 VELTO_PUBLIC VeltoAccess velto_client_get_calendar_access(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_calendar_access(VeltoClient* self, VeltoAccess access);

@@ -83,4 +83,20 @@ typedef enum {
   VELTO_ANIMATION_FROM_RIGHT_WITH_SPRING,
 } VeltoAnimation;
 
+/**
+ * VeltoHeavyAdPolicy:
+ * @VELTO_HEAVY_AD_POLICY_REPORT: it is told in the log and the figures, and goes on
+ * @VELTO_HEAVY_AD_POLICY_PAUSE_UNSEEN: what it plays stands still while nobody sees it
+ * @VELTO_HEAVY_AD_POLICY_REPLACE: it is taken out, and the next refresh brings another
+ *
+ * What becomes of an ad that costs the device too much: network, processor or memory.
+ *
+ * Since: 1.0
+ */
+typedef enum {
+  VELTO_HEAVY_AD_POLICY_REPORT,
+  VELTO_HEAVY_AD_POLICY_PAUSE_UNSEEN,
+  VELTO_HEAVY_AD_POLICY_REPLACE,
+} VeltoHeavyAdPolicy;
+
 G_END_DECLS

@@ -36,6 +36,7 @@ typedef enum {
  */
 #define VELTO_AD_ERROR (velto_ad_error_quark())
 VELTO_PUBLIC GQuark velto_ad_error_quark(void);
+VELTO_PUBLIC const char* velto_ad_error_get_reason(const GError* error);
 
 /**
  * VeltoClientError:

@@ -13,4 +13,5 @@
 #include "velto-interstitial.h"
 #include "velto-targeting-enums.h"
 #include "velto-targeting.h"
+#include "velto-timeline.h"
 #include "velto-vast-request.h"

@@ -1,5 +1,6 @@
 // The interstitial's ad: asked for, presented, heard of, let go.
 #include "velto-interstitial-private.h"
+#include "velto-placement-private.h"
 
 namespace velto_glib {
 namespace {
@@ -31,7 +32,7 @@ gboolean giveUp(gpointer data) noexcept {
   auto* interstitial = VELTO_INTERSTITIAL(data);
   auto& priv = privateOf(interstitial);
   priv.givingUp = 0;
-  const auto lost = velto::VeltoErrorAd::veltoErrorAdWithCode(velto::VeltoErrorServer);
+  const auto lost = whyLost(priv.ad);
   const Kept kept(interstitial);
   if (priv.state != VELTO_INTERSTITIAL_STATE_PRESENTED && std::exchange(priv.rising, false))
     fail(interstitial, priv.presenting, errorFrom(lost));
@@ -64,9 +65,10 @@ void takeState(VeltoInterstitial* interstitial) {
 // Null when it is on its way to the screen. The parent may be null.
 GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
   auto& priv = privateOf(interstitial);
-  if (!priv.ad) return refusal("no interstitial is ready");
+  using Why = velto::VeltoAdEndReason;
+  if (!priv.ad) return errorFrom(velto::VeltoErrorAd::because(Why::NothingReady));
   if (priv.state == VELTO_INTERSTITIAL_STATE_PRESENTED)
-    return refusal("the interstitial is on the screen already");
+    return errorFrom(velto::VeltoErrorAd::because(Why::PresentedAlready));
   GError* error = nullptr;
   const auto ad = priv.ad;
   guarded(
@@ -185,6 +187,8 @@ static void load(VeltoInterstitial* self) {
       [&] {
         if (!priv.ad) priv.ad = velto::VeltoInterstitialViewController::initWithDelegate(priv.delegate);
         const auto ad = priv.ad;  // also when a handler clears the interstitial
+        ad->setPlacement(priv.placement.value_or("interstitial"));
+        ad->setHeavyAdPolicy(velto::VeltoHeavyAdPolicy(priv.heavyAdPolicy));
         ad->load(settingsFrom(priv.targeting));
       },
       adErrorFrom);

@@ -17,7 +17,9 @@ struct InterstitialPrivate {
   std::shared_ptr<velto::VeltoInterstitialViewController> ad;  // null until the first load
   GtkWidget* autoPresentFor = nullptr;                         // weak
   VeltoAnimation animation = VELTO_ANIMATION_NONE;
+  VeltoHeavyAdPolicy heavyAdPolicy = VELTO_HEAVY_AD_POLICY_REPORT;
   VeltoTargeting* targeting = nullptr;
+  std::optional<std::string> placement;
   VeltoInterstitialState state = VELTO_INTERSTITIAL_STATE_EMPTY;
   bool rising = false;    // on its way to the screen
   bool appeared = false;  // what is presented has been seen
@@ -32,7 +34,9 @@ enum InterstitialProperty : guint {
   InterstitialState,
   InterstitialAutoPresentFor,
   InterstitialAnimation,
+  InterstitialHeavyAdPolicy,
   InterstitialTargeting,
+  InterstitialPlacement,
   InterstitialProperties
 };
 enum class InterstitialSignal { Loaded, Failed, Presented, Pressed, Closed };

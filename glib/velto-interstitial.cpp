@@ -44,8 +44,12 @@ static void velto_interstitial_get_property(GObject* object, guint id, GValue* v
       return g_value_set_object(value, priv.autoPresentFor);
     case InterstitialAnimation:
       return g_value_set_enum(value, priv.animation);
+    case InterstitialHeavyAdPolicy:
+      return g_value_set_enum(value, priv.heavyAdPolicy);
     case InterstitialTargeting:
       return g_value_set_object(value, priv.targeting);
+    case InterstitialPlacement:
+      return g_value_set_string(value, priv.placement ? priv.placement->c_str() : nullptr);
     default:
       G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
   }
@@ -60,8 +64,12 @@ static void velto_interstitial_set_property(GObject* object, guint id, const GVa
                                                      static_cast<GtkWidget*>(g_value_get_object(value)));
     case InterstitialAnimation:
       return velto_interstitial_set_animation(self, VeltoAnimation(g_value_get_enum(value)));
+    case InterstitialHeavyAdPolicy:
+      return velto_interstitial_set_heavy_ad_policy(self, VeltoHeavyAdPolicy(g_value_get_enum(value)));
     case InterstitialTargeting:
       return velto_interstitial_set_targeting(self, static_cast<VeltoTargeting*>(g_value_get_object(value)));
+    case InterstitialPlacement:
+      return velto_interstitial_set_placement(self, g_value_get_string(value));
     default:
       G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
   }
@@ -126,6 +134,16 @@ static void add_properties(GObjectClass* klass) {
   properties[InterstitialAnimation] =
       g_param_spec_enum("animation", nullptr, nullptr, VELTO_TYPE_ANIMATION, VELTO_ANIMATION_NONE, writable);
   /**
+   * VeltoInterstitial:heavy-ad-policy: (getter get_heavy_ad_policy) (setter set_heavy_ad_policy)
+   *
+   * What becomes of an ad that costs the device too much. Counts from the next load on.
+   *
+   * Since: 1.0
+   */
+  properties[InterstitialHeavyAdPolicy] =
+      g_param_spec_enum("heavy-ad-policy", nullptr, nullptr, VELTO_TYPE_HEAVY_AD_POLICY,
+                        VELTO_HEAVY_AD_POLICY_REPORT, writable);
+  /**
    * VeltoInterstitial:targeting: (getter get_targeting) (setter set_targeting)
    *
    * What the ad server is told of the person who uses the application.
@@ -134,6 +152,14 @@ static void add_properties(GObjectClass* klass) {
    */
   properties[InterstitialTargeting] =
       g_param_spec_object("targeting", nullptr, nullptr, VELTO_TYPE_TARGETING, writable);
+  /**
+   * VeltoInterstitial:placement: (getter get_placement) (setter set_placement)
+   *
+   * What logs, timelines and metrics call it.
+   *
+   * Since: 1.0
+   */
+  properties[InterstitialPlacement] = g_param_spec_string("placement", nullptr, nullptr, nullptr, writable);
   g_object_class_install_properties(klass, InterstitialProperties, properties);
 }
 
@@ -297,69 +323,4 @@ void velto_interstitial_set_auto_present_for(VeltoInterstitial* self, GtkWidget*
   if (before) g_object_weak_unref(G_OBJECT(before), parent_gone, self);
   if (parent) g_object_weak_ref(G_OBJECT(parent), parent_gone, self);
   notifyInterstitial(self, InterstitialAutoPresentFor);
-}
-
-/**
- * velto_interstitial_get_animation: (get-property animation)
- * @self: an interstitial
- *
- * Gets how the ad comes in.
- *
- * Returns: the animation
- *
- * Since: 1.0
- */
-VeltoAnimation velto_interstitial_get_animation(VeltoInterstitial* self) {
-  g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), VeltoAnimation(0));
-  velto_return_val_if_elsewhere(VeltoAnimation(0));
-  return privateOf(self).animation;
-}
-
-/**
- * velto_interstitial_set_animation: (set-property animation)
- * @self: an interstitial
- * @animation: the animation
- *
- * Sets how the ad comes in.
- *
- * Since: 1.0
- */
-void velto_interstitial_set_animation(VeltoInterstitial* self, VeltoAnimation animation) {
-  g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  velto_return_if_elsewhere();
-  if (!isValueOf(VELTO_TYPE_ANIMATION, animation, __func__)) return;
-  if (std::exchange(privateOf(self).animation, animation) != animation)
-    notifyInterstitial(self, InterstitialAnimation);
-}
-
-/**
- * velto_interstitial_get_targeting: (get-property targeting)
- * @self: an interstitial
- *
- * Gets what the ad server is told of the person.
- *
- * Returns: (transfer none) (nullable): the targeting
- *
- * Since: 1.0
- */
-VeltoTargeting* velto_interstitial_get_targeting(VeltoInterstitial* self) {
-  g_return_val_if_fail(VELTO_IS_INTERSTITIAL(self), nullptr);
-  velto_return_val_if_elsewhere(nullptr);
-  return privateOf(self).targeting;
-}
-
-/**
- * velto_interstitial_set_targeting: (set-property targeting)
- * @self: an interstitial
- * @targeting: (nullable): the targeting
- *
- * Sets what the ad server is told of the person.
- *
- * Since: 1.0
- */
-void velto_interstitial_set_targeting(VeltoInterstitial* self, VeltoTargeting* targeting) {
-  g_return_if_fail(VELTO_IS_INTERSTITIAL(self));
-  velto_return_if_elsewhere();
-  g_return_if_fail(!targeting || VELTO_IS_TARGETING(targeting));
-  if (g_set_object(&privateOf(self).targeting, targeting)) notifyInterstitial(self, InterstitialTargeting);
 }

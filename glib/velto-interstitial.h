@@ -33,7 +33,12 @@ VELTO_PUBLIC GtkWidget* velto_interstitial_get_auto_present_for(VeltoInterstitia
 VELTO_PUBLIC void velto_interstitial_set_auto_present_for(VeltoInterstitial* self, GtkWidget* parent);
 VELTO_PUBLIC VeltoAnimation velto_interstitial_get_animation(VeltoInterstitial* self);
 VELTO_PUBLIC void velto_interstitial_set_animation(VeltoInterstitial* self, VeltoAnimation animation);
+VELTO_PUBLIC VeltoHeavyAdPolicy velto_interstitial_get_heavy_ad_policy(VeltoInterstitial* self);
+VELTO_PUBLIC void velto_interstitial_set_heavy_ad_policy(VeltoInterstitial* self, VeltoHeavyAdPolicy policy);
 VELTO_PUBLIC VeltoTargeting* velto_interstitial_get_targeting(VeltoInterstitial* self);
 VELTO_PUBLIC void velto_interstitial_set_targeting(VeltoInterstitial* self, VeltoTargeting* targeting);
+VELTO_PUBLIC const char* velto_interstitial_get_placement(VeltoInterstitial* self);
+VELTO_PUBLIC void velto_interstitial_set_placement(VeltoInterstitial* self, const char* placement);
+VELTO_PUBLIC GList* velto_interstitial_get_timelines(VeltoInterstitial* self);
 
 G_END_DECLS

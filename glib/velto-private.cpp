@@ -17,6 +17,25 @@ GQuark velto_ad_error_quark() {
 }
 
 /**
+ * velto_ad_error_get_reason:
+ * @error: an error of [error@Velto.AdError]
+ *
+ * Gets the finer cause, such as "name-not-found"; the reasons are those of [method@Velto.Timeline.get_reason].
+ *
+ * Returns: (nullable) (transfer none): the reason, or %NULL where there is none but the code
+ *
+ * Since: 1.0
+ */
+// Bindings hand an error over by its code and words, which begin with those of its reason.
+const char* velto_ad_error_get_reason(const GError* error) {
+  g_return_val_if_fail(error, nullptr);
+  if (error->domain != VELTO_AD_ERROR) return nullptr;
+  for (const auto& words : velto::veltoAdEndReasons())
+    if (g_str_has_prefix(error->message, words.sentence.data())) return words.name.data();
+  return nullptr;
+}
+
+/**
  * velto_client_error_quark:
  *
  * Gets the domain of [error@Velto.ClientError].
@@ -66,9 +85,13 @@ GError* errorFrom(const velto::VeltoErrorAd& error) {
                                     "the server cannot be reached"};
   const bool isKnown = error.errorCode >= 0 && error.errorCode < int64_t(words.size());
   const int code = isKnown ? int(error.errorCode) : int(VELTO_AD_ERROR_SERVER);
-  const bool says = error.error && !error.error->localizedDescription.empty();
-  return g_error_new_literal(VELTO_AD_ERROR, code,
-                             says ? error.error->localizedDescription.c_str() : words[size_t(code)]);
+  std::string message = words[size_t(code)];
+  if (error.reason != velto::VeltoAdEndReason::Unexplained) message = wordsOf(error.reason).sentence;
+  // The library's own words say no more than the reason.
+  const bool says = error.error && error.error->domain != velto::constVeltoBundleIdentifier;
+  if (says && !error.error->localizedDescription.empty())
+    message.append(" ").append(error.error->localizedDescription);
+  return g_error_new_literal(VELTO_AD_ERROR, code, message.c_str());
 }
 
 // Without the C++ function that it begins with.

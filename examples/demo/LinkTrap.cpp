@@ -29,10 +29,11 @@ LinkTrap::LinkTrap() {
   std::filesystem::permissions(browser, std::filesystem::perms::owner_all);
   write(folder_ / "applications/velto-demo-browser.desktop",
         "[Desktop Entry]\nType=Application\nName=Browser\nExec=" + browser.string() +
-            " %u\nMimeType=x-scheme-handler/http;x-scheme-handler/https;\n");
+            " %u\nMimeType=x-scheme-handler/http;x-scheme-handler/https;x-scheme-handler/tel;\n");
   write(folder_ / "mimeapps.list",
         "[Default Applications]\nx-scheme-handler/http=velto-demo-browser.desktop\n"
-        "x-scheme-handler/https=velto-demo-browser.desktop\n");
+        "x-scheme-handler/https=velto-demo-browser.desktop\n"
+        "x-scheme-handler/tel=velto-demo-browser.desktop\n");
   for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) g_setenv(home, folder_.c_str(), TRUE);
 }
 

@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "Inspector.h"
+
 namespace demo {
 namespace {
 
@@ -160,6 +162,8 @@ const std::vector<Case>& Stage::cases() {
       {"error", "Server error", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0, "error"},
       {"net banner", "Top, another network's", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0,
        "network"},
+      {"waterfall", "Top, third network of three", Place::Top, VeltoBannerSize320x50, VeltoAnimationNone, 0,
+       "waterfall"},
       {"expanding", "Bottom, expanding", Place::Bottom, VeltoBannerSize320x50, VeltoAnimationNone, 0,
        "expanding"},
       {"resizing", "Bottom, resizing", Place::Bottom, VeltoBannerSize320x50, VeltoAnimationNone, 0,
@@ -196,6 +200,7 @@ Stage::Stage(const std::function<void()>& application) {
     covered_ = std::make_unique<CoveredPage>();
     covered_->showDialog(true);
   });
+  addButton(buttons, 1, ++row, "The inspector", [] { openInspector(); });
   if (application) addButton(buttons, 1, ++row, "A GTK application", application);
   g_object_unref(builder);
 
@@ -248,11 +253,21 @@ void Stage::show(const std::string& name) {
   banner->controller->setAnimation(c.animation);
   banner->controller->setEnableAutoRefresh(c.refreshSeconds > 0);
   banner->controller->setRefreshTimeSeconds(c.refreshSeconds);
+  banner->controller->setPlacement(name);
+  load(c, *banner->controller);
+}
 
-  // Real applications register one key, once. Here it picks the answer, so it holds for this load only.
+void Stage::loadAgain(const std::string& name) {
+  const Case& c = caseOf(name);
+  const auto banner = banners_.find(c.place);
+  if (banner != banners_.end()) load(c, *banner->second->controller);
+}
+
+// Real applications register one key, once. Here it picks the answer, so it holds for this load only.
+void Stage::load(const Case& c, velto::VeltoBannerViewController& banner) {
   velto::VeltoFramework::addVeltoKey(c.key);
-  add(name, "load");
-  banner->controller->load();
+  add(c.name, "load");
+  banner.load();
   velto::VeltoFramework::addVeltoKey("demo");
 }
 

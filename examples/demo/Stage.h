@@ -48,6 +48,8 @@ class Stage {
 
   // Puts the case's banner into its place, instead of the one that is there. The name must be one of cases().
   void show(const std::string& name);
+  // Once more, in the banner that is there.
+  void loadAgain(const std::string& name);
   Interstitials& interstitials() { return *interstitials_; }
   void clear();
 
@@ -65,6 +67,7 @@ class Stage {
  private:
   class Banner;
   static const Case& caseOf(const std::string& name);
+  void load(const Case& c, velto::VeltoBannerViewController& banner);
   void hear(const std::string& name, const std::string& what);  // from a delegate
   void add(const std::string& name, const std::string& what);
   void addMeasured(const velto::JSON& event);

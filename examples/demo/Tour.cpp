@@ -40,6 +40,7 @@ std::vector<std::string> Tour::run() {
   showInterstitials();
   showRichMedia();
   coverSlot();
+  inspect();
   return missing_;
 }
 

@@ -45,6 +45,7 @@ class Tour {
   void film();
 
   void coverSlot();  // TourCovered.cpp
+  void inspect();    // TourInspector.cpp
 
   // TourInterstitials.cpp
   void showInterstitials();

@@ -71,6 +71,7 @@ int play(demo::Stage& stage, const demo::LinkTrap& links, const std::string& out
 // A process of its own, as the GObject library holds another copy of all of Velto. In a tour it plays by itself, and false
 // says that it missed something.
 bool startApplication(const Arguments& arguments) {
+  g_unsetenv("VELTO_TRACE");  // that file is this process's
   char** words = nullptr;
   GStrvBuilder* builder = g_strv_builder_new();
   if (g_shell_parse_argv(arguments.application.c_str(), nullptr, &words, nullptr))
@@ -104,7 +105,8 @@ int run(const Arguments& arguments) {
       {.applicationIdentifier = "org.example.velto.demo",
        .dataFolder = arguments.data,
        .caFile = arguments.ca,
-       .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}}});
+       .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}},
+       .mayReachLocalNetwork = true});  // where the ads' pictures and videos come from
   linkDriftwoodAdapter();
   velto::VeltoFramework::addVeltoKey("demo");
   int code = 0;

@@ -1,4 +1,6 @@
 // From a classified answer to an ad, and the list of ads not shown yet.
+#include "velto/network/VeltoURL.h"
+
 #include <cmath>
 
 #include "FetchTest.h"
@@ -30,6 +32,7 @@ TEST_F(AdsTest, MarkupBecomesAnAd) {
   EXPECT_EQ(ad.size, (CGSize{320, 50}));
   EXPECT_EQ(ad.bannerSize, VeltoBannerSize320x50);
   EXPECT_EQ(ad.veltoKey, "key-1");
+  EXPECT_EQ(ad.site, VeltoURL::serverNames().adServer);
   EXPECT_EQ(ad.createdAt, headless::VirtualQueue::defaultStart);
   EXPECT_TRUE(
       ad.description().ends_with(">\n\tSourceType: 0\n\tWidth: 320.000000\n\tHeight: 50.000000"

@@ -87,6 +87,7 @@ TEST_F(MediationTest, TheFirstAdWinsAndFailuresPassTheTurn) {
   EXPECT_EQ(result.codes, std::vector<int64_t>{-1});
   EXPECT_EQ(result.ad->html, "<p>won</p>");
   EXPECT_EQ(result.ad->timer, 15);
+  EXPECT_EQ(result.ad->site, "") << "another network's";
   EXPECT_EQ(result.ad->size, (CGSize{320, 50}));
   const auto rich = resolve(list({passback("mraid.js", ",\"timeout\":15000")}));
   EXPECT_EQ(rich.ad->sourceType, VeltoAdSourceMRAID);

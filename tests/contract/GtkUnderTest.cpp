@@ -4,6 +4,7 @@
 #include "velto/platform/NSUserDefaults.h"
 
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <iostream>
@@ -20,7 +21,8 @@ namespace {
 bool standsInSlot = false;  // --slot: what is shown is so in a slot that fills its window
 
 void installOn(const std::string& folder) {
-  gtk::install({.applicationIdentifier = "org.example.contract", .dataFolder = folder});
+  gtk::install(
+      {.applicationIdentifier = "org.example.contract", .dataFolder = folder, .mayReachLocalNetwork = true});
 }
 
 class GtkUnderTest : public PlatformUnderTest {
@@ -108,6 +110,57 @@ TEST(GtkStore, AKillLosesNothingThatWasAcknowledgedAndProcessesShare) {
   for (int i = 0; i <= last; ++i) EXPECT_EQ(entries.at(std::to_string(i)), "filling");
   EXPECT_EQ(store.objectForKey("mine"), DefaultsValue("kept"));
   gtk::uninstall();
+}
+
+// Whether a value that is stored there is found again by the next run, and in what file.
+bool keeps(const std::string& folder) {
+  const auto value = [] { return Platform::current().standardUserDefaults().objectForKey("key"); };
+  installOn(folder);
+  try {
+    Platform::current().standardUserDefaults().setObject("key", "value");
+  } catch (const std::runtime_error&) {
+    EXPECT_FALSE(value());
+  }
+  installOn(folder);
+  const bool found = value().has_value();
+  gtk::uninstall();
+  return found;
+}
+
+TEST(GtkStore, KeepsNothingWhereOthersWriteAndDiesNowhere) {
+  namespace fs = std::filesystem;
+  const test::TemporaryFolder folder;
+  const auto file = [&](const std::string& name) { return folder.path(name) + "/defaults.sqlite3"; };
+  umask(0);
+  EXPECT_TRUE(keeps(folder.path("new")));
+  for (const char* companion : {"", "-wal", "-shm"})
+    if (const auto path = file("new") + companion; fs::exists(path)) {
+      EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600)) << path;
+    }
+
+  const auto secret = folder.write("secret", "not a store");
+  for (const char* name : {"linked", "open", "pipe"}) fs::create_directory(folder.path(name));
+  fs::create_symlink(secret, file("linked"));
+  fs::permissions(folder.path("open"), fs::perms::all | fs::perms::sticky_bit);
+  mkfifo(file("pipe").c_str(), 0600);
+  fs::create_symlink(folder.path("round"), folder.path("round"));
+  const std::string deep = folder.path(std::string(200, 'x'));
+  std::string endless = deep;
+  while (endless.size() < 9000) endless += deep;
+  for (const auto& hostile :
+       {folder.path("linked"), folder.path("open"), folder.path("pipe"), folder.path("round"), secret,
+        std::string("/dev/null"), std::string("/proc/none"), endless})
+    EXPECT_FALSE(keeps(hostile)) << hostile;
+  EXPECT_EQ(test::textOf(secret), "not a store");
+
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be two users";
+  fs::permissions(folder.path(), fs::perms(0755));
+  fs::permissions(folder.path("new"), fs::perms(0755));
+  fs::permissions(file("new"), fs::perms(0644));
+  constexpr uid_t other = 65534;
+  EXPECT_EQ(seteuid(other), 0);
+  EXPECT_FALSE(keeps(folder.path("new"))) << "what another user has written is not believed";
+  EXPECT_EQ(seteuid(0), 0);
 }
 
 }  // namespace

@@ -103,7 +103,8 @@ TEST_F(NetworkContract, ABodyLongerThanWantedIsCutOff) {
     EXPECT_EQ(answerTo(request).data, "hello");
     request.maximumBodySize = 4;
     const auto cut = answerTo(request);
-    EXPECT_TRUE(cut.error && !cut.data) << path;
+    ASSERT_TRUE(cut.error && !cut.data) << path;
+    EXPECT_EQ(cut.error->cause, NSErrorCause::TooLarge);
   }
 }
 

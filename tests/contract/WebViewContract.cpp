@@ -68,6 +68,7 @@ class WebViewContract : public WindowContract {
 };
 
 TEST_F(WebViewContract, EachLoadFinishesOnceAndANewViewFollowsTheOld) {
+  EXPECT_FALSE(platform().views().webContentFailure());
   view_->loadHTMLString("<p>overtaken", std::nullopt);
   EXPECT_TRUE(load(*view_, "<p>one"));
   runFor(std::chrono::milliseconds(50));
@@ -76,7 +77,7 @@ TEST_F(WebViewContract, EachLoadFinishesOnceAndANewViewFollowsTheOld) {
   EXPECT_TRUE(load(*view_, ""));
   WKWebViewConfiguration related;
   related.relatedWebView = view_;
-  related.preparedContent = platform().views().prepareWebContent(view_.get());
+  related.preparedContent = platform().views().prepareWebContent(view_.get(), WebContentUse::AtOnce);
   auto next = addWebView(related);
   view_->removeFromSuperview();
   view_.reset();
@@ -102,6 +103,38 @@ TEST_F(WebViewContract, StatementsGiveTheirValuesInOrder) {
   view_->evaluateJavaScript("10", nullptr);
   EXPECT_TRUE(runUntil([&] { return order.size() == 10; }));
   EXPECT_EQ(order, "0123456789");
+}
+
+TEST_F(WebViewContract, StatementsThatNobodyAsksAfterRunInTheirPlace) {
+  if (!subject().runsPages()) GTEST_SKIP() << "this platform runs no pages";
+  const std::string noEval =
+      "<meta http-equiv=Content-Security-Policy content=\"script-src 'unsafe-inline'\">";
+  JSON early;  // the first page answers what was asked before there was one
+  view_->evaluateJavaScript("typeof String", [&](auto json, auto) { early = json.value_or(JSON()); });
+  ASSERT_TRUE(load(*view_, "first"));
+  EXPECT_TRUE(runUntil([&] { return early != JSON(); }));
+  for (const auto& policy : {std::string(), noEval}) {
+    *delegate_ = {};
+    ASSERT_TRUE(load(*view_, policy + "<script>said = ''</script>"));
+    for (const char* statement : {"said += 'a'", "nonsense(", "throw said += 'b'"})
+      view_->evaluateJavaScript(statement, nullptr);
+    EXPECT_EQ(value(*view_, "said += 'c'"), JSON("abc")) << policy;
+    // What comes after a statement that takes eval() away still runs, and needs nobody to wait for it.
+    view_->evaluateJavaScript("document.head.innerHTML = `" + noEval + "`", nullptr);
+    view_->evaluateJavaScript("said += 'd'", nullptr);
+    view_->evaluateJavaScript("location = 'velto://' + said", nullptr);
+    EXPECT_TRUE(runUntil([&] { return !delegate_->navigations.empty(); }));
+    EXPECT_EQ(delegate_->navigations, std::vector<std::string>{"velto://abcd"});
+    // Those of later turns, too, whenever it becomes known that there is no eval().
+    ASSERT_TRUE(load(*view_, policy + "<script>said = ''</script>"));
+    std::string answers;
+    for (int turn = 0; turn < 9; ++turn)
+      queue().post([this, turn, &answers] {
+        view_->evaluateJavaScript("said += " + std::to_string(turn),
+                                  [&answers](auto json, auto) { answers = *json.value().string(); });
+      });
+    EXPECT_TRUE(runUntil([&] { return answers == "012345678"; })) << answers;
+  }
 }
 
 TEST_F(WebViewContract, AViewThatIsGoneCallsNobody) {
@@ -142,6 +175,41 @@ TEST_F(WebViewContract, CommandsOfThePageArriveAndLeaveItAlone) {
   }
 }
 
+TEST_F(WebViewContract, APageThatWorksIsHeardOfAndOneOutOfSightIsToldSo) {
+  if (!subject().runsPages()) GTEST_SKIP() << "this platform runs no pages";
+  int heard = 0;
+  const auto wait = [&](double seconds) {
+    return view_->webPeer().afterUse(seconds, [&] { heard += queue().isCurrent() ? 1 : 100; });
+  };
+  const auto spin = [&] { value(*view_, "{ const end = Date.now() + 50; while (Date.now() < end); }"); };
+  Handle work = wait(1000);
+  ASSERT_TRUE(load(*view_, "<p>page"));
+  EXPECT_TRUE(runUntil([&] { return heard == 1; })) << "it has got a process";
+  const auto before = view_->webPeer().use();
+  work = wait(0.05);
+  EXPECT_TRUE(runUntil([&] {
+    spin();
+    return heard == 2;
+  }));
+  const auto after = view_->webPeer().use();
+  EXPECT_EQ(after.process, before.process);
+  EXPECT_GE(after.processorSeconds.value(), before.processorSeconds.value() + 0.05);
+  spin();
+  spin();
+  EXPECT_EQ(heard, 2) << "once";
+  work = wait(0.01);
+  work.cancel();
+  spin();
+  EXPECT_EQ(heard, 2);
+
+  for (const bool inSight : {false, true}) {
+    view_->webPeer().setInSight(inSight);
+    const JSON state = inSight ? "visible" : "hidden";
+    EXPECT_TRUE(runUntil([&] { return value(*view_, "document.visibilityState") == state; }));
+    EXPECT_NE(view_->webPeer().use().hidden, inSight);
+  }
+}
+
 TEST_F(WebViewContract, ATapOnALinkIsALinkActivation) {
   if (!subject().runsPages()) GTEST_SKIP() << "this platform runs no pages";
   int taps = 0;
@@ -156,6 +224,7 @@ TEST_F(WebViewContract, ATapOnALinkIsALinkActivation) {
     taps = 0;
     subject().tap({180, 165});
     EXPECT_TRUE(runUntil([&] { return taps == 1 && delegate_->navigations.size() == 1; })) << target;
+    EXPECT_TRUE(view_->webPeer().use().touched);
     EXPECT_EQ(delegate_->navigations, std::vector<std::string>{"https://shop.example/"});
     EXPECT_EQ(delegate_->types, std::vector{WKNavigationType::LinkActivated});
   }

@@ -2,6 +2,7 @@
 #include "velto/core/SDKVeltoBundle.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/core/VeltoUtilities.h"
+#include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/ui/WKWebView.h"
 
 #include <thread>
@@ -94,6 +95,29 @@ TEST_F(CoreTest, EveryChangeIsSynchronisedAndAFailingStoreIsOnlyToldByTheResult)
   EXPECT_EQ(VeltoDataStore::getStringForKey("k"), std::nullopt);
 }
 
+TEST_F(CoreTest, ADecisionOfThePersonHoldsAlsoWhereTheStoreRefusesItAndIsStoredLater) {
+  registerKey();
+  VeltoFramework::acceptPersonalInfoContent(true);
+  VeltoFramework::setGDPRConsent("given");
+  VeltoFramework::setUsPrivacy("1YNN");
+  platform->defaults()->failWrites(true);
+  VeltoFramework::acceptPersonalInfoContent(false);
+  VeltoFramework::setGDPRConsent(std::nullopt);
+  const auto isWithdrawn = [] {
+    return !VeltoDataStore::isPersonalInfoContentAccepted() && !VeltoDataStore::getGDPRConsent();
+  };
+  EXPECT_TRUE(isWithdrawn());
+  EXPECT_EQ(VeltoDataStore::getUsPrivacy(), "1YNN");
+  registerKey();
+  EXPECT_EQ(VeltoDataStore::getUsPrivacy(), "") << "which resets the others, too";
+  VeltoFramework::setGDPRConsent(std::nullopt);
+  platform->defaults()->failWrites(false);
+  platform->advance(std::chrono::seconds(10));
+  platform = headless::Platform::install(platform->defaults());
+  EXPECT_TRUE(isWithdrawn());
+  EXPECT_EQ(VeltoDataStore::getUsPrivacy(), "");
+}
+
 TEST_F(CoreTest, AnUnregisteredStoreAnswersItsDefaultsAndAValueOfAnotherTypeReadsAsAbsent) {
   EXPECT_EQ(VeltoDataStore::getVeltoKey(), std::nullopt);
   auto& store = platform->standardUserDefaults();
@@ -140,6 +164,21 @@ TEST_F(CoreTest, AWebViewsUserAgentReplacesTheStoredOneOnlyWhenItIsText) {
   EXPECT_EQ(platform->views().contentExpected(), 0) << "in a later turn";
   platform->runUntilIdle();
   EXPECT_EQ(platform->views().contentExpected(), 1);
+}
+
+TEST_F(CoreTest, TheConnectionForTheFirstRequestIsMadeWhenAnAdIsProbableAndAKeyIsThere) {
+  const auto& servers = platform->urlSession().connectedAhead();
+  EXPECT_FALSE(VeltoTaskManager::connectAhead() || !servers.empty());
+  registerKey();
+  VeltoFramework::setEndpoint("own");
+  platform->runUntilIdle();
+  EXPECT_TRUE(servers.empty()) << "nobody will show an ad";
+  const auto banner =
+      VeltoBannerViewController::initWithDelegate({}, VeltoBannerSize320x50, VeltoBannerPositionBottom);
+  platform->runUntilIdle();
+  ASSERT_EQ(servers.size(), 1u);
+  EXPECT_EQ(servers[0].absoluteString(), VeltoURL::veltoURL()->absoluteString());
+  EXPECT_TRUE(platform->urlSession().requests("own.").empty());
 }
 
 TEST_F(CoreTest, VersionsAndBundles) {

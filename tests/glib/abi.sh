@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Functions and types of the GObject library are those that were recorded in glib/*.abi, on every Debian release. Whoever
 # changes them records them anew, and says so in CHANGELOG.md, in the same commit.
-# usage: abi.sh [--record] LIBRARY TYPES BUILT-HEADERS
+# usage: abi.sh [--record] LIBRARY TYPES BUILT-HEADERS   (to record, of a build with BUILD_SHARED_LIBS: any other shows more)
 set -euo pipefail
 record=
 if [ "$1" = --record ]; then

@@ -34,7 +34,7 @@ def play(sandbox, command):
         xdotool("key", "space")  # the button has the focus
         wait_for("interstitial: presented")
         xdotool("key", "Escape")
-        wait_for("interstitial: closed", "interstitial: failed: the server has no ad for this place now")
+        wait_for("interstitial: closed", "interstitial: failed: The server had no ad (status 204).")
         xdotool("mousemove", "--window", window, int(size["WIDTH"]) // 2, int(size["HEIGHT"]) - 25, "click", 1)
         wait_for("banner: pressed")
         process.terminate()

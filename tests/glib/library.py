@@ -149,12 +149,21 @@ class LibraryTest(unittest.TestCase):
         other.destroy()
 
     def test_what_fails(self):
-        banner, heard = self.banner(), []
-        banner.connect("failed", lambda _, error: heard.append(error.code))
-        for endpoint, code in (("nofill", Velto.AdError.NO_FILL), ("gives-up", Velto.AdError.SERVER)):
+        banner, heard = self.banner(placement="shelf"), []
+        banner.connect("failed", lambda _, error: heard.append(Velto.AdError.get_reason(error)))
+        self.client.props.collect_metrics = True
+        for endpoint, code, reason in (("nofill", Velto.AdError.NO_FILL, "status-no-fill"), ("gives-up", Velto.AdError.SERVER, "page-gave-up")):
             self.client.set_endpoint(endpoint)
-            self.assertError(load(banner), Velto.AdError.quark(), code)
-        self.assertEqual(heard, [Velto.AdError.NO_FILL, Velto.AdError.SERVER])
+            error = load(banner)
+            self.assertError(error, Velto.AdError.quark(), code)
+            told = banner.get_timelines()[-1]
+            self.assertEqual((heard.pop(), told.get_reason(), told.get_placement()), (reason, reason, "shelf"))
+            self.assertTrue(told.get_explanation().startswith(error.message))
+            self.assertEqual(told.get_entries().unpack()[0], ("asked", 0, {"by": "application"}))
+            self.assertEqual(json.loads(told.to_json())["end"], reason)
+            self.assertIn(f'velto_loads_total{{placement="shelf",reason="{reason}"}} 1\n', self.client.dup_metrics())
+        self.client.props.collect_metrics = False
+        self.assertIsNone(self.client.dup_metrics())
         self.client.set_endpoint("late")
         for ad in (banner, Velto.Interstitial()):
             cancellable = Gio.Cancellable()
@@ -212,13 +221,21 @@ class LibraryTest(unittest.TestCase):
         self.assertNotIn("unseen", heard)
         stack.set_visible_child_name("unseen")
         run_until(lambda: "unseen" in heard)
+        banner.props.placement = "later"
+        run_until(lambda: banner.get_timelines()[-1].get_placement() == "later")  # a refresh has it, too
+        if on_kit:
+            banner.props.auto_refresh = False
+            VeltoTest.advance(1500)  # one was due already
+            heard.clear()
+            VeltoTest.advance(5000)
+            self.assertNotIn("unseen", heard)
 
     def test_interstitial(self):
         ad, heard = Velto.Interstitial(), []
         for signal in ("loaded", "failed", "presented", "closed"):
             ad.connect(signal, lambda *told, name=signal: heard.append((name, *(error.message for error in told[1:]))))
         ad.present(self.box)
-        self.assertEqual(heard.pop(), ("failed", "no interstitial is ready"))
+        self.assertEqual(heard.pop(), ("failed", "No interstitial is ready."))
         self.assertIs(load(ad), True)
         self.assertTrue(ad.props.ready)
         self.assertEqual(heard.pop(), ("loaded",))
@@ -228,7 +245,7 @@ class LibraryTest(unittest.TestCase):
             ad.present(None)
             self.assertEqual(heard.pop(), ("failed", "there is no widget to present over"))
         ad.present(Gtk.Window())
-        self.assertEqual(heard.pop(), ("failed", "its window is not on the screen"))
+        self.assertEqual(heard.pop(), ("failed", "The window to show it over is not on the screen."))
 
         # Busy, called off, and closed with its window.
         second = Velto.Interstitial()

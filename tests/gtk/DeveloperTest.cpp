@@ -1,67 +1,72 @@
-// What developers are told on Linux: the causes of a transport's failures, GLib's log, the trace file.
-#include "velto/gtk/network/UrlSession.h"
+// What developers are told on Linux: why a load failed on its way, GLib's log, the trace file.
+#include "velto/ads/VeltoAdManager.h"
+#include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/services/DeveloperOutput.h"
+#include "velto/velto.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <glib.h>
 #include <gtest/gtest.h>
 
-#include <future>
 #include <map>
 
 #include "../support/Folder.h"
+#include "../support/MainLoop.h"
 #include "sandbox/Server.h"
 
 namespace velto::gtk {
 namespace {
 
-TEST(DeveloperTest, EachFaultOfTheNetworkHasItsCause) {
+// On the way from an ad server that spoils it. What servers answer is the headless platform's to test.
+TEST(DeveloperTest, EachFaultOfTheSandboxHasItsReason) {
+  using Why = VeltoAdEndReason;
   test::TemporaryFolder folder;
   std::string rules;
   for (const std::string tls : {"refuse", "wrong-name", "expired", "untrusted"})
     rules += R"({"when":{"endpoint":")" + tls + R"("},"tls":")" + tls + R"("},)";
+  for (const auto& [name, answer] : std::map<std::string, std::string>{
+           {"head", R"({"fault":{"cut":"headers"}})"},
+           {"body", R"({"body":"a longer body","fault":{"cut":5}})"},
+           {"length", R"({"body":"short","fault":{"contentLength":5000}})"},
+           {"drops", R"({"body":"slow","fault":{"slow":{"bytes":1,"everyMs":10}}})"},
+           {"late", R"({"body":"late","delayMs":600000})"},
+           {"away", R"({"status":302,"headers":{"Location":"http://elsewhere.example/"}})"},
+           {"good", "204"}})
+    rules += R"({"when":{"endpoint":")" + name + R"("},"answer":)" + answer + "},";
+  rules.pop_back();
   sandbox::Options options;
   options.dataFolder = folder.path();
-  options.scenarioText = R"({"rules":[)" + rules + R"(
-      {"when":{"path":"/head"},"answer":{"fault":{"cut":"headers"}}},
-      {"when":{"path":"/body"},"answer":{"body":"a longer body","fault":{"cut":5}}},
-      {"when":{"path":"/length"},"answer":{"body":"short","fault":{"contentLength":5000}}},
-      {"when":{"path":"/late"},"answer":{"body":"late","delayMs":600000}},
-      {"when":{"path":"/large"},"answer":{"body":"larger than wanted"}}]})";
+  options.scenarioText = R"({"rules":[)" + rules + "]}";
   sandbox::Server server(options);
   server.start();
   const std::string address = "127.0.0.1:" + std::to_string(server.port());
-  UrlSession session({.requestTimeout = std::chrono::seconds(1),
-                      .caFile = server.caFile(),
-                      .hostMap = {{"closed.publishers.velto.example", "127.0.0.1:1"},
-                                  {"*.publishers.velto.example", address}}});
-  using Cause = NSErrorCause;
-  const std::map<std::string, Cause> causes{{"refuse", Cause::SecureConnectionFailed},
-                                            {"wrong-name", Cause::Untrusted},
-                                            {"expired", Cause::Untrusted},
-                                            {"untrusted", Cause::Untrusted},
-                                            {"closed", Cause::NotConnected},
-                                            {"good/head", Cause::ConnectionLost},
-                                            {"good/body", Cause::ConnectionLost},
-                                            {"good/length", Cause::ConnectionLost},
-                                            {"good/late", Cause::TimedOut},
-                                            {"good/large", Cause::TooLarge}};
-  for (const auto& [where, cause] : causes) {
-    const auto slash = std::min(where.find('/'), where.size());
-    const auto url = "https://" + where.substr(0, slash) + ".publishers.velto.example" + where.substr(slash);
-    std::promise<std::optional<NSError>> answered;
-    session.dataTask({*NSURL::URLWithString(url), "GET", {}, {}, 10},
-                     [&](auto, auto, auto error) { answered.set_value(error); });
-    const auto error = answered.get_future().get();
-    ASSERT_TRUE(error) << where;
-    EXPECT_EQ(error->cause, cause) << where << ": " << error->localizedDescription;
+  install({.applicationIdentifier = "org.example.developer",
+           .dataFolder = folder.path("store"),
+           .caFile = server.caFile(),
+           .hostMap = {{"closed.publishers.velto.example", "127.0.0.1:1"}, {"*.velto.example", address}},
+           .requestTimeout = std::chrono::seconds(1)});
+  VeltoFramework::addVeltoKey("key");
+  for (const auto& [where, why] : std::map<std::string, Why>{{"refuse", Why::SecureConnectionFailed},
+                                                             {"wrong-name", Why::Untrusted},
+                                                             {"expired", Why::Untrusted},
+                                                             {"untrusted", Why::Untrusted},
+                                                             {"closed", Why::NotConnected},
+                                                             {"head", Why::ConnectionLost},
+                                                             {"body", Why::ConnectionLost},
+                                                             {"length", Why::ConnectionLost},
+                                                             {"drops", Why::KindMissing},
+                                                             {"late", Why::TimedOut},
+                                                             {"away", Why::RedirectRefused},
+                                                             {"good", Why::StatusNoFill}}) {
+    VeltoFramework::setEndpoint(where);
+    std::optional<VeltoErrorAd> error;
+    VeltoAdManager::fetchFor(VeltoAdTypeBanner, VeltoBannerSize320x50, {},
+                             [&](const auto&, const auto& told) { error = told; });
+    ASSERT_TRUE(test::runUntil([&] { return error.has_value(); })) << where;
+    EXPECT_EQ(error->reason, why) << where << ": " << error->explanation();
   }
 
-  std::promise<void> answered;
-  session.dataTask({*NSURL::URLWithString("https://good.publishers.velto.example/"), "GET", {}, {}},
-                   [&](auto, auto, auto) { answered.set_value(); });
-  answered.get_future().get();
   int kept = 0;  // connections to the server
   for (int file = 3; file < 1024; ++file) {
     sockaddr_in peer{};
@@ -72,6 +77,7 @@ TEST(DeveloperTest, EachFaultOfTheNetworkHasItsCause) {
     EXPECT_TRUE(fcntl(file, F_GETFD) & FD_CLOEXEC) << "programs that are started would hold it, too";
   }
   EXPECT_GT(kept, 0);
+  uninstall();
 }
 
 TEST(DeveloperTest, TheLogIsStructuredAndShownToThoseWhoAskForIt) {
@@ -98,7 +104,7 @@ TEST(DeveloperTest, TheLogIsStructuredAndShownToThoseWhoAskForIt) {
                                                          {"VELTO_LOAD", "7"}}));
 }
 
-TEST(DeveloperTest, ATraceIsInItsFilePieceByPiece) {
+TEST(DeveloperTest, ATraceIsInItsFilePieceByPieceAndMarksAreTheProfilers) {
   test::TemporaryFolder folder;
   const auto file = folder.write("trace.json", "of an earlier run, longer than this one");
   g_setenv("VELTO_TRACE", file.c_str(), TRUE);
@@ -110,6 +116,15 @@ TEST(DeveloperTest, ATraceIsInItsFilePieceByPiece) {
   EXPECT_FALSE(DeveloperOutput().traceOutput());
   g_unsetenv("VELTO_TRACE");
   EXPECT_FALSE(DeveloperOutput().traceOutput());
+
+  EXPECT_FALSE(DeveloperOutput().markOutput()) << "nobody records";
+#ifdef VELTO_HAS_PROFILER
+  g_setenv("SYSPROF_CONTROL_FD", "-1", TRUE);
+  const auto mark = DeveloperOutput().markOutput();
+  ASSERT_TRUE(mark);
+  mark({1, 2, "load", "home 7"});  // into nothing
+  g_unsetenv("SYSPROF_CONTROL_FD");
+#endif
 }
 
 }  // namespace

@@ -79,7 +79,8 @@ class GtkVideo : public DisplayTest {
     trusted = certificate("ca.pem");
   }
   GtkVideo() {
-    gtk::install({.applicationIdentifier = "org.example.video", .caFile = trusted});
+    gtk::install(
+        {.applicationIdentifier = "org.example.video", .caFile = trusted, .mayReachLocalNetwork = true});
     window_ = newWindow(400, 600);
     controller = present(window_);
     host = std::make_shared<RecordingHost>();

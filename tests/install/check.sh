@@ -51,7 +51,7 @@ cmake --build "$work/consumer"
 "$work/consumer/headless"
 [ -z "$glib" ] || "$work/consumer/glib"
 modules() {
-  for module in $(cd "$prefix" && find . -path '*/velto/velto-*.so' -printf '%f '); do
+  for module in $(cd "$prefix" && find . -path '*/velto/*velto-*.so' -printf '%f '); do
     "$1" "$module" || { echo "$1 does not find $module" >&2; exit 1; }
   done
 }

@@ -99,7 +99,7 @@ class PagesTest : public testing::Test {
  protected:
   PagesTest() {
     gtk_init();
-    gtk::install({.applicationIdentifier = "org.example.pages"});
+    gtk::install({.applicationIdentifier = "org.example.pages", .mayReachLocalNetwork = true});
     VeltoUtilities::activateOMSDK();
     partner_ = OMIDVeltoPartner::initWithName("Velto", "4.0.10");
     window_ = newWindow(400, 500);

@@ -1,14 +1,15 @@
 // What velto-preview is given: arguments, steps, markup.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <sstream>
 #include <vector>
 
+#include "../support/Folder.h"
 #include "preview/Arguments.h"
 #include "preview/Creative.h"
+#include "preview/RecordedAnswer.h"
 #include "preview/Steps.h"
 
 namespace velto::preview {
@@ -27,15 +28,15 @@ std::string refusal(const std::function<void()>& work) {
   return "";
 }
 
-std::vector<Step> steps(const std::string& text) {
-  const std::string file = ::testing::TempDir() + "steps";
-  std::ofstream(file) << text;
-  return readSteps(file);
+std::vector<Step> steps(const test::TemporaryFolder& folder, const std::string& text) {
+  return readSteps(folder.write("steps", text));
 }
 
 TEST(PreviewArguments, AreRefusedWithOneLine) {
-  for (const char* line : {"", "a b", "--size 3 a", "--size 0x5 a", "--size 3x5x a", "--size",
-                           "--position left a", "--timeout -1 a", "--timeout nan a", "--else a"}) {
+  for (const char* line :
+       {"", "a b", "--size 3 a", "--size 0x5 a", "--size 3x5x a", "--size", "--position left a",
+        "--timeout -1 a", "--timeout nan a", "--else a", "--shard 3/2 --report r a b", "--jobs 1.5 a",
+        "--merge", "--merge --all a --report r b", "a b --report r --out o"}) {
     std::istringstream words(line);
     const std::vector<std::string> list{std::istream_iterator<std::string>(words), {}};
     EXPECT_NE(refusal([&] { parsed(list); }), "") << line;
@@ -43,16 +44,67 @@ TEST(PreviewArguments, AreRefusedWithOneLine) {
 }
 
 TEST(PreviewSteps, AreJudgedBeforeTheyArePlayed) {
-  const auto read = steps("# first\n\n  wait 20\r\n\teval  a  + b \n");
+  const test::TemporaryFolder folder;
+  const auto read = steps(folder, "# first\n\n  wait 20\r\n\teval  a  + b \n");
   ASSERT_EQ(read.size(), 2U);
   EXPECT_EQ(read[0].line, 3);
   EXPECT_EQ(read[1].rest, "a  + b");
-  for (const std::string wrong :
-       {"jump", "wait", "wait x", "wait 1 2", "wait-for", "wait-for time 3", "tap 1", "eval", "rotate up",
-        "volume 1.5", "screenshot ../x", "expect", "expect count ready"}) {
-    const auto line = refusal([&] { steps("hide\n" + wrong + "\n"); });
+  for (const std::string wrong : {"jump",
+                                  "wait",
+                                  "wait x",
+                                  "wait 1 2",
+                                  "wait nan",
+                                  "wait -1",
+                                  "scroll 1 1 0",
+                                  "wait-for",
+                                  "wait-for time 3",
+                                  "tap 1",
+                                  "eval",
+                                  "rotate up",
+                                  "volume 1.5",
+                                  "screenshot ../x",
+                                  "screenshot x compare",
+                                  "screenshot x compare y z",
+                                  "expect",
+                                  "expect count ready",
+                                  "expect no finding none",
+                                  "clock 30s",
+                                  "clock +1y",
+                                  "clock +1e9h",
+                                  "slow 5g",
+                                  "set x",
+                                  "include /none",
+                                  "include steps"}) {
+    const auto line = refusal([&] { steps(folder, "hide\n" + wrong + "\n"); });
     EXPECT_NE(line.find(":2: "), std::string::npos) << wrong;
   }
+}
+
+TEST(PreviewSteps, AreMadeOfOtherFilesAndVariables) {
+  const test::TemporaryFolder folder;
+  const auto more = folder.write("more", "eval `${unknown}${X}`\n");
+  const auto read =
+      steps(folder, "set X a ${X}\nset Y ${X}b\ninclude more\neval ${Y}${X\nscreenshot a compare b 2\n");
+  ASSERT_EQ(read.size(), 3U);
+  EXPECT_EQ(read[0].rest, "`${unknown}a ${X}`");
+  EXPECT_EQ(read[0].file, more);
+  EXPECT_EQ(read[1].rest, "a ${X}b${X");
+  EXPECT_EQ(read[2].words[2], folder.path("b"));
+  EXPECT_EQ(durationOf("+1.5m"), std::chrono::seconds(90));
+}
+
+TEST(PreviewAnswer, IsReadOrRefusedWithOneLine) {
+  const test::TemporaryFolder folder;
+  const auto read = [&](const std::string& text) { return readAnswers(folder.write("answer", text)); };
+  const auto answers =
+      read(R"([{"headers": {"X-A": 1, "content-length": "9"}, "body": {"items": []}}, {"status": 204}])");
+  ASSERT_EQ(answers.size(), 2U);
+  EXPECT_EQ(answers[0].headers, (std::vector<std::pair<std::string, std::string>>{{"X-A", "1"}}));
+  EXPECT_EQ(answers[0].body, "{\"items\":[]}");
+  EXPECT_EQ(answers[1].status, 204);
+  for (const char* wrong : {"", "[]", "7", "[7]", "{\"status\": 7}", "{\"status\": 1e300}",
+                            "{\"headers\": {\"a\": \"b\\r\\nc: d\"}}"})
+    EXPECT_NE(refusal([&] { read(wrong); }), "") << wrong;
 }
 
 TEST(PreviewCreative, GetsABaseWhereItDisturbsNothing) {
@@ -65,6 +117,9 @@ TEST(PreviewCreative, GetsABaseWhereItDisturbsNothing) {
            {"<p>", base + "<p>"},
            {"<head><base href='x'></head>", "<head><base href='x'></head>"}})
     EXPECT_EQ(withBase(before, "http://a/?b&c"), after);
+  const test::TemporaryFolder folder;
+  const auto file = folder.write("latin-1.html", "caf\xe9");
+  EXPECT_EQ(refusal([&] { Creative creative(file); }), file + ": is not UTF-8");
 }
 
 }  // namespace

@@ -45,6 +45,10 @@ struct RecordingDelegate : Recorder<VeltoBannerViewControllerDelegate, VeltoBann
 struct RecordingInterstitialDelegate
     : Recorder<VeltoInterstitialViewControllerDelegate, VeltoInterstitialViewControllerPrivate> {
   using Error = VeltoErrorAd;
+  std::function<void()> onState;
+  void veltoInterstitialViewControllerDidChangeState(Controller&) override {
+    if (onState) onState();
+  }
   void veltoInterstitialViewControllerDidFinishLoad(Controller& c) override { note("finish", c); }
   void veltoInterstitialViewControllerDidFail(Controller& c, const Error& e) override { noteFailure(e, c); }
   void veltoInterstitialViewControllerDidAppear(Controller& c) override { note("appear", c); }

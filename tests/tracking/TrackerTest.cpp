@@ -96,6 +96,10 @@ TEST_F(TrackerTest, TheBackgroundIsQuietAndTheForegroundSendsOneAtOnce) {
   EXPECT_EQ(sent(), 2U);
   platform->application().enterForeground();  // again: one timer all the same
   EXPECT_EQ(sent(), 3U);
+  VeltoTrackerManager::shared()->storeTrackIdentifier("",
+                                                      VeltoTrackTypeClick);  // in front of all that was sent
+  platform->advance(10s);
+  EXPECT_EQ(sent(), 4U);
   click("d");
   relaunch();
   platform->application().enterForeground();
@@ -128,6 +132,8 @@ TEST_F(TrackerTest, AStoreThatFailsForATimeHoldsEverythingInTheEnd) {
   EXPECT_TRUE(stored().empty());
   EXPECT_EQ(sent(), 1U) << "it is sent all the same";
   platform->defaults()->failWrites(false);
+  platform->advance(10s);
+  EXPECT_EQ(stored().size(), 1U) << "without another change";
   click("saved");
   EXPECT_EQ(stored().size(), 2U);
 

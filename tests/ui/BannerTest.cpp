@@ -77,6 +77,53 @@ TEST_F(BannerTest, NavigationFailureRemovesTheBannerAndTheNextLoadWorks) {
   EXPECT_TRUE(platform->webViews().empty());
 }
 
+TEST_F(BannerTest, AnAdThatTakesItsProcessAlongLeavesThePlaceToTheNext) {
+  const auto b = banner();
+  b->setEnableAutoRefresh(true);
+  const auto requests = [&] { return platform->urlSession().requests("/sdk/").size(); };
+  const auto lose = [&](NSErrorCause cause, bool isRefreshed = true) {
+    platform->urlSession().enqueue("/sdk/", markup());
+    page().navigate("velto://loadFinished");
+    page().fail(NSError{"WebProcess", 1, "", cause});
+    platform->runUntilIdle();
+    EXPECT_TRUE(platform->webViews().empty());
+    EXPECT_EQ(b->vc()->state(), VeltoBannerStateEmpty);
+    EXPECT_EQ(!window->view().subviews().empty(), isRefreshed) << "its place stays";
+  };
+  const auto comesAfter = [&](int seconds) {
+    const auto before = requests();
+    platform->advance(std::chrono::seconds(seconds - 1));
+    EXPECT_EQ(requests(), before) << seconds;
+    platform->advance(std::chrono::seconds(1));
+    EXPECT_EQ(requests(), before + 1) << seconds;
+  };
+  loadAd(*b);
+  lose(NSErrorCause::ProcessCrashed);
+  comesAfter(30);
+  lose(NSErrorCause::ProcessHung);
+  comesAfter(30);
+  lose(NSErrorCause::ProcessOutOfMemory);
+  comesAfter(60);
+  lose(NSErrorCause::ProcessEnded);
+  comesAfter(120);
+  platform->urlSession().enqueue("/sdk/", markup());
+  page().navigate("velto://loadFinished");
+  comesAfter(120);  // and as this one lived on until then
+  lose(NSErrorCause::ProcessCrashed);
+  comesAfter(30);
+  lose(NSErrorCause::ProcessCrashed);
+  comesAfter(30);
+  b->setRefreshPaused(true);
+  platform->advance(std::chrono::seconds(30));
+  lose(NSErrorCause::ProcessCrashed);
+  const auto before = requests();
+  b->setRefreshPaused(false);
+  EXPECT_EQ(requests(), before + 1) << "what came due meanwhile is not put off";
+  b->setEnableAutoRefresh(false);
+  loadAd(*b);
+  lose(NSErrorCause::ProcessCrashed, false);
+}
+
 TEST_F(BannerTest, AContainerMustBeInsideTheHostController) {
   auto inside = UIView::make();
   window->view().addSubview(inside);

@@ -187,6 +187,9 @@ TEST_F(InterstitialTest, WhatCannotBeShownFailsAndMayBeShownLater) {
   platform->advance(1s);
   EXPECT_DOUBLE_EQ(headless::RecordingViewPeer::of(*i->vc()->webView()).alpha(), 1)
       << "and is seen when it is back";
+  window->setSight({.painted = false});
+  platform->advance(3s);
+  EXPECT_FALSE(page().isInSight()) << "held back as any other";
 
   page().fail(NSError{"WebKitNetworkError", 399, "crashed"});
   EXPECT_EQ(full->heard.back(), "fail 1");
@@ -283,6 +286,19 @@ TEST_F(InterstitialTest, AWindowThatIsDestroyedTakesItAlong) {
   EXPECT_EQ(i->vc()->presentingViewController(), nullptr);
   close(*i);
   EXPECT_TRUE(platform->webViews().empty());
+
+  // A window that was hidden by then has nothing to say of the view in it.
+  window = std::make_unique<headless::HostWindow>();
+  full->host = window->controller();
+  const auto hidden = loaded(fullScreen());
+  std::vector<VeltoInterstitialState> told;
+  full->onState = [&] { told.push_back(hidden->state()); };
+  window->hide();
+  hidden->show();
+  platform->advance(1s);
+  window.reset();
+  platform->runUntilIdle();
+  EXPECT_EQ(told, (std::vector{VeltoInterstitialStatePresented, VeltoInterstitialStateReady}));
 }
 
 }  // namespace

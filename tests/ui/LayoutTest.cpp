@@ -86,6 +86,12 @@ TEST_F(LayoutTest, MovingToTheFrontKeepsConstraintsAndMasksFollowTheSuperview) {
   filling->setAutoresizingMask(UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight);
   window->resize({500, 400});
   EXPECT_EQ(filling->frame().size, (CGSize{500, 400}));
+  tie(view, A::Top, root, A::Top, 1, 5)->setActive(true);
+  filling->addConstraints(root->constraints());
+  EXPECT_TRUE(root->constraints().empty());
+  EXPECT_EQ(filling->constraints().size(), 2U);
+  filling->removeConstraints(filling->constraints());
+  EXPECT_TRUE(filling->constraints().empty() && view->involvedIn().empty());
 }
 
 TEST_F(LayoutTest, SpringAndEaseBeginAtZeroEndAtOneAndSpringOvershoots) {

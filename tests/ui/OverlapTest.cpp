@@ -101,6 +101,8 @@ TEST_F(OverlapTest, WithThePlatformAdsLeaveTheScreenAndFallSilent) {
   }
   platform = headless::Platform::install();  // which goes with the process
   global = banner();
+  global->load();  // which nobody answers any more
+  platform->runUntilIdle();
   platform.reset();
   EXPECT_EXIT(std::exit(0), ::testing::ExitedWithCode(0), "");
   global.reset();

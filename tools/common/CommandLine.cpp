@@ -40,6 +40,11 @@ void CommandLine::command(std::string name, std::string help, Take take) {
       {Word::Kind::Command, std::move(name), "", std::move(help), std::move(take), Value::Text, {}});
 }
 
+void CommandLine::arguments(std::string name, std::string help, Take take, Value completes) {
+  argument(std::move(name), std::move(help), std::move(take), completes);
+  words_.back().repeats = true;
+}
+
 void CommandLine::argument(std::string name, std::string help, Take take, Value completes) {
   words_.push_back(
       {Word::Kind::Argument, std::move(name), "", std::move(help), std::move(take), completes, {}});
@@ -75,12 +80,13 @@ const Word* CommandLine::find(const std::string& name) const {
   return found == words_.end() ? nullptr : &*found;
 }
 
-bool CommandLine::read(const std::vector<std::string>& call) const {
+bool CommandLine::read(const std::vector<std::string>& call, std::vector<std::string>* options) const {
   const auto commands = those(Word::Kind::Command);
   const auto arguments = those(Word::Kind::Argument);
   std::set<Word::Kind> given;
   const auto takeOnce = [&](const Word& word, const std::string& text) {
-    if (!given.insert(word.kind).second) throw UsageError("unknown argument \"" + text + "\" (see --help)");
+    if (!given.insert(word.kind).second && !word.repeats)
+      throw UsageError("unknown argument \"" + text + "\" (see --help)");
     word.take(text);
   };
   bool onlyArguments = false;  // behind "--"
@@ -102,6 +108,7 @@ bool CommandLine::read(const std::vector<std::string>& call) const {
       continue;
     }
     if (text == "--help" || text == "-h") return std::cout << help(), false;
+    if (text == "--help-all" && rest_) return std::cout << help(true), false;
     if (text == "--version") return std::cout << program_ << " " VELTO_VERSION "\n", false;
     if (text == "--print-manual") return std::cout << manual(), false;
     if (name == "--print-completion" && equals != std::string::npos)
@@ -122,20 +129,25 @@ bool CommandLine::read(const std::vector<std::string>& call) const {
       throw UsageError(name + ": takes no value (see --help)");
     }
     word->take(value);
+    if (options) options->push_back(word->kind == Word::Kind::Option ? name + "=" + value : name);
   }
   if (!commands.empty() && !given.count(Word::Kind::Command)) {
     std::string names;
     for (const Word* command : commands) names += (names.empty() ? "" : ", ") + command->name;
     throw UsageError("needs a command: " + names + " (see --help)");
   }
-  if (!arguments.empty() && !given.count(Word::Kind::Argument))
+  if (!arguments.empty() && !arguments.front()->repeats && !given.count(Word::Kind::Argument))
     throw UsageError("needs " + arguments.front()->name + " (see --help)");
   return true;
 }
 
 std::vector<Word> CommandLine::all() const {
   std::vector<Word> words = words_;
+  for (size_t i = rest_.value_or(words.size()); i < words.size(); ++i) words[i].isRare = true;
   words.push_back({Word::Kind::Flag, "--help", "", "prints this text, and ends", {}, Value::Text, {}});
+  if (rest_)
+    words.push_back(
+        {Word::Kind::Flag, "--help-all", "", "prints all options, and ends", {}, Value::Text, {}});
   words.push_back({Word::Kind::Flag, "--version", "", "prints the version, and ends", {}, Value::Text, {}});
   return words;
 }
@@ -144,12 +156,14 @@ std::string CommandLine::synopsis() const {
   std::string text = program_;
   if (!those(Word::Kind::Flag).empty() || !those(Word::Kind::Option).empty()) text += " [OPTION]...";
   if (!those(Word::Kind::Command).empty()) text += " COMMAND";
-  for (const Word* argument : those(Word::Kind::Argument)) text += " " + argument->name;
+  for (const Word* argument : those(Word::Kind::Argument))
+    text += argument->repeats ? " [" + argument->name + "]..." : " " + argument->name;
   return text;
 }
 
-std::string CommandLine::help() const {
-  const auto words = all();
+std::string CommandLine::help(bool withRest) const {
+  auto words = all();
+  if (!withRest) std::erase_if(words, [](const Word& word) { return word.isRare; });
   const auto left = [](const Word& word) { return word.name + (word.value.empty() ? "" : " " + word.value); };
   size_t width = 0;
   for (const Word& word : words) width = std::max(width, left(word).size());

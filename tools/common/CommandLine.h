@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -28,6 +29,8 @@ struct Word {
   std::function<void(const std::string&)> take;
   Value completes;
   std::vector<std::string> choices;  // the only values of an option, where there are few
+  bool repeats = false;              // of an argument: any number of them, none as well
+  bool isRare = false;               // left to --help-all
 };
 
 class CommandLine {
@@ -40,9 +43,12 @@ class CommandLine {
   using Value = Word::Value;
   void command(std::string name, std::string help, Take take);
   void argument(std::string name, std::string help, Take take, Value completes = Value::Text);
+  void arguments(std::string name, std::string help, Take take, Value completes = Value::Text);
   void flag(std::string name, std::string help, std::function<void()> take);
   void option(std::string name, std::string value, std::string help, Take take, Value completes = Value::Text,
               std::vector<std::string> choices = {});
+  // What comes behind this is left out by --help, which is one screen, and told by --help-all and the manual.
+  void rest() { rest_ = words_.size(); }
   // A paragraph of --help behind the options.
   void note(std::string text) { notes_.push_back(std::move(text)); }
   // More for the manual page. Lines that begin with a blank stay as they are.
@@ -52,11 +58,12 @@ class CommandLine {
   void exitCodes(std::string text) { exitCodes_ = std::move(text); }
 
   // Hands each word of the call to its place in the table, in the order of the call. A command and an argument are
-  // needed, once; an option given twice is taken twice. False when the call asked for a text of this table, which is
-  // on standard output then. Throws UsageError.
-  bool read(const std::vector<std::string>& call) const;
+  // needed, once, but of arguments() there may be any number; an option given twice is taken twice. False when the call
+  // asked for a text of this table, which is on standard output then. The flags and options that were given are added to
+  // `options`, a word each, for a call of this program with the same ones. Throws UsageError.
+  bool read(const std::vector<std::string>& call, std::vector<std::string>* options = nullptr) const;
 
-  std::string help() const;
+  std::string help(bool all = false) const;
   std::string manual() const;                              // roff, for man
   std::string completion(const std::string& shell) const;  // bash, zsh or fish; UsageError for others
 
@@ -69,6 +76,7 @@ class CommandLine {
   std::string program_;
   std::string summary_;
   std::vector<Word> words_;
+  std::optional<size_t> rest_;
   std::vector<std::string> notes_;
   std::vector<std::pair<std::string, std::string>> sections_;
   std::string exitCodes_ = "0, or 2 when something given is wrong";

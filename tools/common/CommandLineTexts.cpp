@@ -116,7 +116,7 @@ std::string CommandLine::completion(const std::string& shell) const {
       else if (word.kind == Word::Kind::Flag)
         text += " \\\n  '" + word.name + "[" + help + "]'";
       else if (word.kind == Word::Kind::Argument)
-        text += " \\\n  '1:" + word.name + ":" + action + "'";
+        text += std::string(" \\\n  '") + (word.repeats ? "*" : "1") + ":" + word.name + ":" + action + "'";
     }
     if (!commands.empty()) text += " \\\n  '1:command:(" + joined(commands) + ")'";
     return text + "\n";

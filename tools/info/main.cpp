@@ -94,11 +94,13 @@ int run(const std::vector<std::string>& words) {
       "or a tap, and page "
       "is what a rich-media page is told.");
   if (!line.read(words)) return 0;
-  const std::string folder = temporaryFolder();
-  velto::tools::supervise([&folder] {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  });
+  const auto handed = velto::tools::handedDown();
+  const std::string folder = handed ? *handed : temporaryFolder();
+  if (!handed)
+    velto::tools::supervise(folder, [&folder] {
+      std::error_code ignored;
+      std::filesystem::remove_all(folder, ignored);
+    });
   if (!identifier.empty()) copyStore(identifier, folder);
   gtk_init_check();  // without a display the screen is a guess
   velto::gtk::install(

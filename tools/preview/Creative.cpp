@@ -5,9 +5,11 @@
 #include <glib.h>
 #include <httplib.h>
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <thread>
 
 #include "preview/Arguments.h"
@@ -16,14 +18,17 @@
 namespace velto::preview {
 namespace {
 
-constexpr long longestDownload = 30;  // seconds
+constexpr long longestDownload = 30;             // seconds
+constexpr size_t largestDownload = 100'000'000;  // bytes
 
 bool isAddress(const std::string& source) {
   return source.rfind("http://", 0) == 0 || source.rfind("https://", 0) == 0;
 }
 
 size_t append(char* data, size_t size, size_t count, void* text) noexcept {
-  static_cast<std::string*>(text)->append(data, size * count);
+  auto& whole = *static_cast<std::string*>(text);
+  if (whole.size() > largestDownload) return 0;  // which ends it
+  whole.append(data, size * count);
   return size * count;
 }
 
@@ -44,10 +49,17 @@ std::string download(const std::string& address) {
 
 std::string contents(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
-  std::ostringstream text;
-  if (!std::filesystem::is_regular_file(file) || !(text << in.rdbuf()))
-    throw UsageError(file.string() + ": cannot be read");
-  return text.str();
+  if (!in || !std::filesystem::is_regular_file(file)) throw UsageError(file.string() + ": cannot be read");
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// An ad server's answer is UTF-8; what is not would be no ad, and nobody would know why.
+const std::string& judged(const std::string& markup, const std::string& source) {
+  if (markup.empty()) throw UsageError(source + ": is empty");
+  std::string text = markup;
+  std::replace(text.begin(), text.end(), '\0', ' ');  // which it may hold
+  if (!g_utf8_validate_len(text.data(), text.size(), nullptr)) throw UsageError(source + ": is not UTF-8");
+  return markup;
 }
 
 std::string lower(const std::string& text) {
@@ -67,13 +79,49 @@ size_t afterTag(const std::string& lowered, const std::string& tag) {
   return std::string::npos;
 }
 
+std::atomic<int> latency{0};  // see ServingSpeed
+std::atomic<int> bytesPerSecond{0};
+
+void serve(std::string bytes, const std::string& type, httplib::Response& response) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(latency));
+  if (bytesPerSecond == 0 || bytes.empty()) return response.set_content(bytes, type.c_str());
+  const auto size = bytes.size();
+  response.set_content_provider(
+      size, type.c_str(), [bytes = std::move(bytes)](size_t offset, size_t length, httplib::DataSink& sink) {
+        constexpr int portionsPerSecond = 10;
+        const int speed = bytesPerSecond;
+        const auto portion =
+            speed ? std::min(length, static_cast<size_t>(speed / portionsPerSecond)) : length;
+        if (speed) std::this_thread::sleep_for(std::chrono::milliseconds(1000 / portionsPerSecond));
+        return sink.write(bytes.data() + offset, portion);
+      });
+}
+
 }  // namespace
+
+void setServingSpeed(ServingSpeed speed) {
+  latency = speed.latency;
+  bytesPerSecond = speed.bytesPerSecond;
+}
 
 class Creative::FolderServer {
  public:
   explicit FolderServer(const std::filesystem::path& folder)
       : folder_(folder.empty() ? "." : folder.string()) {
+    server_.set_keep_alive_timeout(1);  // seconds: the engine holds connections that the end waits for
+    // As content networks do: any page may use what is there, and ask for parts of it.
+    server_.set_default_headers({{"Access-Control-Allow-Origin", "*"},
+                                 {"Access-Control-Expose-Headers", "*"},
+                                 {"Cross-Origin-Resource-Policy", "cross-origin"},
+                                 {"Timing-Allow-Origin", "*"},
+                                 {"Cache-Control", "public, max-age=3600"}});
+    server_.Options(".*", [](const httplib::Request&, httplib::Response& response) {
+      response.set_header("Access-Control-Allow-Methods", "GET, HEAD, OPTIONS");
+      response.set_header("Access-Control-Allow-Headers", "*");
+      response.status = 204;
+    });
     server_.Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
+      response.set_header("Accept-Ranges", "bytes");
       auto file = folder_.find(request.path);
       if (!file) {
         response.status = 404;
@@ -82,7 +130,7 @@ class Creative::FolderServer {
       // The second part of a creative is a document without address, too.
       if (file->contentType == "text/html")
         file->bytes = withBase(file->bytes, address() + request.path.substr(1));
-      response.set_content(file->bytes, file->contentType);
+      serve(std::move(file->bytes), file->contentType, response);
     });
     port_ = server_.bind_to_any_port("127.0.0.1");
     if (port_ <= 0) throw UsageError("no port is free to serve the creative's folder from");
@@ -102,15 +150,17 @@ class Creative::FolderServer {
   std::thread thread_;
 };
 
-Creative::Creative(const std::string& source) {
+Creative::Creative(const std::string& source) : source_(source) {
   if (isAddress(source)) {
-    markup_ = withBase(download(source), source);
+    markup_ = withBase(judged(download(source), source), source);
+    base_ = source.substr(0, source.rfind('/') + 1);
     return;
   }
   const std::filesystem::path file(source);
-  const auto text = contents(file);
+  const auto text = judged(contents(file), source);
   server_ = std::make_unique<FolderServer>(file.parent_path());
-  markup_ = withBase(text, server_->address());
+  base_ = server_->address();
+  markup_ = withBase(text, base_);
 }
 
 Creative::~Creative() = default;

@@ -12,14 +12,25 @@ class Creative {
   explicit Creative(const std::string& source);
   ~Creative();
 
+  const std::string& source() const { return source_; }
   // With a base element, so that its relative addresses mean the files beside it.
+  const std::string& base() const { return base_; }  // what its relative addresses begin with
   const std::string& markup() const { return markup_; }
 
  private:
   class FolderServer;
   std::unique_ptr<FolderServer> server_;
+  std::string base_;
+  const std::string source_;
   std::string markup_;
 };
+
+// How files beside creatives are served from now on: each after that time, and so many bytes a second (0: as they come).
+struct ServingSpeed {
+  int latency = 0;  // milliseconds
+  int bytesPerSecond = 0;
+};
+void setServingSpeed(ServingSpeed speed);
 
 // The markup with a base element as its first in the head. For tests.
 std::string withBase(const std::string& markup, const std::string& base);

@@ -2,9 +2,8 @@
 #include "preview/Journal.h"
 
 #include <glib.h>
+#include <velto/gtk/GtkPlatform.h>
 #include <velto/measurement/OMIDVeltoSDK.h>
-#include <velto/platform/foundation/NSURL.h>
-#include <velto/platform/ui/WKWebView.h>
 
 #include <cstdio>
 #include <set>
@@ -12,61 +11,31 @@
 namespace velto::preview {
 namespace {
 
-constexpr char reportScheme[] = "velto-preview:";
-
-// Sends what a page writes to its console, and the errors of its scripts, as navigations of frames that come
-// and go: the engine tells of them in order.
-constexpr char consoleScript[] = R"JS((function () {
-  if (window.__veltoPreview) return;
-  window.__veltoPreview = true;
-  var waiting = [];
-  function flush() {
-    var root = document.documentElement;
-    if (!root) return;
-    while (waiting.length) {
-      var frame = document.createElement('iframe');
-      frame.style.display = 'none';
-      frame.src = waiting.shift();
-      root.appendChild(frame);
-      root.removeChild(frame);
-    }
-  }
-  function report(kind, details) {
-    waiting.push('velto-preview:' + kind + '?' + encodeURIComponent(JSON.stringify(details)));
-    flush();
-  }
-  function text(value) {
-    if (typeof value === 'string') return value;
-    if (value instanceof Error) return String(value);
-    try { return JSON.stringify(value) || String(value); } catch (e) { return String(value); }
-  }
-  ['log', 'info', 'warn', 'error', 'debug'].forEach(function (level) {
-    var original = console[level];
-    console[level] = function () {
-      report('console', {level: level, text: Array.prototype.map.call(arguments, text).join(' ')});
-      return original.apply(console, arguments);
-    };
-  });
-  window.addEventListener('error', function (e) {
-    if (e.target && e.target !== window) {
-      if (/(^|\/)mraid\.js([?#]|$)/.test(e.target.src || '')) return;  // it is there in any case
-      report('resource-error', {url: String(e.target.src || e.target.href || '')});
-    } else {
-      report('script-error', {message: String(e.message), line: e.lineno || 0, column: e.colno || 0});
-    }
-  }, true);
-  window.addEventListener('unhandledrejection', function (e) {
-    report('script-error', {message: 'unhandled rejection: ' + text(e.reason), line: 0, column: 0});
-  });
-  document.addEventListener('DOMContentLoaded', flush);
-})();)JS";
-
-const std::set<std::string> namingKeys{"name", "state", "type", "level"};
-
 std::string textOf(const JSON::Object& object, const char* key) {
   const auto found = object.find(key);
   const auto* text = found == object.end() ? nullptr : found->second.string();
   return text ? *text : std::string();
+}
+
+// What tells entries of one kind apart, and the kinds whose entries are events by that name alone: a state or a command
+// may have the name of an event.
+constexpr const char* namingKeys[] = {"name", "state", "type", "level", "command"};
+const std::set<std::string> kindsOfEvents{"callback", "statement", "state", "measurement"};
+
+// "state", "state/expanded", "state/stateChange", "stateChange".
+std::set<std::string> countedNames(const std::string& event, const JSON::Object& details) {
+  std::set<std::string> names{event};
+  for (const auto* key : namingKeys)
+    if (const auto name = textOf(details, key); !name.empty()) names.insert(event + "/" + name);
+  if (kindsOfEvents.count(event))
+    for (const auto* key : {"name", "type"})
+      if (const auto name = textOf(details, key); !name.empty()) names.insert(name);
+  return names;
+}
+
+bool wasTapped() {
+  auto* platform = gtk::GtkPlatform::installed();
+  return platform && platform->application().touchGuard().mayOpen();
 }
 
 // What stands in quotes in a statement such as window.mraid.setState("expanded");
@@ -79,7 +48,9 @@ std::string argumentOf(const std::string& statement, const std::string& function
 
 }  // namespace
 
-Journal::Journal() : start_(g_get_monotonic_time()) {
+Journal::Journal()
+    : start_(g_get_monotonic_time()),
+      ears_([this](const auto& kind, auto details) { add(kind, std::move(details)); }) {
   VeltoInspector::install(this);
   OMIDVeltoSDK::sharedInstance()->setTracer([this](const JSON& event) { addMeasured(event); });
 }
@@ -94,10 +65,7 @@ double Journal::milliseconds() const {
 }
 
 void Journal::add(const std::string& event, JSON::Object details) {
-  std::set<std::string> names{event};
-  for (const auto& key : namingKeys)
-    if (const auto name = textOf(details, key.c_str()); !name.empty()) names.insert(name);
-  for (const auto& name : names) ++counts_[name];
+  for (const auto& name : countedNames(event, details)) ++counts_[name];
 
   details["t"] = milliseconds();
   details["event"] = event;
@@ -105,7 +73,7 @@ void Journal::add(const std::string& event, JSON::Object details) {
       writeJSON(JSON(details), false).value_or("{\"event\":\"" + event + "\",\"unreadable\":true}");
   std::printf("%s\n", line.c_str());
   std::fflush(stdout);
-  if (onEntry) onEntry(line);
+  for (size_t i = 0; i < observers_.size(); ++i) observers_[i](details);  // one may add an entry itself
 }
 
 int Journal::count(const std::string& name) const {
@@ -113,10 +81,23 @@ int Journal::count(const std::string& name) const {
   return found == counts_.end() ? 0 : found->second;
 }
 
+int Journal::countFromHere(const std::string& name) const {
+  const auto before = countsBefore_.find(name);
+  return count(name) - (before == countsBefore_.end() ? 0 : before->second);
+}
+
 void Journal::inspect(const std::string& event, JSON::Object details) {
   if (event == "navigation") {
     const auto url = textOf(details, "url");
-    if (url == "about:blank" || isOfThePage(url)) return;  // frames without content are nothing to tell of
+    if (url == "about:blank") return;  // frames without content are nothing to tell of
+    if (url.rfind("http", 0) == 0) lastAddress_ = url;
+  } else if (event == "navigation-failed") {
+    details["url"] = lastAddress_;
+    details["removesBanner"] = true;
+  } else if (event == "command") {
+    details["tapped"] = wasTapped();
+  } else if (event == "open") {
+    details["tapped"] = details.contains("opened") && details["opened"] == JSON(true);
   } else if (event == "statement") {
     const auto text = textOf(details, "text");
     if (const auto fired = argumentOf(text, "fireEvent"); !fired.empty()) details["name"] = fired;
@@ -139,21 +120,12 @@ void Journal::addMeasured(const JSON& event) {
   add("measurement", std::move(details));
 }
 
-bool Journal::isOfThePage(const std::string& url) {
-  if (url.rfind(reportScheme, 0) != 0) return false;
-  const auto question = url.find('?');
-  if (question == std::string::npos) return true;
-  const auto decoded = g_uri_unescape_string(url.c_str() + question + 1, nullptr);
-  const auto details = decoded ? readJSON(decoded) : std::nullopt;
-  g_free(decoded);
-  const auto* object = details ? details->object() : nullptr;
-  if (object) add(url.substr(sizeof reportScheme - 1, question - (sizeof reportScheme - 1)), *object);
-  return true;
+void Journal::prepare(WKWebViewConfiguration& configuration) {
+  if (prepares) prepares(configuration);
 }
 
-void Journal::prepare(WKWebViewConfiguration& configuration) {
-  auto& scripts = configuration.userContentController.userScripts;
-  scripts.insert(scripts.begin(), {consoleScript, WKUserScriptInjectionTime::AtDocumentStart, false});
+void Journal::willLoad(WKWebView& webView) {
+  ears_.listenTo(webView);
 }
 
 }  // namespace velto::preview

@@ -2,20 +2,14 @@
 #include "preview/Player.h"
 
 #include <cmath>
-#include <filesystem>
-
-#include "preview/Hand.h"
 
 namespace velto::preview {
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto settles = 150ms;  // after a change of the window, until its parts have followed
-
-std::string quoted(const std::string& text) {
-  return writeJSON(JSON(text), false).value_or("\"\"");
-}
+constexpr size_t mostTold = 10'000;
+constexpr auto untilAskedAgain = 50ms;
 
 }  // namespace
 
@@ -41,7 +35,16 @@ bool runUntil(std::chrono::milliseconds atMost, const std::function<bool()>& con
 }
 
 Player::Player(Screen& screen, Journal& journal, const Arguments& arguments)
-    : screen_(screen), journal_(journal), arguments_(arguments) {}
+    : screen_(screen),
+      journal_(journal),
+      arguments_(arguments),
+      told_(std::make_shared<std::vector<JSON::Object>>()) {
+  journal.observe([told = std::weak_ptr(told_)](const JSON::Object& entry) {
+    const auto& kind = *entry.at("event").string();
+    const auto kept = told.lock();
+    if (kept && kept->size() < mostTold && (kind == "open" || kind == "command")) kept->push_back(entry);
+  });
+}
 
 bool Player::awaitLoad() {
   const bool loaded = runUntil(
@@ -54,44 +57,17 @@ bool Player::awaitLoad() {
 bool Player::play(const std::vector<Step>& steps) {
   for (const auto& step : steps) {
     if (!screen_.isOpen()) return false;
-    journal_.add("step", {{"line", step.line}, {"text", step.text}});
+    JSON::Object place{{"line", step.line}, {"text", step.text}};
+    if (!step.file.empty()) place["file"] = step.file;
+    journal_.add("step", place);
     if (const auto fault = play(step)) {
-      journal_.add("failure", {{"line", step.line}, {"text", *fault}});
+      place["text"] = *fault;
+      journal_.add("failure", std::move(place));
+      if (!arguments_.out.empty()) screenshot({"failure-line-" + std::to_string(step.line)});
       return false;
     }
   }
   return true;
-}
-
-Player::Outcome Player::play(const Step& step) {
-  const auto& words = step.words;
-  const auto now = [&](const std::string& is, const char* what) -> Outcome {
-    if (is == words[0]) return std::nullopt;
-    return std::string(what) + " is \"" + is + "\"";
-  };
-  if (step.verb == "wait")
-    return runFor(std::chrono::milliseconds(std::llround(numberOf(words[0])))), std::nullopt;
-  if (step.verb == "wait-for state") return waitFor([&] { return journal_.state() == words[0]; }, step);
-  if (step.verb == "wait-for event") return waitFor([&] { return journal_.count(words[0]) > 0; }, step);
-  if (step.verb == "tap") {
-    const auto fault = tapAt(screen_.content(), {numberOf(words[0]), numberOf(words[1])});
-    return fault.empty() ? Outcome() : fault;
-  }
-  if (step.verb == "tap-element") return tapElement(step.rest);
-  if (step.verb == "eval") return eval(step.rest, false);
-  if (step.verb == "expect eval") return eval(step.rest, true);
-  if (step.verb == "rotate") return screen_.rotate(words[0] == "landscape"), runFor(settles), std::nullopt;
-  if (step.verb == "hide" || step.verb == "show")
-    return screen_.setShown(step.verb == "show"), runFor(settles), std::nullopt;
-  if (step.verb == "volume") return screen_.setVolume(static_cast<float>(numberOf(words[0]))), std::nullopt;
-  if (step.verb == "close") return screen_.pressClose() ? Outcome() : "there is no close button";
-  if (step.verb == "screenshot") return screenshot(words[0]);
-  if (step.verb == "expect state") return now(journal_.state(), "the state");
-  if (step.verb == "expect placement") return now(journal_.placement(), "the placement");
-  if (step.verb == "expect frame") return expectFrame(step);
-  const int count = journal_.count(words[0]);  // the one verb that is left: "expect count"
-  if (count == numberOf(words[1])) return std::nullopt;
-  return words[0] + " came " + std::to_string(count) + " times";
 }
 
 Player::Outcome Player::waitFor(const std::function<bool()>& condition, const Step& step) {
@@ -124,6 +100,20 @@ std::optional<JSON> Player::evaluate(const std::string& script, std::string* err
   return answer->value;
 }
 
+// Asked again and again, as a page tells nobody that it has changed.
+Player::Outcome Player::waitForEval(const std::string& script) {
+  const double end = journal_.milliseconds() + static_cast<double>(arguments_.timeout.count());
+  std::string error;
+  for (;;) {
+    const auto value = evaluate(script, &error);
+    if (value && *value == JSON(true)) return std::nullopt;
+    if (!screen_.isOpen() || journal_.milliseconds() > end)
+      return "it was not true within " + std::to_string(arguments_.timeout.count()) + " ms" +
+             (error.empty() ? "" : ": " + error);
+    runFor(untilAskedAgain);
+  }
+}
+
 Player::Outcome Player::eval(const std::string& script, bool mustBeTrue) {
   std::string error;
   const auto value = evaluate(script, &error);
@@ -134,49 +124,6 @@ Player::Outcome Player::eval(const std::string& script, bool mustBeTrue) {
   if (!mustBeTrue) return std::nullopt;
   if (value && *value == JSON(true)) return std::nullopt;
   return "it is not true" + (error.empty() ? "" : ": " + error);
-}
-
-Player::Outcome Player::tapElement(const std::string& selector) {
-  std::string error;
-  const auto place = evaluate("(function () { var e = document.querySelector(" + quoted(selector) +
-                                  "); if (!e) return null; var r = e.getBoundingClientRect();"
-                                  " return [r.left + r.width / 2, r.top + r.height / 2]; })()",
-                              &error);
-  const auto* numbers = place ? place->array() : nullptr;
-  const auto frame = screen_.frame();
-  if (!numbers || numbers->size() != 2 || !frame)
-    return "no such element" + (error.empty() ? "" : ": " + error);
-  const auto fault = tapAt(screen_.content(), {frame->origin.x + (*numbers)[0].number().value_or(0),
-                                               frame->origin.y + (*numbers)[1].number().value_or(0)});
-  return fault.empty() ? Outcome() : fault;
-}
-
-Player::Outcome Player::screenshot(const std::string& name) {
-  runFor(settles);
-  const auto folder = std::filesystem::path(arguments_.out.empty() ? "." : arguments_.out);
-  std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
-  const auto file = (folder / (name + ".png")).string();
-  // There is nothing to take a picture of while a frame is being drawn: then after the next.
-  const auto taken = [&] {
-    if (screen_.photograph(file)) return true;
-    gtk_widget_queue_draw(screen_.content());
-    return false;
-  };
-  if (!runUntil(2s, taken)) return file + ": cannot be written";
-  journal_.add("screenshot", {{"file", file}});
-  return std::nullopt;
-}
-
-Player::Outcome Player::expectFrame(const Step& step) {
-  const CGRect wanted{{numberOf(step.words[0]), numberOf(step.words[1])},
-                      {numberOf(step.words[2]), numberOf(step.words[3])}};
-  const auto frame = screen_.frame();
-  if (frame == wanted) return std::nullopt;
-  if (!frame) return "there is no ad view";
-  const auto text = [](double value) { return writeJSON(JSON(value), false).value_or("?"); };
-  return "the frame is " + text(frame->origin.x) + " " + text(frame->origin.y) + " " +
-         text(frame->size.width) + " " + text(frame->size.height);
 }
 
 }  // namespace velto::preview

@@ -2,12 +2,17 @@
 #include "preview/Screen.h"
 
 #include <velto/gtk/VeltoGtk.h>
+#include <velto/gtk/web/WebView.h>
 #include <velto/platform/Platform.h>
 #include <velto/platform/UIDevice.h>
 #include <velto/ui/VeltoBannerViewControllerPrivate.h>
 #include <velto/ui/VeltoInterstitialViewControllerPrivate.h>
 
+#include <cmath>
 #include <functional>
+
+#include "preview/Device.h"
+#include "preview/Photograph.h"
 
 namespace velto::preview {
 namespace {
@@ -22,6 +27,17 @@ VeltoCloseButton* closeButtonIn(UIView& view) {
     if (auto* button = closeButtonIn(**subview)) return button;
   }
   return nullptr;
+}
+
+// Those that a person can see something of.
+void addPages(UIView& view, std::vector<WebKitWebView*>& pages) {
+  for (const auto& subview : view.subviews()) {
+    if (auto* page = dynamic_cast<WKWebView*>(subview.get()); page && page->isInWindow())
+      if (const auto* peer = dynamic_cast<gtk::WebView*>(&page->webPeer()))
+        if (gtk_widget_get_mapped(GTK_WIDGET(peer->engine().view.get())))
+          pages.push_back(peer->engine().view);
+    addPages(*subview, pages);
+  }
 }
 
 }  // namespace
@@ -74,14 +90,19 @@ class Screen::InterstitialDelegate : public VeltoInterstitialViewControllerDeleg
   Screen& screen_;
 };
 
-Screen::Screen(const Arguments& arguments, Journal& journal) : journal_(journal), arguments_(arguments) {
+Screen::Screen(const Arguments& arguments, Journal& journal, bool drawn)
+    : journal_(journal), arguments_(arguments) {
   gtk::setScreenSize(arguments.screen);
   isLandscape_ = arguments.screen.width > arguments.screen.height;
   window_ = GTK_WINDOW(gtk_window_new());
   gtk_window_set_title(window_, "velto-preview");
-  gtk_window_set_decorated(window_, FALSE);  // the window is the screen, to the point
-  gtk_window_set_default_size(window_, static_cast<int>(arguments.screen.width),
-                              static_cast<int>(arguments.screen.height));
+  if (drawn) {
+    drawDevice(window_, arguments.screen);
+  } else {
+    gtk_window_set_decorated(window_, FALSE);  // the window is the screen, to the point
+    gtk_window_set_default_size(window_, static_cast<int>(arguments.screen.width),
+                                static_cast<int>(arguments.screen.height));
+  }
   gtk_window_set_child(window_, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
   host_ = gtk::hostViewController(window_);
   g_signal_connect(window_, "destroy", G_CALLBACK(closed), this);
@@ -104,16 +125,21 @@ void Screen::closed(GtkWidget*, Screen* self) noexcept {
 }
 
 void Screen::load() {
+  banner_.reset();
+  interstitial_.reset();
+  appeared_ = failed_ = false;
   if (arguments_.interstitial) {
     interstitialDelegate_ = std::make_shared<InterstitialDelegate>(*this);
     interstitial_ = VeltoInterstitialViewController::initWithDelegate(interstitialDelegate_);
     interstitial_->setAutoShowWhenReady(true);
+    interstitial_->setPlacement("preview");
     interstitial_->load();
   } else {
     bannerDelegate_ = std::make_shared<BannerDelegate>(*this);
     banner_ = VeltoBannerViewController::initWithDelegate(
         bannerDelegate_, VeltoBannerSize320x50,
         arguments_.atTop ? VeltoBannerPositionTop : VeltoBannerPositionBottom);
+    banner_->setPlacement("preview");
     banner_->load();
   }
 }
@@ -143,6 +169,11 @@ std::optional<CGRect> Screen::frame() const {
   return CGRect{host_->view()->convertPointFromView({0, 0}, *view), view->frame().size};
 }
 
+std::optional<VeltoAdWeight> Screen::weight() const {
+  if (banner_) return banner_->adWeight();
+  return interstitial_ ? interstitial_->adWeight() : std::nullopt;
+}
+
 // Asks for no frame of its own: a still screen costs nothing.
 void Screen::painted(GdkFrameClock*, Screen* self) noexcept {
   if (!self->window_) return;
@@ -163,6 +194,7 @@ void Screen::followFrame() {
 
 // The window follows unless the ad that is shown allows only other orientations.
 void Screen::rotate(bool landscape) {
+  tellChange(landscape ? "rotate landscape" : "rotate portrait");
   Platform::current().device().setOrientation(landscape ? landscapeRight : portrait);
   UIViewController::attemptRotationToDeviceOrientation();
 }
@@ -177,11 +209,18 @@ void Screen::followOrientation() {
   gtk::setScreenSize(asGiven ? arguments_.screen : CGSize{height, width});
 }
 
+void Screen::tellChange(const std::string& step) const {
+  if (onChange) onChange(step);
+}
+
 void Screen::setShown(bool shown) {
+  tellChange(shown ? "show" : "hide");
   gtk_widget_set_visible(GTK_WIDGET(window_), shown);
 }
 
 void Screen::setVolume(float fraction) {
+  tellChange("volume " +
+             writeJSON(JSON(static_cast<double>(std::lround(fraction * 100)) / 100), false).value_or("1"));
   if (banner_) banner_->vc()->audioVolumeChange(fraction, webView());
   if (interstitial_) interstitial_->vc()->audioVolumeChange(fraction, webView());
 }
@@ -190,28 +229,18 @@ bool Screen::pressClose() {
   auto* button = closeButtonIn(*host_->view());
   if (!button) return false;
   const auto held = button->shared_from_this();
+  tellChange("close");
   button->sendTouchUpInside();
   return true;
 }
 
-bool Screen::photograph(const std::string& file) const {
-  GtkWidget* widget = content();
-  const int width = gtk_widget_get_width(widget);
-  const int height = gtk_widget_get_height(widget);
-  GskRenderer* renderer = gtk_native_get_renderer(gtk_widget_get_native(widget));
-  if (!renderer || width <= 0 || height <= 0) return false;
-  GdkPaintable* paintable = gtk_widget_paintable_new(widget);
-  GtkSnapshot* snapshot = gtk_snapshot_new();
-  gdk_paintable_snapshot(paintable, GDK_SNAPSHOT(snapshot), width, height);
-  g_object_unref(paintable);
-  GskRenderNode* node = gtk_snapshot_free_to_node(snapshot);
-  if (!node) return false;
-  const graphene_rect_t bounds = GRAPHENE_RECT_INIT(0, 0, float(width), float(height));
-  GdkTexture* texture = gsk_renderer_render_texture(renderer, node, &bounds);
-  gsk_render_node_unref(node);
-  const bool saved = gdk_texture_save_to_png(texture, file.c_str());
-  g_object_unref(texture);
-  return saved;
+bool Screen::photograph(const std::string& file, GtkWindow* beside) const {
+  if (!window_) return false;
+  std::vector<WebKitWebView*> pages;
+  addPages(*host_->view(), pages);
+  const auto texture =
+      beside ? photographOf(std::vector{window_, beside}, pages) : photographOf(content(), pages);
+  return texture && gdk_texture_save_to_png(texture, file.c_str());
 }
 
 }  // namespace velto::preview

@@ -6,6 +6,7 @@
 #include <velto/platform/ui/WKWebView.h>
 #include <velto/velto.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,11 +18,13 @@ namespace velto::preview {
 
 class Screen {
  public:
-  Screen(const Arguments& arguments, Journal& journal);
+  // Drawn as a device, or the screen alone.
+  Screen(const Arguments& arguments, Journal& journal, bool drawn);
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
   ~Screen();
 
+  // Once more: what is shown goes first.
   void load();
   bool isOpen() const { return window_ != nullptr; }
   GtkWindow* window() const { return window_; }
@@ -33,12 +36,17 @@ class Screen {
   // Of the ad view, points of the screen; nothing while there is none.
   std::optional<CGRect> frame() const;
 
+  // What its page has cost so far.
+  std::optional<VeltoAdWeight> weight() const;
+
   void rotate(bool landscape);
   void setShown(bool shown);
   void setVolume(float fraction);
   // Presses the close button that is on the screen now; whether there is one.
   bool pressClose();
-  bool photograph(const std::string& file) const;
+  // Called with the step that does the same, when somebody has turned, hidden or closed it, or changed the volume.
+  std::function<void(const std::string& step)> onChange;
+  bool photograph(const std::string& file, GtkWindow* beside = nullptr) const;
 
  private:
   class BannerDelegate;
@@ -46,6 +54,7 @@ class Screen {
   static void painted(GdkFrameClock*, Screen* self) noexcept;
   static void closed(GtkWidget*, Screen* self) noexcept;
   void heard(const char* name, const VeltoErrorAd* error = nullptr);
+  void tellChange(const std::string& step) const;
   void followFrame();
   void followOrientation();
 

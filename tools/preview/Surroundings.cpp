@@ -3,11 +3,15 @@
 
 #include <glib.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
+#include "common/Supervise.h"
 #include "preview/Arguments.h"
 
 namespace velto::preview {
@@ -30,14 +34,23 @@ Surroundings::Surroundings(const std::string& out, bool taps) {
   if (!made) throw UsageError("no temporary folder can be made");
   folder_ = made;
   g_free(made);
-  pictures_ = out.empty() ? folder_ / "pictures" : std::filesystem::absolute(out) / "pictures";
-  quietDesktop();
+  quietDesktop((out.empty() ? folder_ : std::filesystem::absolute(out)) / "pictures");
   try {
     if ((!isSet("DISPLAY") && !isWayland()) || (taps && isWayland())) startDisplay();
   } catch (const UsageError&) {
     remove();
     throw;
   }
+}
+
+Surroundings::Surroundings(const std::string& text) {
+  const auto blank = text.find(' ');
+  server_ = static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
+  folder_ = text.substr(blank + 1);
+}
+
+std::string Surroundings::text() const {
+  return std::to_string(server_) + " " + folder_.string();
 }
 
 void Surroundings::remove() const {
@@ -50,7 +63,7 @@ void Surroundings::remove() const {
 }
 
 // Whatever an ad opens is handed to an application that does nothing; what it was stands in the journal.
-void Surroundings::quietDesktop() {
+void Surroundings::quietDesktop(const std::filesystem::path& pictures) {
   const std::string types =
       "x-scheme-handler/http;x-scheme-handler/https;x-scheme-handler/tel;x-scheme-handler/sms;"
       "x-scheme-handler/mailto;";
@@ -62,7 +75,7 @@ void Surroundings::quietDesktop() {
   for (const char* scheme : {"http", "https", "tel", "sms", "mailto"})
     list << "x-scheme-handler/" << scheme << "=velto-preview-nothing.desktop\n";
   for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) g_setenv(home, folder_.c_str(), TRUE);
-  std::ofstream(folder_ / "user-dirs.dirs") << "XDG_PICTURES_DIR=\"" << pictures_.string() << "\"\n";
+  std::ofstream(folder_ / "user-dirs.dirs") << "XDG_PICTURES_DIR=\"" << pictures.string() << "\"\n";
   for (const char* temporary : {"TMPDIR", "PULSE_RUNTIME_PATH"}) g_setenv(temporary, folder_.c_str(), TRUE);
   g_setenv("GTK_A11Y", "none", FALSE);
   // The user's calendar is behind that bus, and stays untouched.
@@ -74,6 +87,8 @@ void Surroundings::startDisplay() {
   if (pipe(numbers) != 0) throw UsageError("no pipe can be made");
   server_ = fork();
   if (server_ == 0) {
+    tools::endAsUsual();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     dup2(numbers[1], 3);
     if (!freopen("/dev/null", "w", stderr)) _exit(126);
     execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "2560x2560x24", "-nolisten", "tcp", "-noreset",
@@ -92,6 +107,13 @@ void Surroundings::startDisplay() {
   g_setenv("GSK_RENDERER", "cairo", FALSE);
   g_setenv("LIBGL_ALWAYS_SOFTWARE", "1", FALSE);
   g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", FALSE);
+}
+
+void leaveSandbox() {
+  g_setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", TRUE);
+  std::fputs(
+      "velto-preview: warning: without its sandbox the web engine lets the ad do all that you may do\n",
+      stderr);
 }
 
 }  // namespace velto::preview

@@ -57,6 +57,9 @@ class VELTO_EXPORT VeltoAd : public NotificationObject {
   std::optional<std::string> bannerId;
   std::optional<std::string> publisherId;
   std::shared_ptr<VeltoMRAIDHandler> mraidHandler;
+  // The server that answered with the markup; empty for what another network brought. Only ads of one site may ever be
+  // kept together, in whatever runs them.
+  std::string site;
   std::string identifier;           // a fresh UUID
   std::optional<double> createdAt;  // seconds since 1970
   std::optional<double> ttl;        // seconds

@@ -109,7 +109,10 @@ std::optional<VeltoErrorAd> VeltoAdMediationItemResolver::_tryHandleNextMediatio
   const auto& items = mediation->mediations();
   // Looked for in a list that is not there, anything is at its end.
   if (!items) return VeltoErrorAd::because(VeltoAdEndReason::NobodyFilled);
-  const auto found = std::find(items->begin(), items->end(), item);
+  // Where it was read, unless the list was changed since: a long one is not searched anew for each of its items.
+  const bool isInPlace = item && item->place < items->size() && items->at(item->place) == item;
+  const auto found = isInPlace ? items->begin() + static_cast<std::ptrdiff_t>(item->place)
+                               : std::find(items->begin(), items->end(), item);
   if (found == items->end()) return VeltoErrorAd::because(VeltoAdEndReason::ItemNotInList);
   const auto next = found + 1;
   if (next == items->end()) return VeltoErrorAd::because(VeltoAdEndReason::NobodyFilled);

@@ -3,6 +3,7 @@
 
 #include "velto/ads/AdSDKVelto.h"
 #include "velto/ads/VeltoAdMediationResolver.h"
+#include "velto/platform/foundation/NSURL.h"
 #include "velto/platform/foundation/Text.h"
 
 namespace velto {
@@ -18,6 +19,11 @@ std::optional<VeltoAdEndReason> whyWithoutAd(const VeltoTaskResponse& response, 
                                                  : VeltoAdEndReason::HeaderNoFill;
   if (!isValidUTF8(text)) return VeltoAdEndReason::BodyNotText;
   return AdSDKVelto::isAdNoFill(text) ? std::optional(VeltoAdEndReason::MarkupNoFill) : std::nullopt;
+}
+
+std::string siteOf(const NSURLResponse* response) {
+  const auto url = response ? NSURL::URLWithString(response->url) : std::nullopt;
+  return url ? url->host().value_or("") : "";
 }
 
 }  // namespace
@@ -71,6 +77,7 @@ void VeltoAdResolverManager::resolveAdFromTaskResponse(const VeltoTaskResponsePo
                                                        const VeltoAdCompletion& completionHandler) {
   if (response->responseType == VeltoTaskResponseMarkup) {
     auto ad = VeltoAd::adWithHTML(std::move(html), bannerSize, response->headers);
+    ad->site = siteOf(response->response.get());
     if (completionHandler) completionHandler(std::move(ad), std::nullopt);
   } else if (response->responseType == VeltoTaskResponseMediation) {
     VeltoAdMediationResolver::resolveAd(response, bannerSize, completionHandler);

@@ -37,7 +37,10 @@ std::vector<std::shared_ptr<VeltoMediationItemResponse>> VeltoMediationItemRespo
   std::vector<std::shared_ptr<VeltoMediationItemResponse>> items;
   items.reserve(array.size());
   // An element that is no object still takes its place in the order, and no adapter will want it.
-  for (const auto& element : array) items.push_back(_init(element.object() ? *element.object() : nothing));
+  for (const auto& element : array) {
+    items.push_back(_init(element.object() ? *element.object() : nothing));
+    items.back()->place = items.size() - 1;
+  }
   return items;
 }
 

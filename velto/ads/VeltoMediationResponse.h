@@ -44,6 +44,7 @@ class VELTO_EXPORT VeltoMediationItemResponse {
   std::shared_ptr<VeltoMediationItemEResponse> eValue;
   std::optional<std::string> tValue;  // labels, carried only
   std::optional<std::string> nValue;
+  size_t place = 0;  // in the list that it was read from
 };
 
 class VELTO_EXPORT VeltoMediationResponse {

@@ -81,6 +81,13 @@ enum VeltoInterstitialState : int64_t {
   VeltoInterstitialStatePresented = 3,  // from show until it has gone again
 };
 
+// What becomes of an ad that harms the device (VeltoAdWeight.h).
+enum VeltoHeavyAdPolicy : int64_t {
+  VeltoHeavyAdPolicyReport = 0,       // its timeline and the figures tell
+  VeltoHeavyAdPolicyPauseUnseen = 1,  // and while nobody sees it, what it plays stands still at once
+  VeltoHeavyAdPolicyReplace = 2,      // and it is taken out: the next refresh brings another
+};
+
 // How an ad comes in.
 enum VeltoAnimation : int64_t {
   VeltoAnimationNone = 0,

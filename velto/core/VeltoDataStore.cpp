@@ -1,6 +1,7 @@
 // Configuration in the defaults store.
 #include "velto/core/VeltoDataStore.h"
 
+#include "velto/core/PrivacyValues.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIDevice.h"
@@ -30,11 +31,16 @@ NSUserDefaults& defaults() {
   return Platform::current().standardUserDefaults();
 }
 
+// Nothing for a value of another kind.
 template <class T>
-std::optional<T> valueForKey(const std::string& key) {
-  auto value = defaults().objectForKey(key);
+std::optional<T> as(std::optional<DefaultsValue> value) {
   T* held = value ? std::get_if<T>(&*value) : nullptr;
   return held ? std::optional(std::move(*held)) : std::nullopt;
+}
+
+template <class T>
+std::optional<T> valueForKey(const std::string& key) {
+  return as<T>(defaults().objectForKey(key));
 }
 
 // The store's exceptions end here: a failed write is only told by the result. That there is no store at all
@@ -107,13 +113,13 @@ std::optional<std::string> VeltoDataStore::getVeltoEndpoint() {
   return getStringForKey(keyEndpoint);
 }
 bool VeltoDataStore::isPersonalInfoContentAccepted() {
-  return getBoolForKey(keyGDPROptin);
+  return as<double>(PrivacyValues::value(keyGDPROptin)).value_or(0) != 0;
 }
 std::optional<std::string> VeltoDataStore::getGDPRConsent() {
-  return getStringForKey(keyGDPRConsent);
+  return as<std::string>(PrivacyValues::value(keyGDPRConsent));
 }
 std::optional<std::string> VeltoDataStore::getUsPrivacy() {
-  return getStringForKey(keyCCPAConsent);
+  return as<std::string>(PrivacyValues::value(keyCCPAConsent));
 }
 bool VeltoDataStore::isTestMode() {
   return getBoolForKey(keyTestMode);
@@ -162,13 +168,13 @@ void VeltoDataStore::storeVeltoEndpoint(const std::optional<std::string>& endpoi
   storeValue(asValue(endpoint), keyEndpoint);
 }
 void VeltoDataStore::storePersonalInfoContentAccepted(bool accepted) {
-  storeValue(asValue(accepted), keyGDPROptin);
+  PrivacyValues::store(keyGDPROptin, asValue(accepted));
 }
 void VeltoDataStore::storeGDPRConsent(const std::optional<std::string>& consent) {
-  storeValue(asValue(consent), keyGDPRConsent);
+  PrivacyValues::store(keyGDPRConsent, asValue(consent));
 }
 void VeltoDataStore::storeUSPrivacy(const std::optional<std::string>& privacy) {
-  storeValue(asValue(privacy), keyCCPAConsent);
+  PrivacyValues::store(keyCCPAConsent, asValue(privacy));
 }
 void VeltoDataStore::storeTestMode(bool testMode) {
   storeValue(asValue(testMode), keyTestMode);

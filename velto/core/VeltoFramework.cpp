@@ -4,6 +4,7 @@
 #include "velto/core/SDKVeltoBundle.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/measurement/OMSDK.h"
+#include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewSystem.h"
@@ -32,7 +33,8 @@ void VeltoFramework::_initFrameworkWithKey(const std::string& key,
   OMSDK::initOMSDK();
   if (!VeltoDataStore::hasShownAds()) return;
   Platform::current().mainQueue().post([] {
-    if (auto* platform = Platform::currentOrNull()) platform->views().expectWebContent();
+    if (auto* platform = Platform::currentOrNull())
+      platform->views().expectWebContent(VeltoTaskManager::connectAhead);
   });
 }
 

@@ -1,6 +1,7 @@
 // Putting the Linux platform together, and installing it.
 #include "velto/gtk/GtkPlatform.h"
 
+#include "velto/gtk/inspector/InspectorPage.h"
 #include "velto/gtk/views/Views.h"
 
 #include <algorithm>
@@ -26,8 +27,8 @@ void requireIdentifier(const std::string& identifier) {
 std::filesystem::path storePath(const Options& options) {
   const auto folder = options.dataFolder.empty()
                           ? std::filesystem::path(g_get_user_data_dir()) / options.applicationIdentifier
-                          : std::filesystem::absolute(options.dataFolder);
-  return folder / storeFile;
+                          : std::filesystem::path(options.dataFolder);
+  return std::filesystem::absolute(folder) / storeFile;
 }
 
 TransportOptions transportOptions(const Options& options) {
@@ -35,6 +36,7 @@ TransportOptions transportOptions(const Options& options) {
   result.requestTimeout = options.requestTimeout;
   result.caFile = options.caFile;
   result.hostMap = options.hostMap;
+  result.mayReachLocalNetwork = options.mayReachLocalNetwork;
   return result;
 }
 
@@ -54,8 +56,9 @@ GtkPlatform::GtkPlatform(const Options& options)
       sessionLock_(mainQueue_, [this](bool locked) { application_.setLocked(locked, notificationCenter()); }),
       calendar_(mainQueue_, statusOf(options.mayAddCalendarEvents)),
       photos_(mainQueue_, background_, statusOf(options.mayStorePictures)),
-      webSession_(std::make_shared<WebSession>(options)),
-      media_(options.caFile),
+      gate_(std::make_shared<NetworkGate>(options)),
+      webSession_(std::make_shared<WebSession>(gate_)),
+      media_(options.caFile, gate_),
       urlSession_(transportOptions(options)) {
   systemBus_.start();
 }
@@ -92,6 +95,7 @@ void install(Options options) {
   auto platform = std::make_shared<GtkPlatform>(options);
   uninstall();
   Platform::install(std::move(platform));
+  registerInspectorPage();
 }
 
 void uninstall() {

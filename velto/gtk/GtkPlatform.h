@@ -8,6 +8,7 @@
 #include "velto/gtk/media/AudioSession.h"
 #include "velto/gtk/media/Photos.h"
 #include "velto/gtk/media/VideoPlayer.h"
+#include "velto/gtk/network/NetworkGate.h"
 #include "velto/gtk/network/NetworkInfo.h"
 #include "velto/gtk/network/UrlSession.h"
 #include "velto/gtk/services/Application.h"
@@ -89,7 +90,7 @@ class GtkPlatform : public Platform {
   Device device_;
   Locale locale_;
   TimeZone timeZone_;
-  NetworkInfo network_{mainQueue_};
+  NetworkInfo network_{mainQueue_, [this] { urlSession_.networkChanged(); }};
   Carrier carrier_;
   Location location_;
   OrientationSensor orientationSensor_;
@@ -99,6 +100,7 @@ class GtkPlatform : public Platform {
   Calendar calendar_;
   Background background_;
   Photos photos_;
+  std::shared_ptr<NetworkGate> gate_;
   std::shared_ptr<WebSession> webSession_;
   std::unique_ptr<WKWebsiteDataStore> websiteDataStore_;
   std::unique_ptr<ViewSystem> views_;

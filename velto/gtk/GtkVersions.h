@@ -1,5 +1,5 @@
 // What differs between the versions of GTK that this builds with, 4.8 (Debian 12) to 4.18 (Debian 13): the newer
-// interface where it is there. Nowhere else is a version asked for.
+// interface where it is there. Nowhere else in the library is a version asked for.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -43,6 +43,16 @@ inline void loadStyle(GtkCssProvider* provider, const char* style) {
 #else
   gtk_css_provider_load_from_data(provider, style, -1);
 #endif
+}
+
+inline GdkRGBA textColorOf(GtkWidget* widget) {
+  GdkRGBA color;
+#if GTK_CHECK_VERSION(4, 10, 0)
+  gtk_widget_get_color(widget, &color);
+#else
+  gtk_style_context_get_color(gtk_widget_get_style_context(widget), &color);
+#endif
+  return color;
 }
 
 // Around calls of GTK's X11 part: newer GTK deprecates all of it and has nothing in its place.

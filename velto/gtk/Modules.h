@@ -15,6 +15,9 @@ namespace velto::gtk {
 // installed copy: that may have been moved.
 std::vector<std::filesystem::path> modulePaths(const std::string& fileName);
 
+// The first of them that is there, also along the run path; empty: none is.
+std::filesystem::path findModuleFile(const std::string& fileName);
+
 // The function, or null when the module cannot be opened; `why` (may be null) then says what was wrong.
 void* findModuleFunction(const char* module, const char* function, std::string* why = nullptr);
 

@@ -47,17 +47,21 @@ struct Options {
   std::string applicationName = {};
   // Where the store lives; empty: a folder of that identifier
   // in the user's data folder. Made if absent (mode 0700).
+  // In one that other users can write to nothing is kept.
   std::filesystem::path dataFolder = {};
   // A file of certificate authorities (PEM) to trust instead of the system's, for test servers.
   std::filesystem::path caFile = {};
   std::vector<HostMapping> hostMap = {};
   // A request fails when no data comes for this long, as a phone's URL session has it.
   std::chrono::seconds requestTimeout{60};
-  // An ad may open an address outside the application, such as its shop, only
+  // An ad may open an address outside the application, such as its shop, and store pictures and events only
   // within two seconds after a person touched that ad. Each address that was
   // not opened for this reason is told to the second (may be empty).
   bool opensOnlyAfterTouch = true;
   std::function<void(const std::string& address)> refusedToOpen = {};
+  // Whether ads may connect to this machine and to the network around it, such as an ad server of the house: loopback,
+  // private and link-local addresses, whatever name leads there. What `hostMap` names is reached in any case.
+  bool mayReachLocalNetwork = false;
   // What setCalendarAccess() and setPicturesAccess() say below, from the start: allowed, or not determined.
   bool mayAddCalendarEvents = false;
   bool mayStorePictures = false;

@@ -7,6 +7,7 @@ namespace velto::headless {
 
 std::shared_ptr<Platform> Platform::install(std::shared_ptr<MemoryDefaults> defaults) {
   if (!defaults) defaults = std::make_shared<MemoryDefaults>();
+  defaults->relaunched();
   std::shared_ptr<Platform> platform(new Platform(std::move(defaults)));
   velto::Platform::install(platform);
   return platform;

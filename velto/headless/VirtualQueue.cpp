@@ -50,7 +50,11 @@ Handle VirtualQueue::every(Nanoseconds interval, Task task) {
   interval = std::max<Nanoseconds>(interval, std::chrono::milliseconds(1));
   auto repeating = std::make_shared<Repeating>(Repeating{interval, std::move(task)});
   repeat(repeating);
-  return Handle([repeating] { repeating->task = nullptr; });
+  ++*timers_;
+  return Handle([repeating, timers = timers_] {
+    repeating->task = nullptr;
+    --*timers;
+  });
 }
 
 void VirtualQueue::repeat(const std::shared_ptr<Repeating>& repeating) {
@@ -90,6 +94,21 @@ double VirtualQueue::monotonicSeconds() const {
 void VirtualQueue::setSecondsSince1970(double value) {
   std::lock_guard lock(mutex_);
   start_ = value - seconds(now_);
+}
+
+void VirtualQueue::suspend(Nanoseconds duration) {
+  std::lock_guard lock(mutex_);
+  start_ += seconds(duration);
+}
+
+void VirtualQueue::stall(Nanoseconds duration) {
+  std::lock_guard lock(mutex_);
+  now_ = std::min(sumWithin(now_, std::max(duration, Nanoseconds(0))), lastInstant);
+}
+
+size_t VirtualQueue::timers() const {
+  requireMain("VirtualQueue::timers");
+  return *timers_;
 }
 
 size_t VirtualQueue::pending() const {

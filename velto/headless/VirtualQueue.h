@@ -40,9 +40,16 @@ class VELTO_EXPORT VirtualQueue : public MainQueue, public Clock {
   bool runUntil(const std::function<bool()>& condition, Nanoseconds limit = std::chrono::minutes(5));
   // Somebody sets the device's clock: the wall clock jumps, due times and monotonic seconds do not.
   void setSecondsSince1970(double seconds);
+  // The device sleeps, as with its lid closed: the wall clock goes on, timers and monotonic seconds stand still.
+  void suspend(Nanoseconds duration);
+  // The process is held up, as one that was stopped: all clocks go on and nothing runs. What came due meanwhile runs
+  // late, each repeating task once, when time is moved the next time.
+  void stall(Nanoseconds duration);
   // Tasks that wait, due or not.
   size_t pending() const;
   bool isIdle() const;  // none of them is due
+  // Repeating tasks that go on: a program that rests has few.
+  size_t timers() const;
 
   // For the scripted services. A task that stands for another
   // thread (a transport's): isCurrent() is false while it runs.
@@ -79,6 +86,7 @@ class VELTO_EXPORT VirtualQueue : public MainQueue, public Clock {
   uint64_t sequence_ = 0;
   Nanoseconds now_{0};
   double start_ = defaultStart;
+  std::shared_ptr<size_t> timers_ = std::make_shared<size_t>(0);
   const char* misuse_ = nullptr;  // from reportUnlessMain
   const std::thread::id thread_ = std::this_thread::get_id();
   bool offMain_ = false;  // a task that stands for another thread is running

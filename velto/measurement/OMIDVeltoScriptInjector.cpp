@@ -43,10 +43,12 @@ size_t tagEnd(std::string_view html) {
 size_t commentEnd(std::string_view html) {
   if (html.starts_with("<!-->")) return 5;
   if (html.starts_with("<!--->")) return 6;
-  const size_t usual = html.find("-->", 4);
-  const size_t other = html.find("--!>", 4);
-  if (usual == npos && other == npos) return npos;
-  return usual < other ? usual + 3 : other + 4;
+  // Whichever end comes first. Looking for each on its own would run to the markup's end for every comment.
+  for (size_t at = html.find("--", 4); at != npos; at = html.find("--", at + 1)) {
+    if (html.substr(at + 2).starts_with('>')) return at + 3;
+    if (html.substr(at + 2).starts_with("!>")) return at + 4;
+  }
+  return npos;
 }
 
 // What may stand before the head: byte order mark, blanks, comments, the document type, the html tag. Any

@@ -11,12 +11,13 @@ void OMSDK::initOMSDK() {
   if (!VeltoUtilities::isOMSDKActive()) VeltoUtilities::activateOMSDK();
 }
 
-std::string OMSDK::htmlWithOMSDKInjection(std::string html) {
+std::string OMSDK::htmlWithOMSDKInjection(const std::string& html) {
   if (!VeltoUtilities::isOMSDKActive()) return html;
   const auto script = VeltoAdManager::getOMSKJs();
   if (!script) return html;
   auto injected = OMIDVeltoScriptInjector::injectScriptContent(*script, html, nullptr);
-  return injected ? std::move(*injected) : html;
+  if (injected) return std::move(*injected);
+  return html;
 }
 
 }  // namespace velto

@@ -11,6 +11,6 @@ void initOMSDK();  // activates the engine unless it is active
 
 // The markup with the service script in it; the markup as it is while the engine is not active, without
 // script, and when there is nothing to inject it into.
-std::string htmlWithOMSDKInjection(std::string html);
+std::string htmlWithOMSDKInjection(const std::string& html);
 
 }  // namespace velto::OMSDK

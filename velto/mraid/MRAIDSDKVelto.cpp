@@ -34,6 +34,7 @@ class Search {
 
   std::string withoutTags() {
     std::string kept;
+    kept.reserve(text_.size());
     size_t from = 0;
     for (auto start = find('<', 0); start < text_.size(); start = find('<', start)) {
       const size_t end = tagFrom(start);

@@ -1,5 +1,6 @@
 // The commands of a page: what is allowed in which state, and how it is done. Refusals are silent, but for
 // two errors of resize.
+#include "velto/core/VeltoInspector.h"
 #include "velto/mraid/MRAIDSDKVelto.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/mraid/VeltoMRAIDBridge.h"
@@ -13,6 +14,12 @@
 
 namespace velto {
 namespace {
+
+// Why a command is not carried out, for whoever looks on; the page hears of few of these.
+constexpr char noAddress[] = "Its argument is no address.";
+constexpr char nothingOpensIt[] = "Nothing on the device opens such an address.";
+constexpr char nobodyTouched[] = "Nobody has touched the ad.";
+constexpr char noProperties[] = "Its argument cannot be read.";
 
 constexpr char resizeWithoutProperties[] = "Resize() cannot be called before setResizeProperties().";
 constexpr char resizeOffScreen[] =
@@ -59,16 +66,18 @@ bool keepsCloseRegion(const VeltoMRAIDPropertyResize& property, const CGRect& cu
 
 void UIViewControllerMRAIDSDKVelto::_open(const VeltoMRAIDAction& action) {
   const auto url = action.args() ? MRAIDSDKVelto::URLFromPage(*action.args()) : std::nullopt;
-  if (!url) return;
+  if (!url) return inspectRefusal("open", noAddress);
   const NSURL resolved = SDKVelto::URLByResolvingImplicitScheme(*url);
-  if (!Platform::current().application().canOpenURL(resolved)) return;
+  if (!Platform::current().application().canOpenURL(resolved)) return inspectRefusal("open", nothingOpensIt);
   SDKVelto::open(resolved);
   linkTapped(VeltoTap::LinkOpened);
 }
 
 void UIViewControllerMRAIDSDKVelto::_playVideo(const VeltoMRAIDAction& action) {
   const auto url = action.args() ? MRAIDSDKVelto::URLFromPage(*action.args()) : std::nullopt;
-  if (url && Platform::current().application().canOpenURL(*url)) playVideoAt(*url);
+  if (!url) return inspectRefusal("playVideo", noAddress);
+  if (!Platform::current().application().canOpenURL(*url)) return inspectRefusal("playVideo", nothingOpensIt);
+  playVideoAt(*url);
 }
 
 void UIViewControllerMRAIDSDKVelto::_unload() {
@@ -105,7 +114,8 @@ void UIViewControllerMRAIDSDKVelto::_closeResize() {
 
 void UIViewControllerMRAIDSDKVelto::_expand(const VeltoMRAIDAction& action, VeltoMRAIDHandler& handler,
                                             const WebView&) {
-  if (handler.state != MRAIDState[MRAIDStateDefault]) return;
+  if (handler.state != MRAIDState[MRAIDStateDefault])
+    return inspectRefusal("expand", "The ad is in state " + handler.state + ".");
   forceOrientation(orientationCode(handler));
   // A page that said it has no close button of its own gets none of ours either.
   CloseButton configuration;
@@ -144,7 +154,7 @@ void UIViewControllerMRAIDSDKVelto::forceOrientation(int64_t orientation) {
 void UIViewControllerMRAIDSDKVelto::_setOrientationProperties(const VeltoMRAIDAction& action,
                                                               VeltoMRAIDHandler& handler) {
   auto property = action.args() ? VeltoMRAIDPropertyOrientation::decode(*action.args()) : nullptr;
-  if (!property) return;
+  if (!property) return inspectRefusal("setOrientationProperties", noProperties);
   handler.setOrientationProperty(std::move(property));
   const bool interstitial = handler.placementType == MRAIDPlacementType[MRAIDPlacementInterstitial];
   const bool expandedInline = handler.placementType == MRAIDPlacementType[MRAIDPlacementInline] &&
@@ -172,13 +182,19 @@ void UIViewControllerMRAIDSDKVelto::_setCurrentAppOrientation(const VeltoMRAIDAc
 
 void UIViewControllerMRAIDSDKVelto::_storePicture(const VeltoMRAIDAction& action,
                                                   VeltoMRAIDHandler& handler) {
-  if (action.args()) handler.downloadImageContent(address(*action.args()));
+  if (!action.args()) return inspectRefusal("storePicture", noAddress);
+  if (!Platform::current().application().mayActForPage())
+    return inspectRefusal("storePicture", nobodyTouched);
+  handler.downloadImageContent(address(*action.args()));
 }
 
 void UIViewControllerMRAIDSDKVelto::_storeCalendarEvent(const VeltoMRAIDAction& action,
                                                         VeltoMRAIDHandler& handler) {
   const auto event = action.args() ? VeltoMRAIDPropertyCalendarEvent::decode(*action.args()) : nullptr;
-  if (event) handler.storeCalendarEvent(*event);
+  if (!event) return inspectRefusal("createCalendarEvent", noProperties);
+  if (!Platform::current().application().mayActForPage())
+    return inspectRefusal("createCalendarEvent", nobodyTouched);
+  handler.storeCalendarEvent(*event);
 }
 
 }  // namespace velto

@@ -95,7 +95,7 @@ void UIViewControllerMRAIDSDKVelto::mraidHandleAction(const NSURL& url, WKWebVie
   if (!owner) return;
   auto& handler = *owner;
   const auto action = VeltoMRAIDAction::actionFrom(url);
-  if (!action) return;
+  if (!action) return inspectRefusal(url.absoluteString(), "It names no command.");
   inspect("command", [&] {
     JSON::Object details{{"name", action->actionValue().value_or("")}};
     if (action->args()) details["args"] = *action->args();
@@ -127,7 +127,7 @@ void UIViewControllerMRAIDSDKVelto::mraidHandleAction(const NSURL& url, WKWebVie
     case VeltoMRAIDActionUnload:
       return _unload();
     default:
-      return;
+      return inspectRefusal(action->actionValue().value_or(""), "There is no such command.");
   }
 }
 

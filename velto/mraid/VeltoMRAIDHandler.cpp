@@ -127,13 +127,17 @@ void VeltoMRAIDHandler::_resetOrientationLock() {
 // --- pictures and calendar
 
 void VeltoMRAIDHandler::downloadImageContent(const std::string& url) {
-  if (Platform::current().photoLibrary().authorizationStatus() == AuthorizationStatusAuthorized)
-    VeltoAdManager::fetchForMRAIDImageContent(url, [](bool) {});
+  if (Platform::current().photoLibrary().authorizationStatus() != AuthorizationStatusAuthorized)
+    return inspectRefusal("storePicture", "The application may not store pictures.");
+  VeltoAdManager::fetchForMRAIDImageContent(url, [url](bool stored) {
+    if (!stored) inspectRefusal("storePicture", url + " could not be had or stored.");
+  });
 }
 
 void VeltoMRAIDHandler::_storeCalendarEvent(const VeltoMRAIDPropertyCalendarEvent& property) {
   auto& store = Platform::current().eventStore();
-  if (store.authorizationStatusForEntityType(EKEntityType::Event) != AuthorizationStatusAuthorized) return;
+  if (store.authorizationStatusForEntityType(EKEntityType::Event) != AuthorizationStatusAuthorized)
+    return inspectRefusal("createCalendarEvent", "The application may not write into the calendar.");
   EKEvent event;
   event.calendar = store.defaultCalendarForNewEvents();
   event.title = property.descriptionEvent;

@@ -1,6 +1,7 @@
 // From request to classified response.
 #include "velto/network/VeltoTaskManager.h"
 
+#include "velto/core/VeltoDataStore.h"
 #include "velto/network/VeltoTaskRequest.h"
 #include "velto/network/VeltoURL.h"
 #include "velto/platform/Platform.h"
@@ -134,6 +135,11 @@ void VeltoTaskManager::executeTaskForDownloadData(
           [handler = std::move(completionHandler)](auto response) {
             if (handler) handler(std::move(response->data));
           });
+}
+
+Handle VeltoTaskManager::connectAhead() {
+  const auto url = VeltoDataStore::getVeltoKey() ? VeltoURL::veltoURL() : std::nullopt;
+  return url ? shared()->_session().connectAhead(*url) : Handle();
 }
 
 void VeltoTaskManager::taskWithRequest(const NSURLRequest& request, Handler completionHandler) {

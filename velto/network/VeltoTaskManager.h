@@ -34,6 +34,10 @@ class VeltoTaskManager {
   static void executeTaskForDownloadData(const std::optional<std::string>& url,
                                          std::function<void(std::optional<std::string>)> completionHandler);
 
+  // Has the connection for the first ad request made before it (NSURLSession::connectAhead), where one can be expected: a
+  // key is registered, and the address is known. Main thread.
+  static Handle connectAhead();
+
   void taskWithRequest(const NSURLRequest& request, Handler completionHandler);
   NSURLSession& _session() const;
 

@@ -25,6 +25,12 @@ struct LogLine {
       fields;  // "placement", "load", and the particulars of a step
 };
 
+// A span of time, or with no length a moment.
+struct ProfilerMark {
+  double from = 0, seconds = 0;  // of the platform's monotonic clock
+  std::string name, text;
+};
+
 class VELTO_EXPORT Diagnostics {
  public:
   virtual ~Diagnostics() = default;
@@ -36,6 +42,9 @@ class VELTO_EXPORT Diagnostics {
   // Takes the pieces of a trace in the Trace Event Format, one after the other, each to be kept before it returns: what was
   // written is readable whenever the process ends. Empty where nobody wants a trace. Asked once, by the first load.
   virtual std::function<void(std::string_view piece)> traceOutput() = 0;
+
+  // Puts marks into what a profiler records of this process. Empty where none does. Asked once, like the other.
+  virtual std::function<void(const ProfilerMark& mark)> markOutput() { return nullptr; }
 };
 
 }  // namespace velto

@@ -24,6 +24,8 @@ enum class NSErrorCause : uint8_t {
   ProcessCrashed,
   ProcessOutOfMemory,
   ProcessEnded,
+  ProcessHung,  // it gave no answer for 5 s, and was ended
+  EngineUnavailable,
 };
 
 struct NSError {
@@ -31,6 +33,11 @@ struct NSError {
   int64_t code = 0;
   std::string localizedDescription;
   NSErrorCause cause = NSErrorCause::Unknown;
+
+  // The page was lost with its process; the engine goes on with another.
+  bool isOfProcess() const {
+    return cause >= NSErrorCause::ProcessCrashed && cause <= NSErrorCause::ProcessHung;
+  }
 };
 
 }  // namespace velto

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "velto/Export.h"
+#include "velto/platform/Handle.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -78,6 +79,12 @@ class VELTO_EXPORT NSURLSession {
   // inside this call. A task lives until it has answered; when the platform goes away first, its completion
   // is destroyed uncalled.
   virtual void dataTask(NSURLRequest request, Completion completion) = 0;
+
+  // For a request that will probably come: finds the URL's server, connects to it and secures the connection, so that
+  // the request need not wait for that. Nothing is asked of the server, and a failure is not told; the request finds it
+  // out again. The connection is closed with the handle, or by itself after some minutes, if no request was made to the
+  // server; one that has died by then costs a request the time for another. May do nothing. Main thread.
+  virtual Handle connectAhead(const NSURL& /*url*/) { return {}; }
 };
 
 }  // namespace velto

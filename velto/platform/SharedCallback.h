@@ -26,17 +26,18 @@ class SharedCallback {
  private:
   using Function = std::function<void(Arguments...)>;
 
-  // One callable often holds the next: those that are let go meanwhile wait until this one is gone.
+  // One callable often holds the next: those that are let go meanwhile wait until this one is gone. Nothing of a thread
+  // is left to them but a pointer: callables go after all that the main thread had, too, when the process ends.
   static void letGo(const Function* callable) {
-    static thread_local std::vector<const Function*> waiting;
-    static thread_local bool busy = false;
-    waiting.push_back(callable);
-    if (std::exchange(busy, true)) return;
-    while (!waiting.empty()) {
-      const std::unique_ptr<const Function> next(waiting.back());
-      waiting.pop_back();
+    static thread_local std::vector<const Function*>* waiting = nullptr;
+    if (waiting) return waiting->push_back(callable);
+    std::vector<const Function*> next{callable};
+    waiting = &next;
+    while (!next.empty()) {
+      const std::unique_ptr<const Function> last(next.back());
+      next.pop_back();
     }
-    busy = false;
+    waiting = nullptr;
   }
 
   std::shared_ptr<const Function> callable_;

@@ -37,6 +37,10 @@ class VELTO_EXPORT UIApplication {
   // The same in its older form.
   void openURL(const NSURL& url) { openURL(url, {}, nullptr); }
 
+  // Whether what is done right now may leave something behind for a person: not while it is done for a page that nobody
+  // has touched.
+  virtual bool mayActForPage() const { return true; }
+
   // Whether the device is unlocked, as far as the platform can tell.
   virtual bool isProtectedDataAvailable() const { return true; }
 

@@ -3,8 +3,10 @@
 #pragma once
 
 #include "velto/Export.h"
+#include "velto/platform/Handle.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/ViewPeer.h"
+#include "velto/platform/WebPageUse.h"
 #include "velto/platform/foundation/JSON.h"
 #include "velto/platform/foundation/NSURL.h"
 
@@ -29,8 +31,8 @@ class VELTO_EXPORT WebViewPeer : public virtual ViewPeer {
   // peerDidFinishNavigation or peerDidFailNavigation, unless another load comes first.
   virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
 
-  // A page may also send an address as a message to window.webkit.messageHandlers.veltoNavigation, where the
-  // platform offers that: it is reported like a navigation that a script began.
+  // A page may also send addresses, one a line, as a message to window.webkit.messageHandlers.veltoNavigation, where the
+  // platform offers that: each is reported like a navigation that a script began.
 
   // One more script for the documents that are loaded from now on, once in each.
   virtual void addUserScript(const WKUserScript& script) = 0;
@@ -47,6 +49,16 @@ class VELTO_EXPORT WebViewPeer : public virtual ViewPeer {
   virtual void setScrollBehavior(const ScrollBehavior& behavior) = 0;
   // Whether the process that it was made for was up, or coming, before.
   virtual bool hasWarmProcess() const { return false; }
+
+  // What its page has cost by now.
+  virtual WebPageUse use() const { return {}; }
+  // Calls back once, in a turn of its own: when the page's process has used that much more processor time, something
+  // more has come for the page, or it has got another process. Until then nothing may run for it: an ad that rests
+  // lets the application rest. Where the platform cannot tell, it never calls.
+  virtual Handle afterUse(double /*processorSeconds*/, std::function<void()> /*then*/) { return {}; }
+  // Whether anybody can see something of it; true at first. While not, the engine holds the page back as one that is
+  // hidden, and tells it so. May be put off as long as the view has the keyboard.
+  virtual void setInSight(bool /*inSight*/) {}
   bool paintsContent() const override { return true; }
 };
 

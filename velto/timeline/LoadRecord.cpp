@@ -13,7 +13,7 @@
 namespace velto {
 namespace {
 
-constexpr size_t kinds = static_cast<size_t>(VeltoTimelineKind::AdapterClosed) + 1;
+constexpr size_t kinds = static_cast<size_t>(VeltoTimelineKind::Weighed) + 1;
 
 // What took the place of a banner that never said it had loaded is not the reason for it.
 bool takesItsPlace(VeltoAdEndReason reason) {
@@ -28,7 +28,8 @@ bool isState(VeltoTimelineKind kind) {
          kind == Kind::PaintedFirst || kind == Kind::Visible || kind == Kind::RichMedia;
 }
 
-thread_local std::shared_ptr<LoadRecord> currentLoad;
+// A pointer, for what is let go at the very end finds of this thread only what needs no destruction.
+thread_local const LoadScope* innermost = nullptr;
 
 }  // namespace
 
@@ -219,14 +220,15 @@ void PlacementRecord::observe(std::weak_ptr<VeltoAdTimelineObserver> observer) {
 // --- the load that a thread works for
 
 LoadScope::LoadScope(std::shared_ptr<LoadRecord> record)
-    : before_(std::exchange(currentLoad, std::move(record))) {}
+    : record_(std::move(record)), outer_(std::exchange(innermost, this)) {}
 
 LoadScope::~LoadScope() {
-  currentLoad = std::move(before_);
+  innermost = outer_;
 }
 
 const std::shared_ptr<LoadRecord>& LoadScope::current() {
-  return currentLoad;
+  static const auto& none = *new std::shared_ptr<LoadRecord>;
+  return innermost ? innermost->record_ : none;
 }
 
 }  // namespace velto

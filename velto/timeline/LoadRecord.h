@@ -5,6 +5,7 @@
 // interfaces which know nothing of records finds the one it works for in LoadScope.
 #pragma once
 
+#include "velto/platform/foundation/Text.h"
 #include "velto/timeline/VeltoAdTimeline.h"
 
 #include <memory>
@@ -47,7 +48,7 @@ class LoadRecord {
 };
 
 // The loads of one controller, which owns it. Main thread.
-class PlacementRecord {
+class VELTO_EXPORT PlacementRecord {
  public:
   static constexpr size_t mostLoads = 32;
   static constexpr size_t mostOfAKind = 16;
@@ -57,11 +58,13 @@ class PlacementRecord {
   PlacementRecord(const PlacementRecord&) = delete;
   PlacementRecord& operator=(const PlacementRecord&) = delete;
 
-  void setName(std::string name) { name_ = std::move(name); }  // of loads to come
+  // Of loads to come. What is no text is made one, so that trace, figures and reports stay what they are.
+  void setName(const std::string& name) { name_ = validUTF8(name); }
   const std::string& name() const { return name_; }
   std::shared_ptr<LoadRecord> begin(VeltoAskedBy by);
   void endAll(VeltoAdEndReason reason);
   std::vector<VeltoAdTimeline> timelines() const;  // oldest first
+  bool isEmpty() const { return stories_.empty(); }
   void observe(std::weak_ptr<VeltoAdTimelineObserver> observer);
 
  private:
@@ -87,7 +90,8 @@ class LoadScope {
   }
 
  private:
-  std::shared_ptr<LoadRecord> before_;
+  const std::shared_ptr<LoadRecord> record_;
+  const LoadScope* const outer_;
 };
 
 // What an object writes down of the load it was made for; nothing where there is none, as in tests.

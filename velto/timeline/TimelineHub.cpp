@@ -3,7 +3,9 @@
 
 #include "velto/platform/Diagnostics.h"
 #include "velto/platform/Platform.h"
+#include "velto/timeline/InspectedPlacement.h"
 #include "velto/timeline/LogWriter.h"
+#include "velto/timeline/MarkWriter.h"
 #include "velto/timeline/TraceWriter.h"
 
 namespace velto {
@@ -18,6 +20,8 @@ TimelineHub::TimelineHub() {
   if (diagnostics->wants(LogLevel::Info)) own_.push_back(std::make_shared<LogWriter>(*diagnostics));
   if (auto output = diagnostics->traceOutput())
     own_.push_back(std::make_shared<TraceWriter>(std::move(output)));
+  if (auto output = diagnostics->markOutput())
+    own_.push_back(std::make_shared<MarkWriter>(std::move(output)));
   for (const auto& sink : own_) add(sink);
 }
 
@@ -36,6 +40,23 @@ std::vector<std::shared_ptr<TimelineSink>> TimelineHub::sinks() {
     if (auto held = sink.lock()) alive.push_back(std::move(held));
   hasSinks_ = !sinks_.empty();
   return alive;
+}
+
+std::vector<std::shared_ptr<InspectedPlacement>> TimelineHub::placements() const {
+  std::vector<std::shared_ptr<InspectedPlacement>> alive;
+  for (const auto& weak : placements_)
+    if (auto placement = weak.lock()) alive.push_back(std::move(placement));
+  return alive;
+}
+
+void TimelineHub::list(std::weak_ptr<InspectedPlacement> placement) {
+  placements_.push_back(std::move(placement));
+  placementsChanged();
+}
+
+void TimelineHub::placementsChanged() {
+  std::erase_if(placements_, [](const auto& placement) { return placement.expired(); });
+  for (const auto& sink : sinks()) sink->placementsChanged();
 }
 
 }  // namespace velto

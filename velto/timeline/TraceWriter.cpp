@@ -1,8 +1,6 @@
 // Trace events.
 #include "velto/timeline/TraceWriter.h"
 
-#include <utility>
-
 namespace velto {
 
 TraceWriter::TraceWriter(Output output) : output_(std::move(output)) {
@@ -35,21 +33,15 @@ void TraceWriter::added(const std::string& placement, uint64_t load, const Velto
   using Kind = VeltoTimelineKind;
   std::lock_guard lock(mutex_);
   if (entry.kind == Kind::Asked) {
-    open_.emplace(load, Open());
+    open_.emplace(load, OpenSpans());
     return write("b", load, placement, entry.seconds, entry.fields());
   }
   const auto found = open_.find(load);
   if (found == open_.end()) return;  // another thread was late
-  auto& open = found->second;
-  const auto span = [&](const char* name, std::optional<double>& began) {
-    if (!began) return;
-    write("b", load, name, *std::exchange(began, std::nullopt), {});
-    write("e", load, name, entry.seconds, {});
-  };
-  if (entry.kind == Kind::Sent) open.sent = entry.seconds;
-  if (entry.kind == Kind::Answered) span("answer", open.sent);
-  if (entry.kind == Kind::MarkupGiven) open.markupGiven = entry.seconds;
-  if (entry.kind == Kind::LoadFinished) span("page", open.markupGiven);
+  if (const auto span = found->second.take(entry)) {
+    write("b", load, span->name, span->from, {});
+    write("e", load, span->name, span->to, {});
+  }
   write("n", load, nameOf(entry.kind), entry.seconds, entry.fields());
 }
 

@@ -2,12 +2,12 @@
 // may be missing. Each load is a row of its own, with its answer and its page as spans. Any thread.
 #pragma once
 
+#include "velto/timeline/OpenSpans.h"
 #include "velto/timeline/TimelineHub.h"
 
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,16 +24,12 @@ class TraceWriter : public TimelineSink {
   void ended(const VeltoAdTimeline& timeline) override;
 
  private:
-  // Where spans of a load that is under way begin; monotonic seconds.
-  struct Open {
-    std::optional<double> sent, markupGiven;
-  };
   void write(const char* phase, uint64_t load, std::string_view name, double seconds, JSON::Object arguments);
 
   std::mutex mutex_;
   const Output output_;
   bool isFirst_ = true;
-  std::map<uint64_t, Open> open_;
+  std::map<uint64_t, OpenSpans> open_;
 };
 
 }  // namespace velto

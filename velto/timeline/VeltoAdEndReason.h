@@ -63,14 +63,17 @@ enum class VeltoAdEndReason : uint8_t {
   WindowNotOnScreen,
   WindowBusy,
   // Its page.
+  EngineUnavailable,
   PageFailed,
   PageUntrusted,
   PageProcessCrashed,
   PageProcessOutOfMemory,
   PageProcessEnded,
+  PageProcessHung,
   PageGaveUp,
   PageNeverLoaded,
   PageLeft,
+  PageTooHeavy,
   // It had its time, or its turn never came.
   Refreshed,
   RefreshWithoutAd,

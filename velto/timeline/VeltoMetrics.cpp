@@ -21,6 +21,13 @@ std::vector<double> percentBounds() {
   return {0, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100};
 }
 
+// From 64 KiB on, each twice the one before: to 1 GiB.
+std::vector<double> byteBounds() {
+  std::vector<double> bounds;
+  for (double bound = 65536; bounds.size() < 15; bound *= 2) bounds.push_back(bound);
+  return bounds;
+}
+
 // As label values are escaped.
 std::string escaped(const std::string& text) {
   return replaceAll(replaceAll(replaceAll(text, "\\", "\\\\"), "\"", "\\\""), "\n", "\\n");
@@ -93,7 +100,11 @@ double VeltoDistribution::quantile(double part) const {
 }
 
 VeltoPlacementFigures::VeltoPlacementFigures()
-    : loadSeconds(secondBounds()), visiblePercent(percentBounds()) {}
+    : loadSeconds(secondBounds()),
+      visiblePercent(percentBounds()),
+      processorSeconds(secondBounds()),
+      networkBytes(byteBounds()),
+      memoryBytes(byteBounds()) {}
 
 class VeltoMetrics::Counter : public TimelineSink {
  public:
@@ -120,6 +131,10 @@ class VeltoMetrics::Counter : public TimelineSink {
       figures.loadSeconds.add(filled->seconds - asked.seconds);
     }
     if (const auto percent = open.mapped().average(told.endSeconds)) figures.visiblePercent.add(*percent);
+    for (const auto& entry : told.entries) {
+      if (const auto* excess = std::get_if<VeltoAdExcess>(&entry.detail)) ++figures.heavy[excess->limit];
+      if (const auto* weight = std::get_if<VeltoAdWeight>(&entry.detail)) addWeight(figures, *weight);
+    }
   }
 
   std::map<std::string, VeltoPlacementFigures> figures() const {
@@ -147,6 +162,12 @@ class VeltoMetrics::Counter : public TimelineSink {
     double since_ = 0, weighed_ = 0;
     int percent_ = 0;
   };
+
+  static void addWeight(VeltoPlacementFigures& figures, const VeltoAdWeight& weight) {
+    if (weight.processorSeconds) figures.processorSeconds.add(*weight.processorSeconds);
+    if (weight.networkBytes) figures.networkBytes.add(static_cast<double>(*weight.networkBytes));
+    if (weight.memoryBytes) figures.memoryBytes.add(static_cast<double>(*weight.memoryBytes));
+  }
 
   VeltoPlacementFigures& figuresOf(const std::string& placement) {
     const bool isKnown = figures_.count(placement) > 0 || figures_.size() < mostPlacements;
@@ -187,10 +208,23 @@ std::string VeltoMetrics::openMetrics() const {
     text.sample("_total", labels(figures), static_cast<double>(figures.refreshes));
   text.family("velto_filled_loads", "counter", "Loads whose ad has loaded.");
   for (const auto& figures : all) text.sample("_total", labels(figures), static_cast<double>(figures.filled));
-  text.family("velto_load_seconds", "histogram", "From the question to the ad.");
-  for (const auto& figures : all) text.histogram(labels(figures), figures.loadSeconds);
-  text.family("velto_visible_percent", "histogram", "How much of an ad was seen, on average over its time.");
-  for (const auto& figures : all) text.histogram(labels(figures), figures.visiblePercent);
+  text.family("velto_heavy_ads", "counter", "Ads that have crossed a limit of what they may cost.");
+  for (const auto& figures : all)
+    for (const auto& [limit, count] : figures.heavy)
+      text.sample("_total", labels(figures) + ",limit=\"" + std::string(nameOf(limit)) + "\"",
+                  static_cast<double>(count));
+  const auto histogram = [&](const char* name, const char* help, auto values) {
+    text.family(name, "histogram", help);
+    for (const auto& figures : all) text.histogram(labels(figures), figures.*values);
+  };
+  using Figures = VeltoPlacementFigures;
+  histogram("velto_load_seconds", "From the question to the ad.", &Figures::loadSeconds);
+  histogram("velto_visible_percent", "How much of an ad was seen, on average over its time.",
+            &Figures::visiblePercent);
+  histogram("velto_ad_processor_seconds", "Processor time of an ad's page.", &Figures::processorSeconds);
+  histogram("velto_ad_network_bytes", "What an ad's page has loaded.", &Figures::networkBytes);
+  histogram("velto_ad_memory_bytes", "By how much an ad's page has let its process grow.",
+            &Figures::memoryBytes);
   return text.end();
 }
 

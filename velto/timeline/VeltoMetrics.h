@@ -7,6 +7,7 @@
 
 #include "velto/Export.h"
 #include "velto/timeline/VeltoAdEndReason.h"
+#include "velto/timeline/VeltoAdWeight.h"
 
 #include <array>
 #include <cstdint>
@@ -42,6 +43,9 @@ struct VELTO_EXPORT VeltoPlacementFigures {
   VeltoDistribution loadSeconds;  // of those filled, from the question to the ad
   VeltoDistribution
       visiblePercent;  // of those that were measured: how much of the ad was seen, on average over its time
+  // What the pages of ads cost, each where it was known.
+  VeltoDistribution processorSeconds, networkBytes, memoryBytes;
+  std::map<VeltoAdLimit, uint64_t> heavy;  // loads whose ad has crossed the limit
 };
 
 class VELTO_EXPORT VeltoMetrics {

@@ -7,13 +7,13 @@ namespace velto {
 namespace {
 
 constexpr std::array kindNames{
-    "asked",          "list-hit",      "request-built", "sent",          "first-byte",
-    "answered",       "answer-failed", "resolved",      "network-tried", "network-passed-over",
-    "web-process",    "markup-given",  "page-loaded",   "load-finished", "animated",
-    "painted-first",  "ready",         "show-asked",    "show-failed",   "appeared",
-    "disappeared",    "visible",       "tapped",        "rich-media",    "measured",
-    "adapter-failed", "adapter-closed"};
-static_assert(kindNames.size() == static_cast<size_t>(VeltoTimelineKind::AdapterClosed) + 1);
+    "asked",          "list-hit",       "request-built", "sent",          "first-byte",
+    "answered",       "answer-failed",  "resolved",      "network-tried", "network-passed-over",
+    "web-process",    "markup-given",   "page-loaded",   "load-finished", "animated",
+    "painted-first",  "ready",          "show-asked",    "show-failed",   "appeared",
+    "disappeared",    "visible",        "tapped",        "rich-media",    "measured",
+    "adapter-failed", "adapter-closed", "heavy",         "weighed"};
+static_assert(kindNames.size() == static_cast<size_t>(VeltoTimelineKind::Weighed) + 1);
 
 template <class Enumeration, size_t count>
 JSON word(Enumeration value, const std::array<const char*, count>& words) {
@@ -27,7 +27,7 @@ JSON nameIn(VeltoAdEndReason reason) {
 struct Fields {
   JSON::Object operator()(std::monostate) const { return {}; }
   JSON::Object operator()(VeltoAskedBy by) const {
-    return {{"by", word(by, std::array{"application", "refresh", "auto-show"})}};
+    return {{"by", word(by, std::array{"application", "refresh", "auto-show", "inspector"})}};
   }
   JSON::Object operator()(VeltoBytes size) const { return {{"bytes", static_cast<int64_t>(size.bytes)}}; }
   JSON::Object operator()(VeltoSeconds since) const { return {{"seconds", since.seconds}}; }
@@ -59,6 +59,24 @@ struct Fields {
   }
   JSON::Object operator()(VeltoMeasured event) const {
     return {{"event", word(event, std::array{"session-started", "impression", "session-finished"})}};
+  }
+  JSON::Object operator()(const VeltoAdExcess& excess) const {
+    JSON::Object fields{
+        {"limit", std::string(nameOf(excess.limit))}, {"figure", excess.figure}, {"most", excess.most}};
+    if (excess.ads > 1) fields.emplace("ads", static_cast<double>(excess.ads));
+    return fields;
+  }
+  JSON::Object operator()(const VeltoAdWeight& weight) const {
+    JSON::Object fields{{"seconds", weight.seconds}};
+    const auto add = [&](const char* name, const auto& figure) {
+      if (figure) fields.emplace(name, static_cast<double>(*figure));
+    };
+    add("processorSeconds", weight.processorSeconds);
+    add("mainThreadShare", weight.mainThreadShare());
+    add("networkBytes", weight.networkBytes);
+    add("memoryBytes", weight.memoryBytes);
+    add("wakeUps", weight.wakeUps);
+    return fields;
   }
 };
 

@@ -4,6 +4,7 @@
 #include "velto/Export.h"
 #include "velto/platform/foundation/JSON.h"
 #include "velto/timeline/VeltoAdEndReason.h"
+#include "velto/timeline/VeltoAdWeight.h"
 
 #include <cstdint>
 #include <optional>
@@ -41,9 +42,11 @@ enum class VeltoTimelineKind : uint8_t {
   Measured,           // VeltoMeasured
   AdapterFailed,      // the adapter of an ad that is shown said so
   AdapterClosed,      // the same, of a banner
+  Heavy,              // VeltoAdExcess: the ad has crossed a limit; once for each
+  Weighed,            // VeltoAdWeight: all that the ad's page has cost, right before its end
 };
 
-enum class VeltoAskedBy : uint8_t { Application, Refresh, AutoShow };
+enum class VeltoAskedBy : uint8_t { Application, Refresh, AutoShow, Inspector };
 enum class VeltoConnection : uint8_t { Made, Reused };
 enum class VeltoAnswerClass : uint8_t { Unknown, NoFill, Markup, Mediation };
 enum class VeltoAdKind : uint8_t { Markup, Adapter, RichMedia };
@@ -80,9 +83,10 @@ struct VeltoNetworkTry {
 };
 
 struct VELTO_EXPORT VeltoTimelineEntry {
-  using Detail = std::variant<std::monostate, VeltoAskedBy, VeltoBytes, VeltoSeconds, VeltoConnection,
-                              VeltoAnswer, VeltoAdEndReason, VeltoAdKind, VeltoNetworkTry, VeltoWebProcess,
-                              VeltoShare, VeltoTap, VeltoRichMedia, VeltoMeasured>;
+  using Detail =
+      std::variant<std::monostate, VeltoAskedBy, VeltoBytes, VeltoSeconds, VeltoConnection, VeltoAnswer,
+                   VeltoAdEndReason, VeltoAdKind, VeltoNetworkTry, VeltoWebProcess, VeltoShare, VeltoTap,
+                   VeltoRichMedia, VeltoMeasured, VeltoAdExcess, VeltoAdWeight>;
 
   VeltoTimelineKind kind;
   double seconds = 0;  // of the platform's monotonic clock

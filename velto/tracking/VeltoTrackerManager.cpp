@@ -1,6 +1,7 @@
 // The queue of pending events: stored, sent, retried, removed.
 #include "velto/tracking/VeltoTrackerManager.h"
 
+#include "velto/core/PrivacyValues.h"
 #include "velto/core/VeltoDataStore.h"
 #include "velto/network/VeltoTaskRequest.h"
 #include "velto/platform/AnswerOnMain.h"
@@ -80,6 +81,8 @@ VeltoTrackerManager::VeltoTrackerManager() : self_(std::make_shared<VeltoTracker
                                            [this](const NSNotification&) { _willEnterForeground(); });
   backgroundObserver_ = center.addObserver(UIApplicationDidEnterBackgroundNotification,
                                            [this](const NSNotification&) { _didEnterBackground(); });
+  endObserver_ = center.addObserver(notificationPlatformWillGo,
+                                    [this](const NSNotification&) { _keepWhatWasRefused(); });
 }
 
 VeltoTrackerManager::~VeltoTrackerManager() {
@@ -97,10 +100,25 @@ void VeltoTrackerManager::_stopPollingService() {
   pollingTimer_.reset();
 }
 
-// One event a tick, so that a long queue does not fall upon the server at once.
+void VeltoTrackerManager::_didEnterBackground() {
+  _keepWhatWasRefused();
+  _stopPollingService();
+}
+
+// By a store that was full or broken; there may be no later time for it in this run.
+void VeltoTrackerManager::_keepWhatWasRefused() {
+  storeUnsaved();
+  PrivacyValues::storeRefused();
+}
+
+// One event a tick, so that a long queue does not fall upon the server at once. What was tried in vain stays in
+// the queue, so the search goes on where the last one ended.
 void VeltoTrackerManager::_pollingTimerPerformed() {
-  const auto identifier = getNextTrackIdentifierExcept(identifierInProgress_);
-  if (identifier) _sendTrackIdentifier(*identifier, getTrackTypeFromTrackIdenfier(*identifier), false);
+  _keepWhatWasRefused();
+  const auto identifier = nextFrom(polledUpTo_, identifierInProgress_);
+  if (!identifier) return;
+  polledUpTo_ = *identifier;
+  _sendTrackIdentifier(*identifier, getTrackTypeFromTrackIdenfier(*identifier), false);
 }
 
 // --- the queue
@@ -111,13 +129,14 @@ DefaultsDictionary& VeltoTrackerManager::identifiers() {
   return *identifiers_;
 }
 
-// Both are sorted, so one walk along both finds the first that is in one only.
 std::optional<std::string> VeltoTrackerManager::getNextTrackIdentifierExcept(const Identifiers& except) {
-  auto excepted = except.begin();
-  for (const auto& [identifier, type] : identifiers()) {
-    while (excepted != except.end() && *excepted < identifier) ++excepted;
-    if (excepted == except.end() || *excepted != identifier) return identifier;
-  }
+  return nextFrom("", except);
+}
+
+std::optional<std::string> VeltoTrackerManager::nextFrom(const std::string& start,
+                                                         const Identifiers& except) {
+  for (auto event = identifiers().lower_bound(start); event != identifiers().end(); ++event)
+    if (!except.contains(event->first)) return event->first;
   return std::nullopt;
 }
 
@@ -134,7 +153,9 @@ void VeltoTrackerManager::storeTrackIdentifier(const std::string& identifier, Ve
 
 void VeltoTrackerManager::_appendIdentifier(const std::string& identifier, VeltoTrackType trackType) {
   if (trackType == VeltoTrackTypeUnknown) return;
-  if (identifiers().try_emplace(identifier, nameOf(trackType)).second) save(identifier, nameOf(trackType));
+  if (!identifiers().try_emplace(identifier, nameOf(trackType)).second) return;
+  if (!identifierInProgress_.contains(identifier)) polledUpTo_.clear();  // it may stand before those
+  save(identifier, nameOf(trackType));
 }
 
 void VeltoTrackerManager::deleteTrackIdentifier(const std::string& identifier) {
@@ -142,10 +163,14 @@ void VeltoTrackerManager::deleteTrackIdentifier(const std::string& identifier) {
   save(identifier, std::nullopt);
 }
 
-// Each change goes into the store at once. What the store refuses is tried again with the next change, so
-// that in the end it holds what would be there had the whole been written each time.
+// Each change goes into the store at once. What the store refuses is tried again with the next change and with each
+// poll, so that in the end it holds what would be there had the whole been written each time.
 void VeltoTrackerManager::save(const std::string& identifier, const std::optional<std::string>& type) {
   unsaved_.insert_or_assign(identifier, type);
+  storeUnsaved();
+}
+
+void VeltoTrackerManager::storeUnsaved() {
   for (auto change = unsaved_.begin(); change != unsaved_.end(); change = unsaved_.erase(change))
     if (!VeltoDataStore::storeEntry(change->first, change->second, storeKey)) return;
 }

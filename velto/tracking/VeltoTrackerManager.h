@@ -16,8 +16,8 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
+#include <unordered_set>
 
 namespace velto {
 
@@ -35,7 +35,7 @@ enum VeltoTrackType : uint64_t {
 
 class VeltoTrackerManager {
  public:
-  using Identifiers = std::set<std::string>;
+  using Identifiers = std::unordered_set<std::string>;
 
   // The one of the installed platform. Main thread: making it starts polling.
   static std::shared_ptr<VeltoTrackerManager> shared();
@@ -76,19 +76,25 @@ class VeltoTrackerManager {
  private:
   // Pending events: identifier to the name of its type. Read from the store on first use.
   DefaultsDictionary& identifiers();
+  // The first pending event in order, from that one on, that is none of these.
+  std::optional<std::string> nextFrom(const std::string& start, const Identifiers& except);
   void _appendIdentifier(const std::string& identifier, VeltoTrackType trackType);
   void _performSendTrackIdentifier(const std::string& identifier, VeltoTrackType trackType);
   void _taskWithRequest(NSURLRequest request, std::function<void(bool success)> completionHandler);
   void _willEnterForeground() { _startPollingService(); }
-  void _didEnterBackground() { _stopPollingService(); }
+  void _didEnterBackground();
+  void _keepWhatWasRefused();
   void save(const std::string& identifier, const std::optional<std::string>& type);
+  void storeUnsaved();
 
   std::optional<DefaultsDictionary> identifiers_;
   std::map<std::string, std::optional<std::string>> unsaved_;  // changes that the store refused
   Identifiers identifierInProgress_;  // sent in this run of the application and not acknowledged
+  std::string polledUpTo_;            // pending events up to it are in progress
   std::unique_ptr<NSTimer> pollingTimer_;
   Handle foregroundObserver_;
   Handle backgroundObserver_;
+  Handle endObserver_;
   std::shared_ptr<VeltoTrackerManager*> self_;  // completions hold it weakly
 };
 

@@ -14,9 +14,9 @@ namespace velto {
 class PreparedPage {
  public:
   // `replacing` is the web view that the next one takes the place of and may share a process with, or null.
-  void prepare(const std::shared_ptr<WKWebView>& replacing) {
+  void prepare(const std::shared_ptr<WKWebView>& replacing, WebContentUse use = WebContentUse::AtOnce) {
     replacing_ = replacing;
-    if (!content_) content_ = Platform::current().views().prepareWebContent(replacing.get());
+    if (!content_) content_ = Platform::current().views().prepareWebContent(replacing.get(), use);
   }
   // No web view will be made: nothing is kept for it.
   void drop() {

@@ -4,6 +4,9 @@
 #include "velto/ads/VeltoAdManager.h"
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/platform/AnswerOnMain.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/ViewSystem.h"
 #include "velto/platform/ui/UIViewController.h"
 
 #include <utility>
@@ -99,15 +102,22 @@ void UIViewControllerCoreSDKVelto::fetchBannerDataFor(VeltoAdType type,
                                                       VeltoBannerSize size,
                                                       const VeltoControllerDelegate& delegate,
                                                       bool notifyFailure) {
-  const auto load = beginLoad(notifyFailure ? VeltoAskedBy::Application : VeltoAskedBy::Refresh);
+  const auto trial = std::exchange(trial_, std::nullopt);
+  const auto load = beginLoad(trial           ? VeltoAskedBy::Inspector
+                              : notifyFailure ? VeltoAskedBy::Application
+                                              : VeltoAskedBy::Refresh);
   // The answer's holders may drop it on a thread of their own, or never call it.
   const auto pending = endingOnMain(Pending(viewController().weak_from_this(), *this, delegate, load));
   const LoadScope scope(load);
-  VeltoAdManager::fetchFor(
-      type, size, settings,
-      [pending, notifyFailure](const std::shared_ptr<VeltoAd>& ad, const std::optional<VeltoErrorAd>& error) {
-        pending->answer(ad, error, notifyFailure);
-      });
+  const auto answer = [pending, notifyFailure](const std::shared_ptr<VeltoAd>& ad,
+                                               const std::optional<VeltoErrorAd>& error) {
+    pending->answer(ad, error, notifyFailure);
+  };
+  if (trial && trial->failure)
+    Platform::current().mainQueue().post(
+        [answer, why = *trial->failure] { answer(nullptr, VeltoErrorAd::because(why)); });
+  else
+    VeltoAdManager::fetchFor(type, size, settings, answer);
   tellState();
 }
 
@@ -120,6 +130,10 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
 
   const auto sourceType = ad ? ad->sourceType : VeltoAdSourceMarkup;
   if (sourceType == VeltoAdSourceMarkup || sourceType == VeltoAdSourceMRAID) {
+    if (ad)
+      if (auto failure = Platform::current().views().webContentFailure())
+        return refuse(VeltoErrorAd::because(VeltoAdEndReason::EngineUnavailable, std::move(failure)),
+                      delegate);
     // A refresh that failed comes here without an ad: the one shown so far has had its time.
     return fetchBannerSuccess(ad);
   }
@@ -132,10 +146,13 @@ void UIViewControllerCoreSDKVelto::_processAd(const std::shared_ptr<VeltoAd>& ad
       if (auto* presenter = mediationBannerPresenter()) return presenter->presentMediationBanner(ad);
     }
   }
+  refuse(VeltoErrorAd::because(whyNotShown(*ad)), delegate);
+}
+
+void UIViewControllerCoreSDKVelto::refuse(const VeltoErrorAd& why, const VeltoControllerDelegate& delegate) {
   fetchFailed();
-  const auto why = whyNotShown(*ad);
-  if (const auto& load = LoadScope::current()) load->end(why);
-  if (notifyFailure) notifyDidFail(delegate, VeltoErrorAd::because(why));
+  if (const auto& load = LoadScope::current()) load->end(why.reason);
+  if (notifiesFailure_) notifyDidFail(delegate, why);
 }
 
 void UIViewControllerCoreSDKVelto::fetchSecondaryMRAIDContentFor(const std::string& url,

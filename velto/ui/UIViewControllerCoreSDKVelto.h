@@ -80,6 +80,12 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   // Of the answer that is being dispatched: whether the host asked for it and hears of its failure. A refresh
   // fails silently.
   bool notifiesFailure() const { return notifiesFailure_; }
+  // The next fetch is that of a person who tries something at an inspecting tool. With a reason nobody is asked, and that
+  // is the answer.
+  struct Trial {
+    std::optional<VeltoAdEndReason> failure;
+  };
+  std::optional<Trial> trial_;
   // Whether an answer is on its way.
   bool isFetching() const { return fetching_ > 0; }
 
@@ -88,6 +94,9 @@ class UIViewControllerCoreSDKVelto : public UIViewControllerCoreVeltoSDKProtocol
   template <class BannerCall, class InterstitialCall>
   void notify(const VeltoControllerDelegate& delegate, BannerCall bannerCall,
               InterstitialCall interstitialCall);
+
+  // An ad came that cannot be shown.
+  void refuse(const VeltoErrorAd& why, const VeltoControllerDelegate& delegate);
 
   bool notifiesFailure_ = true;
   int fetching_ = 0;

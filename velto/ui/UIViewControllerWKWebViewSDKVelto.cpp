@@ -49,6 +49,7 @@ std::shared_ptr<WKWebView> UIViewControllerWKWebViewSDKVelto::createWKWebViewIns
   }
   if (auto* inspector = VeltoInspector::current()) inspector->prepare(configuration);
   preparedPage().moveInto(configuration);
+  configuration.site = site();
 
   auto webView = WKWebView::initWithFrame({}, std::move(configuration));
   webView->setBackgroundColor(UIColor::clearColor());
@@ -80,6 +81,7 @@ void UIViewControllerWKWebViewSDKVelto::load(const WebView& webView, const std::
     // to it that it runs once in each. Frames of the same origin share what their page has.
     webView->addUserScript({script, WKUserScriptInjectionTime::AtDocumentStart, false});
   }
+  if (auto* inspector = VeltoInspector::current()) inspector->willLoad(*webView);
   webView->loadHTMLString(markup, std::nullopt);
   VeltoDataStore::updateUserAgentFromWKWebView(webView);
   Platform::current().notificationCenter().postNotification({constNotificationAdShowed, ad});
@@ -141,6 +143,7 @@ void UIViewControllerWKWebViewSDKVelto::webView(WKWebView& webView, const WKNavi
 
 void UIViewControllerWKWebViewSDKVelto::webView(WKWebView&, const WKNavigation&, const NSError& error) {
   const auto alive = viewController().shared_from_this();
+  inspect("navigation-failed", [&] { return JSON::Object{{"error", error.localizedDescription}}; });
   veltoWKWebViewDidFailNavigation(error);
 }
 

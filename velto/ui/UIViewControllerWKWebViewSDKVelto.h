@@ -54,6 +54,8 @@ class UIViewControllerWKWebViewSDKVelto : public UIViewControllerWKWebViewVeltoS
   virtual bool isShown() const = 0;
   // Used up by the next web view.
   virtual PreparedPage& preparedPage() = 0;
+  // With whose pages the next web view may share a process; empty: with none of other places.
+  virtual std::string site() const = 0;
   // A person's link.
   virtual void linkTapped(VeltoTap outcome) = 0;
   // A rich-media command of the page.

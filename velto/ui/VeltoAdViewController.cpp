@@ -2,6 +2,7 @@
 #include "velto/ui/VeltoAdViewController.h"
 
 #include "velto/core/VeltoUtilities.h"
+#include "velto/network/VeltoTaskManager.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/ViewSystem.h"
 #include "velto/tracking/VeltoTrackerManager.h"
@@ -21,6 +22,10 @@ VeltoAdEndReason whyPageFailed(const NSError& error) {
       return VeltoAdEndReason::PageProcessOutOfMemory;
     case NSErrorCause::ProcessEnded:
       return VeltoAdEndReason::PageProcessEnded;
+    case NSErrorCause::ProcessHung:
+      return VeltoAdEndReason::PageProcessHung;
+    case NSErrorCause::EngineUnavailable:
+      return VeltoAdEndReason::EngineUnavailable;
     default:
       return VeltoAdEndReason::PageFailed;
   }
@@ -30,12 +35,14 @@ VeltoAdEndReason whyPageFailed(const NSError& error) {
 
 VeltoAdViewController::~VeltoAdViewController() {
   stopAudioVolumeObserverForContext(&audioContext_);
+  placement_->endAll(Why::ControllerGone);  // others may hold it still
 }
 
 void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
   vc_ = getUserViewControllerForDelegate(delegate);
+  list({std::static_pointer_cast<VeltoAdViewController>(shared_from_this())});
   addTapGestureRecognizerInView([this] { _adDidPress(); });
-  Platform::current().views().expectWebContent();
+  Platform::current().views().expectWebContent(VeltoTaskManager::connectAhead);
   auto& center = Platform::current().notificationCenter();
   orientationObserver_ =
       center.addObserver(constNotificationUICurrentOrientation, [this](const NSNotification& notification) {
@@ -46,7 +53,7 @@ void VeltoAdViewController::begin(const VeltoControllerDelegate& delegate) {
     const auto alive = shared_from_this();
     abandoned_ = true;
     takeOff(Why::PlatformGone);
-    placement_.endAll(Why::PlatformGone);
+    placement_->endAll(Why::PlatformGone);
     preparedPage_.drop();
   });
 }
@@ -94,13 +101,36 @@ void VeltoAdViewController::tellState() {
   toldState_ = state;
   toldSize_ = size;
   const auto alive = shared_from_this();
+  tellChanged();
   notifyDidChangeState(delegate());
+}
+
+void VeltoAdViewController::reload() {
+  trial_.emplace();
+  loadAgain();
+  trial_.reset();  // of one that nobody holds any more
+}
+
+bool VeltoAdViewController::simulate(Why reason) {
+  if (reason == Why::PageProcessCrashed) {
+    if (!webView() || !shown_->record() || !shown_->record()->has(VeltoTimelineKind::MarkupGiven))
+      return false;
+    const auto shown = shown_;
+    shown->veltoWKWebViewDidFailNavigation(
+        {constVeltoBundleIdentifier, VeltoErrorServer, "simulated", NSErrorCause::ProcessCrashed});
+    return true;
+  }
+  trial_ = Trial{reason};
+  loadAgain();
+  trial_.reset();
+  return true;
 }
 
 // --- the person
 
 void VeltoAdViewController::_adDidPress() {
   if (!shown_) return;  // a screen on its way out
+  shown_->touched();
   // The delegate may load another ad, remove this one or end the platform; what was pressed is the ad of before.
   const auto alive = shared_from_this();
   const auto pressed = ad();

@@ -5,6 +5,8 @@
 
 #include "velto/measurement/UIViewControllerOMSDKSDKVelto.h"
 #include "velto/platform/ui/UIViewController.h"
+#include "velto/timeline/InspectedPlacement.h"
+#include "velto/ui/AdPlace.h"
 #include "velto/ui/PreparedPage.h"
 #include "velto/ui/UIViewControllerCoreSDKVelto.h"
 #include "velto/ui/UIViewControllerUIAnimationSDKVelto.h"
@@ -25,12 +27,18 @@ class VeltoAdViewController : public UIViewController,
                               public UIViewControllerUIAnimationSDKVelto,
                               public UIViewControllerOMSDKSDKVelto,
                               public AVAudioSDKVelto,
-                              public AVVideoSDKVelto {
+                              public AVVideoSDKVelto,
+                              public AdPlace,
+                              public InspectedPlacement {
  public:
   using Why = VeltoAdEndReason;
   ~VeltoAdViewController() override;
-  PlacementRecord& placement() { return placement_; }
+  PlacementRecord& placement() { return *placement_; }
+  std::shared_ptr<const PlacementRecord> record() const override { return placement_; }
+  void reload() override;
+  bool simulate(Why reason) override;
   void setAnimation(int64_t animation) { animation_ = animation; }
+  std::optional<VeltoAdWeight> adWeight() const { return shown_ ? shown_->weight() : std::nullopt; }
   void _adDidPress();
 
   // What is shown now, each null or empty without it; for the shown ad, tests and debuggers.
@@ -42,32 +50,12 @@ class VeltoAdViewController : public UIViewController,
   std::shared_ptr<VeltoMRAIDHandler> veltoGetMRAIDHandler() const;
   const NSLayoutConstraints& webViewContraints() const { return webViewContraints_; }
 
-  // --- asked by the shown ad
+  // --- asked by the shown ad, beside what AdPlace has
 
-  // What the full-screen frame is taken from; both may be null.
-  struct Surroundings {
-    std::shared_ptr<UIView> viewAd;
-    std::shared_ptr<UIViewController> vc;
-  };
-  virtual Surroundings surroundings() = 0;
   PreparedPage& preparedPage() { return preparedPage_; }
   using AVAudioSDKVelto::activateAudioSession;
-
-  // Moves and sizes the page, and where it has one its place.
-  enum ExpandOrResize : int64_t { Expand = 0, CloseExpand = 1, Resize = 2, CloseResize = 3 };
-  virtual void _expandOrResizeMainWebView(int64_t action, CGSize size, CGPoint offset) = 0;
   void _expandActionInMainWebView(int64_t action) { _resizeActionInMainWebView(action, {}, {}); }
   void _resizeActionInMainWebView(int64_t action, CGSize size, CGPoint offset);
-  virtual std::shared_ptr<WKWebView> _initSecondMRAIDWebView() = 0;  // over all of the first
-
-  // What the ad's events mean for it.
-  virtual void pageInjected() {}
-  virtual void pageLoaded() {}
-  virtual void pageFailed(const NSError& error) = 0;
-  virtual void adapterClosed() = 0;
-  virtual void leave(Why why) = 0;                // the ad is to go from the screen
-  virtual bool endsWithItsExpansion() const = 0;  // to close the expanded page is to leave
-  virtual void closeButtonRemoved() {}            // the page's, or the screen's own at its wish
 
   // A new value of the output volume, 0 … 1.
   void observeValueForKeyPath(const std::string& keyPath, float newValue, const void* context) override;
@@ -79,7 +67,8 @@ class VeltoAdViewController : public UIViewController,
   uint64_t supportedInterfaceOrientations() const override;
 
  protected:
-  explicit VeltoAdViewController(const char* placement) : placement_(placement) {}
+  explicit VeltoAdViewController(const char* placement)
+      : placement_(std::make_shared<PlacementRecord>(placement)) {}
   UIViewController& viewController() override { return *this; }
   void tellMeasurement(float volume) override { volumePlaybackNativeVideoChangeOMSD(volume); }
   std::shared_ptr<WKWebView> makeWebView(std::weak_ptr<WKNavigationDelegate> delegate) override;
@@ -87,13 +76,14 @@ class VeltoAdViewController : public UIViewController,
   void fetchFailed() override;
   void tellState() override;
   virtual int64_t stateNow() const = 0;
+  virtual void loadAgain() = 0;
   virtual CGSize adSizeNow() const { return {}; }
 
   // The host's view controller, taps, and what is observed; called when the object is made.
   void begin(const VeltoControllerDelegate& delegate);
   virtual void takeOff(Why why) = 0;             // everything of the ad ends at once
   std::shared_ptr<VeltoShownAd> letGo(Why why);  // the one that is shown ends; its views stay
-  std::shared_ptr<LoadRecord> beginLoad(VeltoAskedBy by) override { return placement_.begin(by); }
+  std::shared_ptr<LoadRecord> beginLoad(VeltoAskedBy by) override { return placement_->begin(by); }
   void note(VeltoTimelineKind kind, LoadRecord::Detail detail = {}) override;
   // The error that a page's failure is told with. The load has ended by then.
   VeltoErrorAd endByPage(const NSError& error);
@@ -110,7 +100,7 @@ class VeltoAdViewController : public UIViewController,
   std::string audioContext_;  // its address marks our observation of the volume
 
  private:
-  PlacementRecord placement_;
+  const std::shared_ptr<PlacementRecord> placement_;
   PreparedPage preparedPage_;
   Handle orientationObserver_, platformObserver_;
   int64_t toldState_ = 0;  // empty

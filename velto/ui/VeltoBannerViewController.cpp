@@ -65,6 +65,15 @@ void VeltoBannerViewController::addTimelineObserver(std::weak_ptr<VeltoAdTimelin
 void VeltoBannerViewController::setPlacement(const std::string& name) {
   vc_->placement().setName(name);
 }
+void VeltoBannerViewController::setHeavyAdPolicy(VeltoHeavyAdPolicy policy) {
+  vc_->setHeavyAdPolicy(policy);
+}
+void VeltoBannerViewController::setHeavyAdLimits(const VeltoHeavyAdLimits& limits) {
+  vc_->setHeavyAdLimits(limits);
+}
+std::optional<VeltoAdWeight> VeltoBannerViewController::adWeight() const {
+  return vc_->adWeight();
+}
 VeltoBannerState VeltoBannerViewController::state() const {
   return vc_->state();
 }

@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,13 @@ class VELTO_EXPORT VeltoBannerViewController {
   void addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer);
   // What timelines, logs and figures call it, of loads to come: "banner" unless said.
   void setPlacement(const std::string& name);
+
+  // What becomes of ads that cost the device too much, from the next one on (VeltoAdWeight.h): they are reported
+  // unless said.
+  void setHeavyAdPolicy(VeltoHeavyAdPolicy policy);
+  void setHeavyAdLimits(const VeltoHeavyAdLimits& limits);
+  // What the ad that is shown has cost by now; nothing without one, or where it cannot be told.
+  std::optional<VeltoAdWeight> adWeight() const;
 
   VeltoBannerState state() const;
   CGSize adSize() const;  // points, as the server said; zero while none is shown

@@ -4,7 +4,16 @@
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
+#include <algorithm>
+#include <array>
+
 namespace velto {
+namespace {
+
+constexpr int mostProcessesLost = 3;  // in a row, until refreshes become rarer
+constexpr int mostDoublings = 3;      // of the interval
+
+}  // namespace
 
 std::shared_ptr<VeltoBannerViewControllerPrivate> VeltoBannerViewControllerPrivate::initWithDelegate(
     const std::shared_ptr<VeltoBannerViewControllerDelegate>& delegate, VeltoBannerSize andSize,
@@ -43,6 +52,7 @@ void VeltoBannerViewControllerPrivate::load(const VeltoSettings& settings) {
 }
 
 void VeltoBannerViewControllerPrivate::load() {
+  processesLost_ = 0;
   loadedSinceRemoval_ = true;
   _loadAndNotifyFailure(true);
 }
@@ -51,10 +61,12 @@ void VeltoBannerViewControllerPrivate::_loadAndNotifyFailure(bool notifyFailure)
   if (abandoned_) return;
   _handleRefreshTimer();
   fetchBannerDataFor(VeltoAdTypeBanner, settings_, size_, delegate(), notifyFailure);
-  preparedPage().prepare(webView());  // while the request is on its way
+  // While the request is on its way.
+  preparedPage().prepare(webView(), sharesProcess() ? WebContentUse::Together : WebContentUse::AtOnce);
 }
 
 void VeltoBannerViewControllerPrivate::_refreshAd() {
+  if (loaded_) processesLost_ = 0;
   if (refreshPaused_) {
     refreshDue_ = true;
     return;
@@ -73,6 +85,11 @@ VeltoBannerState VeltoBannerViewControllerPrivate::state() const {
   return isFetching() ? VeltoBannerStateLoading : VeltoBannerStateEmpty;
 }
 
+const char* VeltoBannerViewControllerPrivate::stateName() const {
+  constexpr std::array names{"empty", "loading", "shown", "expanded", "resized"};
+  return names.at(static_cast<size_t>(state()));
+}
+
 CGSize VeltoBannerViewControllerPrivate::adSize() const {
   return ad() && loaded_ ? ad()->size : CGSize{};
 }
@@ -82,18 +99,22 @@ void VeltoBannerViewControllerPrivate::_handleRefreshTimer() {
   timerRefresh_.reset();
   refreshDue_ = false;
   if (!autoRefresh_ || refreshTimeSeconds_ < 1) return;
-  timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(static_cast<double>(refreshTimeSeconds_),
-                                                          [weak = std::weak_ptr(self())] {
-                                                            if (const auto alive = weak.lock())
-                                                              alive->_refreshAd();
-                                                          });
+  timerRefresh_ = NSTimer::scheduledTimerWithTimeInterval(_refreshInterval(), [weak = std::weak_ptr(self())] {
+    if (const auto alive = weak.lock()) alive->_refreshAd();
+  });
+}
+
+// Ads that take their processes along, one after the other, are asked for less and less often.
+double VeltoBannerViewControllerPrivate::_refreshInterval() const {
+  const int doublings = std::clamp(processesLost_ - mostProcessesLost + 1, 0, mostDoublings);
+  return static_cast<double>(refreshTimeSeconds_) * (1 << doublings);
 }
 
 // --- show
 
 void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
-  if (!ad) preparedPage().drop();  // a view that stays empty needs no process
-  if (!startShowing(ad, nullptr)) return;
+  if (!ad) preparedPage().drop();                     // a view that stays empty needs no process
+  if (!startShowing(ad, nullptr) || !shown_) return;  // with what was replaced others may have ended
   shown_->takeHandler();
   if (!firstAnimationCompleted_) prepareAnimationForAdView(webView(), animation_);
   shown_->load();
@@ -102,7 +123,7 @@ void VeltoBannerViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<
 void VeltoBannerViewControllerPrivate::presentMediationBannerView(
     const std::shared_ptr<UIView>& mediationView, const std::shared_ptr<VeltoAd>& ad) {
   preparedPage().drop();
-  if (!startShowing(ad, mediationView)) return;
+  if (!startShowing(ad, mediationView) || !shown_) return;
   shown_->takeAdapter();
   shown_->tellShown();
   // It may have announced itself before anybody could know whose ad it has.
@@ -187,6 +208,7 @@ void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& 
     firstAnimationCompleted_ = true;
     note(VeltoTimelineKind::Animated);
   }
+  shown_->isInPlace();
   notifyDidFinishLoad(delegate());
   const bool isWebView = dynamic_cast<WKWebView*>(view.get()) != nullptr;
   if (!isWebView && loaded && loaded->adapter) loaded->adapter->gadAdLoaded(loaded, view);
@@ -196,7 +218,12 @@ void VeltoBannerViewControllerPrivate::_adLoaded(const std::shared_ptr<UIView>& 
 
 void VeltoBannerViewControllerPrivate::pageFailed(const NSError& error) {
   const auto told = endByPage(error);
-  removeBecause(told.reason);
+  if (error.isOfProcess() && timerRefresh_) {
+    if (++processesLost_ >= mostProcessesLost && !refreshDue_) _handleRefreshTimer();
+    _leaveEmpty(told.reason);
+  } else {
+    removeBecause(told.reason);
+  }
   notifyDidFail(delegate(), told);
 }
 
@@ -214,7 +241,21 @@ void VeltoBannerViewControllerPrivate::removeBecause(Why why) {
   });
 }
 
+void VeltoBannerViewControllerPrivate::replaceHeavyAd() {
+  _leaveEmpty(Why::PageTooHeavy);
+}
+
+// The banner goes on, and so do its refreshes; until the next one it is empty.
+void VeltoBannerViewControllerPrivate::_leaveEmpty(Why why) {
+  closeVideo();
+  _resetBannerView(why);
+  loaded_ = false;
+  finishOMSDKSession();
+  tellState();
+}
+
 void VeltoBannerViewControllerPrivate::abandon() {
+  if (shown_) shown_->endLoad(Why::ControllerGone);
   removeBecause(Why::ControllerGone);
   abandoned_ = true;
   placement().endAll(Why::ControllerGone);

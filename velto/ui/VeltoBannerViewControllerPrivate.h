@@ -52,7 +52,10 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void pageFailed(const NSError& error) override;
   void adapterClosed() override;
   void leave(Why why) override { removeBecause(why); }
+  void replaceHeavyAd() override;
   bool endsWithItsExpansion() const override { return false; }
+  // Where heavy ads have to go, each must be known by its own process.
+  bool sharesProcess() const override { return heavyAdPolicy() == VeltoHeavyAdPolicyReport; }
 
   // For tests and debuggers.
   const NSLayoutConstraints& viewContraints() const { return viewContraints_; }
@@ -75,8 +78,13 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void _invalidateBanner(Why why);
   void _adLoaded(const std::shared_ptr<UIView>& view);
   void _handleRefreshTimer();
+  double _refreshInterval() const;
+  void _leaveEmpty(Why why);
   void _refreshAd();
   int64_t stateNow() const override { return state(); }
+  const char* kindName() const override { return "banner"; }
+  const char* stateName() const override;
+  void loadAgain() override { load(); }
   CGSize adSizeNow() const override { return adSize(); }
   void _notificationAdMobAdapterGADBannerReady(const NSNotification& notification);
 
@@ -90,6 +98,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   VeltoBannerSize size_ = VeltoBannerSizeSmart;
   std::unique_ptr<NSTimer> timerRefresh_;
   int64_t refreshTimeSeconds_ = 30;
+  int processesLost_ = 0;                  // by the ads of this place, one after the other
   std::optional<VeltoSettings> settings_;  // of the last load
   bool loadedSinceRemoval_ = false;        // since the last call that asked for one
   std::weak_ptr<UIView> viewAd_;           // the host's view that contains the banner

@@ -48,6 +48,15 @@ void VeltoInterstitialViewController::addTimelineObserver(std::weak_ptr<VeltoAdT
 void VeltoInterstitialViewController::setPlacement(const std::string& name) {
   vc_->placement().setName(name);
 }
+void VeltoInterstitialViewController::setHeavyAdPolicy(VeltoHeavyAdPolicy policy) {
+  vc_->setHeavyAdPolicy(policy);
+}
+void VeltoInterstitialViewController::setHeavyAdLimits(const VeltoHeavyAdLimits& limits) {
+  vc_->setHeavyAdLimits(limits);
+}
+std::optional<VeltoAdWeight> VeltoInterstitialViewController::adWeight() const {
+  return vc_->adWeight();
+}
 VeltoInterstitialState VeltoInterstitialViewController::state() const {
   return vc_->state();
 }

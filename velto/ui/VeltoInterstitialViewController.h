@@ -59,6 +59,13 @@ class VELTO_EXPORT VeltoInterstitialViewController {
   // What timelines, logs and figures call it, of loads to come: "interstitial" unless said.
   void setPlacement(const std::string& name);
 
+  // What becomes of ads that cost the device too much, from the next one on (VeltoAdWeight.h): they are reported
+  // unless said.
+  void setHeavyAdPolicy(VeltoHeavyAdPolicy policy);
+  void setHeavyAdLimits(const VeltoHeavyAdLimits& limits);
+  // What the ad that is shown has cost by now; nothing without one, or where it cannot be told.
+  std::optional<VeltoAdWeight> adWeight() const;
+
   VeltoInterstitialState state() const;
 
   // How it comes in; none by default. Takes effect before the first show.

@@ -8,6 +8,7 @@
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/ui/UIVisualEffectView.h"
 
+#include <array>
 #include <utility>
 
 namespace velto {
@@ -51,6 +52,7 @@ VeltoInterstitialViewControllerPrivate::~VeltoInterstitialViewControllerPrivate(
 void VeltoInterstitialViewControllerPrivate::abandon() {
   if (std::exchange(abandoned_, true)) return;
   delegate_.reset();
+  if (shown_) shown_->endLoad(Why::ControllerGone);
   placement().endAll(Why::ControllerGone);
   Platform::current().mainQueue().post([alive = self()] {
     alive->waitingAd_.reset();
@@ -81,8 +83,9 @@ void VeltoInterstitialViewControllerPrivate::_addBlurEffect() {
 
 void VeltoInterstitialViewControllerPrivate::fetch(const std::optional<VeltoSettings>& settings) {
   if (abandoned_) return;
+  settings_ = settings;
   fetchBannerDataFor(VeltoAdTypeInterstitial, settings, VeltoBannerSizeInterstitial, delegate(), true);
-  preparedPage().prepare(webView());  // while the request is on its way, and up by the time of show
+  preparedPage().prepare(webView(), WebContentUse::Later);  // up by the time of show
 }
 
 void VeltoInterstitialViewControllerPrivate::fetchBannerSuccess(const std::shared_ptr<VeltoAd>& ad) {
@@ -170,7 +173,10 @@ void VeltoInterstitialViewControllerPrivate::showOver(const std::weak_ptr<UIView
     if (shown == shown_) _adLoaded();  // an adapter that hears of it may give up
     return tellState();
   }
-  if (!ad()->html) return;
+  if (!ad()->html) {
+    if (shown_->record()) shown_->record()->showFailed(Why::AdEmpty);
+    return;
+  }
   showing_ = true;
   shown_->load();
   tellState();
@@ -198,6 +204,11 @@ VeltoInterstitialState VeltoInterstitialViewControllerPrivate::state() const {
   return isFetching() ? VeltoInterstitialStateLoading : VeltoInterstitialStateEmpty;
 }
 
+const char* VeltoInterstitialViewControllerPrivate::stateName() const {
+  constexpr std::array names{"empty", "loading", "ready", "presented"};
+  return names.at(static_cast<size_t>(state()));
+}
+
 void VeltoInterstitialViewControllerPrivate::_adLoaded() {
   if (!_presentBanner()) failed(Why::HostGone);
 }
@@ -222,11 +233,15 @@ bool VeltoInterstitialViewControllerPrivate::_presentBanner() {
 void VeltoInterstitialViewControllerPrivate::presented() {
   if (!view()->isInWindow()) {
     // It stays, and is seen when the window comes back: then it must be possible to close it.
-    if (presentingViewController()) startCounterSoon();
+    if (presentingViewController()) {
+      shown_->isInPlace();
+      startCounterSoon();
+    }
     return failed(Why::PresentationRefused);
   }
   showing_ = false;
   note(VeltoTimelineKind::Appeared);
+  shown_->isInPlace();
   // Also below another network's screen: whatever that does, a person can leave when the time is over.
   startCounterSoon();
   const auto alive = self();
@@ -331,6 +346,11 @@ std::shared_ptr<WKWebView> VeltoInterstitialViewControllerPrivate::_initSecondMR
 void VeltoInterstitialViewControllerPrivate::viewWillDisappear(bool animated) {
   VeltoAdViewController::viewWillDisappear(animated);
   note(VeltoTimelineKind::Disappeared);
+  goneSoon();
+}
+
+// In the next turn it is known whether it has.
+void VeltoInterstitialViewControllerPrivate::goneSoon() {
   answerOnMain(std::function<void()>([weak = std::weak_ptr(self())] {
     const auto alive = weak.lock();
     if (!alive) return;

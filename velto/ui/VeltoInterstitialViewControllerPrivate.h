@@ -49,11 +49,13 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void pageFailed(const NSError& error) override;
   void adapterClosed() override { leave(Why::ClosedByAdapter); }
   void leave(Why why) override { dismissInterstitialViewController(true, why); }
+  void replaceHeavyAd() override { leave(Why::PageTooHeavy); }
   bool endsWithItsExpansion() const override { return true; }
   void closeButtonRemoved() override;
 
   // The ways out.
   void viewWillDisappear(bool animated) override;
+  void presenterDidGo() override { goneSoon(); }
   void _tapCloseButton() { leave(Why::ClosedByPerson); }
   bool accessibilityPerformEscape() override;
   void dismissInterstitialViewController(bool animated, Why why = Why::Removed);
@@ -81,10 +83,14 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
 
   void takeOff(Why why) override;
   int64_t stateNow() const override { return state(); }
+  const char* kindName() const override { return "interstitial"; }
+  const char* stateName() const override;
+  void loadAgain() override { fetch(settings_); }
   void fetch(const std::optional<VeltoSettings>& settings);
   void showOver(const std::weak_ptr<UIViewController>& over, VeltoAskedBy by = VeltoAskedBy::Application);
   bool takesNow(const std::shared_ptr<VeltoAd>& ad);
   void takeWaitingAd();
+  void goneSoon();
   void becomeReady(const std::shared_ptr<VeltoAd>& ad, bool withWebView);
   void _addBlurEffect();
   void _addBannerInView(bool withWebView, CGSize size);
@@ -103,6 +109,7 @@ class VeltoInterstitialViewControllerPrivate final : public VeltoAdViewControlle
   void _notificationAdMobAdapterGADInterstitialReady(const NSNotification& notification);
   void _notificationAdMobAdapterGADInterstitialError(const NSNotification& notification);
 
+  std::optional<VeltoSettings> settings_;  // of the last load
   bool isReady_ = false;
   bool autoShow_ = false;
   bool showing_ = false;     // show was called, and nothing is presented yet

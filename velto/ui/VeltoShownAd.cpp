@@ -24,6 +24,8 @@ void VeltoShownAd::end(Why why) {
   if (!controller_) return;
   endLoad(why);
   silence();
+  watch_.reset();
+  secondWatch_.reset();
   _restoreOriginalOrientation();
   controller_ = nullptr;
   for (const auto& page : {webView_, secondaryMRAIDWebView_}) {
@@ -34,6 +36,12 @@ void VeltoShownAd::end(Why why) {
   ad_.reset();
   adapter_.reset();
   mraidHandler_.reset();
+}
+
+void VeltoShownAd::endLoad(Why why) {
+  if (const auto known = record() && !record()->hasEnded() ? weight() : std::nullopt)
+    note(VeltoTimelineKind::Weighed, *known);
+  LoadNotes::endLoad(why);
 }
 
 void VeltoShownAd::removeViews() {
@@ -47,6 +55,27 @@ const VeltoShownAd::WebView& VeltoShownAd::makeWebView() {
   note(VeltoTimelineKind::WebProcess,
        webView_->webPeer().hasWarmProcess() ? VeltoWebProcess::Warm : VeltoWebProcess::Cold);
   return webView_;
+}
+
+void VeltoShownAd::load() {
+  watch_ = watch(webView_);
+  loadBannerDataIn(webView_, ad_);
+}
+
+std::shared_ptr<AdWatch> VeltoShownAd::watch(const WebView& page) {
+  return AdWatch::watch(page, controller_->heavyAdLimits(),
+                        [weak = weak_from_this()](const VeltoAdExcess& excess) {
+                          if (const auto alive = weak.lock()) alive->tooHeavy(excess);
+                        });
+}
+
+void VeltoShownAd::tooHeavy(const VeltoAdExcess& excess) {
+  if (!controller_) return;
+  if (wereTouched()) return touched();
+  note(VeltoTimelineKind::Heavy, excess);
+  if (excess.ads > 1) return;  // it may be the work of another
+  if (controller_->heavyAdPolicy() == VeltoHeavyAdPolicyPauseUnseen) pauseUnseen();
+  if (controller_->heavyAdPolicy() == VeltoHeavyAdPolicyReplace) controller_->replaceHeavyAd();
 }
 
 void VeltoShownAd::takeHandler() {
@@ -87,6 +116,12 @@ PreparedPage& VeltoShownAd::preparedPage() {
   return controller_->preparedPage();
 }
 
+// Rich media works more, and waits for answers.
+std::string VeltoShownAd::site() const {
+  const bool shares = ad_ && ad_->sourceType == VeltoAdSourceMarkup && controller_->sharesProcess();
+  return shares ? ad_->site : "";
+}
+
 // --- the page
 
 void VeltoShownAd::veltoBannerInjected(WKWebView& injected) {
@@ -118,6 +153,7 @@ void VeltoShownAd::veltoWKWebViewDidFinishNavigation(WKWebView& finished) {
   controller_->startOMSDKSessionFor(page, veltoCloseButton_);
   // A second part that has no identifiers leaves those of the first.
   const bool isSecondPart = page == secondaryMRAIDWebView_;
+  if (isSecondPart && secondWatch_) secondWatch_->lookAtSight();
   AdPublisherInfoSDKVelto::findPublisherInformations(
       page, [weak = weak_from_this(), isSecondPart](auto ordId, auto bannerId, auto publisherId) {
         const auto alive = weak.lock();

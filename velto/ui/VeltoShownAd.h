@@ -8,6 +8,7 @@
 #include "velto/ads/VeltoAdMediationCoreAdapter.h"
 #include "velto/mraid/UIViewControllerMRAIDSDKVelto.h"
 #include "velto/timeline/LoadRecord.h"
+#include "velto/ui/AdPages.h"
 #include "velto/ui/ForcedOrientation.h"
 #include "velto/ui/SecondPart.h"
 #include "velto/ui/UIViewControllerWKWebViewSDKVelto.h"
@@ -27,32 +28,30 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
                            public UIViewControllerWKWebViewSDKVelto,
                            public UIViewControllerMRAIDSDKVelto,
                            public VeltoAdMediationAdapterDelegate,
+                           public AdPages,
                            public LoadNotes {
  public:
   using Why = VeltoAdEndReason;
-  using WebView = std::shared_ptr<WKWebView>;
+  using AdPages::WebView, AdPages::webView;
   using UIViewControllerWKWebViewSDKVelto::webView;
-
   // The ad may be null: the place stays empty. The load is the one that this thread works for (LoadScope).
   static std::shared_ptr<VeltoShownAd> shownBy(VeltoAdViewController& by, std::shared_ptr<VeltoAd> ad);
   ~VeltoShownAd() override;
 
   // From here on it is silent, and what it forced ends. Its views stay where they are until they are removed.
   void end(Why why);
+  void endLoad(Why why);  // which its weight comes before
   void removeViews();
 
   // The page's view, not yet placed; the rich media of an ad that has any; the adapter of another network.
   const WebView& makeWebView();
   void takeHandler();
   void takeAdapter();
-  void load() { loadBannerDataIn(webView_, ad_); }
+  void load();
   // An ad that its adapter shows is shown for good: it is not offered again.
   void tellShown() const;
 
   const std::shared_ptr<VeltoAd>& ad() const { return ad_; }
-  const WebView& webView() const { return webView_; }
-  // The second part of an expanded page while there is one, else the main page.
-  WebView activeWebView() const { return getActiveWebView(webView_, secondaryMRAIDWebView_); }
   const std::shared_ptr<VeltoAdMediationCoreAdapterProtocol>& adapter() const { return adapter_; }
   void dropAdapter() { adapter_.reset(); }
   const std::shared_ptr<VeltoCloseButton>& veltoCloseButton() const { return veltoCloseButton_; }
@@ -93,12 +92,15 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
       : controller_(&controller), ad_(std::move(ad)) {}
   UIViewController& viewController() override;
   PreparedPage& preparedPage() override;
+  std::string site() const override;
   std::weak_ptr<UIViewControllerWKWebViewSDKVelto> self() override { return weak_from_this(); }
   bool isShown() const override { return controller_ != nullptr; }
   void handleMRAIDAction(const NSURL& url, WKWebView& webView) override;
   void forceOrientation(int64_t orientation) override;
   void linkTapped(VeltoTap outcome) override { note(VeltoTimelineKind::Tapped, outcome); }
   void noteState();
+  std::shared_ptr<AdWatch> watch(const WebView& page);
+  void tooHeavy(const VeltoAdExcess& excess);
   void closeExpansion(Why why);
   void _setMRAIDAsReady(const WebView& webView);
   void expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part, const CloseButton& btnCloseConfiguration);
@@ -106,8 +108,6 @@ class VeltoShownAd final : public std::enable_shared_from_this<VeltoShownAd>,
   std::function<void()> action(void (VeltoShownAd::*tapped)());  // nothing once the ad has ended
   VeltoAdViewController* controller_;                            // null once it has ended
   std::shared_ptr<VeltoAd> ad_;
-  WebView webView_;
-  WebView secondaryMRAIDWebView_;  // of a two-part expand
   SecondPart secondPart_;
   int expansions_ = 0;       // so far
   bool isExpanded_ = false;  // whatever state its page has got itself into

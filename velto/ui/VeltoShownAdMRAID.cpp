@@ -1,5 +1,6 @@
 // What a rich-media page makes of its ad: expand, resize, close. The page is told a moment later, when the
 // views have their new frames.
+#include "velto/core/VeltoInspector.h"
 #include "velto/mraid/VeltoMRAIDTables.h"
 #include "velto/ui/VeltoAdViewController.h"
 #include "velto/ui/VeltoShownAd.h"
@@ -65,10 +66,14 @@ void VeltoShownAd::veltoMRAIDExpand(const std::optional<std::string>& secondPart
     preparedPage().prepare(webView_);  // the second view may live beside the first
     secondPart_.fetchBegins();
     return controller_->fetchSecondaryMRAIDContentFor(
-        *secondPartURL, [weak = weak_from_this(), btnCloseConfiguration](const std::shared_ptr<VeltoAd>& part,
-                                                                         const std::optional<VeltoErrorAd>&) {
+        *secondPartURL, [weak = weak_from_this(), address = *secondPartURL, btnCloseConfiguration](
+                            const std::shared_ptr<VeltoAd>& part, const std::optional<VeltoErrorAd>& error) {
           const auto alive = weak.lock();
           if (!alive) return;
+          if (!part)
+            inspectRefusal("expand",
+                           address + " could not be had: " +
+                               (error ? error->descriptionError().value_or("") : "it is no markup"));
           alive->expandIntoSecondPart(part, btnCloseConfiguration);
           for (const auto& command : alive->secondPart_.fetchEnds())
             if (alive->webView_) alive->handleMRAIDAction(command, *alive->webView_);
@@ -98,6 +103,7 @@ void VeltoShownAd::expandIntoSecondPart(const std::shared_ptr<VeltoAd>& part,
   isExpanded_ = true;
   secondaryMRAIDWebView_ = controller_->_initSecondMRAIDWebView();
   secondPart_.opens(*mraidHandler_);
+  secondWatch_ = watch(secondaryMRAIDWebView_);
   loadBannerDataIn(secondaryMRAIDWebView_, part);
   const auto [viewAd, vc] = controller_->surroundings();
   const auto button = mraidExpandFor(secondaryMRAIDWebView_, viewAd, vc, btnCloseConfiguration,
@@ -144,6 +150,7 @@ void VeltoShownAd::removeSecondMRAIDWebView() {
   secondaryMRAIDWebView_->setNavigationDelegate({});
   secondaryMRAIDWebView_->removeFromSuperview();
   secondaryMRAIDWebView_.reset();
+  secondWatch_.reset();
   if (mraidHandler_) secondPart_.closes(*mraidHandler_);
   // The second part was what is measured and told of its sight; now it is the first again.
   mraidIsViewable(mraidHandler_ && mraidHandler_->isViewable, webView_, mraidHandler_);

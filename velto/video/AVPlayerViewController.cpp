@@ -1,6 +1,7 @@
 // The player's screen: what it shows, the keys, and the ways out.
 #include "velto/video/AVPlayerViewController.h"
 
+#include "velto/core/VeltoInspector.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
@@ -63,8 +64,11 @@ void AVPlayerViewController::heard(AVPlayerEvent event) {
     case AVPlayerEvent::ReadyToPlay:
     case AVPlayerEvent::RateChanged:
       return showProgress();
-    case AVPlayerEvent::DidPlayToEnd:
     case AVPlayerEvent::FailedToPlay:
+      if (const auto& error = player_ ? player_->error() : std::nullopt)
+        inspectRefusal("playVideo", error->localizedDescription);
+      [[fallthrough]];
+    case AVPlayerEvent::DidPlayToEnd:
       return close();
   }
 }

@@ -2,10 +2,21 @@
 // the name of a module, to hear whether the library would find it.
 #include <dlfcn.h>
 #include <velto/gtk/VeltoGtk.h>
+#include <velto/platform/Platform.h>
+#include <velto/platform/ViewSystem.h>
 #include <velto/velto.h>
 
+#include <string>
+
 int main(int count, char** words) {
-  if (count == 2) return dlopen(words[1], RTLD_NOW) ? 0 : 1;
+  const std::string module = count == 2 ? words[1] : "";
+  if (module == "velto-page.so") {  // which is opened in other processes
+    velto::gtk::install({.applicationIdentifier = "org.example.consumer"});
+    const auto failure = velto::Platform::current().views().webContentFailure();
+    velto::gtk::uninstall();
+    return failure && failure->localizedDescription.find(module) != std::string::npos ? 1 : 0;
+  }
+  if (!module.empty()) return dlopen(module.c_str(), RTLD_NOW) ? 0 : 1;
   gtk_init();
   velto::gtk::install({.applicationIdentifier = "org.example.consumer"});
   GtkWidget* window = gtk_window_new();

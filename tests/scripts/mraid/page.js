@@ -27,7 +27,7 @@ let hear = () => {};
 export function sendTo(listener) {
   hear = listener;
 }
-const channel = { messageHandlers: { veltoNavigation: { postMessage: (address) => hear(address) } } };
+const channel = { messageHandlers: { veltoNavigation: { postMessage: (lines) => lines.split('\n').forEach((address) => hear(address)) } } };
 Object.defineProperty(engine, 'webkit', { value: channel, configurable: true, writable: true });
 
 /** Does as the library does, to a banner of 320 × 50 in a view of 400 × 600. */

@@ -2,6 +2,7 @@
 #include "velto/gtk/media/VideoPlayer.h"
 
 #include "velto/gtk/Modules.h"
+#include "velto/gtk/network/NetworkGate.h"
 #include "velto/gtk/views/PicturePeer.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
@@ -18,13 +19,14 @@ VideoPlayer::VideoPlayer(const std::shared_ptr<AVPlayerItem>& item)
 
 VideoPlayer::~VideoPlayer() = default;
 
-void VideoPlayer::load(const std::filesystem::path& caFile) {
+void VideoPlayer::load(const std::filesystem::path& caFile, const std::string& proxy) {
   NSError error{"velto", 1, "GStreamer or its base plugins are not there"};
   const auto make =
       moduleFunction<MakeVideoPipeline>(videoModule, makeVideoPipelineName, &error.localizedDescription);
+  const auto orNull = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
   if (make)
     pipeline_.reset(
-        make(asset()->url().absoluteString().c_str(), caFile.empty() ? nullptr : caFile.c_str(), this));
+        make(asset()->url().absoluteString().c_str(), orNull(caFile.native()), orNull(proxy), this));
   if (pipeline_) return;
   Platform::current().mainQueue().post([weak = weak_from_this(), error] {
     if (const auto alive = std::static_pointer_cast<VideoPlayer>(weak.lock())) alive->failed(error);
@@ -79,7 +81,7 @@ void VideoPlayer::pipelineFailed(const NSError& error) {
 
 std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>& item) {
   const auto player = std::make_shared<VideoPlayer>(item);
-  player->load(caFile_);
+  player->load(caFile_, gate_->address());
   return player;
 }
 

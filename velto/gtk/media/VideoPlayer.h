@@ -8,9 +8,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace velto::gtk {
 
+class NetworkGate;
 class Picture;
 
 class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
@@ -18,7 +20,7 @@ class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
   explicit VideoPlayer(const std::shared_ptr<AVPlayerItem>& item);
   ~VideoPlayer() override;
 
-  void load(const std::filesystem::path& caFile);  // once
+  void load(const std::filesystem::path& caFile, const std::string& proxy);  // once
   std::unique_ptr<ViewPeer> makePicture() override;
 
  protected:
@@ -41,11 +43,14 @@ class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
 
 class Media final : public MediaSystem {
  public:
-  explicit Media(std::filesystem::path caFile) : caFile_(std::move(caFile)) {}
+  // Videos come through `gate`.
+  Media(std::filesystem::path caFile, std::shared_ptr<NetworkGate> gate)
+      : caFile_(std::move(caFile)), gate_(std::move(gate)) {}
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
 
  private:
   std::filesystem::path caFile_;
+  std::shared_ptr<NetworkGate> gate_;
 };
 
 }  // namespace velto::gtk

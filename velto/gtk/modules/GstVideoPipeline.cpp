@@ -50,14 +50,14 @@ GstFlowReturn newSample(GstAppSink* sink, gpointer slot) noexcept {
 
 }  // namespace
 
-GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, VideoPipelineEvents& events)
+GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const char* proxy,
+                                   VideoPipelineEvents& events)
     : events_(events),
       playbin_(GPtr<GstElement>::sink(newElement("playbin"))),
+      proxy_(proxy ? proxy : ""),
       frames_(std::make_shared<FrameSlot>(events)) {
-  if (caFile) {
-    authorities_ = GPtr<GTlsDatabase>::adopt(g_tls_file_database_new(caFile, nullptr));
-    if (authorities_) g_signal_connect(playbin_, "source-setup", G_CALLBACK(sourceMade), authorities_.get());
-  }
+  if (caFile) authorities_ = GPtr<GTlsDatabase>::adopt(g_tls_file_database_new(caFile, nullptr));
+  g_signal_connect(playbin_, "source-setup", G_CALLBACK(sourceMade), this);
   auto* sound = newElement("autoaudiosink");
   useAudioSink(sound ? sound : newSilence());
   g_object_set(playbin_, "uri", url, "flags", playFlags, "video-sink", makePictureSink(), nullptr);
@@ -95,9 +95,13 @@ void GstVideoPipeline::useAudioSink(GstElement* sink) {
   g_object_set(playbin_, "audio-sink", sink, nullptr);
 }
 
-void GstVideoPipeline::sourceMade(GstElement*, GstElement* source, GTlsDatabase* authorities) noexcept {
-  if (g_object_class_find_property(G_OBJECT_GET_CLASS(source), "tls-database"))
-    g_object_set(source, "tls-database", authorities, nullptr);
+void GstVideoPipeline::sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept {
+  const auto has = [source](const char* property) {
+    return g_object_class_find_property(G_OBJECT_GET_CLASS(source), property) != nullptr;
+  };
+  if (self->authorities_ && has("tls-database"))
+    g_object_set(source, "tls-database", self->authorities_.get(), nullptr);
+  if (!self->proxy_.empty() && has("proxy")) g_object_set(source, "proxy", self->proxy_.c_str(), nullptr);
 }
 
 // --- what the player wants
@@ -209,12 +213,15 @@ void GstVideoPipeline::goOnSilently() {
 }  // namespace velto::gtk
 
 extern "C" __attribute__((visibility("default"))) velto::gtk::VideoPipeline* velto_make_video_pipeline(
-    const char* url, const char* caFile, velto::gtk::VideoPipelineEvents* events) {
+    const char* url, const char* caFile, const char* proxy, velto::gtk::VideoPipelineEvents* events) {
   if (!gst_init_check(nullptr, nullptr, nullptr)) return nullptr;
   for (const char* needed : {"playbin", "appsink", "fakesink"}) {
     auto* factory = gst_element_factory_find(needed);
     if (!factory) return nullptr;
     gst_object_unref(factory);
   }
-  return new velto::gtk::GstVideoPipeline(url, caFile, *events);
+  // Other sources than this one know no proxy.
+  const char* scheme = g_uri_peek_scheme(url);
+  if (proxy && g_strcmp0(scheme, "http") != 0 && g_strcmp0(scheme, "https") != 0) return nullptr;
+  return new velto::gtk::GstVideoPipeline(url, caFile, proxy, *events);
 }

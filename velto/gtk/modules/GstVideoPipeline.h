@@ -10,6 +10,7 @@
 #include <gst/gst.h>
 
 #include <memory>
+#include <string>
 
 namespace velto::gtk {
 
@@ -17,7 +18,7 @@ class FrameSlot;
 
 class GstVideoPipeline final : public VideoPipeline {
  public:
-  GstVideoPipeline(const char* url, const char* caFile, VideoPipelineEvents& events);
+  GstVideoPipeline(const char* url, const char* caFile, const char* proxy, VideoPipelineEvents& events);
   GstVideoPipeline(const GstVideoPipeline&) = delete;
   GstVideoPipeline& operator=(const GstVideoPipeline&) = delete;
   ~GstVideoPipeline() override;
@@ -29,7 +30,7 @@ class GstVideoPipeline final : public VideoPipeline {
 
  private:
   static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
-  static void sourceMade(GstElement*, GstElement* source, GTlsDatabase* authorities) noexcept;
+  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;
 
   GstElement* makePictureSink();
   void useAudioSink(GstElement* sink);
@@ -43,6 +44,7 @@ class GstVideoPipeline final : public VideoPipeline {
   GPtr<GstElement> playbin_;
   GPtr<GstElement> audioSink_;
   GPtr<GTlsDatabase> authorities_;
+  const std::string proxy_;
   GOwned<GSource, g_source_unref> messages_;
   std::shared_ptr<FrameSlot> frames_;
   bool live_ = false;

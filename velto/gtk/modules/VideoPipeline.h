@@ -45,9 +45,9 @@ class VideoPipeline {
 inline constexpr char videoModule[] = "video";
 inline constexpr char makeVideoPipelineName[] = "velto_make_video_pipeline";
 
-// Begins to load. `caFile`: certificate authorities to trust instead of the system's, or null. The caller
-// owns what comes back; null when GStreamer cannot be started.
-using MakeVideoPipeline = VideoPipeline* (*)(const char* url, const char* caFile,
+// Begins to load. `caFile`: certificate authorities to trust instead of the system's, or null. `proxy`: through which it
+// loads, instead of the system's, or null. The caller owns what comes back; null when GStreamer cannot be started.
+using MakeVideoPipeline = VideoPipeline* (*)(const char* url, const char* caFile, const char* proxy,
                                              VideoPipelineEvents* events);
 
 }  // namespace velto::gtk

@@ -150,6 +150,15 @@ bool hasDefaultRoute() {
   return !defaultRoute().empty() || hasDefaultRoute6();
 }
 
+std::string wayToInternet() {
+  std::string way = defaultRoute();
+  const auto addresses = systemInterfaceAddresses();
+  if (!addresses) return way;
+  for (const auto& address : *addresses)
+    if (address.interfaceName == "en0" || address.interfaceName == "pdp_ip0") way += ' ' + address.text;
+  return way;
+}
+
 bool isDefaultRouteMobile() {
   return isMobile(defaultRoute());
 }

@@ -17,6 +17,10 @@ std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses();
 // Whether packets for the internet have a way out, by IPv4 or IPv6.
 bool hasDefaultRoute();
 
+// The interface of the default route, and the addresses that lead to the internet, as one text. Connections that were
+// made while it was another may be dead.
+std::string wayToInternet();
+
 // Whether the default route goes through a mobile modem.
 bool isDefaultRouteMobile();
 

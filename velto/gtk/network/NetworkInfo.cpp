@@ -117,8 +117,10 @@ class NetworkInfo::Reachability : public SCNetworkReachability {
   std::shared_ptr<Flags> flags_;
 };
 
-NetworkInfo::NetworkInfo(MainQueue& mainQueue)
-    : BusService(networkManagerInterface), flags_(std::make_shared<Flags>(mainQueue, kernelFlags())) {}
+NetworkInfo::NetworkInfo(MainQueue& mainQueue, std::function<void()> wayChanged)
+    : BusService(networkManagerInterface),
+      flags_(std::make_shared<Flags>(mainQueue, kernelFlags())),
+      wayChanged_(std::move(wayChanged)) {}
 
 NetworkInfo::~NetworkInfo() {
   flags_->close();
@@ -140,6 +142,7 @@ std::optional<std::vector<NetworkInterfaceAddress>> NetworkInfo::interfaceAddres
 void NetworkInfo::begun() {
   routes_ = openRouteSocket();
   if (routes_ < 0) return;
+  way_ = wayToInternet();
   routesChanged_.reset(g_unix_fd_source_new(routes_, G_IO_IN));
   const GUnixFDSourceFunc handler = onRoutesChanged;
   g_source_set_callback(routesChanged_.get(), G_SOURCE_FUNC(handler), this, nullptr);
@@ -156,7 +159,9 @@ void NetworkInfo::ended() {
 gboolean NetworkInfo::onRoutesChanged(int socket, GIOCondition, gpointer info) noexcept {
   char message[4096];  // what has changed does not matter
   while (recv(socket, message, sizeof message, 0) > 0) continue;
-  static_cast<NetworkInfo*>(info)->update();
+  auto& self = *static_cast<NetworkInfo*>(info);
+  self.update();
+  if (auto way = wayToInternet(); std::exchange(self.way_, way) != way) self.wayChanged_();
   return G_SOURCE_CONTINUE;
 }
 

@@ -5,8 +5,10 @@
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Network.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace velto::gtk {
 
@@ -14,7 +16,8 @@ namespace velto::gtk {
 // there, whether the kernel has a default route. Made and destroyed on the main thread.
 class NetworkInfo : public NetworkInformation, public BusService {
  public:
-  explicit NetworkInfo(MainQueue& mainQueue);
+  // Calls `wayChanged`, on the bus's thread, when the way to the internet has become another.
+  NetworkInfo(MainQueue& mainQueue, std::function<void()> wayChanged);
   ~NetworkInfo() override;
 
   // Null without a name.
@@ -37,9 +40,11 @@ class NetworkInfo : public NetworkInformation, public BusService {
   static gboolean onRoutesChanged(int socket, GIOCondition, gpointer info) noexcept;
 
   std::shared_ptr<Flags> flags_;
+  const std::function<void()> wayChanged_;
   // On the bus's thread only.
   std::optional<uint32_t> managed_;  // flags by NetworkManager
   int routes_ = -1;                  // the kernel tells of changes here
+  std::string way_;
   GSourceOwned routesChanged_;
 };
 

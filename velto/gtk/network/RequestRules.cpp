@@ -46,9 +46,13 @@ std::vector<std::string> headerLines(const HeaderFields& fields) {
 }
 
 std::string mappedAddress(const std::vector<HostMapping>& map, const NSURL& url) {
-  const std::string host = lowercased(url.host().value_or(""));
-  const auto found = std::find_if(map.begin(), map.end(),
-                                  [&](const HostMapping& mapping) { return matches(mapping.host, host); });
+  return mappedAddress(map, url.host().value_or(""));
+}
+
+std::string mappedAddress(const std::vector<HostMapping>& map, const std::string& host) {
+  const auto found = std::find_if(
+      map.begin(), map.end(),
+      [name = lowercased(host)](const HostMapping& mapping) { return matches(mapping.host, name); });
   return found == map.end() ? std::string() : found->address;
 }
 

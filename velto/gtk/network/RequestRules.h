@@ -20,5 +20,6 @@ std::vector<std::string> headerLines(const HeaderFields& fields);
 
 // The address that connections for the host go to instead; empty: none.
 std::string mappedAddress(const std::vector<HostMapping>& map, const NSURL& url);
+std::string mappedAddress(const std::vector<HostMapping>& map, const std::string& host);
 
 }  // namespace velto::gtk

@@ -5,8 +5,6 @@
 #include "velto/gtk/network/RequestRules.h"
 #include "velto/platform/Redirection.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 
 namespace velto::gtk {
@@ -44,11 +42,6 @@ NSErrorCause causeOf(CURLcode code) {
   }
 }
 
-// No process that the application starts, or the web engine, gets to hold a connection.
-curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
-  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-}
-
 }  // namespace
 
 Transfer::Transfer(NSURLRequest request, NSURLSession::Completion completion, const TransportOptions& options,
@@ -64,20 +57,13 @@ CURLcode Transfer::prepare() {
   if (!isToken(request_.httpMethod)) return CURLE_BAD_FUNCTION_ARGUMENT;
   if (!request_.url.scheme()) return CURLE_URL_MALFORMAT;  // libcurl would guess one
   CURL* easy = handle();
+  if (!easy) return CURLE_OUT_OF_MEMORY;
   curl_easy_reset(easy);
-  curl_easy_setopt(easy, CURLOPT_SHARE, share_);
+  setUpConnection(easy, request_.url, options_, share_, connectTo_);
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, detail_.data());
-  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
-  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a name server that does not answer holds nobody else up
-
-  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);  // rather share a connection than open another
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(options_.largestBody));
-  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, static_cast<long>(options_.requestTimeout.count()));
 
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::onHeaderLine);
   curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
@@ -88,7 +74,6 @@ CURLcode Transfer::prepare() {
   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
 
   setMethodAndBody();
-  setTarget();
   body_.clear();
   moved_ = 0;
   began_ = SystemClock().monotonicSeconds();
@@ -114,21 +99,6 @@ void Transfer::setMethodAndBody() {
     curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
   } else if (method != "GET") {
     curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method.c_str());
-  }
-}
-
-// Where the connection goes and whom it trusts. Names and certificates are always checked.
-void Transfer::setTarget() {
-  CURL* easy = handle();
-  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  if (!options_.caFile.empty()) {
-    curl_easy_setopt(easy, CURLOPT_CAINFO, options_.caFile.c_str());
-    curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);  // the system's authorities
-  }
-  if (const auto address = mappedAddress(options_.hostMap, request_.url); !address.empty()) {
-    connectTo_.reset(curl_slist_append(nullptr, ("::" + address).c_str()));
-    curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
-    curl_easy_setopt(easy, CURLOPT_PROXY, "");  // the address is meant as it stands
   }
 }
 

@@ -2,20 +2,14 @@
 // Transport thread.
 #pragma once
 
+#include "velto/gtk/network/Connection.h"
 #include "velto/gtk/network/ResponseHead.h"
-#include "velto/gtk/network/UrlSession.h"
-#include "velto/platform/foundation/GMemory.h"
-
-#include <curl/curl.h>
 
 #include <array>
 #include <chrono>
 #include <string>
 
 namespace velto::gtk {
-
-using CurlEasy = GOwned<CURL, curl_easy_cleanup>;
-using CurlList = GOwned<curl_slist, curl_slist_free_all>;
 
 class Transfer {
  public:
@@ -47,7 +41,6 @@ class Transfer {
   static int onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) noexcept;
 
   void setMethodAndBody();
-  void setTarget();
   void renewDeadline();
   size_t largestBody() const;
   std::shared_ptr<const NSURLResponse> response() const;

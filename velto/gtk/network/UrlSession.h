@@ -24,6 +24,8 @@ struct TransportOptions {
   size_t mostHeaderFields = 2000;          // of one answer
   std::filesystem::path caFile = {};  // certificate authorities instead of the system's; empty: the system's
   std::vector<HostMapping> hostMap = {};  // the first that matches counts
+  // Whether what `hostMap` does not name may be of the user's own network (LocalAddress.h).
+  bool mayReachLocalNetwork = false;
 };
 
 // Errors have the domain "libcurl" and libcurl's own codes (curl/curl.h, CURLcode). A body that the server
@@ -37,6 +39,14 @@ class UrlSession : public NSURLSession {
   ~UrlSession() override { stop(); }
 
   void dataTask(NSURLRequest request, Completion completion) override;
+  // One at a time: another takes the place of the last. With a server that speaks HTTP/1.1 the first request still has to
+  // connect, and finds the name, with TLS 1.2 the session, too. The connection goes after two minutes; libcurl would use it
+  // no more. TLS sessions end with the process: the libcurl of neither Debian release was built to hand them out.
+  Handle connectAhead(const NSURL& url) override;
+
+  // The machine's way to the network has changed: what is connected by the old one may be dead without anybody having
+  // heard of it, so the next request uses none of it. Any thread.
+  void networkChanged();
 
   // Ends all requests and destroys their completions uncalled, also those of requests made later. Returns
   // when the thread has ended; no completion runs any more. Never inside a completion.
@@ -48,15 +58,24 @@ class UrlSession : public NSURLSession {
     NSURLRequest request;
     Completion completion;
   };
+  struct Orders {
+    std::vector<Waiting> requests;
+    std::optional<NSURL> ahead;  // to be connected to
+  };
   void run();
-  std::optional<std::vector<Waiting>> takeWaiting(Exchange* exchange);
+  std::optional<Orders> takeOrders(Exchange& exchange);
+  void wake();
+  void letGo();
 
   const TransportOptions options_;
   std::mutex mutex_;
-  std::vector<Waiting> waiting_;
+  Orders orders_;
+  std::optional<NSURL> unused_;  // connected to ahead, and not asked for anything yet
+  bool isStale_ = false;         // no connection made so far is to be used any more
   bool stopping_ = false;
   Exchange* exchange_ = nullptr;  // while there is one to wake
   std::thread thread_;
+  std::shared_ptr<UrlSession> self_{this, [](UrlSession*) {}};  // handles have it weakly
 };
 
 }  // namespace velto::gtk

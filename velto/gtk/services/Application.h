@@ -33,6 +33,8 @@ class Application : public UIApplication {
   void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
                std::function<void(bool opened)> completion) override;
 
+  bool mayActForPage() const override { return touchGuard_.mayOpen(); }
+
   bool isProtectedDataAvailable() const override { return !locked_; }
   // By the session's lock; tells the library.
   void setLocked(bool locked, NSNotificationCenter& center);

@@ -1,6 +1,9 @@
 // GLib's structured log, and the trace file.
 #include "velto/gtk/services/DeveloperOutput.h"
 
+#include "velto/gtk/Modules.h"
+#include "velto/gtk/modules/Profiler.h"
+
 #include <fcntl.h>
 #include <glib.h>
 #include <unistd.h>
@@ -69,6 +72,18 @@ std::function<void(std::string_view)> DeveloperOutput::traceOutput() {
     return nullptr;
   }
   return [file](std::string_view piece) { file->write(piece); };
+}
+
+std::function<void(const ProfilerMark&)> DeveloperOutput::markOutput() {
+  constexpr double nanoseconds = 1e9;
+  const bool isProfiled = g_getenv(profilerVariable) != nullptr;
+  const auto mark =
+      isProfiled ? moduleFunction<ProfilerMarkFunction>(profilerModule, profilerMarkName) : nullptr;
+  if (!mark) return nullptr;
+  return [mark](const ProfilerMark& made) {
+    mark(static_cast<int64_t>(made.from * nanoseconds), static_cast<int64_t>(made.seconds * nanoseconds),
+         made.name.c_str(), made.text.c_str());
+  };
 }
 
 }  // namespace velto::gtk

@@ -53,9 +53,26 @@ off_t sizeOf(const std::filesystem::path& path) {
   return stat(path.c_str(), &facts) == 0 ? facts.st_size : 0;
 }
 
+// Whether other users of this machine can put anything there. Somebody who runs as root may do so for another.
+bool isOwn(const struct stat& facts) {
+  const uid_t user = geteuid();
+  return (facts.st_uid == user || user == 0) && (facts.st_mode & S_IWOTH) == 0;
+}
+
+// Where others can write, such as in a folder for temporary files, they have the last word about what is in the store, and
+// about which file a link leads to: nothing is told to such a place, nor believed of it.
+void requireOwn(const std::filesystem::path& path) {
+  struct stat folder = {};
+  struct stat file = {};
+  const bool isThere = lstat(path.c_str(), &file) == 0;
+  const bool isOwnFile = !isThere || (S_ISREG(file.st_mode) && isOwn(file));
+  if (stat(path.parent_path().c_str(), &folder) != 0 || !isOwn(folder) || !isOwnFile)
+    throw DatabaseError(SQLITE_PERM, "the store: " + path.string() + " is not this user's own");
+}
+
 // SQLite would make it readable for everybody; the files it puts beside take this one's rights.
 void makePrivateFile(const std::filesystem::path& path) {
-  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
   if (file >= 0) close(file);  // SQLite tells what is wrong
 }
 
@@ -77,19 +94,25 @@ int64_t singleNumber(const Database& database, const char* sql) {
 
 }  // namespace
 
+// Columns are named, and rows changed and not replaced: a later version may have more of them.
 struct DefaultsFile::Statements {
   explicit Statements(const Database& database)
       : version(database, "PRAGMA data_version"),
         read(database,
              "SELECT kind, value.content, entry.name, entry.content FROM value LEFT JOIN entry USING (key) "
              "WHERE value.key = ?"),
-        write(database, "INSERT OR REPLACE INTO value VALUES (?, ?, ?)"),
-        makeDictionary(
-            database,
-            "INSERT INTO value VALUES (?, ?, NULL) ON CONFLICT (key) DO UPDATE SET kind = excluded.kind,"
-            " content = NULL WHERE kind <> excluded.kind"),
+        write(database,
+              "INSERT INTO value(key, kind, content) VALUES (?, ?, ?) ON CONFLICT (key) DO UPDATE SET"
+              " kind = excluded.kind, content = excluded.content"),
+        makeDictionary(database,
+                       "INSERT INTO value(key, kind, content) VALUES (?, ?, NULL) ON CONFLICT (key) DO "
+                       "UPDATE SET kind = excluded.kind,"
+                       " content = NULL WHERE kind <> excluded.kind"),
         remove(database, "DELETE FROM value WHERE key = ?"),
-        writeEntry(database, "INSERT OR REPLACE INTO entry VALUES (?, ?, ?)"),
+        writeEntry(
+            database,
+            "INSERT INTO entry(key, name, content) VALUES (?, ?, ?) ON CONFLICT (key, name) DO UPDATE SET"
+            " content = excluded.content"),
         removeEntry(database, "DELETE FROM entry WHERE key = ? AND name = ?"),
         removeEntries(database, "DELETE FROM entry WHERE key = ?") {}
 
@@ -112,6 +135,7 @@ std::unique_ptr<DefaultsFile> DefaultsFile::open(const std::filesystem::path& pa
 }
 
 std::unique_ptr<DefaultsFile> DefaultsFile::openInAnyWay(const std::filesystem::path& path) {
+  requireOwn(path);
   makePrivateFile(path);
   try {
     return std::unique_ptr<DefaultsFile>(new DefaultsFile(path, path.string(), SQLITE_OPEN_READWRITE));

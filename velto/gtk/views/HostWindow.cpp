@@ -348,6 +348,7 @@ void HostWindow::followWidgets() {
   controller->view()->setFrame({{0, 0}, after});
   for (const auto& hostView : hostViews_) hostView->follow();
   const auto slots = slots_;
+  const ViewChanges::AsOne together;  // a list that scrolls moves all of them
   for (auto* slot : slots)
     if (std::find(slots_.begin(), slots_.end(), slot) != slots_.end()) slot->follow();
   if (!changes) return;

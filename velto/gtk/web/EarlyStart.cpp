@@ -1,4 +1,4 @@
-// Waiting for the application's first frame, then the engine's parts one by one.
+// Waiting for the application's first frame.
 #include "velto/gtk/web/EarlyStart.h"
 
 #include "velto/gtk/web/WebSession.h"
@@ -10,8 +10,9 @@ namespace {
 constexpr guint earlyLife = 300;  // seconds
 }
 
-void EarlyStart::expect() {
-  if (isOver_ || engine_ || idle_ || !signals_.empty()) return;
+void EarlyStart::expect(std::function<Handle()> meanwhile) {
+  if (isOver_ || engine_ || !signals_.empty()) return;
+  meanwhile_ = std::move(meanwhile);
   watchWindows();
 }
 
@@ -24,9 +25,8 @@ std::shared_ptr<PreparedEngine> EarlyStart::take() {
 void EarlyStart::stop() {
   isOver_ = true;
   signals_.clear();
-  if (idle_) g_source_remove(std::exchange(idle_, 0));
   engine_.reset();
-  context_.reset();
+  companion_.cancel();
 }
 
 void EarlyStart::watchWindows() {
@@ -39,7 +39,7 @@ void EarlyStart::watchWindows() {
       watchFrames(window);
     else
       signals_.emplace_back(window.get(), "realize", G_CALLBACK(windowRealized), this);
-    if (idle_) return;
+    if (engine_) return;
   }
 }
 
@@ -66,33 +66,22 @@ void EarlyStart::framePainted(GdkFrameClock*, EarlyStart* self) noexcept {
 
 void EarlyStart::afterFirstFrame() {
   signals_.clear();
-  idle_ = g_idle_add_full(G_PRIORITY_LOW, idle, this, nullptr);
+  const guint source = g_idle_add_full(G_PRIORITY_LOW, idle, this, nullptr);
+  companion_ = Handle([source] { g_source_remove(source); });
+  engine_ = std::make_shared<PreparedEngine>(session_, earlyLife);
+  const auto memory = GPtr<GMemoryMonitor>::adopt(g_memory_monitor_dup_default());
+  signals_.emplace_back(memory.get(), "low-memory-warning", G_CALLBACK(memoryIsShort), this);
 }
 
 gboolean EarlyStart::idle(gpointer self) noexcept {
-  auto& start = *static_cast<EarlyStart*>(self);
-  start.bringUpNext();
-  if (!start.engine_) return G_SOURCE_CONTINUE;
-  start.idle_ = 0;
+  auto& early = *static_cast<EarlyStart*>(self);
+  early.companion_ = early.meanwhile_();
   return G_SOURCE_REMOVE;
-}
-
-// Each part in a turn of its own, so that nothing of the application waits for all of them.
-void EarlyStart::bringUpNext() {
-  if (!session_->isStarted()) {
-    session_->network();
-  } else if (!context_) {
-    context_ = session_->context();
-  } else {
-    engine_ = std::make_shared<PreparedEngine>(*session_, earlyLife);
-    context_.reset();
-    const auto memory = GPtr<GMemoryMonitor>::adopt(g_memory_monitor_dup_default());
-    signals_.emplace_back(memory.get(), "low-memory-warning", G_CALLBACK(memoryIsShort), this);
-  }
 }
 
 void EarlyStart::memoryIsShort(GMemoryMonitor*, GMemoryMonitorWarningLevel, EarlyStart* self) noexcept {
   const auto gone = std::move(self->engine_);
+  self->companion_.cancel();
   self->isOver_ = true;
 }
 

@@ -5,9 +5,11 @@
 
 #include "velto/gtk/Signal.h"
 #include "velto/gtk/web/WebProcesses.h"
+#include "velto/platform/Handle.h"
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,8 +22,9 @@ class EarlyStart {
   EarlyStart& operator=(const EarlyStart&) = delete;
   ~EarlyStart() { stop(); }
 
-  // An ad will probably be asked for. Only the first call counts.
-  void expect();
+  // An ad will probably be asked for. Only the first call counts. `meanwhile` is called when the process begins to start;
+  // what it returns goes when that is taken or given back.
+  void expect(std::function<Handle()> meanwhile);
   // The first ad is asked for: what has been brought up, or null. From now on ads bring up what they need.
   std::shared_ptr<PreparedEngine> take();
 
@@ -34,15 +37,14 @@ class EarlyStart {
   void watchWindows();
   void watchFrames(GtkWidget* window);
   void afterFirstFrame();
-  void bringUpNext();
   void stop();
 
   std::shared_ptr<WebSession> session_;
   bool isOver_ = false;
   std::vector<Signal> signals_;  // of windows until the first frame, then of the machine's memory
-  guint idle_ = 0;
-  GPtr<WebKitWebContext> context_;
   std::shared_ptr<PreparedEngine> engine_;
+  std::function<Handle()> meanwhile_;
+  Handle companion_;  // what that returned; until it is called, the call
 };
 
 }  // namespace velto::gtk

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
+#include <utility>
 
 namespace velto::gtk {
 
@@ -17,23 +19,22 @@ class TouchGuard {
   // While one lives, what is opened is opened for a page.
   class Acting {
    public:
-    Acting(TouchGuard& guard, bool mayOpen) : guard_(guard), before_(guard.mayOpen_) {
-      guard_.mayOpen_ = mayOpen;
-    }
+    Acting(TouchGuard& guard, bool mayOpen)
+        : mayOpen_(guard.mayOpen_), before_(std::exchange(*mayOpen_, mayOpen)) {}
     Acting(const Acting&) = delete;
     Acting& operator=(const Acting&) = delete;
-    ~Acting() { guard_.mayOpen_ = before_; }
+    ~Acting() { *mayOpen_ = before_; }
 
    private:
-    TouchGuard& guard_;
-    bool before_;
+    const std::shared_ptr<bool> mayOpen_;  // a delegate that the page's act leads to may end the platform
+    const bool before_;
   };
 
-  bool mayOpen() const { return !on_ || mayOpen_; }
+  bool mayOpen() const { return !on_ || *mayOpen_; }
 
  private:
   bool on_;
-  bool mayOpen_ = true;  // the application itself
+  std::shared_ptr<bool> mayOpen_ = std::make_shared<bool>(true);  // the application itself
 };
 
 }  // namespace velto::gtk

@@ -1,8 +1,32 @@
 // Guards: settings, and a "no" to whatever a page asks of a person.
 #include "velto/gtk/web/WebGuards.h"
 
+#include "velto/platform/foundation/GMemory.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 namespace velto::gtk {
 namespace {
+
+// What of the web's interfaces is of no use to an advertisement, but for learning about a person, or for staying when it is
+// gone. Names resolved ahead are resolved by the engine, outside the gate.
+void turnOff(WebKitSettings* settings) {
+#if WEBKIT_CHECK_VERSION(2, 42, 0)
+  constexpr std::array<std::string_view, 9> unwanted{"AsyncClipboardAPI", "Gamepads",       "GeolocationAPI",
+                                                     "LinkDNSPrefetch",   "Notifications",  "PointerLock",
+                                                     "ScreenWakeLockAPI", "ServiceWorkers", "SharedWorker"};
+  static const GOwned<WebKitFeatureList, webkit_feature_list_unref> all(webkit_settings_get_all_features());
+  for (gsize i = 0; i < webkit_feature_list_get_length(all.get()); ++i) {
+    auto* feature = webkit_feature_list_get(all.get(), i);
+    if (std::find(unwanted.begin(), unwanted.end(), webkit_feature_get_identifier(feature)) != unwanted.end())
+      webkit_settings_set_feature_enabled(settings, feature, FALSE);
+  }
+#else
+  static_cast<void>(settings);
+#endif
+}
 
 // Whoever answers TRUE has dealt with the matter, so the engine does nothing of its own.
 gboolean refuseMenu(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*) noexcept {
@@ -57,8 +81,10 @@ void guardWebView(WebKitWebView* view) {
                "enable-back-forward-navigation-gestures", FALSE,    //
                "enable-fullscreen", FALSE,                          //
                "enable-media-stream", FALSE,                        //
+               "enable-webrtc", FALSE,                              // connections past the gate
                "enable-page-cache", FALSE,                          // an ad is never returned to
                nullptr);
+  turnOff(webkit_web_view_get_settings(view));
   g_signal_connect(view, "context-menu", G_CALLBACK(refuseMenu), nullptr);
   g_signal_connect(view, "print", G_CALLBACK(refusePrint), nullptr);
   g_signal_connect(view, "enter-fullscreen", G_CALLBACK(refuseFullscreen), nullptr);

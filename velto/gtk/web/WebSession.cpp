@@ -1,7 +1,9 @@
 // The library's web session, and what can be asked of its data.
 #include "velto/gtk/web/WebSession.h"
 
-#include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/Modules.h"
+#include "velto/gtk/modules/PageMessages.h"
+#include "velto/gtk/network/NetworkGate.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
@@ -85,7 +87,8 @@ std::vector<std::string> WebsiteDataStore::allWebsiteDataTypes() const {
 
 void WebsiteDataStore::fetchDataRecordsOfTypes(
     const std::vector<std::string>& types, std::function<void(std::vector<WKWebsiteDataRecord>)> completion) {
-  if (!session_->isStarted()) {  // nothing can be there, and asking would start the engine
+  // Nothing can be there, and asking would start the engine or wait for its start.
+  if (!*session_->hadPages()) {
     Platform::current().mainQueue().post([completion = std::move(completion)] { completion({}); });
     return;
   }
@@ -138,7 +141,7 @@ void WebsiteDataStore::removed(GObject* manager, GAsyncResult* result, gpointer 
 }
 
 void WebsiteDataStore::removeCookiesSinceDate(double seconds) {
-  if (!session_->isStarted()) return;
+  if (!*session_->hadPages()) return;
   // The engine counts back from now and takes 0 for all time.
   const double span = static_cast<double>(g_get_real_time()) - seconds * G_USEC_PER_SEC;
   if (span <= 0) return;
@@ -148,7 +151,7 @@ void WebsiteDataStore::removeCookiesSinceDate(double seconds) {
 
 }  // namespace
 
-WebSession::WebSession(const Options&) {
+WebSession::WebSession(std::shared_ptr<NetworkGate> gate) : gate_(std::move(gate)) {
   g_weak_ref_init(&context_, nullptr);
 }
 WebSession::~WebSession() {
@@ -160,6 +163,11 @@ WebKitNetworkSession* WebSession::network() {
     network_ = GPtr<WebKitNetworkSession>::adopt(webkit_network_session_new_ephemeral());
     webkit_network_session_set_tls_errors_policy(network_, WEBKIT_TLS_ERRORS_POLICY_FAIL);
     g_signal_connect(network_, "download-started", G_CALLBACK(refuseDownload), nullptr);
+    if (const auto& gate = gate_->address(); !gate.empty()) {
+      const GOwned<WebKitNetworkProxySettings, webkit_network_proxy_settings_free> proxy(
+          webkit_network_proxy_settings_new(gate.c_str(), nullptr));
+      webkit_network_session_set_proxy_settings(network_, WEBKIT_NETWORK_PROXY_MODE_CUSTOM, proxy.get());
+    }
   }
   return network_;
 }
@@ -171,6 +179,9 @@ GPtr<WebKitWebContext> WebSession::context() {
     // A browser's caches keep the processes of sites that were
     // left, in case somebody goes back. Nobody goes back to an ad.
     webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+    const auto folder = findModuleFile(page::moduleFile).parent_path();
+    webkit_web_context_add_path_to_sandbox(context, folder.c_str(), TRUE);
+    webkit_web_context_set_web_process_extensions_directory(context, folder.c_str());
     g_weak_ref_set(&context_, context.get());
   }
   return context;

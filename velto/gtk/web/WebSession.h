@@ -13,12 +13,12 @@ typedef struct _WebKitWebContext WebKitWebContext;
 
 namespace velto::gtk {
 
-struct Options;
+class NetworkGate;
 
 class WebSession {
  public:
   // Costs nothing: the engine starts with the first use of one of the two below.
-  explicit WebSession(const Options& options);
+  explicit WebSession(std::shared_ptr<NetworkGate> gate);
   WebSession(const WebSession&) = delete;
   WebSession& operator=(const WebSession&) = delete;
   ~WebSession();
@@ -27,11 +27,14 @@ class WebSession {
   // The web processes that belong to it. It goes with the last view that was made in it, and with it a
   // process that the engine may have brought up for a site to come.
   GPtr<WebKitWebContext> context();
-  // Whether anything can have left data behind.
   bool isStarted() const { return static_cast<bool>(network_); }
+  // Whether anything can have left data behind; set by web processes.
+  const std::shared_ptr<bool>& hadPages() const { return hadPages_; }
 
  private:
+  const std::shared_ptr<NetworkGate> gate_;  // through which all goes that pages ask for
   GPtr<WebKitNetworkSession> network_;
+  const std::shared_ptr<bool> hadPages_ = std::make_shared<bool>(false);
   GWeakRef context_;
 };
 

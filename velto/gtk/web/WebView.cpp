@@ -8,6 +8,7 @@
 #include "velto/platform/ui/WKWebView.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace velto::gtk {
 namespace {
@@ -36,7 +37,8 @@ void keepFocusOutOfHelpers(GtkWidget* view) {
     if (GTK_IS_TEXT_VIEW(child)) gtk_widget_set_can_focus(child, FALSE);
 }
 
-NSErrorCause causeOf(WebKitWebProcessTerminationReason reason) {
+NSErrorCause causeOf(WebKitWebProcessTerminationReason reason, const WebProcess& process) {
+  if (process.isHung()) return NSErrorCause::ProcessHung;
   if (reason == WEBKIT_WEB_PROCESS_CRASHED) return NSErrorCause::ProcessCrashed;
   return reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? NSErrorCause::ProcessOutOfMemory
                                                             : NSErrorCause::ProcessEnded;
@@ -58,14 +60,18 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
       wheel_(engine_.view, widget()),
       touch_(engine_.view, [this] { lastTouch_ = touchBefore_; }),
       focus_(engine_.view),
+      sight_(engine_.view, widget()),
+      cost_(engine_.view),
       commands_(std::make_shared<CommandQueue>(
-          [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })) {
+          [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })),
+      flood_([this] { endFlood(); }) {
   auto* view = engine_.view.get();
   guardWebView(view);
   addPageUseScript(webkit_web_view_get_user_content_manager(view));
   configure(configuration);
   auto* manager = webkit_web_view_get_user_content_manager(view);
   g_signal_connect(manager, messageSignal, G_CALLBACK(messageReceived), this);
+  g_signal_connect_swapped(manager, "script-message-received", G_CALLBACK(said), this);
   webkit_user_content_manager_register_script_message_handler(manager, messageHandler, nullptr);
   // On the engine's own widget: what lies above it, such as a close button, is not the page.
   touches_ = gtk_event_controller_legacy_new();
@@ -74,15 +80,19 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
   gtk_widget_add_controller(GTK_WIDGET(view), touches_);
   g_signal_connect(view, "decide-policy", G_CALLBACK(decidePolicy), this);
   g_signal_connect(view, "create", G_CALLBACK(createView), this);
+  g_signal_connect_swapped(view, "notify::uri", G_CALLBACK(said), this);
   g_signal_connect(view, "load-changed", G_CALLBACK(loadChanged), this);
   g_signal_connect(view, "load-failed", G_CALLBACK(loadFailed), this);
   g_signal_connect(view, "load-failed-with-tls-errors", G_CALLBACK(loadFailedWithTLSErrors), this);
   g_signal_connect(view, "web-process-terminated", G_CALLBACK(processTerminated), this);
+  g_signal_connect(view, "notify::is-web-process-responsive", G_CALLBACK(responsivenessChanged), this);
   gtk_widget_set_parent(GTK_WIDGET(view), widget());
   keepFocusOutOfHelpers(GTK_WIDGET(view));
+  if (!engine_.warm) processStart_ = g_idle_add_full(G_PRIORITY_LOW, waitsForPage, this, nullptr);
 }
 
 WebView::~WebView() {
+  waitNoMore();
   commands_->close();
   auto* manager = webkit_web_view_get_user_content_manager(engine_.view);
   webkit_user_content_manager_unregister_script_message_handler(manager, messageHandler, nullptr);
@@ -120,8 +130,10 @@ void WebView::addUserScript(const WKUserScript& script) {
   webkit_user_content_manager_add_script(webkit_web_view_get_user_content_manager(engine_.view), made.get());
 }
 
-bool WebView::canShareProcess() const {
-  return load_ != Load::None && engine_.process->hasRoom() &&
+bool WebView::canShareProcess(const std::string& site) const {
+  const bool isAlone = engine_.process.use_count() == 1;
+  const bool isOfSite = !site.empty() && engine_.process->site() == site;
+  return load_ != Load::None && engine_.process->hasRoom() && (isAlone || isOfSite) &&
          webkit_web_view_get_is_web_process_responsive(engine_.view);
 }
 
@@ -148,19 +160,39 @@ void WebView::setScrollBehavior(const ScrollBehavior& behavior) {
   }
 }
 
+// An ad that is shown later has its process by then.
+gboolean WebView::waitsForPage(gpointer self) noexcept {
+  auto& view = *static_cast<WebView*>(self);
+  view.processStart_ = 0;
+  view.engine_.startProcess();
+  return G_SOURCE_REMOVE;
+}
+
+void WebView::waitNoMore() {
+  if (processStart_) g_source_remove(std::exchange(processStart_, 0));
+}
+
 // --- loading -------------------------------------------------------------------------------------------
 
 void WebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
   const std::string base = baseURL && !isFile(baseURL->absoluteString()) ? baseURL->absoluteString() : "";
-  if (engine_.process->hasEnded()) engine_.process = std::make_shared<WebProcess>();
+  if (engine_.process->hasEnded()) {
+    engine_.process = engine_.process->next();
+    engine_.process->add(engine_.view);
+  }
   engine_.process->adLoaded();
+  scripts_->flush();  // to the page that goes
+  waitNoMore();
+  cost_.loadBegins();
   load_ = Load::Requested;
   ownNavigations_.push_back(base.empty() ? emptyAddress : engineSpelling(base));
   // By bytes with their length: markup may hold a zero, and may be large. No bytes at all the engine refuses.
   const std::string_view markup = html.empty() ? "\n" : std::string_view(html);
   const GOwned<GBytes, g_bytes_unref> bytes(g_bytes_new(markup.data(), markup.size()));
-  webkit_web_view_load_bytes(engine_.view, bytes.get(), "text/html", "UTF-8",
-                             base.empty() ? nullptr : base.c_str());
+  engine_.process->startIn([&] {
+    webkit_web_view_load_bytes(engine_.view, bytes.get(), "text/html", "UTF-8",
+                               base.empty() ? nullptr : base.c_str());
+  });
   engine_.related = {};  // its process is shared from here on
 }
 
@@ -172,9 +204,13 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       break;
     case WEBKIT_LOAD_COMMITTED:
       self->commands_->clear();
+      self->flood_.begin();
       self->scripts_->documentChanged();
       self->wheel_.documentChanged();
+      self->sight_.dropPicture();
       self->engine_.process->pageArrived();
+      self->engine_.process->forgive();
+      self->cost_.pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
@@ -204,6 +240,10 @@ gboolean WebView::loadFailedWithTLSErrors(WebKitWebView*, const char* address, G
   return TRUE;
 }
 
+void WebView::responsivenessChanged(WebKitWebView* view, GParamSpec*, WebView* self) noexcept {
+  if (!webkit_web_view_get_is_web_process_responsive(view)) self->engine_.process->fellSilent();
+}
+
 // The engine starts another process by itself for the next load.
 void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
                                 WebView* self) noexcept {
@@ -211,7 +251,14 @@ void WebView::processTerminated(WebKitWebView*, WebKitWebProcessTerminationReaso
   self->engine_.process->ended();
   self->ownNavigations_.clear();
   self->scripts_->processEnded();
-  if (self->load_ != Load::None) self->fail({"WebProcess", reason, "The web process ended", causeOf(reason)});
+  if (self->load_ != Load::None)
+    self->fail({"WebProcess", reason, "The web process ended", causeOf(reason, *self->engine_.process)});
+}
+
+// It cannot be asked to stop: it hears of nothing before its script is done.
+void WebView::endFlood() {
+  commands_->clear();
+  webkit_web_view_terminate_web_process(engine_.view);
 }
 
 // Once for each load, whatever else the engine tells of it.
@@ -224,6 +271,7 @@ void WebView::fail(const NSError& error) {
 
 gboolean WebView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                WebView* self) noexcept {
+  self->flood_.hear();
   if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
     self->decideNavigation(decision, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION);
     return TRUE;
@@ -273,6 +321,7 @@ bool WebView::isOwnNavigation(const WKNavigationAction& action, const std::strin
 
 // window.open() asks here only. The delegate hears of it, since it may be a command; a window there is never.
 GtkWidget* WebView::createView(WebKitWebView*, WebKitNavigationAction* action, WebView* self) noexcept {
+  self->flood_.hear();
   const std::string address = addressOf(action);
   const auto view = self->owner();
   const WKNavigationAction other{navigationAction(action).requestURL, WKNavigationType::Other};
@@ -295,8 +344,10 @@ void WebView::messageReceived(WebKitUserContentManager*, JSCValue* message, WebV
   const auto view = self->owner();
   const GText text(jsc_value_is_string(message) ? jsc_value_to_string(message) : nullptr);
   if (!text) return;
-  const std::string address = text.get();
-  if (!isLoadable(address) && !isFile(address)) self->command({urlFrom(address), WKNavigationType::Other});
+  std::istringstream lines(text.get());
+  for (std::string address; std::getline(lines, address);)
+    if (!isLoadable(address) && !isFile(address)) self->command({urlFrom(address), WKNavigationType::Other});
+  self->scripts_->flush();  // the page waits for the answer
 }
 
 WKNavigationActionPolicy WebView::ask(const WKNavigationAction& action, bool mayOpen) {
@@ -322,6 +373,14 @@ gboolean WebView::touched(GtkEventController*, GdkEvent* event, WebView* self) n
       break;
   }
   return FALSE;
+}
+
+WebPageUse WebView::use() const {
+  auto use = cost_.use(engine_.process);
+  use.touched = lastTouch_.has_value();
+  use.isShared = use.pages > 1 && !engine_.process->site().empty();
+  use.hidden = sight_.isHidden() && (!use.isShared || engine_.process->areAllHidden());
+  return use;
 }
 
 bool WebView::wasTouched() const {

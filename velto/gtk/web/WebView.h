@@ -5,8 +5,11 @@
 
 #include "velto/gtk/views/Peer.h"
 #include "velto/gtk/web/CommandQueue.h"
+#include "velto/gtk/web/FloodGuard.h"
+#include "velto/gtk/web/PageCost.h"
 #include "velto/gtk/web/PageFocus.h"
 #include "velto/gtk/web/PageScripts.h"
+#include "velto/gtk/web/PageSight.h"
 #include "velto/gtk/web/TouchShare.h"
 #include "velto/gtk/web/WebProcesses.h"
 #include "velto/gtk/web/WheelShare.h"
@@ -39,8 +42,13 @@ class WebView final : public Peer, public WebViewPeer {
 
   const Engine& engine() const { return engine_; }
   bool hasWarmProcess() const override { return engine_.warm; }
-  // Whether another view would do well to share this one's process.
-  bool canShareProcess() const;
+  WebPageUse use() const override;
+  Handle afterUse(double processorSeconds, std::function<void()> then) override {
+    return cost_.afterUse(*engine_.process, processorSeconds, std::move(then));
+  }
+  void setInSight(bool inSight) override { sight_.set(inSight); }
+  // Whether the view that takes this one's place would do well to share its process.
+  bool canShareProcess(const std::string& site) const;
 
  private:
   // Where the latest load stands. Events of an older one, still under way, belong to nobody any more.
@@ -54,9 +62,11 @@ class WebView final : public Peer, public WebViewPeer {
                              WebView* self) noexcept;
   static gboolean loadFailedWithTLSErrors(WebKitWebView*, const char* address, GTlsCertificate*,
                                           GTlsCertificateFlags, WebView* self) noexcept;
+  static void responsivenessChanged(WebKitWebView* view, GParamSpec*, WebView* self) noexcept;
   static void processTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
                                 WebView* self) noexcept;
 
+  static void said(WebView* self) noexcept { self->flood_.hear(); }
   static void messageReceived(WebKitUserContentManager*, JSCValue* message, WebView* self) noexcept;
   static gboolean touched(GtkEventController*, GdkEvent* event, WebView* self) noexcept;
 
@@ -67,16 +77,23 @@ class WebView final : public Peer, public WebViewPeer {
   void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
   bool isOwnNavigation(const WKNavigationAction& action, const std::string& address);
   void fail(const NSError& error);
+  void endFlood();
   std::shared_ptr<WKWebView> owner() const;
+  static gboolean waitsForPage(gpointer self) noexcept;
+  void waitNoMore();
 
   Engine engine_;
+  guint processStart_ = 0;  // while the first page may yet come before it
   std::shared_ptr<PageScripts> scripts_;
   WheelShare wheel_;
   TouchShare touch_;
   PageFocus focus_;
+  PageSight sight_;
+  PageCost cost_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
   std::shared_ptr<CommandQueue> commands_;
+  FloodGuard flood_;
   GtkEventController* touches_ = nullptr;  // the engine view's
   std::optional<gint64> lastTouch_;        // monotonic, microseconds
   std::optional<gint64> touchBefore_;      // the finger that is down

@@ -65,6 +65,19 @@ Answer Answer::offline() {
   return failure({"NSURLErrorDomain", -1009, "The Internet connection appears to be offline."});
 }
 
+Answer Answer::captivePortal() {
+  return {.headers = {{"Content-Type", "text/html"}},
+          .body = "<html><body><form action='/login'>Welcome to the network</form></body></html>"};
+}
+
+Answer Answer::untrusted() {
+  return failure({"NSURLErrorDomain", -1202, "The certificate for this server is invalid."});
+}
+
+Answer Answer::silence() {
+  return failedAfter(std::chrono::seconds(60), {"NSURLErrorDomain", -1001, "The request timed out."});
+}
+
 Answer Answer::withoutData() {
   Answer answer;
   answer.body.reset();
@@ -145,6 +158,11 @@ std::vector<std::shared_ptr<ScriptedTask>> ScriptedURLSession::pending() const {
   return tasks;
 }
 
+void ScriptedURLSession::forgetAnswered() {
+  std::lock_guard lock(*mutex_);
+  std::erase_if(tasks_, [](const auto& task) { return !task->session_; });
+}
+
 std::vector<NSURLRequest> ScriptedURLSession::requests(const std::string& urlPart) const {
   std::vector<NSURLRequest> found;
   for (const auto& task : tasks())
@@ -189,6 +207,14 @@ std::optional<Answer> ScriptedURLSession::answerFor(const NSURLRequest& request)
 bool ScriptedURLSession::isReused(const NSURLRequest& request) {
   std::lock_guard lock(*mutex_);
   return !connectedHosts_.insert(request.url.host().value_or("")).second;
+}
+
+Handle ScriptedURLSession::connectAhead(const NSURL& url) {
+  queue_->requireMain("NSURLSession::connectAhead");
+  std::lock_guard lock(*mutex_);
+  connectedHosts_.insert(url.host().value_or(""));
+  connectedAhead_.push_back(url);
+  return {};
 }
 
 void ScriptedURLSession::finish(const NSURLRequest& request, const Answer& answer, Completion completion,

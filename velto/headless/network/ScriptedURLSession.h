@@ -31,6 +31,12 @@ struct VELTO_EXPORT Answer {
   // No connection to the server, as a phone out of coverage reports it.
   static Answer offline();
   static Answer withoutData();
+  // No server of ours answers, but the network itself, with a page to log in at; over HTTPS it can only offer a
+  // certificate that is not the server's.
+  static Answer captivePortal();
+  static Answer untrusted();
+  // Nobody answers for as long as transports wait.
+  static Answer silence();
 };
 
 // One request on its way. Shared by the session and the test.
@@ -80,10 +86,16 @@ class VELTO_EXPORT ScriptedURLSession : public NSURLSession {
   // answer.
   std::vector<std::shared_ptr<ScriptedTask>> tasks() const;
   std::vector<std::shared_ptr<ScriptedTask>> pending() const;
+  // For long simulations: those that were answered are let go of.
+  void forgetAnswered();
   // The requests whose URL contains the text.
   std::vector<NSURLRequest> requests(const std::string& urlPart = "") const;
 
+  // The servers that connections were opened to ahead of requests. Such a connection is there for the next request.
+  const std::vector<NSURL>& connectedAhead() const { return connectedAhead_; }
+
   void dataTask(NSURLRequest request, Completion completion) override;
+  Handle connectAhead(const NSURL& url) override;
 
  private:
   friend class ScriptedTask;
@@ -102,6 +114,7 @@ class VELTO_EXPORT ScriptedURLSession : public NSURLSession {
   std::vector<Rule> rules_;
   std::vector<Rule> queued_;
   std::set<std::string> connectedHosts_;
+  std::vector<NSURL> connectedAhead_;
   std::vector<std::shared_ptr<ScriptedTask>> tasks_;
 };
 

@@ -14,6 +14,7 @@ namespace velto::headless {
 class VELTO_EXPORT RecordingDiagnostics : public Diagnostics {
  public:
   void keepLog() { keepsLog_ = true; }
+  void keepMarks() { keepsMarks_ = true; }
   void keepTrace() { trace_ = std::make_shared<std::string>(); }
 
   std::vector<LogLine> lines() const {
@@ -23,10 +24,22 @@ class VELTO_EXPORT RecordingDiagnostics : public Diagnostics {
   // All that was written so far, also once the platform has gone. Null unless it is kept.
   std::shared_ptr<const std::string> trace() const { return trace_; }
 
+  std::vector<ProfilerMark> marks() const {
+    std::lock_guard lock(mutex_);
+    return marks_;
+  }
+
   bool wants(LogLevel) const override { return keepsLog_; }
   void log(const LogLine& line) override {
     std::lock_guard lock(mutex_);
     lines_.push_back(line);
+  }
+  std::function<void(const ProfilerMark&)> markOutput() override {
+    if (!keepsMarks_) return nullptr;
+    return [this](const ProfilerMark& mark) {
+      std::lock_guard lock(mutex_);
+      marks_.push_back(mark);
+    };
   }
   std::function<void(std::string_view)> traceOutput() override {
     if (!trace_) return nullptr;
@@ -35,7 +48,8 @@ class VELTO_EXPORT RecordingDiagnostics : public Diagnostics {
 
  private:
   mutable std::mutex mutex_;
-  bool keepsLog_ = false;
+  bool keepsLog_ = false, keepsMarks_ = false;
+  std::vector<ProfilerMark> marks_;
   std::vector<LogLine> lines_;
   std::shared_ptr<std::string> trace_;
 };

@@ -38,8 +38,9 @@ bool ScriptedApplication::canOpenURL(const NSURL& url) const {
 
 void ScriptedApplication::openURL(const NSURL& url, const std::map<std::string, std::string>& options,
                                   std::function<void(bool)> completion) {
-  const bool opens = canOpenURL(url);
-  opened.push_back({url, options});
+  const bool refuses = pagesNeedTouch_ && *untouchedPage_;
+  const bool opens = !refuses && canOpenURL(url);
+  (refuses ? refused : opened).push_back({url, options});
   if (completion) queue_->post([completion = std::move(completion), opens] { completion(opens); });
 }
 

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace velto::headless {
@@ -23,7 +24,8 @@ class VELTO_EXPORT ScriptedApplication : public UIApplication {
   explicit ScriptedApplication(std::shared_ptr<VirtualQueue> queue);
 
   std::set<std::string> schemes{"http", "https"};  // what some application on the device opens, in lower case
-  std::vector<OpenedURL> opened;  // every URL that was to be opened, in order, also those nobody opens
+  std::vector<OpenedURL> opened;   // every URL that was to be opened, in order, also those nobody opens
+  std::vector<OpenedURL> refused;  // what pages wanted to open untouched
   bool reduceTransparency = false;
   double scaleOfText = 1;
   int rotationAttempts = 0;
@@ -32,6 +34,22 @@ class VELTO_EXPORT ScriptedApplication : public UIApplication {
   void enterBackground();
   void enterForeground();
   void setLocked(bool locked);
+  // While true, what a page asks for is only opened within two seconds after a person touched it.
+  void setPagesNeedTouch(bool need) { pagesNeedTouch_ = need; }
+
+  // For web views: while one lives, what is opened is opened for a page.
+  class PageActs {
+   public:
+    PageActs(const ScriptedApplication& application, bool isTouched)
+        : untouched_(application.untouchedPage_), before_(std::exchange(*untouched_, !isTouched)) {}
+    PageActs(const PageActs&) = delete;
+    PageActs& operator=(const PageActs&) = delete;
+    ~PageActs() { *untouched_ = before_; }
+
+   private:
+    const std::shared_ptr<bool> untouched_;  // the application may go meanwhile
+    const bool before_;
+  };
 
   using UIApplication::openURL;
   bool canOpenURL(const NSURL& url) const override;
@@ -44,6 +62,8 @@ class VELTO_EXPORT ScriptedApplication : public UIApplication {
 
  private:
   bool locked_ = false;
+  bool pagesNeedTouch_ = false;
+  std::shared_ptr<bool> untouchedPage_ = std::make_shared<bool>(false);  // acts at the moment
   std::shared_ptr<VirtualQueue> queue_;
 };
 

@@ -5,13 +5,43 @@
 
 namespace velto::headless {
 
-void MemoryDefaults::requireWritable() const {
-  if (failing_) throw std::runtime_error("the store cannot be written");
+void MemoryDefaults::requireWritable() {
+  if (!writesLeft_) return;
+  if (*writesLeft_ == 0) throw std::runtime_error("the store cannot be written");
+  --*writesLeft_;
+}
+
+void MemoryDefaults::changed(const std::string& key) {
+  const auto found = values_.find(key);
+  known_[key] = found == values_.end() ? std::nullopt : std::optional(found->second);
+  ++writes_;
 }
 
 void MemoryDefaults::failWrites(bool fail) {
   std::lock_guard lock(mutex_);
-  failing_ = fail;
+  writesLeft_ = fail ? std::optional<size_t>(0) : std::nullopt;
+}
+
+void MemoryDefaults::failWritesAfter(size_t calls) {
+  std::lock_guard lock(mutex_);
+  writesLeft_ = calls;
+}
+
+void MemoryDefaults::failReads(bool fail) {
+  std::lock_guard lock(mutex_);
+  readsFail_ = fail;
+}
+
+void MemoryDefaults::breakFile() {
+  std::lock_guard lock(mutex_);
+  values_.clear();
+  for (const auto& [key, value] : known_)
+    if (value) values_.emplace(key, *value);
+}
+
+void MemoryDefaults::relaunched() {
+  std::lock_guard lock(mutex_);
+  known_.clear();
 }
 
 size_t MemoryDefaults::writes() const {
@@ -31,22 +61,26 @@ std::map<std::string, DefaultsValue> MemoryDefaults::entries() const {
 
 std::optional<DefaultsValue> MemoryDefaults::objectForKey(const std::string& key) const {
   std::lock_guard lock(mutex_);
+  if (readsFail_) {
+    const auto known = known_.find(key);
+    return known == known_.end() ? std::nullopt : known->second;
+  }
   const auto found = values_.find(key);
-  return found == values_.end() ? std::nullopt : std::optional(found->second);
+  return known_[key] = found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void MemoryDefaults::setObject(const std::string& key, const DefaultsValue& value) {
   std::lock_guard lock(mutex_);
   requireWritable();
   values_.insert_or_assign(key, value);
-  ++writes_;
+  changed(key);
 }
 
 void MemoryDefaults::removeObjectForKey(const std::string& key) {
   std::lock_guard lock(mutex_);
   requireWritable();
   values_.erase(key);
-  ++writes_;
+  changed(key);
 }
 
 void MemoryDefaults::setEntry(const std::string& key, const std::string& entry,
@@ -60,7 +94,7 @@ void MemoryDefaults::setEntry(const std::string& key, const std::string& entry,
     dictionary[entry] = *value;
   else
     dictionary.erase(entry);
-  ++writes_;
+  changed(key);
 }
 
 void MemoryDefaults::synchronize() {

@@ -67,6 +67,8 @@ void HostWindow::setSight(WindowSight sight) {
 void HostWindow::tap(CGPoint point) {
   if (!view().isInWindow() || !view().bounds().contains(point)) return;
   const auto path = viewsUnder(controller_->view(), point);
+  for (const auto& touched : path)
+    if (auto* page = dynamic_cast<RecordingWebView*>(&touched.view->peer())) page->touch();
   if (path.back().view->isControl()) return path.back().view->peerTapped(path.back().point);
   for (auto touched = path.rbegin(); touched != path.rend(); ++touched)
     if (RecordingViewPeer::of(*touched->view).isTouchable()) touched->view->peerTapped(touched->point);
@@ -98,11 +100,12 @@ bool HostWindow::pressKey(UIKey key) {
 
 WKNavigationActionPolicy HostWindow::tapLink(RecordingWebView& webView, const std::string& url) {
   const auto shown = webView.webView().shared_from_this();
+  const auto root = controller_->view();  // the tap may end the window
   if (!shown->isDescendantOfView(view()))
     throw std::logic_error("velto::headless: the web view is not in the window");
   const CGRect bounds = shown->bounds();
   tap(view().convertPointFromView({bounds.midX(), bounds.midY()}, *shown));
-  if (!shown->isDescendantOfView(view())) return WKNavigationActionPolicy::Cancel;
+  if (!shown->isDescendantOfView(*root)) return WKNavigationActionPolicy::Cancel;
   return webView.navigate(url, WKNavigationType::LinkActivated);
 }
 

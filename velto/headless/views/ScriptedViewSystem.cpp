@@ -3,6 +3,7 @@
 
 #include "velto/headless/VirtualQueue.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace velto::headless {
@@ -21,6 +22,25 @@ ScriptedViewSystem::ScriptedViewSystem(std::shared_ptr<VirtualQueue> queue) : qu
 RecordingWebView& ScriptedViewSystem::webView() const {
   if (webViews_->empty()) throw std::logic_error("velto::headless: there is no web view");
   return *webViews_->back();
+}
+
+void ScriptedViewSystem::endProcess(RecordingWebView& page, NSErrorCause why) {
+  auto pages = *webViews_;
+  std::erase_if(pages, [process = page.process_](const auto* other) { return other->process_ != process; });
+  endProcesses(pages, why);
+}
+
+void ScriptedViewSystem::runShortOfMemory() {
+  endProcesses(std::vector(*webViews_), NSErrorCause::ProcessOutOfMemory);
+}
+
+// All are gone before anybody hears of it, who may then end others or make new ones.
+void ScriptedViewSystem::endProcesses(const std::vector<RecordingWebView*>& pages, NSErrorCause why) {
+  for (auto* page : pages) page->process_.reset();
+  std::vector<std::weak_ptr<RecordingWebView*>> told(pages.size());
+  std::transform(pages.begin(), pages.end(), told.begin(), [](const auto* page) { return page->self_; });
+  for (const auto& weak : told)
+    if (const auto page = weak.lock()) (*page)->fail({"WKErrorDomain", 2, "The web process ended.", why});
 }
 
 std::unique_ptr<ViewPeer> ScriptedViewSystem::makeView() {
@@ -44,11 +64,22 @@ std::unique_ptr<WebViewPeer> ScriptedViewSystem::makeWebView(const WKWebViewConf
   return view;
 }
 
-std::shared_ptr<PreparedWebContent> ScriptedViewSystem::prepareWebContent(WKWebView* replacing) {
+std::shared_ptr<PreparedWebContent> ScriptedViewSystem::prepareWebContent(WKWebView* replacing,
+                                                                          WebContentUse) {
   queue_->requireMain("ViewSystem::prepareWebContent");
   if (replacing) return nullptr;
+  meanwhile_.reset();
   ++contentPrepared_;
   return std::make_shared<Prepared>(prepared_);
+}
+
+void ScriptedViewSystem::expectWebContent(std::function<Handle()> meanwhile) {
+  queue_->requireMain("ViewSystem::expectWebContent");
+  if (contentExpected_++ > 0 || contentPrepared_ > 0 || webViewsMade_ > 0) return;
+  meanwhile_ = std::make_shared<Handle>();
+  queue_->post([kept = std::weak_ptr(meanwhile_), meanwhile = std::move(meanwhile)] {
+    if (const auto handle = kept.lock()) *handle = meanwhile();
+  });
 }
 
 Handle ScriptedViewSystem::displayLink(std::function<void(double)> tick) {

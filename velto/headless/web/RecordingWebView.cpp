@@ -1,7 +1,7 @@
 // Records loads and scripts; the test or the automatic mode plays the page.
 #include "velto/headless/web/RecordingWebView.h"
 
-#include "velto/headless/VirtualQueue.h"
+#include "velto/headless/HeadlessPlatform.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -16,6 +16,8 @@ RecordingWebView::RecordingWebView(std::shared_ptr<VirtualQueue> queue,
       sharesProcess_(!configuration.relatedWebView.expired()),
       self_(std::make_shared<RecordingWebView*>(this)) {
   configuration_.preparedContent.reset();
+  if (const auto related = configuration.relatedWebView.lock()) process_ = of(*related).process_;
+  if (!process_) process_ = std::make_shared<int>();
 }
 
 RecordingWebView& RecordingWebView::of(const WKWebView& webView) {
@@ -38,7 +40,16 @@ WKNavigationActionPolicy RecordingWebView::navigate(const std::string& url, WKNa
 }
 
 WKNavigationActionPolicy RecordingWebView::navigate(const WKNavigationAction& action) {
+  constexpr double touchCounts = 2;  // seconds
+  const bool isTouched = touched_ && queue().monotonicSeconds() <= *touched_ + touchCounts;
+  auto* platform = dynamic_cast<Platform*>(velto::Platform::currentOrNull());
+  if (!platform) return webView().peerDecidePolicy(action);
+  const ScriptedApplication::PageActs acts(platform->application(), isTouched);
   return webView().peerDecidePolicy(action);
+}
+
+void RecordingWebView::touch() {
+  touched_ = queue().monotonicSeconds();
 }
 
 void RecordingWebView::finish() {
@@ -56,6 +67,7 @@ void RecordingWebView::addUserScript(const WKUserScript& script) {
 
 void RecordingWebView::loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) {
   queue().requireMain("WebViewPeer::loadHTMLString");
+  if (!process_) process_ = std::make_shared<int>();
   loads_.push_back({html, baseURL});
   if (!finishesByItself_()) return;
   queue().post([weak = std::weak_ptr(self_), load = loads_.size()] {
@@ -85,7 +97,7 @@ void RecordingWebView::evaluateJavaScript(
     const auto alive = weak.lock();
     if (!alive || !*alive) return;
     RecordingWebView& view = **alive;
-    const bool pageGone = view.loads_.size() != load;
+    const bool pageGone = view.loads_.size() != load || !view.process_;
     const ScriptAnswers answers = view.answers_;  // a copy: the answerer may be replaced meanwhile
     auto value = pageGone ? std::nullopt : answers ? answers(script) : std::optional(JSON());
     if (!completion) return;
@@ -100,6 +112,41 @@ void RecordingWebView::evaluateJavaScript(
 void RecordingWebView::setScrollBehavior(const ScrollBehavior& behavior) {
   queue().requireMain("WebViewPeer::setScrollBehavior");
   scroll_ = behavior;
+}
+
+// --- what the page costs
+
+struct RecordingWebView::UseWait {
+  WebPageUse from;
+  double processorSeconds = 0;
+  std::function<void()> then;
+
+  bool isOver(const WebPageUse& use) const {
+    return use.process != from.process || use.networkBytes != from.networkBytes ||
+           use.processorSeconds.value_or(0) >= from.processorSeconds.value_or(0) + processorSeconds;
+  }
+};
+
+Handle RecordingWebView::afterUse(double processorSeconds, std::function<void()> then) {
+  auto wait = std::make_shared<UseWait>(UseWait{use_, processorSeconds, std::move(then)});
+  useWait_ = wait;
+  return Handle([wait]() mutable { wait.reset(); });
+}
+
+WebPageUse RecordingWebView::use() const {
+  WebPageUse use = use_;
+  use.hidden = use.hidden || !inSight_ || !webView().isInWindow();
+  return use;
+}
+
+void RecordingWebView::setUse(const WebPageUse& use) {
+  use_ = use;
+  const auto wait = useWait_.lock();
+  if (!wait || !wait->isOver(use)) return;
+  useWait_.reset();
+  queue().post([weak = std::weak_ptr(wait)] {
+    if (const auto alive = weak.lock()) alive->then();
+  });
 }
 
 }  // namespace velto::headless

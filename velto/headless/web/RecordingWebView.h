@@ -50,6 +50,13 @@ class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPe
   // How scripts are answered; until set, each has the value
   // null. Answers come as tasks of the main queue, in order.
   void answerScripts(ScriptAnswers answers) { answers_ = std::move(answers); }
+  // What the page has cost by now; nothing is known of it until this is called.
+  void setUse(const WebPageUse& use);
+  bool isInSight() const { return inSight_; }
+  // Whether its page has a process (ScriptedViewSystem::endProcess).
+  bool hasProcess() const { return process_ != nullptr; }
+  // A person's finger on the page; HostWindow::tap does it. See ScriptedApplication::setPagesNeedTouch.
+  void touch();
 
   void addUserScript(const WKUserScript& script) override;
   void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) override;
@@ -59,6 +66,9 @@ class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPe
   bool hasWarmProcess() const override { return usedPreparedContent_ || sharesProcess_; }
   void setMuted(bool muted) override { muted_ = muted; }
   void setScrollBehavior(const ScrollBehavior& behavior) override;
+  WebPageUse use() const override;
+  Handle afterUse(double processorSeconds, std::function<void()> then) override;
+  void setInSight(bool inSight) override { inSight_ = inSight; }
 
  private:
   friend class ScriptedViewSystem;
@@ -68,10 +78,16 @@ class VELTO_EXPORT RecordingWebView : public RecordingViewPeer, public WebViewPe
   WKWebViewConfiguration configuration_;
   bool usedPreparedContent_ = false;
   bool sharesProcess_ = false;
+  std::shared_ptr<void> process_;  // null once it has ended
+  std::optional<double> touched_;  // monotonic seconds
   std::vector<Load> loads_;
   std::vector<std::string> scripts_;
   ScrollBehavior scroll_;
   bool muted_ = false;
+  bool inSight_ = true;
+  WebPageUse use_;
+  struct UseWait;
+  std::weak_ptr<UseWait> useWait_;  // its handle holds it
   ScriptAnswers answers_;
   std::function<bool()> finishesByItself_;
   Handle registration_;

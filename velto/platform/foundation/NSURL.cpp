@@ -6,6 +6,8 @@
 
 #include <glib.h>
 
+#include <array>
+
 namespace velto {
 namespace {
 
@@ -35,6 +37,22 @@ std::optional<Parts> partsOf(const std::string& text) {
   return parts;
 }
 
+// A set of ASCII characters: letters, digits and the given ones.
+class Characters {
+ public:
+  explicit constexpr Characters(std::string_view others) {
+    for (char letter = 'a'; letter <= 'z'; ++letter) add(letter), add(static_cast<char>(letter - 'a' + 'A'));
+    for (char digit = '0'; digit <= '9'; ++digit) add(digit);
+    for (const char other : others) add(other);
+  }
+  constexpr bool hold(char character) const { return held_[static_cast<unsigned char>(character)]; }
+
+ private:
+  constexpr void add(char character) { held_[static_cast<unsigned char>(character)] = true; }
+
+  std::array<bool, 256> held_{};
+};
+
 bool beginsEscape(std::string_view text) {
   return text.size() > 2 && text[0] == '%' && g_ascii_isxdigit(text[1]) && g_ascii_isxdigit(text[2]);
 }
@@ -45,20 +63,20 @@ std::string escaped(std::string_view text, Stays stays) {
   static constexpr char digits[] = "0123456789ABCDEF";
   std::string result;
   result.reserve(text.size());
-  for (; !text.empty(); text.remove_prefix(1)) {
-    const auto byte = static_cast<unsigned char>(text[0]);
-    if (stays(text))
-      result += text[0];
-    else
-      result.append({'%', digits[byte >> 4], digits[byte & 15]});
+  size_t kept = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (stays(text.substr(i))) continue;
+    const auto byte = static_cast<unsigned char>(text[i]);
+    result.append(text, kept, i - kept).append({'%', digits[byte >> 4], digits[byte & 15]});
+    kept = i + 1;
   }
-  return result;
+  return result.append(text, kept);
 }
 
 // Unreserved and reserved characters of RFC 3986, and whole percent escapes.
 bool mayStandInURL(std::string_view text) {
-  static constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
-  return g_ascii_isalnum(text[0]) || others.find(text[0]) != std::string_view::npos || beginsEscape(text);
+  static constexpr Characters characters("-._~:/?#[]@!$&'()*+,;=");
+  return characters.hold(text[0]) || beginsEscape(text);
 }
 
 bool isASCII(std::string_view text) {
@@ -66,7 +84,14 @@ bool isASCII(std::string_view text) {
 }
 
 bool mayStandInQueryItem(std::string_view text) {
-  return g_ascii_isalnum(text[0]) || allowedInQueryItem.find(text[0]) != std::string_view::npos;
+  static constexpr Characters characters(allowedInQueryItem);
+  return characters.hold(text[0]);
+}
+
+bool isAllOfURL(std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i)
+    if (!mayStandInURL(text.substr(i))) return false;
+  return true;
 }
 
 }  // namespace
@@ -74,7 +99,7 @@ bool mayStandInQueryItem(std::string_view text) {
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   if (text.empty()) return std::nullopt;
   std::string ascii = escaped(text, isASCII);
-  if (ascii != escaped(ascii, mayStandInURL) || !partsOf(ascii)) return std::nullopt;
+  if (!isAllOfURL(ascii) || !partsOf(ascii)) return std::nullopt;
   return NSURL(std::move(ascii));
 }
 

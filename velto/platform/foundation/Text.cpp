@@ -9,7 +9,6 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
-#include <random>
 
 namespace velto {
 namespace {
@@ -65,6 +64,10 @@ double toDouble(std::string_view number) {
 
 }  // namespace
 
+std::string validUTF8(const std::string& text) {
+  return GText(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()))).get();
+}
+
 // GLib takes a zero byte for the end.
 bool isValidUTF8(std::string_view text) {
   for (;;) {
@@ -115,10 +118,10 @@ std::string uuidString() {
 }
 
 std::string randomText(std::string_view alphabet, size_t length) {
-  std::random_device source;
-  std::uniform_int_distribution<size_t> index(0, alphabet.size() - 1);
+  // Not from the processor's source of entropy, which a few dozen clicks in a row exhaust: each would wait for it.
   std::string text(length, ' ');
-  for (char& c : text) c = alphabet[index(source)];
+  for (char& c : text)
+    c = alphabet[static_cast<size_t>(g_random_int_range(0, static_cast<gint32>(alphabet.size())))];
   return text;
 }
 

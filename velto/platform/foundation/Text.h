@@ -13,6 +13,8 @@
 namespace velto {
 
 VELTO_EXPORT bool isValidUTF8(std::string_view text);  // a zero byte is a character like others
+// With what is none replaced (U+FFFD).
+VELTO_EXPORT std::string validUTF8(const std::string& text);
 
 // RFC 1321, as 32 lowercase hexadecimal digits.
 VELTO_EXPORT std::string md5Hex(std::string_view bytes);

@@ -135,7 +135,8 @@ CGRect solvedFrame(const UIView& view) {
   Axis horizontal;
   Axis vertical;
   for (const UIView* holder = &view; holder; holder = holder->superview()) {
-    for (const auto& constraint : holder->constraints()) {
+    for (const auto& constraint : view.involvedIn()) {
+      if (constraint->holder.lock().get() != holder) continue;
       const auto equation = equationFor(view, *constraint);
       if (!equation) continue;
       const bool viewIsFirst = constraint->firstItem.view.lock().get() == &view;

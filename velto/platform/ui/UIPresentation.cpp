@@ -131,6 +131,7 @@ void UIPresentation::presenterGone() {
   cover_->removeFromSuperview();
   answerOnMain(std::exchange(arrival_, nullptr));
   for (auto& departure : std::exchange(departures_, {})) answerOnMain(std::move(departure.completion));
+  presented_->presenterDidGo();
 }
 
 // --- the controllers' side

@@ -123,17 +123,18 @@ void UIView::removeFromSuperview() {
   std::erase(parent.subviews_, self);
   peer_->removeFromSuperview();
   ViewChanges::note();
-  // Constraints that tie this view to the tree it leaves mean nothing any more.
-  for (UIView* ancestor = &parent; ancestor; ancestor = ancestor->superview_) {
-    NSLayoutConstraints gone;
-    for (const auto& constraint : ancestor->constraints_) {
-      const auto first = constraint->firstItem.view.lock();
-      const auto second = constraint->secondItem.view.lock();
-      if ((first && first->isDescendantOfView(*this)) || (second && second->isDescendantOfView(*this)))
-        gone.push_back(constraint);
-    }
-    ancestor->removeConstraints(gone);
+  takeTiesOff(*this);
+  parent.setNeedsLayout();
+}
+
+// Constraints that tie a view to the tree it leaves mean nothing any more, nor those of the views in it.
+void UIView::takeTiesOff(const UIView& leaving) {
+  const auto involved = involvedIn_;
+  for (const auto& constraint : involved) {
+    const auto holder = constraint->holder.lock();
+    if (holder && !holder->isDescendantOfView(leaving)) holder->removeConstraints({constraint});
   }
+  for (const auto& subview : subviews_) subview->takeTiesOff(leaving);
 }
 
 bool UIView::isDescendantOfView(const UIView& view) const {
@@ -179,19 +180,33 @@ void UIView::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
   setNeedsLayout();
 }
 
+// They may be given as the list of a view, which changes here.
 void UIView::addConstraints(const NSLayoutConstraints& constraints) {
-  for (const auto& constraint : constraints) {
-    if (std::find(constraints_.begin(), constraints_.end(), constraint) != constraints_.end()) continue;
-    if (auto holder = constraint->holder.lock()) holder->removeConstraints({constraint});
+  for (const auto& constraint : NSLayoutConstraints(constraints)) {
+    const auto holder = constraint->holder.lock();
+    if (holder.get() == this) continue;
+    if (holder) holder->removeConstraints({constraint});
     constraints_.push_back(constraint);
     constraint->holder = weak_from_this();
+    for (const auto* item : {&constraint->firstItem, &constraint->secondItem})
+      if (const auto view = item->view.lock()) view->involve(constraint);
   }
   setNeedsLayout();
 }
 
+// So that a layout pass looks at a view's own constraints, and not at all that its superviews hold.
+void UIView::involve(const std::shared_ptr<NSLayoutConstraint>& constraint) {
+  std::erase_if(involvedIn_, [&](const auto& other) { return other == constraint || !other->isActive(); });
+  involvedIn_.push_back(constraint);
+}
+
 void UIView::removeConstraints(const NSLayoutConstraints& constraints) {
-  for (const auto& constraint : constraints)
-    if (std::erase(constraints_, constraint) > 0) constraint->holder.reset();
+  for (const auto& constraint : NSLayoutConstraints(constraints)) {
+    if (std::erase(constraints_, constraint) == 0) continue;
+    constraint->holder.reset();
+    for (const auto* item : {&constraint->firstItem, &constraint->secondItem})
+      if (const auto view = item->view.lock()) std::erase(view->involvedIn_, constraint);
+  }
   setNeedsLayout();
 }
 

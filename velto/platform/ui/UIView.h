@@ -54,6 +54,8 @@ class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_t
   void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
   void setAutoresizingMask(unsigned mask) { autoresizingMask_ = mask; }
   const NSLayoutConstraints& constraints() const { return constraints_; }
+  // Those that speak of it, whoever holds them.
+  const NSLayoutConstraints& involvedIn() const { return involvedIn_; }
   void addConstraints(const NSLayoutConstraints& constraints);  // one that is there already stays where it is
   void removeConstraints(const NSLayoutConstraints& constraints);
   void setNeedsLayout();            // a layout pass follows in the next turn of the main queue
@@ -95,6 +97,8 @@ class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_t
   void layoutTree();
   void showFrame();
   void showAlpha();
+  void involve(const std::shared_ptr<NSLayoutConstraint>& constraint);
+  void takeTiesOff(const UIView& view);
   void insertInFront(const std::shared_ptr<UIView>& view);
   void resizeFlexibleSubviews(CGSize from);
   void windowChanged(bool inWindow);
@@ -108,7 +112,7 @@ class VELTO_EXPORT UIView : public UIResponder, public std::enable_shared_from_t
   UIView* superview_ = nullptr;
   std::vector<std::shared_ptr<UIView>> subviews_;
   UIViewController* controller_ = nullptr;  // whose own view this is
-  NSLayoutConstraints constraints_;
+  NSLayoutConstraints constraints_, involvedIn_;
   bool translatesMask_ = true;
   unsigned autoresizingMask_ = 0;
   bool needsLayout_ = false, rootInWindow_ = false;

@@ -76,6 +76,8 @@ class VELTO_EXPORT UIViewController : public UIResponder,
   // Its view came into a window, or is about to leave it.
   virtual void viewWillAppear(bool /*animated*/) {}
   virtual void viewWillDisappear(bool /*animated*/) {}
+  // The window that it was presented in has gone for good, also one that was hidden.
+  virtual void presenterDidGo() {}
 
   // The window takes another size, such as in a rotation. Told by the platform to a window's controller,
   // passed on to children and to what is presented.

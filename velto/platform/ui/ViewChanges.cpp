@@ -18,6 +18,8 @@ std::vector<Observer>& observers() {
 }  // namespace
 
 bool ViewChanges::observed_ = false;
+int ViewChanges::held_ = 0;
+bool ViewChanges::untold_ = false;
 
 Handle ViewChanges::observe(std::function<void()> observer) {
   observers().push_back(std::make_shared<std::function<void()>>(std::move(observer)));

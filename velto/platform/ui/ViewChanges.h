@@ -7,6 +7,7 @@
 #include "velto/platform/Handle.h"
 
 #include <functional>
+#include <utility>
 
 namespace velto {
 
@@ -16,14 +17,31 @@ class VELTO_EXPORT ViewChanges {
   static Handle observe(std::function<void()> observer);
   static bool isObserved() { return observed_; }
 
+  // While one lives, whatever changes is one change, which is told at its end.
+  class VELTO_EXPORT AsOne {
+   public:
+    AsOne() { ++ViewChanges::held_; }
+    AsOne(const AsOne&) = delete;
+    AsOne& operator=(const AsOne&) = delete;
+    ~AsOne() {
+      if (--ViewChanges::held_ == 0 && std::exchange(ViewChanges::untold_, false)) note();
+    }
+  };
+
   // By views, and by platforms for changes around them. Costs next to nothing while nobody observes.
   static void note() {
-    if (observed_) tell();
+    if (!observed_) return;
+    if (held_ > 0)
+      untold_ = true;
+    else
+      tell();
   }
 
  private:
   static void tell();
   static bool observed_;
+  static int held_;
+  static bool untold_;
 };
 
 }  // namespace velto

@@ -41,6 +41,8 @@ struct WKWebViewConfiguration {
   // Wishes that save time: content to start from, and a view whose web process to share.
   std::shared_ptr<PreparedWebContent> preparedContent;
   std::weak_ptr<WKWebView> relatedWebView;
+  // Not empty: the page may live in one process with others of this site, and with none of another.
+  std::string site;
 };
 
 enum class WKNavigationType {

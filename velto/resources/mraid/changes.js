@@ -1,7 +1,7 @@
 // The host tells one change in several statements. They are gathered: all values are in place before the first listener
 // hears of any.
 
-import { showCloseMark } from './closeMark.js';
+import { closeMarkIsDue } from './closeMark.js';
 import { later, notLater } from './engine.js';
 import { fire } from './events.js';
 import { sendOrientationProperties } from './properties.js';
@@ -41,7 +41,7 @@ export function tellChange() {
   ad.isOfOtherPart = false;
   const news = ad.news;
   ad.news = [];
-  showCloseMark();
+  closeMarkIsDue();
   if (!ad.isReady) {
     ad.isReady = true;
     ad.isSecondPart = ad.state === 'expanded';

@@ -1,7 +1,7 @@
 // An expanded ad shows where it can be closed, unless its creative draws that itself. The host has a touch area there
 // and paints nothing; for a creative that gave expand properties it has not even that.
 
-import { inEachPage } from './engine.js';
+import { inEachPage, inNextFrame } from './engine.js';
 import { ad } from './state.js';
 
 const AREA = 'all:initial;position:fixed;top:0;right:0;width:50px;height:50px;z-index:2147483647;cursor:pointer';
@@ -11,6 +11,7 @@ const MARK =
 
 let area = null;
 let closes = null;
+let isDue = false;
 
 /** What a touch does. */
 export function closeMarkCalls(close) {
@@ -18,8 +19,16 @@ export function closeMarkCalls(close) {
   inEachPage(showCloseMark);
 }
 
+/** It comes and goes with the frame that shows the change: before, it would cost one of its own. */
+export function closeMarkIsDue() {
+  if (isDue) return;
+  isDue = true;
+  inNextFrame(showCloseMark);
+}
+
 /** Shows or removes it, as the state wants. */
-export function showCloseMark() {
+function showCloseMark() {
+  isDue = false;
   const isShown = ad.state === 'expanded' && ad.placement !== 'interstitial' && !ad.expandProperties.useCustomClose;
   if (!isShown) {
     if (area) area.remove();

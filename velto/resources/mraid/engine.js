@@ -7,6 +7,14 @@ export const encode = encodeURIComponent;
 /** Runs the work as soon as the script that runs now is done. */
 export const afterThis = window.queueMicrotask.bind(window);
 
+const frame = window.requestAnimationFrame && window.requestAnimationFrame.bind(window);
+
+/** Runs the work when the engine is about to draw: not in a page that is not seen. */
+export function inNextFrame(work) {
+  if (frame) frame(work);
+  else later(work, 0);
+}
+
 const works = [];
 const channel = window.MessageChannel && new MessageChannel();
 const wake = channel && channel.port2.postMessage.bind(channel.port2);

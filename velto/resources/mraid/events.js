@@ -6,19 +6,23 @@ import { isOneOf } from './values.js';
 
 const EVENTS = ['error', 'ready', 'sizeChange', 'stateChange', 'exposureChange', 'audioVolumeChange', 'viewableChange'];
 const MOST_ERRORS = 256; // that wait: a page in a loop hears of the first
+const Listeners = Set; // whatever the page makes of it
 
 export function isEvent(event) {
   return isOneOf(event, EVENTS);
 }
 
 export function addListener(event, listener) {
-  const list = ad.listeners[event] || (ad.listeners[event] = []);
-  if (!isOneOf(listener, list)) list.push(listener);
+  const all = ad.listeners[event] || (ad.listeners[event] = new Listeners());
+  all.add(listener);
 }
 
 /** Without a listener all of the event. */
 export function removeListener(event, listener) {
-  ad.listeners[event] = (listener ? ad.listeners[event] || [] : []).filter((kept) => kept !== listener);
+  const all = ad.listeners[event];
+  if (!all) return;
+  if (listener) all.delete(listener);
+  else all.clear();
 }
 
 /** Tells the listeners, in order, when the script that runs now is done. */
@@ -43,8 +47,10 @@ function deliver() {
 
 // A listener that is added meanwhile hears of later events only, one that is removed of none.
 function tell(event, args) {
-  (ad.listeners[event] || []).slice().forEach((listener) => {
-    if (!isOneOf(listener, ad.listeners[event])) return;
+  const all = ad.listeners[event];
+  if (!all) return;
+  [...all].forEach((listener) => {
+    if (!all.has(listener)) return;
     try {
       listener.apply(null, args);
     } catch (error) {

@@ -1,7 +1,7 @@
 // Properties that the creative sets. The host gets the whole record each time, in the turn of the call.
 
 import { send } from './channel.js';
-import { showCloseMark } from './closeMark.js';
+import { closeMarkIsDue } from './closeMark.js';
 import { inTurn, refuse } from './queue.js';
 import { closeRegionFault, resizeFault } from './resizeRules.js';
 import { ad } from './state.js';
@@ -29,7 +29,7 @@ export function setExpandProperties(given) {
     if (wanted[name] !== undefined && !isNumber(wanted[name])) return refuse(name + ' is not a number.');
   if (typeof wanted.useCustomClose !== 'boolean') return refuse('useCustomClose is not a boolean.');
   ad.expandProperties = wanted;
-  showCloseMark();
+  closeMarkIsDue();
   const text = json(expandProperties());
   inTurn(() => send('setExpandProperties', 'properties', text));
 }
