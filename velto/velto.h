@@ -1,5 +1,5 @@
 // Everything that a host application needs, but for its platform: <velto/gtk/VeltoGtk.h> or
-// <velto/headless/VeltoHeadless.h>.
+// <velto/headless/VeltoHeadless.h>. VeltoVideoAd is in a library of its own, velto::vast.
 #pragma once
 
 #include "velto/core/VeltoConstants.h"
@@ -14,3 +14,4 @@
 #include "velto/ui/VeltoDelegates.h"
 #include "velto/ui/VeltoInterstitialViewController.h"
 #include "velto/video/VeltoVASTURL.h"
+#include "velto/video/VeltoVideoAd.h"

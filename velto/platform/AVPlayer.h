@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velto {
@@ -103,6 +104,10 @@ class VELTO_EXPORT MediaSystem {
  public:
   virtual ~MediaSystem() = default;
   virtual std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) = 0;
+
+  // Whether files of this MIME type play here, with this codec (RFC 6381) or list of codecs; either may be empty. Yes, where
+  // it cannot be told without trying. The first question may take some milliseconds.
+  virtual bool canPlay(const std::string& /*type*/, const std::string& /*codec*/) { return true; }
 };
 
 }  // namespace velto

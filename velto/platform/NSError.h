@@ -20,6 +20,7 @@ enum class NSErrorCause : uint8_t {
   ConnectionLost,
   TooLarge,
   RedirectRefused,
+  NotFound,  // of a player: the file could not be had
   // Of a web view.
   ProcessCrashed,
   ProcessOutOfMemory,

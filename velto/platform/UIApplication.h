@@ -50,6 +50,10 @@ class VELTO_EXPORT UIApplication {
   // What moves is at its end at once.
   virtual bool isReduceMotionEnabled() const { return false; }
 
+  // One of the library's own words (po/) in the user's language; the text itself where there is no translation. For texts that
+  // are put together: the titles of buttons are translated where they are shown.
+  virtual std::string translated(const std::string& text) const { return text; }
+
   // Turns the interface to the device's orientation where the shown view controllers allow it.
   virtual void attemptRotationToDeviceOrientation() = 0;
 };

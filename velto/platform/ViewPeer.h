@@ -20,7 +20,7 @@ namespace velto {
 class UIView;
 
 // Keys that mean something to what is presented over a window.
-enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow };
+enum class UIKey { Space, LeftArrow, RightArrow, UpArrow, DownArrow, M };
 
 class VELTO_EXPORT ViewPeer {
  public:

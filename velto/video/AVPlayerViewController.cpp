@@ -125,6 +125,8 @@ bool AVPlayerViewController::pressesBegan(UIKey key) {
     case UIKey::DownArrow:
       changeVolume(-volumeStep);
       break;
+    case UIKey::M:
+      return false;
   }
   return true;
 }

@@ -6,6 +6,7 @@
 #include "velto/gtk/views/PicturePeer.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/foundation/Text.h"
 
 namespace velto::gtk {
 namespace {
@@ -83,6 +84,11 @@ std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>&
   const auto player = std::make_shared<VideoPlayer>(item);
   player->load(caFile_, gate_->address());
   return player;
+}
+
+bool Media::canPlay(const std::string& type, const std::string& codec) {
+  const auto ask = moduleFunction<CanPlayVideo>(videoModule, canPlayVideoName);
+  return !ask || ask(lowercased(type).c_str(), lowercased(codec).c_str());
 }
 
 }  // namespace velto::gtk

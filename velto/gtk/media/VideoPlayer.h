@@ -47,6 +47,7 @@ class Media final : public MediaSystem {
   Media(std::filesystem::path caFile, std::shared_ptr<NetworkGate> gate)
       : caFile_(std::move(caFile)), gate_(std::move(gate)) {}
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
+  bool canPlay(const std::string& type, const std::string& codec) override;
 
  private:
   std::filesystem::path caFile_;

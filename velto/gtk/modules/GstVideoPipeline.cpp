@@ -197,7 +197,10 @@ void GstVideoPipeline::failed(GstMessage* message) {
   GError* raw = nullptr;
   gst_message_parse_error(message, &raw, nullptr);
   const GErrorOwned error(raw);
-  events_.pipelineFailed({g_quark_to_string(error->domain), error->code, error->message});
+  // A resource is what a source reads, or fails to.
+  const bool isOfFile = error->domain == GST_RESOURCE_ERROR;
+  events_.pipelineFailed({g_quark_to_string(error->domain), error->code, error->message,
+                          isOfFile ? NSErrorCause::NotFound : NSErrorCause::Unknown});
 }
 
 // A sound output that is taken away, or never works, must not end the video.

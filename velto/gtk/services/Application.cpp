@@ -2,6 +2,7 @@
 #include "velto/gtk/services/Application.h"
 
 #include "velto/gtk/GtkPlatform.h"
+#include "velto/gtk/Translations.h"
 #include "velto/gtk/views/ViewWidget.h"
 #include "velto/platform/foundation/Text.h"
 
@@ -106,6 +107,10 @@ void Application::openURL(const NSURL& url, const std::map<std::string, std::str
   auto opening = std::make_unique<Opening>(Opening{alive_, std::move(completion)});
   g_app_info_launch_default_for_uri_async(url.absoluteString().c_str(), launchContext(), nullptr, onOpened,
                                           opening.release());
+}
+
+std::string Application::translated(const std::string& text) const {
+  return gtk::translated(text.c_str());
 }
 
 void Application::attemptRotationToDeviceOrientation() {

@@ -43,6 +43,7 @@ class Application : public UIApplication {
   bool isReduceTransparencyEnabled() const override;
   bool isReduceMotionEnabled() const override;
   double textScale() const override;
+  std::string translated(const std::string& text) const override;
 
   void attemptRotationToDeviceOrientation() override;
 

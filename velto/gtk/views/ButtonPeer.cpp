@@ -169,7 +169,7 @@ void PushButtonPeer::moved(GtkGesture* gesture, GdkEventSequence* sequence, Push
 void PushButtonPeer::released(GtkGestureClick*, int, double x, double y, PushButtonPeer* self) noexcept {
   const auto button = self->button();  // the action may remove it
   self->highlight(false);
-  if (button && self->look_.enabled && isInside(self->widget(), x, y)) button->peerTouchedUpInside();
+  if (button && self->look_.enabled && isInside(self->widget(), x, y)) button->peerTapped({x, y});
 }
 
 void PushButtonPeer::cancelled(GtkGesture*, GdkEventSequence*, PushButtonPeer* self) noexcept {

@@ -23,6 +23,9 @@ std::optional<UIKey> keyOf(guint key) {
       return UIKey::UpArrow;
     case GDK_KEY_Down:
       return UIKey::DownArrow;
+    case GDK_KEY_m:
+    case GDK_KEY_M:
+      return UIKey::M;
     default:
       return std::nullopt;
   }

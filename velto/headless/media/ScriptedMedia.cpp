@@ -41,8 +41,9 @@ void ScriptedPlayer::load() {
   queue_->postAfter(script_.loadsAfter, [this, weak = weak_from_this()] {
     const auto alive = weak.lock();
     if (!alive || released_) return;
-    script_.loadFails ? failed({"headless", 404, "the video cannot be loaded"})
-                      : becameReady(script_.duration);
+    if (script_.loadFails)
+      return failed({"headless", 404, "the video cannot be loaded", NSErrorCause::NotFound});
+    script_.isNoVideo ? failed({"headless", -2, "nothing decodes it"}) : becameReady(script_.duration);
   });
 }
 

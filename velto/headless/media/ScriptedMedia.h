@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ class VirtualQueue;
 struct VideoScript {
   CMTime duration{10, 1};                                // what the file says; {} for a stream without an end
   std::chrono::nanoseconds loadsAfter{0};                // until it is ready to play, or its load fails
-  bool loadFails = false;                                // it is not there, or no video
+  bool loadFails = false;                                // it is not there
+  bool isNoVideo = false;                                // its load fails, since nothing here decodes it
   std::optional<std::chrono::nanoseconds> endsAt = {};   // where it really ends, if not at its duration
   std::optional<std::chrono::nanoseconds> failsAt = {};  // where playing breaks off with an error
   bool loads = true;                                     // false: the server never answers
@@ -31,10 +33,16 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
   // What is behind a URL; ten seconds that load at once where nothing was said.
   void setVideo(const std::string& url, const VideoScript& script) { scripts_[url] = script; }
 
+  // MIME types and codecs that do not play here, in lower case.
+  std::set<std::string> unplayable;
+
   // Players that exist, oldest first, also cancelled ones.
   const std::vector<ScriptedPlayer*>& players() const { return *players_; }
 
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
+  bool canPlay(const std::string& type, const std::string& codec) override {
+    return !unplayable.contains(type) && !unplayable.contains(codec);
+  }
 
  private:
   std::shared_ptr<VirtualQueue> queue_;

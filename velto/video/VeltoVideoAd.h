@@ -1,0 +1,110 @@
+// Video ads, one or a pod of several, in an application's own player or over its window. The document comes from an ad server
+// (VeltoVASTURL makes such addresses) or from the application; what plays, what is told to servers and how it is measured follow
+// from it. Main thread. Link velto::vast.
+//
+//   ad = velto::VeltoVideoAd::make(delegate);
+//   ad->load(url);                        // DidLoad or DidFail
+//   ad->playIn(playerView);               // content pause, start, quartiles, complete, …, content resume, end of all
+//
+// Letting go of it, or of the platform, ends whatever it does, and nothing is called any more.
+#pragma once
+
+#include "velto/Export.h"
+#include "velto/video/VeltoVideoAdDelegate.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velto {
+
+class UIView;
+class UIViewController;
+class VideoAdBreak;
+
+// Where the ads stand in the application's video.
+enum class VeltoVideoAdPosition : uint8_t { Preroll, Midroll, Postroll, Standalone };
+
+struct VeltoVideoAdSettings {
+  VeltoVideoAdPosition position = VeltoVideoAdPosition::Preroll;
+  bool startsMuted = false;
+  float volume = 1;           // 0 … 1; the output volume comes on top
+  bool showsControls = true;  // false: the application has its own, and calls the operations below
+  // Documents: wrappers inside one another, the time for each answer, and for all of a load.
+  size_t mostWrappers = 5;
+  std::chrono::milliseconds answerTimeout = std::chrono::seconds(5), loadTimeout = std::chrono::seconds(20);
+  // Files: until the first picture, and as long as one may stand still for lack of data. Then the next file is tried.
+  std::chrono::milliseconds fileTimeout = std::chrono::seconds(8);
+  std::optional<double> longest = {};  // seconds; longer ads are refused
+  std::optional<double> bandwidth =
+      {};                        // kilobits a second, where the application knows it: chooses among files
+  bool onlySecureFiles = false;  // by https
+  // For the macros of addresses; empty: not known.
+  std::string contentURL = {}, contentIdentifier = {}, consent = {}, regulations = {};
+  // Whose verification scripts are not run.
+  std::vector<std::string> refusedVendors = {};
+};
+
+// An ad that belongs beside the player.
+struct VeltoVideoAdCompanion {
+  std::string identifier, slot, alternativeText;
+  double width = 0, height = 0;  // points
+  bool isEndCard = false;        // for after the video, in its place
+};
+
+class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideoAd> {
+ public:
+  using Delegate = std::shared_ptr<VeltoVideoAdDelegate>;
+  enum class State : uint8_t { Empty, Loading, Ready, Playing };
+
+  static std::shared_ptr<VeltoVideoAd> make(const Delegate& delegate);
+  VeltoVideoAd(const VeltoVideoAd&) = delete;
+  VeltoVideoAd& operator=(const VeltoVideoAd&) = delete;
+  ~VeltoVideoAd();
+
+  // For loads from now on.
+  void setSettings(const VeltoVideoAdSettings& settings);
+
+  // A new load takes the place of one that is on its way or ready; while ads play, nothing happens.
+  void load(const std::string& url);
+  void loadDocument(const std::string& text);
+  State state() const;
+
+  // Plays what is ready: over everything in that view, in all of its bounds; or over all of that controller's window. False,
+  // and nothing happens, when nothing is ready or there is no such place. Ads in a view that is taken out of its window, or
+  // goes with it, are closed after a second.
+  bool playIn(const std::shared_ptr<UIView>& view);
+  bool playOver(const std::shared_ptr<UIViewController>& controller);
+
+  // As by the person.
+  void pause();
+  void resume();
+  bool skip();  // false: not yet, or not at all
+  void setMuted(bool muted);
+  bool isMuted() const;
+  void setVolume(float volume);
+  // The player that the ads are in fills the screen, or does so no more: for who measures.
+  void setFullscreen(bool fullscreen);
+  // Closes all ads that play, or forgets what was loaded. DidRequestContentResume and DidEndAll follow where ads played.
+  void stop();
+
+  // Of the ad that plays.
+  std::optional<VeltoVideoAdInfo> info() const;
+  double currentTime() const;  // seconds
+  bool isPaused() const;
+  // What belongs beside it, also after its end until the next one begins. The view, of a companion by its place in that list,
+  // is a page that loads by itself; once it is in a window it counts as shown. Null when there is none.
+  std::vector<VeltoVideoAdCompanion> companions() const;
+  std::shared_ptr<UIView> companionView(size_t place) const;
+
+ private:
+  VeltoVideoAd() = default;
+
+  std::shared_ptr<VideoAdBreak> break_;
+};
+
+}  // namespace velto

@@ -1,0 +1,330 @@
+// Loads, pods, spare ads.
+#include "velto/video/VideoAdBreak.h"
+
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/NSBundle.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/foundation/Text.h"
+
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace velto {
+namespace {
+
+const char* explanationOf(VASTError error) {
+  switch (error) {
+    case VASTError::NotXML:
+      return "the document is not XML";
+    case VASTError::NotVAST:
+      return "the document lacks what it must have";
+    case VASTError::VersionNotSupported:
+      return "the document is of a version that is not read";
+    case VASTError::Trafficking:
+    case VASTError::WrongLinearity:
+      return "the ad is of a kind that is not played here";
+    case VASTError::WrongDuration:
+      return "the ad is too long";
+    case VASTError::CategoryMissing:
+    case VASTError::CategoryBlocked:
+      return "the ad's category is not wanted";
+    case VASTError::WrapperTimeout:
+      return "no answer came in time";
+    case VASTError::WrapperLimit:
+      return "too many wrappers";
+    case VASTError::NoAdsAfterWrapper:
+      return "there is no ad";
+    case VASTError::FileNotFound:
+      return "the ad's file was not found";
+    case VASTError::FileTimeout:
+      return "the ad's file did not come in time";
+    case VASTError::NoSupportedFile:
+      return "none of the ad's files can be played here";
+    case VASTError::FileNotShown:
+      return "the ad's file cannot be decoded, or breaks off";
+    default:
+      return "the ad cannot be shown";
+  }
+}
+
+}  // namespace
+
+VideoAdBreak::VideoAdBreak(std::weak_ptr<VeltoVideoAd> ad, std::weak_ptr<VeltoVideoAdDelegate> delegate)
+    : ad_(std::move(ad)), delegate_(std::move(delegate)) {
+  platformGoes_ = Platform::current().notificationCenter().addObserver(
+      notificationPlatformWillGo, [this](const NSNotification&) { letGo(); });
+}
+
+// The ad may go inside: nothing of it is touched afterwards.
+void VideoAdBreak::tell(const Call& call) {
+  const auto self = shared_from_this();
+  const auto ad = ad_.lock();
+  const auto delegate = delegate_.lock();
+  if (ad && delegate) call(*delegate, *ad);
+}
+
+void VideoAdBreak::tellFailure(VASTError error) {
+  tell([&](auto& to, auto& ad) {
+    to.veltoVideoAdDidFail(ad, {static_cast<int>(error), explanationOf(error)});
+  });
+}
+
+// --- loading
+
+bool VideoAdBreak::beginLoad() {
+  auto* platform = Platform::currentOrNull();
+  if (state_ == State::Playing || !platform) return false;
+  state_ = State::Loading;
+  loadedWith_ = settings_;
+  *sound_ = {settings_.startsMuted, settings_.volume};
+  pod_.clear();
+  spare_.clear();
+  platform->mainQueue().postAfter(settings_.loadTimeout, [weak = weak_from_this(), of = ++load_] {
+    const auto alive = weak.lock();
+    if (!alive || alive->load_ != of || alive->state_ != State::Loading) return;
+    alive->resolving_.cancel();
+    alive->loadFailed(VASTError::WrapperTimeout);
+  });
+  return true;
+}
+
+VASTMacros VideoAdBreak::macros() const {
+  VASTMacros macros;
+  const auto set = [&](VASTMacro macro, const std::string& value) {
+    if (!value.empty()) macros.set(macro, value);
+  };
+  // The place in the content, that this is a player in the stream, and what it reads and does, by the standard's numbers.
+  set(VASTMacro::BreakPosition, std::to_string(static_cast<int>(loadedWith_.position) + 1));
+  set(VASTMacro::PlacementType, "1");
+  using Words = std::vector<std::string>;
+  macros.set(VASTMacro::VASTVersions, Words{"2", "3", "5", "6", "7", "8", "11", "12", "13", "14"});
+  macros.set(VASTMacro::APIFrameworks, "7");
+  macros.set(VASTMacro::PlayerCapabilities, Words{"skip", "mute", "autoplay", "mautoplay", "icon"});
+  set(VASTMacro::OMIDPartner, VideoMeasurement::partner());
+  set(VASTMacro::ContentURI, loadedWith_.contentURL);
+  set(VASTMacro::ContentId, loadedWith_.contentIdentifier);
+  set(VASTMacro::GDPRConsent, loadedWith_.consent);
+  set(VASTMacro::Regulations, loadedWith_.regulations);
+  set(VASTMacro::AppBundle, Platform::current().mainBundle().bundleIdentifier().value_or(""));
+  if (screen_) {
+    const auto size = screen_->stage()->bounds().size;
+    macros.set(VASTMacro::PlayerSize,
+               Words{numberText(std::round(size.width)), numberText(std::round(size.height))});
+  }
+  return macros;
+}
+
+VASTSettings VideoAdBreak::resolverSettings() const {
+  VASTSettings made;
+  made.mostWrappers = loadedWith_.mostWrappers;
+  made.timeout = loadedWith_.answerTimeout;
+  made.longest = loadedWith_.longest;
+  made.macros = macros();
+  return made;
+}
+
+void VideoAdBreak::load(const std::string& address) {
+  if (!beginLoad()) return;
+  const auto url = NSURL::URLByEscaping(macros().expanded(address));
+  const auto of = load_;
+  const auto weak = weak_from_this();
+  if (!url || !url->host()) {
+    return Platform::current().mainQueue().post([weak, of] {
+      const auto alive = weak.lock();
+      if (alive && alive->load_ == of) alive->loadFailed(VASTError::Wrapper);
+    });
+  }
+  resolving_ = VASTResolver::resolve(*url, resolverSettings(), [weak, of](VASTResolution found) {
+    const auto alive = weak.lock();
+    if (alive && alive->load_ == of) alive->loaded(std::move(found));
+  });
+}
+
+void VideoAdBreak::load(VASTDocument document) {
+  if (!beginLoad()) return;
+  resolving_ = VASTResolver::resolve(std::move(document), resolverSettings(),
+                                     [weak = weak_from_this(), of = load_](VASTResolution found) {
+                                       const auto alive = weak.lock();
+                                       if (alive && alive->load_ == of) alive->loaded(std::move(found));
+                                     });
+}
+
+void VideoAdBreak::loaded(VASTResolution found) {
+  if (state_ != State::Loading) return;
+  if (found.pod.empty()) return loadFailed(found.error.value_or(VASTError::NoAdsAfterWrapper));
+  pod_.assign(std::make_move_iterator(found.pod.begin()), std::make_move_iterator(found.pod.end()));
+  spare_.assign(std::make_move_iterator(found.spare.begin()), std::make_move_iterator(found.spare.end()));
+  number_ = 0;
+  count_ = pod_.size();
+  state_ = State::Ready;
+  tell([](auto& to, auto& ad) { to.veltoVideoAdDidLoad(ad); });
+}
+
+void VideoAdBreak::loadFailed(VASTError error) {
+  if (state_ != State::Loading) return;
+  state_ = State::Empty;
+  ++load_;
+  tellFailure(error);
+}
+
+// --- playing
+
+bool VideoAdBreak::playIn(const std::shared_ptr<UIView>& view) {
+  if (state_ != State::Ready || !view || !view->isInWindow()) return false;
+  auto screen = VideoAdScreen::make(loadedWith_.showsControls);
+  screen->fill(view);
+  return begin(std::move(screen));
+}
+
+bool VideoAdBreak::playOver(const std::shared_ptr<UIViewController>& controller) {
+  if (state_ != State::Ready || !controller || !controller->canPresent()) return false;
+  auto screen = VideoAdScreen::make(loadedWith_.showsControls);
+  screen->presentOver(controller, nullptr);
+  return begin(std::move(screen));
+}
+
+bool VideoAdBreak::begin(std::shared_ptr<VideoAdScreen> screen) {
+  state_ = State::Playing;
+  screen_ = std::move(screen);
+  // Never inside the application's call.
+  Platform::current().mainQueue().post([weak = weak_from_this(), of = load_] {
+    const auto alive = weak.lock();
+    if (!alive || alive->load_ != of || alive->state_ != State::Playing) return;
+    alive->contentWaits_ = true;
+    alive->tell([](auto& to, auto& ad) { to.veltoVideoAdDidRequestContentPause(ad); });
+    if (alive->state_ == State::Playing && alive->load_ == of) alive->next();
+  });
+  return true;
+}
+
+void VideoAdBreak::next() {
+  if (pod_.empty()) return finish();
+  auto ad = std::move(pod_.front());
+  pod_.pop_front();
+  ++number_;
+  play(std::move(ad));
+}
+
+void VideoAdBreak::play(VASTAd ad) {
+  companions_.clear();
+  show_ =
+      std::make_shared<VideoAdShow>(std::move(ad), macros(),
+                                    VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number_, count_,
+                                                              isFullscreen_ || screen_->isWhole()},
+                                    weak_from_this());
+  show_->begin();
+}
+
+void VideoAdBreak::adStarted() {
+  const auto show = show_;
+  tell([&](auto& to, auto& ad) { to.veltoVideoAdDidStart(ad, show->info()); });
+}
+
+void VideoAdBreak::adPassed(VeltoVideoAdQuartile quartile) {
+  tell([&](auto& to, auto& ad) { to.veltoVideoAdDidPass(ad, quartile); });
+}
+
+void VideoAdBreak::adPaused(bool paused) {
+  tell([&](auto& to, auto& ad) { paused ? to.veltoVideoAdDidPause(ad) : to.veltoVideoAdDidResume(ad); });
+}
+
+void VideoAdBreak::adPressed() {
+  tell([](auto& to, auto& ad) { to.veltoVideoAdDidPress(ad); });
+}
+
+void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
+  const auto self = shared_from_this();
+  switch (how) {
+    case VideoAdEnd::Completed:
+      tell([](auto& to, auto& ad) { to.veltoVideoAdDidComplete(ad); });
+      break;
+    case VideoAdEnd::Skipped:
+      tell([](auto& to, auto& ad) { to.veltoVideoAdDidSkip(ad); });
+      break;
+    case VideoAdEnd::Failed:
+      if (!hadStarted && !spare_.empty()) {
+        auto ad = std::move(spare_.front());
+        spare_.pop_front();
+        return play(std::move(ad));
+      }
+      tellFailure(error);
+      break;
+    case VideoAdEnd::Closed:
+      return finish();
+  }
+  if (state_ == State::Playing && screen_) next();  // else the application has stopped it meanwhile
+}
+
+void VideoAdBreak::finish() {
+  if (state_ != State::Playing) return;
+  state_ = State::Empty;
+  ++load_;
+  pod_.clear();
+  spare_.clear();
+  removeScreen();
+  if (std::exchange(contentWaits_, false))
+    tell([](auto& to, auto& ad) { to.veltoVideoAdDidRequestContentResume(ad); });
+  tell([](auto& to, auto& ad) { to.veltoVideoAdDidEndAll(ad); });
+}
+
+void VideoAdBreak::removeScreen() {
+  if (const auto screen = std::exchange(screen_, nullptr)) screen->remove();
+}
+
+void VideoAdBreak::stop() {
+  const auto self = shared_from_this();
+  resolving_.cancel();
+  ++load_;
+  if (state_ != State::Playing) {
+    state_ = State::Empty;
+    return;
+  }
+  if (show_) show_->close();
+  // The application hears of it in a later turn, as of all else.
+  Platform::current().mainQueue().post([weak = weak_from_this(), of = load_] {
+    const auto alive = weak.lock();
+    if (alive && alive->load_ == of) alive->finish();
+  });
+  removeScreen();
+}
+
+void VideoAdBreak::letGo() {
+  const auto self = shared_from_this();
+  ad_.reset();
+  delegate_.reset();
+  resolving_.cancel();
+  state_ = State::Empty;
+  ++load_;
+  if (show_) show_->close();
+  removeScreen();
+}
+
+void VideoAdBreak::setFullscreen(bool fullscreen) {
+  isFullscreen_ = fullscreen;
+  if (show_) show_->setFullscreen(fullscreen || (screen_ && screen_->isWhole()));
+}
+
+// --- companions
+
+std::shared_ptr<UIView> VideoAdBreak::companionView(size_t place) {
+  if (!show_ || place >= show_->tracker().ad().companions.size() || !Platform::currentOrNull())
+    return nullptr;
+  auto& page = companions_[place];
+  if (!page) {
+    const auto& companion = show_->tracker().ad().companions[place];
+    const std::weak_ptr<VideoAdShow> of = show_;
+    page = VideoAdPage::make({companion.resources, companion.clickThrough, companion.altText},
+                             {companion.width, companion.height},
+                             {[of, place] {
+                                if (const auto show = of.lock()) show->tracker().companionShown(place);
+                              },
+                              [of, place]() -> std::optional<std::string> {
+                                const auto show = of.lock();
+                                return show ? show->tracker().companionClicked(place) : std::nullopt;
+                              }});
+  }
+  return page ? page->view() : nullptr;
+}
+
+}  // namespace velto

@@ -1,0 +1,78 @@
+// The ads of one load, from the address to the end of the last one: a pod is played in its order, spare ads take the places of
+// those that cannot be played. Made by VeltoVideoAd, which it speaks for; main thread.
+#pragma once
+
+#include "velto/platform/Handle.h"
+#include "velto/vast/VASTResolver.h"
+#include "velto/video/VeltoVideoAd.h"
+#include "velto/video/VideoAdPage.h"
+#include "velto/video/VideoAdShow.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, public VideoAdListener {
+ public:
+  using State = VeltoVideoAd::State;
+
+  VideoAdBreak(std::weak_ptr<VeltoVideoAd> ad, std::weak_ptr<VeltoVideoAdDelegate> delegate);
+
+  void setSettings(const VeltoVideoAdSettings& settings) { settings_ = settings; }
+  void load(const std::string& url);
+  void load(VASTDocument document);
+  bool playIn(const std::shared_ptr<UIView>& view);
+  bool playOver(const std::shared_ptr<UIViewController>& controller);
+  void stop();
+  void letGo();  // the end, of which nobody here hears
+
+  State state() const { return state_; }
+  const std::shared_ptr<VideoAdSound>& sound() const { return sound_; }
+  void setFullscreen(bool fullscreen);
+  // The ad that plays, or played last; null before the first.
+  const std::shared_ptr<VideoAdShow>& show() const { return show_; }
+  std::shared_ptr<UIView> companionView(size_t place);
+
+  void adStarted() override;
+  void adPassed(VeltoVideoAdQuartile quartile) override;
+  void adPaused(bool paused) override;
+  void adPressed() override;
+  void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) override;
+
+ private:
+  using Call = std::function<void(VeltoVideoAdDelegate&, VeltoVideoAd&)>;
+
+  bool beginLoad();
+  VASTSettings resolverSettings() const;
+  VASTMacros macros() const;
+  void loaded(VASTResolution found);
+  void loadFailed(VASTError error);
+  bool begin(std::shared_ptr<VideoAdScreen> screen);
+  void next();
+  void play(VASTAd ad);
+  void finish();
+  void removeScreen();
+  void tell(const Call& call);
+  void tellFailure(VASTError error);
+
+  std::weak_ptr<VeltoVideoAd> ad_;
+  std::weak_ptr<VeltoVideoAdDelegate> delegate_;
+  VeltoVideoAdSettings settings_, loadedWith_;
+  State state_ = State::Empty;
+  uint64_t load_ = 0;  // which one is the valid one
+  Handle resolving_, platformGoes_;
+  std::deque<VASTAd> pod_, spare_;
+  size_t number_ = 0, count_ = 0;  // of the ad that plays
+  std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();
+  bool isFullscreen_ = false, contentWaits_ = false;
+  std::shared_ptr<VideoAdScreen> screen_;
+  std::shared_ptr<VideoAdShow> show_;
+  std::map<size_t, std::shared_ptr<VideoAdPage>> companions_;
+};
+
+}  // namespace velto

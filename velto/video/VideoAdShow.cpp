@@ -1,0 +1,387 @@
+// One video ad. Whoever is called from here may end it: each step looks whether it still goes on.
+#include "velto/video/VideoAdShow.h"
+
+#include "velto/platform/AVAudioSession.h"
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+#include "velto/platform/UIApplication.h"
+#include "velto/platform/UIDevice.h"
+#include "velto/platform/foundation/Text.h"
+#include "velto/vast/VASTMediaChoice.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr double refreshInterval = 0.25, awayInterval = 1;  // seconds
+// When a video ad counts as seen: half of it, so long without a break (the Media Rating Council's measure).
+constexpr int seenPercent = 50;
+constexpr auto seenFor = 2s;
+
+constexpr std::array quartiles{
+    std::tuple{"firstQuartile", VeltoVideoAdQuartile::First, VideoMeasurement::Event::FirstQuartile},
+    std::tuple{"midpoint", VeltoVideoAdQuartile::Midpoint, VideoMeasurement::Event::Midpoint},
+    std::tuple{"thirdQuartile", VeltoVideoAdQuartile::Third, VideoMeasurement::Event::ThirdQuartile}};
+
+OMIDVeltoPosition measuredPosition(VeltoVideoAdPosition position) {
+  switch (position) {
+    case VeltoVideoAdPosition::Preroll:
+      return OMIDVeltoPositionPreroll;
+    case VeltoVideoAdPosition::Midroll:
+      return OMIDVeltoPositionMidroll;
+    case VeltoVideoAdPosition::Postroll:
+      return OMIDVeltoPositionPostroll;
+    case VeltoVideoAdPosition::Standalone:
+      break;
+  }
+  return OMIDVeltoPositionStandalone;
+}
+
+std::weak_ptr<UIView> rootOfWindow(const UIView& view) {
+  UIView* root = view.superview();
+  while (root && root->superview()) root = root->superview();
+  return root ? root->weak_from_this() : std::weak_ptr<UIView>();
+}
+
+bool isSame(const std::weak_ptr<UIView>& a, const std::weak_ptr<UIView>& b) {
+  return !a.owner_before(b) && !b.owner_before(a);
+}
+
+}  // namespace
+
+VideoAdShow::VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around,
+                         std::weak_ptr<VideoAdListener> listener)
+    : tracker_(std::move(ad), std::move(macros)),
+      around_(std::move(around)),
+      listener_(std::move(listener)),
+      icons_(tracker_.ad().linear->icons, {[this](size_t icon) { tracker_.iconShown(icon); },
+                                           [this](size_t icon) { return tracker_.iconClicked(icon); }}),
+      isFullscreen_(around_.isFullscreen) {}
+
+VideoAdShow::~VideoAdShow() {
+  if (media_) media_->cancel();
+}
+
+// --- from files to the first picture
+
+void VideoAdShow::begin() {
+  auto& platform = Platform::current();
+  around_.screen->setListener(weak_from_this());
+  tracker_.observe([this](std::string_view event) {
+    for (const auto& [name, quartile, measured] : quartiles) {
+      if (event != name) continue;
+      if (measurement_) measurement_->tell(measured);
+      passed_.push_back(quartile);
+    }
+  });
+  measurement_ = std::make_unique<VideoMeasurement>(around_.screen->stage(), [weak = weak_from_this()] {
+    if (const auto alive = weak.lock()) alive->look();
+  });
+  measurement_->addControls(around_.screen->controls());
+  root_ = rootOfWindow(*around_.screen->view());
+
+  const double scale = platform.mainScreen().scale();
+  const CGSize size = around_.screen->stage()->bounds().size;
+  VASTSurroundings surroundings;
+  surroundings.canPlay = [&platform](const VASTMediaFile& file) {
+    return platform.media().canPlay(lowercased(file.type), lowercased(file.codec));
+  };
+  surroundings.width = size.width * scale;
+  surroundings.height = size.height * scale;
+  surroundings.bandwidth = around_.settings.bandwidth;
+  surroundings.onlySecure = around_.settings.onlySecureFiles;
+  media_ = std::make_shared<VideoAdMedia>(chooseVASTMedia(tracker_.ad().linear->mediaFiles, surroundings),
+                                          around_.settings.fileTimeout, *this);
+  media_->setVolume(around_.sound->heard());
+  media_->start();
+  look();
+  retime();
+  refresh();
+}
+
+void VideoAdShow::mediaReady(const VASTMediaFile& file) {
+  const auto self = shared_from_this();
+  isReady_ = true;
+  around_.screen->setPicture(media_->player()->makePicture());
+  tracker_.chose(file);
+  tracker_.setMuted(around_.sound->muted);
+  tracker_.setFullscreen(isFullscreen_);
+  tracker_.loaded();
+  startMeasuring();
+  applyPlaying();
+}
+
+// Scripts of vendors that the application wants, and of the kind that runs here; the others' servers are told.
+void VideoAdShow::startMeasuring() {
+  const auto& ad = tracker_.ad();
+  const auto& refused = around_.settings.refusedVendors;
+  std::vector<VideoMeasurement::Script> scripts;
+  for (const auto& verification : ad.verifications) {
+    if (std::find(refused.begin(), refused.end(), verification.vendor) != refused.end()) {
+      tracker_.notVerified(verification, VASTNotVerified::VendorRefused);
+      continue;
+    }
+    const auto before = scripts.size();
+    for (const auto& script : verification.scripts) {
+      const VideoMeasurement::Script found{script.url, verification.vendor, verification.parameters};
+      if (scripts.size() == before && lowercased(script.apiFramework) == "omid" &&
+          VideoMeasurement::canRun(found))
+        scripts.push_back(found);
+    }
+    if (scripts.size() == before) tracker_.notVerified(verification, VASTNotVerified::NotSupported);
+  }
+  measurement_->start(scripts, info().skippableAfter, measuredPosition(around_.settings.position));
+}
+
+void VideoAdShow::startPlaying() {
+  hasStarted_ = isPlaying_ = true;
+  AVAudioSession::sharedInstance().setActive();
+  media_->setPlaying(true);
+  const double length = media_->duration();
+  tracker_.started(length > 0 ? std::optional(length) : std::nullopt);
+  measurement_->impression();
+  measurement_->started(tracker_.duration().value_or(0), around_.sound->heard());
+  if (isFullscreen_) measurement_->setFullscreen(true);
+
+  std::vector<double> times = icons_.times();
+  const auto& linear = *tracker_.ad().linear;
+  if (const auto duration = tracker_.duration())
+    for (const double part : {0.25, 0.5, 0.75}) times.push_back(*duration * part);
+  for (const auto& tracking : linear.trackings)
+    if (const auto at = tracking.offset ? tracking.offset->secondsOf(tracker_.duration()) : std::nullopt)
+      times.push_back(*at);
+  if (const auto skippable = info().skippableAfter) times.push_back(*skippable);
+  media_->atTimes(times, [weak = weak_from_this()] {
+    if (const auto alive = weak.lock()) alive->playheadMoved();
+  });
+  retime();
+  watchViewable();
+  refresh();
+  if (const auto to = listener_.lock()) to->adStarted();
+  if (!hasEnded_) tellPassed();
+}
+
+// --- while it plays
+
+void VideoAdShow::applyPlaying() {
+  if (!isReady_ || hasEnded_) return;
+  const bool plays = !pausedByPerson_ && !isAway_;
+  if (!hasStarted_) return plays ? startPlaying() : retime();
+  if (std::exchange(isPlaying_, plays) == plays) return;
+  media_->setPlaying(plays);
+  tracker_.playhead(media_->seconds());
+  tracker_.setPaused(!plays);
+  measurement_->tell(plays ? Event::Resume : Event::Pause);
+  retime();
+  watchViewable();
+  refresh();
+  tellPassed();
+  if (const auto to = listener_.lock(); to && !hasEnded_) to->adPaused(!plays);
+}
+
+void VideoAdShow::playheadMoved() {
+  if (hasEnded_) return;
+  tracker_.playhead(media_->seconds());
+  refresh();
+  tellPassed();
+}
+
+void VideoAdShow::tellPassed() {
+  const auto passed = std::exchange(passed_, {});
+  for (const auto quartile : passed)
+    if (const auto to = listener_.lock(); to && !hasEnded_) to->adPassed(quartile);
+}
+
+void VideoAdShow::mediaStalled(bool stalled) {
+  isStalled_ = stalled;
+  if (hasStarted_) measurement_->tell(stalled ? Event::BufferStart : Event::BufferFinish);
+  watchViewable();
+}
+
+void VideoAdShow::mediaEnded() {
+  const auto self = shared_from_this();
+  if (hasEnded_) return;
+  tracker_.completed();
+  tellPassed();
+  if (hasEnded_) return;
+  measurement_->tell(Event::Complete);
+  end(VideoAdEnd::Completed);
+}
+
+void VideoAdShow::mediaFailed(VASTError error) {
+  const auto self = shared_from_this();
+  if (hasEnded_) return;
+  tracker_.failed(error);
+  end(VideoAdEnd::Failed, error);
+}
+
+void VideoAdShow::look() {
+  if (hasEnded_) return;
+  const bool wasAway = std::exchange(isAway_, measurement_->seen().away);
+  watchViewable();
+  if (wasAway == isAway_) return;
+  retime();
+  applyPlaying();
+}
+
+void VideoAdShow::watchViewable() {
+  const bool counts =
+      hasStarted_ && !hasEnded_ && isPlaying_ && !isStalled_ && measurement_->seen().percent >= seenPercent;
+  if (std::exchange(countsAsSeen_, counts) == counts) return;
+  ++sighting_;
+  auto* platform = Platform::currentOrNull();
+  if (!counts || !platform) return;
+  platform->mainQueue().postAfter(seenFor, [weak = weak_from_this(), of = sighting_] {
+    const auto alive = weak.lock();
+    if (alive && alive->sighting_ == of && !alive->hasEnded_)
+      alive->tracker_.viewability(VASTViewability::Viewable);
+  });
+}
+
+// Nothing needs to be looked at while a person has it wait.
+void VideoAdShow::retime() {
+  timer_.reset();
+  if (hasEnded_ || (pausedByPerson_ && !isAway_)) return;
+  timer_ = NSTimer::scheduledTimerWithTimeInterval(isAway_ ? awayInterval : refreshInterval,
+                                                   [weak = weak_from_this()] {
+                                                     if (const auto alive = weak.lock()) alive->tick();
+                                                   });
+}
+
+void VideoAdShow::tick() {
+  if (wasTakenAway()) return end(VideoAdEnd::Closed);
+  if (!hasStarted_) return;
+  media_->look();
+  playheadMoved();
+}
+
+// Without a view around it, or in one that left its window. A window that is hidden is not left.
+bool VideoAdShow::wasTakenAway() const {
+  const auto& view = *around_.screen->view();
+  if (!view.superview()) return true;
+  return !view.isInWindow() && !isSame(root_, rootOfWindow(view));
+}
+
+void VideoAdShow::refresh() {
+  if (hasEnded_) return;
+  const auto info = this->info();
+  const double at = seconds();
+  VideoAdControls::State state;
+  state.label =
+      videoAdLabel(around_.number, around_.count,
+                   hasStarted_ && info.duration > 0 ? std::optional(info.duration - at) : std::nullopt);
+  state.playing = !pausedByPerson_;
+  state.muted = around_.sound->muted;
+  state.leadsSomewhere = info.leadsSomewhere;
+  state.skippable = info.skippableAfter.has_value() && hasStarted_;
+  if (info.skippableAfter && !tracker_.maySkip())
+    state.skipsIn = std::max(1, static_cast<int>(std::ceil(std::min(*info.skippableAfter - at, 1e6))));
+  state.played = info.duration > 0 ? std::clamp(at / info.duration, 0.0, 1.0) : 0;
+  around_.screen->controls()->show(state);
+  if (hasStarted_) icons_.show(at, *around_.screen->controls());
+}
+
+// --- a person, or the application
+
+void VideoAdShow::pause(bool paused) {
+  const auto self = shared_from_this();
+  if (hasEnded_ || std::exchange(pausedByPerson_, paused) == paused) return;
+  applyPlaying();
+  if (hasEnded_) return;
+  retime();
+  refresh();
+}
+
+void VideoAdShow::screenMuted() {
+  around_.sound->muted = !around_.sound->muted;
+  soundChanged();
+}
+
+void VideoAdShow::soundChanged() {
+  if (hasEnded_) return;
+  if (media_) media_->setVolume(around_.sound->heard());
+  tracker_.setMuted(around_.sound->muted);
+  if (measurement_) measurement_->volumeChanged(around_.sound->heard());
+  refresh();
+}
+
+void VideoAdShow::setFullscreen(bool fullscreen) {
+  if (hasEnded_ || std::exchange(isFullscreen_, fullscreen) == fullscreen) return;
+  tracker_.setFullscreen(fullscreen);
+  if (measurement_) measurement_->setFullscreen(fullscreen);
+}
+
+bool VideoAdShow::skip() {
+  const auto self = shared_from_this();
+  if (hasStarted_ && !hasEnded_) playheadMoved();
+  if (hasEnded_ || !tracker_.maySkip()) return false;
+  tracker_.skipped();
+  measurement_->tell(Event::Skipped);
+  end(VideoAdEnd::Skipped);
+  return true;
+}
+
+// A film that waits goes on when it is pressed; else it leads where the ad wants, and waits for the person to come back.
+void VideoAdShow::screenPressed(std::optional<CGPoint> place) {
+  const auto self = shared_from_this();
+  if (!hasStarted_ || hasEnded_) return;
+  if (pausedByPerson_ && place) return pause(false);
+  if (!info().leadsSomewhere) return;
+  playheadMoved();
+  if (hasEnded_) return;
+  const auto address =
+      tracker_.clicked(place ? std::optional(VASTClickPosition{place->x, place->y}) : std::nullopt);
+  measurement_->tell(Event::Click);
+  const auto url = address ? NSURL::URLByEscaping(*address) : std::nullopt;
+  auto& application = Platform::current().application();
+  if (url && application.canOpenURL(*url)) application.openURL(*url, {}, nullptr);
+  if (const auto to = listener_.lock()) to->adPressed();
+  pause(true);
+}
+
+VeltoVideoAdInfo VideoAdShow::info() const {
+  const auto& ad = tracker_.ad();
+  VeltoVideoAdInfo info;
+  info.identifier = ad.id;
+  info.title = ad.adTitle;
+  info.advertiser = ad.advertiser;
+  info.adSystem = ad.adSystem;
+  info.number = around_.number;
+  info.count = around_.count;
+  info.duration = tracker_.duration().value_or(0);
+  if (const auto& offset = ad.linear->skipOffset)
+    info.skippableAfter = offset->secondsOf(tracker_.duration());
+  info.leadsSomewhere = !ad.linear->clickThrough.empty();
+  return info;
+}
+
+// --- the end
+
+void VideoAdShow::close() {
+  listener_.reset();
+  end(VideoAdEnd::Closed);
+}
+
+void VideoAdShow::end(VideoAdEnd how, VASTError error) {
+  if (std::exchange(hasEnded_, true)) return;
+  const auto self = shared_from_this();
+  if (how == VideoAdEnd::Closed) tracker_.closed();
+  if (hasStarted_)
+    tracker_.viewability(measurement_->seen().measurable ? VASTViewability::NotViewable
+                                                         : VASTViewability::Undetermined);
+  timer_.reset();
+  icons_.clear();
+  around_.screen->setListener({});
+  if (media_) media_->cancel();
+  around_.screen->setPicture(nullptr);
+  measurement_.reset();
+  if (const auto to = listener_.lock()) to->adEnded(how, error, hasStarted_);
+}
+
+}  // namespace velto

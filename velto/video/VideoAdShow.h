@@ -1,0 +1,109 @@
+// One video ad from its files to its end: what plays, what its servers are told, what is measured and what a person does come
+// together here. Made by the ad break for each ad of a pod; main thread.
+#pragma once
+
+#include "velto/measurement/VideoMeasurement.h"
+#include "velto/platform/NSTimer.h"
+#include "velto/vast/VASTTracker.h"
+#include "velto/video/VeltoVideoAd.h"
+#include "velto/video/VideoAdIcons.h"
+#include "velto/video/VideoAdMedia.h"
+#include "velto/video/VideoAdScreen.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace velto {
+
+enum class VideoAdEnd : uint8_t { Completed, Skipped, Failed, Closed };
+
+// The ad break. In adEnded() it may let go of the ad.
+class VideoAdListener {
+ public:
+  virtual void adStarted() = 0;
+  virtual void adPassed(VeltoVideoAdQuartile quartile) = 0;
+  virtual void adPaused(bool paused) = 0;
+  virtual void adPressed() = 0;
+  virtual void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) = 0;
+
+ protected:
+  ~VideoAdListener() = default;
+};
+
+// What goes from one ad to the next.
+struct VideoAdSound {
+  bool muted = false;
+  float volume = 1;
+  float heard() const { return muted ? 0 : volume; }
+};
+
+class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
+                          public VideoAdMediaListener,
+                          public VideoAdScreen::Listener {
+ public:
+  struct Surroundings {
+    VeltoVideoAdSettings settings;
+    std::shared_ptr<VideoAdScreen> screen;
+    std::shared_ptr<VideoAdSound> sound;
+    size_t number = 1, count = 1;
+    bool isFullscreen = false;
+  };
+
+  VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around, std::weak_ptr<VideoAdListener> listener);
+  ~VideoAdShow();
+
+  void begin();
+  void close();  // tells its servers, and nobody here
+  void pause(bool paused);
+  bool skip();
+  void soundChanged();
+  void setFullscreen(bool fullscreen);
+
+  VeltoVideoAdInfo info() const;
+  double seconds() const { return media_ ? media_->seconds() : 0; }
+  bool isPaused() const { return hasStarted_ && !isPlaying_; }
+  VASTTracker& tracker() { return tracker_; }
+
+  void mediaReady(const VASTMediaFile& file) override;
+  void mediaStalled(bool stalled) override;
+  void mediaEnded() override;
+  void mediaFailed(VASTError error) override;
+  void screenToggled() override { pause(!pausedByPerson_); }
+  void screenMuted() override;
+  void screenSkipped() override { skip(); }
+  void screenPressed(std::optional<CGPoint> place) override;
+  void screenWentAway() override { end(VideoAdEnd::Closed); }
+
+ private:
+  using Event = VideoMeasurement::Event;
+  void startMeasuring();
+  void applyPlaying();
+  void startPlaying();
+  void playheadMoved();
+  void tellPassed();
+  void look();
+  void watchViewable();
+  void tick();
+  void retime();
+  bool wasTakenAway() const;
+  void refresh();
+  void end(VideoAdEnd how, VASTError error = VASTError::Undefined);
+
+  VASTTracker tracker_;
+  const Surroundings around_;
+  std::weak_ptr<VideoAdListener> listener_;
+  std::shared_ptr<VideoAdMedia> media_;
+  std::unique_ptr<VideoMeasurement> measurement_;
+  VideoAdIcons icons_;
+  std::unique_ptr<NSTimer> timer_;
+  std::weak_ptr<UIView> root_;                // of the window that it began in
+  std::vector<VeltoVideoAdQuartile> passed_;  // and not yet told
+  bool isReady_ = false, hasStarted_ = false, hasEnded_ = false, isPlaying_ = false;
+  bool pausedByPerson_ = false, isAway_ = false, isStalled_ = false, isFullscreen_ = false;
+  bool countsAsSeen_ = false;
+  uint64_t sighting_ = 0;  // which one is being timed
+};
+
+}  // namespace velto
