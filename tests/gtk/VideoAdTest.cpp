@@ -1,0 +1,180 @@
+// A real video ad, made here and served on loopback, over a widget of a real window: seen, heard of by its servers in order,
+// pressed, paused with its window, measured by its script.
+#include "velto/video/VeltoVideoAd.h"
+
+#include <cmath>
+#include <mutex>
+
+#include "../support/LoopbackServer.h"
+#include "DisplayTest.h"
+
+namespace velto::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Two seconds of red with a tone, as WebM.
+std::string madeAdVideo() {
+  const auto file = std::filesystem::temp_directory_path() / "ad.webm";
+  const std::string line =
+      "gst-launch-1.0 -q webmmux name=mux ! filesink location=" + file.string() +
+      " videotestsrc num-buffers=60 pattern=red ! video/x-raw,width=320,height=180,framerate=30/1"
+      " ! vp8enc deadline=1 keyframe-max-dist=6 ! mux."
+      " audiotestsrc num-buffers=86 ! audioconvert ! vorbisenc ! mux.";
+  if (run({"sh", "-c", line}).code != 0) throw std::runtime_error("no video: " + line);
+  return textOf(file);
+}
+
+class Heard final : public VeltoVideoAdDelegate {
+ public:
+  Lines all;
+  void veltoVideoAdDidLoad(VeltoVideoAd&) override { all.emplace_back("loaded"); }
+  void veltoVideoAdDidFail(VeltoVideoAd&, const VeltoVideoAdError& error) override {
+    all.push_back("failed " + std::to_string(error.code));
+  }
+  void veltoVideoAdDidStart(VeltoVideoAd&, const VeltoVideoAdInfo& info) override {
+    EXPECT_NEAR(info.duration, 2, 0.1);
+    all.emplace_back("start");
+  }
+  void veltoVideoAdDidPause(VeltoVideoAd&) override { all.emplace_back("pause"); }
+  void veltoVideoAdDidResume(VeltoVideoAd&) override { all.emplace_back("resume"); }
+  void veltoVideoAdDidPress(VeltoVideoAd&) override { all.emplace_back("press"); }
+  void veltoVideoAdDidComplete(VeltoVideoAd&) override { all.emplace_back("complete"); }
+  void veltoVideoAdDidSkip(VeltoVideoAd&) override { all.emplace_back("skip"); }
+  void veltoVideoAdDidEndAll(VeltoVideoAd&) override { all.emplace_back("end"); }
+};
+
+class GtkVideoAd : public DisplayTest {
+ protected:
+  static void SetUpTestSuite() {
+    g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
+    video = madeAdVideo();
+  }
+  GtkVideoAd() {
+    gtk::install({.applicationIdentifier = "org.example.videoad", .mayReachLocalNetwork = true});
+    server_->Get("/ad.xml",
+                 [this](const auto&, auto& response) { response.set_content(document(), "text/xml"); });
+    server_->Get("/ad.webm", [](const auto&, auto& response) { response.set_content(video, "video/webm"); });
+    server_->Get("/v.js", [](const auto&, auto& response) {
+      response.set_content(
+          "var told = [], v = top.omid.v1_VerificationServiceCommunication || "
+          "omidVerificationProperties.serviceWindow.omid.v1_VerificationServiceCommunication;",
+          "text/javascript");
+    });
+    server_->Get("/t/.*", [this](const auto& request, auto& response) {
+      const std::lock_guard lock(mutex_);
+      told_.push_back(request.path.substr(3));
+      response.status = 204;
+    });
+    server_.start();
+    window = newWindow(400, 300);
+    content = painted(400, 300, 0, 0, 1);
+    gtk_window_set_child(window, content);
+    controller = present(window);
+    ad = VeltoVideoAd::make(heard);
+  }
+  ~GtkVideoAd() override {
+    ad.reset();
+    controller.reset();
+    gtk::uninstall();
+    gtk_window_destroy(window);
+  }
+
+  std::string document() const {
+    std::string trackings;
+    for (const char* event :
+         {"start", "firstQuartile", "midpoint", "thirdQuartile", "complete", "pause", "resume", "skip"})
+      trackings += tracking("Tracking event=\"" + std::string(event) + "\"", event);
+    // The first file is of a kind that no decoder here takes, and the better one.
+    return "<VAST version=\"4.2\"><Ad><InLine><AdSystem>S</AdSystem>" + tracking("Impression", "impression") +
+           tracking("Error", "error[ERRORCODE]") + "<Creatives><Creative><Linear skipoffset=\"00:00:01\">" +
+           "<Duration>00:00:02</Duration><TrackingEvents>" + trackings + "</TrackingEvents><MediaFiles>" +
+           "<MediaFile type=\"video/x-nobody-plays-this\" width=\"400\" height=\"300\">" +
+           server_.address("/t/odd") +
+           "</MediaFile><MediaFile type=\"video/webm\" codec=\"vp8\" width=\"320\" height=\"180\">" +
+           server_.address("/ad.webm") +
+           "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>";
+  }
+  std::string tracking(const std::string& element, const std::string& path) const {
+    return "<" + element + ">" + server_.address("/t/" + path) + "</" + element.substr(0, element.find(' ')) +
+           ">";
+  }
+  Lines told() {
+    const std::lock_guard lock(mutex_);
+    return told_;
+  }
+  void load() {
+    ad->load(server_.address("/ad.xml"));
+    ASSERT_TRUE(runUntil([&] { return !heard->all.empty(); }));
+    ASSERT_EQ(heard->all.back(), "loaded");
+  }
+  bool isHeard(const std::string& what) {
+    return runUntil(
+        [&] { return std::find(heard->all.begin(), heard->all.end(), what) != heard->all.end(); });
+  }
+
+  inline static std::string video;
+  GtkWindow* window;
+  GtkWidget* content;
+  std::shared_ptr<UIViewController> controller;
+  std::shared_ptr<Heard> heard = std::make_shared<Heard>();
+  std::shared_ptr<VeltoVideoAd> ad;
+
+ private:
+  std::mutex mutex_;
+  Lines told_;
+  LoopbackServer server_;
+};
+
+TEST_F(GtkVideoAd, PlaysOverAWidgetToItsEnd) {
+  load();
+  ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
+  ASSERT_TRUE(isHeard("start"));
+  ASSERT_TRUE(runUntil([&] { return (pictureOf(window).at(200, 150) & 0xe0c0c0) == 0xe00000; })) << "red";
+  EXPECT_EQ(pictureOf(window).at(200, 20), 0U) << "the ad's own ground, not the application's";
+  ASSERT_TRUE(isHeard("end"));
+  EXPECT_EQ(heard->all, (Lines{"loaded", "start", "complete", "end"}));
+  const Lines wanted{"impression", "start", "firstQuartile", "midpoint", "thirdQuartile", "complete"};
+  // Two that leave at one moment may come by different connections.
+  ASSERT_TRUE(runUntil([&] { return told().size() >= wanted.size(); }));
+  auto came = told();
+  std::sort(came.begin(), came.begin() + 2);
+  EXPECT_EQ(came, wanted);
+  ASSERT_TRUE(runUntil([&] { return pictureOf(window).at(200, 150) == 0x0000ff; }))
+      << "the application's again";
+}
+
+TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {
+  load();
+  ASSERT_TRUE(ad->playOver(controller));
+  ASSERT_TRUE(isHeard("start"));
+  giveKeyboard(window);
+  xdotool("key m");
+  ASSERT_TRUE(runUntil([&] { return ad->isMuted(); }));
+  xdotool("key space");
+  ASSERT_TRUE(isHeard("pause"));
+  xdotool("key space");
+  ASSERT_TRUE(isHeard("resume"));
+  ASSERT_TRUE(runUntil([&] { return ad->currentTime() > 1; }));
+  xdotool("key Escape");
+  ASSERT_TRUE(isHeard("end"));
+  EXPECT_EQ(heard->all, (Lines{"loaded", "start", "pause", "resume", "skip", "end"}));
+}
+
+TEST_F(GtkVideoAd, GoesWithItsWindow) {
+  load();
+  ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
+  ASSERT_TRUE(isHeard("start"));
+  gtk_widget_set_visible(GTK_WIDGET(window), FALSE);
+  ASSERT_TRUE(isHeard("pause"));
+  const double at = ad->currentTime();
+  EXPECT_LT(at, 2);
+  gtk_window_present(window);
+  ASSERT_TRUE(isHeard("resume"));
+  gtk_widget_set_visible(GTK_WIDGET(window), FALSE);
+  gtk_window_set_child(window, nullptr);
+  ASSERT_TRUE(isHeard("end"));
+}
+
+}  // namespace
+}  // namespace velto::test
