@@ -17,7 +17,7 @@ namespace {
 constexpr double pillHeight = 36;  // points, as all below
 constexpr double pillPadding = 14;
 constexpr double fontSize = 14;
-constexpr double letterWidth = 0.62;  // of the font's size, on the average and generously
+constexpr double letterWidth = 0.56;  // of the font's size, on the average and generously
 constexpr double margin = 12;
 constexpr double gap = 8;
 constexpr double lineHeight = 4;

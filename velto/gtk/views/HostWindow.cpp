@@ -79,7 +79,9 @@ HostWindow& HostWindow::make(GtkWindow* window) {
         std::string("hostViewController: a ") + G_OBJECT_TYPE_NAME(window) +
         " keeps its content to itself; give another window, such as the one it is over");
   g_object_set_data(G_OBJECT(window), windowKey, host.get());
-  return *host.release();  // deleted by destroyed()
+  auto& made = *host.release();  // deleted by destroyed()
+  tellVisibility();              // it may have been on the screen before, and counts from here on
+  return made;
 }
 
 GtkWidget* HostWindow::mappedWidget() {
