@@ -61,6 +61,7 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   using Delegate = std::shared_ptr<VeltoVideoAdDelegate>;
   enum class State : uint8_t { Empty, Loading, Ready, Playing };
 
+  // Held weakly. Throws std::logic_error without a platform.
   static std::shared_ptr<VeltoVideoAd> make(const Delegate& delegate);
   VeltoVideoAd(const VeltoVideoAd&) = delete;
   VeltoVideoAd& operator=(const VeltoVideoAd&) = delete;

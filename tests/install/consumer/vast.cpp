@@ -1,9 +1,11 @@
-// Reads a document of a video ad. Run by the install test, which wants exit code 0.
+// Reads a document of a video ad, and asks for its player, which needs a platform. Run by the install test, which wants exit code 0.
 #include <velto/vast/VASTMediaChoice.h>
 #include <velto/vast/VASTResolver.h>
 #include <velto/vast/VASTTracker.h>
+#include <velto/velto.h>
 
 #include <cstdio>
+#include <stdexcept>
 
 int main() {
   const auto document = velto::VASTDocument::read(
@@ -15,5 +17,10 @@ int main() {
   const velto::VASTTracker tracker(document.ads[0]);
   const auto files = velto::chooseVASTMedia(tracker.ad().linear->mediaFiles, {});
   std::printf("VAST: %s\n", files.at(0).url.c_str());
-  return 0;
+  try {
+    velto::VeltoVideoAd::make(nullptr);
+    return 1;
+  } catch (const std::logic_error&) {
+    return 0;
+  }
 }
