@@ -249,6 +249,11 @@ TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
   EXPECT_EQ(told->started->number, 2U);
   EXPECT_EQ(told->started->count, 2U);
   EXPECT_EQ(playAll({broken, {.id = "d"}, second}), between(one, one));
+  // The next one is loaded while one plays: there is no gap.
+  media.setVideo("https://v/slow.webm", {.loadsAfter = 4s});
+  play({{.attributes = "sequence=\"1\""}, {.files = file("slow.webm"), .attributes = "sequence=\"2\""}});
+  platform->advance(20s);
+  EXPECT_EQ(heard(), between(one, one));
 }
 
 TEST_F(VideoAdTest, LoadsThatFail) {
@@ -511,6 +516,8 @@ TEST_F(VideoAdTest, IconsAndCompanions) {
   sent();
   window->tapLink(*page, "https://own/");
   EXPECT_EQ(sent(), "companion-click ") << "companions stay";
+  ad.reset();
+  EXPECT_EQ(companion->superview(), nullptr);
 }
 
 // The scripts of the document run, those that may not are told of, and hear the truth.

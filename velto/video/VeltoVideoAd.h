@@ -98,7 +98,7 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   double currentTime() const;  // seconds
   bool isPaused() const;
   // What belongs beside it, also after its end until the next one begins. The view, of a companion by its place in that list,
-  // is a page that loads by itself; once it is in a window it counts as shown. Null when there is none.
+  // is a page that loads by itself; once it is in a window it counts as shown, and it leaves with its ad. Null when there is none.
   std::vector<VeltoVideoAdCompanion> companions() const;
   std::shared_ptr<UIView> companionView(size_t place) const;
 

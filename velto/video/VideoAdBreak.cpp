@@ -199,21 +199,36 @@ bool VideoAdBreak::begin(std::shared_ptr<VideoAdScreen> screen) {
 }
 
 void VideoAdBreak::next() {
-  if (pod_.empty()) return finish();
-  auto ad = std::move(pod_.front());
-  pod_.pop_front();
+  auto show = std::exchange(upcoming_, nullptr);
+  if (!show && pod_.empty()) return finish();
   ++number_;
-  play(std::move(ad));
+  if (!show) {
+    show = makeShow(std::move(pod_.front()), number_);
+    pod_.pop_front();
+  }
+  play(std::move(show));
 }
 
-void VideoAdBreak::play(VASTAd ad) {
-  companions_.clear();
-  show_ =
-      std::make_shared<VideoAdShow>(std::move(ad), macros(),
-                                    VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number_, count_,
-                                                              isFullscreen_ || screen_->isWhole()},
-                                    weak_from_this());
-  show_->begin();
+// So that there is no gap between two ads.
+void VideoAdBreak::adNearsEnd() {
+  if (upcoming_ || pod_.empty() || !screen_) return;
+  upcoming_ = makeShow(std::move(pod_.front()), number_ + 1);
+  pod_.pop_front();
+  upcoming_->prepare();
+}
+
+std::shared_ptr<VideoAdShow> VideoAdBreak::makeShow(VASTAd ad, size_t number) {
+  return std::make_shared<VideoAdShow>(std::move(ad), macros(),
+                                       VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number, count_,
+                                                                 isFullscreen_ || screen_->isWhole()},
+                                       weak_from_this());
+}
+
+void VideoAdBreak::play(std::shared_ptr<VideoAdShow> show) {
+  removeCompanions();
+  show_ = std::move(show);
+  const auto begins = show_;  // the next one may take its place inside
+  begins->begin();
 }
 
 void VideoAdBreak::adStarted() {
@@ -246,7 +261,7 @@ void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
       if (!hadStarted && !spare_.empty()) {
         auto ad = std::move(spare_.front());
         spare_.pop_front();
-        return play(std::move(ad));
+        return play(makeShow(std::move(ad), number_));
       }
       tellFailure(error);
       break;
@@ -269,6 +284,7 @@ void VideoAdBreak::finish() {
 }
 
 void VideoAdBreak::removeScreen() {
+  if (const auto upcoming = std::exchange(upcoming_, nullptr)) upcoming->close();
   if (const auto screen = std::exchange(screen_, nullptr)) screen->remove();
 }
 
@@ -298,14 +314,22 @@ void VideoAdBreak::letGo() {
   ++load_;
   if (show_) show_->close();
   removeScreen();
+  removeCompanions();
 }
 
 void VideoAdBreak::setFullscreen(bool fullscreen) {
   isFullscreen_ = fullscreen;
-  if (show_) show_->setFullscreen(fullscreen || (screen_ && screen_->isWhole()));
+  for (const auto& show : {show_, upcoming_})
+    if (show) show->setFullscreen(fullscreen || (screen_ && screen_->isWhole()));
 }
 
 // --- companions
+
+// Nobody would hear of a click on them any more.
+void VideoAdBreak::removeCompanions() {
+  for (const auto& [place, page] : std::exchange(companions_, {}))
+    if (page) page->view()->removeFromSuperview();
+}
 
 std::shared_ptr<UIView> VideoAdBreak::companionView(size_t place) {
   if (!show_ || place >= show_->tracker().ad().companions.size() || !Platform::currentOrNull())

@@ -42,6 +42,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   void adPassed(VeltoVideoAdQuartile quartile) override;
   void adPaused(bool paused) override;
   void adPressed() override;
+  void adNearsEnd() override;
   void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) override;
 
  private:
@@ -54,9 +55,11 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   void loadFailed(VASTError error);
   bool begin(std::shared_ptr<VideoAdScreen> screen);
   void next();
-  void play(VASTAd ad);
+  std::shared_ptr<VideoAdShow> makeShow(VASTAd ad, size_t number);
+  void play(std::shared_ptr<VideoAdShow> show);
   void finish();
   void removeScreen();
+  void removeCompanions();
   void tell(const Call& call);
   void tellFailure(VASTError error);
 
@@ -71,7 +74,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();
   bool isFullscreen_ = false, contentWaits_ = false;
   std::shared_ptr<VideoAdScreen> screen_;
-  std::shared_ptr<VideoAdShow> show_;
+  std::shared_ptr<VideoAdShow> show_, upcoming_;
   std::map<size_t, std::shared_ptr<VideoAdPage>> companions_;
 };
 

@@ -16,12 +16,12 @@ namespace {
 
 constexpr double pillHeight = 36;  // points, as all below
 constexpr double pillPadding = 14;
-constexpr double fontSize = 14;
+constexpr double pillFontSize = 14;
 constexpr double letterWidth = 0.56;  // of the font's size, on the average and generously
-constexpr double margin = 12;
+constexpr double pillMargin = 12;
 constexpr double gap = 8;
-constexpr double lineHeight = 4;
-constexpr double pillLevel = 0.07, pillAlpha = 0.72, rimAlpha = 0.35, trackAlpha = 0.3, dimmed = 0.75;
+constexpr double playedHeight = 4;
+constexpr double pillLevel = 0.07, pillAlpha = 0.72, rimAlpha = 0.35, unplayedAlpha = 0.3, dimmed = 0.75;
 
 std::string inUsersLanguage(const char* text) {
   return Platform::current().application().translated(text);
@@ -47,11 +47,11 @@ size_t letters(const std::string& utf8) {
 class Pill final : public UIButton {
  public:
   Pill() {
-    setTitleFontSize(fontSize);
+    setTitleFontSize(pillFontSize);
     setTitleColor(UIColor::colorWithWhite(1, dimmed), UIControlStateDisabled);
   }
   double wantedWidth(double scale) const {
-    return static_cast<double>(letters(title())) * fontSize * letterWidth * scale + 2 * pillPadding;
+    return static_cast<double>(letters(title())) * pillFontSize * letterWidth * scale + 2 * pillPadding;
   }
   void layoutSubviews() override {
     const bool opaque = Platform::current().application().isReduceTransparencyEnabled();
@@ -107,7 +107,7 @@ std::shared_ptr<VideoAdControls> VideoAdControls::make(Actions actions, bool vis
   controls->surface_ = std::make_shared<Surface>(actions.press);
   controls->surface_->addAction(actions.toggle, UIControlEventTouchUpInside);
   controls->track_ = UIView::make();
-  controls->track_->setBackgroundColor(UIColor::colorWithWhite(1, trackAlpha));
+  controls->track_->setBackgroundColor(UIColor::colorWithWhite(1, unplayedAlpha));
   controls->played_ = UIView::make();
   controls->played_->setBackgroundColor(UIColor({1, 0.8, 0.1, 1}));
   const auto pill = [&](std::function<void()> action) {
@@ -174,23 +174,23 @@ void VideoAdControls::layoutSubviews() {
   const auto wide = [](const std::shared_ptr<UIButton>& button, double scale) {
     return static_cast<const Pill&>(*button).wantedWidth(scale);
   };
-  const double usual = wide(play_, 1) + wide(mute_, 1) + wide(skip_, 1) + 2 * gap + 2 * margin;
+  const double usual = wide(play_, 1) + wide(mute_, 1) + wide(skip_, 1) + 2 * gap + 2 * pillMargin;
   const double scale = std::clamp(Platform::current().application().textScale(), 1.0,
                                   std::max(1.0, area.size.width / std::max(usual, 1.0)));
   const double height = pillHeight * scale;
-  const double bottom = area.maxY() - lineHeight - margin - height;
-  const double top = area.minY() + margin;
+  const double bottom = area.maxY() - playedHeight - pillMargin - height;
+  const double top = area.minY() + pillMargin;
   const auto place = [&](const std::shared_ptr<UIButton>& button, double x, double y) {
     button->setFrame({{x, y}, {wide(button, scale), height}});
     return x + wide(button, scale) + gap;
   };
-  place(label_, area.minX() + margin, top);
-  place(more_, area.maxX() - margin - wide(more_, scale), top);
-  place(mute_, place(play_, area.minX() + margin, bottom), bottom);
-  place(skip_, area.maxX() - margin - wide(skip_, scale), bottom);
-  const CGRect line{{area.minX(), area.maxY() - lineHeight}, {area.size.width, lineHeight}};
+  place(label_, area.minX() + pillMargin, top);
+  place(more_, area.maxX() - pillMargin - wide(more_, scale), top);
+  place(mute_, place(play_, area.minX() + pillMargin, bottom), bottom);
+  place(skip_, area.maxX() - pillMargin - wide(skip_, scale), bottom);
+  const CGRect line{{area.minX(), area.maxY() - playedHeight}, {area.size.width, playedHeight}};
   track_->setFrame(line);
-  played_->setFrame({line.origin, {line.size.width * state_.played, lineHeight}});
+  played_->setFrame({line.origin, {line.size.width * state_.played, playedHeight}});
 }
 
 }  // namespace velto

@@ -110,6 +110,7 @@ double VideoAdMedia::duration() const {
 void VideoAdMedia::atTimes(const std::vector<double>& times, std::function<void()> block) {
   if (!player_) return;
   std::vector<CMTime> points;
+  points.reserve(times.size());
   for (const double time : times)
     points.push_back({static_cast<int64_t>(std::clamp(time, 0.0, 1e9) * microseconds), microseconds});
   times_ = player_->addBoundaryTimeObserverForTimes(points, std::move(block));

@@ -4,7 +4,6 @@
 #include "velto/platform/AVAudioSession.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
-#include "velto/platform/UIApplication.h"
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/Text.h"
 #include "velto/vast/VASTMediaChoice.h"
@@ -19,10 +18,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr double refreshInterval = 0.25, awayInterval = 1;  // seconds
+constexpr double lookInterval = 0.25, awayInterval = 1;  // seconds
 // When a video ad counts as seen: half of it, so long without a break (the Media Rating Council's measure).
 constexpr int seenPercent = 50;
 constexpr auto seenFor = 2s;
+constexpr double nearsEnd = 5;  // seconds: enough to load the next one
 
 constexpr std::array quartiles{
     std::tuple{"firstQuartile", VeltoVideoAdQuartile::First, VideoMeasurement::Event::FirstQuartile},
@@ -70,8 +70,27 @@ VideoAdShow::~VideoAdShow() {
 
 // --- from files to the first picture
 
-void VideoAdShow::begin() {
+void VideoAdShow::prepare() {
+  if (media_) return;
   auto& platform = Platform::current();
+  const double scale = platform.mainScreen().scale();
+  const CGSize size = around_.screen->stage()->bounds().size;
+  VASTSurroundings surroundings;
+  surroundings.canPlay = [&platform](const VASTMediaFile& file) {
+    return platform.media().canPlay(lowercased(file.type), lowercased(file.codec));
+  };
+  surroundings.width = size.width * scale;
+  surroundings.height = size.height * scale;
+  surroundings.bandwidth = around_.settings.bandwidth;
+  surroundings.onlySecure = around_.settings.onlySecureFiles;
+  media_ = std::make_shared<VideoAdMedia>(chooseVASTMedia(tracker_.ad().linear->mediaFiles, surroundings),
+                                          around_.settings.fileTimeout, *this);
+  media_->start();
+}
+
+void VideoAdShow::begin() {
+  const auto self = shared_from_this();
+  hasBegun_ = true;
   around_.screen->setListener(weak_from_this());
   tracker_.observe([this](std::string_view event) {
     for (const auto& [name, quartile, measured] : quartiles) {
@@ -85,35 +104,29 @@ void VideoAdShow::begin() {
   });
   measurement_->addControls(around_.screen->controls());
   root_ = rootOfWindow(*around_.screen->view());
-
-  const double scale = platform.mainScreen().scale();
-  const CGSize size = around_.screen->stage()->bounds().size;
-  VASTSurroundings surroundings;
-  surroundings.canPlay = [&platform](const VASTMediaFile& file) {
-    return platform.media().canPlay(lowercased(file.type), lowercased(file.codec));
-  };
-  surroundings.width = size.width * scale;
-  surroundings.height = size.height * scale;
-  surroundings.bandwidth = around_.settings.bandwidth;
-  surroundings.onlySecure = around_.settings.onlySecureFiles;
-  media_ = std::make_shared<VideoAdMedia>(chooseVASTMedia(tracker_.ad().linear->mediaFiles, surroundings),
-                                          around_.settings.fileTimeout, *this);
-  media_->setVolume(around_.sound->heard());
-  media_->start();
+  prepare();
   look();
   retime();
   refresh();
+  if (fault_) return mediaFailed(*fault_);
+  if (file_) showPicture();
 }
 
 void VideoAdShow::mediaReady(const VASTMediaFile& file) {
   const auto self = shared_from_this();
-  isReady_ = true;
+  file_ = file;
+  if (hasBegun_) showPicture();
+}
+
+void VideoAdShow::showPicture() {
+  media_->setVolume(around_.sound->heard());
   around_.screen->setPicture(media_->player()->makePicture());
-  tracker_.chose(file);
+  tracker_.chose(*file_);
   tracker_.setMuted(around_.sound->muted);
   tracker_.setFullscreen(isFullscreen_);
   tracker_.loaded();
   startMeasuring();
+  isReady_ = true;
   applyPlaying();
 }
 
@@ -217,6 +230,10 @@ void VideoAdShow::mediaEnded() {
 void VideoAdShow::mediaFailed(VASTError error) {
   const auto self = shared_from_this();
   if (hasEnded_) return;
+  if (!hasBegun_) {  // its servers are told when it would have been its turn
+    fault_ = error;
+    return;
+  }
   tracker_.failed(error);
   end(VideoAdEnd::Failed, error);
 }
@@ -248,7 +265,7 @@ void VideoAdShow::watchViewable() {
 void VideoAdShow::retime() {
   timer_.reset();
   if (hasEnded_ || (pausedByPerson_ && !isAway_)) return;
-  timer_ = NSTimer::scheduledTimerWithTimeInterval(isAway_ ? awayInterval : refreshInterval,
+  timer_ = NSTimer::scheduledTimerWithTimeInterval(isAway_ ? awayInterval : lookInterval,
                                                    [weak = weak_from_this()] {
                                                      if (const auto alive = weak.lock()) alive->tick();
                                                    });
@@ -259,6 +276,10 @@ void VideoAdShow::tick() {
   if (!hasStarted_) return;
   media_->look();
   playheadMoved();
+  const auto duration = tracker_.duration();
+  if (hasEnded_ || !duration || *duration - media_->seconds() > nearsEnd || std::exchange(isNearEnd_, true))
+    return;
+  if (const auto to = listener_.lock()) to->adNearsEnd();
 }
 
 // Without a view around it, or in one that left its window. A window that is hidden is not left.
@@ -266,99 +287,6 @@ bool VideoAdShow::wasTakenAway() const {
   const auto& view = *around_.screen->view();
   if (!view.superview()) return true;
   return !view.isInWindow() && !isSame(root_, rootOfWindow(view));
-}
-
-void VideoAdShow::refresh() {
-  if (hasEnded_) return;
-  const auto info = this->info();
-  const double at = seconds();
-  VideoAdControls::State state;
-  state.label =
-      videoAdLabel(around_.number, around_.count,
-                   hasStarted_ && info.duration > 0 ? std::optional(info.duration - at) : std::nullopt);
-  state.playing = !pausedByPerson_;
-  state.muted = around_.sound->muted;
-  state.leadsSomewhere = info.leadsSomewhere;
-  state.skippable = info.skippableAfter.has_value() && hasStarted_;
-  if (info.skippableAfter && !tracker_.maySkip())
-    state.skipsIn = std::max(1, static_cast<int>(std::ceil(std::min(*info.skippableAfter - at, 1e6))));
-  state.played = info.duration > 0 ? std::clamp(at / info.duration, 0.0, 1.0) : 0;
-  around_.screen->controls()->show(state);
-  if (hasStarted_) icons_.show(at, *around_.screen->controls());
-}
-
-// --- a person, or the application
-
-void VideoAdShow::pause(bool paused) {
-  const auto self = shared_from_this();
-  if (hasEnded_ || std::exchange(pausedByPerson_, paused) == paused) return;
-  applyPlaying();
-  if (hasEnded_) return;
-  retime();
-  refresh();
-}
-
-void VideoAdShow::screenMuted() {
-  around_.sound->muted = !around_.sound->muted;
-  soundChanged();
-}
-
-void VideoAdShow::soundChanged() {
-  if (hasEnded_) return;
-  if (media_) media_->setVolume(around_.sound->heard());
-  tracker_.setMuted(around_.sound->muted);
-  if (measurement_) measurement_->volumeChanged(around_.sound->heard());
-  refresh();
-}
-
-void VideoAdShow::setFullscreen(bool fullscreen) {
-  if (hasEnded_ || std::exchange(isFullscreen_, fullscreen) == fullscreen) return;
-  tracker_.setFullscreen(fullscreen);
-  if (measurement_) measurement_->setFullscreen(fullscreen);
-}
-
-bool VideoAdShow::skip() {
-  const auto self = shared_from_this();
-  if (hasStarted_ && !hasEnded_) playheadMoved();
-  if (hasEnded_ || !tracker_.maySkip()) return false;
-  tracker_.skipped();
-  measurement_->tell(Event::Skipped);
-  end(VideoAdEnd::Skipped);
-  return true;
-}
-
-// A film that waits goes on when it is pressed; else it leads where the ad wants, and waits for the person to come back.
-void VideoAdShow::screenPressed(std::optional<CGPoint> place) {
-  const auto self = shared_from_this();
-  if (!hasStarted_ || hasEnded_) return;
-  if (pausedByPerson_ && place) return pause(false);
-  if (!info().leadsSomewhere) return;
-  playheadMoved();
-  if (hasEnded_) return;
-  const auto address =
-      tracker_.clicked(place ? std::optional(VASTClickPosition{place->x, place->y}) : std::nullopt);
-  measurement_->tell(Event::Click);
-  const auto url = address ? NSURL::URLByEscaping(*address) : std::nullopt;
-  auto& application = Platform::current().application();
-  if (url && application.canOpenURL(*url)) application.openURL(*url, {}, nullptr);
-  if (const auto to = listener_.lock()) to->adPressed();
-  pause(true);
-}
-
-VeltoVideoAdInfo VideoAdShow::info() const {
-  const auto& ad = tracker_.ad();
-  VeltoVideoAdInfo info;
-  info.identifier = ad.id;
-  info.title = ad.adTitle;
-  info.advertiser = ad.advertiser;
-  info.adSystem = ad.adSystem;
-  info.number = around_.number;
-  info.count = around_.count;
-  info.duration = tracker_.duration().value_or(0);
-  if (const auto& offset = ad.linear->skipOffset)
-    info.skippableAfter = offset->secondsOf(tracker_.duration());
-  info.leadsSomewhere = !ad.linear->clickThrough.empty();
-  return info;
 }
 
 // --- the end

@@ -26,6 +26,7 @@ class VideoAdListener {
   virtual void adPassed(VeltoVideoAdQuartile quartile) = 0;
   virtual void adPaused(bool paused) = 0;
   virtual void adPressed() = 0;
+  virtual void adNearsEnd() = 0;  // once, some seconds before
   virtual void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) = 0;
 
  protected:
@@ -54,6 +55,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around, std::weak_ptr<VideoAdListener> listener);
   ~VideoAdShow();
 
+  void prepare();  // its file is loaded, and nothing seen of it or told
   void begin();
   void close();  // tells its servers, and nobody here
   void pause(bool paused);
@@ -78,6 +80,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
 
  private:
   using Event = VideoMeasurement::Event;
+  void showPicture();
   void startMeasuring();
   void applyPlaying();
   void startPlaying();
@@ -100,7 +103,10 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   std::unique_ptr<NSTimer> timer_;
   std::weak_ptr<UIView> root_;                // of the window that it began in
   std::vector<VeltoVideoAdQuartile> passed_;  // and not yet told
-  bool isReady_ = false, hasStarted_ = false, hasEnded_ = false, isPlaying_ = false;
+  std::optional<VASTMediaFile> file_;         // that is ready to play
+  std::optional<VASTError> fault_;            // of what was to be prepared
+  bool hasBegun_ = false, isReady_ = false, isNearEnd_ = false, hasStarted_ = false, hasEnded_ = false,
+       isPlaying_ = false;
   bool pausedByPerson_ = false, isAway_ = false, isStalled_ = false, isFullscreen_ = false;
   bool countsAsSeen_ = false;
   uint64_t sighting_ = 0;  // which one is being timed
