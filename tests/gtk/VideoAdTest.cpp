@@ -1,5 +1,7 @@
 // A real video ad, made here and served on loopback, over a widget of a real window: seen, heard of by its servers in order,
 // pressed, paused with its window, measured by its script.
+#include "velto/platform/AVPlayer.h"
+#include "velto/platform/Platform.h"
 #include "velto/video/VeltoVideoAd.h"
 
 #include <cmath>
@@ -143,6 +145,24 @@ TEST_F(GtkVideoAd, PlaysOverAWidgetToItsEnd) {
   EXPECT_EQ(came, wanted);
   ASSERT_TRUE(runUntil([&] { return pictureOf(window).at(200, 150) == 0x0000ff; }))
       << "the application's again";
+}
+
+// What the registry of GStreamer says, and what nobody can know.
+TEST_F(GtkVideoAd, TellsWhatPlays) {
+  auto& media = Platform::current().media();
+  for (const auto& [type, codec] : {std::pair{"video/webm", "vp8"},
+                                    {"Video/WebM", "VP8, vorbis"},
+                                    {"video/webm; codecs=vp8", ""},
+                                    {"", "vp8"},
+                                    {"video/webm", "a-codec-of-tomorrow"},
+                                    {"", ""}})
+    EXPECT_TRUE(media.canPlay(type, codec)) << type << " " << codec;
+  for (const auto& [type, codec] : {std::pair{"video/x-nobody-plays-this", ""},
+                                    {"application/javascript", ""},
+                                    {"text/html", ""},
+                                    {"not a type", ""},
+                                    {"video/x-nobody-plays-this", "vp8"}})
+    EXPECT_FALSE(media.canPlay(type, codec)) << type << " " << codec;
 }
 
 TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {
