@@ -79,9 +79,9 @@ HostWindow& HostWindow::make(GtkWindow* window) {
         std::string("hostViewController: a ") + G_OBJECT_TYPE_NAME(window) +
         " keeps its content to itself; give another window, such as the one it is over");
   g_object_set_data(G_OBJECT(window), windowKey, host.get());
-  auto& made = *host.release();  // deleted by destroyed()
-  tellVisibility();              // it may have been on the screen before, and counts from here on
-  return made;
+  if (gtk_widget_get_mapped(GTK_WIDGET(window)))
+    mapped(nullptr, host.get());  // once it is found among the windows
+  return *host.release();         // deleted by destroyed()
 }
 
 GtkWidget* HostWindow::mappedWidget() {
@@ -166,7 +166,6 @@ HostWindow::HostWindow(GtkWindow* window)
   g_signal_connect(window_, "notify::is-active", G_CALLBACK(focusChanged), this);
   insertOverlay();
   if (gtk_widget_get_realized(GTK_WIDGET(window_))) realized(nullptr, this);
-  if (gtk_widget_get_mapped(GTK_WIDGET(window_))) mapped(nullptr, this);
 }
 
 HostWindow::~HostWindow() {
