@@ -169,15 +169,22 @@ Lines between(const Lines& first, const Lines& last) {
 
 TEST_F(VideoAdTest, AnAdFromItsAddressToItsEnd) {
   platform->urlSession().respond("https://ads/", {.body = document({{}})});
-  ad->load("https://ads/?p=[BREAKPOSITION]");
+  VeltoVideoAdSettings settings;
+  settings.position = VeltoVideoAdPosition::Midroll;
+  settings.contentIdentifier = "film 1";
+  settings.volume = 0.5F;
+  ad->setSettings(settings);
+  ad->load("https://ads/?[BREAKPOSITION],[APPBUNDLE],[CONTENTID],[GDPRCONSENT]");
   EXPECT_FALSE(ad->playIn(host)) << "not ready";
   platform->runUntilIdle();
-  EXPECT_EQ(platform->urlSession().requests().back().url.query(), "p=1");
+  EXPECT_EQ(platform->urlSession().requests().back().url.query(), "2,org.example.host,film%201,-1");
   EXPECT_EQ(sent(), "");
   ASSERT_TRUE(ad->playIn(host));
   EXPECT_EQ(told->heard, Lines{"loaded"}) << "never inside the application's call";
   platform->runUntilIdle();
   EXPECT_EQ(sent(), "a-loaded a-impression a-start ");
+  EXPECT_EQ(platform->media().players().back()->appliedVolume(), 0.5F);
+  EXPECT_TRUE(controls().skipButton().isHidden());
   EXPECT_EQ(told->started->title, "T");
   EXPECT_EQ(told->started->duration, 10);
   EXPECT_FALSE(told->started->skippableAfter);
@@ -189,6 +196,8 @@ TEST_F(VideoAdTest, AnAdFromItsAddressToItsEnd) {
   platform->advance(1ms);
   EXPECT_EQ(sent(), "a-firstQuartile ");
   EXPECT_EQ(controls().label().title(), "Ad · 0:08");
+  const auto& lines = controls().subviews();
+  EXPECT_NEAR(lines[2]->frame().size.width, lines[1]->frame().size.width / 4, 0.1) << "what was played";
   platform->advance(2500ms);
   EXPECT_EQ(sent(), "a-midpoint ");
   platform->advance(1min);
@@ -252,8 +261,20 @@ TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
   // The next one is loaded while one plays: there is no gap.
   media.setVideo("https://v/slow.webm", {.loadsAfter = 4s});
   play({{.attributes = "sequence=\"1\""}, {.files = file("slow.webm"), .attributes = "sequence=\"2\""}});
-  platform->advance(20s);
+  platform->advance(5s);
+  EXPECT_EQ(controls().label().title(), "Ad 1 of 2 · 0:05");
+  platform->advance(15s);
   EXPECT_EQ(heard(), between(one, one));
+  // One that waits for data goes on, or fails where that takes too long.
+  sent();
+  media.setVideo("https://v/slow.webm", {.stallsAt = 4s, .stallsFor = 6s});
+  play({{.files = file("slow.webm")}});
+  platform->advance(10s);
+  EXPECT_EQ(sent(), "a-loaded a-impression a-start a-viewable a-firstQuartile ");
+  platform->advance(6s);
+  EXPECT_EQ(sent(), "a-midpoint a-thirdQuartile a-complete ");
+  media.setVideo("https://v/slow.webm", {.stallsAt = 4s, .stallsFor = 1h});
+  EXPECT_EQ((heard(), playAll({{.files = file("slow.webm")}})), between({"start", "1/4", "failed 402"}, {}));
 }
 
 TEST_F(VideoAdTest, LoadsThatFail) {
@@ -311,6 +332,7 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   EXPECT_EQ(sent(), "a-mute a-unmute ");
   tap(controls().playButton());
   platform->advance(1h);
+  EXPECT_EQ(platform->mainQueue().timers(), restingTimers) << "nothing is looked at while it waits";
   EXPECT_EQ(controls().playButton().title(), "Play");
   tap(controls().playButton());
   EXPECT_EQ(sent(), "a-pause a-resume ");
@@ -516,8 +538,10 @@ TEST_F(VideoAdTest, IconsAndCompanions) {
   sent();
   window->tapLink(*page, "https://own/");
   EXPECT_EQ(sent(), "companion-click ") << "companions stay";
-  ad.reset();
-  EXPECT_EQ(companion->superview(), nullptr);
+  play({{.linear = std::regex_replace(icons, std::regex("duration=\"00:00:03\""), "")}});
+  EXPECT_EQ(companion->superview(), nullptr) << "it was another ad's";
+  platform->advance(1min);
+  EXPECT_TRUE(platform->webViews().size() <= 1) << "its icon went with it";
 }
 
 // The scripts of the document run, those that may not are told of, and hear the truth.
@@ -531,6 +555,7 @@ TEST_F(VideoAdTest, IsMeasuredByTheScriptsOfTheDocument) {
   };
   platform->veltoBundle().files["omsdk-v1.js"] = "service()";
   VeltoVideoAdSettings settings;
+  platform->media().setVideo("https://v/a.webm", {.stallsAt = 6s, .stallsFor = 2s});
   settings.refusedVendors = {"unwanted"};
   settings.startsMuted = true;
   ad->setSettings(settings);
@@ -547,10 +572,14 @@ TEST_F(VideoAdTest, IsMeasuredByTheScriptsOfTheDocument) {
   EXPECT_TRUE(page.hasRun("\"skipOffset\":5"));
   EXPECT_TRUE(page.hasRun("\"percentageInView\":100")) << "its own controls do not cover it";
   ad->setMuted(false);
-  platform->advance(10500ms);  // the page lives a second longer than the ad
+  platform->advance(3s);
+  tap(controls().moreButton());
+  ad->resume();
+  platform->advance(9500ms);  // the page lives a second longer than the ad
   size_t at = 0;
-  for (const char* event : {"impression", "\"start\"", "volumeChange", "firstQuartile", "midpoint",
-                            "thirdQuartile", "complete"}) {
+  for (const char* event :
+       {"impression", "\"start\"", "volumeChange", "firstQuartile", "adUserInteraction", "pause", "resume",
+        "midpoint", "bufferStart", "bufferFinish", "thirdQuartile", "complete"}) {
     const auto& scripts = page.scripts();
     while (at < scripts.size() && scripts[at].find(event) == std::string::npos) ++at;
     EXPECT_LT(at, scripts.size()) << event;

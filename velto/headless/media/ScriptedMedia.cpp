@@ -52,7 +52,10 @@ std::unique_ptr<ViewPeer> ScriptedPlayer::makePicture() {
 }
 
 nanoseconds ScriptedPlayer::position() const {
-  return since_ ? from_ + inNanoseconds(queue_->monotonicSeconds() - *since_) : from_;
+  if (!since_) return from_;
+  const auto at = from_ + inNanoseconds(queue_->monotonicSeconds() - *since_);
+  if (!script_.stallsAt || from_ > *script_.stallsAt || at <= *script_.stallsAt) return at;
+  return std::max(*script_.stallsAt, at - script_.stallsFor);
 }
 
 void ScriptedPlayer::run(bool playing) {
@@ -76,7 +79,9 @@ void ScriptedPlayer::scheduleStop() {
   const bool fails = script_.failsAt && (!end || *script_.failsAt <= *end);
   if (fails) end = script_.failsAt;
   if (!end) return;
-  queue_->postAfter(*end - position(), [this, weak = weak_from_this(), stop, end, fails] {
+  auto wait = *end - position();
+  if (script_.stallsAt && from_ <= *script_.stallsAt && *script_.stallsAt < *end) wait += script_.stallsFor;
+  queue_->postAfter(wait, [this, weak = weak_from_this(), stop, end, fails] {
     const auto alive = weak.lock();
     if (!alive || stop_ != stop) return;
     from_ = *end;

@@ -23,7 +23,9 @@ struct VideoScript {
   bool isNoVideo = false;                                // its load fails, since nothing here decodes it
   std::optional<std::chrono::nanoseconds> endsAt = {};   // where it really ends, if not at its duration
   std::optional<std::chrono::nanoseconds> failsAt = {};  // where playing breaks off with an error
-  bool loads = true;                                     // false: the server never answers
+  std::optional<std::chrono::nanoseconds> stallsAt = {};  // where it waits for data,
+  std::chrono::nanoseconds stallsFor{0};                  // and for so long
+  bool loads = true;                                      // false: the server never answers
 };
 
 class VELTO_EXPORT ScriptedMedia : public MediaSystem {
