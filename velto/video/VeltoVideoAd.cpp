@@ -14,7 +14,7 @@ std::shared_ptr<VeltoVideoAd> VeltoVideoAd::make(const Delegate& delegate) {
 }
 
 VeltoVideoAd::~VeltoVideoAd() {
-  break_->letGo();
+  if (break_) break_->letGo();  // none: there was no platform
 }
 
 void VeltoVideoAd::setSettings(const VeltoVideoAdSettings& settings) {
