@@ -176,7 +176,8 @@ void Passage::open(const std::string& host, uint16_t port) {
       then([self = shared_from_this(), host, port](auto* resolver, auto* result) {
         const GOwned<char*, g_strfreev> found(
             g_proxy_resolver_lookup_finish(G_PROXY_RESOLVER(resolver), result, nullptr));
-        const bool isDirect = !found || !*found.get() || g_str_has_prefix(*found.get(), "direct:");
+        const bool isDirect =
+            !found || !*found.get() || std::string_view(*found.get()).starts_with("direct:");
         isDirect ? self->resolve(host, port) : self->openByProxy(host, port, *found.get());
       }));
 }
