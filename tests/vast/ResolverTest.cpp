@@ -194,12 +194,16 @@ TEST_F(VASTResolverTest, PodsAndWhatStandsInForTheirAds) {
   found = resolve(wrapper("C") + inlineAd("long") + inlineAd("s") + wrapper("A"), {});
   EXPECT_EQ(names(found.pod) + "|" + names(found.spare), "long|s");
   EXPECT_EQ(names(resolve(wrapper("C", "fallbackOnNoAd='false'") + inlineAd("s")).pod), "");
+  EXPECT_EQ(names(resolve(pod(inlineAd("s")), {.allowMultipleAds = false}).pod), "s");
+  EXPECT_EQ(resolve(wrapper("A"), {.followWrappers = false}).error, VASTError::Wrapper);
   EXPECT_EQ(resolve(inlineAd("s"), {.longest = 9}).error, VASTError::WrongDuration);
 }
 
 TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
   auto document =
-      VASTDocument::read(vast("<Ad><Wrapper><VASTAdTagURI>https://ads.example/?c=[GDPRCONSENT]&amp;x=[OWN] "
+      VASTDocument::read(vast("<Ad><Wrapper><BlockedAdCategories "
+                              "authority='l'>7</BlockedAdCategories><VASTAdTagURI>https://ads.example/"
+                              "?b=[BLOCKEDADCATEGORIES]&amp;c=[GDPRCONSENT]&amp;x=[OWN] "
                               "y</VASTAdTagURI></Wrapper></Ad>"));
   VASTSettings settings;
   settings.macros.set(VASTMacro::GDPRConsent, "C O");
@@ -208,7 +212,7 @@ TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
       VASTResolver::resolve(document, settings, [](auto) { FAIL() << "called after its handle went"; });
   platform->runUntilIdle();
   EXPECT_EQ(platform->urlSession().requests("ads.example").at(0).url.absoluteString(),
-            "https://ads.example/?c=C%20O&x=[OWN]%20y");
+            "https://ads.example/?b=%5Bl%5D7&c=C%20O&x=[OWN]%20y");
   handle.cancel();
   platform->advance(std::chrono::minutes(1));
   EXPECT_EQ(platform->urlSession().requests().size(), 1U) << "nobody waits for the rest";

@@ -122,7 +122,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     std::stable_sort(pod.begin(), pod.end(),
                      [](const auto& a, const auto& b) { return a.sequence < b.sequence; });
     // Where a wrapper asked for one ad, that is the first that stands alone, or, where none does, the first at all.
-    const bool several = !above || above->ad.wrapper->allowMultipleAds;
+    const bool several = above ? above->ad.wrapper->allowMultipleAds : settings_.allowMultipleAds;
     if (!several) {
       if (standAlone.empty()) standAlone.push_back(std::move(pod.front()));
       pod.clear();
@@ -215,16 +215,28 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       return done({});
     }
     if (!ad.wrapper) return done({{merged(ad, above.get())}, {}});
-    const auto url = NSURL::URLByEscaping(VASTMacros(settings_.macros).expanded(ad.wrapper->tag));
     auto level = std::make_shared<VASTLevel>(VASTLevel{above, ad, above ? above->depth + 1 : 1});
+    const auto url = NSURL::URLByEscaping(macrosAt(*level).expanded(ad.wrapper->tag));
     fetch(url.value(), std::move(level), done);
+  }
+
+  // Whom a wrapper sends to is told what it and those around it do not want.
+  VASTMacros macrosAt(const VASTLevel& level) const {
+    auto macros = settings_.macros;
+    std::vector<std::string> blocked;
+    for (const auto* at = &level; at; at = at->above.get())
+      for (const auto& category : at->ad.wrapper->blockedCategories)
+        blocked.push_back(vastCategoryText(category));
+    if (!blocked.empty()) macros.set(VASTMacro::BlockedAdCategories, blocked);
+    return macros;
   }
 
   std::optional<VASTError> faultOfWrapper(const VASTAd& ad, const VASTLevel* above) const {
     const auto& tag = ad.wrapper->tag;
     if (tag.empty() || !NSURL::URLByEscaping(VASTMacros(settings_.macros).expanded(tag)))
       return VASTError::Wrapper;
-    if (above && !above->ad.wrapper->followAdditionalWrappers) return VASTError::Wrapper;
+    if (!(above ? above->ad.wrapper->followAdditionalWrappers : settings_.followWrappers))
+      return VASTError::Wrapper;
     if (requests_ >= settings_.mostRequests || (above ? above->depth : 0) >= settings_.mostWrappers)
       return VASTError::WrapperLimit;
     for (; above; above = above->above.get())
