@@ -147,7 +147,7 @@ VASTMacros& VASTMacros::set(const VASTAd& ad) {
     if (!verification.vendor.empty()) vendors.push_back(verification.vendor);
   if (ad.linear)
     for (const auto& [registry, value] : ad.linear->universalAdIds)
-      identifiers.push_back(registry + " " + value);
+      identifiers.push_back(join({registry, value}, " "));
   known(VASTMacro::AdCategories, categories);
   known(VASTMacro::UniversalAdId, identifiers);
   known(VASTMacro::VerificationVendors, vendors);
