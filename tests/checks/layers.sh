@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Who may include what: toolkit headers stay in velto/gtk, GLib in velto/gtk and velto/platform/foundation, the JSON library in
-# velto/platform/foundation and outside the library; nothing in the library includes a platform or a tool.
+# velto/platform/foundation and outside the library, libxml2 in one file of velto/vast; nothing in the library includes a platform or a tool.
 set -euo pipefail
 . "$(dirname "$0")/sources.sh"
 
@@ -24,6 +24,10 @@ forbid 'toolkit headers outside velto/gtk' \
 forbid 'GLib headers outside velto/platform/foundation and velto/gtk' \
   'glib|gio/|gmodule|gobject/|velto/platform/foundation/GMemory' '^velto/(gtk|platform/foundation)/' velto
 forbid 'the JSON library outside velto/platform/foundation' 'nlohmann' '^velto/platform/foundation/.*\.cpp$' velto
+forbid 'libxml2 outside its one reader' 'libxml/' '^velto/vast/VASTNode\.cpp$' velto
+forbid 'video documents including more than the seam' \
+  'velto/(timeline|core|network|ads|ui|mraid|video|tracking|measurement)/' '^$' velto/vast
+forbid 'video documents included by those whose programs need not have them' 'velto/vast/' '^velto/(vast|gtk)/' velto
 forbid 'platforms included by what decides' 'velto/(gtk|headless)/' '^velto/(gtk|headless)/' velto
 forbid 'one platform included by the other' 'velto/gtk/' '^velto/gtk/' velto/headless
 forbid 'one platform included by the other' 'velto/headless/' '^velto/headless/' velto/gtk

@@ -49,6 +49,7 @@ cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DPL
   { cat "$work/cmake.log"; exit 1; }
 cmake --build "$work/consumer"
 "$work/consumer/headless"
+[ ! -e "$work/consumer/vast" ] || "$work/consumer/vast"
 [ -z "$glib" ] || "$work/consumer/glib"
 modules() {
   for module in $(cd "$prefix" && find . -path '*/velto/*velto-*.so' -printf '%f '); do
