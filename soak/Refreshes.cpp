@@ -176,7 +176,7 @@ int refresh(const std::string& program, bool withLibrary, int times, Leak leak) 
       std::printf("refresh %d does not end\n", at);
       return 1;
     }
-    if (leak == Leak::All) g_strnfill(8192, 'x');
+    if (leak == Leak::All && withLibrary) g_strnfill(65536, 'x');
     if (at >= warm && (at - warm) % tenth == 0) tell(turns, at - warm, sandbox.store());
   }
   std::printf(

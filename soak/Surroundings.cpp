@@ -17,12 +17,12 @@ namespace {
 
 // One of those of that name, which are children of this process's or of what has sandboxed them. Not while it starts: the
 // engine waits for its first word, and ends the application without it.
-constexpr double started = 3;  // seconds
+constexpr int started = 5;  // threads
 
 std::optional<pid_t> oneOf(Dice& dice, const std::string& name) {
   std::vector<pid_t> found;
   for (const auto& process : descendants())
-    if (process.name.starts_with(name) && process.age > started) found.push_back(process.id);
+    if (process.name.starts_with(name) && process.threads >= started) found.push_back(process.id);
   if (found.empty()) return std::nullopt;
   return found[static_cast<size_t>(drawn(dice, static_cast<int>(found.size())))];
 }

@@ -68,7 +68,7 @@ Options optionsFrom(const std::vector<std::string>& words) {
       readNumber(value, options.seed, uint64_t{0});
     else if (name == "--with" && (value == "library" || value == "bare"))
       options.with = value;
-    else if (name == "--fault" && (value == "leak" || value == "wait" || value == "ill"))
+    else if (name == "--fault" && (value == "leak" || value == "ill"))
       options.fault = value;
     else
       throw std::invalid_argument("no such option: " + name + " " + value);
@@ -78,24 +78,27 @@ Options optionsFrom(const std::vector<std::string>& words) {
 }
 
 constexpr int longestHealing = 60'000, longestSettling = 30'000, settled = 1'500;  // milliseconds
-constexpr double longestWait = 1'000;                                              // of a turn, milliseconds
+constexpr double longestWait = 3'000;                                              // of a turn, milliseconds
 
-// One of everything that can be left behind, held on to for good.
-void leakAll(const Sandbox& sandbox, uint64_t number) {
-  constexpr size_t piece = 512 << 10;
-  std::memset(std::malloc(piece), 1, piece);  // NOLINT: on purpose
-  for (int i = 0; i < 4; ++i) dup(STDERR_FILENO);
-  std::thread([] { pause(); }).detach();
-  const auto name = "left" + std::to_string(number);
-  const char* words[] = {"sleep", "600", nullptr};
-  g_spawn_async(nullptr, const_cast<char**>(words), nullptr,
-                static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD), nullptr, nullptr,
-                nullptr, nullptr);
-  g_file_set_contents((std::string(g_get_tmp_dir()) + "/" + name).c_str(), "", 0, nullptr);
-  g_file_set_contents((sandbox.store() + "/" + name).c_str(), std::string(piece, 'x').c_str(), piece,
-                      nullptr);
-  g_bus_own_name(G_BUS_TYPE_SESSION, ("org.example." + name).c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
-                 nullptr, nullptr, nullptr, nullptr);
+// More than its limit of everything that can be left behind, and a wait of the main loop.
+void leakAll(const Sandbox& sandbox, Turns& turns) {
+  constexpr size_t megabyte = 1 << 20;
+  std::memset(std::malloc(20 * megabyte), 1, 20 * megabyte);  // NOLINT: on purpose
+  for (int i = 0; i < 20; ++i) {
+    if (dup(STDERR_FILENO) < 0) throw std::runtime_error("no descriptor to leave behind");
+    std::thread([] { pause(); }).detach();
+    const auto name = "left" + std::to_string(i);
+    const char* words[] = {"setpriv", "--pdeathsig", "KILL", "sleep", "600", nullptr};
+    g_spawn_async(nullptr, const_cast<char**>(words), nullptr,
+                  static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD), nullptr, nullptr,
+                  nullptr, nullptr);
+    for (const std::string& folder : {std::string(g_get_tmp_dir()), sandbox.store()})
+      g_file_set_contents((folder + "/" + name).c_str(), std::string(megabyte, 'x').c_str(), megabyte,
+                          nullptr);
+    g_bus_own_name(G_BUS_TYPE_SESSION, ("org.example." + name).c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
+                   nullptr, nullptr, nullptr, nullptr);
+  }
+  turns.call("a wait on purpose", [] { g_usleep(4'000'000); });
 }
 
 class Soak {
@@ -118,7 +121,7 @@ class Soak {
     std::string broken;
     for (int left = options_.seconds; left > 0; left -= options_.round) {
       if (!round(std::min(left, options_.round))) return 1;
-      if (options_.fault == "leak") leakAll(sandbox_, ++leaks_);
+      if (options_.fault == "leak") leakAll(sandbox_, turns_);
       tell(std::to_string(options_.seconds - std::max(0, left - options_.round)) + " s");
     }
     return verdict(before, settledNow(), counts_.loads - pagesBefore);
@@ -132,14 +135,9 @@ class Soak {
     {
       Stage stage(dice_, around_, turns_, counts_);
       const auto until = Clock::now() + std::chrono::seconds(seconds);
-      while (Clock::now() < until) {
-        stage.step();
-        if (options_.fault == "wait" && counts_.steps == 100)
-          turns_.call("a wait on purpose", [] { g_usleep(2'000'000); });
-      }
+      while (Clock::now() < until) stage.step();
       const bool isIll = options_.fault == "ill";
       healing = stage.heal(isIll ? 3000 : longestHealing, isIll ? "error" : "good");
-      turns_.call("let all go", [] {});
     }
     slowestHealing_ = std::max(slowestHealing_, healing.milliseconds);
     if (healing.broken)
@@ -215,7 +213,6 @@ class Soak {
   Sandbox sandbox_;
   Surroundings around_;
   int slowestHealing_ = 0;
-  uint64_t leaks_ = 0;
 };
 
 int run(const std::string& program, Options options) {
