@@ -82,8 +82,10 @@ std::vector<Process> descendants() {
   struct Entry {
     pid_t parent = 0;
     std::string name;
-    int threads = 0;
+    double start = 0;  // seconds since the machine's
   };
+  double now = 0;
+  std::ifstream("/proc/uptime") >> now;
   std::map<pid_t, Entry> all;
   for (const auto& folder : fs::directory_iterator("/proc")) {
     std::ifstream file(folder.path() / "stat");
@@ -94,17 +96,18 @@ std::vector<Process> descendants() {
     Entry entry{0, text.substr(open + 1, close - open - 1)};
     std::istringstream words(text.substr(close + 4));
     words >> entry.parent;
-    constexpr int between = 15;  // proc(5): from the parent to the number of threads
+    constexpr int between = 17;  // proc(5): from the parent to the start
     std::string word;
     for (int i = 0; i < between; ++i) words >> word;
-    words >> entry.threads;
+    words >> entry.start;
+    entry.start /= static_cast<double>(sysconf(_SC_CLK_TCK));
     all[std::atoi(text.c_str())] = entry;
   }
   std::vector<Process> ours;
   for (const auto& [id, entry] : all) {
     pid_t ancestor = entry.parent;
     while (ancestor != getpid() && all.contains(ancestor)) ancestor = all[ancestor].parent;
-    if (ancestor == getpid()) ours.push_back({id, entry.name, entry.threads});
+    if (ancestor == getpid()) ours.push_back({id, entry.name, now - entry.start});
   }
   return ours;
 }

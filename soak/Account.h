@@ -13,7 +13,7 @@ namespace velto::soak {
 struct Process {
   pid_t id;
   std::string name;  // its first fifteen letters
-  int threads;
+  double age;        // seconds
 };
 // All that descend from this one.
 std::vector<Process> descendants();

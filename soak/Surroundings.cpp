@@ -7,7 +7,6 @@
 #endif
 
 #include <csignal>
-#include <optional>
 #include <string>
 
 #include "Account.h"
@@ -15,19 +14,8 @@
 namespace velto::soak {
 namespace {
 
-// One of those of that name, which are children of this process's or of what has sandboxed them. Not while it starts: the
-// engine waits for its first word, and ends the application without it.
-constexpr int started = 5;  // threads
-
-std::optional<pid_t> oneOf(Dice& dice, const std::string& name) {
-  std::vector<pid_t> found;
-  for (const auto& process : descendants())
-    if (process.name.starts_with(name) && process.threads >= started) found.push_back(process.id);
-  if (found.empty()) return std::nullopt;
-  return found[static_cast<size_t>(drawn(dice, static_cast<int>(found.size())))];
-}
-
-constexpr char pageProcess[] = "WebKitWebProces", networkProcess[] = "WebKitNetworkPr";
+constexpr char networkProcess[] = "WebKitNetworkPr";
+constexpr double started = 15;  // seconds
 
 void set(const char* property, bool value) {
   g_object_set(gtk_settings_get_default(), property, static_cast<gboolean>(value), nullptr);
@@ -48,21 +36,20 @@ void setResolution(int dotsPerInch) {
 
 }  // namespace
 
-void Surroundings::killPage() {
-  const auto process = oneOf(dice_, pageProcess);
-  if (process && kill(*process, SIGKILL) == 0) ++deaths_.pages;
+void Surroundings::killPage(pid_t process) {
+  if (kill(process, SIGKILL) == 0) ++deaths_.pages;
 }
 
-void Surroundings::hangPage() {
-  const auto process = oneOf(dice_, pageProcess);
-  if (!process || kill(*process, SIGSTOP) != 0) return;
+void Surroundings::hangPage(pid_t process) {
+  if (kill(process, SIGSTOP) != 0) return;
   ++deaths_.hangs;
-  stopped_.push_back({*process, 5 + drawn(dice_, 100)});
+  stopped_.push_back({process, 5 + drawn(dice_, 100)});
 }
 
 void Surroundings::killNetwork() {
-  const auto process = oneOf(dice_, networkProcess);
-  if (process && kill(*process, SIGKILL) == 0) ++deaths_.networks;
+  for (const auto& process : descendants())
+    if (process.name.starts_with(networkProcess) && process.age > started && kill(process.id, SIGKILL) == 0)
+      ++deaths_.networks;
 }
 
 void Surroundings::stopServer() {
