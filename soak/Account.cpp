@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 
 namespace velto::soak {
 namespace {
@@ -82,10 +81,7 @@ std::vector<Process> descendants() {
   struct Entry {
     pid_t parent = 0;
     std::string name;
-    double start = 0;  // seconds since the machine's
   };
-  double now = 0;
-  std::ifstream("/proc/uptime") >> now;
   std::map<pid_t, Entry> all;
   for (const auto& folder : fs::directory_iterator("/proc")) {
     std::ifstream file(folder.path() / "stat");
@@ -93,23 +89,27 @@ std::vector<Process> descendants() {
     if (!std::getline(file, text)) continue;
     const auto open = text.find('('), close = text.rfind(')');
     if (open == std::string::npos || close == std::string::npos || close + 4 > text.size()) continue;
-    Entry entry{0, text.substr(open + 1, close - open - 1)};
-    std::istringstream words(text.substr(close + 4));
-    words >> entry.parent;
-    constexpr int between = 17;  // proc(5): from the parent to the start
-    std::string word;
-    for (int i = 0; i < between; ++i) words >> word;
-    words >> entry.start;
-    entry.start /= static_cast<double>(sysconf(_SC_CLK_TCK));
-    all[std::atoi(text.c_str())] = entry;
+    all[std::atoi(text.c_str())] = {std::atoi(text.c_str() + close + 4),
+                                    text.substr(open + 1, close - open - 1)};
   }
   std::vector<Process> ours;
   for (const auto& [id, entry] : all) {
     pid_t ancestor = entry.parent;
     while (ancestor != getpid() && all.contains(ancestor)) ancestor = all[ancestor].parent;
-    if (ancestor == getpid()) ours.push_back({id, entry.name, now - entry.start});
+    if (ancestor == getpid()) ours.push_back({id, entry.name});
   }
   return ours;
+}
+
+bool hasThread(pid_t process, const std::string& name) {
+  std::error_code error;
+  fs::directory_iterator at("/proc/" + std::to_string(process) + "/task", error);
+  for (; !error && at != fs::directory_iterator(); at.increment(error)) {
+    std::ifstream file(at->path() / "comm");
+    std::string found;
+    if (std::getline(file, found) && found == name) return true;
+  }
+  return false;
 }
 
 Held heldNow(const std::string& folder) {

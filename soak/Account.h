@@ -13,10 +13,11 @@ namespace velto::soak {
 struct Process {
   pid_t id;
   std::string name;  // its first fifteen letters
-  double age;        // seconds
 };
 // All that descend from this one.
 std::vector<Process> descendants();
+// Whether one of its threads has that name.
+bool hasThread(pid_t process, const std::string& name);
 
 struct Held {
   int64_t heap = 0;  // KiB in use, of the C library's

@@ -5,7 +5,6 @@
 
 #include <iterator>
 
-#include "Account.h"
 #include "Stage.h"
 
 namespace velto::soak {
@@ -28,8 +27,8 @@ void Stage::step() {
              {"let late ones go", 30, [this] { late_.clear(); }},
              {"click", 40, [this] { around_.click(); }},
              {"look", 20, [this] { around_.changeLook(); }},
-             {"kill page", 20, [this] { withProcess([this](pid_t process) { around_.killPage(process); }); }},
-             {"hang page", 8, [this] { withProcess([this](pid_t process) { around_.hangPage(process); }); }},
+             {"kill page", 20, [this] { around_.killPage(); }},
+             {"hang page", 8, [this] { around_.hangPage(); }},
              {"kill network", 5, [this] { around_.killNetwork(); }},
              {"server", 8, [this] { around_.stopServer(); }}};
   int sum = 0;
@@ -145,18 +144,6 @@ void Stage::askPage() {
   if (page)
     page->evaluateJavaScript(commands[drawn(dice_, static_cast<int>(std::size(commands)))],
                              [](const auto&, const auto&) {});
-}
-
-// Of an ad that has loaded.
-void Stage::withProcess(const std::function<void(pid_t)>& what) {
-  const auto& place = anyPlace();
-  const auto page = !place.ears    ? nullptr
-                    : place.banner ? place.banner->vc()->webView()
-                                   : place.interstitial->vc()->webView();
-  if (!page) return;
-  const auto process = static_cast<pid_t>(page->webPeer().use().process);
-  for (const auto& one : descendants())
-    if (one.id == process) return what(process);
 }
 
 }  // namespace velto::soak

@@ -105,7 +105,6 @@ class Stage {
   void moveSlot();
   void scroll();
   void askPage();
-  void withProcess(const std::function<void(pid_t)>& what);
 
   Dice& dice_;
   Surroundings& around_;

@@ -14,8 +14,17 @@
 namespace velto::soak {
 namespace {
 
-constexpr char networkProcess[] = "WebKitNetworkPr";
-constexpr double started = 15;  // seconds
+constexpr char pageProcess[] = "WebKitWebProces", networkProcess[] = "WebKitNetworkPr";
+constexpr char hears[] = "ReceiveQueue";  // the thread on which it hears the application
+
+// One of the engine's of that name, or nobody. Not one that starts: the engine waits for its first word, and ends the
+// application without it.
+pid_t oneOf(Dice& dice, const std::string& name) {
+  std::vector<pid_t> found;
+  for (const auto& process : descendants())
+    if (process.name.starts_with(name) && hasThread(process.id, hears)) found.push_back(process.id);
+  return found.empty() ? 0 : found[static_cast<size_t>(drawn(dice, static_cast<int>(found.size())))];
+}
 
 void set(const char* property, bool value) {
   g_object_set(gtk_settings_get_default(), property, static_cast<gboolean>(value), nullptr);
@@ -36,20 +45,21 @@ void setResolution(int dotsPerInch) {
 
 }  // namespace
 
-void Surroundings::killPage(pid_t process) {
-  if (kill(process, SIGKILL) == 0) ++deaths_.pages;
+void Surroundings::killPage() {
+  const auto process = oneOf(dice_, pageProcess);
+  if (process && kill(process, SIGKILL) == 0) ++deaths_.pages;
 }
 
-void Surroundings::hangPage(pid_t process) {
-  if (kill(process, SIGSTOP) != 0) return;
+void Surroundings::hangPage() {
+  const auto process = oneOf(dice_, pageProcess);
+  if (!process || kill(process, SIGSTOP) != 0) return;
   ++deaths_.hangs;
   stopped_.push_back({process, 5 + drawn(dice_, 100)});
 }
 
 void Surroundings::killNetwork() {
-  for (const auto& process : descendants())
-    if (process.name.starts_with(networkProcess) && process.age > started && kill(process.id, SIGKILL) == 0)
-      ++deaths_.networks;
+  const auto process = oneOf(dice_, networkProcess);
+  if (process && kill(process, SIGKILL) == 0) ++deaths_.networks;
 }
 
 void Surroundings::stopServer() {

@@ -28,9 +28,8 @@ class Surroundings {
   Surroundings(const Surroundings&) = delete;
   Surroundings& operator=(const Surroundings&) = delete;
 
-  // Processes of pages. Not one that starts: the engine waits for its first word, and ends the application without it.
-  void killPage(pid_t process);
-  void hangPage(pid_t process);  // for some steps
+  void killPage();
+  void hangPage();  // for some steps
   void killNetwork();
   void stopServer();
   void changeLook();
