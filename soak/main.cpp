@@ -77,8 +77,8 @@ Options optionsFrom(const std::vector<std::string>& words) {
   return options;
 }
 
-constexpr int longestHealing = 60'000, longestSettling = 30'000, settled = 1'500;  // milliseconds
-constexpr double longestWait = 3'000;                                              // of a turn, milliseconds
+constexpr int longestHealing = 60'000, longestSettling = 45'000, settled = 1'500;  // milliseconds
+constexpr double longestWait = 6'000;                                              // of a turn, milliseconds
 
 // More than its limit of everything that can be left behind, and a wait of the main loop.
 void leakAll(const Sandbox& sandbox, Turns& turns) {
@@ -98,7 +98,7 @@ void leakAll(const Sandbox& sandbox, Turns& turns) {
     g_bus_own_name(G_BUS_TYPE_SESSION, ("org.example." + name).c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
                    nullptr, nullptr, nullptr, nullptr);
   }
-  turns.call("a wait on purpose", [] { g_usleep(4'000'000); });
+  turns.call("a wait on purpose", [] { g_usleep(7'000'000); });
 }
 
 class Soak {
@@ -146,19 +146,26 @@ class Soak {
     return !healing.broken;
   }
 
-  // Once nothing changes any more of what comes and goes with processes.
+  // Once no page's process is left, one that was brought up for a load to come included (it waits for half a minute), and
+  // nothing changes any more of what comes and goes with processes.
   Held settledNow() {
     Held last = heldNow(sandbox_.store());
     for (int waited = 0, same = 0; waited < longestSettling && same < settled; waited += 250) {
       turns_.runFor(250);
       const Held held = heldNow(sandbox_.store());
-      const bool isSame = held.descriptors == last.descriptors && held.threads == last.threads &&
-                          held.processes == last.processes && held.files == last.files &&
-                          held.names == last.names;
+      const bool isSame = !hasPages() && held.descriptors == last.descriptors &&
+                          held.threads == last.threads && held.processes == last.processes &&
+                          held.files == last.files && held.names == last.names;
       same = isSame ? same + 250 : 0;
       last = held;
     }
     return last;
+  }
+
+  static bool hasPages() {
+    for (const auto& process : descendants())
+      if (process.name.starts_with("WebKitWebProces")) return true;
+    return false;
   }
 
   Held tell(const std::string& when) {
