@@ -24,6 +24,7 @@ struct Held {
   int64_t own = 0;   // KiB of memory that no other process shares
   int64_t descriptors = 0, threads = 0, processes = 0;
   int64_t files = 0;      // in the folders for temporary files, caches and sockets, and in shared memory
+  int64_t proxies = 0;    // processes of the engine's sandboxes; all others are above
   int64_t sandboxes = 0;  // files that the engine leaves of each process that was
   int64_t kept = 0;       // KiB of the files in the library's folder
   int64_t names = 0;      // on the session bus, of anybody

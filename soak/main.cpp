@@ -155,7 +155,8 @@ class Soak {
       const Held held = heldNow(sandbox_.store());
       const bool isSame = !hasPages() && held.descriptors == last.descriptors &&
                           held.threads == last.threads && held.processes == last.processes &&
-                          held.files == last.files && held.names == last.names;
+                          held.proxies == last.proxies && held.files == last.files &&
+                          held.names == last.names;
       same = isSame ? same + 250 : 0;
       last = held;
     }
@@ -188,6 +189,7 @@ class Soak {
   int verdict(const Held& before, const Held& after, uint64_t loads) {
     // The engine leaves some memory in the application for each view and process that was.
     const auto engine = static_cast<int64_t>(loads) * 25;
+    const auto deaths = around_.deaths().pages + around_.deaths().hangs;
     auto over =
         compare(before, after,
                 {{"heap, KiB", &Held::heap, 3072 + engine},
@@ -195,6 +197,7 @@ class Soak {
                  {"descriptors", &Held::descriptors, 8},
                  {"threads", &Held::threads, 6},
                  {"processes", &Held::processes, 1},
+                 {"processes of sandboxes", &Held::proxies, 6 + 3 * static_cast<int64_t>(deaths) / 5},
                  {"temporary files", &Held::files, 4},
                  {"files of the engine's sandboxes", &Held::sandboxes, 20 + 8 * static_cast<int64_t>(loads)},
                  {"the library's folder, KiB", &Held::kept, 4096},
