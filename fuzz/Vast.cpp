@@ -35,7 +35,9 @@ void read(const std::string& text) {
   (void)VMAPDocument::read(text).inOrder(600);
 
   // Every wrapper leads to the same document again.
-  const auto platform = headless::Platform::install();
+  static const auto platform = headless::Platform::install();
+  platform->urlSession().clearRules();
+  platform->urlSession().forgetAnswered();
   platform->urlSession().respond("", {.body = text});
   int answers = 0;
   const auto handle = VASTResolver::resolve(document, {.mostRequests = 8}, [&](const VASTResolution& found) {

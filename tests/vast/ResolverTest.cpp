@@ -143,6 +143,14 @@ TEST_F(VASTResolverTest, WhoIsNotThereInTimeIsLeft) {
     EXPECT_EQ(found.error, VASTError::WrapperTimeout);
     EXPECT_EQ(told(), Texts{"A-301"});
   }
+  // One after another, but not for ever.
+  platform = headless::Platform::install();
+  platform->urlSession().respond("ads.example", headless::Answer::silence());
+  std::string row;
+  for (const auto* name : {"A", "B", "C", "D", "E", "F", "G"}) row += wrapper(name);
+  EXPECT_EQ(names(resolve(row + inlineAd("s")).pod), "s");
+  EXPECT_EQ(platform->urlSession().requests("ads.example").size(), 4U);
+  EXPECT_EQ(told().size(), 7U);
   platform = headless::Platform::install();
   serve("A", std::string(50'000'000, 'x'));
   EXPECT_EQ(resolve(wrapper("A")).error, VASTError::NotXML);

@@ -1,10 +1,12 @@
 // Ad breaks.
 #include "velto/vast/VMAPDocument.h"
 
-#include <gtest/gtest.h>
+#include "../support/HeadlessTest.h"
 
 namespace velto {
 namespace {
+
+using VMAPSourceTest = test::HeadlessTest;
 
 TEST(VMAPDocumentTest, BreaksAreReadAndOrdered) {
   const auto document = VMAPDocument::read(
@@ -46,6 +48,42 @@ TEST(VMAPDocumentTest, BreaksAreReadAndOrdered) {
   EXPECT_EQ(document.breaks[2].fault(), VMAPError::TemplateNotSupported);
   EXPECT_EQ(document.breaks[3].fault(), VMAPError::BreakTypeNotSupported);
   EXPECT_EQ(document.breaks[4].fault(), VMAPError::AdDocumentUnreadable);
+}
+
+TEST_F(VMAPSourceTest, AreResolvedByTheirOwnRules) {
+  const auto resolved = [&](const VMAPAdSource& source) {
+    std::optional<VASTResolution> found;
+    const auto handle =
+        resolveVMAPSource(source, {}, [&](auto resolution) { found = std::move(resolution); });
+    platform->advance(std::chrono::minutes(1));
+    return found.value().pod.empty()
+               ? "none for " + std::to_string(static_cast<int>(vmapErrorFor(*found->error)))
+               : found->pod.front().id + std::to_string(found->pod.size());
+  };
+  const std::string ad =
+      "<InLine><Creatives><Creative><Linear><MediaFiles><MediaFile>https://f</MediaFile></MediaFiles>"
+      "</Linear></Creative></Creatives></InLine></Ad>";
+  const std::string pod = "<VAST><Ad id='a' sequence='1'>" + ad + "<Ad id='b' sequence='2'>" + ad + "</VAST>";
+  platform->urlSession().respond("pod", {.body = pod});
+  platform->urlSession().respond(
+      "wrapper",
+      {.body = "<VAST><Ad><Wrapper><VASTAdTagURI>https://pod</VASTAdTagURI></Wrapper></Ad></VAST>"});
+  platform->urlSession().respond("bad", {.body = "<VAST"});
+  platform->urlSession().respond("silent", headless::Answer::silence());
+  VMAPAdSource source;
+  EXPECT_EQ(resolved(source), "none for 1005");
+  for (const auto& [tag, result] : {std::pair("https://pod", "a2"),
+                                    {"https://wrapper", "a1"},
+                                    {"https://bad", "none for 1007"},
+                                    {"https://silent", "none for 1008"}}) {
+    source.adTag = tag;
+    EXPECT_EQ(resolved(source), result);
+  }
+  source.followRedirects = source.allowMultipleAds = false;
+  source.adTag = "https://wrapper";
+  EXPECT_EQ(resolved(source), "none for 1005");
+  source.document = VASTDocument::read(pod);
+  EXPECT_EQ(resolved(source), "a1");
 }
 
 TEST(VMAPDocumentTest, WhatIsNoneHasTheStandardsNumber) {

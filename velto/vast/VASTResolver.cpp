@@ -1,6 +1,8 @@
 // The walk down the wrappers. Each step is told what stands above it, and hands on what it found.
 #include "velto/vast/VASTResolver.h"
 
+#include "velto/platform/Clock.h"
+#include "velto/platform/Durations.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/NSURLSession.h"
 #include "velto/platform/Platform.h"
@@ -68,6 +70,13 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     VASTSender::shared()->send(urls, VASTMacros(settings_.macros).set(error));
   }
 
+  // The time that is left for the whole; it begins with the first question.
+  std::chrono::nanoseconds timeLeft() {
+    const double now = Platform::current().clock().monotonicSeconds();
+    if (!begun_) begun_ = now;
+    return std::max<std::chrono::nanoseconds>(settings_.wholeTimeout - nanosecondsIn(now - *begun_), {});
+  }
+
   void fetch(const NSURL& url, VASTLevelPointer above, Done done) {
     auto* platform = Platform::currentOrNull();
     if (!platform || !completion_) return;
@@ -83,7 +92,9 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       self->fail(VASTError::WrapperTimeout, {}, above.get());
       then({});
     };
-    platform->mainQueue().postAfter(settings_.timeout, failed);
+    const auto time = std::min(settings_.timeout, timeLeft());
+    platform->mainQueue().postAfter(time, failed);
+    if (time <= std::chrono::nanoseconds(0)) return;
     platform->urlSession().dataTask(
         {url, "GET", {}, std::nullopt, VASTDocument::mostBytes},
         [answered, failed](std::optional<std::string> data, const auto& response,
@@ -247,6 +258,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   const VASTSettings settings_;
   VASTResolver::Completion completion_;
   size_t requests_ = 0;
+  std::optional<double> begun_;  // monotonic seconds
   std::optional<VASTError> error_;
 };
 

@@ -97,6 +97,32 @@ std::optional<VMAPError> VMAPAdBreak::fault() const {
   return source->adTag.empty() ? std::optional(VMAPError::AdDocument) : std::nullopt;
 }
 
+Handle resolveVMAPSource(const VMAPAdSource& source, VASTSettings settings,
+                         VASTResolver::Completion completion) {
+  settings.allowMultipleAds = source.allowMultipleAds;
+  settings.followWrappers = source.followRedirects;
+  if (source.document)
+    return VASTResolver::resolve(*source.document, std::move(settings), std::move(completion));
+  if (const auto url = NSURL::URLByEscaping(settings.macros.expanded(source.adTag)))
+    return VASTResolver::resolve(*url, std::move(settings), std::move(completion));
+  VASTDocument none;
+  none.error = VASTError::Undefined;
+  return VASTResolver::resolve(std::move(none), std::move(settings), std::move(completion));
+}
+
+VMAPError vmapErrorFor(VASTError error) {
+  switch (error) {
+    case VASTError::NotXML:
+    case VASTError::NotVAST:
+    case VASTError::VersionNotSupported:
+      return VMAPError::AdDocumentUnreadable;
+    case VASTError::WrapperTimeout:
+      return VMAPError::AdDocumentTimeout;
+    default:
+      return VMAPError::AdDocument;
+  }
+}
+
 VMAPDocument VMAPDocument::read(std::string_view text) {
   VMAPDocument document;
   const auto root = readVASTNode(text);

@@ -3,10 +3,12 @@
 //
 //   const auto document = velto::VMAPDocument::read(text);
 //   for (const auto* adBreak : document.inOrder(content.duration())) …
+//   resolving = velto::resolveVMAPSource(*adBreak->source, settings, [](velto::VASTResolution found) { … });
 #pragma once
 
 #include "velto/Export.h"
 #include "velto/vast/VASTDocument.h"
+#include "velto/vast/VASTResolver.h"
 
 #include <cstdint>
 #include <optional>
@@ -68,6 +70,12 @@ struct VELTO_EXPORT VMAPAdBreak {
   // Why its ads cannot be played here; nothing speaks against it: nothing.
   std::optional<VMAPError> fault() const;
 };
+
+// The ads of a source, by its own rules on pods and wrappers, as VASTResolver finds them. Main thread.
+[[nodiscard]] VELTO_EXPORT Handle resolveVMAPSource(const VMAPAdSource& source, VASTSettings settings,
+                                                    VASTResolver::Completion completion);
+// What the break is told when there were none for that reason.
+VELTO_EXPORT VMAPError vmapErrorFor(VASTError error);
 
 struct VELTO_EXPORT VMAPDocument {
   static constexpr size_t mostBreaks = 1000;
