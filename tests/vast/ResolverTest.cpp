@@ -75,11 +75,11 @@ TEST_F(VASTResolverTest, WhatWrappersAskToBeToldIsInTheAd) {
            "'/></CompanionAds></Creative></Creatives>";
   };
   serve("A", vast(wrapper("B", "", around("B"))));
-  serve("B", vast(inlineAd("C")));
+  serve("B", vast(inlineAd("C", "sequence='9'")));
   const auto found = resolve(wrapper("A", "", around("A"), "sequence='3'"));
   ASSERT_EQ(names(found.pod), "C");
   const auto& ad = found.pod[0];
-  EXPECT_EQ(ad.sequence, 3);
+  EXPECT_EQ(ad.sequence, 3) << "its place in the pod that is played";
   EXPECT_EQ(ad.impressions, (Texts{"https://i.example/C", "https://i.example/B", "https://i.example/A"}));
   EXPECT_EQ(ad.errors.size(), 3U);
   EXPECT_EQ(ad.viewableImpression.viewable, (Texts{"https://v.example/B", "https://v.example/A"}));

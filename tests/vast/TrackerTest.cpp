@@ -103,6 +103,14 @@ TEST_F(VASTTrackerTest, AnAdThatIsSeenToItsEnd) {
             "thirdQuartile complete ");
 }
 
+TEST_F(VASTTrackerTest, WhoCameToTheEndHasBeenEverywhere) {
+  VASTTracker tracker(ad());
+  tracker.started();
+  told();
+  tracker.completed();
+  EXPECT_EQ(told(), "firstQuartile p3 midpoint p50 thirdQuartile complete ");
+}
+
 TEST_F(VASTTrackerTest, WhatHappensAgainIsToldAgain) {
   VASTTracker tracker(ad());
   tracker.setMuted(true);
