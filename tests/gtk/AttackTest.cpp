@@ -10,6 +10,7 @@
 
 #include "../../examples/demo/LinkTrap.h"
 #include "../support/LoopbackServer.h"
+#include "../support/WebProcesses.h"
 #include "DisplayTest.h"
 
 namespace velto::test {
