@@ -106,6 +106,8 @@ int run(const Arguments& arguments) {
        .dataFolder = arguments.data,
        .caFile = arguments.ca,
        .hostMap = {{"ads.velto.example", arguments.server}, {"track.velto.example", arguments.server}},
+       .leastTimeUnderTouch =
+           std::chrono::milliseconds(arguments.tour ? 0 : 300),  // its hand waits for nothing
        .mayReachLocalNetwork = true});  // where the ads' pictures and videos come from
   linkDriftwoodAdapter();
   velto::VeltoFramework::addVeltoKey("demo");

@@ -12,13 +12,14 @@ mkdir -p "$work"
 # What the build gives the compiler to find headers and names.
 mapfile -t flags < <(python3 - "$1/compile_commands.json" <<'PYTHON'
 import json, shlex, sys
+wanted = ["/velto.dir/", "/velto_vast.dir/"]
 for entry in json.load(open(sys.argv[1])):
-    if "/velto.dir/" in entry["file"]:
+    for folder in [one for one in wanted if one in entry["file"]]:
+        wanted.remove(folder)
         words = shlex.split(entry["command"])
         pairs = zip(words, words[1:] + [""])
         print("\n".join(w if len(w) > 2 else f"{w}\n{n}" for w, n in pairs if w.startswith(("-D", "-I"))))
         print("\n".join(f"-isystem\n{n}" for w, n in zip(words, words[1:]) if w == "-isystem"))
-        break
 PYTHON
 )
 [ ${#flags[@]} -gt 0 ] || { echo "tidy: $1 knows no sources" >&2; exit 2; }

@@ -1,7 +1,9 @@
 // What hostile ads try, in the real engine, against a server that knows what reached it. A page says itself what it gained:
 // nothing, as a rule.
+#include "velto/gtk/web/PlaceWatch.h"
 #include "velto/platform/ui/WKWebView.h"
 
+#include <csignal>
 #include <map>
 #include <mutex>
 #include <set>
@@ -55,11 +57,12 @@ class Attack : public DisplayTest {
   }
   ~Attack() override { leave(); }
 
-  void install(bool mayReachLocalNetwork) {
+  void install(bool mayReachLocalNetwork, std::chrono::milliseconds leastTimeUnderTouch = {}) {
     leave();
     gtk::install({.applicationIdentifier = "org.example.attack",
                   .hostMap = {{"*.public.example", "127.0.0.1:" + port()}},
                   .refusedToOpen = [this](const auto& address) { refused.push_back(address); },
+                  .leastTimeUnderTouch = leastTimeUnderTouch,
                   .mayReachLocalNetwork = mayReachLocalNetwork,
                   .mayStorePictures = true});
     window = newWindow(400, 600, gtk_label_new("content"));
@@ -100,12 +103,15 @@ class Attack : public DisplayTest {
     })) << script;
     return gained;
   }
+  // Nothing, too, of a page that ends meanwhile.
   std::string said(const std::string& expression) {
-    std::optional<JSON> result;
-    banner->vc()->webView()->evaluateJavaScript(
-        "window." + expression, [&](const auto& found, auto) { result = found.value_or(JSON()); });
-    while (!result) g_main_context_iteration(nullptr, TRUE);
-    return result->string() ? *result->string() : "null";
+    const auto result = std::make_shared<std::optional<JSON>>();
+    const std::weak_ptr asked = banner->vc()->webView();
+    if (const auto view = asked.lock())
+      view->evaluateJavaScript("window." + expression,
+                               [result](const auto& found, auto) { *result = found.value_or(JSON()); });
+    EXPECT_TRUE(runUntil([&] { return *result || asked.expired(); }));
+    return *result && (*result)->string() ? *(*result)->string() : "null";
   }
   // A page at an address of its own, which the engine trusts as it would one with a certificate.
   std::string playAlone(const std::string& script) {
@@ -265,15 +271,67 @@ TEST_F(Attack, NothingIsOpenedOrStoredWithoutATouch) {
   EXPECT_EQ(trap().opened(), Heard{"tel:7"});
 }
 
+TEST_F(Attack, WhatComesUnderAFingerOpensNothing) {
+  const std::string script = "await touch(); mraid.open('tel:8'); return ''";
+  install(false, std::chrono::hours(1));
+  const auto before = trap().opened();
+  play(script);
+  EXPECT_TRUE(runUntil([&] { return refused == Heard{"tel:8"}; })) << "shown just before";
+  EXPECT_EQ(trap().opened(), before);
+
+  // The same of an ad that is moved, looked at where it is known by.
+  auto* fixed = gtk_fixed_new();
+  auto* view = gtk_label_new("ad");
+  gtk_widget_set_size_request(view, 100, 100);
+  gtk_fixed_put(GTK_FIXED(fixed), view, 0, 0);
+  std::optional<gtk::PlaceWatch> watch(view);
+  const auto& place = *watch;
+  auto* other = newWindow(400, 600, fixed);
+  present(other);
+  constexpr std::chrono::milliseconds little(50);
+  const CGPoint left{50, 50}, both{120, 50}, right{180, 50};
+  EXPECT_FALSE(place.held(left, std::chrono::hours(1)));
+  EXPECT_TRUE(runUntil([&] { return place.held(left, little); }));
+  gtk_fixed_move(GTK_FIXED(fixed), view, 100, 0);
+  EXPECT_FALSE(place.held(right, {})) << "not painted there yet";
+  runFrames(view);
+  EXPECT_FALSE(place.held(right, std::chrono::hours(1)) || place.held(left, {}));
+  EXPECT_TRUE(runUntil([&] { return place.held(right, little); }));
+  gtk_widget_set_size_request(view, 200, 100);
+  gtk_fixed_move(GTK_FIXED(fixed), view, 0, 0);
+  runFrames(view);
+  EXPECT_TRUE(place.held(both, little)) << "it only grew";
+  EXPECT_FALSE(place.held(left, std::chrono::hours(1)));
+  gtk_widget_set_visible(view, FALSE);
+  EXPECT_FALSE(place.held(both, {}));
+  watch.reset();
+  gtk_window_destroy(other);
+}
+
 // The application comes to its own work, and the next ad to its page.
 TEST_F(Attack, APageThatFloodsEnds) {
   for (const char* flood : {"webkit.messageHandlers.veltoWheel.postMessage(true)",
                             "webkit.messageHandlers.veltoNavigation.postMessage('mraid://open')",
                             "location.hash = Math.random()"}) {
     play("setTimeout(() => { for (;;) " + std::string(flood) + " }, 300); return ''");
-    const auto flooding = webProcesses();
-    EXPECT_TRUE(runUntil([&] { return webProcesses() != flooding; })) << flood;
-    EXPECT_EQ(play("return 'next'"), "next");
+    EXPECT_TRUE(runUntil([&] { return !banner->vc()->webView(); })) << flood;
+    EXPECT_EQ(play("return 'next'"), "next") << flood;
+  }
+}
+
+// The engine starts another by itself, which asks the same gate.
+TEST_F(Attack, TheNetworkProcessMayDie) {
+  const std::string script = R"js(
+    const inner = await fetch(local + '/private/after').then(() => 'reached', () => 'refused');
+    return inner + await fetch(open_ + '/public').then(r => r.status, () => 'none');
+  )js";
+  EXPECT_EQ(play(script), "refused200");
+  for (int i = 0; i < 2; ++i) {
+    const auto before = networkProcesses();
+    ASSERT_FALSE(before.empty());
+    for (const pid_t process : before) kill(process, SIGKILL);
+    EXPECT_EQ(play(script), "refused200") << "at once, and again";
+    EXPECT_NE(networkProcesses(), before);
   }
 }
 

@@ -26,6 +26,26 @@ EKEvent lunch() {
   return event;
 }
 
+// First, before anything has a bus.
+TEST(Calendar, WhoseServiceHangsHoldsNobodyUp) {
+  const std::string session = g_getenv("DBUS_SESSION_BUS_ADDRESS");
+  {
+    const test::PrivateBus bus;
+    test::MockService service(bus, "org.gnome.evolution.dataserver.Sources5",
+                              "/org/gnome/evolution/dataserver/SourceManager", "org.example.Unused");
+    service.hang();
+    gtk::install({.applicationIdentifier = "org.example.calendar", .mayAddCalendarEvents = true});
+    bool isTold = false;
+    const auto began = steady_clock::now();
+    for (int i = 0; i < 3; ++i)
+      Platform::current().eventStore().saveEvent(lunch(), EKSpan::ThisEvent, [&](bool) { isTold = true; });
+    gtk::uninstall();
+    EXPECT_FALSE(isTold);
+    EXPECT_LT(steady_clock::now() - began, seconds(8)) << "where nothing else would wait for less than 10";
+  }
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", session.c_str(), TRUE);
+}
+
 class CalendarTest : public testing::Test {
  protected:
   CalendarTest() {

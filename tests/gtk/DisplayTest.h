@@ -30,7 +30,8 @@ class DisplayTest : public testing::Test {
     // What the toolkit forbids is a failure, also where it goes on.
     g_log_set_always_fatal(GLogLevelFlags(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL));
     gtk::install({.applicationIdentifier = "org.example.display",
-                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); }});
+                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); },
+                  .leastTimeUnderTouch = {}});
   }
   ~DisplayTest() override { gtk::uninstall(); }
 

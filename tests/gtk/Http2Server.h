@@ -1,5 +1,6 @@
 // An HTTPS server on loopback that sees connections: one at a time, kept until its client or hangUp() ends it. It answers
-// each request with an empty 200, over HTTP/2 (RFC 9113, no more of it than that takes) or over HTTP/1.1.
+// each request with an empty 200, over HTTP/2 (RFC 9113, no more of it than that takes) or over HTTP/1.1; or, over HTTP/2,
+// with frames of a test's own, as many as its client takes.
 #pragma once
 
 #include <arpa/inet.h>
@@ -9,7 +10,9 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -23,6 +26,7 @@ class Http2Server {
 
   explicit Http2Server(const std::string& folder, std::string protocol = "h2")
       : protocol_(std::move(protocol)), certificates_(sandbox::loadOrMakeCertificates(folder, {host})) {
+    signal(SIGPIPE, SIG_IGN);  // who floods is hung up on
     protocol_.insert(0, 1, static_cast<char>(protocol_.size()));
     SSL_CTX_use_cert_and_key(tls_.get(), certificates_.server.certificate.get(),
                              certificates_.server.key.get(), nullptr, 1);
@@ -46,6 +50,18 @@ class Http2Server {
   const std::string& caFile() const { return certificates_.caFile; }
   std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
   void hangUp() { shutdown(client_, SHUT_RDWR); }
+  // The first `once`, then the others over and over. For the next request.
+  struct Frames {
+    std::string once, always;
+  };
+  void flood(Frames frames) { flood_ = std::move(frames); }
+  // To one stream, the first of its connection; to the connection: 0.
+  static std::string frame(int type, int flags, const std::string& payload, int stream = 1) {
+    const auto size = payload.size();
+    return std::string{char(size >> 16), char(size >> 8), char(size), char(type), char(flags), 0, 0, 0,
+                       char(stream)} +
+           payload;
+  }
 
   // So far.
   std::atomic<int> connections = 0, requests = 0, settled = 0, ended = 0;
@@ -86,9 +102,9 @@ class Http2Server {
       if (SSL_read_ex(ssl_.get(), bytes.data() + had, size - had, &got) != 1) return false;
     return true;
   }
-  void write(std::string_view bytes) {
+  bool write(std::string_view bytes) {
     size_t written = 0;
-    SSL_write_ex(ssl_.get(), bytes.data(), bytes.size(), &written);
+    return SSL_write_ex(ssl_.get(), bytes.data(), bytes.size(), &written) == 1;
   }
 
   void serveFrames() {
@@ -107,6 +123,11 @@ class Http2Server {
         write("\0\0\0\4\1\0\0\0\0"sv);
       } else if ((byte(3) == data || byte(3) == headers) && byte(4) & endOfStream) {
         ++requests;
+        if (flood_) {
+          if (write(flood_->once))
+            while (write(flood_->always)) continue;
+          return;
+        }
         write("\0\0\1\1\5"s + head.substr(5) + '\x88');  // the end of headers and stream: 200
       }
     }
@@ -124,6 +145,7 @@ class Http2Server {
 
   std::string protocol_;
   const sandbox::Certificates certificates_;
+  std::optional<Frames> flood_;
   const std::unique_ptr<SSL_CTX, Deleter> tls_{SSL_CTX_new(TLS_server_method())};
   std::unique_ptr<SSL, Deleter> ssl_;
   const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);

@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <mutex>
 
 #include "../support/LoopbackServer.h"
+#include "../support/MainLoop.h"
 #include "../support/Program.h"
 
 namespace velto::gtk {
@@ -145,6 +147,18 @@ TEST(Network, ABodyThatUnfoldsIsCutOffAndOldTLSRefused) {
   }
 }
 
+// A byte now and then is no silence.
+TEST(Network, ARequestEndsAlsoWhenItsAnswerGoesOn) {
+  LoopbackServer server;
+  server->Get("/", [](const auto&, auto& response) {
+    response.set_chunked_content_provider("text/plain",
+                                          [](size_t, auto& sink) { return sink.write("x", 1); });
+  });
+  server.start();
+  TransportOptions options{.longestRequest = std::chrono::milliseconds(100), .mayReachLocalNetwork = true};
+  EXPECT_EQ(errorOf(options, server.address("/")), NSErrorCause::TimedOut);
+}
+
 // What a client of the gate gets, with that name and secret.
 std::string through(const std::string& gate, const std::string& place) {
   const auto client = GPtr<GSocketClient>::adopt(g_socket_client_new());
@@ -205,10 +219,88 @@ TEST(Network, TheGateLetsOnlyItsOwnClientsPass) {
   std::vector<GPtr<GSocketConnection>> waiting;
   for (int i = 0; i < 9; ++i) waiting.push_back(say("\5"));
   EXPECT_EQ(through(address, "ads.example"), "HTTP/1.1 200 OK");
+  while (waiting.size() < 200 && through(address, "ads.example") == "HTTP/1.1 200 OK")
+    waiting.push_back(say("\5"));
+  EXPECT_LE(waiting.size(), 128U);
+  waiting.clear();
+  EXPECT_TRUE(test::runUntil([&] { return through(address, "ads.example") == "HTTP/1.1 200 OK"; }));
+  waiting.push_back(say("\5"));
   gate.reset();
   EXPECT_NE(through(address, "ads.example"), "HTTP/1.1 200 OK");
   EXPECT_EQ(NetworkGate(Options{.applicationIdentifier = "gate", .mayReachLocalNetwork = true}).address(),
             "");
+}
+
+// A name server that answers when it is told to, that no such name is there.
+std::mutex asking;
+std::vector<GPtr<GTask>> asked;
+
+void ask(GResolver* resolver, const char*, GCancellable* cancellable, GAsyncReadyCallback told,
+         gpointer data) {
+  std::lock_guard lock(asking);
+  asked.push_back(GPtr<GTask>::adopt(g_task_new(resolver, cancellable, told, data)));
+}
+
+GPtr<GResolver> slowResolver() {
+  const auto prepare = [](gpointer type, gpointer) {
+    auto* resolver = G_RESOLVER_CLASS(type);
+    resolver->lookup_by_name_async = ask;
+    resolver->lookup_by_name_finish = [](GResolver*, GAsyncResult* result, GError** error) {
+      return static_cast<GList*>(g_task_propagate_pointer(G_TASK(result), error));
+    };
+  };
+  static const GType type =
+      g_type_register_static_simple(G_TYPE_RESOLVER, "SlowResolver", sizeof(GResolverClass), prepare,
+                                    sizeof(GResolver), nullptr, G_TYPE_FLAG_NONE);
+  return GPtr<GResolver>::adopt(G_RESOLVER(g_object_new(type, nullptr)));
+}
+
+TEST(Network, PagesTakeFewOfTheApplicationsNameLookups) {
+  const auto before = GPtr<GResolver>::adopt(g_resolver_get_default());
+  g_resolver_set_default(slowResolver());
+  LoopbackServer server;
+  server->Get("/", [&](const auto&, auto& response) { response.set_content("page", "text/plain"); });
+  server.start();
+  auto gate = std::make_unique<NetworkGate>(
+      Options{.applicationIdentifier = "gate",
+              .hostMap = {{"ads.example", server.address().substr(strlen("http://"))}}});
+  const std::string address = gate->address();
+  const std::string secret = address.substr(strlen("socks5://"), address.find('@') - strlen("socks5://"));
+  const auto client = GPtr<GSocketClient>::adopt(g_socket_client_new());
+  g_socket_client_set_enable_proxy(client, FALSE);
+  const auto name = GPtr<GInetAddress>::adopt(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+  const auto port = static_cast<guint16>(std::stoi(address.substr(address.rfind(':') + 1)));
+  const auto place = GPtr<GSocketAddress>::adopt(g_inet_socket_address_new(name, port));
+  std::vector<GPtr<GSocketConnection>> pages;
+  for (int i = 0; i < 20; ++i) {
+    pages.push_back(GPtr<GSocketConnection>::adopt(
+        g_socket_client_connect(client, G_SOCKET_CONNECTABLE(place.get()), nullptr, nullptr)));
+    const std::string words = "\5\1\2\1" + std::string(1, char(secret.size())) + secret +
+                              std::string("\0\5\1\0\3\5a.com\0\x50", 13);
+    g_output_stream_write_all(g_io_stream_get_output_stream(G_IO_STREAM(pages.back().get())), words.data(),
+                              words.size(), nullptr, nullptr, nullptr);
+  }
+  const auto waiting = [] {
+    std::lock_guard lock(asking);
+    return asked.size();
+  };
+  EXPECT_TRUE(test::runUntil([&] { return waiting() == 6; }));
+  EXPECT_EQ(through(address, "ads.example"), "HTTP/1.1 200 OK") << "who waits holds nobody up";
+  EXPECT_EQ(waiting(), 6U);
+  size_t answered = 0;
+  EXPECT_TRUE(test::runUntil([&] {
+    std::vector<GPtr<GTask>> all;
+    {
+      std::lock_guard lock(asking);
+      all.swap(asked);
+    }
+    EXPECT_LE(all.size(), 6U);
+    for (const auto& task : all)
+      g_task_return_new_error(task, G_RESOLVER_ERROR, G_RESOLVER_ERROR_NOT_FOUND, "no such name");
+    return (answered += all.size()) == pages.size();
+  }));
+  gate.reset();
+  g_resolver_set_default(before);
 }
 
 }  // namespace

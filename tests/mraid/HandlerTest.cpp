@@ -260,6 +260,13 @@ TEST_F(MRAIDTest, PicturesAndEventsOnlyWhenGranted) {
 
   platform->photoLibrary().setAuthorizationStatus(3);
   platform->eventStore().eventStatus = 3;
+  platform->application().setPagesNeedTouch(true);
+  command("storePicture?u=https://a.example/b.png");
+  command(event);
+  platform->runUntilIdle();
+  EXPECT_EQ(session.requests().size(), requests) << "nobody has touched the ad";
+  EXPECT_TRUE(platform->eventStore().events.empty());
+  platform->application().setPagesNeedTouch(false);
   session.enqueue(markup("<html>no picture</html>"));
   session.enqueue(markup("GIF89a..."));
   command("storePicture?u=https://a.example/b.png");

@@ -16,7 +16,8 @@ class Page : public testing::Test {
     trap();
     gtk_init();
     gtk::install({.applicationIdentifier = "org.example.pages",
-                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); }});
+                  .refusedToOpen = [this](const auto& address) { refused.push_back(address); },
+                  .leastTimeUnderTouch = {}});
     window = newWindow(400, 600, gtk_label_new("content"));
     host = present(window);
     delegate->host = host;

@@ -199,6 +199,25 @@ TEST_F(OverlapTest, TheLastOfSeveralThatForcedTheDeviceGivesItBack) {
   }
 }
 
+TEST_F(OverlapTest, AnAdThatEndsByItselfTakesNothingButItselfOffTheScreen) {
+  for (const bool fails : {true, false}) {
+    const auto ad = banner();
+    ad->setEnableAutoRefresh(false);
+    loadAd(*ad, markup("<html></html>"));
+    if (fails)
+      page().fail(NSError{"d", 1, ""});
+    else
+      page().navigate("velto://failLoad");
+    ad->vc()->fetchBannerSuccess(VeltoAd::adWithHTML("next", VeltoBannerSize320x50, nullptr));
+    platform->runUntilIdle();
+    ASSERT_TRUE(ad->vc()->webView());
+    EXPECT_TRUE(ad->vc()->view()->superview());
+    ad->removeBanner();
+    platform->runUntilIdle();
+    EXPECT_FALSE(ad->vc()->webView()) << "which a host can, as ever";
+  }
+}
+
 TEST_F(OverlapTest, AStepThatComesLateKnowsWhatTheAdIsByThen) {
   auto& orientation = platform->device().facts.orientation;
   orientation = 3;

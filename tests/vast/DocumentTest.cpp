@@ -81,8 +81,8 @@ TEST(VASTDocumentTest, EverythingOfAnAdIsRead) {
             "https://v.example/yhttps://v.example/u");
   const auto& verification = ad.verifications.at(0);
   EXPECT_EQ(verification.vendor + verification.parameters, "one.example-omid{\"k\":1}");
-  EXPECT_EQ(verification.scripts.at(0).url + verification.scripts[0].apiFramework,
-            "https://m.example/1.jsomid");
+  ASSERT_TRUE(verification.openMeasurementScript());
+  EXPECT_EQ(verification.openMeasurementScript()->url, "https://m.example/1.js");
   EXPECT_TRUE(verification.hasExecutable && verification.scripts[0].browserOptional);
   EXPECT_EQ(verification.notExecuted, Texts{"https://m.example/not?r=[REASON]"});
   EXPECT_EQ(ad.extensions.at(0).type + ad.extensions[0].markup, R"(own<x:y xmlns:x="urn:x">1</x:y>)");
@@ -141,6 +141,7 @@ TEST(VASTDocumentTest, WhatIsWrongInTheSmallIsReadAsItWasMeant) {
   EXPECT_EQ(ad.impressions, Texts{"http://i.example/a?b=1&c=2&copy=3&d=%20x y/z"});
   EXPECT_EQ(ad.errors, Texts{"https://e.example/&nbsp;"});
   EXPECT_EQ(ad.verifications.at(0).scripts.size(), 1U);
+  EXPECT_FALSE(ad.verifications[0].openMeasurementScript());
   EXPECT_TRUE(ad.extensions.empty());
   ASSERT_TRUE(ad.linear);
   EXPECT_EQ(ad.linear->duration, 30);

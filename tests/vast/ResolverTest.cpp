@@ -75,11 +75,11 @@ TEST_F(VASTResolverTest, WhatWrappersAskToBeToldIsInTheAd) {
            "'/></CompanionAds></Creative></Creatives>";
   };
   serve("A", vast(wrapper("B", "", around("B"))));
-  serve("B", vast(inlineAd("C")));
+  serve("B", vast(inlineAd("C", "sequence='9'")));
   const auto found = resolve(wrapper("A", "", around("A"), "sequence='3'"));
   ASSERT_EQ(names(found.pod), "C");
   const auto& ad = found.pod[0];
-  EXPECT_EQ(ad.sequence, 3);
+  EXPECT_EQ(ad.sequence, 3) << "its place in the pod that is played";
   EXPECT_EQ(ad.impressions, (Texts{"https://i.example/C", "https://i.example/B", "https://i.example/A"}));
   EXPECT_EQ(ad.errors.size(), 3U);
   EXPECT_EQ(ad.viewableImpression.viewable, (Texts{"https://v.example/B", "https://v.example/A"}));
@@ -143,6 +143,14 @@ TEST_F(VASTResolverTest, WhoIsNotThereInTimeIsLeft) {
     EXPECT_EQ(found.error, VASTError::WrapperTimeout);
     EXPECT_EQ(told(), Texts{"A-301"});
   }
+  // One after another, but not for ever.
+  platform = headless::Platform::install();
+  platform->urlSession().respond("ads.example", headless::Answer::silence());
+  std::string row;
+  for (const auto* name : {"A", "B", "C", "D", "E", "F", "G"}) row += wrapper(name);
+  EXPECT_EQ(names(resolve(row + inlineAd("s")).pod), "s");
+  EXPECT_EQ(platform->urlSession().requests("ads.example").size(), 4U);
+  EXPECT_EQ(told().size(), 7U);
   platform = headless::Platform::install();
   serve("A", std::string(50'000'000, 'x'));
   EXPECT_EQ(resolve(wrapper("A")).error, VASTError::NotXML);
@@ -194,12 +202,16 @@ TEST_F(VASTResolverTest, PodsAndWhatStandsInForTheirAds) {
   found = resolve(wrapper("C") + inlineAd("long") + inlineAd("s") + wrapper("A"), {});
   EXPECT_EQ(names(found.pod) + "|" + names(found.spare), "long|s");
   EXPECT_EQ(names(resolve(wrapper("C", "fallbackOnNoAd='false'") + inlineAd("s")).pod), "");
+  EXPECT_EQ(names(resolve(pod(inlineAd("s")), {.allowMultipleAds = false}).pod), "s");
+  EXPECT_EQ(resolve(wrapper("A"), {.followWrappers = false}).error, VASTError::Wrapper);
   EXPECT_EQ(resolve(inlineAd("s"), {.longest = 9}).error, VASTError::WrongDuration);
 }
 
 TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
   auto document =
-      VASTDocument::read(vast("<Ad><Wrapper><VASTAdTagURI>https://ads.example/?c=[GDPRCONSENT]&amp;x=[OWN] "
+      VASTDocument::read(vast("<Ad><Wrapper><BlockedAdCategories "
+                              "authority='l'>7</BlockedAdCategories><VASTAdTagURI>https://ads.example/"
+                              "?b=[BLOCKEDADCATEGORIES]&amp;c=[GDPRCONSENT]&amp;x=[OWN] "
                               "y</VASTAdTagURI></Wrapper></Ad>"));
   VASTSettings settings;
   settings.macros.set(VASTMacro::GDPRConsent, "C O");
@@ -208,7 +220,7 @@ TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
       VASTResolver::resolve(document, settings, [](auto) { FAIL() << "called after its handle went"; });
   platform->runUntilIdle();
   EXPECT_EQ(platform->urlSession().requests("ads.example").at(0).url.absoluteString(),
-            "https://ads.example/?c=C%20O&x=[OWN]%20y");
+            "https://ads.example/?b=%5Bl%5D7&c=C%20O&x=[OWN]%20y");
   handle.cancel();
   platform->advance(std::chrono::minutes(1));
   EXPECT_EQ(platform->urlSession().requests().size(), 1U) << "nobody waits for the rest";

@@ -103,6 +103,14 @@ TEST_F(VASTTrackerTest, AnAdThatIsSeenToItsEnd) {
             "thirdQuartile complete ");
 }
 
+TEST_F(VASTTrackerTest, WhoCameToTheEndHasBeenEverywhere) {
+  VASTTracker tracker(ad());
+  tracker.started();
+  told();
+  tracker.completed();
+  EXPECT_EQ(told(), "firstQuartile p3 midpoint p50 thirdQuartile complete ");
+}
+
 TEST_F(VASTTrackerTest, WhatHappensAgainIsToldAgain) {
   VASTTracker tracker(ad());
   tracker.setMuted(true);
@@ -239,6 +247,23 @@ TEST_F(VASTTrackerTest, WhatTheNetworkKeptIsSentWhenItIsBack) {
   EXPECT_EQ(platform->urlSession().requests().size(), VASTSender::mostWaiting);
   platform->advance(std::chrono::minutes(60));
   EXPECT_EQ(platform->urlSession().requests().size(), VASTSender::mostWaiting);
+
+  // A server that is gone holds up nobody, and is given up.
+  forget();
+  platform->urlSession().clearRules();
+  platform->urlSession().respond("gone",
+                                 headless::Answer::failure({"NSURLErrorDomain", -1003, "no such host"}));
+  platform->urlSession().respond("", {});
+  for (int i = 0; i < 4; ++i) {
+    VASTSender::shared()->send({"https://gone/", "https://t/a"}, macros);
+    platform->advance(std::chrono::minutes(6));
+  }
+  for (int i = 0; i < 4; ++i) {
+    VASTSender::shared()->send({"https://t/a"}, macros);
+    platform->advance(std::chrono::minutes(11));
+  }
+  EXPECT_EQ(platform->urlSession().requests("t/a").size(), 8U);
+  EXPECT_EQ(VASTSender::shared()->waiting(), 0U);
 
   // What a server may have counted is not sent again.
   forget();

@@ -69,6 +69,7 @@ void Play::install() const {
                 .dataFolder = surroundings_.folder() / "store",
                 .caFile = server_->caFile(),
                 .hostMap = {{server_->names().adServer, address}, {server_->names().tracking, address}},
+                .leastTimeUnderTouch = {},     // a script's hand is as quick as it is told to be
                 .mayReachLocalNetwork = true,  // as the creative's own folder is served from here
                 .mayAddCalendarEvents = true,
                 .mayStorePictures = true});

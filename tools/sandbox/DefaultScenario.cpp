@@ -89,6 +89,80 @@ const char* defaultScenario() {
         "</body></html>"]}},
     {"name": "no video ad", "when": {"kind": "vast", "key": "nofill"}, "answer": {
       "headers": {"Content-Type": "application/xml"}, "body": "<VAST version=\"2.0\"/>"}},
+    {"name": "video ad behind a wrapper", "when": {"kind": "vast", "key": "wrapper"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"wrapper\"><Wrapper><VASTAdTagURI>https://{{host}}/vast/inside</VASTAdTagURI>",
+        "<Error>https://{{host}}/landing?error=[ERRORCODE]</Error><Impression>https://{{host}}/landing?impression=wrapper</Impression>",
+        "</Wrapper></Ad>",
+        "</VAST>"]}},
+    {"name": "video ad inside a wrapper", "when": {"kind": "download", "path": "/vast/inside"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"inside\"><InLine><AdSystem>velto-sandbox</AdSystem><AdTitle>inside</AdTitle>",
+        "<Impression>https://{{host}}/landing?impression=inside</Impression>",
+        "<Creatives><Creative><Linear><Duration>00:00:05</Duration><MediaFiles>",
+        "<MediaFile type=\"video/mp4\" width=\"640\" height=\"360\">https://{{host}}/video.mp4</MediaFile>",
+        "</MediaFiles></Linear></Creative></Creatives></InLine></Ad>",
+        "</VAST>"]}},
+    {"name": "wrappers without end", "when": {"kind": "vast", "key": "endless"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"endless\"><Wrapper><VASTAdTagURI>https://{{host}}/vast/endless</VASTAdTagURI>",
+        "<Error>https://{{host}}/landing?error=[ERRORCODE]</Error><Impression>https://{{host}}/landing?impression=endless</Impression>",
+        "</Wrapper></Ad>",
+        "</VAST>"]}},
+    {"name": "one of them", "when": {"kind": "download", "path": "/vast/endless"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"endless-{{count}}\"><Wrapper><VASTAdTagURI>https://{{host}}/vast/endless</VASTAdTagURI>",
+        "<Error>https://{{host}}/landing?error=[ERRORCODE]</Error><Impression>https://{{host}}/landing?impression=endless-{{count}}</Impression>",
+        "</Wrapper></Ad>",
+        "</VAST>"]}},
+    {"name": "pod of video ads", "when": {"kind": "vast", "key": "pod"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"first\" sequence=\"1\"><InLine><AdSystem>velto-sandbox</AdSystem><AdTitle>first</AdTitle>",
+        "<Impression>https://{{host}}/landing?impression=first</Impression>",
+        "<Creatives><Creative><Linear><Duration>00:00:05</Duration><MediaFiles>",
+        "<MediaFile type=\"video/mp4\" width=\"{{width}}\" height=\"{{height}}\">https://{{host}}/video.mp4</MediaFile>",
+        "</MediaFiles></Linear></Creative></Creatives></InLine></Ad>",
+        "<Ad id=\"second\" sequence=\"2\"><InLine><AdSystem>velto-sandbox</AdSystem><AdTitle>second</AdTitle>",
+        "<Impression>https://{{host}}/landing?impression=second</Impression>",
+        "<Creatives><Creative><Linear><Duration>00:00:05</Duration><MediaFiles>",
+        "<MediaFile type=\"video/mp4\" width=\"{{width}}\" height=\"{{height}}\">https://{{host}}/video.mp4</MediaFile>",
+        "</MediaFiles></Linear></Creative></Creatives></InLine></Ad>",
+        "<Ad id=\"spare\"><InLine><AdSystem>velto-sandbox</AdSystem><AdTitle>spare</AdTitle>",
+        "<Impression>https://{{host}}/landing?impression=spare</Impression>",
+        "<Creatives><Creative><Linear><Duration>00:00:05</Duration><MediaFiles>",
+        "<MediaFile type=\"video/mp4\" width=\"{{width}}\" height=\"{{height}}\">https://{{host}}/video.mp4</MediaFile>",
+        "</MediaFiles></Linear></Creative></Creatives></InLine></Ad>",
+        "</VAST>"]}},
+    {"name": "video ad that is a program", "when": {"kind": "vast", "key": "vpaid"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\">",
+        "<Ad id=\"vpaid\"><InLine><AdSystem>velto-sandbox</AdSystem><AdTitle>A program</AdTitle>",
+        "<Error>https://{{host}}/landing?error=[ERRORCODE]</Error><Creatives><Creative><Linear><Duration>00:00:05</Duration>",
+        "<MediaFiles><MediaFile type=\"application/javascript\" apiFramework=\"VPAID\">https://{{host}}/vpaid.js</MediaFile></MediaFiles>",
+        "</Linear></Creative></Creatives></InLine></Ad>",
+        "</VAST>"]}},
+    {"name": "video ad that is cut off", "when": {"kind": "vast", "key": "broken"}, "answer": {
+      "headers": {"Content-Type": "application/xml"},
+      "expand": true,
+      "body": [
+        "<VAST version=\"4.2\"><Ad id=\"broken\"><InLine>"]}},
     {"name": "video ad", "when": {"kind": "vast"}, "answer": {
       "headers": {"Content-Type": "application/xml"},
       "expand": true,

@@ -34,6 +34,7 @@ std::filesystem::path storePath(const Options& options) {
 TransportOptions transportOptions(const Options& options) {
   TransportOptions result;
   result.requestTimeout = options.requestTimeout;
+  result.longestRequest = std::max<std::chrono::milliseconds>(result.longestRequest, options.requestTimeout);
   result.caFile = options.caFile;
   result.hostMap = options.hostMap;
   result.mayReachLocalNetwork = options.mayReachLocalNetwork;
@@ -49,7 +50,8 @@ AuthorizationStatus statusOf(bool granted) {
 GtkPlatform::GtkPlatform(const Options& options)
     : defaults_(storePath(options)),
       mainBundle_(options.applicationIdentifier, options.applicationName),
-      application_(mainQueue_, options.opensOnlyAfterTouch, options.refusedToOpen),
+      application_(mainQueue_, options.opensOnlyAfterTouch, options.leastTimeUnderTouch,
+                   options.refusedToOpen),
       device_(screen_),
       orientationSensor_(mainQueue_, isPanelUpright(device_.userInterfaceIdiom()),
                          [this](auto orientation) { device_.turned(orientation); }),

@@ -52,13 +52,16 @@ struct Options {
   // A file of certificate authorities (PEM) to trust instead of the system's, for test servers.
   std::filesystem::path caFile = {};
   std::vector<HostMapping> hostMap = {};
-  // A request fails when no data comes for this long, as a phone's URL session has it.
+  // A request fails when no data comes for this long, as a phone's URL session has it, and
+  // after ten minutes (or this long, if that is more) in any case.
   std::chrono::seconds requestTimeout{60};
   // An ad may open an address outside the application, such as its shop, and store pictures and events only
-  // within two seconds after a person touched that ad. Each address that was
-  // not opened for this reason is told to the second (may be empty).
+  // within two seconds after a person touched that ad. Each address not opened so is told (may be empty).
   bool opensOnlyAfterTouch = true;
   std::function<void(const std::string& address)> refusedToOpen = {};
+  // And such a touch counts only where the ad has been under it for this long: not where it was shown, expanded or
+  // moved while the finger was on its way.
+  std::chrono::milliseconds leastTimeUnderTouch{300};
   // Whether ads may connect to this machine and to the network around it, such as an ad server of the house: loopback,
   // private and link-local addresses, whatever name leads there. What `hostMap` names is reached in any case.
   bool mayReachLocalNetwork = false;

@@ -222,7 +222,7 @@ void VeltoBannerViewControllerPrivate::pageFailed(const NSError& error) {
     if (++processesLost_ >= mostProcessesLost && !refreshDue_) _handleRefreshTimer();
     _leaveEmpty(told.reason);
   } else {
-    removeBecause(told.reason);
+    leave(told.reason);
   }
   notifyDidFail(delegate(), told);
 }
@@ -232,13 +232,20 @@ void VeltoBannerViewControllerPrivate::adapterClosed() {
   notifyDidClose(delegate());
 }
 
-void VeltoBannerViewControllerPrivate::removeBecause(Why why) {
+// An ad that ends by itself leaves alone the one that comes in before its turn.
+void VeltoBannerViewControllerPrivate::leave(Why why) {
+  removeBecause(why, shown_);
+}
+
+void VeltoBannerViewControllerPrivate::removeBecause(Why why, const std::shared_ptr<VeltoShownAd>& only) {
   loadedSinceRemoval_ = false;
   if (abandoned_) return;
-  Platform::current().mainQueue().post([alive = self(), why] {
-    alive->takeOff(why);
-    alive->tellState();
-  });
+  Platform::current().mainQueue().post(
+      [alive = self(), why, isOne = only != nullptr, one = std::weak_ptr(only)] {
+        if (isOne && alive->shown_ && alive->shown_ != one.lock()) return;
+        alive->takeOff(why);
+        alive->tellState();
+      });
 }
 
 void VeltoBannerViewControllerPrivate::replaceHeavyAd() {

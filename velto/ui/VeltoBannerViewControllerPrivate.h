@@ -51,7 +51,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   void pageLoaded() override { _adLoaded(webView()); }
   void pageFailed(const NSError& error) override;
   void adapterClosed() override;
-  void leave(Why why) override { removeBecause(why); }
+  void leave(Why why) override;
   void replaceHeavyAd() override;
   bool endsWithItsExpansion() const override { return false; }
   // Where heavy ads have to go, each must be known by its own process.
@@ -69,7 +69,7 @@ class VeltoBannerViewControllerPrivate final : public VeltoAdViewController,
   std::shared_ptr<VeltoBannerViewControllerPrivate> self();
 
   bool startShowing(const std::shared_ptr<VeltoAd>& ad, const std::shared_ptr<UIView>& mediationView);
-  void removeBecause(Why why);
+  void removeBecause(Why why, const std::shared_ptr<VeltoShownAd>& only = nullptr);
   // Nothing: it stands in its place. Else why not.
   std::optional<Why> _addBanner(const std::shared_ptr<UIView>& mediationView, CGSize withSize);
   std::optional<Why> findContainer();

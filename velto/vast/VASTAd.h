@@ -39,6 +39,13 @@ struct VASTVerification {
   std::string parameters;       // 3.17.4
   // Told when it was not run, with [REASON].
   std::vector<std::string> notExecuted;  // 3.17.3
+
+  // The script that Open Measurement runs; null: there is none, which is told as VASTNotVerified::NotSupported.
+  const Script* openMeasurementScript() const {
+    for (const auto& script : scripts)
+      if (script.apiFramework == "omid") return &script;
+    return nullptr;
+  }
 };
 
 struct VASTExtension {  // 3.18.1

@@ -113,6 +113,10 @@ constexpr std::array<Bracket, 3> brackets{{{"[", "]"}, {"%5B", "%5D"}, {"%5b", "
 
 }  // namespace
 
+std::string vastCategoryText(const VASTCategory& category) {
+  return category.authority.empty() ? category.code : "[" + category.authority + "]" + category.code;
+}
+
 VASTMacros& VASTMacros::set(VASTMacro macro, std::string value) {
   values_[macro] = std::move(value);
   return *this;
@@ -138,13 +142,12 @@ VASTMacros& VASTMacros::set(const VASTAd& ad) {
   if (!ad.adType.empty()) set(VASTMacro::AdType, ad.adType);
   if (ad.sequence) set(VASTMacro::PodSequence, std::to_string(*ad.sequence));
   std::vector<std::string> categories, identifiers, vendors;
-  for (const auto& [authority, code] : ad.categories)
-    categories.push_back(authority.empty() ? code : "[" + authority + "]" + code);
+  for (const auto& category : ad.categories) categories.push_back(vastCategoryText(category));
   for (const auto& verification : ad.verifications)
     if (!verification.vendor.empty()) vendors.push_back(verification.vendor);
   if (ad.linear)
     for (const auto& [registry, value] : ad.linear->universalAdIds)
-      identifiers.push_back(registry + " " + value);
+      identifiers.push_back(join({registry, value}, " "));
   known(VASTMacro::AdCategories, categories);
   known(VASTMacro::UniversalAdId, identifiers);
   known(VASTMacro::VerificationVendors, vendors);

@@ -75,6 +75,9 @@ enum class VASTMacro : uint8_t {
   VerificationVendors,
 };
 
+// As macros write it: "[authority]code".
+VELTO_EXPORT std::string vastCategoryText(const VASTCategory& category);
+
 class VELTO_EXPORT VASTMacros {
  public:
   VASTMacros& set(VASTMacro macro, std::string value);                       // plain text, as yet unencoded

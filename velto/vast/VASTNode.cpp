@@ -146,16 +146,20 @@ std::string markupOf(xmlNode& node) {
   return std::string(trimmedVAST(ofXML(xmlBufferContent(buffer.get()))));
 }
 
-bool read(xmlNode& from, VASTNode& to, int depth) {
+// `isKept`: what is around it is kept as it stands, and this with it.
+bool read(xmlNode& from, VASTNode& to, int depth, bool isKept) {
   if (depth > deepest) return false;
   to.name = nameOfXML(from.name);
   for (const auto* attribute = from.properties; attribute; attribute = attribute->next)
     to.attributes.emplace_back(nameOfXML(attribute->name),
                                attribute->children ? ofXML(attribute->children->content) : std::string());
-  if (to.name == "extension" || to.name == "creativeextension") to.markup = markupOf(from);
+  const bool keeps = !isKept && (to.name == "extension" || to.name == "creativeextension");
+  if (keeps) to.markup = markupOf(from);
   for (auto* child = from.children; child; child = child->next) {
     if (isText(*child)) to.text += ofXML(child->content);
-    if (child->type == XML_ELEMENT_NODE && !read(*child, to.children.emplace_back(), depth + 1)) return false;
+    if (child->type == XML_ELEMENT_NODE &&
+        !read(*child, to.children.emplace_back(), depth + 1, isKept || keeps))
+      return false;
   }
   to.text = trimmedVAST(to.text);
   return true;
@@ -238,7 +242,7 @@ std::optional<VASTNode> readVASTNode(std::string_view text) {
                      xmlFreeDoc);
   auto* root = tree && !lost ? xmlDocGetRootElement(tree.get()) : nullptr;
   VASTNode node;
-  return root && read(*root, node, 0) ? std::optional(std::move(node)) : std::nullopt;
+  return root && read(*root, node, 0, false) ? std::optional(std::move(node)) : std::nullopt;
 }
 
 }  // namespace velto

@@ -1,6 +1,8 @@
 // The walk down the wrappers. Each step is told what stands above it, and hands on what it found.
 #include "velto/vast/VASTResolver.h"
 
+#include "velto/platform/Clock.h"
+#include "velto/platform/Durations.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/NSURLSession.h"
 #include "velto/platform/Platform.h"
@@ -68,6 +70,13 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     VASTSender::shared()->send(urls, VASTMacros(settings_.macros).set(error));
   }
 
+  // The time that is left for the whole; it begins with the first question.
+  std::chrono::nanoseconds timeLeft() {
+    const double now = Platform::current().clock().monotonicSeconds();
+    if (!begun_) begun_ = now;
+    return std::max<std::chrono::nanoseconds>(settings_.wholeTimeout - nanosecondsIn(now - *begun_), {});
+  }
+
   void fetch(const NSURL& url, VASTLevelPointer above, Done done) {
     auto* platform = Platform::currentOrNull();
     if (!platform || !completion_) return;
@@ -83,7 +92,9 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       self->fail(VASTError::WrapperTimeout, {}, above.get());
       then({});
     };
-    platform->mainQueue().postAfter(settings_.timeout, failed);
+    const auto time = std::min(settings_.timeout, timeLeft());
+    platform->mainQueue().postAfter(time, failed);
+    if (time <= std::chrono::nanoseconds(0)) return;
     platform->urlSession().dataTask(
         {url, "GET", {}, std::nullopt, VASTDocument::mostBytes},
         [answered, failed](std::optional<std::string> data, const auto& response,
@@ -122,7 +133,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     std::stable_sort(pod.begin(), pod.end(),
                      [](const auto& a, const auto& b) { return a.sequence < b.sequence; });
     // Where a wrapper asked for one ad, that is the first that stands alone, or, where none does, the first at all.
-    const bool several = !above || above->ad.wrapper->allowMultipleAds;
+    const bool several = above ? above->ad.wrapper->allowMultipleAds : settings_.allowMultipleAds;
     if (!several) {
       if (standAlone.empty()) standAlone.push_back(std::move(pod.front()));
       pod.clear();
@@ -215,16 +226,28 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       return done({});
     }
     if (!ad.wrapper) return done({{merged(ad, above.get())}, {}});
-    const auto url = NSURL::URLByEscaping(VASTMacros(settings_.macros).expanded(ad.wrapper->tag));
     auto level = std::make_shared<VASTLevel>(VASTLevel{above, ad, above ? above->depth + 1 : 1});
+    const auto url = NSURL::URLByEscaping(macrosAt(*level).expanded(ad.wrapper->tag));
     fetch(url.value(), std::move(level), done);
+  }
+
+  // Whom a wrapper sends to is told what it and those around it do not want.
+  VASTMacros macrosAt(const VASTLevel& level) const {
+    auto macros = settings_.macros;
+    std::vector<std::string> blocked;
+    for (const auto* at = &level; at; at = at->above.get())
+      for (const auto& category : at->ad.wrapper->blockedCategories)
+        blocked.push_back(vastCategoryText(category));
+    if (!blocked.empty()) macros.set(VASTMacro::BlockedAdCategories, blocked);
+    return macros;
   }
 
   std::optional<VASTError> faultOfWrapper(const VASTAd& ad, const VASTLevel* above) const {
     const auto& tag = ad.wrapper->tag;
     if (tag.empty() || !NSURL::URLByEscaping(VASTMacros(settings_.macros).expanded(tag)))
       return VASTError::Wrapper;
-    if (above && !above->ad.wrapper->followAdditionalWrappers) return VASTError::Wrapper;
+    if (!(above ? above->ad.wrapper->followAdditionalWrappers : settings_.followWrappers))
+      return VASTError::Wrapper;
     if (requests_ >= settings_.mostRequests || (above ? above->depth : 0) >= settings_.mostWrappers)
       return VASTError::WrapperLimit;
     for (; above; above = above->above.get())
@@ -235,6 +258,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   const VASTSettings settings_;
   VASTResolver::Completion completion_;
   size_t requests_ = 0;
+  std::optional<double> begun_;  // monotonic seconds
   std::optional<VASTError> error_;
 };
 

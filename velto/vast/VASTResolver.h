@@ -27,7 +27,11 @@ namespace velto {
 struct VASTSettings {
   size_t mostWrappers = 5;                                     // one inside another; one more fails with 302
   std::chrono::nanoseconds timeout = std::chrono::seconds(5);  // of each answer; later it fails with 301
+  std::chrono::nanoseconds wholeTimeout =
+      std::chrono::seconds(20);        // of all of them; what is missing by then fails with 301
   size_t mostRequests = 50;            // for one resolution, however many ads it has; beyond, 302
+  bool allowMultipleAds = true;        // the first answer may be a pod
+  bool followWrappers = true;          // and may be wrappers; else these fail with 300
   std::optional<double> longest = {};  // seconds: longer ads fail with 202
   VASTMacros macros = {};              // what is known of player, content and user, for all addresses
 };

@@ -8,10 +8,14 @@
 #include "velto/vast/VASTMacros.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <utility>
 
 namespace velto {
 namespace {
 
+constexpr int mostRefusals = 3;
 constexpr size_t mostOfAnAnswer = size_t{1} << 20U;  // a pixel, as a rule
 
 bool neverLeft(const std::optional<NSError>& error) {
@@ -35,41 +39,50 @@ std::string schemeOf(const NSURL& url) {
 }  // namespace
 
 struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
-  std::deque<NSURL> waiting;
+  struct Message {
+    NSURL url;
+    uint64_t arrivedBefore = 0;  // `arrived`, as it was when this one last failed
+    int refusals = 0;            // how often others arrived, and this one did not
+  };
+  std::deque<Message> waiting;
+  uint64_t arrived = 0;
   std::chrono::seconds pause{firstPause};
   bool isPausing =
       false;  // a timer runs, or the request with which it was found out whether the network is back
 
-  // `isTrial`: the first of those that wait, alone.
-  void send(const NSURL& url, bool isTrial) {
+  // `isTrial`: one of those that wait, alone.
+  void send(const Message& message, bool isTrial) {
     auto* platform = Platform::currentOrNull();
     if (!platform) return;
-    platform->urlSession().dataTask({url, "GET", {}, std::nullopt, mostOfAnAnswer},
-                                    [weak = weak_from_this(), url, isTrial](
-                                        const auto&, const auto&, const std::optional<NSError>& error) {
-                                      auto* now = Platform::currentOrNull();
-                                      if (!now || !(isTrial || neverLeft(error))) return;
-                                      now->mainQueue().post([weak, url, isTrial, failed = neverLeft(error)] {
-                                        if (const auto self = weak.lock())
-                                          self->answered(url, isTrial, failed);
-                                      });
-                                    });
+    platform->urlSession().dataTask(
+        {message.url, "GET", {}, std::nullopt, mostOfAnAnswer},
+        [weak = weak_from_this(), message, isTrial](const auto&, const auto&,
+                                                    const std::optional<NSError>& error) {
+          if (auto* now = Platform::currentOrNull())
+            now->mainQueue().post([weak, message, isTrial, failed = neverLeft(error)] {
+              if (const auto self = weak.lock()) self->answered(message, isTrial, failed);
+            });
+        });
   }
-  void answered(const NSURL& url, bool isTrial, bool failed) {
+  void answered(const Message& message, bool isTrial, bool failed) {
     if (isTrial) isPausing = false;
-    if (failed) return keep(url, isTrial);
+    if (failed) return keep(message);
+    ++arrived;
+    if (!isTrial) return;
     pause = firstPause;
-    auto rest = std::exchange(waiting, {});
-    for (const auto& next : rest) send(next, false);
+    for (const auto& next : std::exchange(waiting, {})) send(next, false);
   }
-  void keep(const NSURL& url, bool isTrial) {
-    if (isTrial)
-      waiting.push_front(url);
-    else
-      waiting.push_back(url);
+  // At the end, so that one whose server is gone does not hold up the others.
+  void keep(Message message) {
+    if (arrived > message.arrivedBefore && ++message.refusals >= mostRefusals) return pauseAndRetry();
+    message.arrivedBefore = arrived;
+    waiting.push_back(std::move(message));
     if (waiting.size() > mostWaiting) waiting.pop_front();
+    pauseAndRetry();
+  }
+  void pauseAndRetry() {
     auto* platform = Platform::currentOrNull();
-    if (isPausing || !platform) return;
+    if (isPausing || waiting.empty() || !platform) return;
     isPausing = true;
     platform->mainQueue().postAfter(pause, [weak = weak_from_this()] {
       if (const auto self = weak.lock()) self->retry();
@@ -77,9 +90,9 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
     pause = std::min<std::chrono::seconds>(pause * 2, longestPause);
   }
   void retry() {
-    const auto url = waiting.front();
+    const auto message = waiting.front();
     waiting.pop_front();
-    send(url, true);
+    send(message, true);
   }
 };
 
@@ -97,7 +110,7 @@ void VASTSender::send(const std::vector<std::string>& urls, const VASTMacros& ma
         address && schemeOf(*address).starts_with("http"))
       all.push_back(std::move(*address));
   std::stable_partition(all.begin(), all.end(), [](const auto& url) { return schemeOf(url) == "https"; });
-  for (const auto& url : all) state_->send(url, false);
+  for (const auto& url : all) state_->send({url, state_->arrived, 0}, false);
 }
 
 size_t VASTSender::waiting() const {

@@ -5,10 +5,14 @@
 
 #include <libecal/libecal.h>
 
+#include <memory>
+#include <string>
+
 namespace {
 
 using velto::GPtr;
 
+constexpr int answerMilliseconds = 10000;                  // it may have to be started
 constexpr auto withoutWaiting = static_cast<guint32>(-1);  // for a server: what is new goes there later
 
 // A source is the description of a calendar. The default one is
@@ -54,11 +58,39 @@ gboolean fail(GError** error, const char* why) {
   return FALSE;
 }
 
+// Such as "…Sources5", of the bus's own: those that are there, and those that it would start.
+std::string registryService(GDBusConnection* bus, GCancellable* cancellable) {
+  for (const char* method : {"ListNames", "ListActivatableNames"}) {
+    const velto::GOwned<GVariant, g_variant_unref> reply(g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method, nullptr,
+        G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, answerMilliseconds, cancellable, nullptr));
+    if (!reply) continue;
+    const velto::GOwned<GVariant, g_variant_unref> list(g_variant_get_child_value(reply.get(), 0));
+    const std::unique_ptr<const char*, velto::GFree> names(g_variant_get_strv(list.get(), nullptr));
+    for (const char* const* name = names.get(); *name; ++name)
+      if (g_str_has_prefix(*name, "org.gnome.evolution.dataserver.Sources")) return *name;
+  }
+  return {};
+}
+
+// libecal waits for a registry that hangs whatever is cancelled meanwhile, so it is asked first whether it is alive.
+bool isAlive(GCancellable* cancellable, GError** error) {
+  const auto bus = GPtr<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, error));
+  if (!bus) return false;
+  const auto service = registryService(bus, cancellable);
+  if (service.empty()) return true;  // whoever keeps calendars here, libecal knows
+  const velto::GOwned<GVariant, g_variant_unref> reply(
+      g_dbus_connection_call_sync(bus, service.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping", nullptr,
+                                  nullptr, G_DBUS_CALL_FLAGS_NONE, answerMilliseconds, cancellable, error));
+  return reply != nullptr;
+}
+
 }  // namespace
 
 gboolean velto_calendar_save(const char* text, GCancellable* cancellable, GError** error) {
   const auto event = GPtr<ICalComponent>::adopt(i_cal_component_new_from_string(text));
   if (!event || !i_cal_component_is_valid(event)) return fail(error, "not an event");
+  if (!isAlive(cancellable, error)) return FALSE;
   const auto registry = GPtr<ESourceRegistry>::adopt(e_source_registry_new_sync(cancellable, error));
   if (!registry) return FALSE;
   const auto source = defaultCalendar(registry);

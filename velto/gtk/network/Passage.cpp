@@ -176,7 +176,8 @@ void Passage::open(const std::string& host, uint16_t port) {
       then([self = shared_from_this(), host, port](auto* resolver, auto* result) {
         const GOwned<char*, g_strfreev> found(
             g_proxy_resolver_lookup_finish(G_PROXY_RESOLVER(resolver), result, nullptr));
-        const bool isDirect = !found || !*found.get() || g_str_has_prefix(*found.get(), "direct:");
+        const bool isDirect =
+            !found || !*found.get() || std::string_view(*found.get()).starts_with("direct:");
         isDirect ? self->resolve(host, port) : self->openByProxy(host, port, *found.get());
       }));
 }
@@ -189,13 +190,18 @@ void Passage::openByProxy(const std::string& host, uint16_t port, const char* pr
   place ? connectTo(place, proxy) : refuse(Reply::HostUnreachable);
 }
 
-// What is judged is what is connected to: nobody asks for the name a second time. One local address among others is a trick.
 void Passage::resolve(const std::string& host, uint16_t port) {
+  rules_.names->add([self = shared_from_this(), host, port] { self->lookUp(host, port); });
+}
+
+// What is judged is what is connected to: nobody asks for the name a second time. One local address among others is a trick.
+void Passage::lookUp(const std::string& host, uint16_t port) {
   const auto resolver = GPtr<GResolver>::adopt(g_resolver_get_default());
   g_resolver_lookup_by_name_async(
       resolver, host.c_str(), all_, operationEnded,
       then([self = shared_from_this(), port](auto* asked, auto* result) {
         GList* found = g_resolver_lookup_by_name_finish(G_RESOLVER(asked), result, nullptr);
+        self->rules_.names->ended();
         bool isLocal = false;
         for (const auto* item = found; item; item = item->next) {
           auto* address = static_cast<GInetAddress*>(item->data);

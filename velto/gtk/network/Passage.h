@@ -3,6 +3,7 @@
 #pragma once
 
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/gtk/network/NameQueue.h"
 #include "velto/platform/foundation/GMemory.h"
 
 #include <gio/gio.h>
@@ -22,6 +23,7 @@ class Passage : public std::enable_shared_from_this<Passage> {
   struct Rules {
     std::string secret;
     std::vector<HostMapping> hostMap;
+    std::shared_ptr<NameQueue> names = std::make_shared<NameQueue>();
   };
 
   Passage(GPtr<GSocketConnection> client, const Rules& rules);
@@ -56,6 +58,7 @@ class Passage : public std::enable_shared_from_this<Passage> {
   void open(const std::string& host, uint16_t port);
   void openByProxy(const std::string& host, uint16_t port, const char* proxy);
   void resolve(const std::string& host, uint16_t port);
+  void lookUp(const std::string& host, uint16_t port);
   void tryNext();
   void connectTo(GSocketConnectable* place, const char* proxy);  // null: directly
   void connected(GPtr<GSocketConnection> remote);

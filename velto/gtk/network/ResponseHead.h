@@ -17,7 +17,6 @@ class ResponseHead {
   // them; fields after the body are left out; what is no field is passed over.
   void addLine(std::string_view line);
 
-  size_t size() const { return fields_.size(); }
   // Values as they came, of whatever bytes; repeated names are joined with ", " (RFC 9110, 5.3).
   HeaderFields fields() const;
 

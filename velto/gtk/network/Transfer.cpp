@@ -50,6 +50,7 @@ Transfer::Transfer(NSURLRequest request, NSURLSession::Completion completion, co
       completion_(std::move(completion)),
       options_(options),
       share_(share),
+      end_(std::chrono::steady_clock::now() + options.longestRequest),
       easy_(curl_easy_init()) {}
 
 CURLcode Transfer::prepare() {
@@ -75,6 +76,7 @@ CURLcode Transfer::prepare() {
 
   setMethodAndBody();
   body_.clear();
+  headerLines_ = 0;
   moved_ = 0;
   began_ = SystemClock().monotonicSeconds();
   renewDeadline();
@@ -114,7 +116,7 @@ size_t Transfer::onHeaderLine(char* bytes, size_t, size_t size, void* self) noex
   auto& transfer = *static_cast<Transfer*>(self);
   transfer.renewDeadline();
   transfer.head_.addLine({bytes, size});
-  if (transfer.head_.size() <= transfer.options_.mostHeaderFields) return size;
+  if (++transfer.headerLines_ <= transfer.options_.mostHeaderFields) return size;
   transfer.refused_ = CURLE_WEIRD_SERVER_REPLY;
   return 0;
 }
@@ -177,7 +179,9 @@ NSURLTaskMetrics Transfer::metrics() const {
 
 NSError Transfer::error(CURLcode code) const {
   std::string text = curl_easy_strerror(code);
-  if (code == CURLE_OPERATION_TIMEDOUT)
+  if (code == CURLE_OPERATION_TIMEDOUT && end_ <= std::chrono::steady_clock::now())
+    text += ": it did not end in " + std::to_string(options_.longestRequest.count() / 1000) + " s";
+  else if (code == CURLE_OPERATION_TIMEDOUT)
     text += ": nothing came for " + std::to_string(options_.requestTimeout.count()) + " s";
   else if (refused_ == CURLE_OK && detail_[0])
     text += std::string(": ") + detail_.data();

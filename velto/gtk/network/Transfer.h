@@ -5,6 +5,7 @@
 #include "velto/gtk/network/Connection.h"
 #include "velto/gtk/network/ResponseHead.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <string>
@@ -29,8 +30,8 @@ class Transfer {
   // there, to be prepared. A redirect that is not followed is what finish() answers with.
   bool redirect();
 
-  // When it fails unless something comes or goes.
-  Time deadline() const { return deadline_; }
+  // When it fails unless something comes or goes, or at the latest.
+  Time deadline() const { return std::min(deadline_, end_); }
 
   // Answers with what has come, or with the error. Once.
   void finish(CURLcode code);
@@ -58,10 +59,12 @@ class Transfer {
   int redirects_ = 0;
   double began_ = 0;  // monotonic seconds
   std::optional<NSError> refusedRedirect_;
+  const Time end_;
   Time deadline_;
   curl_off_t moved_ = 0;         // bytes of bodies, both ways
   CURLcode refused_ = CURLE_OK;  // why a callback ended the exchange
   ResponseHead head_;
+  size_t headerLines_ = 0;
   std::string body_;
   CurlEasy easy_;  // goes first: it refers to the others
 };

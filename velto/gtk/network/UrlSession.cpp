@@ -23,14 +23,16 @@ class UrlSession::Exchange {
   // where nobody wakes this, as soon as none is in use.
   void setStale();
   void closeStale();
-  // Drives everything until there is something to do; returns at once after wake().
+  // Whether there is anything to drive: libcurl may have found no memory, or no descriptor.
+  bool isOpen() const { return multi_ != nullptr; }
+  void open();
+  // Drives everything until there is something to do; returns at once after wake(), and when it is not open.
   void turn();
   void wake() { curl_multi_wakeup(multi_.get()); }  // any thread
 
  private:
   using Transfers = std::map<CURL*, std::unique_ptr<Transfer>>;
 
-  void open();
   void send(std::unique_ptr<Transfer> transfer);
   void end(CURL* easy, CURLcode code);
   void endExpired();
@@ -57,6 +59,8 @@ void UrlSession::Exchange::open() {
   multi_.reset(curl_multi_init());
   curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS,
                     static_cast<long>(options_.mostConnectionsToOneHost));
+  // One that nobody can wake would leave later requests waiting.
+  if (curl_multi_wakeup(multi_.get()) != CURLM_OK) multi_.reset();
 }
 
 UrlSession::Exchange::~Exchange() {
@@ -148,6 +152,7 @@ UrlSession::UrlSession(TransportOptions options)
 void UrlSession::wake() {
   if (!thread_.joinable()) thread_ = std::thread(&UrlSession::run, this);
   if (exchange_) exchange_->wake();
+  ordered_.notify_one();
 }
 
 void UrlSession::dataTask(NSURLRequest request, Completion completion) {
@@ -194,7 +199,12 @@ void UrlSession::run() {
 
 // What was asked for since the last time; nothing when the session ends, and the exchange with it.
 std::optional<UrlSession::Orders> UrlSession::takeOrders(Exchange& exchange) {
-  std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
+  if (!exchange.isOpen()) {
+    // Each new order is a new attempt.
+    ordered_.wait(lock, [this] { return stopping_ || !orders_.requests.empty() || orders_.ahead; });
+    exchange.open();
+  }
   exchange_ = stopping_ ? nullptr : &exchange;
   if (stopping_) return std::nullopt;
   if (std::exchange(isStale_, false)) exchange.setStale();
@@ -211,6 +221,7 @@ void UrlSession::stop() {
     std::swap(dropped, orders_);
     ending.swap(thread_);
     if (exchange_) exchange_->wake();
+    ordered_.notify_one();
   }
   if (ending.joinable()) ending.join();
 }

@@ -5,6 +5,7 @@
 #include "velto/platform/NSURLSession.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -19,9 +20,12 @@ namespace velto::gtk {
 struct TransportOptions {
   // A request fails when no data came or went for this long (at least a second).
   std::chrono::seconds requestTimeout{60};
+  // And when it has not ended after this long, redirects included, whatever came: a server that says a byte now and then
+  // would hold it for as long as it likes.
+  std::chrono::milliseconds longestRequest = std::chrono::minutes(10);
   int mostConnectionsToOneHost = 6;
   size_t largestBody = size_t{256} << 20;  // bytes, decompressed; a request may ask for less
-  size_t mostHeaderFields = 2000;          // of one answer
+  size_t mostHeaderFields = 2000;          // of one answer, with its interim ones (status 1xx)
   std::filesystem::path caFile = {};  // certificate authorities instead of the system's; empty: the system's
   std::vector<HostMapping> hostMap = {};  // the first that matches counts
   // Whether what `hostMap` does not name may be of the user's own network (LocalAddress.h).
@@ -69,6 +73,7 @@ class UrlSession : public NSURLSession {
 
   const TransportOptions options_;
   std::mutex mutex_;
+  std::condition_variable ordered_;
   Orders orders_;
   std::optional<NSURL> unused_;  // connected to ahead, and not asked for anything yet
   bool isStale_ = false;         // no connection made so far is to be used any more

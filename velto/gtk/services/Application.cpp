@@ -65,9 +65,10 @@ bool hasHighContrastTheme() {
 }  // namespace
 
 Application::Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
+                         std::chrono::milliseconds leastTimeUnderTouch,
                          std::function<void(const std::string&)> refused)
     : mainQueue_(mainQueue),
-      touchGuard_(opensOnlyAfterTouch),
+      touchGuard_(opensOnlyAfterTouch, leastTimeUnderTouch),
       refused_(std::move(refused)),
       monitor_(GPtr<GAppInfoMonitor>::adopt(g_app_info_monitor_get())),
       applicationsChanged_(monitor_.get(), "changed", G_CALLBACK(onApplicationsChanged), this) {}

@@ -20,7 +20,7 @@ class Application : public UIApplication {
  public:
   // `refused` (may be empty) is called with each address that
   // was not opened for a page because nobody had touched it.
-  Application(MainQueue& mainQueue, bool opensOnlyAfterTouch,
+  Application(MainQueue& mainQueue, bool opensOnlyAfterTouch, std::chrono::milliseconds leastTimeUnderTouch,
               std::function<void(const std::string& address)> refused);
   TouchGuard& touchGuard() { return touchGuard_; }
 

@@ -14,7 +14,10 @@ class TouchGuard {
   static constexpr std::chrono::seconds lasts{2};
 
   // Off: every page may.
-  explicit TouchGuard(bool on) : on_(on) {}
+  TouchGuard(bool on, std::chrono::milliseconds leastTime) : leastTimeUnderTouch(leastTime), on_(on) {}
+
+  // For how long a page has to be where it is touched.
+  const std::chrono::milliseconds leastTimeUnderTouch;
 
   // While one lives, what is opened is opened for a page.
   class Acting {

@@ -61,6 +61,7 @@ WebView::WebView(Engine engine, const WKWebViewConfiguration& configuration)
       touch_(engine_.view, [this] { lastTouch_ = touchBefore_; }),
       focus_(engine_.view),
       sight_(engine_.view, widget()),
+      place_(GTK_WIDGET(engine_.view.get())),
       cost_(engine_.view),
       commands_(std::make_shared<CommandQueue>(
           [this](const CommandQueue::Command& next) { ask(next.action, next.mayOpen); })),
@@ -261,7 +262,7 @@ void WebView::endFlood() {
   webkit_web_view_terminate_web_process(engine_.view);
 }
 
-// Once for each load, whatever else the engine tells of it.
+// Once for each load.
 void WebView::fail(const NSError& error) {
   load_ = Load::Ended;
   owner()->peerDidFailNavigation(error);
@@ -364,15 +365,24 @@ gboolean WebView::touched(GtkEventController*, GdkEvent* event, WebView* self) n
       self->touchBefore_ = self->lastTouch_;
       [[fallthrough]];
     case GDK_BUTTON_PRESS:
+      self->isMeant_ = self->isMeant(event);
+      break;
+    case GDK_KEY_PRESS:
+      self->isMeant_ = true;
+      break;
     case GDK_BUTTON_RELEASE:
     case GDK_TOUCH_END:
-    case GDK_KEY_PRESS:
-      self->lastTouch_ = g_get_monotonic_time();
       break;
     default:
-      break;
+      return FALSE;
   }
+  if (self->isMeant_) self->lastTouch_ = g_get_monotonic_time();
   return FALSE;
+}
+
+bool WebView::isMeant(GdkEvent* touch) const {
+  auto* platform = GtkPlatform::installed();
+  return platform && place_.held(touch, platform->application().touchGuard().leastTimeUnderTouch);
 }
 
 WebPageUse WebView::use() const {
@@ -384,8 +394,7 @@ WebPageUse WebView::use() const {
 }
 
 bool WebView::wasTouched() const {
-  using std::chrono::microseconds;
-  return lastTouch_ && microseconds(g_get_monotonic_time() - *lastTouch_) <= TouchGuard::lasts;
+  return lastTouch_ && std::chrono::microseconds(g_get_monotonic_time() - *lastTouch_) <= TouchGuard::lasts;
 }
 
 }  // namespace velto::gtk

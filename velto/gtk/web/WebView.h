@@ -10,6 +10,7 @@
 #include "velto/gtk/web/PageFocus.h"
 #include "velto/gtk/web/PageScripts.h"
 #include "velto/gtk/web/PageSight.h"
+#include "velto/gtk/web/PlaceWatch.h"
 #include "velto/gtk/web/TouchShare.h"
 #include "velto/gtk/web/WebProcesses.h"
 #include "velto/gtk/web/WheelShare.h"
@@ -73,6 +74,7 @@ class WebView final : public Peer, public WebViewPeer {
   void configure(const WKWebViewConfiguration& configuration);
   void command(const WKNavigationAction& action);
   bool wasTouched() const;
+  bool isMeant(GdkEvent* touch) const;
   WKNavigationActionPolicy ask(const WKNavigationAction& action, bool mayOpen);
   void decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow);
   bool isOwnNavigation(const WKNavigationAction& action, const std::string& address);
@@ -89,6 +91,7 @@ class WebView final : public Peer, public WebViewPeer {
   TouchShare touch_;
   PageFocus focus_;
   PageSight sight_;
+  PlaceWatch place_;
   PageCost cost_;
   GPtr<WebKitWebsitePolicies> policies_;
   GOwned<WebKitUserStyleSheet, webkit_user_style_sheet_unref> noScrolling_;  // while it does not scroll
@@ -97,6 +100,7 @@ class WebView final : public Peer, public WebViewPeer {
   GtkEventController* touches_ = nullptr;  // the engine view's
   std::optional<gint64> lastTouch_;        // monotonic, microseconds
   std::optional<gint64> touchBefore_;      // the finger that is down
+  bool isMeant_ = true;                    // by who touches
   Load load_ = Load::None;
   std::vector<std::string> ownNavigations_;  // told to the engine, not yet asked about
 };

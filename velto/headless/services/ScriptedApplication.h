@@ -34,8 +34,9 @@ class VELTO_EXPORT ScriptedApplication : public UIApplication {
   void enterBackground();
   void enterForeground();
   void setLocked(bool locked);
-  // While true, what a page asks for is only opened within two seconds after a person touched it.
+  // While true, what a page asks for is only opened, or stored, within two seconds after a person touched it.
   void setPagesNeedTouch(bool need) { pagesNeedTouch_ = need; }
+  bool mayActForPage() const override { return !pagesNeedTouch_ || !*untouchedPage_; }
 
   // For web views: while one lives, what is opened is opened for a page.
   class PageActs {
