@@ -77,8 +77,8 @@ Options optionsFrom(const std::vector<std::string>& words) {
   return options;
 }
 
-constexpr int longestHealing = 60'000, longestSettling = 45'000, settled = 1'500;  // milliseconds
-constexpr double longestWait = 6'000;                                              // of a turn, milliseconds
+constexpr int longestHealing = 180'000, longestSettling = 120'000, settled = 1'500;  // milliseconds
+constexpr double longestWait = 20'000;  // of a turn, milliseconds
 
 // More than its limit of everything that can be left behind, and a wait of the main loop.
 void leakAll(const Sandbox& sandbox, Turns& turns) {
@@ -98,7 +98,7 @@ void leakAll(const Sandbox& sandbox, Turns& turns) {
     g_bus_own_name(G_BUS_TYPE_SESSION, ("org.example." + name).c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
                    nullptr, nullptr, nullptr, nullptr);
   }
-  turns.call("a wait on purpose", [] { g_usleep(7'000'000); });
+  turns.call("a wait on purpose", [] { g_usleep(21'000'000); });
 }
 
 class Soak {
@@ -195,7 +195,7 @@ class Soak {
                 {{"heap, KiB", &Held::heap, 3072 + engine / 4},
                  {"own memory, KiB", &Held::own, 8192 + engine},
                  {"descriptors", &Held::descriptors, 8 + static_cast<int64_t>(deaths) / 10},
-                 {"threads", &Held::threads, 6},
+                 {"threads", &Held::threads, 16},
                  {"processes", &Held::processes, 1},
                  {"processes of sandboxes", &Held::proxies, 6 + 3 * static_cast<int64_t>(deaths) / 5},
                  {"temporary files", &Held::files, 4},

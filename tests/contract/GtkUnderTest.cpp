@@ -21,8 +21,10 @@ namespace {
 bool standsInSlot = false;  // --slot: what is shown is so in a slot that fills its window
 
 void installOn(const std::string& folder) {
-  gtk::install(
-      {.applicationIdentifier = "org.example.contract", .dataFolder = folder, .mayReachLocalNetwork = true});
+  gtk::install({.applicationIdentifier = "org.example.contract",
+                .dataFolder = folder,
+                .leastTimeUnderTouch = {},
+                .mayReachLocalNetwork = true});
 }
 
 class GtkUnderTest : public PlatformUnderTest {

@@ -184,7 +184,8 @@ constexpr char reaching[] = R"js(
 TEST_F(Attack, NothingOfTheUsersOwnNetworkIsReached) {
   auto tries = play(reaching);
   EXPECT_EQ(askedOf("/private/"), std::set<std::string>());
-  EXPECT_TRUE(tries.ends_with(",200") && wasAsked("/sent-on") && wasAsked("/public-socket")) << "all else is";
+  EXPECT_TRUE(tries.ends_with(",200") && wasAsked("/sent-on")) << "all else is";
+  EXPECT_TRUE(runUntil([&] { return wasAsked("/public-socket"); }));
   install(true);
   tries = play(reaching);
   std::istringstream words(tries.substr(0, tries.rfind(',')));
@@ -313,7 +314,9 @@ TEST_F(Attack, APageThatFloodsEnds) {
   for (const char* flood : {"webkit.messageHandlers.veltoWheel.postMessage(true)",
                             "webkit.messageHandlers.veltoNavigation.postMessage('mraid://open')",
                             "location.hash = Math.random()"}) {
-    play("setTimeout(() => { for (;;) " + std::string(flood) + " }, 300); return ''");
+    play("return ''");
+    banner->vc()->webView()->evaluateJavaScript("setTimeout(() => { for (;;) " + std::string(flood) + " })",
+                                                nullptr);
     EXPECT_TRUE(runUntil([&] { return !banner->vc()->webView(); })) << flood;
     EXPECT_EQ(play("return 'next'"), "next") << flood;
   }

@@ -45,7 +45,7 @@ TEST(DeveloperTest, EachFaultOfTheSandboxHasItsReason) {
            .dataFolder = folder.path("store"),
            .caFile = server.caFile(),
            .hostMap = {{"closed.publishers.velto.example", "127.0.0.1:1"}, {"*.velto.example", address}},
-           .requestTimeout = std::chrono::seconds(1)});
+           .requestTimeout = std::chrono::seconds(5)});
   VeltoFramework::addVeltoKey("key");
   for (const auto& [where, why] : std::map<std::string, Why>{{"refuse", Why::SecureConnectionFailed},
                                                              {"wrong-name", Why::Untrusted},

@@ -30,7 +30,11 @@ std::optional<NSError> errorOf(const gtk::TransportOptions& options, std::option
   NSURLRequest request{*NSURL::URLWithString("https://"s + Http2Server::host + "/"), "GET", {}, {}};
   request.maximumBodySize = longest;
   session.dataTask(std::move(request), [&](auto, auto, auto error) { told.set_value(std::move(error)); });
-  return told.get_future().get();
+  // Where the server keeps libcurl so busy that it looks at no clock, the next request of the application ends that.
+  auto answer = told.get_future();
+  while (answer.wait_for(1s) != std::future_status::ready)
+    session.dataTask({*NSURL::URLWithString("http://127.0.0.1:1/"), "GET", {}, {}}, [](auto, auto, auto) {});
+  return answer.get();
 }
 
 long mebibytesAtMost() {

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <csignal>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -54,7 +55,10 @@ class Http2Server {
   struct Frames {
     std::string once, always;
   };
-  void flood(Frames frames) { flood_ = std::move(frames); }
+  void flood(Frames frames) {
+    std::lock_guard lock(mutex_);
+    flood_ = std::move(frames);
+  }
   // To one stream, the first of its connection; to the connection: 0.
   static std::string frame(int type, int flags, const std::string& payload, int stream = 1) {
     const auto size = payload.size();
@@ -107,6 +111,10 @@ class Http2Server {
     return SSL_write_ex(ssl_.get(), bytes.data(), bytes.size(), &written) == 1;
   }
 
+  std::optional<Frames> flood() {
+    std::lock_guard lock(mutex_);
+    return flood_;
+  }
   void serveFrames() {
     using namespace std::literals;
     enum { data = 0, headers = 1, settings = 4, endOfStream = 1, acknowledgement = 1 };
@@ -123,9 +131,9 @@ class Http2Server {
         write("\0\0\0\4\1\0\0\0\0"sv);
       } else if ((byte(3) == data || byte(3) == headers) && byte(4) & endOfStream) {
         ++requests;
-        if (flood_) {
-          if (write(flood_->once))
-            while (write(flood_->always)) continue;
+        if (const auto frames = flood()) {
+          if (write(frames->once))
+            while (write(frames->always)) continue;
           return;
         }
         write("\0\0\1\1\5"s + head.substr(5) + '\x88');  // the end of headers and stream: 200
@@ -145,6 +153,7 @@ class Http2Server {
 
   std::string protocol_;
   const sandbox::Certificates certificates_;
+  std::mutex mutex_;
   std::optional<Frames> flood_;
   const std::unique_ptr<SSL_CTX, Deleter> tls_{SSL_CTX_new(TLS_server_method())};
   std::unique_ptr<SSL, Deleter> ssl_;

@@ -9,7 +9,7 @@ cp "$2"/*.html "$3"/*.html "$folder/ads"
 for size in 195 250 4100; do head -c "${size}000" /dev/urandom >"$folder/ads/${size}k.bin"; done
 touch "$folder"/ads/empty.{css,js}
 (cd "$folder/ads" && ls ./*.html) | sed 's/video.html/& --interstitial/' >"$folder/ads/list"
-"$1" --all "$folder/ads/list" --jobs 6 --report "$folder/report" >"$folder/output" 2>&1
+"$1" --all "$folder/ads/list" --jobs 3 --timeout 60 --report "$folder/report" >"$folder/output" 2>&1
 
 declare -A examples=(
   [expanding]='endless-animation not-measured' [measured]='' [resizing]=not-measured

@@ -18,7 +18,7 @@ exec 3<"$work/events"
 # Reads on until that is told.
 await() {
   local line
-  while read -r -t 20 line <&3; do
+  while read -r -t 120 line <&3; do
     [[ $line != *$1* ]] || return 0
   done
   echo "window: $1 did not come" >&2

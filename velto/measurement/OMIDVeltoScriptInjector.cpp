@@ -24,17 +24,28 @@ bool isTag(std::string_view html, std::string_view name) {
   return next == '>' || next == '/' || blanks.find(next) != npos;
 }
 
-// Where the tag that begins the text ends; a quoted value may hold a '>'.
+// Where the tag that begins the text ends, as a parser of HTML has it (HTML, 13.2.5.8 and 32 to 39): a '>' is none in a
+// value's quotes, and quotes are such only where a value begins.
 size_t tagEnd(std::string_view html) {
-  char quote = 0;
-  for (size_t i = 1; i < html.size(); ++i) {
+  enum class In { Between, Name, AfterName, BeforeValue, Value } in = In::Between;
+  for (size_t i = html.find_first_of(" \t\n\f\r/>"); i < html.size(); ++i) {
     const char c = html[i];
-    if (quote) {
-      if (c == quote) quote = 0;
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '>') {
-      return i + 1;
+    if (c == '>') return i + 1;
+    if (blanks.find(c) != npos) {
+      if (in == In::Name) in = In::AfterName;
+      if (in == In::Value) in = In::Between;
+    } else if (in == In::BeforeValue && (c == '"' || c == '\'')) {
+      i = html.find(c, i + 1);
+      if (i == npos) return npos;
+      in = In::Between;
+    } else if (in == In::BeforeValue) {
+      in = In::Value;
+    } else if (c == '/' && in != In::Value) {
+      in = In::Between;
+    } else if (c == '=' && (in == In::Name || in == In::AfterName)) {
+      in = In::BeforeValue;
+    } else if (in != In::Value) {
+      in = In::Name;
     }
   }
   return npos;

@@ -12,7 +12,7 @@ namespace {
 
 using velto::GPtr;
 
-constexpr int answerMilliseconds = 10000;                  // it may have to be started
+constexpr int answerMilliseconds = 25000;                  // it may have to be started
 constexpr auto withoutWaiting = static_cast<guint32>(-1);  // for a server: what is new goes there later
 
 // A source is the description of a calendar. The default one is
@@ -78,7 +78,8 @@ bool isAlive(GCancellable* cancellable, GError** error) {
   const auto bus = GPtr<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, error));
   if (!bus) return false;
   const auto service = registryService(bus, cancellable);
-  if (service.empty()) return true;  // whoever keeps calendars here, libecal knows
+  // Where nobody was to be asked, libecal may know who keeps calendars here.
+  if (service.empty()) return !g_cancellable_set_error_if_cancelled(cancellable, error);
   const velto::GOwned<GVariant, g_variant_unref> reply(
       g_dbus_connection_call_sync(bus, service.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping", nullptr,
                                   nullptr, G_DBUS_CALL_FLAGS_NONE, answerMilliseconds, cancellable, error));

@@ -2,6 +2,7 @@
 #include "velto/gtk/network/Connection.h"
 
 #include "velto/gtk/network/LocalAddress.h"
+#include "velto/gtk/network/OpenSockets.h"
 #include "velto/gtk/network/RequestRules.h"
 #include "velto/platform/foundation/Text.h"
 
@@ -21,13 +22,20 @@ constexpr std::chrono::seconds longestUnused(118);
 constexpr std::chrono::seconds firstWords(1);
 
 // No process that the application starts, or the web engine, gets to hold a connection.
-curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
-  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+curl_socket_t openSocket(void* sockets, curlsocktype, curl_sockaddr* address) noexcept {
+  const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  static_cast<OpenSockets*>(sockets)->add(made);
+  return made;
+}
+
+int closeSocket(void* sockets, curl_socket_t socket) noexcept {
+  static_cast<OpenSockets*>(sockets)->close(socket);
+  return 0;
 }
 
 // What a page names, or a server sends on to, is not of the user's own network: here it is known what every name has come to.
-curl_socket_t openOutside(void*, curlsocktype kind, curl_sockaddr* address) noexcept {
-  return isLocalAddress(address->addr) ? CURL_SOCKET_BAD : openSocket(nullptr, kind, address);
+curl_socket_t openOutside(void* sockets, curlsocktype kind, curl_sockaddr* address) noexcept {
+  return isLocalAddress(address->addr) ? CURL_SOCKET_BAD : openSocket(sockets, kind, address);
 }
 
 curl_socket_t openNone(void*, curlsocktype, curl_sockaddr*) noexcept {
@@ -52,6 +60,9 @@ void setUpConnection(CURL* easy, const NSURL& url, const TransportOptions& optio
   curl_easy_setopt(easy, CURLOPT_SHARE, share);
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, options.sockets.get());
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, options.sockets.get());
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a name server that does not answer holds nobody else up
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, static_cast<long>(options.requestTimeout.count()));
 

@@ -3,9 +3,11 @@
 
 #include "velto/gtk/Threads.h"
 #include "velto/gtk/network/Connection.h"
+#include "velto/gtk/network/OpenSockets.h"
 #include "velto/gtk/network/Transfer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <map>
 
@@ -29,6 +31,8 @@ class UrlSession::Exchange {
   // Drives everything until there is something to do; returns at once after wake(), and when it is not open.
   void turn();
   void wake() { curl_multi_wakeup(multi_.get()); }  // any thread
+  // Whether libcurl is busy with what should have ended by now. Any thread.
+  bool isHeld() const { return heldFrom_.load() < std::chrono::steady_clock::now(); }
 
  private:
   using Transfers = std::map<CURL*, std::unique_ptr<Transfer>>;
@@ -44,6 +48,8 @@ class UrlSession::Exchange {
   Transfers transfers_;
   std::unique_ptr<ConnectionAhead> ahead_;
   bool isStale_ = false;
+  static constexpr auto never = std::chrono::steady_clock::time_point::max();
+  std::atomic<std::chrono::steady_clock::time_point> heldFrom_ = never;
 };
 
 UrlSession::Exchange::Exchange(const TransportOptions& options) : options_(options) {
@@ -135,7 +141,11 @@ int UrlSession::Exchange::millisecondsToNextDeadline() const {
 
 void UrlSession::Exchange::turn() {
   int running = 0;
+  auto latest = never;
+  for (const auto& [easy, transfer] : transfers_) latest = std::min(latest, transfer->deadline());
+  if (latest != never) heldFrom_ = latest + std::chrono::seconds(1);
   curl_multi_perform(multi_.get(), &running);
+  heldFrom_ = never;
   int left = 0;
   while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left))
     if (message->msg == CURLMSG_DONE) end(message->easy_handle, message->data.result);
@@ -146,6 +156,7 @@ void UrlSession::Exchange::turn() {
 UrlSession::UrlSession(TransportOptions options)
     : options_([&] {
         options.requestTimeout = std::max(options.requestTimeout, std::chrono::seconds(1));
+        options.sockets = std::make_shared<OpenSockets>();
         return std::move(options);
       }()) {}
 
@@ -160,6 +171,7 @@ void UrlSession::dataTask(NSURLRequest request, Completion completion) {
   if (stopping_) return;
   if (unused_ && unused_->host() == request.url.host()) unused_.reset();
   orders_.requests.push_back({std::move(request), std::move(completion)});
+  if (exchange_ && exchange_->isHeld()) options_.sockets->hangUp();
   wake();
 }
 
@@ -222,6 +234,7 @@ void UrlSession::stop() {
     ending.swap(thread_);
     if (exchange_) exchange_->wake();
     ordered_.notify_one();
+    options_.sockets->hangUp();
   }
   if (ending.joinable()) ending.join();
 }

@@ -16,6 +16,8 @@
 
 namespace velto::gtk {
 
+class OpenSockets;
+
 // What a phone's default configuration fixes, with its values where they apply.
 struct TransportOptions {
   // A request fails when no data came or went for this long (at least a second).
@@ -30,6 +32,7 @@ struct TransportOptions {
   std::vector<HostMapping> hostMap = {};  // the first that matches counts
   // Whether what `hostMap` does not name may be of the user's own network (LocalAddress.h).
   bool mayReachLocalNetwork = false;
+  std::shared_ptr<OpenSockets> sockets = {};  // of the session, which makes it
 };
 
 // Errors have the domain "libcurl" and libcurl's own codes (curl/curl.h, CURLcode). A body that the server
