@@ -10,7 +10,7 @@ namespace {
 
 // About as much as they take.
 size_t bytesOf(const std::string& text) {
-  return sizeof text + text.size();
+  return sizeof(std::string) + text.size();
 }
 size_t bytesOf(const VASTTracking& tracking) {
   return sizeof tracking + tracking.event.size() + tracking.url.size();
