@@ -169,6 +169,8 @@ TEST_F(GtkVideoAd, TellsWhatPlays) {
                                     {"video/mkv", ""},
                                     {"", ""}})
     EXPECT_TRUE(media.canPlay(type, codec)) << type << " " << codec;
+  EXPECT_TRUE(media.surelyPlays("video/webm", "vp8"));
+  EXPECT_FALSE(media.surelyPlays("video/a-container-of-tomorrow", ""));
   const std::string nested = "video/webm" + std::string(40'000, '{');
   for (const auto& [type, codec] :
        {std::pair<std::string, std::string>{"application/x-nobody-plays-this", ""},

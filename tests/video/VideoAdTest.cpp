@@ -210,6 +210,7 @@ TEST_F(VideoAdTest, AnAdFromItsAddressToItsEnd) {
 TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
   auto& media = platform->media();
   media.unplayable = {"video/x-odd"};
+  media.unsure = {"video/x-new"};
   media.setVideo("https://v/missing.webm", {.loadFails = true});
   media.setVideo("https://v/never.webm", {.loads = false});
   media.setVideo("https://v/text.webm", {.isNoVideo = true});
@@ -241,6 +242,10 @@ TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
        file("cut.webm"),
        {"start", "1/4", "2/4", "failed 405"},
        "a-loaded a-impression a-start a-viewable a-firstQuartile a-midpoint a-error405 "},
+      {"what is sure comes first",
+       file("a.webm", R"(type="video/x-new" width="640" height="360")") + file("broken.webm"),
+       {"start", "1/4", "failed 405"},
+       "a-loaded a-impression a-start a-viewable a-firstQuartile a-error405 "},
       {"broken in the middle",
        file("broken.webm"),
        {"start", "1/4", "failed 405"},

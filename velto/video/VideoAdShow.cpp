@@ -79,6 +79,9 @@ void VideoAdShow::prepare() {
   surroundings.canPlay = [&platform](const VASTMediaFile& file) {
     return platform.media().canPlay(lowercased(file.type), lowercased(file.codec));
   };
+  surroundings.surelyPlays = [&platform](const VASTMediaFile& file) {
+    return platform.media().surelyPlays(lowercased(file.type), lowercased(file.codec));
+  };
   surroundings.width = size.width * scale;
   surroundings.height = size.height * scale;
   surroundings.bandwidth = around_.settings.bandwidth;

@@ -120,10 +120,12 @@ std::string_view bareType(std::string_view type) {
 }
 
 // Films and sound by a name that is not known here may play.
-bool canOpen(std::string_view type) {
+CanPlay canOpen(std::string_view type) {
   for (const auto& [mime, caps] : containers)
-    if (mime == type) return hasElement(GST_ELEMENT_FACTORY_TYPE_DECODABLE, caps);
-  return isMimeType(type) && (type.starts_with("video/") || type.starts_with("audio/"));
+    if (mime == type)
+      return hasElement(GST_ELEMENT_FACTORY_TYPE_DECODABLE, caps) ? CanPlay::Yes : CanPlay::No;
+  const bool isOfFilms = type.starts_with("video/") || type.starts_with("audio/");
+  return isOfFilms && isMimeType(type) ? CanPlay::Perhaps : CanPlay::No;
 }
 
 // A codec that is not known here may play.
@@ -148,13 +150,14 @@ bool canDecodeAll(std::string_view list) {
 }  // namespace
 }  // namespace velto::gtk
 
-extern "C" __attribute__((visibility("default"))) gboolean velto_can_play_video(const char* type,
-                                                                                const char* codec) {
+extern "C" __attribute__((visibility("default"))) velto::gtk::CanPlay velto_can_play_video(
+    const char* type, const char* codec) {
   using namespace velto::gtk;
-  if (!gst_init_check(nullptr, nullptr, nullptr)) return TRUE;  // its player will say why not
+  if (!gst_init_check(nullptr, nullptr, nullptr)) return CanPlay::Perhaps;  // its player will say why not
   const auto bare = bareType(type);
-  if (*type && !canOpen(bare)) return FALSE;
-  if (*codec) return canDecodeAll(codec);
-  const char* usual = usualCodec(bare);
-  return !usual || hasElement(GST_ELEMENT_FACTORY_TYPE_DECODER, usual);
+  const auto opens = *type ? canOpen(bare) : CanPlay::Perhaps;
+  if (opens == CanPlay::No || (*codec && !canDecodeAll(codec))) return CanPlay::No;
+  const char* usual = *codec ? nullptr : usualCodec(bare);
+  if (usual && !hasElement(GST_ELEMENT_FACTORY_TYPE_DECODER, usual)) return CanPlay::No;
+  return opens;
 }
