@@ -15,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -67,7 +68,11 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
     if (event == velto::AVPlayerEvent::FailedToPlay) return say("The film cannot be played.");
     if (event != velto::AVPlayerEvent::DidPlayToEnd) return;
     isOver = isDue = true;
-    playBreak();
+    // Breaks that the film was too short for are not played behind it.
+    const auto isMidroll = [](const Break& one) { return one.position == Position::Midroll; };
+    if (breaks.empty() || !isMidroll(breaks.front())) return playBreak();
+    breaks.erase(std::remove_if(breaks.begin() + 1, breaks.end(), isMidroll), breaks.end());
+    breakIsOver();
   }
 
   // --- breaks: each is loaded as soon as the one before it is over, and played when its time has come
@@ -106,11 +111,13 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   }
 
   void breakIsOver() {
+    if (std::exchange(goesOn_, true)) return;
     // Not in the ad's own call: it goes.
     g_idle_add_once([](void* self) { static_cast<Player*>(self)->nextBreak(); }, this);
   }
   void nextBreak() {
-    isDue = false;
+    goesOn_ = false;
+    isDue = isOver;
     if (midroll_) content->removeTimeObserver(midroll_);
     midroll_.reset();
     if (!breaks.empty()) breaks.pop_front();
@@ -144,6 +151,7 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   }
 
  private:
+  bool goesOn_ = false;  // to the next break, in the next turn
   velto::AVPlayer::Token midroll_;
   std::shared_ptr<velto::UIView> companion_;
 };

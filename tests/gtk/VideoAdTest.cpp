@@ -98,7 +98,7 @@ class GtkVideoAd : public DisplayTest {
            "<Duration>00:00:02</Duration><TrackingEvents>" + trackings + "</TrackingEvents><VideoClicks>" +
            "<ClickThrough>https://shop.example/</ClickThrough>" +
            tracking("ClickTracking", "click[CLICKPOS]") + "</VideoClicks><MediaFiles>" +
-           "<MediaFile type=\"video/x-nobody-plays-this\" width=\"400\" height=\"300\">" +
+           "<MediaFile type=\"application/x-nobody-plays-this\" width=\"400\" height=\"300\">" +
            server_.address("/t/odd") +
            "</MediaFile><MediaFile type=\"video/webm\" codec=\"vp8\" width=\"320\" height=\"180\">" +
            server_.address("/ad.webm") +
@@ -164,14 +164,24 @@ TEST_F(GtkVideoAd, TellsWhatPlays) {
                                     {"video/webm; codecs=vp8", ""},
                                     {"", "vp8"},
                                     {"video/webm", "a-codec-of-tomorrow"},
+                                    {"video/a-container-of-tomorrow", ""},
+                                    {"audio/wav", ""},
+                                    {"video/mkv", ""},
                                     {"", ""}})
     EXPECT_TRUE(media.canPlay(type, codec)) << type << " " << codec;
-  for (const auto& [type, codec] : {std::pair{"video/x-nobody-plays-this", ""},
-                                    {"application/javascript", ""},
-                                    {"text/html", ""},
-                                    {"not a type", ""},
-                                    {"video/x-nobody-plays-this", "vp8"}})
-    EXPECT_FALSE(media.canPlay(type, codec)) << type << " " << codec;
+  EXPECT_TRUE(media.surelyPlays("video/webm", "vp8"));
+  EXPECT_FALSE(media.surelyPlays("video/a-container-of-tomorrow", ""));
+  const std::string nested = "video/webm" + std::string(40'000, '{');
+  for (const auto& [type, codec] :
+       {std::pair<std::string, std::string>{"application/x-nobody-plays-this", ""},
+        {"application/javascript", ""},
+        {"text/html", ""},
+        {"not a type", ""},
+        {nested, ""},
+        {"video/" + std::string(100, 'a'), ""},
+        {"video/webm", "vp8,vp8,vp8,vp8,vp8,vp8,vp8,vp8,vp8"},
+        {"application/x-nobody-plays-this", "vp8"}})
+    EXPECT_FALSE(media.canPlay(type, codec)) << type.substr(0, 40) << " " << codec;
 }
 
 TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {

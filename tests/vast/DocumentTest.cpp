@@ -54,7 +54,7 @@ constexpr char everything[] = R"(<?xml version="1.0" encoding="UTF-8"?>
      <StaticResource creativeType="image/png">https://n.example/i.png</StaticResource>
      <IconClicks><IconClickThrough>https://n.example</IconClickThrough><IconClickTracking>https://n.example/t</IconClickTracking></IconClicks>
      <IconViewTracking>https://n.example/v</IconViewTracking></Icon></Icons></Linear></Creative>
-  <Creative><CompanionAds required="any"><Companion id="k" width="300" height="250" adSlotID="slot" renderingMode="end-card">
+  <Creative><CompanionAds required="any"><Companion id="k" width="300" height="99999" adSlotID="slot" renderingMode="end-card">
    <HTMLResource><![CDATA[<b>&amp;</b>]]></HTMLResource><IFrameResource>https://k.example</IFrameResource><AltText>alt</AltText>
    <CompanionClickThrough>https://k.example/c</CompanionClickThrough><CompanionClickTracking>https://k.example/t</CompanionClickTracking>
    <TrackingEvents><Tracking event="creativeView">https://k.example/v</Tracking></TrackingEvents></Companion></CompanionAds></Creative>
@@ -120,6 +120,7 @@ TEST(VASTDocumentTest, EverythingOfItsCreativesIsRead) {
   const auto& companion = ad.companions.at(0);
   EXPECT_EQ(ad.companionsRequired, VASTCompanionsRequired::Any);
   EXPECT_EQ(companion.adSlotId + companion.renderingMode + companion.altText, "slotend-cardalt");
+  EXPECT_EQ(companion.height, 4096) << "as large as anything is shown";
   ASSERT_EQ(companion.resources.size(), 2U);
   EXPECT_EQ(companion.resources[1].content, "<b>&amp;</b>");
   EXPECT_EQ(companion.clickTrackings.at(0) + companion.trackings.at(0).url,

@@ -38,6 +38,7 @@ TEST(VASTMediaTest, FilesAreOrderedByWhatTheSurroundingsCanTake) {
   EXPECT_EQ(order(files, {.canPlay = [](const auto& one) { return one.type == "video/mp4"; }}), "LMS");
   EXPECT_EQ(order({file("http://A", 1, 1), file("HTTPS://B", 1, 1), file("https://C", 1, 1)}, {}), "BCA");
   EXPECT_EQ(order({file("http://A", 1, 1)}, {.onlySecure = true}), "");
+  EXPECT_EQ(order(files, {.surelyPlays = [](const auto& one) { return one.type != "video/mp4"; }}), "WLMS");
   auto adaptive = file("https://V", 0, 0);
   adaptive.delivery = VASTMediaFile::Delivery::Streaming;
   adaptive.minBitrate = 200;

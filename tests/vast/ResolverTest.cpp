@@ -207,6 +207,35 @@ TEST_F(VASTResolverTest, PodsAndWhatStandsInForTheirAds) {
   EXPECT_EQ(resolve(inlineAd("s"), {.longest = 9}).error, VASTError::WrongDuration);
 }
 
+TEST_F(VASTResolverTest, AFloodOfAdsAndOfAddressesIsCutOff) {
+  const auto addresses = [](int count, size_t length) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+      all += "<Impression>https://i/" + std::string(length, 'x') + "</Impression>";
+    return all;
+  };
+  std::string pod, spares;
+  for (int i = 0; i < 60; ++i) {
+    pod += inlineAd("p", "sequence='1'");
+    spares += inlineAd("s");
+  }
+  serve("A", vast(inlineAd("a") + spares));
+  serve("B", vast(inlineAd("b")), std::chrono::seconds(1));
+  serve("C", vast(wrapper("D", "", addresses(900, 1))));
+  serve("D", vast(inlineAd("d")));
+  EXPECT_EQ(names(resolve(pod + spares).pod), std::string(20, 'p'));
+  EXPECT_EQ(names(resolve(spares).pod) + "|" + names(resolve(spares).spare), "s|" + std::string(19, 's'));
+  const auto found = resolve(wrapper("A", "", "", "sequence='1'") + wrapper("B", "", "", "sequence='2'"));
+  EXPECT_EQ(names(found.pod), "ab") << "who answers first takes no place of another";
+  // Nor does an ad get more of its wrappers than can be kept for each of many.
+  const auto many = resolve(wrapper("C", "", addresses(900, 1)));
+  ASSERT_EQ(names(many.pod), "d");
+  EXPECT_EQ(many.pod[0].impressions.size(), VASTDocument::mostOfAKind);
+  const auto large = resolve(wrapper("D", "", addresses(200, 20'000)));
+  ASSERT_EQ(names(large.pod), "d");
+  EXPECT_NEAR(static_cast<double>(large.pod[0].impressions.size()), 52, 5);
+}
+
 TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
   auto document =
       VASTDocument::read(vast("<Ad><Wrapper><BlockedAdCategories "
@@ -224,6 +253,19 @@ TEST_F(VASTResolverTest, AddressesAreFilledInAndALetGoHandleIsSilent) {
   handle.cancel();
   platform->advance(std::chrono::minutes(1));
   EXPECT_EQ(platform->urlSession().requests().size(), 1U) << "nobody waits for the rest";
+
+  // A limit of the whole is told to the wrapper that was open, but not where nobody waits any more.
+  platform->urlSession().clearRules();
+  platform->urlSession().respond("ads.example", headless::Answer::silence());
+  platform->urlSession().respond("", {});
+  for (const bool stays : {true, false}) {
+    auto waits = VASTResolver::resolve(VASTDocument::read(vast(wrapper("A"))),
+                                       {.wholeTimeout = std::chrono::seconds(2)}, [](auto) {});
+    platform->advance(std::chrono::seconds(1));
+    if (!stays) waits.cancel();
+    platform->advance(std::chrono::minutes(1));
+    EXPECT_EQ(told(), Texts{"A-301"}) << "once";
+  }
 }
 
 }  // namespace

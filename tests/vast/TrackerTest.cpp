@@ -264,6 +264,9 @@ TEST_F(VASTTrackerTest, WhatTheNetworkKeptIsSentWhenItIsBack) {
   }
   EXPECT_EQ(platform->urlSession().requests("t/a").size(), 8U);
   EXPECT_EQ(VASTSender::shared()->waiting(), 0U);
+  VASTSender::shared()->send({"https://gone/"}, macros);
+  platform->advance(std::chrono::hours(12));
+  EXPECT_EQ(VASTSender::shared()->waiting(), 0U) << "also where nothing else is sent";
 
   // What a server may have counted is not sent again.
   forget();

@@ -210,6 +210,7 @@ TEST_F(VideoAdTest, AnAdFromItsAddressToItsEnd) {
 TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
   auto& media = platform->media();
   media.unplayable = {"video/x-odd"};
+  media.unsure = {"video/x-new"};
   media.setVideo("https://v/missing.webm", {.loadFails = true});
   media.setVideo("https://v/never.webm", {.loads = false});
   media.setVideo("https://v/text.webm", {.isNoVideo = true});
@@ -241,6 +242,10 @@ TEST_F(VideoAdTest, APodWithFilesAndAdsThatFail) {
        file("cut.webm"),
        {"start", "1/4", "2/4", "failed 405"},
        "a-loaded a-impression a-start a-viewable a-firstQuartile a-midpoint a-error405 "},
+      {"what is sure comes first",
+       file("a.webm", R"(type="video/x-new" width="640" height="360")") + file("broken.webm"),
+       {"start", "1/4", "failed 405"},
+       "a-loaded a-impression a-start a-viewable a-firstQuartile a-error405 "},
       {"broken in the middle",
        file("broken.webm"),
        {"start", "1/4", "failed 405"},
@@ -312,6 +317,51 @@ TEST_F(VideoAdTest, LoadsThatFail) {
   load({{}});
   platform->advance(10s);
   EXPECT_EQ(heard(), Lines{"failed 202"}) << "ten seconds";
+  // A document that says less than its file has, and a stream without an end.
+  settings.longest = 30;
+  ad->setSettings(settings);
+  platform->media().setVideo("https://v/long.webm", {.duration = {60, 1}});
+  platform->media().setVideo("https://v/stream.webm", {.duration = {}});
+  for (const auto& [name, starts] : {std::pair("long.webm", false), {"stream.webm", true}}) {
+    play({{.files = file(name)}});
+    platform->advance(2min);
+    const auto all = heard();
+    EXPECT_EQ(all.at(2), starts ? "start" : "failed 202") << name;
+    EXPECT_EQ(all.at(all.size() - 3), "failed 202") << name;
+    expectClean();
+  }
+  // What is too old when its turn comes.
+  sent();
+  load({{.more = "<Expires>60</Expires>"}});
+  platform->advance(61s);
+  ASSERT_TRUE(ad->playIn(host));
+  EXPECT_EQ(sent(), "a-error304 ");
+  EXPECT_EQ(heard(), between({"failed 304"}, {}));
+}
+
+// As a playlist does it: the next one at once, or inside what is told of the end.
+TEST_F(VideoAdTest, TheNextLoadWaitsForTheEndOfTheLastAd) {
+  play({{}});
+  ad->loadDocument(document({{.id = "b"}}));
+  platform->runUntilIdle();
+  EXPECT_EQ(ad->state(), VeltoVideoAd::State::Playing) << "not in the middle";
+  heard();
+  ad->stop();
+  ad->loadDocument(document({{.id = "c"}}));
+  platform->runUntilIdle();
+  EXPECT_EQ(heard(), (Lines{"content resume", "end", "loaded"}));
+  told->during = [](const std::string& what, VeltoVideoAd& own) {
+    if (what == "complete") own.loadDocument(document({{.id = "d"}}));
+  };
+  ASSERT_TRUE(ad->playIn(host));
+  platform->advance(1min);
+  auto all = heard();
+  ASSERT_GT(all.size(), 3U);
+  EXPECT_EQ(Lines(all.end() - 3, all.end()), (Lines{"content resume", "end", "loaded"}));
+  told->during = nullptr;
+  ASSERT_TRUE(ad->playIn(host));
+  platform->runUntilIdle();
+  EXPECT_EQ(told->started->identifier, "d");
 }
 
 TEST_F(VideoAdTest, APersonSteersIt) {
@@ -323,6 +373,12 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   EXPECT_EQ(controls().skipButton().title(), "Skip in 3");
   tap(controls().skipButton());
   EXPECT_FALSE(ad->skip());
+  ad->pause();
+  EXPECT_EQ(heard(), Lines{"1/4"}) << "never inside the application's call";
+  ad->resume();
+  platform->runUntilIdle();
+  EXPECT_EQ(heard(), (Lines{"pause", "resume"}));
+  sent();
   tap(controls().muteButton());
   EXPECT_EQ(controls().muteButton().title(), "Unmute");
   EXPECT_EQ(platform->media().players().back()->appliedVolume(), 0);
@@ -336,7 +392,7 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   EXPECT_EQ(controls().playButton().title(), "Play");
   tap(controls().playButton());
   EXPECT_EQ(sent(), "a-pause a-resume ");
-  EXPECT_EQ(heard(), (Lines{"1/4", "pause", "resume"}));
+  EXPECT_EQ(heard(), (Lines{"pause", "resume"}));
   // On the ad, and beside it: both lead to the shop, and the ad waits there; pressed again, it goes on.
   window->tap({200, 200});
   window->tap({200, 200});
@@ -346,6 +402,7 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   EXPECT_EQ(platform->application().opened.back().url.absoluteString(), "https://shop/a");
   EXPECT_EQ(heard(), (Lines{"press", "pause", "resume", "press", "pause"}));
   ad->resume();
+  platform->runUntilIdle();
   ad->setFullscreen(true);
   platform->advance(2500ms);
   EXPECT_EQ(controls().skipButton().title(), "Skip");
@@ -373,6 +430,16 @@ TEST_F(VideoAdTest, WholeWindowAndKeys) {
   platform->advance(2s);
   EXPECT_TRUE(window->pressEscape());
   EXPECT_EQ(sent(), "a-viewable a-skip ");
+  expectClean();
+  platform->media().setVideo("https://v/endless.webm", {.duration = {100'000, 1}});
+  load({{.files = file("endless.webm")}});
+  ASSERT_TRUE(ad->playOver(window->controller()));
+  platform->advance(15s);
+  EXPECT_TRUE(window->pressEscape());
+  platform->runUntilIdle();
+  EXPECT_EQ(ad->state(), VeltoVideoAd::State::Playing);
+  platform->advance(10s);
+  EXPECT_TRUE(window->pressEscape());
   expectClean();
   EXPECT_EQ(heard().back(), "end");
 }
@@ -542,6 +609,19 @@ TEST_F(VideoAdTest, IconsAndCompanions) {
   EXPECT_EQ(companion->superview(), nullptr) << "it was another ad's";
   platform->advance(1min);
   EXPECT_TRUE(platform->webViews().size() <= 1) << "its icon went with it";
+  // However large, and wherever: "skip" can be reached.
+  play({{.skip = "skipoffset=\"0%\"",
+         .linear = "<Icons><Icon width=\"400\" height=\"1e999\" xPosition=\"right\" "
+                   "yPosition=\"inf\"><StaticResource "
+                   "creativeType=\"image/png\">https://i/a.png</StaticResource></Icon><Icon program=\"b\" "
+                   "width=\"400\" "
+                   "height=\"400\" xPosition=\"right\" yPosition=\"bottom\"><StaticResource "
+                   "creativeType=\"image/png\">https://i/b.png</StaticResource></Icon></Icons>"}});
+  const auto& large = *platform->webViews().back()->webView().superview();
+  EXPECT_EQ(frameInWindow(large), (CGRect{{292.5, 265}, {97.5, 55}}));
+  heard();
+  tap(controls().skipButton());
+  EXPECT_EQ(heard().at(0), "skip");
 }
 
 // The scripts of the document run, those that may not are told of, and hear the truth.

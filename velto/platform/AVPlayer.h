@@ -108,6 +108,8 @@ class VELTO_EXPORT MediaSystem {
   // Whether files of this MIME type play here, with this codec (RFC 6381) or list of codecs; either may be empty. Yes, where
   // it cannot be told without trying. The first question may take some milliseconds.
   virtual bool canPlay(const std::string& /*type*/, const std::string& /*codec*/) { return true; }
+  // Whether that is known, and not only where it cannot be told. What is sure is tried first.
+  virtual bool surelyPlays(const std::string& type, const std::string& codec) { return canPlay(type, codec); }
 };
 
 }  // namespace velto

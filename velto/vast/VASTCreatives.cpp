@@ -47,6 +47,8 @@ constexpr std::array eventNames{"acceptInvitation",
                                 "unmute",
                                 "verificationNotExecuted"};
 
+constexpr double largestCompanion = 4096;  // points
+
 // Names of no standard stay as they are: nothing is sent for them.
 std::string eventName(const std::string& name) {
   const auto lower = lowercased(name);
@@ -159,8 +161,8 @@ VASTCompanion readCompanion(const VASTNode& node) {
   companion.adSlotId = attributeOf(node, "adslotid");
   companion.altText = node.textOf("alttext");
   companion.apiFramework = attributeOf(node, "apiframework");
-  companion.width = length(node, "width");
-  companion.height = length(node, "height");
+  companion.width = std::min(length(node, "width"), largestCompanion);
+  companion.height = std::min(length(node, "height"), largestCompanion);
   companion.pxratio = positive(node, "pxratio").value_or(1);
   companion.renderingMode = textAttribute(node, "renderingmode");
   companion.resources = readResources(node);
@@ -232,7 +234,8 @@ void readVASTCreatives(const VASTNode& node, VASTAd& ad) {
       // Without a sequence after those that have one.
       const double place = creative.number("sequence").value_or(std::numeric_limits<double>::max());
       if (isWrapper && ad.linear) {
-        addVASTLinear(*ad.linear, readLinear(creative, *linear));
+        size_t room = VASTDocument::mostBytes;
+        addVASTLinear(*ad.linear, readLinear(creative, *linear), room);
       } else if (place < first) {
         first = place;
         ad.linear = readLinear(creative, *linear);

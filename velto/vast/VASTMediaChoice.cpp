@@ -15,13 +15,14 @@ constexpr double usableShare = 0.8;
 
 // Compared field by field; less is better.
 struct MediaRank {
+  bool isGuess = false;  // whether it plays
   bool comesLate = false;
   double lateBitrate = 0;  // of those that come late, the smallest first
   double misfit = 0;
   bool isInsecure = false;
   double spare = 0;  // less bitrate than there might be
 
-  auto key() const { return std::tie(comesLate, lateBitrate, misfit, isInsecure, spare); }
+  auto key() const { return std::tie(isGuess, comesLate, lateBitrate, misfit, isInsecure, spare); }
 };
 
 // Of a rate that varies, the lowest decides whether it can be had.
@@ -42,6 +43,7 @@ double misfitOf(const VASTMediaFile& file, const VASTSurroundings& around) {
 
 MediaRank rankOf(const VASTMediaFile& file, const VASTSurroundings& around) {
   MediaRank rank;
+  rank.isGuess = around.surelyPlays && !around.surelyPlays(file);
   const auto needed = neededBitrate(file);
   rank.comesLate = around.bandwidth && needed && *needed > *around.bandwidth * usableShare;
   if (rank.comesLate) rank.lateBitrate = *needed;

@@ -48,8 +48,8 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   void begin(const NSURL& tag) {
     fetch(tag, nullptr, [self = shared_from_this()](Found found) { self->finish(std::move(found)); });
   }
-  void begin(VASTDocument document) {
-    read(std::move(document), nullptr,
+  void begin(const std::shared_ptr<VASTDocument>& document) {
+    read(std::move(*document), nullptr,
          [self = shared_from_this()](Found found) { self->finish(std::move(found)); });
   }
   void cancel() { completion_ = nullptr; }
@@ -57,6 +57,9 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
  private:
   void finish(Found found) {
     if (!completion_) return;
+    if (found.pod.size() > settings_.mostAds) found.pod.resize(settings_.mostAds);
+    const size_t room = settings_.mostAds - found.pod.size();
+    if (found.spare.size() > room) found.spare.resize(room);
     VASTResolution resolution{std::move(found.pod), std::move(found.spare), std::nullopt};
     if (resolution.pod.empty()) resolution.error = error_.value_or(VASTError::NoAdsAfterWrapper);
     std::exchange(completion_, nullptr)(std::move(resolution));
@@ -83,12 +86,12 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     ++requests_;
     // Whichever comes first, answer or end of the time, takes what is to be done.
     const auto next = std::make_shared<Done>(std::move(done));
-    const auto answered = [self = shared_from_this(), above, next](VASTDocument document) {
+    const auto answered = [self = shared_from_this(), above, next](VASTDocument& document) {
       if (const auto then = std::exchange(*next, nullptr)) self->read(std::move(document), above, then);
     };
     const auto failed = [self = shared_from_this(), above, next] {
       const auto then = std::exchange(*next, nullptr);
-      if (!then) return;
+      if (!then || !self->completion_) return;
       self->fail(VASTError::WrapperTimeout, {}, above.get());
       then({});
     };
@@ -106,12 +109,15 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
           if (!isThere && !isTooLarge) return now->mainQueue().post(failed);
           // No content is an answer, too: no ads.
           if (isThere && trimmed(data.value_or("")).empty())
-            return now->mainQueue().post([answered] { answered({}); });
+            return now->mainQueue().post([answered] {
+              VASTDocument nothing;
+              answered(nothing);
+            });
           if (isTooLarge) data = "";
           now->performInBackground([answered, text = std::move(*data)] {
-            auto document = VASTDocument::read(text);
+            const auto document = std::make_shared<VASTDocument>(VASTDocument::read(text));
             if (auto* then = Platform::currentOrNull())
-              then->mainQueue().post([answered, document = std::move(document)] { answered(document); });
+              then->mainQueue().post([answered, document] { answered(*document); });
           });
         });
   }
@@ -195,11 +201,14 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       });
   }
 
-  // Inline ads from there on that nothing speaks against; those that something does are not told of, since they were not tried.
+  // Inline ads from there on, as far as there is room, that nothing speaks against; those that something does are not told of, since they were not tried.
   Ads playable(const Ads& ads, size_t from, const VASTLevelPointer& above) {
     Ads found;
-    for (size_t at = from; at < ads.size(); ++at)
-      if (!ads[at].wrapper && !faultOf(ads[at], above.get())) found.push_back(merged(ads[at], above.get()));
+    for (size_t at = from; at < ads.size() && spares_ < settings_.mostAds; ++at) {
+      if (ads[at].wrapper || faultOf(ads[at], above.get())) continue;
+      ++spares_;
+      found.push_back(merged(ads[at], above.get()));
+    }
     return found;
   }
 
@@ -216,7 +225,8 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   }
 
   static VASTAd merged(VASTAd ad, const VASTLevel* above) {
-    for (; above; above = above->above.get()) addVASTWrapper(ad, above->ad);
+    size_t room = mostVASTBytesOfWrappers;
+    for (; above; above = above->above.get()) addVASTWrapper(ad, above->ad, room);
     return ad;
   }
 
@@ -225,7 +235,11 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
       fail(*fault, ad.errors, above.get());
       return done({});
     }
-    if (!ad.wrapper) return done({{merged(ad, above.get())}, {}});
+    if (!ad.wrapper && ads_ >= settings_.mostAds) return done({});
+    if (!ad.wrapper) {
+      ++ads_;
+      return done({{merged(ad, above.get())}, {}});
+    }
     auto level = std::make_shared<VASTLevel>(VASTLevel{above, ad, above ? above->depth + 1 : 1});
     const auto url = NSURL::URLByEscaping(macrosAt(*level).expanded(ad.wrapper->tag));
     fetch(url.value(), std::move(level), done);
@@ -258,6 +272,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   const VASTSettings settings_;
   VASTResolver::Completion completion_;
   size_t requests_ = 0;
+  size_t ads_ = 0, spares_ = 0;  // that were made, each with what its wrappers have
   std::optional<double> begun_;  // monotonic seconds
   std::optional<VASTError> error_;
 };
@@ -278,7 +293,8 @@ Handle VASTResolver::resolve(const NSURL& tag, VASTSettings settings, Completion
 }
 
 Handle VASTResolver::resolve(VASTDocument document, VASTSettings settings, Completion completion) {
-  return startResolving(std::move(document), std::move(settings), std::move(completion));
+  return startResolving(std::make_shared<VASTDocument>(std::move(document)), std::move(settings),
+                        std::move(completion));
 }
 
 std::optional<VASTError> VASTResolver::faultOf(const VASTAd& ad) {

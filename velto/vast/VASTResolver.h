@@ -30,6 +30,7 @@ struct VASTSettings {
   std::chrono::nanoseconds wholeTimeout =
       std::chrono::seconds(20);        // of all of them; what is missing by then fails with 301
   size_t mostRequests = 50;            // for one resolution, however many ads it has; beyond, 302
+  size_t mostAds = 20;                 // of one resolution, pod and spare together; more are left out
   bool allowMultipleAds = true;        // the first answer may be a pod
   bool followWrappers = true;          // and may be wrappers; else these fail with 300
   std::optional<double> longest = {};  // seconds: longer ads fail with 202

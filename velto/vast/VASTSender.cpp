@@ -16,6 +16,7 @@ namespace velto {
 namespace {
 
 constexpr int mostRefusals = 3;
+constexpr int mostTries = 50;                        // some hours
 constexpr size_t mostOfAnAnswer = size_t{1} << 20U;  // a pixel, as a rule
 
 bool neverLeft(const std::optional<NSError>& error) {
@@ -43,6 +44,7 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
     NSURL url;
     uint64_t arrivedBefore = 0;  // `arrived`, as it was when this one last failed
     int refusals = 0;            // how often others arrived, and this one did not
+    int tries = 0;               // that failed
   };
   std::deque<Message> waiting;
   uint64_t arrived = 0;
@@ -74,7 +76,8 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
   }
   // At the end, so that one whose server is gone does not hold up the others.
   void keep(Message message) {
-    if (arrived > message.arrivedBefore && ++message.refusals >= mostRefusals) return pauseAndRetry();
+    const bool isRefused = arrived > message.arrivedBefore && ++message.refusals >= mostRefusals;
+    if (++message.tries >= mostTries || isRefused) return pauseAndRetry();
     message.arrivedBefore = arrived;
     waiting.push_back(std::move(message));
     if (waiting.size() > mostWaiting) waiting.pop_front();
@@ -110,7 +113,7 @@ void VASTSender::send(const std::vector<std::string>& urls, const VASTMacros& ma
         address && schemeOf(*address).starts_with("http"))
       all.push_back(std::move(*address));
   std::stable_partition(all.begin(), all.end(), [](const auto& url) { return schemeOf(url) == "https"; });
-  for (const auto& url : all) state_->send({url, state_->arrived, 0}, false);
+  for (const auto& url : all) state_->send({url, state_->arrived}, false);
 }
 
 size_t VASTSender::waiting() const {

@@ -4,7 +4,7 @@
 // A request that may have reached its server is not sent again: the server would count twice. So only those are repeated that
 // never found one (no network, no name, no connection, no secure one): after 1 s, then twice as long each time, at most 5 min,
 // one of them at a time until one arrives, and then all. Beyond 1,000 that wait, the oldest is let go, and so is one that three
-// times did not arrive while others did: its server is gone, or may not be reached.
+// times did not arrive while others did, or fifty times at all: its server is gone, or may not be reached.
 #pragma once
 
 #include "velto/Export.h"

@@ -2,7 +2,6 @@
 #include "velto/video/VeltoVideoAd.h"
 
 #include "velto/platform/Platform.h"
-#include "velto/vast/VASTDocument.h"
 #include "velto/video/VideoAdBreak.h"
 
 namespace velto {
@@ -26,7 +25,7 @@ void VeltoVideoAd::load(const std::string& url) {
 }
 
 void VeltoVideoAd::loadDocument(const std::string& text) {
-  break_->load(VASTDocument::read(text));
+  break_->loadDocument(text);
 }
 
 VeltoVideoAd::State VeltoVideoAd::state() const {
@@ -42,16 +41,18 @@ bool VeltoVideoAd::playOver(const std::shared_ptr<UIViewController>& controller)
 }
 
 void VeltoVideoAd::pause() {
-  if (const auto show = break_->show()) show->pause(true);
+  break_->post([](VideoAdShow& show) { show.pause(true); });
 }
 
 void VeltoVideoAd::resume() {
-  if (const auto show = break_->show()) show->pause(false);
+  break_->post([](VideoAdShow& show) { show.pause(false); });
 }
 
 bool VeltoVideoAd::skip() {
   const auto show = break_->show();
-  return show && show->skip();
+  if (!show || !show->maySkip()) return false;
+  break_->post([](VideoAdShow& ending) { ending.skip(); });
+  return true;
 }
 
 void VeltoVideoAd::setMuted(bool muted) {

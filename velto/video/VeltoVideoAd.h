@@ -70,7 +70,8 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   // For loads from now on.
   void setSettings(const VeltoVideoAdSettings& settings);
 
-  // A new load takes the place of one that is on its way or ready; while ads play, nothing happens.
+  // A new load takes the place of one that is on its way or ready. While ads play, nothing happens; once they are stopped, or
+  // in what is told of the end of the last one, the load begins after DidEndAll.
   void load(const std::string& url);
   void loadDocument(const std::string& text);
   State state() const;
@@ -81,7 +82,7 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   bool playIn(const std::shared_ptr<UIView>& view);
   bool playOver(const std::shared_ptr<UIViewController>& controller);
 
-  // As by the person.
+  // As by the person, in the next turn of the main queue.
   void pause();
   void resume();
   bool skip();  // false: not yet, or not at all

@@ -1,6 +1,7 @@
 // Loads, pods, spare ads.
 #include "velto/video/VideoAdBreak.h"
 
+#include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/NSBundle.h"
 #include "velto/platform/Platform.h"
@@ -35,6 +36,8 @@ const char* explanationOf(VASTError error) {
       return "too many wrappers";
     case VASTError::NoAdsAfterWrapper:
       return "there is no ad";
+    case VASTError::NotShownInTime:
+      return "the ad is too old by now";
     case VASTError::FileNotFound:
       return "the ad's file was not found";
     case VASTError::FileTimeout:
@@ -72,20 +75,22 @@ void VideoAdBreak::tellFailure(VASTError error) {
 
 // --- loading
 
-bool VideoAdBreak::beginLoad() {
-  auto* platform = Platform::currentOrNull();
-  if (state_ == State::Playing || !platform) return false;
+// `again`: the same load, for later.
+bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
+  if (!Platform::currentOrNull()) return false;
+  if (state_ == State::Playing) {
+    if (isStopped_ || (endsWithThis_ && pod_.empty() && !upcoming_)) later_ = again;
+    return false;
+  }
   state_ = State::Loading;
+  later_ = nullptr;
+  isStopped_ = false;
+  ++load_;
   loadedWith_ = settings_;
   *sound_ = {settings_.startsMuted, settings_.volume};
   pod_.clear();
   spare_.clear();
-  platform->mainQueue().postAfter(settings_.loadTimeout, [weak = weak_from_this(), of = ++load_] {
-    const auto alive = weak.lock();
-    if (!alive || alive->load_ != of || alive->state_ != State::Loading) return;
-    alive->resolving_.cancel();
-    alive->loadFailed(VASTError::WrapperTimeout);
-  });
+  resolving_.cancel();
   return true;
 }
 
@@ -119,13 +124,14 @@ VASTSettings VideoAdBreak::resolverSettings() const {
   VASTSettings made;
   made.mostWrappers = loadedWith_.mostWrappers;
   made.timeout = loadedWith_.answerTimeout;
+  made.wholeTimeout = loadedWith_.loadTimeout;
   made.longest = loadedWith_.longest;
   made.macros = macros();
   return made;
 }
 
 void VideoAdBreak::load(const std::string& address) {
-  if (!beginLoad()) return;
+  if (!beginLoad([address](VideoAdBreak& self) { self.load(address); })) return;
   const auto url = NSURL::URLByEscaping(macros().expanded(address));
   const auto of = load_;
   const auto weak = weak_from_this();
@@ -141,8 +147,21 @@ void VideoAdBreak::load(const std::string& address) {
   });
 }
 
-void VideoAdBreak::load(VASTDocument document) {
-  if (!beginLoad()) return;
+// Reading a large one takes longer than a frame may.
+void VideoAdBreak::loadDocument(const std::string& text) {
+  if (!beginLoad([text](VideoAdBreak& self) { self.loadDocument(text); })) return;
+  Platform::current().performInBackground([weak = weak_from_this(), of = load_, text] {
+    const auto document = std::make_shared<VASTDocument>(VASTDocument::read(text));
+    auto* platform = Platform::currentOrNull();
+    if (!platform) return;
+    platform->mainQueue().post([weak, of, document] {
+      const auto alive = weak.lock();
+      if (alive && alive->load_ == of) alive->resolve(std::move(*document));
+    });
+  });
+}
+
+void VideoAdBreak::resolve(VASTDocument document) {
   resolving_ = VASTResolver::resolve(std::move(document), resolverSettings(),
                                      [weak = weak_from_this(), of = load_](VASTResolution found) {
                                        const auto alive = weak.lock();
@@ -157,6 +176,7 @@ void VideoAdBreak::loaded(VASTResolution found) {
   spare_.assign(std::make_move_iterator(found.spare.begin()), std::make_move_iterator(found.spare.end()));
   number_ = 0;
   count_ = pod_.size();
+  loadedAt_ = Platform::current().clock().monotonicSeconds();
   state_ = State::Ready;
   tell([](auto& to, auto& ad) { to.veltoVideoAdDidLoad(ad); });
 }
@@ -217,6 +237,10 @@ void VideoAdBreak::adNearsEnd() {
   upcoming_->prepare();
 }
 
+bool VideoAdBreak::isTooOld(const VASTAd& ad) const {
+  return ad.expires && Platform::current().clock().monotonicSeconds() - loadedAt_ > *ad.expires;
+}
+
 std::shared_ptr<VideoAdShow> VideoAdBreak::makeShow(VASTAd ad, size_t number) {
   return std::make_shared<VideoAdShow>(std::move(ad), macros(),
                                        VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number, count_,
@@ -228,6 +252,7 @@ void VideoAdBreak::play(std::shared_ptr<VideoAdShow> show) {
   removeCompanions();
   show_ = std::move(show);
   const auto begins = show_;  // the next one may take its place inside
+  if (isTooOld(begins->tracker().ad())) begins->refuse(VASTError::NotShownInTime);
   begins->begin();
 }
 
@@ -250,6 +275,7 @@ void VideoAdBreak::adPressed() {
 
 void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
   const auto self = shared_from_this();
+  endsWithThis_ = how != VideoAdEnd::Failed || hadStarted || spare_.empty();
   switch (how) {
     case VideoAdEnd::Completed:
       tell([](auto& to, auto& ad) { to.veltoVideoAdDidComplete(ad); });
@@ -268,11 +294,15 @@ void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
     case VideoAdEnd::Closed:
       return finish();
   }
+  endsWithThis_ = false;
   if (state_ == State::Playing && screen_) next();  // else the application has stopped it meanwhile
 }
 
 void VideoAdBreak::finish() {
   if (state_ != State::Playing) return;
+  const auto self = shared_from_this();
+  isStopped_ = endsWithThis_ = false;
+  const auto of = load_ + 1;
   state_ = State::Empty;
   ++load_;
   pod_.clear();
@@ -281,6 +311,7 @@ void VideoAdBreak::finish() {
   if (std::exchange(contentWaits_, false))
     tell([](auto& to, auto& ad) { to.veltoVideoAdDidRequestContentResume(ad); });
   tell([](auto& to, auto& ad) { to.veltoVideoAdDidEndAll(ad); });
+  if (const auto begin = std::exchange(later_, nullptr); begin && load_ == of) begin(*this);
 }
 
 void VideoAdBreak::removeScreen() {
@@ -291,11 +322,13 @@ void VideoAdBreak::removeScreen() {
 void VideoAdBreak::stop() {
   const auto self = shared_from_this();
   resolving_.cancel();
+  later_ = nullptr;
   ++load_;
   if (state_ != State::Playing) {
     state_ = State::Empty;
     return;
   }
+  isStopped_ = true;
   if (show_) show_->close();
   // The application hears of it in a later turn, as of all else.
   Platform::current().mainQueue().post([weak = weak_from_this(), of = load_] {
@@ -310,6 +343,7 @@ void VideoAdBreak::letGo() {
   ad_.reset();
   delegate_.reset();
   resolving_.cancel();
+  later_ = nullptr;
   state_ = State::Empty;
   ++load_;
   if (show_) show_->close();
@@ -321,6 +355,14 @@ void VideoAdBreak::setFullscreen(bool fullscreen) {
   isFullscreen_ = fullscreen;
   for (const auto& show : {show_, upcoming_})
     if (show) show->setFullscreen(fullscreen || (screen_ && screen_->isWhole()));
+}
+
+void VideoAdBreak::post(std::function<void(VideoAdShow&)> wish) const {
+  auto* platform = Platform::currentOrNull();
+  if (!show_ || !platform) return;
+  platform->mainQueue().post([of = std::weak_ptr(show_), wish = std::move(wish)] {
+    if (const auto show = of.lock()) wish(*show);
+  });
 }
 
 // --- companions

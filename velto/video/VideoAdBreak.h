@@ -25,7 +25,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
 
   void setSettings(const VeltoVideoAdSettings& settings) { settings_ = settings; }
   void load(const std::string& url);
-  void load(VASTDocument document);
+  void loadDocument(const std::string& text);
   bool playIn(const std::shared_ptr<UIView>& view);
   bool playOver(const std::shared_ptr<UIViewController>& controller);
   void stop();
@@ -34,6 +34,8 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   State state() const { return state_; }
   const std::shared_ptr<VideoAdSound>& sound() const { return sound_; }
   void setFullscreen(bool fullscreen);
+  // What the application wants of the ad that plays: done in the next turn, since the application hears of it.
+  void post(std::function<void(VideoAdShow&)> wish) const;
   // The ad that plays, or played last; null before the first.
   const std::shared_ptr<VideoAdShow>& show() const { return show_; }
   std::shared_ptr<UIView> companionView(size_t place);
@@ -48,13 +50,15 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
  private:
   using Call = std::function<void(VeltoVideoAdDelegate&, VeltoVideoAd&)>;
 
-  bool beginLoad();
+  bool beginLoad(const std::function<void(VideoAdBreak&)>& again);
+  void resolve(VASTDocument document);
   VASTSettings resolverSettings() const;
   VASTMacros macros() const;
   void loaded(VASTResolution found);
   void loadFailed(VASTError error);
   bool begin(std::shared_ptr<VideoAdScreen> screen);
   void next();
+  bool isTooOld(const VASTAd& ad) const;
   std::shared_ptr<VideoAdShow> makeShow(VASTAd ad, size_t number);
   void play(std::shared_ptr<VideoAdShow> show);
   void finish();
@@ -73,6 +77,9 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   size_t number_ = 0, count_ = 0;  // of the ad that plays
   std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();
   bool isFullscreen_ = false, contentWaits_ = false;
+  bool isStopped_ = false, endsWithThis_ = false;  // what plays is on its way out
+  std::function<void(VideoAdBreak&)> later_;       // a load that waits for that
+  double loadedAt_ = 0;                            // monotonic seconds
   std::shared_ptr<VideoAdScreen> screen_;
   std::shared_ptr<VideoAdShow> show_, upcoming_;
   std::map<size_t, std::shared_ptr<VideoAdPage>> companions_;

@@ -50,6 +50,7 @@ class Pill final : public UIButton {
     setTitleFontSize(pillFontSize);
     setTitleColor(UIColor::colorWithWhite(1, dimmed), UIControlStateDisabled);
   }
+  bool staysInFront() const override { return true; }  // of icons, which come later
   double wantedWidth(double scale) const {
     return static_cast<double>(letters(title())) * pillFontSize * letterWidth * scale + 2 * pillPadding;
   }

@@ -5,13 +5,15 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <utility>
 
 namespace velto {
 namespace {
 
-constexpr double usualSide = 20, largestSide = 400;  // points
+constexpr double usualSide = 20, largestSide = 100;  // points
+constexpr double largestPart = 0.25;                 // of the side of the view
 constexpr size_t mostIcons = 5;
 
 double beginOf(const VASTIcon& icon) {
@@ -21,20 +23,22 @@ double endOf(const VASTIcon& icon) {
   return icon.duration ? beginOf(icon) + *icon.duration : std::numeric_limits<double>::infinity();
 }
 
-double sideOf(double said) {
-  return said > 0 ? std::min(said, largestSide) : usualSide;
+double sideOf(double said, double whole) {
+  const double wanted = std::isfinite(said) && said > 0 ? said : usualSide;
+  return std::min({wanted, largestSide, std::max(0.0, whole * largestPart)});
 }
 
 // "left", "right", "top", "bottom", or points from the left or the top.
 double positionOf(const std::string& text, double room) {
+  room = std::max(0.0, room);
   if (text == "right" || text == "bottom") return room;
   double points = 0;
   std::from_chars(text.data(), text.data() + text.size(), points);
-  return std::clamp(points, 0.0, std::max(0.0, room));
+  return std::isfinite(points) ? std::clamp(points, 0.0, room) : 0;
 }
 
 CGRect frameOf(const VASTIcon& icon, const CGRect& bounds) {
-  const CGSize size{sideOf(icon.width), sideOf(icon.height)};
+  const CGSize size{sideOf(icon.width, bounds.size.width), sideOf(icon.height, bounds.size.height)};
   return {{positionOf(icon.xPosition, bounds.size.width - size.width),
            positionOf(icon.yPosition, bounds.size.height - size.height)},
           size};

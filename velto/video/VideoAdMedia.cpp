@@ -80,8 +80,8 @@ void VideoAdMedia::heard(AVPlayerEvent event) {
     }
     case AVPlayerEvent::FailedToPlay: {
       const auto& error = player_->error();
-      const auto why =
-          error && error->cause == NSErrorCause::NotFound ? VASTError::FileNotFound : VASTError::FileNotShown;
+      const bool isMissing = !ready_ && error && error->cause == NSErrorCause::NotFound;
+      const auto why = isMissing ? VASTError::FileNotFound : VASTError::FileNotShown;
       // What has begun is not begun again.
       return ready_ ? std::exchange(listener_, nullptr)->mediaFailed(why) : next(why);
     }

@@ -65,7 +65,7 @@ void VideoAdScreen::setPicture(std::unique_ptr<ViewPeer> picture) {
 }
 
 bool VideoAdScreen::accessibilityPerformEscape() {
-  tell([](Listener& to) { to.screenSkipped(); });
+  tell([](Listener& to) { to.screenEscaped(); });
   return true;  // what lies below it is not meant
 }
 

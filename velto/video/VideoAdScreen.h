@@ -1,7 +1,8 @@
 // Where video ads are seen: a picture and controls, over a view of the application or, presented, over all of a window.
 // One for all ads of a pod. Made by the ad break; main thread.
 //
-// Keys, while it is presented: space plays and pauses, M is for the sound, Escape skips where that is allowed.
+// Keys, while it is presented: space plays and pauses, M is for the sound, Escape skips where that is allowed, and closes
+// an ad that plays far longer than it should.
 #pragma once
 
 #include "velto/platform/ui/UIViewController.h"
@@ -20,6 +21,7 @@ class VideoAdScreen final : public UIViewController {
     virtual void screenToggled() = 0;
     virtual void screenMuted() = 0;
     virtual void screenSkipped() = 0;
+    virtual void screenEscaped() = 0;
     virtual void screenPressed(std::optional<CGPoint> place) = 0;
     virtual void screenWentAway() = 0;  // what presented it has gone
 

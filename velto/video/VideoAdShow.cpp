@@ -79,6 +79,9 @@ void VideoAdShow::prepare() {
   surroundings.canPlay = [&platform](const VASTMediaFile& file) {
     return platform.media().canPlay(lowercased(file.type), lowercased(file.codec));
   };
+  surroundings.surelyPlays = [&platform](const VASTMediaFile& file) {
+    return platform.media().surelyPlays(lowercased(file.type), lowercased(file.codec));
+  };
   surroundings.width = size.width * scale;
   surroundings.height = size.height * scale;
   surroundings.bandwidth = around_.settings.bandwidth;
@@ -115,7 +118,14 @@ void VideoAdShow::begin() {
 void VideoAdShow::mediaReady(const VASTMediaFile& file) {
   const auto self = shared_from_this();
   file_ = file;
+  if (isTooLong(media_->duration())) return mediaFailed(VASTError::WrongDuration);
   if (hasBegun_) showPicture();
+}
+
+// Of the file, whatever its document says.
+bool VideoAdShow::isTooLong(double seconds) const {
+  constexpr double rounding = 1;  // second
+  return around_.settings.longest && seconds > *around_.settings.longest + rounding;
 }
 
 void VideoAdShow::showPicture() {
@@ -275,6 +285,7 @@ void VideoAdShow::tick() {
   if (wasTakenAway()) return end(VideoAdEnd::Closed);
   if (!hasStarted_) return;
   media_->look();
+  if (!hasEnded_ && isTooLong(seconds())) return mediaFailed(VASTError::WrongDuration);
   playheadMoved();
   const auto duration = tracker_.duration();
   if (hasEnded_ || !duration || *duration - media_->seconds() > nearsEnd || std::exchange(isNearEnd_, true))

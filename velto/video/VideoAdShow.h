@@ -57,7 +57,8 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
 
   void prepare();  // its file is loaded, and nothing seen of it or told
   void begin();
-  void close();  // tells its servers, and nobody here
+  void refuse(VASTError error) { fault_ = error; }  // before it begins: that is how it ends
+  void close();                                     // tells its servers, and nobody here
   void pause(bool paused);
   bool skip();
   void soundChanged();
@@ -65,6 +66,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
 
   VeltoVideoAdInfo info() const;
   double seconds() const { return media_ ? media_->seconds() : 0; }
+  bool maySkip() const;
   bool isPaused() const { return hasStarted_ && !isPlaying_; }
   VASTTracker& tracker() { return tracker_; }
 
@@ -75,6 +77,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void screenToggled() override { pause(!pausedByPerson_); }
   void screenMuted() override;
   void screenSkipped() override { skip(); }
+  void screenEscaped() override;
   void screenPressed(std::optional<CGPoint> place) override;
   void screenWentAway() override { end(VideoAdEnd::Closed); }
 
@@ -91,6 +94,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void tick();
   void retime();
   bool wasTakenAway() const;
+  bool isTooLong(double seconds) const;
   void refresh();
   void end(VideoAdEnd how, VASTError error = VASTError::Undefined);
 

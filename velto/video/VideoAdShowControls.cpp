@@ -56,6 +56,19 @@ void VideoAdShow::setFullscreen(bool fullscreen) {
   if (measurement_) measurement_->setFullscreen(fullscreen);
 }
 
+bool VideoAdShow::maySkip() const {
+  const auto after = info().skippableAfter;
+  return hasStarted_ && !hasEnded_ && after && seconds() >= *after;
+}
+
+// An ad that plays on far beyond what its document says holds nobody.
+void VideoAdShow::screenEscaped() {
+  constexpr double grace = 10, unknownLength = 60;  // seconds
+  const auto self = shared_from_this();
+  const double said = tracker_.ad().linear->duration.value_or(unknownLength);
+  if (!skip() && hasStarted_ && seconds() > said + grace) end(VideoAdEnd::Closed);
+}
+
 bool VideoAdShow::skip() {
   const auto self = shared_from_this();
   if (hasStarted_ && !hasEnded_) playheadMoved();

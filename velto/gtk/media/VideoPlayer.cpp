@@ -13,6 +13,11 @@ namespace {
 
 constexpr int32_t nanosecondScale = 1'000'000'000;
 
+CanPlay playability(const std::string& type, const std::string& codec) {
+  const auto ask = moduleFunction<CanPlayVideo>(videoModule, canPlayVideoName);
+  return ask ? ask(lowercased(type).c_str(), lowercased(codec).c_str()) : CanPlay::Perhaps;
+}
+
 }  // namespace
 
 VideoPlayer::VideoPlayer(const std::shared_ptr<AVPlayerItem>& item)
@@ -87,8 +92,11 @@ std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>&
 }
 
 bool Media::canPlay(const std::string& type, const std::string& codec) {
-  const auto ask = moduleFunction<CanPlayVideo>(videoModule, canPlayVideoName);
-  return !ask || ask(lowercased(type).c_str(), lowercased(codec).c_str());
+  return playability(type, codec) != CanPlay::No;
+}
+
+bool Media::surelyPlays(const std::string& type, const std::string& codec) {
+  return playability(type, codec) == CanPlay::Yes;
 }
 
 }  // namespace velto::gtk

@@ -48,6 +48,7 @@ class Media final : public MediaSystem {
       : caFile_(std::move(caFile)), gate_(std::move(gate)) {}
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
   bool canPlay(const std::string& type, const std::string& codec) override;
+  bool surelyPlays(const std::string& type, const std::string& codec) override;
 
  private:
   std::filesystem::path caFile_;

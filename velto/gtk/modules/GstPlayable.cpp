@@ -3,8 +3,10 @@
 
 #include <gst/gst.h>
 
+#include <algorithm>
 #include <array>
-#include <string>
+#include <cstddef>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -13,22 +15,41 @@ namespace {
 
 using Pair = std::pair<std::string_view, const char*>;
 
-// MIME types of containers, and what GStreamer calls them. Where the names are the same they are not listed.
+// MIME types of containers, and of sound without one, with what GStreamer calls them. What a document writes never reaches
+// GStreamer itself: its parser of such names nests without limit, and it keeps each name for ever.
 constexpr std::array containers{
+    Pair{"video/webm", "video/webm"},
+    Pair{"audio/webm", "audio/webm"},
     Pair{"video/mp4", "video/quicktime"},
     Pair{"video/x-m4v", "video/quicktime"},
+    Pair{"video/quicktime", "video/quicktime"},
+    Pair{"video/mov", "video/quicktime"},
     Pair{"audio/mp4", "video/quicktime"},
+    Pair{"audio/x-m4a", "video/quicktime"},
     Pair{"video/3gpp", "video/quicktime"},
     Pair{"video/ogg", "application/ogg"},
     Pair{"audio/ogg", "application/ogg"},
+    Pair{"application/ogg", "application/ogg"},
+    Pair{"video/x-matroska", "video/x-matroska"},
+    Pair{"video/mkv", "video/x-matroska"},
+    Pair{"video/x-msvideo", "video/x-msvideo"},
+    Pair{"video/avi", "video/x-msvideo"},
+    Pair{"video/x-flv", "video/x-flv"},
     Pair{"video/x-ms-wmv", "video/x-ms-asf"},
     Pair{"audio/mpeg", "audio/mpeg,mpegversion=1,layer=3"},
     Pair{"audio/mp3", "audio/mpeg,mpegversion=1,layer=3"},
+    Pair{"audio/aac", "audio/mpeg,mpegversion=4"},
+    Pair{"audio/aacp", "audio/mpeg,mpegversion=4"},
+    Pair{"audio/wav", "audio/x-wav"},
+    Pair{"audio/x-wav", "audio/x-wav"},
+    Pair{"audio/flac", "audio/x-flac"},
     Pair{"video/mp2t", "video/mpegts"},
     Pair{"application/vnd.apple.mpegurl", "application/x-hls"},
     Pair{"application/x-mpegurl", "application/x-hls"},
     Pair{"audio/mpegurl", "application/x-hls"},
+    Pair{"application/dash+xml", "application/dash+xml"},
 };
+constexpr size_t longestType = 64, mostCodecs = 8;
 
 // By how names of codecs begin (RFC 6381).
 constexpr std::array codecs{
@@ -60,7 +81,7 @@ const char* usualCodec(std::string_view type) {
   return type == "video/mp4" || type == "video/x-m4v" ? "video/x-h264" : nullptr;
 }
 
-bool hasElement(GstElementFactoryListType kind, const char* name) {
+bool findElement(GstElementFactoryListType kind, const char* name) {
   GstCaps* caps = gst_caps_from_string(name);
   if (!caps) return false;
   GList* all = gst_element_factory_list_get_elements(kind, GST_RANK_MARGINAL);
@@ -72,12 +93,39 @@ bool hasElement(GstElementFactoryListType kind, const char* name) {
   return found;
 }
 
-bool canOpen(std::string_view type) {
-  const std::string own(type.substr(0, type.find(';')));
-  const char* name = own.c_str();
+// The names are those of the tables above. A walk through the registry takes long enough to be done once for each.
+bool hasElement(GstElementFactoryListType kind, const char* name) {
+  static std::map<std::pair<GstElementFactoryListType, std::string_view>, bool> known;
+  const auto [at, isNew] = known.try_emplace({kind, name}, false);
+  if (isNew) at->second = findElement(kind, name);
+  return at->second;
+}
+
+bool isMimeType(std::string_view type) {
+  const auto isPart = [](std::string_view part) {
+    return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) {
+      return g_ascii_islower(c) || g_ascii_isdigit(c) || c == '.' || c == '+' || c == '-';
+    });
+  };
+  const auto slash = type.find('/');
+  return type.size() <= longestType && slash != std::string_view::npos && isPart(type.substr(0, slash)) &&
+         isPart(type.substr(slash + 1));
+}
+
+// Without parameters and blanks.
+std::string_view bareType(std::string_view type) {
+  type = type.substr(0, type.find(';'));
+  while (type.ends_with(' ')) type.remove_suffix(1);
+  return type;
+}
+
+// Films and sound by a name that is not known here may play.
+CanPlay canOpen(std::string_view type) {
   for (const auto& [mime, caps] : containers)
-    if (mime == own) name = caps;
-  return hasElement(GST_ELEMENT_FACTORY_TYPE_DECODABLE, name);
+    if (mime == type)
+      return hasElement(GST_ELEMENT_FACTORY_TYPE_DECODABLE, caps) ? CanPlay::Yes : CanPlay::No;
+  const bool isOfFilms = type.starts_with("video/") || type.starts_with("audio/");
+  return isOfFilms && isMimeType(type) ? CanPlay::Perhaps : CanPlay::No;
 }
 
 // A codec that is not known here may play.
@@ -88,7 +136,8 @@ bool canDecode(std::string_view codec) {
 }
 
 bool canDecodeAll(std::string_view list) {
-  while (!list.empty()) {
+  for (size_t count = 0; !list.empty(); ++count) {
+    if (count == mostCodecs) return false;
     const auto end = list.find(',');
     auto one = list.substr(0, end);
     while (one.starts_with(' ')) one.remove_prefix(1);
@@ -101,12 +150,14 @@ bool canDecodeAll(std::string_view list) {
 }  // namespace
 }  // namespace velto::gtk
 
-extern "C" __attribute__((visibility("default"))) gboolean velto_can_play_video(const char* type,
-                                                                                const char* codec) {
+extern "C" __attribute__((visibility("default"))) velto::gtk::CanPlay velto_can_play_video(
+    const char* type, const char* codec) {
   using namespace velto::gtk;
-  if (!gst_init_check(nullptr, nullptr, nullptr)) return TRUE;  // its player will say why not
-  if (*type && !canOpen(type)) return FALSE;
-  if (*codec) return canDecodeAll(codec);
-  const char* usual = usualCodec(type);
-  return !usual || hasElement(GST_ELEMENT_FACTORY_TYPE_DECODER, usual);
+  if (!gst_init_check(nullptr, nullptr, nullptr)) return CanPlay::Perhaps;  // its player will say why not
+  const auto bare = bareType(type);
+  const auto opens = *type ? canOpen(bare) : CanPlay::Perhaps;
+  if (opens == CanPlay::No || (*codec && !canDecodeAll(codec))) return CanPlay::No;
+  const char* usual = *codec ? nullptr : usualCodec(bare);
+  if (usual && !hasElement(GST_ELEMENT_FACTORY_TYPE_DECODER, usual)) return CanPlay::No;
+  return opens;
 }

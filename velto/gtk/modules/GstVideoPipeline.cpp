@@ -197,10 +197,13 @@ void GstVideoPipeline::failed(GstMessage* message) {
   GError* raw = nullptr;
   gst_message_parse_error(message, &raw, nullptr);
   const GErrorOwned error(raw);
-  // A resource is what a source reads, or fails to.
-  const bool isOfFile = error->domain == GST_RESOURCE_ERROR;
+  // What a source may read from breaks off in other ways, too.
+  const bool isNotThere =
+      error->domain == GST_RESOURCE_ERROR &&
+      (error->code == GST_RESOURCE_ERROR_NOT_FOUND || error->code == GST_RESOURCE_ERROR_OPEN_READ ||
+       error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED);
   events_.pipelineFailed({g_quark_to_string(error->domain), error->code, error->message,
-                          isOfFile ? NSErrorCause::NotFound : NSErrorCause::Unknown});
+                          isNotThere ? NSErrorCause::NotFound : NSErrorCause::Unknown});
 }
 
 // A sound output that is taken away, or never works, must not end the video.

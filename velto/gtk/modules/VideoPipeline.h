@@ -50,8 +50,9 @@ inline constexpr char makeVideoPipelineName[] = "velto_make_video_pipeline";
 using MakeVideoPipeline = VideoPipeline* (*)(const char* url, const char* caFile, const char* proxy,
                                              VideoPipelineEvents* events);
 
-// Whether files of this MIME type and codec (lower case; each may be empty) find all that they need to be played.
+// Whether files of this MIME type and codec (lower case; each may be empty) find all that they need to be played. Main thread.
+enum class CanPlay : gint { No, Perhaps, Yes };  // perhaps: the type is one that nobody here knows
 inline constexpr char canPlayVideoName[] = "velto_can_play_video";
-using CanPlayVideo = gboolean (*)(const char* type, const char* codec);
+using CanPlayVideo = CanPlay (*)(const char* type, const char* codec);
 
 }  // namespace velto::gtk

@@ -37,6 +37,8 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
 
   // MIME types and codecs that do not play here, in lower case.
   std::set<std::string> unplayable;
+  // And those that may play, for all that is known.
+  std::set<std::string> unsure;
 
   // Players that exist, oldest first, also cancelled ones.
   const std::vector<ScriptedPlayer*>& players() const { return *players_; }
@@ -44,6 +46,9 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
   bool canPlay(const std::string& type, const std::string& codec) override {
     return !unplayable.contains(type) && !unplayable.contains(codec);
+  }
+  bool surelyPlays(const std::string& type, const std::string& codec) override {
+    return canPlay(type, codec) && !unsure.contains(type) && !unsure.contains(codec);
   }
 
  private:
