@@ -75,6 +75,10 @@ std::string image(int width, int height, int shown) {
               "}]");
 }
 
+std::string lost(const char* element, const char* url) {
+  return std::string(R"({"event":"resource-error","element":")") + element + R"(","url":")" + url + "\"}\n";
+}
+
 // Of the library's own watch.
 std::string limit(const char* name, const char* event = "library") {
   return std::string(R"({"event":")") + event + R"(","limit":")" + name + R"(","figure":15.2,"most":15})";
@@ -115,6 +119,9 @@ std::vector<Pair> pairs() {
       {"request-failed", R"({"event":"resource","status":400})", R"({"event":"resource","status":399})"},
       {"request-failed", R"({"event":"resource","error":"not finished","duration":5000})",
        R"({"event":"resource","error":"not finished","duration":4999})"},
+      {"request-failed", lost("img", "a.png") + R"({"event":"resource","url":"a.png","status":200})",
+       lost("img", "a.png") + R"({"event":"content-policy","url":"a.png"})"},
+      {"request-failed", lost("script", "weird://a.js"), lost("source", "weird://a.mp4") + lost("img", "")},
       {"crash", R"({"event":"crashed","reason":"memory"})", R"({"event":"library","name":"ended"})"},
       {"noisy-console", lines(101, R"({"event":"console"})"), lines(100, R"({"event":"console"})")},
       {"listeners-pile-up", page(R"("listeners":{"error":11})"),

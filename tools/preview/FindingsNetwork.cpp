@@ -1,4 +1,5 @@
 // Where an ad's page goes on the network, and what it leaves behind.
+#include <algorithm>
 #include <array>
 #include <map>
 #include <set>
@@ -36,6 +37,11 @@ Evidence thirdParties(const Story& story) {
   return JSON::Object{{"hosts", listOf(hosts)}};
 }
 
+bool names(const Story& story, std::string_view kind, const std::string& url) {
+  return std::ranges::any_of(story.of(kind),
+                             [&](const Entry* entry) { return textIn(*entry, "url") == url; });
+}
+
 Evidence requestFailed(const Story& story) {
   std::multimap<std::string, JSON::Object> requests;  // by address: several fail in any order
   for (const auto* request : story.of("resource")) {
@@ -49,12 +55,18 @@ Evidence requestFailed(const Story& story) {
     if (!error.empty()) told["error"] = error;
     requests.emplace(address, std::move(told));
   }
-  // What came, and cannot be used.
-  for (const auto* fault : story.of("resource-error"))
-    if (const auto reason = textIn(*fault, "reason"); !reason.empty()) {
-      const auto address = story.shortAddress(textIn(*fault, "url"));
-      requests.emplace(address, JSON::Object{{"url", address}, {"error", reason}});
+  // What came, and cannot be used, and what was not even asked for; a film's next source may do.
+  for (const auto* fault : story.of("resource-error")) {
+    const auto url = textIn(*fault, "url"), address = story.shortAddress(url);
+    auto reason = textIn(*fault, "reason");
+    if (reason.empty()) {
+      const bool isKnown = requests.contains(address) || names(story, "content-policy", url);
+      if (url.empty() || isKnown || textIn(*fault, "element") == "source") continue;
+      reason =
+          names(story, "resource", url) ? "It came, and cannot be used." : "The engine asked nobody for it.";
     }
+    requests.emplace(address, JSON::Object{{"url", address}, {"error", reason}});
+  }
   if (requests.empty()) return std::nullopt;
   JSON::Array told;
   for (auto& [address, request] : requests) told.emplace_back(std::move(request));
