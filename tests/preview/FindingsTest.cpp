@@ -79,6 +79,11 @@ std::string lost(const char* element, const char* url) {
   return std::string(R"({"event":"resource-error","element":")") + element + R"(","url":")" + url + "\"}\n";
 }
 
+std::string sentOn(const std::string& from, const std::string& to) {
+  return R"({"event":"resource","redirectedFrom":[")" + from + R"(","https://ads.example/between"],"url":")" +
+         to + "\"}";
+}
+
 // Of the library's own watch.
 std::string limit(const char* name, const char* event = "library") {
   return std::string(R"({"event":")") + event + R"(","limit":")" + name + R"(","figure":15.2,"most":15})";
@@ -114,6 +119,10 @@ std::vector<Pair> pairs() {
       {"large-image", image(10001, 1, 10), image(10000, 1, 10)},
       {"plain-http", elsewhere + R"({"event":"resource","url":"http://ads.example/a.js"})",
        R"({"event":"resource","url":"http://[::1]:80/a.js"})"},
+      {"plain-http", sentOn("http://ads.example/a", "https://ads.example/a"),
+       sentOn("https://ads.example/a", "https://ads.example/b")},
+      {"third-party", elsewhere + sentOn("https://cdn.example/a", "https://ads.example/a"),
+       elsewhere + sentOn("https://ads.example/a", "https://ads.example/b")},
       {"third-party", elsewhere + R"({"event":"resource","url":"https://cdn.example/a.js"})",
        elsewhere + R"({"event":"resource","url":"https://me@ads.example:8443/b.js"})"},
       {"request-failed", R"({"event":"resource","status":400})", R"({"event":"resource","status":399})"},

@@ -105,7 +105,9 @@ void Network::begin(WebKitWebView* view, WebKitWebResource* resource, WebKitURIR
 void Network::redirected(WebKitWebResource*, WebKitURIRequest* sent, WebKitURIResponse* response,
                          Request* request) noexcept {
   if (!response) return;
-  request->told["redirectedFrom"] = request->told["url"];
+  auto passed = listIn(request->told, "redirectedFrom");
+  passed.push_back(request->told["url"]);
+  request->told["redirectedFrom"] = std::move(passed);
   request->told["url"] = webkit_uri_request_get_uri(sent);
 }
 
