@@ -130,6 +130,8 @@ std::vector<Pair> pairs() {
        R"({"event":"resource","error":"not finished","duration":4999})"},
       {"request-failed", lost("img", "a.png") + R"({"event":"resource","url":"a.png","status":200})",
        lost("img", "a.png") + R"({"event":"content-policy","url":"a.png"})"},
+      {"request-failed", R"({"event":"resource","url":"http://a/xmraid.js","status":404})",
+       R"({"event":"resource","url":"http://a/mraid.js?2","status":404})"},
       {"request-failed", lost("script", "weird://a.js"), lost("source", "weird://a.mp4") + lost("img", "")},
       {"crash", R"({"event":"crashed","reason":"memory"})", R"({"event":"library","name":"ended"})"},
       {"noisy-console", lines(101, R"({"event":"console"})"), lines(100, R"({"event":"console"})")},

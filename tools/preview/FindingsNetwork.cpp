@@ -47,6 +47,11 @@ bool names(const Story& story, std::string_view kind, const std::string& url) {
   return std::ranges::any_of(story.of(kind), [&](const Entry* entry) { return goesTo(*entry, url); });
 }
 
+// The library gives it to the page, whether that came for it or not.
+bool isContainerScript(const std::string& url) {
+  return url.substr(0, url.find_first_of("?#")).ends_with("/mraid.js");
+}
+
 Evidence requestFailed(const Story& story) {
   std::multimap<std::string, JSON::Object> requests;  // by address: several fail in any order
   std::set<std::string> known;
@@ -55,6 +60,7 @@ Evidence requestFailed(const Story& story) {
     const auto error = textIn(*request, "error");
     const bool isLate = error == "not finished" && numberIn(*request, "duration") < longestRequest;
     if (status < 400 && (error.empty() || isLate)) continue;  // which came too late for this play only
+    if (isContainerScript(textIn(*request, "url"))) continue;
     const auto address = story.shortAddress(textIn(*request, "url"));
     JSON::Object told{{"url", address}};
     if (status != 0) told["status"] = status;
