@@ -75,6 +75,15 @@ std::string image(int width, int height, int shown) {
               "}]");
 }
 
+std::string lost(const char* element, const char* url) {
+  return std::string(R"({"event":"resource-error","element":")") + element + R"(","url":")" + url + "\"}\n";
+}
+
+std::string sentOn(const std::string& from, const std::string& to) {
+  return R"({"event":"resource","redirectedFrom":[")" + from + R"(","https://ads.example/between"],"url":")" +
+         to + "\"}";
+}
+
 // Of the library's own watch.
 std::string limit(const char* name, const char* event = "library") {
   return std::string(R"({"event":")") + event + R"(","limit":")" + name + R"(","figure":15.2,"most":15})";
@@ -110,11 +119,20 @@ std::vector<Pair> pairs() {
       {"large-image", image(10001, 1, 10), image(10000, 1, 10)},
       {"plain-http", elsewhere + R"({"event":"resource","url":"http://ads.example/a.js"})",
        R"({"event":"resource","url":"http://[::1]:80/a.js"})"},
+      {"plain-http", sentOn("http://ads.example/a", "https://ads.example/a"),
+       sentOn("https://ads.example/a", "https://ads.example/b")},
+      {"third-party", elsewhere + sentOn("https://cdn.example/a", "https://ads.example/a"),
+       elsewhere + sentOn("https://ads.example/a", "https://ads.example/b")},
       {"third-party", elsewhere + R"({"event":"resource","url":"https://cdn.example/a.js"})",
        elsewhere + R"({"event":"resource","url":"https://me@ads.example:8443/b.js"})"},
       {"request-failed", R"({"event":"resource","status":400})", R"({"event":"resource","status":399})"},
       {"request-failed", R"({"event":"resource","error":"not finished","duration":5000})",
        R"({"event":"resource","error":"not finished","duration":4999})"},
+      {"request-failed", lost("img", "a.png") + R"({"event":"resource","url":"a.png","status":200})",
+       lost("img", "a.png") + R"({"event":"content-policy","url":"a.png"})"},
+      {"request-failed", R"({"event":"resource","url":"http://a/xmraid.js","status":404})",
+       R"({"event":"resource","url":"http://a/mraid.js?2","status":404})"},
+      {"request-failed", lost("script", "weird://a.js"), lost("source", "weird://a.mp4") + lost("img", "")},
       {"crash", R"({"event":"crashed","reason":"memory"})", R"({"event":"library","name":"ended"})"},
       {"noisy-console", lines(101, R"({"event":"console"})"), lines(100, R"({"event":"console"})")},
       {"listeners-pile-up", page(R"("listeners":{"error":11})"),

@@ -123,8 +123,11 @@ bool CommandLine::read(const std::vector<std::string>& call, std::vector<std::st
         value = call[++i];
       if (value.empty()) throw UsageError(name + ": needs a value (see --help)");
       const auto& choices = word->choices;
-      if (!choices.empty() && std::find(choices.begin(), choices.end(), value) == choices.end())
-        throw UsageError(name + ": \"" + value + "\" is none of " + word->value);
+      if (!choices.empty() && std::find(choices.begin(), choices.end(), value) == choices.end()) {
+        std::string names;
+        for (const auto& choice : choices) names += (names.empty() ? "" : ", ") + choice;
+        throw UsageError(name + ": \"" + value + "\" is none of " + names);
+      }
     } else if (equals != std::string::npos) {
       throw UsageError(name + ": takes no value (see --help)");
     }

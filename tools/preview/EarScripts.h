@@ -27,7 +27,8 @@ constexpr char ownScript[] = R"JS((() => {
       });
     const url = String(target.currentSrc || target.src || target.href || '');
     if (/(^|\/)mraid\.js([?#]|$)/.test(url)) return; // it is there in any case
-    const reason = target.error ? target.error.message || 'It cannot be decoded.' : '';
+    const isLast = target.localName === 'source' && target.parentNode?.networkState === HTMLMediaElement.NETWORK_NO_SOURCE;
+    const reason = target.error ? target.error.message || 'It cannot be decoded.' : isLast ? 'None of the sources can be played.' : '';
     report('resource-error', { url, element: target.localName, ...(reason && { reason }) });
   };
   const refused = (event) => {
@@ -96,8 +97,14 @@ constexpr char pageScript[] = R"JS((() => {
     promise.then(null, (error) =>
       report('refused', { command: 'play', reason: text(error), url: media.currentSrc || media.src }));
   });
-  const rejected = (event) =>
-    report('script-error', { text: 'unhandled rejection: ' + text(event.reason), source: '', line: 0, column: 0 });
+  const rejected = ({ reason }) => {
+    let source = '', line = 0, column = 0;
+    try {
+      if (reason instanceof Failure) [source, line, column] = [text(reason.sourceURL), reason.line >>> 0, reason.column >>> 0];
+    } catch (e) {}
+    if (source === 'about:blank') source = ''; // the ad's own page
+    report('script-error', { text: 'unhandled rejection: ' + text(reason), source, line, column });
+  };
   const listen = () => window.addEventListener('unhandledrejection', rejected);
   listen();
   new MutationObserver(listen).observe(document, { childList: true });

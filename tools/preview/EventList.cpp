@@ -24,7 +24,9 @@ std::string partOf(const JSON::Object& entry, const char* key) {
 
 const char* gradeOf(const std::string& event, const JSON::Object& entry) {
   const auto level = partOf(entry, event == "finding" ? "severity" : "level");
-  if (errorKinds.count(event) || level == "error" || numberIn(entry, "status") >= 400) return "error";
+  const bool isLost = event == "resource" && entry.contains("error");
+  if (errorKinds.count(event) || isLost || level == "error" || numberIn(entry, "status") >= 400)
+    return "error";
   return event == "refused" || level == "warn" || level == "warning" ? "warning" : nullptr;
 }
 
@@ -50,7 +52,8 @@ GtkWidget* cell(const char* name, int width, float alignment) {
 std::string summaryOf(const JSON::Object& entry) {
   const auto event = partOf(entry, "event");
   if (event == "resource")
-    return partOf(entry, "status") + "  " + weightOf(numberIn(entry, "bytes")) + "  " +
+    return std::to_string(std::lround(numberIn(entry, "status"))) + "  " +
+           weightOf(numberIn(entry, "bytes")) + "  " +
            std::to_string(std::lround(numberIn(entry, "duration"))) + " ms  " + partOf(entry, "url") + "  " +
            partOf(entry, "error");
   if (event == "frame") {
@@ -69,8 +72,10 @@ std::string summaryOf(const JSON::Object& entry) {
   for (const char* first : {"name", "state", "type"})
     if (const auto text = partOf(entry, first); !text.empty()) words += (words.empty() ? "" : "  ") + text;
   for (const auto& [key, value] : entry)
-    if (key != "event" && key != "t" && key != "name" && key != "state" && key != "type")
-      words += (words.empty() ? "" : "  ") + shown(value);
+    if (key != "event" && key != "t" && key != "name" && key != "state" && key != "type") {
+      if (value == JSON(false)) continue;
+      words += (words.empty() ? "" : "  ") + (value == JSON(true) ? key : shown(value));
+    }
   return words;
 }
 

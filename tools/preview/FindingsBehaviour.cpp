@@ -14,6 +14,8 @@ JSON::Array particulars(const Story& story, const std::vector<const Entry*>& ent
     auto told = *entry;
     told.erase("event");
     told.erase("t");
+    for (const char* unknown : {"source", "line", "column"})  // which the engine keeps to itself
+      if (textIn(told, unknown).empty() && numberIn(told, unknown) == 0) told.erase(unknown);
     for (const char* key : {"url", "source"})
       if (const auto url = textIn(told, key); !url.empty()) told[key] = story.shortAddress(url);
     list.emplace_back(std::move(told));
@@ -117,7 +119,8 @@ constexpr std::array behaviourTable{
          "Nobody gets from it to what it is about.", "Put a link around it, or call mraid.open() on a click.",
          "A link, or a listener for clicks or touches anywhere.", noClickThrough},
     Rule{"script-error", Severity::Error, "A script of the ad fails.",
-         "What stands behind the error is never done.", "Look at the line that is named.",
+         "What stands behind the error is never done.",
+         "Look at the line that is named. Where none is, the web inspector (F12 in the window) names it.",
          "An error that the script catches.", scriptErrors},
     Rule{"call-refused", Severity::Warning, "A call of mraid or of the engine was refused.",
          "What it should have done did not happen.",

@@ -1,4 +1,5 @@
 // Where an ad's page goes on the network, and what it leaves behind.
+#include <algorithm>
 #include <array>
 #include <map>
 #include <set>
@@ -23,38 +24,62 @@ Evidence addresses(const std::set<std::string>& found) {
 Evidence plainHttp(const Story& story) {
   std::set<std::string> found;
   for (const auto* request : story.of("resource"))
-    if (const auto url = textIn(*request, "url"); url.starts_with("http://") && !isLocal(hostOf(url)))
-      found.insert(story.shortAddress(url));
+    for (const auto& url : addressesOf(*request))
+      if (url.starts_with("http://") && !isLocal(hostOf(url))) found.insert(story.shortAddress(url));
   return addresses(found);
 }
 
 Evidence thirdParties(const Story& story) {
   std::set<std::string> hosts;
   for (const auto* request : story.of("resource"))
-    if (const auto url = textIn(*request, "url"); story.isElsewhere(url)) hosts.insert(hostOf(url));
+    for (const auto& url : addressesOf(*request))
+      if (story.isElsewhere(url)) hosts.insert(hostOf(url));
   if (hosts.empty()) return std::nullopt;
   return JSON::Object{{"hosts", listOf(hosts)}};
 }
 
+bool goesTo(const Entry& entry, const std::string& url) {
+  const auto addresses = addressesOf(entry);
+  return std::ranges::find(addresses, url) != addresses.end();
+}
+
+bool names(const Story& story, std::string_view kind, const std::string& url) {
+  return std::ranges::any_of(story.of(kind), [&](const Entry* entry) { return goesTo(*entry, url); });
+}
+
+// The library gives it to the page, whether that came for it or not.
+bool isContainerScript(const std::string& url) {
+  return url.substr(0, url.find_first_of("?#")).ends_with("/mraid.js");
+}
+
 Evidence requestFailed(const Story& story) {
   std::multimap<std::string, JSON::Object> requests;  // by address: several fail in any order
+  std::set<std::string> known;
   for (const auto* request : story.of("resource")) {
     const double status = numberIn(*request, "status");
     const auto error = textIn(*request, "error");
     const bool isLate = error == "not finished" && numberIn(*request, "duration") < longestRequest;
     if (status < 400 && (error.empty() || isLate)) continue;  // which came too late for this play only
+    if (isContainerScript(textIn(*request, "url"))) continue;
     const auto address = story.shortAddress(textIn(*request, "url"));
     JSON::Object told{{"url", address}};
     if (status != 0) told["status"] = status;
     if (!error.empty()) told["error"] = error;
     requests.emplace(address, std::move(told));
+    for (auto& passed : addressesOf(*request)) known.insert(std::move(passed));
   }
-  // What came, and cannot be used.
-  for (const auto* fault : story.of("resource-error"))
-    if (const auto reason = textIn(*fault, "reason"); !reason.empty()) {
-      const auto address = story.shortAddress(textIn(*fault, "url"));
-      requests.emplace(address, JSON::Object{{"url", address}, {"error", reason}});
+  // What came, and cannot be used, and what was not even asked for; a film's next source may do.
+  for (const auto* fault : story.of("resource-error")) {
+    const auto url = textIn(*fault, "url"), address = story.shortAddress(url);
+    auto reason = textIn(*fault, "reason");
+    if (reason.empty()) {
+      const bool isKnown = known.contains(url) || names(story, "content-policy", url);
+      if (url.empty() || isKnown || textIn(*fault, "element") == "source") continue;
+      reason =
+          names(story, "resource", url) ? "It came, and cannot be used." : "The engine asked nobody for it.";
     }
+    requests.emplace(address, JSON::Object{{"url", address}, {"error", reason}});
+  }
   if (requests.empty()) return std::nullopt;
   JSON::Array told;
   for (auto& [address, request] : requests) told.emplace_back(std::move(request));

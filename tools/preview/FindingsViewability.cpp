@@ -39,9 +39,9 @@ Evidence verificationFailed(const Story& story) {
     if (url.string()) scripts.insert(*url.string());
   std::set<std::string> failed;
   for (const auto* request : story.of("resource"))
-    if (const auto url = textIn(*request, "url");
-        scripts.contains(url) && (numberIn(*request, "status") >= 400 || request->contains("error")))
-      failed.insert(story.shortAddress(url));
+    if (const auto asked = addressesOf(*request).front();
+        scripts.contains(asked) && (numberIn(*request, "status") >= 400 || request->contains("error")))
+      failed.insert(story.shortAddress(asked));
   for (const auto* error : story.of("script-error"))
     if (const auto source = textIn(*error, "source"); scripts.contains(source))
       failed.insert(story.shortAddress(source));

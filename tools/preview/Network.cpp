@@ -2,6 +2,7 @@
 #include "preview/Network.h"
 
 #include <libsoup/soup.h>
+#include <velto/core/VeltoUtilities.h>
 
 #include <string_view>
 #include <utility>
@@ -87,6 +88,7 @@ gboolean Network::ended(GSignalInvocationHint*, guint, const GValue* values, gpo
 void Network::begin(WebKitWebView* view, WebKitWebResource* resource, WebKitURIRequest* asked) {
   const char* address = webkit_web_resource_get_uri(resource);
   if (!address || !std::string_view(address).starts_with("http")) return;  // what the page brings along
+  if (address == VeltoUtilities::omsdkVerificationScriptURL()) return;     // the library's own, of its films
   if (!session_) session_ = WEBKIT_NETWORK_SESSION(g_object_ref(webkit_web_view_get_network_session(view)));
   const char* method = webkit_uri_request_get_http_method(asked);
   auto request = std::make_shared<Request>(this, WEBKIT_WEB_RESOURCE(g_object_ref(resource)));
@@ -105,7 +107,9 @@ void Network::begin(WebKitWebView* view, WebKitWebResource* resource, WebKitURIR
 void Network::redirected(WebKitWebResource*, WebKitURIRequest* sent, WebKitURIResponse* response,
                          Request* request) noexcept {
   if (!response) return;
-  request->told["redirectedFrom"] = request->told["url"];
+  auto passed = listIn(request->told, "redirectedFrom");
+  passed.push_back(request->told["url"]);
+  request->told["redirectedFrom"] = std::move(passed);
   request->told["url"] = webkit_uri_request_get_uri(sent);
 }
 

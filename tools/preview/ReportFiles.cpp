@@ -50,6 +50,7 @@ JSON::Object harEntry(const JSON::Object& request, const ReportMatter& matter) {
                         {"headersSize", -1},
                         {"bodySize", bytes}};
   if (!error.empty()) response["_error"] = error;
+  if (request.contains("redirectedFrom")) response["_redirectedFrom"] = listIn(request, "redirectedFrom");
   return {{"pageref", "page_" + std::to_string(std::lround(numberIn(request, "page")))},
           {"startedDateTime", isoTime(matter.startedAt + numberIn(request, "start") / 1000)},
           {"time", duration},

@@ -267,6 +267,10 @@ class Writer {
       const auto error = textIn(request, "error");
       const bool failed = status >= 400 || !error.empty();
       out_ << "<tr><td>" << clipped(story_.shortAddress(textIn(request, "url")));
+      for (const auto& passed : listIn(request, "redirectedFrom"))
+        if (passed.string())
+          out_ << "<br><span class=\"soft\">by way of " << clipped(story_.shortAddress(*passed.string()))
+               << "</span>";
       if (!error.empty()) out_ << "<br><span class=\"error\">" << clipped(error) << "</span>";
       out_ << "<td class=\"wide\">" << clipped(textIn(request, "type")) << "<td class=\"number"
            << (failed ? " error" : "") << "\">" << (status > 0 ? fixed(status, 0) : "–")

@@ -179,9 +179,10 @@ void readInto(std::vector<Step>& steps, const std::filesystem::path& file, Varia
       continue;
     }
     const auto form = grammar.find(step.verb);
-    if (form == grammar.end() || !fits(form->second, step) || !numbersFit(step, form->second) ||
-        !valuesFit(step))
-      throw UsageError(here + "no such step: " + step.text.substr(first));
+    if (form == grammar.end()) throw UsageError(here + "no such step: " + step.text.substr(first));
+    if (!fits(form->second, step) || !numbersFit(step, form->second) || !valuesFit(step))
+      throw UsageError(here + "\"" + step.verb +
+                       "\" takes other words (see --help-all): " + step.text.substr(first));
     if (step.verb == "screenshot" && step.words.size() > 1)
       step.words[2] = (file.parent_path() / step.words[2]).string();
     if (depth > 0) step.file = file.string();

@@ -33,6 +33,14 @@ const JSON::Array& listIn(const Entry& entry, const char* key) {
   return value && value->array() ? *value->array() : none;
 }
 
+std::vector<std::string> addressesOf(const Entry& request) {
+  std::vector<std::string> all;
+  for (const auto& passed : listIn(request, "redirectedFrom"))
+    if (passed.string()) all.push_back(*passed.string());
+  all.push_back(textIn(request, "url"));
+  return all;
+}
+
 const Entry& objectIn(const Entry& entry, const char* key) {
   static const Entry none;
   const auto* value = valueIn(entry, key);

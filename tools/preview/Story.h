@@ -49,6 +49,9 @@ bool isSetIn(const Entry& entry, const char* key);
 const JSON::Array& listIn(const Entry& entry, const char* key);
 const Entry& objectIn(const Entry& entry, const char* key);
 
+// Where a request went: the address that was asked for, those that it was sent on to, and the one that answered.
+std::vector<std::string> addressesOf(const Entry& request);
+
 // "example.org" of an http(s) address.
 std::string hostOf(const std::string& address);
 bool isLocal(const std::string& host);  // this machine
