@@ -200,7 +200,8 @@ TEST_F(EngineTest, TheServiceScriptStandsBeforeAnyOther) {
            "<html>|<body onload=\"go('<head>')\">",
            "|<head without end",
            R"(<head """<html>|<script>">"")",
-           R"(<head a=/'> b = '>' c='>'d =">|<script>first()</script>)",
+           R"(<head a=/' b = '>' c='>'d>|<script>first()</script>)",
+           R"(<head =">|<script>first()</script>)",
        }) {
     const auto bar = marked.find('|');
     const std::string html = marked.substr(0, bar) + marked.substr(bar + 1);

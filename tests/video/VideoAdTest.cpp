@@ -501,6 +501,7 @@ TEST_F(VideoAdTest, EndsCleanlyAtAnyMoment) {
     platform->runUntilIdle();
     if (ad) ad->pause();
     if (ad) ad->resume();
+    platform->runUntilIdle();
     if (ad && find(window->view())) tap(find(window->view())->moreButton());
     if (ad) ad->resume();
     platform->advance(1min);
