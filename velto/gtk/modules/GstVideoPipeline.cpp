@@ -134,7 +134,7 @@ void GstVideoPipeline::setVolume(double volume) {
 
 VideoPipeline::Nanoseconds GstVideoPipeline::position() const {
   gint64 now = 0;
-  if (!restarting_ && gst_element_query_position(playbin_, GST_FORMAT_TIME, &now))
+  if (!restarting_ && !comingBack_ && gst_element_query_position(playbin_, GST_FORMAT_TIME, &now))
     position_ = Nanoseconds(now);
   return position_;
 }
@@ -173,6 +173,7 @@ gboolean GstVideoPipeline::received(GstBus*, GstMessage* message, gpointer data)
 }
 
 void GstVideoPipeline::reachedState(GstState state) {
+  if (state == GST_STATE_PLAYING) comingBack_ = false;
   if (state != GST_STATE_PAUSED) return;
   if (std::exchange(restarting_, false)) {
     if (position_.count() > 0) jump(position_);
@@ -193,7 +194,9 @@ void GstVideoPipeline::buffered(int percent) {
 void GstVideoPipeline::failed(GstMessage* message) {
   const bool ofSound = gst_object_has_as_ancestor(GST_MESSAGE_SRC(message), GST_OBJECT(audioSink_.get())) ||
                        GST_MESSAGE_SRC(message) == GST_OBJECT(audioSink_.get());
-  if (ofSound && !silent_) return goOnSilently();
+  // The way back is a seek, which a demultiplexer that has just begun may fail at.
+  const bool triesAgain = comingBack_ && ++triesToComeBack_ < mostTriesToComeBack;
+  if ((ofSound && !silent_) || triesAgain) return goOnSilently();
   GError* raw = nullptr;
   gst_message_parse_error(message, &raw, nullptr);
   const GErrorOwned error(raw);
@@ -209,8 +212,8 @@ void GstVideoPipeline::failed(GstMessage* message) {
 // A sound output that is taken away, or never works, must not end the video.
 void GstVideoPipeline::goOnSilently() {
   silent_ = true;
-  position();
-  restarting_ = loaded_;
+  if (!comingBack_) position();
+  comingBack_ = restarting_ = loaded_;
   gst_element_set_state(playbin_, GST_STATE_NULL);
   useAudioSink(newSilence());
   gst_element_set_state(playbin_, GST_STATE_PAUSED);

@@ -29,6 +29,8 @@ class GstVideoPipeline final : public VideoPipeline {
   Nanoseconds position() const override;
 
  private:
+  static constexpr int mostTriesToComeBack = 4;
+
   static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
   static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;
 
@@ -49,10 +51,12 @@ class GstVideoPipeline final : public VideoPipeline {
   std::shared_ptr<FrameSlot> frames_;
   bool live_ = false;
   bool loaded_ = false;
-  bool wanted_ = false;              // to play
-  bool buffered_ = true;             // enough data is there
-  bool silent_ = false;              // the sound output failed
-  bool restarting_ = false;          // loading again, without it
+  bool wanted_ = false;      // to play
+  bool buffered_ = true;     // enough data is there
+  bool silent_ = false;      // the sound output failed
+  bool restarting_ = false;  // loading again, without it
+  bool comingBack_ = false;  // and does not play again yet
+  int triesToComeBack_ = 0;
   mutable Nanoseconds position_{0};  // the last one known
 };
 
