@@ -23,7 +23,9 @@ namespace {
 using namespace velto;
 
 constexpr guint settles = 5000;  // milliseconds
-constexpr guint rests = 25000;   // the engine tidies up behind itself, and threads that had work end
+// The engine tidies up behind itself, threads that had work end, and a process that was started for a page nobody saw yet has
+// been asked, 20 and 60 seconds later, whether it still answers: after that ever more rarely.
+constexpr guint rests = 60000;
 
 const std::map<std::string, std::string> scripts = {
     {"static", ""},

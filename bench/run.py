@@ -4,6 +4,7 @@ scripts/bench, inside a display of its own. Programs of a pair take turns, so th
 both; medians are compared, and half the distance of the quartiles is their spread."""
 
 import argparse
+import concurrent.futures
 import json
 import math
 import os
@@ -66,16 +67,19 @@ class Bench:
             process = self.start(words, errors, environment)
             watchdog = threading.Timer(LONGEST_RUN, process.kill)
             watchdog.start()
-            for text in process.stdout:
-                line = json.loads(text)
-                if "pause" not in line:
-                    lines.append(line)
-                    continue
-                on_pause(line["pause"], process.pid)
-                process.stdin.write("\n")
-                process.stdin.flush()
-            code = process.wait()
-            watchdog.cancel()
+            try:
+                for text in process.stdout:
+                    line = json.loads(text)
+                    if "pause" not in line:
+                        lines.append(line)
+                        continue
+                    on_pause(line["pause"], process.pid)
+                    process.stdin.write("\n")
+                    process.stdin.flush()
+                code = process.wait()
+            finally:
+                watchdog.cancel()
+                process.kill()
             if code != 0:
                 errors.seek(0)
                 last = (errors.read().strip().splitlines() or ["it said nothing"])[-1]
@@ -193,20 +197,41 @@ class Bench:
 
     def idle(self):
         """A minute beside an ad while nothing happens: how often a thread wakes up, and what that takes of the processor.
-        The engine looks at the memory that is left every five seconds, with or without an ad."""
+        The engine looks at the memory that is left every five seconds, with or without an ad. All programs rest in the same
+        minute; none comes or goes in it, which would have the others draw."""
         length = 15 if self.quick else 60
         cases = [("a banner", "static", "IN_VIEW", 4), ("a banner that is measured", "measured", "IN_VIEW", 4),
                  ("a rich-media banner", "rich", "IN_VIEW", 4), ("a banner in a hidden window", "static", "HIDDEN", 4),
                  ("an animated page in a hidden window", "animated", "HIDDEN", 4),
                  ("an animated page, scrolled away", "animated", "OUT_OF_VIEW", 4)]
-        rows = []
-        for name, kind, place, limit in cases:
-            found = {}
-            for side in ("library", "bare"):
-                def look(_, process, counts=found.setdefault(side, [])):
-                    counts += wakes(process, length)
+        sides = ("library", "bare")
+        together = threading.Barrier(len(cases) * len(sides), timeout=LONGEST_RUN)
+
+        def rest(side, kind, place):
+            counts = []
+
+            def look(_, process):
+                together.wait()
+                counts.extend(wakes(process, length))
+                together.wait()
+
+            try:
                 self.run("velto-bench-idle", side, kind, place, on_pause=look)
-            (own, own_ms, page, page_ms), (bare, bare_ms, bare_page, bare_page_ms) = found["library"], found["bare"]
+            except threading.BrokenBarrierError as broken:
+                raise Failure("a window with an ad did not come to rest") from broken
+            except Failure:
+                together.abort()
+                raise
+            return counts
+
+        with concurrent.futures.ThreadPoolExecutor(together.parties) as threads:
+            resting = [[threads.submit(rest, side, kind, place) for side in sides] for _, kind, place, _ in cases]
+            failures = [one.exception() for one in sum(resting, []) if one.exception()]
+        if failures:
+            raise min(failures, key=lambda one: isinstance(one.__cause__, threading.BrokenBarrierError))
+        rows = []
+        for (name, _, _, limit), pair in zip(cases, resting):
+            (own, own_ms, page, page_ms), (bare, bare_ms, bare_page, bare_page_ms) = (one.result() for one in pair)
             rows += [Row(f"{length} s of {name}: wake-ups of the application", "", own, bare, limit, "difference"),
                      Row("  and of the web processes", "", page, bare_page),
                      Row("  processor time of both", "ms", own_ms + page_ms, bare_ms + bare_page_ms)]

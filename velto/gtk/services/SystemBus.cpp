@@ -15,7 +15,8 @@ struct SystemBus::Link {
 };
 
 std::chrono::seconds nextAttempt(unsigned attempts) {
-  return std::chrono::seconds(std::min(1U << std::min(attempts, 6U), 60U));
+  constexpr unsigned soon = 4;
+  return attempts < soon ? std::chrono::seconds(1U << attempts) : std::chrono::minutes(5);
 }
 
 SystemBus::SystemBus(std::vector<BusService*> services)

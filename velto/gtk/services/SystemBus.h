@@ -66,7 +66,8 @@ class SystemBus {
   bool allRead_ = false;
 };
 
-// The interval before the next attempt, growing from a second to a minute.
+// The interval before the next attempt. A bus that restarts is back within seconds; where there is none, as in a container, there
+// will hardly be one soon, and who looks for it wakes the device.
 std::chrono::seconds nextAttempt(unsigned attempts);
 
 inline void endSource(GSource* source) {
