@@ -138,11 +138,14 @@ PushButtonPeer::~PushButtonPeer() {
 }
 
 void PushButtonPeer::setLook(const ButtonLook& look) {
-  look_ = look;
   auto* accessible = GTK_ACCESSIBLE(widget());
-  const std::string name = spokenName(look.title);
-  gtk_accessible_update_property(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL, name.c_str(), -1);
-  gtk_accessible_update_state(accessible, GTK_ACCESSIBLE_STATE_DISABLED, look.enabled ? FALSE : TRUE, -1);
+  if (!isNamed_ || look.title != look_.title)
+    gtk_accessible_update_property(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL, spokenName(look.title).c_str(),
+                                   -1);
+  if (!isNamed_ || look.enabled != look_.enabled)
+    gtk_accessible_update_state(accessible, GTK_ACCESSIBLE_STATE_DISABLED, look.enabled ? FALSE : TRUE, -1);
+  isNamed_ = true;
+  look_ = look;
   gtk_widget_queue_draw(widget());
 }
 

@@ -30,6 +30,7 @@ class PushButtonPeer final : public Peer, public ButtonPeer {
   void paint(GtkSnapshot* snapshot, float width, float height) const;
 
   ButtonLook look_;
+  bool isNamed_ = false;  // to who asks for accessible names
   bool highlighted_ = false;
   GtkGesture* press_;         // the widget's
   GtkEventController* keys_;  // the widget's

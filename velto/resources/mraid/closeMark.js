@@ -35,7 +35,7 @@ function showCloseMark() {
     return;
   }
   if ((area && area.isConnected) || !document.documentElement) return;
-  area = makeArea();
+  if (!area || area.ownerDocument !== document) area = makeArea();
   document.documentElement.appendChild(area);
 }
 
