@@ -15,7 +15,7 @@ gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
 from gi.repository import Gio, GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
-from sandbox import AD_SERVER, VIDEO_AD, Sandbox, answer, film  # noqa: E402
+from sandbox import AD_SERVER, LONG_AD, VIDEO_AD, Sandbox, answer, film  # noqa: E402
 
 CRITICAL = GLib.LogLevelFlags.LEVEL_CRITICAL
 MEDIATED = {
@@ -349,7 +349,7 @@ class LibraryTest(unittest.TestCase):
         self.assertIsNone(ad.props.info)
 
         # Over the window; what is loaded meanwhile waits; and off the screen with its object.
-        ad.load_document(VIDEO_AD)
+        ad.load_document(LONG_AD)
         run_until(lambda: heard[-1] == "ready")
         self.assertEqual(told.get_height(), 60)
         heard.clear()
@@ -412,7 +412,8 @@ class LibraryTest(unittest.TestCase):
 
 
 def serve(folder):
-    film(folder / "tea.webm")
+    film(folder / "tea.webm", 2, 30)
+    film(folder / "long.webm", 60, 5)
     for name, text in DOCUMENTS.items():
         (folder / name).write_text(text)
 
@@ -429,6 +430,7 @@ def script(server):
                 made.set_header(name, str(value))
         server.respond(when.get("path", when.get("endpoint")), made)
     server.set_video(f"{AD_SERVER}/tea.webm", 2000)
+    server.set_video(f"{AD_SERVER}/long.webm", 60000)
     for name, text in DOCUMENTS.items():
         server.respond(f"/{name}", VeltoTest.Answer.new(200, text))
 

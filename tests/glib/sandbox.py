@@ -21,10 +21,14 @@ VIDEO_AD = f"""<VAST version="4.2"><Ad id="tea"><InLine><AdSystem>S</AdSystem><A
 </Creatives></InLine></Ad></VAST>"""
 
 
-def film(file):
-    """Two seconds, with sound."""
-    source = "videotestsrc num-buffers=60 ! video/x-raw,width=320,height=180,framerate=30/1 ! vp8enc deadline=1 ! mux."
-    words = f"gst-launch-1.0 -q webmmux name=mux ! filesink location={file} {source} audiotestsrc num-buffers=86 ! audioconvert ! vorbisenc ! mux."
+# For what a busy machine does late.
+LONG_AD = VIDEO_AD.replace("tea.webm", "long.webm").replace("00:00:02", "00:01:00")
+
+
+def film(file, seconds, pictures):
+    """With sound, and so many pictures a second."""
+    source = f"videotestsrc num-buffers={seconds * pictures} ! video/x-raw,width=320,height=180,framerate={pictures}/1 ! vp8enc deadline=1 ! mux."
+    words = f"gst-launch-1.0 -q webmmux name=mux ! filesink location={file} {source} audiotestsrc num-buffers={43 * seconds} ! audioconvert ! vorbisenc ! mux."
     subprocess.run(words.split(), check=True)
 
 
