@@ -203,6 +203,21 @@ class KitTest(unittest.TestCase):
         VeltoTest.advance(0)
         self.assertEqual(heard, ["loaded", "failed", "ended"])
 
+    def test_handlers_may_destroy_a_video_ad(self):
+        signals = ("loaded", "content-pause", "started", "quartile", "completed", "content-resume", "ended", "notify::state", "notify::info")
+        for signal in signals:
+            with self.subTest(signal=signal):
+                ad, ends = Velto.VideoAd(), []
+                ad.weak_ref(ends.append, 1)
+                heard = []
+                ad.connect(signal, lambda ad, *_, heard=heard: (heard.append(1), ad.run_dispose()))
+                ad.connect("loaded", lambda ad: ad.play_in(self.window))
+                ad.load_document(VIDEO_AD)
+                VeltoTest.advance(20_000)
+                self.assertEqual((heard, ad.props.state, ad.get_companions()), ([1], Velto.VideoAdState.EMPTY, []))
+                del ad
+                self.assertEqual(ends, [1])
+
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)
         loop = GLib.MainLoop()
