@@ -36,10 +36,12 @@ enum ClientProperty : guint {
   ClientHostMap,
   ClientRequestTimeout,
   ClientLocalNetworkAllowed,  // a switch
+  ClientLeastTimeUnderTouch,
   ClientProperties
 };
 
-constexpr guint defaultRequestTimeout = 60;  // seconds
+constexpr guint defaultRequestTimeout = 60;        // seconds
+constexpr guint defaultLeastTimeUnderTouch = 300;  // milliseconds
 
 struct ClientValues {
   std::array<std::optional<std::string>, ClientProperties> texts;
@@ -47,6 +49,7 @@ struct ClientValues {
   GFile* caFile = nullptr;
   GVariant* hostMap = nullptr;
   guint requestTimeout = defaultRequestTimeout;
+  guint leastTimeUnderTouch = defaultLeastTimeUnderTouch;
   std::shared_ptr<velto::VeltoMetrics> metrics;  // while they are collected
 };
 

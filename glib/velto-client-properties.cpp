@@ -27,6 +27,7 @@ void get(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
   if (id == ClientCaFile) return g_value_set_object(value, values.caFile);
   if (id == ClientHostMap) return g_value_set_variant(value, values.hostMap);
   if (id == ClientRequestTimeout) return g_value_set_uint(value, values.requestTimeout);
+  if (id == ClientLeastTimeUnderTouch) return g_value_set_uint(value, values.leastTimeUnderTouch);
   if (G_VALUE_HOLDS_BOOLEAN(value)) return g_value_set_boolean(value, values.numbers[id]);
   g_value_set_enum(value, values.numbers[id]);
 }
@@ -37,6 +38,8 @@ void set(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
   if (id == ClientCaFile) return velto_client_set_ca_file(self, G_FILE(g_value_get_object(value)));
   if (id == ClientHostMap) return velto_client_set_host_map(self, g_value_get_variant(value));
   if (id == ClientRequestTimeout) return velto_client_set_request_timeout(self, g_value_get_uint(value));
+  if (id == ClientLeastTimeUnderTouch)
+    return velto_client_set_least_time_under_touch(self, g_value_get_uint(value));
   const bool isSwitch = G_VALUE_HOLDS_BOOLEAN(value);
   setClientNumber(self, id, isSwitch ? g_value_get_boolean(value) : g_value_get_enum(value), pspec->name);
 }
@@ -269,6 +272,16 @@ void addClientProperties(GObjectClass* klass) {
    */
   properties[ClientLocalNetworkAllowed] =
       g_param_spec_boolean("local-network-allowed", nullptr, nullptr, FALSE, flags);
+  /**
+   * VeltoClient:least-time-under-touch: (getter get_least_time_under_touch) (setter set_least_time_under_touch)
+   *
+   * For how many milliseconds an ad has to have been where it is touched, for that touch to open anything: none does that
+   * was meant for what was there before.
+   *
+   * Since: 1.0
+   */
+  properties[ClientLeastTimeUnderTouch] = g_param_spec_uint("least-time-under-touch", nullptr, nullptr, 0,
+                                                            G_MAXINT, defaultLeastTimeUnderTouch, flags);
   g_object_class_install_properties(klass, ClientProperties, properties);
 }
 

@@ -262,6 +262,41 @@ void velto_client_set_request_timeout(VeltoClient* self, guint seconds) {
 }
 
 /**
+ * velto_client_get_least_time_under_touch: (get-property least-time-under-touch)
+ * @self: a client
+ *
+ * Gets for how long an ad has to have been where it is touched.
+ *
+ * Returns: milliseconds
+ *
+ * Since: 1.0
+ */
+guint velto_client_get_least_time_under_touch(VeltoClient* self) {
+  g_return_val_if_fail(VELTO_IS_CLIENT(self), 0);
+  velto_return_val_if_elsewhere(0);
+  return valuesOf(self).leastTimeUnderTouch;
+}
+
+/**
+ * velto_client_set_least_time_under_touch: (set-property least-time-under-touch)
+ * @self: a client
+ * @milliseconds: how long
+ *
+ * Sets for how long an ad has to have been where it is touched.
+ *
+ * Since: 1.0
+ */
+void velto_client_set_least_time_under_touch(VeltoClient* self, guint milliseconds) {
+  g_return_if_fail(VELTO_IS_CLIENT(self));
+  velto_return_if_elsewhere();
+  g_return_if_fail(milliseconds <= G_MAXINT);
+  auto& value = valuesOf(self).leastTimeUnderTouch;
+  if (value == milliseconds || !mayChange(self, ClientLeastTimeUnderTouch, __func__)) return;
+  value = milliseconds;
+  changed(self, ClientLeastTimeUnderTouch);
+}
+
+/**
  * velto_client_get_local_network_allowed: (get-property local-network-allowed)
  * @self: a client
  *

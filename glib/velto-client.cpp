@@ -140,6 +140,7 @@ velto::gtk::Options optionsOf(VeltoClient* client) {
   options.applicationIdentifier = text(client, ClientApplicationId).value_or("");
   options.applicationName = text(client, ClientApplicationName).value_or("");
   options.requestTimeout = std::chrono::seconds(values.requestTimeout);
+  options.leastTimeUnderTouch = std::chrono::milliseconds(values.leastTimeUnderTouch);
   options.mayReachLocalNetwork = values.numbers[ClientLocalNetworkAllowed] != 0;
   if (values.caFile) {
     auto* path = g_file_get_path(values.caFile);

@@ -49,6 +49,8 @@ VELTO_PUBLIC GVariant* velto_client_get_host_map(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_host_map(VeltoClient* self, GVariant* host_map);
 VELTO_PUBLIC guint velto_client_get_request_timeout(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_request_timeout(VeltoClient* self, guint seconds);
+VELTO_PUBLIC guint velto_client_get_least_time_under_touch(VeltoClient* self);
+VELTO_PUBLIC void velto_client_set_least_time_under_touch(VeltoClient* self, guint milliseconds);
 VELTO_PUBLIC gboolean velto_client_get_local_network_allowed(VeltoClient* self);
 VELTO_PUBLIC void velto_client_set_local_network_allowed(VeltoClient* self, gboolean allowed);
 

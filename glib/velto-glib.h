@@ -15,3 +15,7 @@
 #include "velto-targeting.h"
 #include "velto-timeline.h"
 #include "velto-vast-request.h"
+#include "velto-video-ad-companion.h"
+#include "velto-video-ad-enums.h"
+#include "velto-video-ad-info.h"
+#include "velto-video-ad.h"

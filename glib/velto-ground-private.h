@@ -34,10 +34,11 @@ class VELTO_SHARED Ground {
   virtual void setSlotRoom(GtkWidget* slot, std::optional<velto::CGSize> room) = 0;
   // Throws for a window that cannot be wrapped.
   virtual std::shared_ptr<velto::UIViewController> slotController(GtkWidget* slot) = 0;
-  // What an interstitial is presented over, in the window of a widget (may be null). Null, and the reason, where that is
-  // nothing.
-  virtual std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial* interstitial,
-                                                                    GtkWidget* parent, const char*& why) = 0;
+  // What an ad is presented over, in the window of a widget (may be null). Null, and the reason, where that is nothing.
+  virtual std::shared_ptr<velto::UIViewController> windowController(GObject* ad, GtkWidget* parent,
+                                                                    const char*& why) = 0;
+  // What an ad is played in, over a widget (may be null). Else the same.
+  virtual std::shared_ptr<velto::UIView> hostView(GObject* ad, GtkWidget* widget, const char*& why) = 0;
   // The view of another network's ad.
   virtual std::shared_ptr<velto::UIView> adView(GtkWidget* widget) = 0;
   // Where views may be touched: at once where that is here.

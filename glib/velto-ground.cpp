@@ -25,12 +25,20 @@ class ToolkitGround final : public Ground {
   std::shared_ptr<velto::UIViewController> slotController(GtkWidget* slot) override {
     return velto::gtk::hostViewController(slot);
   }
-  std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial*, GtkWidget* parent,
+  std::shared_ptr<velto::UIViewController> windowController(GObject*, GtkWidget* parent,
                                                             const char*& why) override {
     auto* window = parent ? gtk_widget_get_root(parent) : nullptr;
     if (GTK_IS_WINDOW(window)) return velto::gtk::hostViewController(GTK_WINDOW(window));
     why = parent ? "the widget to present over is in no window" : "there is no widget to present over";
     return nullptr;
+  }
+  std::shared_ptr<velto::UIView> hostView(GObject*, GtkWidget* widget, const char*& why) override {
+    auto* window = widget ? gtk_widget_get_root(widget) : nullptr;
+    why = widget ? "the widget to play in is in no window" : "there is no widget to play in";
+    if (!GTK_IS_WINDOW(window)) return nullptr;
+    why = "the widget to play in is not on the screen";
+    velto::gtk::hostViewController(GTK_WINDOW(window));
+    return velto::gtk::hostView(widget);
   }
   std::shared_ptr<velto::UIView> adView(GtkWidget* widget) override { return velto::gtk::widgetView(widget); }
 

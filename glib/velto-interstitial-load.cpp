@@ -75,7 +75,7 @@ GError* present(VeltoInterstitial* interstitial, GtkWidget* parent) {
       &error,
       [&] {
         const char* why = nullptr;
-        const auto over = ground().windowController(interstitial, parent, why);
+        const auto over = ground().windowController(G_OBJECT(interstitial), parent, why);
         if (!over) return void(error = refusal(why));
         ad->setAnimation(velto::VeltoAnimation(priv.animation));
         priv.rising = true;

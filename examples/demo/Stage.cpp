@@ -196,6 +196,7 @@ Stage::Stage(const std::function<void()>& application) {
   row = 0;
   for (const auto& c : Interstitials::cases())
     addButton(buttons, 1, row++, c.label, [this, &c] { interstitials_->open(c.name); });
+  addButton(buttons, 1, row++, "A video ad", [this] { videoAds_->open(); });
   addButton(buttons, 1, row, "A slot, a dialog, a toast", [this] {
     covered_ = std::make_unique<CoveredPage>();
     covered_->showDialog(true);
@@ -213,6 +214,8 @@ Stage::Stage(const std::function<void()>& application) {
   host_ = velto::gtk::hostViewController(window_);
   interstitials_ = std::make_unique<Interstitials>(
       host_, [this](const std::string& name, const std::string& what) { hear(name, what); });
+  videoAds_ = std::make_unique<VideoAds>(
+      host_, [this](const std::string& name, const std::string& what) { add(name, what); });
   const auto closed = +[](GtkWidget*, gpointer stage) {
     static_cast<Stage*>(stage)->clear();
     static_cast<Stage*>(stage)->window_ = nullptr;
@@ -274,6 +277,7 @@ void Stage::load(const Case& c, velto::VeltoBannerViewController& banner) {
 void Stage::clear() {
   banners_.clear();
   interstitials_->clear();
+  videoAds_->clear();
 }
 
 velto::CGRect Stage::adFrame(const std::string& name) const {

@@ -13,6 +13,7 @@
 
 #include "CoveredPage.h"
 #include "Interstitials.h"
+#include "VideoAds.h"
 
 namespace demo {
 
@@ -51,6 +52,7 @@ class Stage {
   // Once more, in the banner that is there.
   void loadAgain(const std::string& name);
   Interstitials& interstitials() { return *interstitials_; }
+  VideoAds& videoAds() { return *videoAds_; }
   void clear();
 
   bool isOpen() const { return window_ != nullptr; }
@@ -82,6 +84,7 @@ class Stage {
   std::shared_ptr<velto::UIViewController> host_;
   std::map<Place, std::shared_ptr<Banner>> banners_;
   std::unique_ptr<Interstitials> interstitials_;
+  std::unique_ptr<VideoAds> videoAds_;
   std::unique_ptr<CoveredPage> covered_;  // while somebody looks at it
   std::vector<Event> events_;
   std::shared_ptr<Stage*> self_ = std::make_shared<Stage*>(this);  // expires with the stage

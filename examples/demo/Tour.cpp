@@ -39,6 +39,7 @@ std::vector<std::string> Tour::run() {
   fail();
   showInterstitials();
   showRichMedia();
+  videoAd();
   coverSlot();
   inspect();
   return missing_;

@@ -45,6 +45,7 @@ class Tour {
   void film();
 
   void coverSlot();  // TourCovered.cpp
+  void videoAd();    // TourVideoAd.cpp
   void inspect();    // TourInspector.cpp
 
   // TourInterstitials.cpp

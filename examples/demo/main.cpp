@@ -13,7 +13,7 @@
 namespace {
 
 constexpr char help[] =
-    R"(velto-demo - banners of every size and place, and interstitials
+    R"(velto-demo - banners of every size and place, interstitials, a video ad
 
 usage: velto-demo --server ADDRESS --ca FILE [options]
 

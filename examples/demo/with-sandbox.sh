@@ -15,14 +15,20 @@ server=
 films=
 trap 'for started in $server $films; do kill "$started" 2>/dev/null || true; done; rm -rf "$work"' EXIT
 
-# The demo's own ads, and the creatives, whose relative addresses mean this server. A film is made for them.
+# The demo's own ads, and the creatives, whose relative addresses mean this server. Films are made for them: a short one, and
+# one for the video ad that is long enough for what a person does on a busy machine.
 cp -r "$here/ads" "$work/ads"
 cp "$here"/../creatives/*.html "$work/ads"
 mkdir "$work/films"
+# film <name> <seconds> <pictures a second>
+film() {
+  gst-launch-1.0 -q videotestsrc pattern=ball num-buffers=$(($2 * $3)) ! video/x-raw,width=640,height=360,framerate="$3"/1 ! \
+    vp8enc deadline=1 ! queue ! webmmux name=film ! filesink location="$work/films/$1" \
+    audiotestsrc wave=ticks num-buffers=$(($2 * 43)) ! audioconvert ! vorbisenc ! queue ! film. || rm -f "$work/films/$1"
+}
 if command -v gst-launch-1.0 >/dev/null; then
-  gst-launch-1.0 -q videotestsrc pattern=ball num-buffers=100 ! video/x-raw,width=640,height=360,framerate=25/1 ! vp8enc deadline=1 ! \
-    queue ! webmmux name=film ! filesink location="$work/films/film.webm" \
-    audiotestsrc wave=ticks num-buffers=172 ! audioconvert ! vorbisenc ! queue ! film. || rm -f "$work/films/film.webm"
+  film film.webm 4 25
+  film ferries.webm 60 10
 fi
 mkfifo "$work/films-ready"
 python3 -u -m http.server 0 --bind 127.0.0.1 --directory "$work/films" >"$work/films-ready" 2>/dev/null &
@@ -30,8 +36,8 @@ films=$!
 read -r serving <"$work/films-ready"
 films_port=$(sed 's/.* port \([0-9]*\).*/\1/' <<<"$serving")
 sed -i -e 's|<head>|<head><base href="https://ads.velto.example/">|' \
-  -e "s|https://long-coast.example/film.webm|http://127.0.0.1:$films_port/film.webm|" \
-  "$work"/ads/{expanding,resizing,two-part,two-part-second,video,measured}.html
+  -e "s|https://long-coast.example/\([a-z]*\.webm\)|http://127.0.0.1:$films_port/\1|" \
+  "$work"/ads/{expanding,resizing,two-part,two-part-second,video,measured}.html "$work/ads/video-ad.xml"
 
 # Its first line of output says where it listens; when it dies first, the read ends without one.
 mkfifo "$work/ready"

@@ -1,5 +1,9 @@
-// A small player with ads before, in and after its video: the application plays its own film, and leaves the stage to
+// A small player with ads before, in and after its film: the application plays that itself, and leaves the stage to
 // VeltoVideoAd whenever a break is due.
+//
+//   vast-player --schedule https://ads.example/vmap.xml https://films.example/film.webm
+//
+// takes the breaks from a schedule (VMAP). Without one they are given by hand:
 //
 //   vast-player https://films.example/film.webm https://ads.example/vast 60 300
 //
@@ -11,27 +15,28 @@
 #include <velto/velto.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
-#include <deque>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "Schedule.h"
+
 namespace {
 
+using player::Due;
 using velto::VeltoVideoAd;
 using Position = velto::VeltoVideoAdPosition;
 
-struct Break {
-  double at;  // seconds of the film
-  Position position;
-  std::string address;
-};
+constexpr double loadsAhead = 10;  // seconds: ads are asked for shortly before their turn
 
 struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<Player> {
-  std::string film;
-  std::deque<Break> breaks;  // still to come
+  std::string film, scheduleAddress;
+  velto::VMAPDocument schedule;
+  std::vector<double> opportunities;
+  bool leavesAtEnd = false;
   velto::gtk::Options options{.applicationIdentifier = "org.example.player"};
 
   GtkWindow* window = nullptr;
@@ -41,7 +46,6 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   std::shared_ptr<velto::AVPlayer> content;
   std::shared_ptr<velto::UIView> picture;
   std::shared_ptr<VeltoVideoAd> ad;
-  bool isOver = false, isDue = false;
 
   void start() {
     velto::gtk::install(options);
@@ -59,69 +63,127 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
     picture->setAutoresizingMask(velto::UIViewAutoresizingFlexibleWidth |
                                  velto::UIViewAutoresizingFlexibleHeight);
     host->addSubview(picture);
-    loadNext();
-  }
-
-  void say(const std::string& text) const { gtk_label_set_text(GTK_LABEL(words), text.c_str()); }
-
-  void heard(velto::AVPlayerEvent event) {
-    if (event == velto::AVPlayerEvent::FailedToPlay) return say("The film cannot be played.");
-    if (event != velto::AVPlayerEvent::DidPlayToEnd) return;
-    isOver = isDue = true;
-    // Breaks that the film was too short for are not played behind it.
-    const auto isMidroll = [](const Break& one) { return one.position == Position::Midroll; };
-    if (breaks.empty() || !isMidroll(breaks.front())) return playBreak();
-    breaks.erase(std::remove_if(breaks.begin() + 1, breaks.end(), isMidroll), breaks.end());
-    breakIsOver();
-  }
-
-  // --- breaks: each is loaded as soon as the one before it is over, and played when its time has come
-
-  void loadNext() {
-    ad.reset();
-    if (breaks.empty()) return play();
-    ad = VeltoVideoAd::make(shared_from_this());
-    velto::VeltoVideoAdSettings settings;
-    settings.position = breaks.front().position;
-    settings.contentURL = film;
-    ad->setSettings(settings);
-    ad->load(breaks.front().address);
-    if (breaks.front().position == Position::Preroll) {
-      isDue = true;
-      return;
-    }
-    play();
-    if (breaks.front().position != Position::Midroll) return;
-    // Whole milliseconds.
-    const auto at = static_cast<int64_t>(breaks.front().at * 1000);
-    midroll_ = content->addBoundaryTimeObserverForTimes({{at, 1000}}, [this] {
-      isDue = true;
-      playBreak();
+    if (scheduleAddress.empty()) return begin();
+    fetching_ = player::fetchSchedule(scheduleAddress, [this](velto::VMAPDocument document) {
+      if (document.error) g_printerr("no schedule: error %d\n", static_cast<int>(*document.error));
+      schedule = std::move(document);
+      scheduleAddress.clear();
+      begin();
     });
   }
 
-  void playBreak() {
-    if (isDue && ad && ad->state() == VeltoVideoAd::State::Ready) ad->playIn(velto::gtk::hostView(stage));
+  void say(const std::string& text) const { gtk_label_set_text(GTK_LABEL(words), text.c_str()); }
+  double now() const { return velto::CMTimeGetSeconds(content->currentTime()); }
+
+  void heard(velto::AVPlayerEvent event) {
+    if (event == velto::AVPlayerEvent::FailedToPlay) return say("The film cannot be played.");
+    if (event == velto::AVPlayerEvent::ReadyToPlay) begin();
+    if (event != velto::AVPlayerEvent::DidPlayToEnd) return;
+    isOver_ = true;
+    if (goesOn_) return;
+    if (due_.empty() || !due_.front().isAtEnd()) return breakIsOver();  // it is too late for that one
+    isDue_ = true;
+    ad ? playBreak() : load();
   }
 
-  void play() {
-    if (isOver) return say("The end");
-    say("The film plays");
-    content->play();
+  // Where breaks are hangs on the film's length.
+  void begin() {
+    const auto& asset = content->asset();
+    if (!asset->isLoaded() || !scheduleAddress.empty() || std::exchange(hasBegun_, true)) return;
+    const auto length = asset->duration();
+    due_ = player::breaksOf(schedule,
+                            length.timescale ? std::optional(velto::CMTimeGetSeconds(length)) : std::nullopt,
+                            opportunities);
+    next();
+  }
+
+  // --- breaks: one after the other
+
+  void next() {
+    leave();
+    if (isOver_) std::erase_if(due_, [](const Due& one) { return !one.isAtEnd(); });
+    if (due_.empty()) return play();
+    const Due& one = due_.front();
+    isDue_ = isOver_ || one.at <= now();
+    if (isDue_) return load();
+    play();
+    const double seconds = one.at;
+    if (std::isinf(seconds)) return;  // at the end, whenever that is
+    if (!one.isAtEnd())
+      at(seconds, [this] {
+        isDue_ = true;
+        playBreak();
+      });
+    if (seconds - loadsAhead <= now())
+      load();
+    else
+      at(seconds - loadsAhead, [this] { load(); });
+  }
+
+  void load() {
+    const Due& one = due_.front();
+    const auto fault = one.plan->fault();
+    if (!fault && !one.plan->source) return playBreak();
+    if (fault) return hasNoAds(*fault);
+    velto::VeltoVideoAdSettings settings;
+    settings.position = one.isAtEnd()     ? Position::Postroll
+                        : one.isAtStart() ? Position::Preroll
+                                          : Position::Midroll;
+    settings.contentURL = film;
+    ad = VeltoVideoAd::make(shared_from_this());
+    ad->setSettings(settings);
+    ad->load(*one.plan->source);
+  }
+
+  // Now, if it is due and its ads are there.
+  void playBreak() {
+    if (!isDue_) return;
+    const auto& plan = *due_.front().plan;
+    if (plan.source && ad && ad->state() == VeltoVideoAd::State::Ready) {
+      if (!ad->playIn(velto::gtk::hostView(stage))) breakIsOver();
+    } else if (!plan.source) {  // somebody only wants to know of it
+      player::tell(plan.starts, now());
+      player::tell(plan.ends, now());
+      breakIsOver();
+    }
+  }
+
+  void hasNoAds(velto::VMAPError why) {
+    player::tell(due_.front().plan->errors, now(), why);
+    breakIsOver();
   }
 
   void breakIsOver() {
     if (std::exchange(goesOn_, true)) return;
     // Not in the ad's own call: it goes.
-    g_idle_add_once([](void* self) { static_cast<Player*>(self)->nextBreak(); }, this);
+    g_idle_add_once(
+        [](void* data) {
+          auto* self = static_cast<Player*>(data);
+          self->goesOn_ = false;
+          if (!self->due_.empty()) self->due_.pop_front();
+          self->next();
+        },
+        this);
   }
-  void nextBreak() {
-    goesOn_ = false;
-    isDue = isOver;
-    if (midroll_) content->removeTimeObserver(midroll_);
-    midroll_.reset();
-    if (!breaks.empty()) breaks.pop_front();
-    loadNext();
+
+  void play() {
+    if (isOver_) {
+      say("The end");
+      if (leavesAtEnd) gtk_window_destroy(window);
+      return;
+    }
+    say("The film plays");
+    content->play();
+  }
+
+  void at(double seconds, std::function<void()> what) {
+    const auto whole = static_cast<int64_t>(seconds * 1000);  // milliseconds
+    moments_.push_back(content->addBoundaryTimeObserverForTimes({{whole, 1000}}, std::move(what)));
+  }
+
+  void leave() {
+    ad.reset();
+    for (const auto& moment : std::exchange(moments_, {})) content->removeTimeObserver(moment);
   }
 
   // --- what the ads tell
@@ -129,11 +191,16 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   void veltoVideoAdDidLoad(VeltoVideoAd&) override { playBreak(); }
   void veltoVideoAdDidFail(VeltoVideoAd& failed, const velto::VeltoVideoAdError& error) override {
     g_printerr("no ad: %d, %s\n", error.code, error.explanation.c_str());
-    if (failed.state() == VeltoVideoAd::State::Empty) breakIsOver();
+    if (failed.state() == VeltoVideoAd::State::Empty)
+      hasNoAds(velto::vmapErrorFor(static_cast<velto::VASTError>(error.code)));
   }
-  void veltoVideoAdDidRequestContentPause(VeltoVideoAd&) override { content->pause(); }
+  void veltoVideoAdDidRequestContentPause(VeltoVideoAd&) override {
+    content->pause();
+    player::tell(due_.front().plan->starts, now());
+  }
   void veltoVideoAdDidStart(VeltoVideoAd& shown, const velto::VeltoVideoAdInfo& info) override {
     say("Ad: " + info.title);
+    removeCompanion();
     // A companion has a slot beside the player.
     const auto companions = shown.companions();
     const auto view = companions.empty() ? nullptr : shown.companionView(0);
@@ -144,15 +211,24 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
     velto::gtk::hostView(beside)->addSubview(view);
   }
   void veltoVideoAdDidEndAll(VeltoVideoAd&) override {
-    if (companion_) companion_->removeFromSuperview();
-    companion_.reset();
-    gtk_widget_set_size_request(beside, -1, -1);
+    removeCompanion();
+    player::tell(due_.front().plan->ends, now());
     breakIsOver();
   }
 
  private:
+  void removeCompanion() {
+    if (companion_) companion_->removeFromSuperview();
+    companion_.reset();
+    gtk_widget_set_size_request(beside, -1, -1);
+  }
+
+  bool hasBegun_ = false, isOver_ = false;
+  bool isDue_ = false;   // the first of the breaks to come
   bool goesOn_ = false;  // to the next break, in the next turn
-  velto::AVPlayer::Token midroll_;
+  std::deque<Due> due_;  // still to come, or there
+  std::vector<velto::AVPlayer::Token> moments_;
+  velto::Handle fetching_;
   std::shared_ptr<velto::UIView> companion_;
 };
 
@@ -184,9 +260,22 @@ std::vector<std::string> listOf(const std::string& text) {
   return parts;
 }
 
+// Seconds of the film, in order. False: one of them is none.
+bool readTimes(const std::vector<std::string>& texts, std::vector<double>& times) {
+  for (const auto& text : texts) {
+    char* end = nullptr;
+    times.push_back(std::strtod(text.c_str(), &end));
+    if (text.empty() || *end || !(times.back() > 0 && times.back() < 1e6)) return false;
+  }
+  std::sort(times.begin(), times.end());
+  return true;
+}
+
 int complain(const char* what) {
   g_printerr(
-      "vast-player: %s\nusage: vast-player [--server ADDRESS --ca FILE] FILM AD-ADDRESS[,…] [SECONDS]...\n",
+      "vast-player: %s\nusage: vast-player [--server ADDRESS --ca FILE --data FOLDER --leave] FILM "
+      "AD-ADDRESS[,…] "
+      "[SECONDS]...\n       vast-player … --schedule ADDRESS [--opportunities SECONDS[,…]] FILM\n",
       what);
   return 2;
 }
@@ -198,38 +287,47 @@ int main(int count, char** words) {
   std::vector<std::string> rest;
   for (int i = 1; i < count; ++i) {
     const std::string word = words[i];
+    if (word == "--leave") {
+      player->leavesAtEnd = true;
+      continue;
+    }
     if (!word.starts_with("--")) {
       rest.push_back(word);
       continue;
     }
     if (i + 1 == count) return complain("an option lacks its value");
+    const std::string value = words[++i];
     if (word == "--server")
-      player->options.hostMap = {{"*.velto.example", words[++i]}};
+      player->options.hostMap = {{"*.velto.example", value}};
     else if (word == "--ca")
-      player->options.caFile = words[++i];
+      player->options.caFile = value;
     else if (word == "--data")
-      player->options.dataFolder = words[++i];
-    else
+      player->options.dataFolder = value;
+    else if (word == "--schedule")
+      player->scheduleAddress = value;
+    else if (word != "--opportunities")
       return complain("an option that is not known");
+    else if (!readTimes(listOf(value), player->opportunities))
+      return complain("opportunities are at seconds of the film");
   }
-  if (rest.size() < 2) return complain("a film and the address of its ads are needed");
+  const bool isByHand = player->scheduleAddress.empty();
+  if (isByHand ? rest.size() < 2 : rest.size() != 1)
+    return complain("a film and a schedule, or the address of its ads, are needed");
   player->film = rest[0];
-  const auto addresses = listOf(rest[1]);
-  const auto add = [&](double at, Position position) {
-    player->breaks.push_back(
-        {at, position, addresses[std::min(player->breaks.size(), addresses.size() - 1)]});
-  };
-  add(0, Position::Preroll);
-  std::vector<double> times;
-  for (size_t i = 2; i < rest.size(); ++i) {
-    char* end = nullptr;
-    times.push_back(std::strtod(rest[i].c_str(), &end));
-    if (*end || !(times.back() > 0 && times.back() < 1e6))
+  if (isByHand) {
+    using Kind = velto::VMAPOffset::Kind;
+    std::vector<double> times;
+    if (!readTimes({rest.begin() + 2, rest.end()}, times))
       return complain("breaks are at seconds of the film");
+    const auto addresses = listOf(rest[1]);
+    auto& breaks = player->schedule.breaks;
+    const auto add = [&](velto::VMAPOffset offset) {
+      breaks.push_back(player::breakAt(offset, addresses[std::min(breaks.size(), addresses.size() - 1)]));
+    };
+    add({Kind::Start, 0});
+    for (const double at : times) add({Kind::Time, at});
+    add({Kind::End, 0});
   }
-  std::sort(times.begin(), times.end());
-  for (const double at : times) add(at, Position::Midroll);
-  add(0, Position::Postroll);
 
   GtkApplication* application = gtk_application_new("org.example.player", G_APPLICATION_NON_UNIQUE);
   g_signal_connect(application, "activate", G_CALLBACK(open), player.get());

@@ -1,11 +1,24 @@
 #!/usr/bin/env bash
-# Makes films, starts velto-sandbox with them and with the documents of ads/, and runs the player on it.
-# usage: with-sandbox.sh <velto-sandbox> <vast-player>
+# Makes films, starts velto-sandbox with them and with the documents of ads/, and runs the player on it: with the schedule
+# ads/schedule.xml, or with breaks that are given by hand. --leave closes it at the end.
+# usage: with-sandbox.sh <velto-sandbox> <vast-player> [--by-hand] [--leave]
 set -euo pipefail
-if [ $# -ne 2 ]; then
-  echo "usage: with-sandbox.sh velto-sandbox vast-player" >&2
+usage() {
+  echo "usage: with-sandbox.sh velto-sandbox vast-player [--by-hand] [--leave]" >&2
   exit 2
-fi
+}
+[ $# -ge 2 ] || usage
+sandbox=$1 player=$2
+shift 2
+by_hand=
+options=()
+for option in "$@"; do
+  case "$option" in
+    --by-hand) by_hand=yes ;;
+    --leave) options+=(--leave) ;;
+    *) usage ;;
+  esac
+done
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 server=
@@ -23,13 +36,17 @@ film shoes.webm 8 gradient
 film tea.webm 5 checkers-8
 
 mkfifo "$work/ready"
-"$1" --data "$work/sandbox" --serve "$work/ads" --log "$work/requests" >"$work/ready" &
+"$sandbox" --data "$work/sandbox" --serve "$work/ads" --log "$work/requests" >"$work/ready" &
 server=$!
 exec 3<"$work/ready"
 read -r listening <&3 || { echo "with-sandbox.sh: the sandbox did not start" >&2; exit 2; }
 port=$(sed 's/.*"port":\([0-9]*\).*/\1/' <<<"$listening")
 ads=https://ads.velto.example
-"$2" --server "127.0.0.1:$port" --ca "$work/sandbox/ca.pem" --data "$work/store" "$ads/film.webm" \
-  "$ads/before.xml,$ads/between.xml,$ads/behind.xml" 8 || true
+if [ "$by_hand" ]; then
+  breaks=("$ads/film.webm" "$ads/before.xml,$ads/between.xml,$ads/behind.xml" 8)
+else
+  breaks=(--schedule "$ads/schedule.xml" --opportunities 12 "$ads/film.webm")
+fi
+"$player" --server "127.0.0.1:$port" --ca "$work/sandbox/ca.pem" --data "$work/store" "${options[@]}" "${breaks[@]}" || true
 echo "what the servers of the ads were told:"
 grep -o '"path":"/told/[^"]*"' "$work/requests" | sed 's/.*told.//; s/"$//'

@@ -26,8 +26,10 @@ class TestGround final : public velto_glib::Ground {
 
   // The window behind one of the application's, made on first use.
   velto::headless::HostWindow& windowOf(GtkWindow* window);
-  // Where an interstitial is presented; null before.
-  std::shared_ptr<velto::headless::HostWindow> windowOf(VeltoInterstitial* interstitial);
+  // Where an interstitial or a video ad is presented; null before.
+  std::shared_ptr<velto::headless::HostWindow> windowOf(GObject* ad);
+  // What a video ad is played in; null where it has all of the window.
+  std::shared_ptr<velto::UIView> placeOf(GObject* ad);
   void add(TestSlot* slot) { slots_.push_back(slot); }
   bool isInSlot(const velto::UIView& view) const;
   void remove(TestSlot* slot) { std::erase(slots_, slot); }
@@ -41,8 +43,9 @@ class TestGround final : public velto_glib::Ground {
   GtkWidget* makeSlot() override;
   void setSlotRoom(GtkWidget* slot, std::optional<velto::CGSize> room) override;
   std::shared_ptr<velto::UIViewController> slotController(GtkWidget* slot) override;
-  std::shared_ptr<velto::UIViewController> windowController(VeltoInterstitial* interstitial,
-                                                            GtkWidget* parent, const char*& why) override;
+  std::shared_ptr<velto::UIViewController> windowController(GObject* ad, GtkWidget* parent,
+                                                            const char*& why) override;
+  std::shared_ptr<velto::UIView> hostView(GObject* ad, GtkWidget* widget, const char*& why) override;
   std::shared_ptr<velto::UIView> adView(GtkWidget* widget) override;
   void onMainThread(std::function<void()> work) override;
 
@@ -52,11 +55,15 @@ class TestGround final : public velto_glib::Ground {
   void fit();
   bool awaitsLayout() const;
   void forget(GtkWindow* window);
+  Window windowAround(GtkWidget* widget);  // null: the widget is in none
+  void leave(GtkWidget* widget);
+  static void follow(GtkWidget* widget, velto::UIView& place);
 
   std::shared_ptr<velto::headless::Platform> platform_;
   std::map<GtkWindow*, Window> windows_;
   Window nobodys_;  // for who has no display
   std::vector<TestSlot*> slots_;
+  std::map<GtkWidget*, std::shared_ptr<velto::UIView>> places_;  // what video ads are played in
   bool inForeground_ = true;
 };
 

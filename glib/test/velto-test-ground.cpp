@@ -16,6 +16,20 @@ constexpr guint longestFrame = 100;                   // milliseconds
 constexpr int turnsAtOnce = 1000;                     // of a main loop that always has something to do
 constexpr size_t longestIdentifier = 255;
 constexpr char windowKey[] = "velto-test-window";
+constexpr char placeKey[] = "velto-test-place";
+
+// What an ad's object knows as long as it is there.
+template <class Kept>
+void remember(GObject* ad, const char* key, const std::shared_ptr<Kept>& kept) {
+  g_object_set_data_full(ad, key, new std::weak_ptr(kept),
+                         [](gpointer data) { delete static_cast<std::weak_ptr<Kept>*>(data); });
+}
+
+template <class Kept>
+std::shared_ptr<Kept> recall(GObject* ad, const char* key) {
+  const auto* known = static_cast<std::weak_ptr<Kept>*>(g_object_get_data(ad, key));
+  return known ? known->lock() : nullptr;
+}
 
 velto::AuthorizationStatus statusOf(velto::gtk::Access access) {
   return static_cast<velto::AuthorizationStatus>(access);
@@ -63,6 +77,7 @@ TestGround& TestGround::current() {
 
 void TestGround::begin() {
   for (auto* slot : slots_) slot->host().moveTo(nullptr);
+  while (!places_.empty()) leave(places_.begin()->first);
   while (!windows_.empty()) forget(windows_.begin()->first);
   nobodys_.reset();
   const bool isFirst = !platform_;
@@ -115,24 +130,66 @@ void TestGround::forget(GtkWindow* window) {
   windows_.erase(found);
 }
 
-std::shared_ptr<HostWindow> TestGround::windowOf(VeltoInterstitial* interstitial) {
-  const auto* window =
-      static_cast<std::weak_ptr<HostWindow>*>(g_object_get_data(G_OBJECT(interstitial), windowKey));
-  return window ? window->lock() : nullptr;
+std::shared_ptr<HostWindow> TestGround::windowOf(GObject* ad) {
+  return recall<HostWindow>(ad, windowKey);
 }
 
-std::shared_ptr<velto::UIViewController> TestGround::windowController(VeltoInterstitial* interstitial,
-                                                                      GtkWidget* parent, const char*& why) {
-  auto* root = parent ? gtk_widget_get_root(parent) : nullptr;
-  if (parent && !GTK_IS_WINDOW(root)) {
-    why = "the widget to present over is in no window";
-    return nullptr;
-  }
+std::shared_ptr<velto::UIView> TestGround::placeOf(GObject* ad) {
+  return recall<velto::UIView>(ad, placeKey);
+}
+
+TestGround::Window TestGround::windowAround(GtkWidget* widget) {
+  auto* root = widget ? gtk_widget_get_root(widget) : nullptr;
+  if (widget && !GTK_IS_WINDOW(root)) return nullptr;
   auto& host = root ? (windowOf(GTK_WINDOW(root)), windows_[GTK_WINDOW(root)]) : nobodys_;
   if (!host) host = std::make_shared<HostWindow>(defaultWindow);
-  g_object_set_data_full(G_OBJECT(interstitial), windowKey, new std::weak_ptr(host),
-                         [](gpointer data) { delete static_cast<std::weak_ptr<HostWindow>*>(data); });
+  return host;
+}
+
+std::shared_ptr<velto::UIViewController> TestGround::windowController(GObject* ad, GtkWidget* parent,
+                                                                      const char*& why) {
+  const auto host = windowAround(parent);
+  if (!host) why = "the widget to present over is in no window";
+  if (!host) return nullptr;
+  remember<HostWindow>(ad, windowKey, host);
+  remember<velto::UIView>(ad, placeKey, nullptr);
   return host->controller();
+}
+
+std::shared_ptr<velto::UIView> TestGround::hostView(GObject* ad, GtkWidget* widget, const char*& why) {
+  const auto host = windowAround(widget);
+  if (!host) why = "the widget to play in is in no window";
+  if (!host) return nullptr;
+  auto place = widget ? places_[widget] : host->controller()->view();
+  if (!place) {
+    place = places_[widget] = velto::UIView::make();
+    using Handler = void (*)(GtkWidget*, TestGround*);
+    const Handler destroyed = [](GtkWidget* gone, TestGround* self) { self->leave(gone); };
+    g_signal_connect(widget, "destroy", G_CALLBACK(destroyed), this);
+  }
+  if (widget && place->superview() != host->controller()->view().get()) host->view().addSubview(place);
+  if (widget) follow(widget, *place);
+  remember<HostWindow>(ad, windowKey, host);
+  remember<velto::UIView>(ad, placeKey, place);
+  return place;
+}
+
+void TestGround::leave(GtkWidget* widget) {
+  const auto found = places_.find(widget);
+  if (found == places_.end()) return;
+  g_signal_handlers_disconnect_by_data(widget, this);
+  const auto place = std::move(found->second);
+  places_.erase(found);
+  place->removeFromSuperview();
+}
+
+void TestGround::follow(GtkWidget* widget, velto::UIView& place) {
+  auto* root = gtk_widget_get_root(widget);
+  graphene_rect_t bounds;
+  const bool isSeen = root && gtk_widget_get_mapped(widget);
+  if (place.isHidden() == isSeen) place.setHidden(!isSeen);
+  if (!isSeen || !gtk_widget_compute_bounds(widget, GTK_WIDGET(root), &bounds)) return;
+  place.setFrame({{bounds.origin.x, bounds.origin.y}, {bounds.size.width, bounds.size.height}});
 }
 
 // --- time ----------------------------------------------------------------------------------------------
@@ -141,6 +198,7 @@ void TestGround::fit() {
   for (const auto& [window, host] : windows_)
     if (const auto size = sizeOf(window); size != host->view().bounds().size) host->resize(size);
   for (auto* slot : slots_) slot->follow();
+  for (const auto& [widget, place] : places_) follow(widget, *place);
 }
 
 bool TestGround::isInSlot(const velto::UIView& view) const {

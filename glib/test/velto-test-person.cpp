@@ -26,7 +26,7 @@ Page pageOf(GObject* ad) {
     if (slot) page = {slot->page(), nullptr, slot->window()};
     return page;
   }
-  page.kept = TestGround::current().windowOf(VELTO_INTERSTITIAL(ad));
+  page.kept = TestGround::current().windowOf(ad);
   page.window = page.kept.get();
   if (!page.window ||
       velto_interstitial_get_state(VELTO_INTERSTITIAL(ad)) != VELTO_INTERSTITIAL_STATE_PRESENTED)
@@ -43,6 +43,18 @@ Page pageOf(GObject* ad) {
 
 bool isAd(GObject* object) {
   return VELTO_IS_BANNER(object) || VELTO_IS_INTERSTITIAL(object);
+}
+
+// A video ad has no page; a person taps what lies over it.
+bool tapVideo(GObject* ad, velto::CGPoint point) {
+  TestGround::current().settle();
+  const auto window = TestGround::current().windowOf(ad);
+  if (!window || velto_video_ad_get_state(VELTO_VIDEO_AD(ad)) < VELTO_VIDEO_AD_STATE_PLAYING) return false;
+  const auto place = TestGround::current().placeOf(ad);
+  auto& view = place ? *place : window->view();
+  if (!view.isInWindow() || view.isHidden() || !view.bounds().contains(point)) return false;
+  window->tap(window->view().convertPointFromView(point, view));
+  return true;
 }
 
 // What an ad does is over when the call returns, as far as no time passes in it.
@@ -84,7 +96,7 @@ void velto_test_advance(guint milliseconds) {
 
 /**
  * velto_test_tap:
- * @ad: a [class@Velto.Banner] or [class@Velto.Interstitial]
+ * @ad: a [class@Velto.Banner], [class@Velto.Interstitial] or [class@Velto.VideoAd]
  * @x: points from the ad's left edge
  * @y: points from the ad's upper edge
  *
@@ -95,9 +107,10 @@ void velto_test_advance(guint milliseconds) {
  * Since: 1.0
  */
 gboolean velto_test_tap(GObject* ad, double x, double y) {
-  g_return_val_if_fail(isAd(ad), FALSE);
+  g_return_val_if_fail(isAd(ad) || VELTO_IS_VIDEO_AD(ad), FALSE);
   velto_return_val_if_elsewhere(FALSE);
   return play(__func__, [&] {
+    if (VELTO_IS_VIDEO_AD(ad)) return tapVideo(ad, {x, y});
     const auto page = pageOf(ad);
     if (!page || !page.window || !page.window->view().isInWindow()) return false;
     auto& web = page.web->webView();
@@ -149,7 +162,7 @@ gboolean velto_test_close(VeltoInterstitial* interstitial) {
   velto_return_val_if_elsewhere(FALSE);
   return play(__func__, [&] {
     TestGround::current().settle();
-    const auto window = TestGround::current().windowOf(interstitial);
+    const auto window = TestGround::current().windowOf(G_OBJECT(interstitial));
     const bool isThere = velto_interstitial_get_state(interstitial) == VELTO_INTERSTITIAL_STATE_PRESENTED;
     return window && isThere && window->pressEscape();
   });

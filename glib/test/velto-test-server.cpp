@@ -158,6 +158,27 @@ void velto_test_server_respond_once(VeltoTestServer* self, const char* part, Vel
 }
 
 /**
+ * velto_test_server_set_video:
+ * @self: a server
+ * @address: the address of a video
+ * @milliseconds: how long it is; 0 for one that is not there
+ *
+ * Says what is behind the address of a video. Without a word it is one of ten seconds.
+ *
+ * Since: 1.0
+ */
+void velto_test_server_set_video(VeltoTestServer* self, const char* address, guint milliseconds) {
+  g_return_if_fail(VELTO_TEST_IS_SERVER(self));
+  velto_return_if_elsewhere();
+  g_return_if_fail(address);
+  if (self != newest) return;
+  velto::headless::VideoScript script;
+  script.duration = {int64_t(milliseconds), 1000};
+  script.loadFails = milliseconds == 0;
+  TestGround::current().platform().media().setVideo(address, script);
+}
+
+/**
  * velto_test_server_get_requests:
  * @self: a server
  * @part: (nullable): what the address contains; %NULL for every request

@@ -14,6 +14,7 @@ VELTO_PUBLIC VeltoTestServer* velto_test_server_new(void);
 VELTO_PUBLIC void velto_test_server_respond(VeltoTestServer* self, const char* part, VeltoTestAnswer* answer);
 VELTO_PUBLIC void velto_test_server_respond_once(VeltoTestServer* self, const char* part,
                                                  VeltoTestAnswer* answer);
+VELTO_PUBLIC void velto_test_server_set_video(VeltoTestServer* self, const char* address, guint milliseconds);
 VELTO_PUBLIC GPtrArray* velto_test_server_get_requests(VeltoTestServer* self, const char* part);
 VELTO_PUBLIC char** velto_test_server_dup_opened(VeltoTestServer* self);
 VELTO_PUBLIC gboolean velto_test_server_get_pages_finish(VeltoTestServer* self);

@@ -8,6 +8,7 @@ gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
 from gi.repository import GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
+from sandbox import AD_SERVER, VIDEO_AD  # noqa: E402
 
 Answer, State = VeltoTest.Answer, Velto.BannerState
 AD = Answer.new_ad("<b>Tea</b>", 320, 50)
@@ -170,6 +171,52 @@ class KitTest(unittest.TestCase):
         self.assertEqual(self.outcome(network), [("failed", Velto.AdError.NO_FILL)])
         North.used = None
         self.assertEqual((self.banner.props.ad_width, VeltoTest.tap(self.banner, 5, 5)), (300, False))
+
+    def test_video_ads(self):
+        self.server.respond("/film.xml", Answer.new(200, VIDEO_AD))
+        ad, heard = Velto.VideoAd(), []
+        for signal in ("loaded", "failed", "started", "paused", "pressed", "resumed", "completed", "ended"):
+            ad.connect(signal, lambda _, *told, name=signal: heard.append(name))
+        stage = Gtk.DrawingArea(vexpand=True)
+        self.box.append(stage)
+        for parent in (stage, None, self.window):  # in a widget, without a display, over a window
+            heard.clear()
+            ad.load("https://ads.example/film.xml?[ADSERVINGID]")
+            VeltoTest.advance(0)
+            self.assertFalse(VeltoTest.tap(ad, 5, 5))
+            ad.play_over(parent) if parent is self.window else ad.play_in(parent)
+            VeltoTest.advance(1500)
+            self.assertGreater(ad.get_current_time(), 1)
+            width = parent.get_width() if parent else 800
+            self.assertFalse(VeltoTest.tap(ad, width + 1, 5))
+            self.assertTrue(VeltoTest.tap(ad, width / 2, 60))
+            ad.resume()
+            VeltoTest.advance(20_000)
+            self.assertEqual(heard, ["loaded", "started", "pressed", "paused", "resumed", "completed", "ended"])
+        self.assertEqual(self.server.dup_opened(), 3 * ["https://tea.example/"])
+        self.assertEqual(len(self.server.get_requests("/told/impression")), 3)
+        self.server.set_video(f"{AD_SERVER}/tea.webm", 0)
+        heard.clear()
+        ad.load_document(VIDEO_AD)
+        VeltoTest.advance(0)
+        ad.play_in(stage)
+        VeltoTest.advance(0)
+        self.assertEqual(heard, ["loaded", "failed", "ended"])
+
+    def test_handlers_may_destroy_a_video_ad(self):
+        signals = ("loaded", "content-pause", "started", "quartile", "completed", "content-resume", "ended", "notify::state", "notify::info")
+        for signal in signals:
+            with self.subTest(signal=signal):
+                ad, ends = Velto.VideoAd(), []
+                ad.weak_ref(ends.append, 1)
+                heard = []
+                ad.connect(signal, lambda ad, *_, heard=heard: (heard.append(1), ad.run_dispose()))
+                ad.connect("loaded", lambda ad: ad.play_in(self.window))
+                ad.load_document(VIDEO_AD)
+                VeltoTest.advance(20_000)
+                self.assertEqual((heard, ad.props.state, ad.get_companions()), ([1], Velto.VideoAdState.EMPTY, []))
+                del ad
+                self.assertEqual(ends, [1])
 
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)

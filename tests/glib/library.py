@@ -3,6 +3,7 @@
 import contextlib
 import gc
 import json
+import os
 import shutil
 import subprocess
 import sys
@@ -14,7 +15,7 @@ gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
 from gi.repository import Gio, GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
-from sandbox import Sandbox, answer  # noqa: E402
+from sandbox import AD_SERVER, LONG_AD, VIDEO_AD, Sandbox, answer, film  # noqa: E402
 
 CRITICAL = GLib.LogLevelFlags.LEVEL_CRITICAL
 MEDIATED = {
@@ -22,12 +23,14 @@ MEDIATED = {
     "body": {"json": {"mediation": [{"cn": "VeltoAdmobBannerAdapter", "e": {"adunit": "north"}}]}},
 }
 RULES = [
+    ({"kind": "download", "path": "/late.xml"}, [{**answer(), "delayMs": 600000}]),
     ({"kind": "ad", "endpoint": "nofill"}, [204]),
     ({"kind": "ad", "endpoint": "gives-up"}, [answer(says="failLoad")]),
     ({"kind": "ad", "endpoint": "late"}, [{**answer(), "delayMs": 600000}]),
     ({"kind": "ad", "endpoint": "mediated"}, [MEDIATED]),
     ({"kind": "ad"}, [answer()]),
 ]
+DOCUMENTS = {"video.xml": VIDEO_AD, "empty.xml": "<VAST version='4.2'/>"}
 
 
 def run_until(condition):
@@ -303,6 +306,96 @@ class LibraryTest(unittest.TestCase):
         with self.assertRaisesRegex(GLib.Error, "host"):
             request.build_url()
 
+    def video_ad(self, **properties):
+        ad, heard = Velto.VideoAd(**properties), []
+        ad.connect("notify::state", lambda ad, _: heard.append(ad.props.state.value_nick))
+        for signal in ("failed", "content-pause", "started", "quartile", "skipped", "completed", "content-resume", "ended"):
+            ad.connect(signal, lambda _, *what, name=signal: heard.append(name))
+        return ad, heard
+
+    def test_video_ad(self):
+        ad, heard = self.video_ad(starts_muted=True, position=Velto.VideoAdPosition.MIDROLL)
+        with self.assertRaisesRegex(GLib.Error, "no ad is ready"):
+            ad.play_in(self.box)
+        error = outcome(ad.load_async, ad.load_finish, f"{AD_SERVER}/empty.xml")
+        self.assertError(error, Velto.VideoAdError.quark(), Velto.VideoAdError.NO_ADS)
+        self.assertEqual((error.code, heard), (303, ["loading", "empty", "failed"]))
+        heard.clear()
+        self.assertIs(outcome(ad.load_async, ad.load_finish, f"{AD_SERVER}/video.xml"), True)
+        with self.assertRaisesRegex(GLib.Error, "in no window"):
+            ad.play_in(Gtk.Label())
+        companions = []
+
+        def started(ad, info):
+            self.assertEqual((info.get_title(), info.get_number(), info.get_count(), info.get_skippable_after(), info.leads_somewhere()), ("Tea", 1, 1, 1, True))
+            self.assertIs(info, ad.props.info)
+            if not companions:
+                companions.extend(ad.get_companions())
+                self.box.append(companions[0])
+
+        ad.connect("started", started)
+        stage = Gtk.DrawingArea(vexpand=True)
+        self.box.append(stage)
+        run_until(stage.get_mapped)
+        ad.play_in(stage)
+        run_until(lambda: companions)
+        self.assertEqual((ad.is_muted(), ad.get_companions()), (True, companions))
+        told = companions[0]
+        self.assertEqual((told.get_identifier(), told.get_ad_slot(), told.get_alternative_text(), told.get_ad_width(), told.is_end_card()),
+                         ("beside", "right", "Tea", 300, False))
+        run_until(lambda: told.get_height() == 60)
+        run_until(lambda: heard[-1] == "ended")
+        self.assertEqual(heard, ["loading", "ready", "playing", "content-pause", "started", *3 * ["quartile"], "completed", "empty", "content-resume", "ended"])
+        self.assertIsNone(ad.props.info)
+
+        # Over the window; what is loaded meanwhile waits; and off the screen with its object.
+        ad.load_document(LONG_AD)
+        run_until(lambda: heard[-1] == "ready")
+        self.assertEqual(told.get_height(), 60)
+        heard.clear()
+        ad.play_over(self.window)
+        run_until(lambda: "started" in heard)
+        self.assertEqual(told.measure(Gtk.Orientation.VERTICAL, -1).natural, 0)
+        ad.load(f"{AD_SERVER}/video.xml")
+        run_until(lambda: ad.get_current_time() > 1)
+        self.assertTrue(ad.skip())
+        run_until(lambda: heard[-1] == "ready")
+        self.assertEqual(heard[-6:], ["skipped", "empty", "content-resume", "ended", "loading", "ready"])
+        ad.play_in(self.box)
+        ends = []
+        ad.weak_ref(ends.append, 1)
+        GLib.idle_add(ad.stop)
+        run_until(lambda: heard[-1] == "ended")
+        del ad, error  # whose frames hold it, too
+        gc.collect()
+        self.assertEqual(ends, [1])
+
+    def test_video_ads_that_are_given_up(self):
+        ad, heard = self.video_ad()
+        cancellable = Gio.Cancellable()
+        GLib.idle_add(cancellable.cancel)
+        error = outcome(ad.load_async, ad.load_finish, f"{AD_SERVER}/late.xml", cancellable=cancellable)
+        self.assertEqual(heard, ["loading", "empty"])
+        self.assertError(error, Gio.io_error_quark(), Gio.IOErrorEnum.CANCELLED)
+        errors = []
+
+        def ended(ad, result):
+            with self.assertRaises(GLib.Error) as caught:
+                ad.load_finish(result)
+            errors.append(caught.exception)
+
+        for end in (lambda: ad.load_document("<VAST/>"), ad.stop, ad.run_dispose):
+            ad.load_async(f"{AD_SERVER}/late.xml", None, ended)
+            end()
+            run_until(lambda: errors)
+            self.assertError(errors.pop(), Velto.AdError.quark(), Velto.AdError.CANCELLED)
+        properties = []
+        ad = Velto.VideoAd(refused_vendors=["one"])
+        ad.connect("notify", lambda _, pspec: properties.append(pspec.name))
+        for _ in range(2):
+            ad.set_properties(volume=0.5, refused_vendors=["one", "two"], content_url="https://film.example/", bandwidth=800, show_controls=False)
+        self.assertEqual(sorted(properties), ["bandwidth", "content-url", "refused-vendors", "show-controls", "volume"])
+
     def test_nothing_is_left(self):
         rounds, ends = 24, []
         for number in range(rounds):
@@ -318,6 +411,13 @@ class LibraryTest(unittest.TestCase):
         run_until(lambda: len(ends) == 3 * rounds)
 
 
+def serve(folder):
+    film(folder / "tea.webm", 2, 30)
+    film(folder / "long.webm", 60, 5)
+    for name, text in DOCUMENTS.items():
+        (folder / name).write_text(text)
+
+
 def script(server):
     """The rules, of which the newest counts."""
     for when, (said,) in reversed(RULES):
@@ -328,13 +428,18 @@ def script(server):
             made = VeltoTest.Answer(body=body, delay=said.get("delayMs", 0))
             for name, value in said["headers"].items():
                 made.set_header(name, str(value))
-        server.respond(when.get("endpoint"), made)
+        server.respond(when.get("path", when.get("endpoint")), made)
+    server.set_video(f"{AD_SERVER}/tea.webm", 2000)
+    server.set_video(f"{AD_SERVER}/long.webm", 60000)
+    for name, text in DOCUMENTS.items():
+        server.respond(f"/{name}", VeltoTest.Answer.new(200, text))
 
 
 if __name__ == "__main__":
     ground = sys.argv.pop(1)
     on_kit = ground == "kit"
-    with contextlib.nullcontext() if on_kit else Sandbox(ground, RULES) as server:
+    os.environ["PULSE_SERVER"] = "unix:/nowhere"  # that of this machine is not for tests
+    with contextlib.nullcontext() if on_kit else Sandbox(ground, RULES, serve) as server:
         file = GLib.KeyFile()
         if on_kit:
             server = VeltoTest.Server()

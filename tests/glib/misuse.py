@@ -14,7 +14,7 @@ from gi.repository import GLib, GObject, Gtk, Velto  # noqa: E402
 
 SYMBOLS, LIBRARY = pathlib.Path(sys.argv.pop(2)).read_text().split(), ctypes.CDLL(sys.argv.pop(1))
 FUNCTIONS = [name for name in SYMBOLS if not name.endswith(("_get_type", "_quark"))]
-WITHOUT_ARGUMENTS = ["velto_client_get_default", "velto_interstitial_new", "velto_targeting_new"]
+WITHOUT_ARGUMENTS = ["velto_client_get_default", "velto_interstitial_new", "velto_targeting_new", "velto_video_ad_new"]
 
 
 def call(name, *arguments):
@@ -32,6 +32,9 @@ OBJECTS = {
     "velto_interstitial": call("velto_interstitial_new"),
     "velto_targeting": call("velto_targeting_new"),
     "velto_timeline": hash(TIMELINE := Velto.Timeline()),
+    "velto_video_ad_companion": hash(COMPANION := Velto.VideoAdCompanion()),
+    "velto_video_ad_info": hash(INFO := Velto.VideoAdInfo()),
+    "velto_video_ad": call("velto_video_ad_new"),
     "velto_vast_request": call("velto_vast_request_new", ctypes.addressof(TEXT)),
     "velto_adapter_ad": call("velto_adapter_ad_new_full_screen", WIDGET),
 }
@@ -78,24 +81,26 @@ class MisuseTest(unittest.TestCase):
 
     def test_out_of_range(self):
         cases = [("velto_targeting", "age", -1, "age >= 0"), ("velto_targeting", "year_of_birth", -1, "year_of_birth >= 0"),
-                 ("velto_client", "request_timeout", 0, "seconds >= 1")]
+                 ("velto_client", "request_timeout", 0, "seconds >= 1"), ("velto_client", "least_time_under_touch", -1, "milliseconds <= ")]
         for made in (Velto.Banner, Velto.Client, Velto.Interstitial, Velto.Targeting):
             for property in made.list_properties():
                 is_own = property.owner_type == made.__gtype__ and property.flags & GObject.ParamFlags.WRITABLE
                 if is_own and property.value_type.is_a(GObject.TYPE_ENUM):
                     use = f"99 is no {property.value_type.name}: use VELTO_[A-Z_]* to VELTO_"
                     cases.append((f"velto_{made.__name__.lower()}", property.name.replace("-", "_"), 99, use))
-        self.assertEqual(len(cases), 13)
+        self.assertEqual(len(cases), 14)
         for prefix, name, number, use in cases:
             self.assertTold(use, f"{prefix}_set_{name}", OBJECTS[prefix], number % 2**32)
 
     def test_before_the_start(self):
         for kind in ("banner", "interstitial"):
             self.assertTold("call velto_client_start", f"velto_{kind}_load", OBJECTS[f"velto_{kind}"])
+        for function in ("load", "load_document"):
+            self.assertTold("call velto_client_start", f"velto_video_ad_{function}", OBJECTS["velto_video_ad"], ctypes.addressof(TEXT))
         heard = []
-        for ad in (Velto.Banner(), Velto.Interstitial()):
-            ad.load_async(None, lambda *told: heard.append(told))
-        while len(heard) < 2:
+        for ad, *what in ((Velto.Banner(),), (Velto.Interstitial(),), (Velto.VideoAd(), "https://ads.example/")):
+            ad.load_async(*what, None, lambda *told: heard.append(told))
+        while len(heard) < 3:
             GLib.MainContext.default().iteration(True)
         for ad, result in heard:
             with self.assertRaisesRegex(GLib.Error, "velto_client_start"):

@@ -1,9 +1,19 @@
-// What is left when banners and interstitials have gone: rounds KEY-FILE SHOWN EMPTY BARE. So many rounds with an ad that is
-// shown, without one, and without asking for one; each fourth is over before its answer is there. Objects are counted here
-// (GLib counts them by itself only where it was built for that), memory by the leak checker that this is linked with.
+// What is left when banners, interstitials and, on the test kit, video ads have gone: rounds KEY-FILE SHOWN EMPTY BARE. So many
+// rounds with an ad that is shown, without one, and without asking for one; each fourth is over before its answer is there.
+// Objects are counted here (GLib counts them by itself only where it was built for that), memory by the leak checker that this
+// is linked with.
 #include <velto-glib.h>
 
 static guint left, waiting;
+
+static void gone(gpointer what, GObject* object) {
+  --left;
+}
+
+static void watch(gpointer object) {
+  ++left;
+  g_object_weak_ref(object, gone, NULL);
+}
 
 #ifdef ON_KIT
 #include <velto-test-glib.h>
@@ -35,6 +45,31 @@ static void show(VeltoInterstitial* between, GtkBox* box, gboolean closes) {
   if (!velto_test_close(between)) g_error("round: not closed");
   velto_test_advance(1000);
 }
+
+static const char document[] =
+    "<VAST><Ad><InLine><Creatives><Creative><Linear><Duration>00:00:10</Duration><MediaFiles>"
+    "<MediaFile type='video/webm'>https://v.example/</MediaFile></MediaFiles></Linear></Creative>"
+    "<Creative><CompanionAds><Companion width='300' height='60'><HTMLResource>Tea</HTMLResource>"
+    "</Companion></CompanionAds></Creative></Creatives></InLine></Ad></VAST>";
+
+static void show_video(GtkBox* box, guint seconds) {
+  VeltoVideoAd* ad = velto_video_ad_new();
+  watch(ad);
+  velto_video_ad_load_document(ad, document);
+  velto_test_advance(0);
+  if (!velto_video_ad_play_in(ad, GTK_WIDGET(box), NULL)) g_error("round: no video ad plays");
+  velto_test_advance(500);
+  GList* companions = velto_video_ad_get_companions(ad);
+  GtkWidget* companion = companions->data;
+  g_list_free(companions);
+  watch(companion);
+  gtk_box_append(box, companion);
+  velto_test_advance(seconds * 1000);
+  if ((velto_video_ad_get_state(ad) == VELTO_VIDEO_AD_STATE_EMPTY) != (seconds > 10))
+    g_error("round: the video ad is in state %d", velto_video_ad_get_state(ad));
+  gtk_box_remove(box, companion);
+  g_object_unref(ad);
+}
 #else
 #define AT_ONCE 1
 
@@ -52,16 +87,8 @@ static VeltoClient* make_client(const char* settings, GError** error) {
 }
 
 static void show(VeltoInterstitial* between, GtkBox* box, gboolean closes) {}  // which takes a second
+static void show_video(GtkBox* box, guint seconds) {}
 #endif
-
-static void gone(gpointer what, GObject* object) {
-  --left;
-}
-
-static void watch(gpointer object) {
-  ++left;
-  g_object_weak_ref(object, gone, NULL);
-}
 
 static void told(GObject* ad, GAsyncResult* result, gpointer data) {
   GError* error = NULL;
@@ -102,6 +129,8 @@ static void play(GtkBox* box, const char* endpoint, int code, Load load) {
     g_object_unref(betweens[i]);
     if (load == TO_THE_END) turn();  // one that is on the screen leaves it
   }
+  if (load == TO_THE_END && code < 0)
+    for (guint i = 0; i < AT_ONCE; ++i) show_video(box, i % 2 ? 2 : 12);
   while (left > 0) turn();
   while (g_main_context_iteration(NULL, FALSE)) continue;  // as an application that is idle now and then
 }

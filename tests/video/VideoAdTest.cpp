@@ -1,5 +1,6 @@
 // Video ads in virtual time: what the application hears, what servers are told and in which order, what is measured, every way
 // out.
+#include "velto/vast/VMAPDocument.h"
 #include "velto/video/VeltoVideoAd.h"
 #include "velto/video/VideoAdControls.h"
 #include "velto/video/VideoAdScreen.h"
@@ -340,6 +341,24 @@ TEST_F(VideoAdTest, LoadsThatFail) {
 }
 
 // As a playlist does it: the next one at once, or inside what is told of the end.
+TEST_F(VideoAdTest, ABreakOfAScheduleIsLoadedByItsOwnRules) {
+  const std::string pod = document({{.attributes = "sequence=\"1\""}, {.attributes = "sequence=\"2\""}});
+  platform->urlSession().respond("https://ads/?p=1", {.body = pod});
+  VMAPAdSource tag, inside;
+  tag.adTag = "https://ads/?p=[BREAKPOSITION]";
+  inside.document = VASTDocument::read(pod);
+  inside.allowMultipleAds = false;
+  for (const auto& [source, count] : {std::pair(&tag, 2U), {&inside, 1U}}) {
+    ad->load(*source);
+    platform->runUntilIdle();
+    ASSERT_TRUE(ad->playIn(host));
+    platform->runUntilIdle();
+    EXPECT_EQ(told->started.value().count, count);
+    ad->stop();
+    platform->runUntilIdle();
+  }
+}
+
 TEST_F(VideoAdTest, TheNextLoadWaitsForTheEndOfTheLastAd) {
   play({{}});
   ad->loadDocument(document({{.id = "b"}}));

@@ -52,8 +52,9 @@ struct Options {
   // A file of certificate authorities (PEM) to trust instead of the system's, for test servers.
   std::filesystem::path caFile = {};
   std::vector<HostMapping> hostMap = {};
-  // A request fails when no data comes for this long, as a phone's URL session has it, and
-  // after ten minutes (or this long, if that is more) in any case.
+  // A request fails when no data comes for this long, as a phone's URL session has it, and after ten minutes (or this
+  // long, if that is more) however much comes. A server that floods over HTTP/2 may hold it beyond that: until the next
+  // request, or the platform's end.
   std::chrono::seconds requestTimeout{60};
   // An ad may open an address outside the application, such as its shop, and store pictures and events only
   // within two seconds after a person touched that ad. Each address not opened so is told (may be empty).

@@ -28,6 +28,10 @@ void VeltoVideoAd::loadDocument(const std::string& text) {
   break_->loadDocument(text);
 }
 
+void VeltoVideoAd::load(const VMAPAdSource& source) {
+  break_->load(source);
+}
+
 VeltoVideoAd::State VeltoVideoAd::state() const {
   return break_->state();
 }

@@ -25,6 +25,7 @@ namespace velto {
 class UIView;
 class UIViewController;
 class VideoAdBreak;
+struct VMAPAdSource;
 
 // Where the ads stand in the application's video.
 enum class VeltoVideoAdPosition : uint8_t { Preroll, Midroll, Postroll, Standalone };
@@ -74,6 +75,8 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   // in what is told of the end of the last one, the load begins after DidEndAll.
   void load(const std::string& url);
   void loadDocument(const std::string& text);
+  // What a break of a schedule names (VMAPDocument.h), by its own rules on pods and wrappers.
+  void load(const VMAPAdSource& source);
   State state() const;
 
   // Plays what is ready: over everything in that view, in all of its bounds; or over all of that controller's window. False,

@@ -141,10 +141,12 @@ void VideoAdBreak::load(const std::string& address) {
       if (alive && alive->load_ == of) alive->loadFailed(VASTError::Wrapper);
     });
   }
-  resolving_ = VASTResolver::resolve(*url, resolverSettings(), [weak, of](VASTResolution found) {
-    const auto alive = weak.lock();
-    if (alive && alive->load_ == of) alive->loaded(std::move(found));
-  });
+  resolving_ = VASTResolver::resolve(*url, resolverSettings(), whenResolved());
+}
+
+void VideoAdBreak::load(const VMAPAdSource& source) {
+  if (!beginLoad([source](VideoAdBreak& self) { self.load(source); })) return;
+  resolving_ = resolveVMAPSource(source, resolverSettings(), whenResolved());
 }
 
 // Reading a large one takes longer than a frame may.
@@ -162,11 +164,14 @@ void VideoAdBreak::loadDocument(const std::string& text) {
 }
 
 void VideoAdBreak::resolve(VASTDocument document) {
-  resolving_ = VASTResolver::resolve(std::move(document), resolverSettings(),
-                                     [weak = weak_from_this(), of = load_](VASTResolution found) {
-                                       const auto alive = weak.lock();
-                                       if (alive && alive->load_ == of) alive->loaded(std::move(found));
-                                     });
+  resolving_ = VASTResolver::resolve(std::move(document), resolverSettings(), whenResolved());
+}
+
+VASTResolver::Completion VideoAdBreak::whenResolved() {
+  return [weak = weak_from_this(), of = load_](VASTResolution found) {
+    const auto alive = weak.lock();
+    if (alive && alive->load_ == of) alive->loaded(std::move(found));
+  };
 }
 
 void VideoAdBreak::loaded(VASTResolution found) {

@@ -4,6 +4,7 @@
 
 #include "velto/platform/Handle.h"
 #include "velto/vast/VASTResolver.h"
+#include "velto/vast/VMAPDocument.h"
 #include "velto/video/VeltoVideoAd.h"
 #include "velto/video/VideoAdPage.h"
 #include "velto/video/VideoAdShow.h"
@@ -26,6 +27,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   void setSettings(const VeltoVideoAdSettings& settings) { settings_ = settings; }
   void load(const std::string& url);
   void loadDocument(const std::string& text);
+  void load(const VMAPAdSource& source);
   bool playIn(const std::shared_ptr<UIView>& view);
   bool playOver(const std::shared_ptr<UIViewController>& controller);
   void stop();
@@ -52,6 +54,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
 
   bool beginLoad(const std::function<void(VideoAdBreak&)>& again);
   void resolve(VASTDocument document);
+  VASTResolver::Completion whenResolved();
   VASTSettings resolverSettings() const;
   VASTMacros macros() const;
   void loaded(VASTResolution found);
