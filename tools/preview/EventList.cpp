@@ -24,7 +24,8 @@ std::string partOf(const JSON::Object& entry, const char* key) {
 
 const char* gradeOf(const std::string& event, const JSON::Object& entry) {
   const auto level = partOf(entry, event == "finding" ? "severity" : "level");
-  const bool isLost = event == "resource" && entry.contains("error");
+  static const std::set<std::string> answers{"resource", "told", "wrapper", "file-look"};
+  const bool isLost = answers.count(event) > 0 && entry.contains("error");
   if (errorKinds.count(event) || isLost || level == "error" || numberIn(entry, "status") >= 400)
     return "error";
   return event == "refused" || level == "warn" || level == "warning" ? "warning" : nullptr;
@@ -54,6 +55,10 @@ std::string summaryOf(const JSON::Object& entry) {
   if (event == "resource")
     return std::to_string(std::lround(numberIn(entry, "status"))) + "  " +
            weightOf(numberIn(entry, "bytes")) + "  " +
+           std::to_string(std::lround(numberIn(entry, "duration"))) + " ms  " + partOf(entry, "url") + "  " +
+           partOf(entry, "error");
+  if (event == "told" || event == "wrapper")
+    return partOf(entry, "name") + "  " + std::to_string(std::lround(numberIn(entry, "status"))) + "  " +
            std::to_string(std::lround(numberIn(entry, "duration"))) + " ms  " + partOf(entry, "url") + "  " +
            partOf(entry, "error");
   if (event == "frame") {
