@@ -47,6 +47,10 @@ class VideoAdPlay : public testing::Test {
     });
     server_->Get("/(t|script).*",
                  [](const auto&, auto& response) { response.set_content("", "text/javascript"); });
+    server_->Get("/gone.js", [](const auto&, auto& response) {
+      response.status = 404;
+      response.set_content("gone", "text/x-gone");
+    });
     server_.start();
   }
 
@@ -142,7 +146,8 @@ TEST_F(VideoAdPlay, StepsPressMuteAndSkip) {
   const auto ad = folder.write("ad.xml", document("", file("long"), "/gone.js", 120));
   const auto steps = folder.write(
       "steps",
-      "wait-for event told/impression\nexpect frame 0 312.5 390 219\nvolume 0\n"
+      "wait-for event told/impression\nwait-for event resource/text/x-gone\nexpect frame 0 312 390 "
+      "219\nvolume 0\n"
       "wait-for event told/mute\ntap 190 420\nwait-for event DidPress\nwait-for event DidPause\n"
       "expect open https://shop.example/\nskip\nwait-for event told/skip\n"
       "wait-for event DidEndAll\nexpect count told/midpoint 0\nexpect no finding vast-not-told\nskip\n");

@@ -75,11 +75,10 @@ void Play::offer(const Creative& creative) {
 
 void Play::install() {
   if (!creative_) {
-    auto& platform = ListeningPlatform::install({.applicationIdentifier = "org.example.velto.preview",
-                                                 .dataFolder = surroundings_.folder() / "store",
-                                                 .leastTimeUnderTouch = {},
-                                                 .mayReachLocalNetwork = true});
-    session_ = &platform.urlSession();
+    platform_ = &ListeningPlatform::install({.applicationIdentifier = "org.example.velto.preview",
+                                             .dataFolder = surroundings_.folder() / "store",
+                                             .leastTimeUnderTouch = {},
+                                             .mayReachLocalNetwork = true});
     return;
   }
   const std::string address = "127.0.0.1:" + std::to_string(server_->port());
@@ -124,7 +123,7 @@ int Play::watch() {
   const bool isWatched =
       isPressed || (!surroundings_.hasOwnDisplay() && steps_.empty() && !arguments_.examines());
   std::unique_ptr<VideoAdWatch> videoAd;
-  if (session_) videoAd = std::make_unique<VideoAdWatch>(journal, *session_);
+  if (platform_) videoAd = std::make_unique<VideoAdWatch>(journal, *platform_);
   if (videoAd && (isWatched || arguments_.examines())) videoAd->lookIntoFiles();
   Screen screen(arguments_, journal, isWatched);
   screen.setDocument(document_.text);

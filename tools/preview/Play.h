@@ -17,7 +17,7 @@ class Server;
 
 namespace velto::preview {
 
-class ListeningSession;
+class ListeningPlatform;
 class Screen;
 
 class Play {
@@ -48,8 +48,8 @@ class Play {
   };
   static Document fetch(const std::string& source);
   Document document_;
-  ListeningSession* session_ = nullptr;  // of a video ad's platform
-  std::future<void> leaving_;            // the end of what was played before
+  ListeningPlatform* platform_ = nullptr;  // of a video ad
+  std::future<void> leaving_;              // the end of what was played before
   std::unique_ptr<sandbox::Server> server_;
 };
 

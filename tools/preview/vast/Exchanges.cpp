@@ -39,6 +39,16 @@ void ListeningSession::dataTask(NSURLRequest request, Completion completion) {
                     });
 }
 
+void ListeningApplication::openURL(const NSURL& url, const std::map<std::string, std::string>& options,
+                                   std::function<void(bool opened)> completion) {
+  Application::openURL(
+      url, options,
+      [heard = heard_, address = url.absoluteString(), completion = std::move(completion)](bool opened) {
+        if (*heard) (*heard)(address, opened);
+        if (completion) completion(opened);
+      });
+}
+
 ListeningPlatform& ListeningPlatform::install(const gtk::Options& options) {
   auto platform = std::make_shared<ListeningPlatform>(options);
   auto& installed = *platform;

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -49,17 +50,34 @@ class ListeningSession final : public NSURLSession {
   std::shared_ptr<Pending> pending_ = std::make_shared<Pending>();
 };
 
+// Tells what is opened outside of the application.
+class ListeningApplication final : public gtk::Application {
+ public:
+  using gtk::Application::Application;
+  void observe(std::function<void(const std::string& url, bool opened)> heard) { *heard_ = std::move(heard); }
+  void openURL(const NSURL& url, const std::map<std::string, std::string>& options,
+               std::function<void(bool opened)> completion) override;
+
+ private:
+  using Heard = std::function<void(const std::string& url, bool opened)>;
+  std::shared_ptr<Heard> heard_ = std::make_shared<Heard>();
+};
+
 class ListeningPlatform final : public gtk::GtkPlatform {
  public:
   // Installs it; gtk::uninstall() ends it.
   static ListeningPlatform& install(const gtk::Options& options);
 
   explicit ListeningPlatform(const gtk::Options& options)
-      : GtkPlatform(options), session_(GtkPlatform::urlSession(), mainQueue()) {}
+      : GtkPlatform(options),
+        session_(GtkPlatform::urlSession(), mainQueue()),
+        application_(mainQueue(), options.opensOnlyAfterTouch, options.leastTimeUnderTouch, nullptr) {}
   ListeningSession& urlSession() override { return session_; }
+  ListeningApplication& application() override { return application_; }
 
  private:
   ListeningSession session_;
+  ListeningApplication application_;
 };
 
 }  // namespace velto::preview

@@ -53,13 +53,17 @@ std::string typeOf(const NSURLResponse& response) {
 
 }  // namespace
 
-VideoAdWatch::VideoAdWatch(Journal& journal, ListeningSession& session)
-    : journal_(journal), session_(session) {
-  session_.observe([this](const Exchange& exchange) { heard(exchange); });
+VideoAdWatch::VideoAdWatch(Journal& journal, ListeningPlatform& platform)
+    : journal_(journal), platform_(platform) {
+  platform_.urlSession().observe([this](const Exchange& exchange) { heard(exchange); });
+  platform_.application().observe([this](const std::string& url, bool opened) {
+    journal_.add("open", {{"url", url}, {"opened", opened}});
+  });
 }
 
 VideoAdWatch::~VideoAdWatch() {
-  session_.observe(nullptr);
+  platform_.urlSession().observe(nullptr);
+  platform_.application().observe(nullptr);
 }
 
 void VideoAdWatch::lookIntoFiles() {
@@ -187,12 +191,12 @@ void VideoAdWatch::found(const FileFacts& facts) {
 void VideoAdWatch::finish() {
   const auto isOfNow = [this](const auto& exchange) { return exchange->begun >= since_; };
   const auto isQuiet = [&] {
-    const auto pending = session_.pending();
+    const auto pending = platform_.urlSession().pending();
     return std::none_of(pending.begin(), pending.end(), isOfNow);
   };
   runUntil(lastAnswers, isQuiet);
   if (files_) runUntil(lastFiles, [this] { return files_->pending() == 0; });
-  for (const auto& exchange : session_.pending())
+  for (const auto& exchange : platform_.urlSession().pending())
     if (isOfNow(exchange)) heard(*exchange, false);
 }
 

@@ -17,7 +17,7 @@ namespace velto::preview {
 class VideoAdWatch {
  public:
   // Both outlive it.
-  VideoAdWatch(Journal& journal, ListeningSession& session);
+  VideoAdWatch(Journal& journal, ListeningPlatform& platform);
   VideoAdWatch(const VideoAdWatch&) = delete;
   VideoAdWatch& operator=(const VideoAdWatch&) = delete;
   ~VideoAdWatch();
@@ -50,7 +50,7 @@ class VideoAdWatch {
   void found(const FileFacts& facts);
 
   Journal& journal_;
-  ListeningSession& session_;
+  ListeningPlatform& platform_;
   std::unique_ptr<FileLook> files_;
   std::vector<Place> documents_;
   std::vector<Known> addresses_;
