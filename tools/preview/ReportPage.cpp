@@ -96,7 +96,8 @@ class Writer {
       out_ << "<p class=\"error\">" << clipped(textIn(*failure, "text")) << "</p>\n";
     out_ << "<nav><a href=\"#findings\">Findings</a><a href=\"#pictures\">Pictures</a><a "
             "href=\"#timeline\">Timeline</a>"
-            "<a href=\"#requests\">Requests</a><a href=\"#console\">Console</a><a "
+         << (story_.isOfVideoAd() ? "<a href=\"#told\">Told</a>" : "")
+         << "<a href=\"#requests\">Requests</a><a href=\"#console\">Console</a><a "
             "href=\"#events\">Events</a></nav>\n</header>\n";
     double bytes = 0;
     for (const auto* request : story_.of("resource")) bytes += numberIn(*request, "bytes");
