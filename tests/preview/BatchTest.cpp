@@ -74,6 +74,13 @@ TEST_F(BatchTest, PlaysAFolderOrAListInOneOrder) {
                                   {"--steps=" + folder_.path("ads/fine.steps"), "--size", "300x250"}}));
   EXPECT_EQ(listed[2].name, "http---x--a-b");
   EXPECT_EQ(listed[3].name, "index.html-2");  // beside the summary
+
+  folder_.write("ads/spot.xml", "<?xml version=\"1.0\"?>\n<vast>");
+  folder_.write("ads/feed.xml", "<rss/>");
+  EXPECT_EQ(items().back(), (BatchItem{folder_.path("ads/spot.xml"), "spot.xml", {}, true}));
+  const auto spots = folder_.write("spots", "--vast http://x/?vast --size 640x360\n");
+  EXPECT_EQ(batchOf(*parseArguments({"--all", spots, "--report=x"})),
+            (std::vector<BatchItem>{{"http://x/?vast", "http---x--vast", {"--size", "640x360"}, true}}));
   folder_.write("list", "a 'b\n");
   for (const auto& path : {list, folder_.path("gone"), folder_.path("ads/b/none")})
     EXPECT_THROW(batchOf(*parseArguments({"--all", path, "--report=x"})), UsageError) << path;

@@ -172,7 +172,8 @@ TEST(Findings, HaveEachAnExampleOneThatComesCloseAndAPartOfTheGuide) {
     broken.merge(found);
   }
   for (const auto* rule : allRules()) {
-    if (!rule->find) continue;  // of plays (BatchTest)
+    // Of plays (BatchTest), and of video ads (VideoAdFindingsTest).
+    if (!rule->find || std::string_view(rule->id).starts_with("vast-")) continue;
     EXPECT_TRUE(broken.contains(rule->id)) << rule->id;
     EXPECT_TRUE(close.contains(rule->id)) << rule->id;
   }

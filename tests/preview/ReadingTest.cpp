@@ -36,11 +36,20 @@ TEST(PreviewArguments, AreRefusedWithOneLine) {
   for (const char* line :
        {"", "a b", "--size 3 a", "--size 0x5 a", "--size 3x5x a", "--size", "--position left a",
         "--timeout -1 a", "--timeout nan a", "--else a", "--shard 3/2 --report r a b", "--jobs 1.5 a",
-        "--merge", "--merge --all a --report r b", "a b --report r --out o"}) {
+        "--merge", "--merge --all a --report r b", "a b --report r --out o", "--vast", "--vast a b",
+        "--vast a --from-answer", "--vast a --position=top"}) {
     std::istringstream words(line);
     const std::vector<std::string> list{std::istream_iterator<std::string>(words), {}};
     EXPECT_NE(refusal([&] { parsed(list); }), "") << line;
   }
+}
+
+TEST(PreviewArguments, OfAVideoAdFitItsScreen) {
+  const auto usual = parsed({"--vast", "ad.xml", "--device", "phone-small"});
+  EXPECT_TRUE(usual.isVideoAd);
+  EXPECT_EQ(usual.creative, "ad.xml");
+  EXPECT_EQ(usual.size, (CGSize{320, 180}));
+  EXPECT_EQ(parsed({"--vast", "ad.xml", "--size", "200x100"}).size, (CGSize{200, 100}));
 }
 
 TEST(PreviewSteps, AreJudgedBeforeTheyArePlayed) {
@@ -78,6 +87,15 @@ TEST(PreviewSteps, AreJudgedBeforeTheyArePlayed) {
     const auto line = refusal([&] { steps(folder, "hide\n" + wrong + "\n"); });
     EXPECT_NE(line.find(":2: "), std::string::npos) << wrong;
   }
+}
+
+TEST(PreviewSteps, OfPagesAreNotForVideoAds) {
+  const test::TemporaryFolder folder;
+  const auto of = [&](const std::string& text) {
+    return refusal([&] { refuseStepsOfPages(steps(folder, text), "steps"); });
+  };
+  EXPECT_EQ(of("skip\nvolume 0\ntap 1 1\nwait-for event told/start\nexpect open https://a\n"), "");
+  EXPECT_EQ(of("skip\neval 1\n"), "steps:2: \"eval\" is for pages, and a video ad is none");
 }
 
 TEST(PreviewSteps, AreMadeOfOtherFilesAndVariables) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -15,6 +16,8 @@
 namespace velto::preview {
 
 namespace {
+
+constexpr std::chrono::seconds longestVideoAdLoad{40};  // wrappers, and several files
 
 double number(std::string_view text, const std::string& option) {
   double value = 0;
@@ -57,9 +60,23 @@ std::vector<std::string> optionsOfEach(std::vector<std::string> given) {
   std::erase_if(given, [](const std::string& option) {
     const auto name = option.substr(0, option.find('='));
     return name == "--all" || name == "--jobs" || name == "--shard" || name == "--time-limit" ||
-           name == "--report" || name == "--baseline";
+           name == "--report" || name == "--baseline" || name == "--vast";
   });
   return given;
+}
+
+// What the options that were given do not do for video ads; and what others are where they were not given.
+void settleVideoAd(Arguments& arguments, const std::vector<std::string>& given) {
+  const auto isGiven = [&](const std::string& name) {
+    return std::any_of(given.begin(), given.end(),
+                       [&](const auto& option) { return option == name || option.starts_with(name + "="); });
+  };
+  for (const char* option : {"--from-answer", "--position"})
+    if (isGiven(option)) throw UsageError(std::string(option) + ": does not apply to video ads (--vast)");
+  constexpr double sixteenNinths = 16.0 / 9;
+  if (!isGiven("--size"))
+    arguments.size = {arguments.screen.width, std::floor(arguments.screen.width / sixteenNinths)};
+  if (!isGiven("--timeout")) arguments.timeout = longestVideoAdLoad;
 }
 
 void judge(const Arguments& arguments) {
@@ -96,9 +113,16 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   line.arguments(
       "CREATIVE", "a file, or an http(s) URL; files beside it are served with it",
       [&](const auto& value) { arguments.creatives.push_back(value); }, tools::Word::Value::File);
+  line.option(
+      "--vast", "FILE|URL", "plays a document of video ads, in place of CREATIVE",
+      [&](const auto& value) {
+        arguments.creatives.push_back(value);
+        arguments.videoAds.push_back(value);
+      },
+      tools::Word::Value::File);
   line.flag("--interstitial", "shows it as an interstitial (else as a banner)",
             [&] { arguments.interstitial = true; });
-  line.option("--size", "WxH", "size of the banner in points (320x50)",
+  line.option("--size", "WxH", "size of the banner in points (320x50), or of a video ad",
               [&](const auto& value) { arguments.size = size(value, "--size"); });
   line.option("--screen", "WxH", "size of the virtual screen in points (390x844)",
               [&](const auto& value) { arguments.screen = size(value, "--screen"); });
@@ -148,7 +172,8 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   line.flag("--no-sandbox",
             "lets the web engine run without its sandbox, where that cannot be: not for ads of strangers",
             [&] { arguments.noSandbox = true; });
-  line.option("--timeout", "SECONDS", "longest wait for the ad, and for a step without MS (10)",
+  line.option("--timeout", "SECONDS",
+              "longest wait for the ad, and for a step without MS (10; for video ads 40)",
               [&](const auto& value) { arguments.timeout = seconds(value, "--timeout"); });
   line.option("--jobs", "N", "so many of them at once (one for each processor)",
               [&](const auto& value) { arguments.jobs = whole(value, "--jobs"); });
@@ -162,8 +187,8 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   line.note(
       "Standard output is JSON Lines, one object an event, \"t\" in milliseconds. Without --steps the window "
       "stays open until it is closed; without a display the program starts one of its own and ends once the "
-      "ad has "
-      "loaded.");
+      "ad has loaded, or the video ad has ended. Video ads tell their servers what happens: impressions are "
+      "counted.");
   line.section("STEPS", R"(A file of steps holds one a line:
 
   wait MS                       wait-for eval JS
@@ -173,6 +198,7 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   scroll X Y CLICKS             type TEXT
   eval JS                       rotate portrait|landscape
   hide                          show
+  skip
   volume FRACTION               close
   offline                       online
   slow 3g|2g                    clock +30s
@@ -197,6 +223,8 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
     return arguments;
   }
   arguments.creative = arguments.creatives.front();
+  arguments.isVideoAd = !arguments.videoAds.empty();
+  if (arguments.isVideoAd) settleVideoAd(arguments, given);
   if (!arguments.report.empty() && arguments.out.empty())
     arguments.out = (std::filesystem::path(arguments.report) / "pictures").string();
   return arguments;

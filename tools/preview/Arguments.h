@@ -36,10 +36,12 @@ struct Arguments {
   std::string recordFile;                        // what is done by hand goes there as steps; empty: nowhere
   bool isAnswer = false;                         // the creative is a recorded answer of an ad server
   std::string creative;                          // a file or an http(s) URL
+  bool isVideoAd = false;                        // it is a document of video ads
 
   // Many creatives (Batch.h).
   bool isBatch() const { return isMerge || !all.empty() || creatives.size() > 1; }
   std::vector<std::string> creatives;  // all that were named; of a merge the folders
+  std::vector<std::string> videoAds;   // those of them that are documents of video ads
   std::vector<std::string> all;        // folders, and files that list creatives
   bool isMerge = false;
   int jobs = 0;  // at once; 0: one for each processor

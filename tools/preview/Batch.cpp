@@ -132,11 +132,16 @@ std::vector<std::string> Batch::optionsOf(const BatchItem& item) const {
   return words;
 }
 
+std::vector<std::string> Batch::wordsFor(const BatchItem& item) {
+  if (item.isVideoAd) return {"--vast=" + item.creative};
+  return {"--", item.creative};
+}
+
 Tolerance Batch::toleranceOf(const BatchItem& item) const {
   Tolerance tolerance;
   if (setting_.baseline) tolerance.known = setting_.baseline->of(item.creative, item.name);
   auto words = optionsOf(item);
-  words.insert(words.end(), {"--", item.creative});
+  for (const auto& word : wordsFor(item)) words.push_back(word);
   try {
     if (const auto arguments = parseArguments(words)) tolerance.allowed = arguments->allowed;
   } catch (const UsageError&) {
@@ -156,7 +161,8 @@ void Batch::start(const BatchItem& item, size_t index) {
     saveBaseline(known, item.creative, toleranceOf(item).known);
     words.push_back("--baseline=" + known.string());
   }
-  words.insert(words.end(), {"--report=" + running->folder.string(), "--", item.creative});
+  words.push_back("--report=" + running->folder.string());
+  for (const auto& word : wordsFor(item)) words.push_back(word);
   std::vector<const char*> pointers;
   for (const auto& word : words) pointers.push_back(word.c_str());
   pointers.push_back(nullptr);

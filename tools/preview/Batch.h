@@ -19,12 +19,13 @@ struct BatchItem {
   std::string creative;              // as its process is given it
   std::string name;                  // of its folder in the report; no two have the same
   std::vector<std::string> options;  // its own
+  bool isVideoAd = false;            // a document of video ads
 
   bool operator==(const BatchItem&) const = default;
 };
 
-// What is to be played: of a folder each page (of one that holds index.html only that), of a list each line, sorted by
-// name; then what falls to the shard. A page "ad.html" beside which stands "ad.steps" is played with these. Throws
+// What is to be played: of a folder each page (of one that holds index.html only that) and each document of video ads, of a
+// list each line, sorted by name; then what falls to the shard. A page "ad.html" beside which stands "ad.steps" is played with these. Throws
 // UsageError when a path cannot be read, or there is nothing in all.
 std::vector<BatchItem> batchOf(const Arguments& arguments);
 
@@ -53,6 +54,7 @@ class Batch {
  private:
   struct Running;
   std::vector<std::string> optionsOf(const BatchItem& item) const;
+  static std::vector<std::string> wordsFor(const BatchItem& item);
   Tolerance toleranceOf(const BatchItem& item) const;
   void start(const BatchItem& item, size_t index);
   void ended(Running& running);

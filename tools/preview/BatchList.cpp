@@ -1,9 +1,11 @@
 // Which creatives a batch plays.
 #include <glib.h>
+#include <velto/platform/foundation/Text.h>
 
 #include <algorithm>
 #include <fstream>
 #include <set>
+#include <string_view>
 #include <tuple>
 
 #include "preview/Batch.h"
@@ -21,17 +23,28 @@ bool isPage(const fs::path& file) {
          g_ascii_strcasecmp(extension.c_str(), ".htm") == 0;
 }
 
+// Beside creatives there are other files of that name.
+bool isVideoAdFile(const fs::path& file) {
+  if (g_ascii_strcasecmp(file.extension().c_str(), ".xml") != 0) return false;
+  constexpr size_t beginning = 4096;
+  std::string bytes(beginning, '\0');
+  std::ifstream in(file, std::ios::binary);
+  in.read(bytes.data(), beginning);
+  bytes.resize(static_cast<size_t>(in.gcount()));
+  return lowercased(bytes).find("<vast") != std::string::npos;
+}
+
 bool isLink(const std::string& text) {
   return text.rfind("http://", 0) == 0 || text.rfind("https://", 0) == 0;
 }
 
 // The label is what the name is made of.
 void add(std::vector<BatchItem>& items, const std::string& creative, const std::string& label,
-         std::vector<std::string> options) {
+         std::vector<std::string> options, bool isVideoAd = false) {
   const auto steps = fs::path(creative).replace_extension(".steps");
   if (!isLink(creative) && fs::is_regular_file(steps))
     options.insert(options.begin(), "--steps=" + steps.string());
-  items.push_back({creative, label, std::move(options)});
+  items.push_back({creative, label, std::move(options), isVideoAd});
 }
 
 void addFolder(std::vector<BatchItem>& items, const fs::path& root, const fs::path& folder) {
@@ -42,10 +55,12 @@ void addFolder(std::vector<BatchItem>& items, const fs::path& root, const fs::pa
       addFolder(items, root, entry.path());
     else if (entry.is_regular_file() && isPage(entry.path()))
       add(items, entry.path().string(), entry.path().lexically_relative(root).string(), {});
+    else if (entry.is_regular_file() && isVideoAdFile(entry.path()))
+      add(items, entry.path().string(), entry.path().lexically_relative(root).string(), {}, true);
   }
 }
 
-// A creative a line, and behind it the options that are its own, in the words of a shell.
+// A creative a line, or --vast and a document, and behind it the options that are its own, in the words of a shell.
 void addList(std::vector<BatchItem>& items, const fs::path& list) {
   std::ifstream in(list);
   if (!in) throw UsageError(list.string() + ": cannot be read");
@@ -61,12 +76,14 @@ void addList(std::vector<BatchItem>& items, const fs::path& list) {
       g_error_free(error);
       throw UsageError(list.string() + ":" + std::to_string(number) + ": " + reason);
     }
-    const std::string creative = words[0];
+    const bool isVideoAd = std::string_view(words[0]) == "--vast" && words[1];
+    char** word = words + (isVideoAd ? 1 : 0);
+    const std::string creative = *word;
     std::vector<std::string> options;
-    for (char** word = words + 1; *word; ++word) options.emplace_back(*word);
+    for (++word; *word; ++word) options.emplace_back(*word);
     g_strfreev(words);
     add(items, isLink(creative) ? creative : (list.parent_path() / creative).lexically_normal().string(),
-        creative, std::move(options));
+        creative, std::move(options), isVideoAd);
   }
 }
 
@@ -100,8 +117,9 @@ std::vector<BatchItem> batchOf(const Arguments& arguments) {
   for (const auto& path : arguments.all) {
     std::error_code none;
     if (!fs::is_directory(path, none)) {
-      if (isPage(path) && fs::is_regular_file(path, none))
-        add(items, path, path, {});
+      if (const bool isPageFile = isPage(path);
+          (isPageFile || isVideoAdFile(path)) && fs::is_regular_file(path, none))
+        add(items, path, path, {}, !isPageFile);
       else
         addList(items, path);
       continue;
@@ -112,7 +130,9 @@ std::vector<BatchItem> batchOf(const Arguments& arguments) {
       throw UsageError(error.what());
     }
   }
-  for (const auto& creative : arguments.creatives) add(items, creative, creative, {});
+  const auto& videoAds = arguments.videoAds;
+  for (const auto& creative : arguments.creatives)
+    add(items, creative, creative, {}, std::ranges::find(videoAds, creative) != videoAds.end());
   if (items.empty()) throw UsageError("there is no creative in " + arguments.all.front());
   nameAll(items);
   std::vector<BatchItem> part;

@@ -165,6 +165,12 @@ Creative::Creative(const std::string& source) : source_(source) {
 
 Creative::~Creative() = default;
 
+std::string readSource(const std::string& source) {
+  auto bytes = isAddress(source) ? download(source) : contents(source);
+  if (bytes.empty()) throw UsageError(source + ": is empty");
+  return bytes;
+}
+
 std::string withBase(const std::string& markup, const std::string& base) {
   const auto lowered = lower(markup);
   if (afterTag(lowered, "<base") != std::string::npos) return markup;  // it has its own

@@ -32,6 +32,9 @@ struct ServingSpeed {
 };
 void setServingSpeed(ServingSpeed speed);
 
+// The bytes of a file or an http(s) URL. Throws UsageError when they cannot be had, or there are none.
+std::string readSource(const std::string& source);
+
 // The markup with a base element as its first in the head. For tests.
 std::string withBase(const std::string& markup, const std::string& base);
 

@@ -22,9 +22,19 @@ std::string partOf(const JSON::Object& entry, const char* key) {
   return found == entry.end() || found->second.isNull() ? std::string() : shown(found->second);
 }
 
+// Where in its document a finding is, if it is in one.
+std::string linesOf(const JSON::Object& entry) {
+  std::string lines;
+  for (const auto& place : listIn(objectIn(entry, "evidence"), "places"))
+    if (const auto* object = place.object(); object && object->contains("line"))
+      lines += (lines.empty() ? "  line " : ", ") + partOf(*object, "line");
+  return lines;
+}
+
 const char* gradeOf(const std::string& event, const JSON::Object& entry) {
   const auto level = partOf(entry, event == "finding" ? "severity" : "level");
-  const bool isLost = event == "resource" && entry.contains("error");
+  static const std::set<std::string> answers{"resource", "told", "wrapper", "file-look"};
+  const bool isLost = answers.count(event) > 0 && entry.contains("error");
   if (errorKinds.count(event) || isLost || level == "error" || numberIn(entry, "status") >= 400)
     return "error";
   return event == "refused" || level == "warn" || level == "warning" ? "warning" : nullptr;
@@ -56,6 +66,10 @@ std::string summaryOf(const JSON::Object& entry) {
            weightOf(numberIn(entry, "bytes")) + "  " +
            std::to_string(std::lround(numberIn(entry, "duration"))) + " ms  " + partOf(entry, "url") + "  " +
            partOf(entry, "error");
+  if (event == "told" || event == "wrapper")
+    return partOf(entry, "name") + "  " + std::to_string(std::lround(numberIn(entry, "status"))) + "  " +
+           std::to_string(std::lround(numberIn(entry, "duration"))) + " ms  " + partOf(entry, "url") + "  " +
+           partOf(entry, "error");
   if (event == "frame") {
     const auto found = entry.find("frame");
     const auto* frame = found == entry.end() ? nullptr : found->second.object();
@@ -66,7 +80,7 @@ std::string summaryOf(const JSON::Object& entry) {
   for (const char* key : {"text", "message"})
     if (const auto text = partOf(entry, key); !text.empty()) {
       const auto id = partOf(entry, "id");
-      return id.empty() ? text : id + ": " + text;
+      return (id.empty() ? text : id + ": " + text) + linesOf(entry);
     }
   std::string words;
   for (const char* first : {"name", "state", "type"})

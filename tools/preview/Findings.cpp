@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -16,9 +17,12 @@ namespace {
 
 constexpr std::array severityNames{"notice", "warning", "error"};
 
+enum class About { Creatives, VideoAds, Plays };
+
 struct Theme {
   const char* name;
   std::span<const Rule> (*rules)();
+  About about = About::Creatives;
 };
 
 constexpr std::array themes{Theme{"Weight", weightRules},
@@ -26,7 +30,19 @@ constexpr std::array themes{Theme{"Weight", weightRules},
                             Theme{"Behaviour", behaviourRules},
                             Theme{"Rich media", richMediaRules},
                             Theme{"Viewability and measurement", viewabilityRules},
-                            Theme{"Plays of many creatives", playRules}};
+                            Theme{"Video ads: the document", videoAdRules, About::VideoAds},
+                            Theme{"Video ads: what comes of it", videoAdPlayRules, About::VideoAds},
+                            Theme{"Plays of many creatives", playRules, About::Plays}};
+
+std::vector<const Rule*> sortedRules(const std::function<bool(About)>& wants) {
+  std::vector<const Rule*> rules;
+  for (const auto& theme : themes)
+    if (wants(theme.about))
+      for (const auto& rule : theme.rules()) rules.push_back(&rule);
+  std::sort(rules.begin(), rules.end(),
+            [](const Rule* a, const Rule* b) { return std::string_view(a->id) < b->id; });
+  return rules;
+}
 
 std::set<std::string> idsIn(const Entry& report) {
   std::set<std::string> ids;
@@ -56,12 +72,12 @@ std::optional<Severity> severityNamed(const std::string& name) {
 }
 
 std::vector<const Rule*> allRules() {
-  std::vector<const Rule*> rules;
-  for (const auto& theme : themes)
-    for (const auto& rule : theme.rules()) rules.push_back(&rule);
-  std::sort(rules.begin(), rules.end(),
-            [](const Rule* a, const Rule* b) { return std::string_view(a->id) < b->id; });
-  return rules;
+  return sortedRules([](About) { return true; });
+}
+
+std::vector<const Rule*> rulesOf(const Story& story) {
+  const auto other = story.isOfVideoAd() ? About::Creatives : About::VideoAds;
+  return sortedRules([other](About about) { return about != other; });
 }
 
 void checkId(const std::string& id) {
@@ -101,7 +117,7 @@ std::set<std::string> Baseline::of(const std::string& creative, const std::strin
 
 std::vector<Finding> judge(const Story& story, const Tolerance& tolerance) {
   std::vector<Finding> findings;
-  for (const auto* rule : allRules()) {
+  for (const auto* rule : rulesOf(story)) {
     if (!rule->find || tolerance.allowed.contains(rule->id)) continue;
     if (auto evidence = rule->find(story))
       findings.push_back({rule, std::move(*evidence), tolerance.known.contains(rule->id)});

@@ -41,8 +41,12 @@ std::span<const Rule> networkRules();
 std::span<const Rule> behaviourRules();
 std::span<const Rule> richMediaRules();
 std::span<const Rule> viewabilityRules();
-std::span<const Rule> playRules();    // what only those can tell who started the play
-std::vector<const Rule*> allRules();  // sorted by id
+std::span<const Rule> videoAdRules();      // of documents of video ads
+std::span<const Rule> videoAdPlayRules();  // and of what comes of them
+std::span<const Rule> playRules();         // what only those can tell who started the play
+std::vector<const Rule*> allRules();       // sorted by id
+// Those that hold for what the story is about: a creative, or a video ad.
+std::vector<const Rule*> rulesOf(const Story& story);
 
 // What is not to be told, what is known already, and what lets the run fail.
 struct Tolerance {

@@ -19,7 +19,7 @@ std::string textOf(const JSON::Object& object, const char* key) {
 
 // What tells entries of one kind apart, and the kinds whose entries are events by that name alone: a state or a command
 // may have the name of an event.
-constexpr const char* namingKeys[] = {"name", "state", "type", "level", "command"};
+constexpr const char* namingKeys[] = {"name", "state", "type", "level", "command", "quartile"};
 const std::set<std::string> kindsOfEvents{"callback", "statement", "state", "measurement"};
 
 // "state", "state/expanded", "state/stateChange", "stateChange".

@@ -4,6 +4,7 @@
 #include <velto/gtk/VeltoGtk.h>
 #include <velto/platform/Platform.h>
 #include <velto/platform/ViewSystem.h>
+#include <velto/vast/VASTMacros.h>
 
 #include <algorithm>
 #include <string>
@@ -15,6 +16,7 @@
 #include "preview/Recorder.h"
 #include "preview/Report.h"
 #include "preview/Window.h"
+#include "preview/vast/Watch.h"
 #include "sandbox/Server.h"
 
 namespace velto::preview {
@@ -26,16 +28,24 @@ constexpr std::chrono::milliseconds afterLoad{500};
 }  // namespace
 
 Play::Play(const Arguments& arguments, const std::vector<Step>& steps, const Surroundings& surroundings)
-    : arguments_(arguments),
-      steps_(steps),
-      surroundings_(surroundings),
-      creative_(std::make_unique<Creative>(arguments.creative)) {}
+    : arguments_(arguments), steps_(steps), surroundings_(surroundings) {
+  if (arguments.isVideoAd)
+    document_ = fetch(arguments.creative);
+  else
+    creative_ = std::make_unique<Creative>(arguments.creative);
+}
 
 Play::~Play() = default;
 
+Play::Document Play::fetch(const std::string& source) {
+  const auto begun = g_get_monotonic_time();
+  auto text = readSource(VASTMacros().expanded(source));
+  return {source, std::move(text), static_cast<double>((g_get_monotonic_time() - begun) / 100) / 10};
+}
+
 int Play::run() {
   if (!gtk_init_check()) throw UsageError("the display cannot be opened");
-  serve();
+  if (creative_) serve();
   install();
   const int code = watch();
   gtk::uninstall();
@@ -63,7 +73,14 @@ void Play::offer(const Creative& creative) {
   server_->addRule(std::move(rule));
 }
 
-void Play::install() const {
+void Play::install() {
+  if (!creative_) {
+    platform_ = &ListeningPlatform::install({.applicationIdentifier = "org.example.velto.preview",
+                                             .dataFolder = surroundings_.folder() / "store",
+                                             .leastTimeUnderTouch = {},
+                                             .mayReachLocalNetwork = true});
+    return;
+  }
   const std::string address = "127.0.0.1:" + std::to_string(server_->port());
   gtk::install({.applicationIdentifier = "org.example.velto.preview",
                 .dataFolder = surroundings_.folder() / "store",
@@ -81,6 +98,21 @@ void Play::install() const {
                    std::string(words.advice) + " Who trusts the ad may leave the sandbox out: --no-sandbox.");
 }
 
+// Where what is beside it is served.
+std::string Play::change(Screen& screen, const std::string& creative) {
+  if (!creative_) {
+    document_ = fetch(creative);
+    screen.setDocument(document_.text);
+    return {};
+  }
+  auto read = std::make_unique<Creative>(creative);
+  offer(*read);
+  creative_.swap(read);
+  // The engine holds connections to the old one's folder for a second, which nobody is to wait for.
+  leaving_ = std::async(std::launch::async, [old = std::move(read)]() mutable { old.reset(); });
+  return creative_->base();
+}
+
 int Play::watch() {
   Journal journal;
   VeltoFramework::addVeltoKey("preview");
@@ -90,22 +122,23 @@ int Play::watch() {
   });
   const bool isWatched =
       isPressed || (!surroundings_.hasOwnDisplay() && steps_.empty() && !arguments_.examines());
+  std::unique_ptr<VideoAdWatch> videoAd;
+  if (platform_) videoAd = std::make_unique<VideoAdWatch>(journal, *platform_);
+  if (videoAd && (isWatched || arguments_.examines())) videoAd->lookIntoFiles();
   Screen screen(arguments_, journal, isWatched);
+  screen.setDocument(document_.text);
+  if (videoAd)
+    screen.willLoad = [&] { videoAd->begin(document_.source, document_.text, document_.duration); };
+  const auto base = creative_ ? creative_->base() : std::string();
   std::unique_ptr<Window> window;
   if (isWatched)
-    window = std::make_unique<Window>(
-        screen, journal, arguments_.creative, creative_->base(), [this](const std::string& creative) {
-          auto read = std::make_unique<Creative>(creative);
-          offer(*read);
-          creative_.swap(read);
-          // The engine holds connections to the old one's folder for a second, which nobody is to wait for.
-          leaving_ = std::async(std::launch::async, [old = std::move(read)]() mutable { old.reset(); });
-          return creative_->base();
-        });
+    window = std::make_unique<Window>(screen, journal, arguments_.creative, base,
+                                      [&](const std::string& creative) { return change(screen, creative); });
   if (isWatched || arguments_.examines()) journal.prepares = Probe::prepare;
   std::unique_ptr<Report> report;
   if (arguments_.examines()) {
-    report = std::make_unique<Report>(arguments_, creative_->base(), screen, journal);
+    report = std::make_unique<Report>(arguments_, base, screen, journal);
+    report->videoAd = videoAd.get();
   }
   if (std::any_of(steps_.begin(), steps_.end(), [](const Step& step) { return step.verb == "clock"; }))
     journal.ears().putFirst(clockScript);
@@ -121,7 +154,12 @@ int Play::watch() {
     if (steps_.empty() && fine) report->show(player);
     return report->finish(fine);
   }
-  if (steps_.empty()) runFor(afterLoad);
+  if (videoAd) {
+    if (steps_.empty() && fine) awaitEnd(screen);
+    videoAd->finish();
+  } else if (steps_.empty()) {
+    runFor(afterLoad);
+  }
   return fine ? 0 : 1;
 }
 

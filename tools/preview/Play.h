@@ -17,6 +17,9 @@ class Server;
 
 namespace velto::preview {
 
+class ListeningPlatform;
+class Screen;
+
 class Play {
  public:
   // Reads the creative. Throws UsageError when that cannot be had.
@@ -31,14 +34,22 @@ class Play {
  private:
   void serve();
   void offer(const Creative& creative);  // from now on
-  void install() const;
+  void install();
+  std::string change(Screen& screen, const std::string& creative);
   int watch();  // the ad's life in the library; the exit code
 
   const Arguments& arguments_;
   const std::vector<Step>& steps_;
   const Surroundings& surroundings_;
-  std::unique_ptr<Creative> creative_;
-  std::future<void> leaving_;  // the end of what was played before
+  std::unique_ptr<Creative> creative_;  // null: a video ad
+  struct Document {
+    std::string source, text;
+    double duration = 0;  // of its coming, milliseconds
+  };
+  static Document fetch(const std::string& source);
+  Document document_;
+  ListeningPlatform* platform_ = nullptr;  // of a video ad
+  std::future<void> leaving_;              // the end of what was played before
   std::unique_ptr<sandbox::Server> server_;
 };
 

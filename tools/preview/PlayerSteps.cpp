@@ -108,6 +108,7 @@ Player::Outcome Player::change(const Step& step) {
     return screen_.setShown(step.verb == "show"), runFor(settles), std::nullopt;
   if (step.verb == "volume") return screen_.setVolume(static_cast<float>(numberOf(words[0]))), std::nullopt;
   if (step.verb == "close") return screen_.pressClose() ? Outcome() : "there is no close button";
+  if (step.verb == "skip") return screen_.skip() ? Outcome() : "it cannot be skipped now";
   if (step.verb == "clock") return moveClock(*durationOf(words[0]));
   if (step.verb == "slow") return setServingSpeed(words[0] == "3g" ? slow3G : slow2G), std::nullopt;
   if (step.verb == "online") setServingSpeed({});

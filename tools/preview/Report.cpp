@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "preview/Hand.h"
 #include "preview/Look.h"
 #include "preview/ReportFiles.h"
+#include "preview/vast/Watch.h"
 
 namespace velto::preview {
 namespace {
@@ -19,6 +21,8 @@ constexpr auto longestLook = 8s;   // of the ten seconds; the rest is for a touc
 constexpr auto longestTouch = 3s;  // until a busy machine has brought it to the page
 constexpr auto afterTouch = 500ms;
 constexpr auto afterExpand = 1s;
+constexpr auto longestFilm = 90s;
+constexpr auto untilPainted = 300ms;
 
 std::string bytesOf(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -130,7 +134,33 @@ bool Report::hasGone() const {
   return !screen_.isOpen() || (!arguments_.interstitial && !screen_.frame());
 }
 
+void awaitEnd(Screen& screen) {
+  runUntil(longestFilm, [&] { return screen.hasEnded() || !screen.isOpen(); });
+}
+
+// With a picture of its beginning, of its midst, and of each film of a pod that follows.
+void Report::showVideoAd() {
+  const auto end =
+      journal_.milliseconds() + static_cast<double>(std::chrono::milliseconds(longestFilm).count());
+  const auto isOver = [&] {
+    return screen_.hasEnded() || !screen_.isOpen() || journal_.milliseconds() > end;
+  };
+  int films = 0, halves = 0;
+  while (!isOver()) {
+    const auto isNews = [&] {
+      return journal_.count("DidStart") > films || journal_.count("callback/midpoint") > halves;
+    };
+    runUntil(longestFilm, [&] { return isOver() || isNews(); });
+    if (isOver() || !isNews()) break;
+    runFor(untilPainted);
+    const bool isFilm = std::exchange(films, journal_.count("DidStart")) != films;
+    halves = journal_.count("callback/midpoint");
+    if (!isOver()) photograph(isFilm ? "film-" + std::to_string(films) : "midst-" + std::to_string(films));
+  }
+}
+
 void Report::show(Player& player) {
+  if (arguments_.isVideoAd) return showVideoAd();
   const auto picture = [&](const char* name) {
     const std::string text = std::string("screenshot ") + name;
     const std::vector<Step> steps{
@@ -167,6 +197,7 @@ bool Report::hasFinding(const std::string& id) {
 int Report::finish(bool fine) {
   probe_.examine();
   network_.finish();
+  if (videoAd) videoAd->finish();
   if (journal_.state() == "expanded") settle();
   photograph("end");
   const auto findings = judge(story_, tolerance_);
@@ -179,6 +210,8 @@ int Report::finish(bool fine) {
   isOver_ = true;
   if (arguments_.report.empty()) return code;
   const auto size = [](double value) { return std::to_string(std::lround(value)); };
+  auto requests = network_.requests();
+  if (videoAd) requests.insert(requests.end(), videoAd->requests().begin(), videoAd->requests().end());
   const ReportMatter matter{.creative = readable(arguments_.creative),
                             .device = size(arguments_.screen.width) + "x" + size(arguments_.screen.height),
                             .code = code,
@@ -186,7 +219,7 @@ int Report::finish(bool fine) {
                             .story = story_,
                             .findings = findings,
                             .tolerance = tolerance_,
-                            .requests = network_.requests(),
+                            .requests = requests,
                             .folder = arguments_.report};
   const std::filesystem::path folder(arguments_.report);
   std::string events;

@@ -17,6 +17,11 @@
 
 namespace velto::preview {
 
+class VideoAdWatch;
+
+// Until a video ad has ended, at most a minute and a half.
+void awaitEnd(Screen& screen);
+
 class Report {
  public:
   // `base` is the address that the creative's own files have. Throws UsageError when the baseline cannot be read or the
@@ -25,8 +30,11 @@ class Report {
   Report(const Report&) = delete;
   Report& operator=(const Report&) = delete;
 
+  // What listens to a video ad, which outlives this.
+  VideoAdWatch* videoAd = nullptr;
+
   // Plays the ad as somebody would who looks at it, for at most ten seconds, and less when its page rests: looks, touches a
-  // banner, and looks at what came of it.
+  // banner, and looks at what came of it. A video ad is played to its end.
   void show(Player& player);
   // Of now, for steps that expect none.
   bool hasFinding(const std::string& id);
@@ -39,6 +47,7 @@ class Report {
   void paint(const std::string& file);
   bool hasSettled() const;
   void settle();
+  void showVideoAd();
   std::string pictureFolder() const;
   bool hasGone() const;
 

@@ -153,7 +153,7 @@ std::string junitOf(const ReportMatter& matter) {
     if (broken.empty()) broken = "<failure message=\"" + text + "\">" + text + "</failure>";
   }
   add("plays", broken, !broken.empty());
-  for (const auto* rule : allRules()) {
+  for (const auto* rule : rulesOf(matter.story)) {
     if (matter.tolerance.allowed.contains(rule->id)) continue;
     std::string inner;
     bool fails = false;

@@ -72,6 +72,7 @@ class Writer {
     findings();
     pictures();
     timeline();
+    if (story_.isOfVideoAd()) told();
     requests();
     console();
     steps();
@@ -95,7 +96,8 @@ class Writer {
       out_ << "<p class=\"error\">" << clipped(textIn(*failure, "text")) << "</p>\n";
     out_ << "<nav><a href=\"#findings\">Findings</a><a href=\"#pictures\">Pictures</a><a "
             "href=\"#timeline\">Timeline</a>"
-            "<a href=\"#requests\">Requests</a><a href=\"#console\">Console</a><a "
+         << (story_.isOfVideoAd() ? "<a href=\"#told\">Told</a>" : "")
+         << "<a href=\"#requests\">Requests</a><a href=\"#console\">Console</a><a "
             "href=\"#events\">Events</a></nav>\n</header>\n";
     double bytes = 0;
     for (const auto* request : story_.of("resource")) bytes += numberIn(*request, "bytes");
@@ -242,6 +244,7 @@ class Writer {
     lane("Library",
          {"callback", "library", "state", "frame", "statement", "open", "video", "picture", "calendar"});
     lane("Network", {"resource"});
+    if (story_.isOfVideoAd()) lane("Told", {"told"});
     lane("Measurement", {"measurement"});
     lane("Steps", {"step", "failure", "screenshot"});
     out_ << "</div>\n<p class=\"soft\">Green: loaded. Red: failed.</p>\n</section>\n";
@@ -316,6 +319,24 @@ class Writer {
         if (isSetIn(line, "line")) from += ":" + fixed(numberIn(line, "line"), 0);
         return "<span class=\"" + std::string(look) + "\">" + clipped(level) + "</span> " + clipped(text) +
                (from.empty() ? "" : " <span class=\"soft\">" + clipped(from) + "</span>");
+      });
+    out_ << "</section>\n";
+  }
+
+  // What the ad's servers were told, and what they answered.
+  void told() {
+    begin("told", "Told");
+    const auto all = story_.of("told");
+    if (all.empty())
+      out_ << "<p class=\"soft\">Nobody was told anything.</p>\n";
+    else
+      rows(all, [&](const Entry& one) {
+        const double status = numberIn(one, "status");
+        const auto error = textIn(one, "error");
+        const bool failed = status >= 400 || !error.empty();
+        return clipped(textIn(one, "name")) + " <span class=\"" + (failed ? "error" : "soft") + "\">" +
+               (error.empty() ? fixed(status, 0) : clipped(error)) + "</span> " +
+               clipped(story_.shortAddress(textIn(one, "url")));
       });
     out_ << "</section>\n";
   }

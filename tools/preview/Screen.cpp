@@ -13,6 +13,7 @@
 
 #include "preview/Device.h"
 #include "preview/Photograph.h"
+#include "preview/vast/Stage.h"
 
 namespace velto::preview {
 namespace {
@@ -103,8 +104,10 @@ Screen::Screen(const Arguments& arguments, Journal& journal, bool drawn)
     gtk_window_set_default_size(window_, static_cast<int>(arguments.screen.width),
                                 static_cast<int>(arguments.screen.height));
   }
-  gtk_window_set_child(window_, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
+  GtkWidget* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+  gtk_window_set_child(window_, box);
   host_ = gtk::hostViewController(window_);
+  if (arguments_.isVideoAd) stage_ = std::make_unique<VideoAdStage>(arguments_, journal, GTK_BOX(box), host_);
   g_signal_connect(window_, "destroy", G_CALLBACK(closed), this);
   gtk_widget_realize(GTK_WIDGET(window_));
   frames_ = GDK_FRAME_CLOCK(g_object_ref(gtk_widget_get_frame_clock(GTK_WIDGET(window_))));
@@ -113,6 +116,7 @@ Screen::Screen(const Arguments& arguments, Journal& journal, bool drawn)
 }
 
 Screen::~Screen() {
+  stage_.reset();
   banner_.reset();
   interstitial_.reset();
   if (window_) gtk_window_destroy(window_);
@@ -128,6 +132,8 @@ void Screen::load() {
   banner_.reset();
   interstitial_.reset();
   appeared_ = failed_ = false;
+  if (willLoad) willLoad();
+  if (stage_) return stage_->load(document_);
   if (arguments_.interstitial) {
     interstitialDelegate_ = std::make_shared<InterstitialDelegate>(*this);
     interstitial_ = VeltoInterstitialViewController::initWithDelegate(interstitialDelegate_);
@@ -155,7 +161,22 @@ void Screen::heard(const char* name, const VeltoErrorAd* error) {
 }
 
 bool Screen::hasLoaded() const {
+  if (stage_) return stage_->hasStarted();
   return journal_.count("load-finished") > 0 && (!arguments_.interstitial || appeared_);
+}
+
+bool Screen::hasFailed() const {
+  return failed_ || (stage_ && stage_->hasFailed());
+}
+
+bool Screen::hasEnded() const {
+  return stage_ && stage_->hasEnded();
+}
+
+bool Screen::skip() {
+  if (!stage_ || !stage_->skip()) return false;
+  tellChange("skip");
+  return true;
 }
 
 std::shared_ptr<WKWebView> Screen::webView() const {
@@ -164,6 +185,14 @@ std::shared_ptr<WKWebView> Screen::webView() const {
 }
 
 std::optional<CGRect> Screen::frame() const {
+  if (stage_) {
+    graphene_rect_t place;
+    auto* widget = arguments_.interstitial && isOpen() ? content() : stage_->widget();
+    if (!isOpen() || !stage_->hasStarted() || stage_->hasEnded() ||
+        !gtk_widget_compute_bounds(widget, content(), &place))
+      return std::nullopt;
+    return CGRect{{place.origin.x, place.origin.y}, {place.size.width, place.size.height}};
+  }
   const auto view = webView();
   if (!view || !view->isInWindow()) return std::nullopt;
   return CGRect{host_->view()->convertPointFromView({0, 0}, *view), view->frame().size};
@@ -221,11 +250,13 @@ void Screen::setShown(bool shown) {
 void Screen::setVolume(float fraction) {
   tellChange("volume " +
              writeJSON(JSON(static_cast<double>(std::lround(fraction * 100)) / 100), false).value_or("1"));
+  if (stage_) stage_->setMuted(fraction <= 0);
   if (banner_) banner_->vc()->audioVolumeChange(fraction, webView());
   if (interstitial_) interstitial_->vc()->audioVolumeChange(fraction, webView());
 }
 
 bool Screen::pressClose() {
+  if (stage_) return skip();
   auto* button = closeButtonIn(*host_->view());
   if (!button) return false;
   const auto held = button->shared_from_this();

@@ -16,6 +16,8 @@
 
 namespace velto::preview {
 
+class VideoAdStage;
+
 class Screen {
  public:
   // Drawn as a device, or the screen alone.
@@ -26,12 +28,16 @@ class Screen {
 
   // Once more: what is shown goes first.
   void load();
+  // A video ad: the document that is loaded, and what is to be done before.
+  void setDocument(std::string document) { document_ = std::move(document); }
+  std::function<void()> willLoad;
   bool isOpen() const { return window_ != nullptr; }
   GtkWindow* window() const { return window_; }
   GtkWidget* content() const { return gtk_window_get_child(window_); }
 
   bool hasLoaded() const;
-  bool hasFailed() const { return failed_; }
+  bool hasFailed() const;
+  bool hasEnded() const;  // a video ad: it is over
   std::shared_ptr<WKWebView> webView() const;
   // Of the ad view, points of the screen; nothing while there is none.
   std::optional<CGRect> frame() const;
@@ -44,6 +50,8 @@ class Screen {
   void setVolume(float fraction);
   // Presses the close button that is on the screen now; whether there is one.
   bool pressClose();
+  // A video ad's; false when it may not be skipped yet, or at all.
+  bool skip();
   // Called with the step that does the same, when somebody has turned, hidden or closed it, or changed the volume.
   std::function<void(const std::string& step)> onChange;
   bool photograph(const std::string& file, GtkWindow* beside = nullptr) const;
@@ -67,6 +75,8 @@ class Screen {
   std::shared_ptr<InterstitialDelegate> interstitialDelegate_;
   std::shared_ptr<VeltoBannerViewController> banner_;
   std::shared_ptr<VeltoInterstitialViewController> interstitial_;
+  std::unique_ptr<VideoAdStage> stage_;
+  std::string document_;
   std::optional<CGRect> lastFrame_;
   bool isLandscape_ = false;
   bool appeared_ = false;

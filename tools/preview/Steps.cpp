@@ -38,6 +38,7 @@ const std::map<std::string, std::string> grammar{{"wait", "n"},
                                                  {"show", ""},
                                                  {"volume", "n"},
                                                  {"close", ""},
+                                                 {"skip", ""},
                                                  {"offline", ""},
                                                  {"online", ""},
                                                  {"slow", "w"},
@@ -204,6 +205,16 @@ std::optional<std::chrono::milliseconds> durationOf(const std::string& word) {
   const auto value = parsed(word.substr(1, end));
   if (unit == units.end() || !value || *value < 0 || *value * unit->second > longestMove) return std::nullopt;
   return std::chrono::milliseconds(static_cast<int64_t>(*value * unit->second));
+}
+
+void refuseStepsOfPages(const std::vector<Step>& steps, const std::string& file) {
+  for (const auto& step : steps)
+    for (const char* verb :
+         {"wait-for state", "wait-for eval", "tap-element", "eval", "clock", "offline", "online", "slow",
+          "expect state", "expect placement", "expect eval", "expect command"})
+      if (step.verb == verb)
+        throw UsageError((step.file.empty() ? file : step.file) + ":" + std::to_string(step.line) + ": \"" +
+                         verb + "\" is for pages, and a video ad is none");
 }
 
 std::vector<Step> readSteps(const std::string& file, Variables variables) {

@@ -24,6 +24,9 @@ using Variables = std::map<std::string, std::string>;
 // begin with # are passed over. Throws UsageError with the number of the line.
 std::vector<Step> readSteps(const std::string& file, Variables variables = {});
 
+// Throws UsageError for a step that a video ad cannot be played with.
+void refuseStepsOfPages(const std::vector<Step>& steps, const std::string& file);
+
 // "+1.5s" and the like, as a step says it.
 std::optional<std::chrono::milliseconds> durationOf(const std::string& word);
 

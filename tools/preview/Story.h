@@ -22,6 +22,8 @@ class Story {
   void add(const Entry& entry);
   const std::vector<Entry>& entries() const { return entries_; }
   size_t leftOut() const { return leftOut_; }
+  // A video ad's document was played.
+  bool isOfVideoAd() const { return counts_.contains("document"); }
 
   std::vector<const Entry*> of(std::string_view kind) const;
   const Entry* last(std::string_view kind) const;  // or null

@@ -28,7 +28,7 @@ const std::array<Window::Command, 10> Window::commands{{
      [](Window&, bool on) {
        g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", gboolean{on}, nullptr);
      }},
-    {"close", "Close ad", "<Control>e", "Presses the ad's close button", false,
+    {"close", "Close ad", "<Control>e", "Presses the ad's close button, or skips a video ad", false,
      [](Window& window, bool) { window.screen_.pressClose(); }},
     {"inspect", "Web inspector", "F12", "Opens the engine's inspector of the page", false,
      [](Window& window, bool) { window.device_.showWebInspector(); }},
@@ -170,7 +170,9 @@ void Window::judgeSoon() {
 // What asks the page lives no longer than that takes: it would go on asking. A page that hangs makes that long, and
 // meanwhile the window may be closed, or play another.
 void Window::judgeNow() {
-  if (!window_ || !screen_.hasLoaded() || !screen_.isOpen()) return;
+  // What keeps a video ad from being played stands in its document.
+  const bool isThere = screen_.hasLoaded() || (story_.isOfVideoAd() && screen_.hasFailed());
+  if (!window_ || !isThere || !screen_.isOpen()) return;
   if (isJudging_) return judgeSoon();
   const auto isOver = [this, plays = plays_] { return !window_ || !screen_.isOpen() || plays != plays_; };
   isJudging_ = true;

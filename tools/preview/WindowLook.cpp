@@ -36,7 +36,8 @@ bool isOfNetwork(const std::string& event) {
 // What the page is asked for to judge it, which is no news.
 bool isAsked(const std::string& event) {
   static const std::set<std::string> kinds{"page",  "weight",    "library", "storage",
-                                           "sound", "vibration", "early",   "unresponsive"};
+                                           "sound", "vibration", "early",   "unresponsive",
+                                           "fault", "file",      "part"};
   return kinds.count(event) > 0;
 }
 bool isFinding(const std::string& event) {
@@ -187,7 +188,8 @@ void Window::update() {
   if (!window_) return;
   const auto name = std::filesystem::path(creative_).filename().string();
   gtk_window_set_title(window_, (name + " – velto-preview").c_str());
-  gtk_label_set_text(state_, journal_.state().empty()
+  gtk_label_set_text(state_, story_.isOfVideoAd() ? "video ad"
+                             : journal_.state().empty()
                                  ? "no rich media"
                                  : (journal_.state() + " · " + journal_.placement()).c_str());
   const auto frame = screen_.isOpen() ? screen_.frame() : std::nullopt;

@@ -24,10 +24,11 @@ int run(Arguments arguments) {
   if (arguments.isBatch()) return playAll(arguments);
   const auto steps =
       arguments.stepsFile.empty() ? std::vector<Step>() : readSteps(arguments.stepsFile, arguments.variables);
+  if (arguments.isVideoAd) refuseStepsOfPages(steps, arguments.stepsFile);
   arguments.expectsFindings =
       std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.verb == "expect no"; });
-  const bool taps =
-      std::any_of(steps.begin(), steps.end(), touches) || (steps.empty() && arguments.examines());
+  const bool taps = std::any_of(steps.begin(), steps.end(), touches) ||
+                    (steps.empty() && arguments.examines() && !arguments.isVideoAd);
   const auto handed = tools::handedDown();
   if (!handed) tools::holdEnds();  // what is made from here on is tidied
   const auto surroundings = handed ? Surroundings(*handed) : Surroundings(arguments.out, taps);

@@ -146,10 +146,11 @@ std::string markupOf(xmlNode& node) {
   return std::string(trimmedVAST(ofXML(xmlBufferContent(buffer.get()))));
 }
 
-// `isKept`: what is around it is kept as it stands, and this with it.
-bool read(xmlNode& from, VASTNode& to, int depth, bool isKept) {
+// `isKept`: what is around it is kept as it stands, and this with it. So many lines stood before what the parser was given.
+bool read(xmlNode& from, VASTNode& to, int depth, bool isKept, int linesAbove) {
   if (depth > deepest) return false;
   to.name = nameOfXML(from.name);
+  to.line = static_cast<int>(xmlGetLineNo(&from)) + linesAbove;
   for (const auto* attribute = from.properties; attribute; attribute = attribute->next)
     to.attributes.emplace_back(nameOfXML(attribute->name),
                                attribute->children ? ofXML(attribute->children->content) : std::string());
@@ -158,7 +159,7 @@ bool read(xmlNode& from, VASTNode& to, int depth, bool isKept) {
   for (auto* child = from.children; child; child = child->next) {
     if (isText(*child)) to.text += ofXML(child->content);
     if (child->type == XML_ELEMENT_NODE &&
-        !read(*child, to.children.emplace_back(), depth + 1, isKept || keeps))
+        !read(*child, to.children.emplace_back(), depth + 1, isKept || keeps, linesAbove))
       return false;
   }
   to.text = trimmedVAST(to.text);
@@ -220,7 +221,9 @@ std::optional<bool> VASTNode::flag(std::string_view attributeName) const {
 std::optional<VASTNode> readVASTNode(std::string_view text) {
   if (text.size() > VASTDocument::mostBytes || declaresEntities(text)) return std::nullopt;
   if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  const auto whole = text;
   text = trimmedVAST(text);
+  const auto linesAbove = static_cast<int>(std::count(whole.data(), text.data(), '\n'));
   const auto converted = isValidUTF8(text) ? std::string() : fromLatin1(text);
   const auto repaired = Repair(converted.empty() ? text : converted).result();
   if (!repaired) return std::nullopt;
@@ -242,7 +245,7 @@ std::optional<VASTNode> readVASTNode(std::string_view text) {
                      xmlFreeDoc);
   auto* root = tree && !lost ? xmlDocGetRootElement(tree.get()) : nullptr;
   VASTNode node;
-  return root && read(*root, node, 0, false) ? std::optional(std::move(node)) : std::nullopt;
+  return root && read(*root, node, 0, false, linesAbove) ? std::optional(std::move(node)) : std::nullopt;
 }
 
 }  // namespace velto

@@ -20,6 +20,7 @@ struct VASTNode {
   std::string text;    // its own, not that of its children; without blanks at both ends
   std::string markup;  // of the nodes that are kept as they stand (extensions): what is inside
   std::vector<VASTNode> children;
+  int line = 0;  // of the text, from 1 on, where its tag ends
 
   // The first child of that name (in lower case), or null.
   const VASTNode* child(std::string_view childName) const;
