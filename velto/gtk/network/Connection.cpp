@@ -42,11 +42,15 @@ curl_socket_t openNone(void*, curlsocktype, curl_sockaddr*) noexcept {
   return CURL_SOCKET_BAD;
 }
 
+bool isPlain(const NSURL& url) {
+  return lowercased(url.scheme().value_or("")) == "http";
+}
+
 // Whether the user has a proxy for such addresses: then it is that which is connected to, and which resolves names.
 bool hasProxy(const NSURL& url) {
-  const bool isPlain = lowercased(url.scheme().value_or("")) == "http";
-  const std::array<const char*, 4> names{isPlain ? "http_proxy" : "https_proxy",
-                                         isPlain ? "http_proxy" : "HTTPS_PROXY", "all_proxy", "ALL_PROXY"};
+  const bool plain = isPlain(url);
+  const std::array<const char*, 4> names{plain ? "http_proxy" : "https_proxy",
+                                         plain ? "http_proxy" : "HTTPS_PROXY", "all_proxy", "ALL_PROXY"};
   return std::any_of(names.begin(), names.end(), [](const char* name) {
     const char* value = g_getenv(name);
     return value && *value;
@@ -68,7 +72,9 @@ void setUpConnection(CURL* easy, const NSURL& url, const TransportOptions& optio
 
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);  // rather share a connection than open another
+  // Rather share a connection than open another. What a plain one is capable of is only known once it has answered: behind a
+  // server that hangs others would wait for ever.
+  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, isPlain(url) ? 0L : 1L);
 
   // Names and certificates are always checked.
   curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
