@@ -1,5 +1,4 @@
-// Supplied by the platform: a player of videos, and the picture it plays. Used by the player's screen
-// (video/). What players have in common, such as finding the right moment for boundary times, stands here; a
+// Supplied by the platform: a player of videos, and the picture it plays. What players have in common, such as finding the right moment for boundary times, stands here; a
 // platform's own player fetches, decodes, sounds and shows. Main thread only, and calls back on it.
 #pragma once
 
@@ -108,8 +107,14 @@ class VELTO_EXPORT MediaSystem {
   // Whether files of this MIME type play here, with this codec (RFC 6381) or list of codecs; either may be empty. Yes, where
   // it cannot be told without trying. The first question may take some milliseconds.
   virtual bool canPlay(const std::string& /*type*/, const std::string& /*codec*/) { return true; }
-  // Whether that is known, and not only where it cannot be told. What is sure is tried first.
+  // Whether that is known. What is sure is tried first.
   virtual bool surelyPlays(const std::string& type, const std::string& codec) { return canPlay(type, codec); }
+  // What the network has carried for the files of late, kilobits a second; nothing: not known yet. Players tell it.
+  std::optional<double> bandwidth() const { return bandwidth_; }
+  void carried(double kilobits);
+
+ private:
+  std::optional<double> bandwidth_;
 };
 
 }  // namespace velto

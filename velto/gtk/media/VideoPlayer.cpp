@@ -26,7 +26,7 @@ VideoPlayer::VideoPlayer(const std::shared_ptr<AVPlayerItem>& item)
 VideoPlayer::~VideoPlayer() = default;
 
 void VideoPlayer::load(const std::filesystem::path& caFile, const std::string& proxy) {
-  NSError error{"velto", 1, "GStreamer or its base plugins are not there"};
+  NSError error{"velto", 1, "GStreamer or its base plugins are not there", NSErrorCause::EngineUnavailable};
   const auto make =
       moduleFunction<MakeVideoPipeline>(videoModule, makeVideoPipelineName, &error.localizedDescription);
   const auto orNull = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
@@ -75,6 +75,10 @@ void VideoPlayer::pipelineLoaded(std::optional<Nanoseconds> duration) {
 void VideoPlayer::pipelineShows(const VideoFrame& frame) {
   picture_->set(GPtr<GdkTexture>::adopt(gdk_memory_texture_new(
       frame.width, frame.height, GDK_MEMORY_B8G8R8A8_PREMULTIPLIED, frame.pixels, frame.stride)));
+}
+
+void VideoPlayer::pipelineCarried(double kilobits) {
+  Platform::current().media().carried(kilobits);
 }
 
 void VideoPlayer::pipelineEnded() {

@@ -34,6 +34,7 @@ class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
  private:
   void pipelineLoaded(std::optional<Nanoseconds> duration) override;
   void pipelineShows(const VideoFrame& frame) override;
+  void pipelineCarried(double kilobits) override;
   void pipelineEnded() override;
   void pipelineFailed(const NSError& error) override;
 

@@ -14,6 +14,7 @@
 
 namespace velto::gtk {
 
+class CarriedBytes;
 class FrameSlot;
 
 class GstVideoPipeline final : public VideoPipeline {
@@ -41,6 +42,7 @@ class GstVideoPipeline final : public VideoPipeline {
   void buffered(int percent);
   void failed(GstMessage* message);
   void goOnSilently();
+  void tellCarried();
 
   VideoPipelineEvents& events_;
   GPtr<GstElement> playbin_;
@@ -49,6 +51,8 @@ class GstVideoPipeline final : public VideoPipeline {
   const std::string proxy_;
   GOwned<GSource, g_source_unref> messages_;
   std::shared_ptr<FrameSlot> frames_;
+  const std::shared_ptr<CarriedBytes> carried_;
+  bool toldCarried_ = false;
   bool live_ = false;
   bool loaded_ = false;
   bool wanted_ = false;      // to play

@@ -25,6 +25,7 @@ class VideoPipelineEvents {
   using Nanoseconds = std::chrono::nanoseconds;
   virtual void pipelineLoaded(std::optional<Nanoseconds> duration) = 0;  // nothing: without an end
   virtual void pipelineShows(const VideoFrame& frame) = 0;
+  virtual void pipelineCarried(double kilobits) = 0;  // a second, for the file's beginning; at most once
   virtual void pipelineEnded() = 0;
   virtual void pipelineFailed(const NSError& error) = 0;
 
