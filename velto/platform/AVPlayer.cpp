@@ -176,10 +176,4 @@ void AVPlayer::passBoundaries(nanoseconds upTo) {
   }
 }
 
-// The last file counts as much as all before it: networks change, and one measure is rough.
-void MediaSystem::carried(double kilobits) {
-  if (!(kilobits > 0) || !std::isfinite(kilobits)) return;
-  bandwidth_ = bandwidth_ ? (*bandwidth_ + kilobits) / 2 : kilobits;
-}
-
 }  // namespace velto

@@ -96,6 +96,8 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   std::function<void(VideoAdBreak&)> lastLoad_;  // as the application asked for it
   VeltoAskedBy askedBy_ = VeltoAskedBy::Application;
   Handle resolving_, platformGoes_;
+  bool isMediaReady_ = false;
+  std::optional<VASTResolution> found_;  // that waits for that
   std::deque<VASTAd> pod_, spare_;
   size_t number_ = 0, count_ = 0;  // of the ad that plays
   std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();

@@ -1,6 +1,7 @@
 // Loads, from the address or the document to the ads.
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
+#include "velto/platform/MediaSystem.h"
 #include "velto/platform/NSBundle.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/foundation/Text.h"
@@ -83,6 +84,15 @@ bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
   pod_.clear();
   spare_.clear();
   resolving_.cancel();
+  // While documents come.
+  isMediaReady_ = false;
+  found_.reset();
+  Platform::current().media().prepare([weak = weak_from_this(), of = load_] {
+    const auto alive = weak.lock();
+    if (!alive || alive->load_ != of) return;
+    alive->isMediaReady_ = true;
+    if (auto found = std::exchange(alive->found_, std::nullopt)) alive->loaded(std::move(*found));
+  });
   return true;
 }
 
@@ -175,6 +185,10 @@ void VideoAdBreak::reload() {
 void VideoAdBreak::loaded(VASTResolution found) {
   if (state_ != State::Loading) return;
   if (found.pod.empty()) return loadFailed(found.error.value_or(VASTError::NoAdsAfterWrapper));
+  if (!isMediaReady_) {
+    found_ = std::move(found);
+    return;
+  }
   pod_.assign(std::make_move_iterator(found.pod.begin()), std::make_move_iterator(found.pod.end()));
   spare_.assign(std::make_move_iterator(found.spare.begin()), std::make_move_iterator(found.spare.end()));
   number_ = 0;

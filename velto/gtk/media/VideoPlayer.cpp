@@ -95,6 +95,21 @@ std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>&
   return player;
 }
 
+void Media::prepare(std::function<void()> ready) {
+  if (isPrepared_) return MediaSystem::prepare(std::move(ready));
+  // This belongs to the main thread, and takes a turn of its own.
+  Platform::current().mainQueue().post([gate = gate_] { gate->address(); });
+  background_.perform([weak = std::weak_ptr(alive_), this, ready = std::move(ready)] {
+    if (const auto prepare = moduleFunction<PrepareVideo>(videoModule, prepareVideoName)) prepare();
+    auto* platform = Platform::currentOrNull();
+    if (!platform) return;
+    platform->mainQueue().post([weak, this, ready] {
+      if (weak.lock()) isPrepared_ = true;
+      ready();
+    });
+  });
+}
+
 bool Media::canPlay(const std::string& type, const std::string& codec) {
   return playability(type, codec) != CanPlay::No;
 }

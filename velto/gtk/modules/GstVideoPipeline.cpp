@@ -70,10 +70,23 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const ch
   g_source_set_callback(messages_.get(), G_SOURCE_FUNC(received), this, nullptr);
   g_source_attach(messages_.get(), nullptr);
   makeSettingsStore();
-  live_ = gst_element_set_state(playbin_, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
+  gst_element_call_async(playbin_, begin, new std::shared_ptr(beginning_), [](gpointer held) noexcept {
+    delete static_cast<std::shared_ptr<Beginning>*>(held);
+  });
+}
+
+void GstVideoPipeline::begin(GstElement* playbin, gpointer held) noexcept {
+  auto& beginning = **static_cast<std::shared_ptr<Beginning>*>(held);
+  std::lock_guard lock(beginning.mutex);
+  if (beginning.isOver) return;
+  beginning.isLive = gst_element_set_state(playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
 }
 
 GstVideoPipeline::~GstVideoPipeline() {
+  {
+    std::lock_guard lock(beginning_->mutex);
+    beginning_->isOver = true;
+  }
   g_source_destroy(messages_.get());
   frames_->close();
   gst_element_set_state(playbin_, GST_STATE_NULL);  // its threads are over afterwards
@@ -199,7 +212,7 @@ void GstVideoPipeline::buffered(int percent) {
     carried_->stop();
     tellCarried();
   }
-  if (live_ || std::exchange(buffered_, percent >= full) == buffered_) return;
+  if (beginning_->isLive || std::exchange(buffered_, percent >= full) == buffered_) return;
   applyState();
 }
 

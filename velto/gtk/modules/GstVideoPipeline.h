@@ -9,7 +9,9 @@
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace velto::gtk {
@@ -33,7 +35,15 @@ class GstVideoPipeline final : public VideoPipeline {
   static constexpr int mostTriesToComeBack = 4;
 
   static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
-  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;
+  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;  // also there
+
+  // Finding sources and demultiplexers takes long: begun on a thread of GStreamer's, unless this goes before.
+  struct Beginning {
+    std::mutex mutex;
+    bool isOver = false;
+    std::atomic<bool> isLive = false;
+  };
+  static void begin(GstElement* playbin, gpointer beginning) noexcept;
 
   GstElement* makePictureSink();
   void useAudioSink(GstElement* sink);
@@ -53,7 +63,7 @@ class GstVideoPipeline final : public VideoPipeline {
   std::shared_ptr<FrameSlot> frames_;
   const std::shared_ptr<CarriedBytes> carried_;
   bool toldCarried_ = false;
-  bool live_ = false;
+  const std::shared_ptr<Beginning> beginning_ = std::make_shared<Beginning>();
   bool loaded_ = false;
   bool wanted_ = false;      // to play
   bool buffered_ = true;     // enough data is there

@@ -51,6 +51,10 @@ inline constexpr char makeVideoPipelineName[] = "velto_make_video_pipeline";
 using MakeVideoPipeline = VideoPipeline* (*)(const char* url, const char* caFile, const char* proxy,
                                              VideoPipelineEvents* events);
 
+// Does what the functions here would do first and take long for. Any thread.
+inline constexpr char prepareVideoName[] = "velto_prepare_video";
+using PrepareVideo = void (*)();
+
 // Whether files of this MIME type and codec (lower case; each may be empty) find all that they need to be played. Main thread.
 enum class CanPlay : gint { No, Perhaps, Yes };  // perhaps: the type is one that nobody here knows
 inline constexpr char canPlayVideoName[] = "velto_can_play_video";
