@@ -32,6 +32,8 @@ const char* explanationOf(VASTError error) {
       return "the ad's category is not wanted";
     case VASTError::BreakShortened:
       return "the ads were ended before its turn came";
+    case VASTError::Wrapper:
+      return "an address, the load's or a wrapper's, is none or may not be followed";
     case VASTError::WrapperTimeout:
       return "no answer came in time";
     case VASTError::WrapperLimit:
