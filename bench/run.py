@@ -20,7 +20,7 @@ from far import far_server
 from machine import descendants, private, proportional, resident, use_of_others, wakes
 from rows import Row, compared, growth_row, merged, print_table
 
-GROUPS = ["load", "many", "idle", "glib", "interstitial", "time", "measurement", "rich", "registration", "operations", "tracking", "growth",
+GROUPS = ["load", "many", "idle", "glib", "interstitial", "video", "time", "measurement", "rich", "registration", "operations", "tracking", "growth",
           "fleet", "size", "memory"]
 MIB = 1 << 20
 LONGEST_RUN = 900  # seconds that one program may take
@@ -94,7 +94,8 @@ class Bench:
 
     def start_sandbox(self, folder):
         words = [self.sandbox_program, "--data", folder, "--log", "/dev/null",
-                 "--scenario", os.path.join(self.source, "sandbox.json")]
+                 "--scenario", os.path.join(self.source, "sandbox.json"), "--serve", folder]
+        self.folder = folder
         self.sandbox = self.start(words, None)
         first = self.sandbox.stdout.readline()
         if not first:
@@ -263,6 +264,28 @@ class Bench:
                 row("interstitial, show to its page loaded, later", later, "pageMs"),
                 row("  show to DidAppear but for the transition's 0.9 s, first", first, "shownMs", False),
                 row("  show to DidAppear but for the transition's 0.9 s, later", later, "shownMs", False)]
+
+    def video(self):
+        """From asking for a document to the first picture on the screen, in a process of its own and in one that has shown some;
+        without the library the same document and the same file."""
+        if not os.path.exists(os.path.join(self.programs, "velto-bench-video")):
+            return []
+        film = os.path.join(self.folder, "film.webm")
+        words = ("gst-launch-1.0 -q videotestsrc num-buffers=500 ! video/x-raw,width=640,height=360,framerate=25/1 ! "
+                 "vp8enc deadline=1 ! webmmux ! filesink location=").split()
+        words[-1] += film
+        if not os.path.exists(film) and subprocess.run(words, check=False).returncode != 0:
+            raise Failure("no film can be made")
+        loads = lambda program, count: lambda: self.run(program, *self.server, "bench", count)[1 if count > 1 else 0:]
+        pair = lambda count, rounds: self.in_turns(rounds, loads("velto-bench-video", count), loads("velto-bench-bare-video", count))
+        first = pair(1, 7 if self.quick else 15)
+        later = pair(10, 2 if self.quick else 5)
+        pick = lambda samples, what: [[sample[what] for sample in side] for side in samples]
+        row = Row.of_samples
+        return [row("video ad: document to first frame, over the player library's own", "ms", *pick(first, "ms"), limit=1.15),
+                row("  the same, later in a process", "ms", *pick(later, "ms"), limit=1.15),
+                row("longest turn of the main loop while a video ad starts", "ms", *pick(first, "turnMs"), limit=4, of="value"),
+                row("  the same, later in a process", "ms", *pick(later, "turnMs"), limit=4, of="value")]
 
     def time(self):
         first, later = [], []

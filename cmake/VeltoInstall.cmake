@@ -43,7 +43,9 @@ velto_install(velto NAME velto DESCRIPTION "Advertising client library" PRIVATE 
 velto_install_headers(velto.h Export.h
   core/VeltoConstants.h core/VeltoErrorAd.h core/VeltoFramework.h core/VeltoSettings.h network/VeltoURL.h
   timeline/VeltoAdEndReason.h timeline/VeltoAdTimeline.h timeline/VeltoAdWeight.h timeline/VeltoMetrics.h timeline/VeltoTimelineEntry.h
+  timeline/VeltoVideoSteps.h
   ui/VeltoBannerViewController.h ui/VeltoDelegates.h ui/VeltoInterstitialViewController.h video/VeltoVASTURL.h video/VeltoVideoAd.h video/VeltoVideoAdDelegate.h
+  video/VeltoVideoAdSettings.h
   ads/VeltoAd.h ads/VeltoAdMediationAdapterDelegate.h ads/VeltoAdMediationAdapterNotifications.h
   ads/VeltoAdMediationAdapterProtocol.h ads/VeltoAdMediationAdapterRegistry.h ads/VeltoAdMediationCoreAdapter.h
   ads/VeltoMediationResponse.h network/VeltoTaskResponse.h)

@@ -8,7 +8,7 @@
 
 namespace velto::soak {
 
-Sandbox::Sandbox(const std::string& program) {
+Sandbox::Sandbox(const std::string& program, const std::string& served) {
   const auto builtIn = test::run({program, "--print-scenario"});
   if (builtIn.code != 0) throw std::runtime_error(program + " does not run");
   // It goes when this process does, also while it is held up.
@@ -21,6 +21,7 @@ Sandbox::Sandbox(const std::string& program) {
     words.emplace_back("--scenario");
     words.push_back(file);
   }
+  if (!served.empty()) words.insert(words.end(), {"--serve", served});
   process_ = std::make_unique<test::Process>(words);
   const auto line = process_->line();
   const auto at = line ? line->find("\"port\":") : std::string::npos;

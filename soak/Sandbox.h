@@ -12,7 +12,7 @@ namespace velto::soak {
 class Sandbox {
  public:
   // Throws std::runtime_error when it does not start.
-  explicit Sandbox(const std::string& program);
+  explicit Sandbox(const std::string& program, const std::string& served = {});  // files of that folder
   // Installs the platform, whose store is in a folder of this object's.
   void install() const;
   std::string store() const { return folder_.path("store"); }

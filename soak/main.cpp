@@ -18,6 +18,7 @@
 #include "Account.h"
 #include "Refreshes.h"
 #include "Stage.h"
+#include "Videos.h"
 
 namespace {
 
@@ -26,12 +27,14 @@ using namespace velto::soak;
 constexpr char usage[] =
     "usage: velto-soak --sandbox PROGRAM [--seconds N] [--round N] [--seed S] [--fault NAME]\n"
     "       velto-soak --sandbox PROGRAM --refreshes N [--fault leak]\n"
+    "       velto-soak --sandbox PROGRAM --videos N [--fault leak]\n"
     "\n"
     "--sandbox    velto-sandbox\n"
     "--seconds    how long, without the round before that warms up (60)\n"
     "--round      after so many seconds everything is let go, and begins anew (60)\n"
     "--seed       of what is done (drawn)\n"
     "--refreshes  refreshes one banner so often instead, and compares with a bare program\n"
+    "--videos     plays so many short video ads instead, one after another\n"
     "--fault      a fault from outside the library that has to be noticed: leak, wait (the main loop does), "
     "ill (no ads come)\n"
     "\n"
@@ -39,7 +42,7 @@ constexpr char usage[] =
 
 struct Options {
   std::string sandbox, with, fault;
-  int seconds = 60, round = 60, refreshes = 0;
+  int seconds = 60, round = 60, refreshes = 0, videos = 0;
   uint64_t seed = std::random_device()();
 };
 
@@ -64,6 +67,8 @@ Options optionsFrom(const std::vector<std::string>& words) {
       readNumber(value, options.round, 1);
     else if (name == "--refreshes")
       readNumber(value, options.refreshes, 10);
+    else if (name == "--videos")
+      readNumber(value, options.videos, 2);
     else if (name == "--seed")
       readNumber(value, options.seed, uint64_t{0});
     else if (name == "--with" && (value == "library" || value == "bare"))
@@ -230,6 +235,9 @@ int run(const std::string& program, Options options) {
   if (options.refreshes && options.with.empty())
     return compareRefreshes(program, options.sandbox, options.refreshes, leak);
   if (options.refreshes) return refresh(options.sandbox, options.with == "library", options.refreshes, leak);
+#ifdef SOAK_HAS_VIDEOS
+  if (options.videos) return playVideos(options.sandbox, options.videos, leak == Leak::All);
+#endif
   const demo::LinkTrap links;
   if (!gtk_init_check()) throw std::runtime_error("there is no display");
   return Soak(std::move(options)).run();

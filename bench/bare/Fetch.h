@@ -1,4 +1,4 @@
-// How the bare programs ask for an ad: libcurl, to the same server over the same HTTPS (private authority,
+// How the bare programs ask for ads: libcurl, to the same server over the same HTTPS (private authority,
 // connection sent to loopback), with a body of the usual size; the connection is kept for later requests.
 #pragma once
 
@@ -20,9 +20,12 @@ class Fetch {
 
   // The markup. Waits for it. `what` is the end of the query: "at=banner&fsz=320x50".
   std::string markup(const std::string& what);
+  // What is at an address of the server's, by GET.
+  std::string document(const std::string& url);
 
  private:
-  void prepare(const std::string& what);
+  void prepare(const std::string& url);
+  std::string perform();
   static size_t keep(char* bytes, size_t, size_t size, std::string* body) {
     body->append(bytes, size);
     return size;

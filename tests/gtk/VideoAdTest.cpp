@@ -15,11 +15,12 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// So many seconds of red with a tone, as WebM.
-std::string madeAdVideo(int seconds, int pictures) {
+// So many seconds with a tone, as WebM.
+std::string madeAdVideo(int seconds, int pictures, const std::string& pattern = "red") {
   const auto file = std::filesystem::temp_directory_path() / "ad.webm";
   const std::string line = "gst-launch-1.0 -q webmmux name=mux ! filesink location=" + file.string() +
-                           " videotestsrc pattern=red num-buffers=" + std::to_string(seconds * pictures) +
+                           " videotestsrc pattern=" + pattern +
+                           " num-buffers=" + std::to_string(seconds * pictures) +
                            " ! video/x-raw,width=320,height=180,framerate=" + std::to_string(pictures) +
                            "/1 ! vp8enc deadline=1 keyframe-max-dist=6 ! mux. audiotestsrc num-buffers=" +
                            std::to_string(43 * seconds) + " ! audioconvert ! vorbisenc ! mux.";
@@ -53,13 +54,14 @@ class GtkVideoAd : public DisplayTest {
     g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
     shortVideo = madeAdVideo(2, 30);
     longVideo = madeAdVideo(60, 5);  // for what a busy machine does late
+    largeVideo = madeAdVideo(2, 15, "snow");
   }
   GtkVideoAd() {
     gtk::install({.applicationIdentifier = "org.example.videoad", .mayReachLocalNetwork = true});
     server_->Get("/ad.xml",
                  [this](const auto&, auto& response) { response.set_content(document(), "text/xml"); });
     server_->Get("/ad.webm", [this](const auto&, auto& response) {
-      response.set_content(isLong ? longVideo : shortVideo, "video/webm");
+      response.set_content(isLarge ? largeVideo : isLong ? longVideo : shortVideo, "video/webm");
     });
     server_->Get("/v.js", [](const auto&, auto& response) {
       response.set_content(
@@ -94,7 +96,8 @@ class GtkVideoAd : public DisplayTest {
       trackings += tracking("Tracking event=\"" + std::string(event) + "\"", event);
     // The first file is of a kind that no decoder here takes, and the better one.
     return "<VAST version=\"4.2\"><Ad><InLine><AdSystem>S</AdSystem>" + tracking("Impression", "impression") +
-           tracking("Error", "error[ERRORCODE]") + "<Creatives><Creative><Linear skipoffset=\"00:00:01\">" +
+           tracking("Error", "error[ERRORCODE]") + verifications() +
+           "<Creatives><Creative><Linear skipoffset=\"00:00:01\">" +
            "<Duration>00:00:02</Duration><TrackingEvents>" + trackings + "</TrackingEvents><VideoClicks>" +
            "<ClickThrough>https://shop.example/</ClickThrough>" +
            tracking("ClickTracking", "click[CLICKPOS]") + "</VideoClicks><MediaFiles>" +
@@ -103,6 +106,18 @@ class GtkVideoAd : public DisplayTest {
            "</MediaFile><MediaFile type=\"video/webm\" codec=\"vp8\" width=\"320\" height=\"180\">" +
            server_.address("/ad.webm") +
            "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>";
+  }
+  // One script that is there, and one that is not.
+  std::string verifications() const {
+    if (!isMeasured) return "";
+    std::string all;
+    for (const char* script : {"v", "gone"})
+      all += "<Verification vendor=\"" + std::string(script) +
+             "\"><JavaScriptResource apiFramework=\"omid\">" +
+             server_.address("/" + std::string(script) + ".js") + "</JavaScriptResource><TrackingEvents>" +
+             tracking("Tracking event=\"verificationNotExecuted\"", script + std::string("-[REASON]")) +
+             "</TrackingEvents></Verification>";
+    return "<AdVerifications>" + all + "</AdVerifications>";
   }
   std::string tracking(const std::string& element, const std::string& path) const {
     return "<" + element + ">" + server_.address("/t/" + path) + "</" + element.substr(0, element.find(' ')) +
@@ -124,8 +139,8 @@ class GtkVideoAd : public DisplayTest {
         [&] { return std::find(heard->all.begin(), heard->all.end(), what) != heard->all.end(); });
   }
 
-  inline static std::string shortVideo, longVideo;
-  bool isLong = false;  // set before it is asked for
+  inline static std::string shortVideo, longVideo, largeVideo;
+  bool isLong = false, isLarge = false, isMeasured = false;  // set before it is asked for
   GtkWindow* window;
   GtkWidget* content;
   std::shared_ptr<UIViewController> controller;
@@ -204,6 +219,27 @@ TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {
     return std::find(all.begin(), all.end(), what) != all.end();
   };
   EXPECT_TRUE(runUntil([&] { return isTold("click200,150") && isTold("skip"); }));
+}
+
+TEST_F(GtkVideoAd, TellsOfAScriptThatCannotBeLoaded) {
+  isMeasured = true;
+  load(true);
+  ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
+  ASSERT_TRUE(isHeard("start"));
+  const auto count = [&](const std::string& what) {
+    const auto all = told();
+    return std::count(all.begin(), all.end(), what);
+  };
+  ASSERT_TRUE(runUntil([&] { return count("gone-3") > 0 && count("error410") > 0; }));
+  EXPECT_EQ(count("v-3") + count("v-2") + count("gone-2"), 0);
+}
+
+TEST_F(GtkVideoAd, FindsOutWhatTheNetworkCarries) {
+  isLarge = true;
+  load();
+  EXPECT_FALSE(Platform::current().media().bandwidth());
+  ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
+  EXPECT_TRUE(runUntil([] { return Platform::current().media().bandwidth() > 1000; })) << "on loopback";
 }
 
 TEST_F(GtkVideoAd, GoesWithItsWindow) {

@@ -22,6 +22,7 @@ all='over the limit: heap, KiB, own memory, KiB, descriptors, threads, processes
 wants 1 "$all" --sandbox "$sandbox" --seconds 1 --round 1 --seed 1 --fault leak
 wants 1 'placement [0-7] shows no ad within 3 s: ' --sandbox "$sandbox" --seconds 1 --seed 1 --fault ill
 wants 1 'heap, KiB .* OVER' --sandbox "$sandbox" --refreshes 40 --fault leak
+wants 1 'leave: .*descriptors, threads' --sandbox "$sandbox" --videos 8 --fault leak
 wants 2 '^velto-soak: no such number: many$' --sandbox "$sandbox" --seconds many
 wants 2 '^velto-soak: .* does not run$' --sandbox /nowhere --seconds 1
 exit $bad

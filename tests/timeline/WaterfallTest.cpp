@@ -112,5 +112,31 @@ TEST(WaterfallTest, EachWayOfALoadIsDrawnWithItsReasons) {
     EXPECT_EQ(durationText(seconds), text);
 }
 
+TEST(WaterfallTest, AVideoAdHasRowsForDocumentsAndFiles) {
+  const auto document = [](int depth, std::optional<int> code = {}) {
+    return VeltoVideoDocument{depth, {}, code};
+  };
+  const auto chart = waterfallOf(
+      load({at(0, Kind::Asked, VeltoAskedBy::Application), at(1, Kind::DocumentAsked, document(0)),
+            at(20, Kind::DocumentAnswered, document(0)), at(20, Kind::DocumentAsked, document(1)),
+            at(60, Kind::DocumentAnswered, document(1, 301)),
+            at(60, Kind::VideoFailed, VeltoVideoFailure{0, 301}), at(60, Kind::DocumentAsked, document(1)),
+            at(90, Kind::DocumentAnswered, document(1)), at(95, Kind::Ready, VeltoVideoPod{1, 0}),
+            at(100, Kind::ShowAsked, VeltoAskedBy::Application),
+            at(101, Kind::FileTried, VeltoVideoFile{1, "video/mp4", 0, 0, {}}),
+            at(150, Kind::VideoFailed, VeltoVideoFailure{1, 401}),
+            at(150, Kind::FileTried, VeltoVideoFile{1, "video/webm", 0, 0, {}}),
+            at(220, Kind::FileChosen, VeltoVideoFile{1, "video/webm", 0, 0, {}}),
+            at(230, Kind::Visible, VeltoShare{100}), at(240, Kind::VideoFailed, VeltoVideoFailure{1, 410})},
+           {}, Why::VideoOver, 5000),
+      began + 9);
+  EXPECT_EQ(
+      drawn(chart),
+      "request 0-1: asked by application\ndocument 1-20: \nwrapper 1! 20-60: code 301\nwrapper 1 60-90: \n"
+      "ready 95-100: shown by application\nfile of ad 1! 101-150: video/mp4, code 401\n"
+      "file of ad 1 150-220: video/webm\nseen 230-5000: \n");
+  EXPECT_NEAR(chart.filled.value_or(0), 0.095, 1e-9);
+}
+
 }  // namespace
 }  // namespace velto

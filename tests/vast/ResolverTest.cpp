@@ -125,7 +125,7 @@ TEST_F(VASTResolverTest, AFailureIsToldToAllAroundIt) {
     serve("B", answer);
     const auto found = resolve(wrapper("A", "", blocks));
     EXPECT_EQ(names(found.pod), "") << answer;
-    EXPECT_EQ(static_cast<int>(found.error.value_or(VASTError::Undefined)), code) << answer;
+    EXPECT_EQ(static_cast<int>(found.error.value_or(VASTError{})), code) << answer;
     const auto end = "-" + std::to_string(code);
     Texts expected{"B" + end, "A" + end};
     if (isToldInside) expected.insert(expected.begin(), "C" + end);

@@ -1,11 +1,13 @@
 // The built-in scenario: a small page of the size asked for, and keys that ask for everything else. It
 // doubles as an example of the scenario format (velto-sandbox --print-scenario).
 #include "sandbox/Server.h"
+#include "sandbox/VideoCodes.h"
 
 namespace velto::sandbox {
+namespace {
 
-const char* defaultScenario() {
-  return R"json({
+// In two halves: the rules of video ads that fail come between them, since the first rule that matches answers.
+constexpr char firstHalf[] = R"json({
   "name": "default",
   "rules": [
     {"name": "no fill", "when": {"kind": "ad", "key": "nofill"}, "answer": 204},
@@ -163,6 +165,9 @@ const char* defaultScenario() {
       "expand": true,
       "body": [
         "<VAST version=\"4.2\"><Ad id=\"broken\"><InLine>"]}},
+)json";
+
+constexpr char secondHalf[] = R"json(,
     {"name": "video ad", "when": {"kind": "vast"}, "answer": {
       "headers": {"Content-Type": "application/xml"},
       "expand": true,
@@ -181,6 +186,12 @@ const char* defaultScenario() {
       "body": "<html><body>Landing page of the sandbox</body></html>"}}
   ]
 })json";
+
+}  // namespace
+
+const char* defaultScenario() {
+  static const std::string all = firstHalf + videoCodeRules() + secondHalf;
+  return all.c_str();
 }
 
 }  // namespace velto::sandbox

@@ -68,6 +68,10 @@ void OMIDVeltoAdSession::beginPage(std::shared_ptr<ServicePage> page) {
   if (!page) return;
   page_ = std::move(page);
   page_->wasTakenAway();  // from here on it can be
+  if (lost_)
+    page_->observeLoss([weak = weak_from_this()](std::optional<size_t> script) {
+      if (const auto alive = weak.lock(); alive && alive->isStarted()) alive->lost_(script);
+    });
   identifier_ = uuidString();
   watcher_ = ViewabilityWatcher::watch([this] { return look(); },
                                        [this](const Viewability& seen) {

@@ -56,6 +56,8 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   void expectChange();
   // Told what part of the view can be seen, when measuring begins and when it is another: 0 … 100.
   void setSightObserver(std::function<void(int percent)> seen) { seen_ = std::move(seen); }
+  // Of a native session, before its start: told of scripts that cannot be loaded (ServicePage::observeLoss).
+  void setLossObserver(std::function<void(std::optional<size_t> script)> lost) { lost_ = std::move(lost); }
   // What was found at the last look; nothing while no page is measured.
   std::optional<Viewability> viewability() const;
 
@@ -101,6 +103,7 @@ class OMIDVeltoAdSession : public std::enable_shared_from_this<OMIDVeltoAdSessio
   std::string identifier_;  // of this session in this page
   std::shared_ptr<ViewabilityWatcher> watcher_;
   std::function<void(int percent)> seen_;
+  std::function<void(std::optional<size_t>)> lost_;
   bool checking_ = false;
   Handle changes_;
 };

@@ -7,6 +7,7 @@
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -20,6 +21,7 @@ constexpr auto lifeAfterFinish = 1s;
 constexpr size_t mostWaiting = 100;
 constexpr double milliseconds = 1000;  // a second
 constexpr char geometry[] = "geometry";
+constexpr char lossHost[] = "not-loaded.invalid";  // see resources.js
 
 }  // namespace
 
@@ -111,6 +113,11 @@ void ServicePage::webView(WKWebView&, const WKNavigationAction& action,
                           const DecisionHandler& decisionHandler) {
   const bool isFrame = action.requestURL && action.requestURL->scheme() == "about";
   decisionHandler(isFrame ? WKNavigationActionPolicy::Allow : WKNavigationActionPolicy::Cancel);
+  if (!action.requestURL || action.requestURL->host() != lossHost || !lost_) return;
+  const auto path = action.requestURL->path();
+  size_t script = 0;
+  const auto* end = path.data() + path.size();
+  if (path.size() > 1 && std::from_chars(path.data() + 1, end, script).ptr == end) lost_(script);
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&) {
@@ -120,8 +127,9 @@ void ServicePage::webView(WKWebView&, const WKNavigation&) {
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&, const NSError&) {
-  state_ = State::Failed;
+  const bool isNew = std::exchange(state_, State::Failed) == State::Loading;
   waiting_.clear();
+  if (isNew && lost_) lost_(std::nullopt);
 }
 
 }  // namespace velto

@@ -6,7 +6,9 @@
 #include "velto/platform/ui/WKWebView.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,9 @@ class ServicePage final : public WKNavigationDelegate, public std::enable_shared
   static std::shared_ptr<ServicePage> ofAd(const std::shared_ptr<WKWebView>& webView);
   // A page that nobody sees, with nothing but the script. Statements wait until it has loaded.
   static std::shared_ptr<ServicePage> hidden(const std::string& script);
+  // Of a hidden page: told which verification script, by its place in the session's start, cannot be loaded; nothing: none can.
+  using LossObserver = std::function<void(std::optional<size_t> script)>;
+  void observeLoss(LossObserver lost) { lost_ = std::move(lost); }
 
   const std::shared_ptr<WKWebView>& webView() const { return webView_; }
   // A page that was in a view and is in none any more: whoever showed it is done with it.
@@ -51,6 +56,7 @@ class ServicePage final : public WKNavigationDelegate, public std::enable_shared
   bool wasShown_ = false;
   State state_ = State::Loaded;
   std::vector<Statement> waiting_;
+  LossObserver lost_;
   bool takesGeometry_ = false;  // it has been told of one, and has not answered yet
 };
 

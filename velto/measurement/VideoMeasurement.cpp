@@ -80,7 +80,8 @@ std::string VideoMeasurement::partner() {
 }
 
 void VideoMeasurement::start(const std::vector<Script>& scripts, std::optional<double> skipOffset,
-                             OMIDVeltoPosition position) {
+                             OMIDVeltoPosition position,
+                             std::function<void(std::optional<size_t> script)> lost) {
   OMIDVeltoAdSessionContext::Resources resources;
   for (const auto& script : scripts)
     if (auto resource = resourceOf(script)) resources.push_back(std::move(resource));
@@ -99,6 +100,7 @@ void VideoMeasurement::start(const std::vector<Script>& scripts, std::optional<d
   mediaEvents_ = OMIDVeltoMediaEvents::initWithAdSession(session_, nullptr);
   for (const auto& view : controls_)
     session_->addFriendlyObstruction(view, OMIDVeltoFriendlyObstructionMediaControls, std::nullopt, nullptr);
+  session_->setLossObserver(std::move(lost));
   session_->start();
   adEvents_->loadedWithVastProperties(
       skipOffset ? OMIDVeltoVASTProperties::initWithSkipOffset(*skipOffset, true, position)

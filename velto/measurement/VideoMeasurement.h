@@ -56,9 +56,10 @@ class VELTO_EXPORT VideoMeasurement {
 
   // Whether such a script can run here.
   static bool canRun(const Script& script);
-  // Begins the session; nothing without scripts that can run. The ad has loaded by then.
-  void start(const std::vector<Script>& scripts, std::optional<double> skipOffset,
-             OMIDVeltoPosition position);
+  // Begins the session; nothing without scripts that can run. The ad has loaded by then. `lost` hears, later, of each of the
+  // scripts that cannot be loaded, by its place among them; nothing: of all.
+  void start(const std::vector<Script>& scripts, std::optional<double> skipOffset, OMIDVeltoPosition position,
+             std::function<void(std::optional<size_t> script)> lost = nullptr);
   void impression();
   void started(double duration, float volume);  // seconds; 0 … 1
   void volumeChanged(float volume);

@@ -5,6 +5,7 @@
 
 #include "velto/Export.h"
 #include "velto/platform/AVAsset.h"
+#include "velto/platform/MediaSystem.h"
 #include "velto/platform/NSError.h"
 #include "velto/platform/ViewPeer.h"
 
@@ -97,19 +98,6 @@ class VELTO_EXPORT AVPlayer : public std::enable_shared_from_this<AVPlayer> {
   Nanoseconds passed_{0};                // boundaries up to here are done
   std::optional<Nanoseconds> boundary_;  // the one being told
   uint64_t schedule_ = 0;                // which look for a boundary is the valid one
-};
-
-// Makes a platform's players.
-class VELTO_EXPORT MediaSystem {
- public:
-  virtual ~MediaSystem() = default;
-  virtual std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) = 0;
-
-  // Whether files of this MIME type play here, with this codec (RFC 6381) or list of codecs; either may be empty. Yes, where
-  // it cannot be told without trying. The first question may take some milliseconds.
-  virtual bool canPlay(const std::string& /*type*/, const std::string& /*codec*/) { return true; }
-  // Whether that is known, and not only where it cannot be told. What is sure is tried first.
-  virtual bool surelyPlays(const std::string& type, const std::string& codec) { return canPlay(type, codec); }
 };
 
 }  // namespace velto

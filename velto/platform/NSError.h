@@ -25,8 +25,8 @@ enum class NSErrorCause : uint8_t {
   ProcessCrashed,
   ProcessOutOfMemory,
   ProcessEnded,
-  ProcessHung,  // it gave no answer for 5 s, and was ended
-  EngineUnavailable,
+  ProcessHung,        // it gave no answer for 5 s, and was ended
+  EngineUnavailable,  // also of a player: nothing here plays files
 };
 
 struct NSError {

@@ -13,7 +13,14 @@
 namespace velto {
 namespace {
 
-constexpr size_t kinds = static_cast<size_t>(VeltoTimelineKind::Weighed) + 1;
+constexpr size_t kinds = static_cast<size_t>(VeltoTimelineKind::VideoFailed) + 1;
+
+size_t mostOf(VeltoTimelineKind kind) {
+  using Kind = VeltoTimelineKind;
+  const bool isMany = kind == Kind::DocumentAsked || kind == Kind::DocumentAnswered ||
+                      kind == Kind::FileTried || kind == Kind::VideoEvent || kind == Kind::AddressTold;
+  return isMany ? PlacementRecord::mostOfVideo : PlacementRecord::mostOfAKind;
+}
 
 // What took the place of a banner that never said it had loaded is not the reason for it.
 bool takesItsPlace(VeltoAdEndReason reason) {
@@ -74,7 +81,7 @@ struct LoadRecord::Story {
     VeltoTimelineEntry entry{kind, 0, std::move(detail)};
     {
       std::lock_guard lock(mutex);
-      if (timeline.end) return;
+      if (timeline.end && kind != Kind::AddressTold) return;
       auto& entries = timeline.entries;
       if (isState(kind) && !isChange(entry)) return;
       entry.seconds = now();
@@ -93,7 +100,7 @@ struct LoadRecord::Story {
   // In its place by time. What repeats itself is only counted from some number on.
   void keep(const VeltoTimelineEntry& entry) {
     auto& count = counts[static_cast<size_t>(entry.kind)];
-    if (count == PlacementRecord::mostOfAKind) {
+    if (count == mostOf(entry.kind)) {
       ++timeline.leftOut;
       return;
     }
@@ -113,7 +120,7 @@ struct LoadRecord::Story {
     const auto last = std::find_if(timeline.entries.rbegin(), timeline.entries.rend(),
                                    [&](const auto& other) { return other.kind == entry.kind; });
     return last == timeline.entries.rend() || last->detail != entry.detail ||
-           counts[static_cast<size_t>(entry.kind)] == PlacementRecord::mostOfAKind;
+           counts[static_cast<size_t>(entry.kind)] == mostOf(entry.kind);
   }
 
   void end(VeltoAdEndReason reason) {

@@ -16,7 +16,7 @@ namespace velto {
 class PlacementRecord;
 class TimelineHub;
 
-class LoadRecord {
+class VELTO_EXPORT LoadRecord {
  public:
   using Kind = VeltoTimelineKind;
   using Detail = VeltoTimelineEntry::Detail;
@@ -25,7 +25,8 @@ class LoadRecord {
   LoadRecord(const LoadRecord&) = delete;
   LoadRecord& operator=(const LoadRecord&) = delete;
 
-  // After the end nothing is added, nor what is only said to be as it is known to be already.
+  // After the end nothing is added but what became of addresses (AddressTold), nor what is only said to be as it is known to be
+  // already.
   void add(Kind kind, Detail detail = {}) { addAt(kind, std::nullopt, std::move(detail)); }
   // Of a moment that has passed, as a transport tells it afterwards.
   void addAt(Kind kind, std::optional<double> seconds, Detail detail = {});
@@ -52,6 +53,7 @@ class VELTO_EXPORT PlacementRecord {
  public:
   static constexpr size_t mostLoads = 32;
   static constexpr size_t mostOfAKind = 16;
+  static constexpr size_t mostOfVideo = 128;  // of documents, files, events and addresses of video ads
 
   explicit PlacementRecord(std::string name);
   ~PlacementRecord();  // what has not ended by now ends

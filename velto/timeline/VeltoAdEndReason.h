@@ -74,6 +74,11 @@ enum class VeltoAdEndReason : uint8_t {
   PageNeverLoaded,
   PageLeft,
   PageTooHeavy,
+  // Video ads.
+  VideoWithoutAd,
+  VideoDocumentFailed,
+  VideoFileFailed,
+  VideoOver,
   // It had its time, or its turn never came.
   Refreshed,
   RefreshWithoutAd,

@@ -4,7 +4,9 @@
 //   for (const auto& load : banner->veltoAdTimeline())
 //     if (load.end) std::cout << load.load << ": " << wordsOf(*load.end).sentence << "\n";
 //
-// A placement keeps its last 32 loads. A load keeps the first 16 entries of each kind, and counts the others.
+// A placement keeps its last 32 loads. A load keeps the first 16 entries of each kind, of what happens often in video ads
+// (documents, files, events, addresses) the first 128, and counts the others. Addresses that a video ad's servers were told by
+// may be written down after its end, once it is known what became of them.
 #pragma once
 
 #include "velto/Export.h"

@@ -6,14 +6,44 @@
 namespace velto {
 namespace {
 
-constexpr std::array kindNames{
-    "asked",          "list-hit",       "request-built", "sent",          "first-byte",
-    "answered",       "answer-failed",  "resolved",      "network-tried", "network-passed-over",
-    "web-process",    "markup-given",   "page-loaded",   "load-finished", "animated",
-    "painted-first",  "ready",          "show-asked",    "show-failed",   "appeared",
-    "disappeared",    "visible",        "tapped",        "rich-media",    "measured",
-    "adapter-failed", "adapter-closed", "heavy",         "weighed"};
-static_assert(kindNames.size() == static_cast<size_t>(VeltoTimelineKind::Weighed) + 1);
+constexpr std::array kindNames{"asked",
+                               "list-hit",
+                               "request-built",
+                               "sent",
+                               "first-byte",
+                               "answered",
+                               "answer-failed",
+                               "resolved",
+                               "network-tried",
+                               "network-passed-over",
+                               "web-process",
+                               "markup-given",
+                               "page-loaded",
+                               "load-finished",
+                               "animated",
+                               "painted-first",
+                               "ready",
+                               "show-asked",
+                               "show-failed",
+                               "appeared",
+                               "disappeared",
+                               "visible",
+                               "tapped",
+                               "rich-media",
+                               "measured",
+                               "adapter-failed",
+                               "adapter-closed",
+                               "heavy",
+                               "weighed",
+                               "document-asked",
+                               "document-answered",
+                               "file-tried",
+                               "file-chosen",
+                               "first-picture",
+                               "video-event",
+                               "address-told",
+                               "video-failed"};
+static_assert(kindNames.size() == static_cast<size_t>(VeltoTimelineKind::VideoFailed) + 1);
 
 template <class Enumeration, size_t count>
 JSON word(Enumeration value, const std::array<const char*, count>& words) {
@@ -77,6 +107,36 @@ struct Fields {
     add("memoryBytes", weight.memoryBytes);
     add("wakeUps", weight.wakeUps);
     return fields;
+  }
+  JSON::Object operator()(const VeltoVideoDocument& document) const {
+    JSON::Object fields{{"depth", document.depth}};
+    if (document.ads) fields.emplace("ads", *document.ads);
+    if (document.code) fields.emplace("code", *document.code);
+    return fields;
+  }
+  JSON::Object operator()(const VeltoVideoPod& pod) const { return {{"ads", pod.ads}, {"spare", pod.spare}}; }
+  JSON::Object operator()(const VeltoVideoFile& file) const {
+    JSON::Object fields{{"ad", file.ad}, {"type", file.type}};
+    if (file.width > 0) fields.emplace("width", file.width);
+    if (file.height > 0) fields.emplace("height", file.height);
+    if (file.bitrate) fields.emplace("bitrate", *file.bitrate);
+    return fields;
+  }
+  JSON::Object operator()(const VeltoVideoMoment& moment) const {
+    return {{"ad", moment.ad}, {"playhead", moment.playhead}};
+  }
+  JSON::Object operator()(const VeltoVideoEvent& event) const {
+    return {{"ad", event.ad}, {"event", event.event}};
+  }
+  JSON::Object operator()(const VeltoVideoTold& told) const {
+    JSON::Object fields{{"ad", told.ad},
+                        {"event", told.event},
+                        {"result", word(told.result, std::array{"arrived", "perhaps", "waits", "given-up"})}};
+    if (told.status > 0) fields.emplace("status", told.status);
+    return fields;
+  }
+  JSON::Object operator()(const VeltoVideoFailure& failure) const {
+    return {{"ad", failure.ad}, {"code", failure.code}};
   }
 };
 

@@ -5,6 +5,7 @@
 #include "velto/platform/foundation/JSON.h"
 #include "velto/timeline/VeltoAdEndReason.h"
 #include "velto/timeline/VeltoAdWeight.h"
+#include "velto/timeline/VeltoVideoSteps.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,10 +32,10 @@ enum class VeltoTimelineKind : uint8_t {
   LoadFinished,       // as the page says, or the adapter's view is in its place; DidFinishLoad of a banner
   Animated,           // the entry animation has begun
   PaintedFirst,       // some of it can be seen, as measured from what the window has painted
-  Ready,              // an interstitial waits to be shown; its DidFinishLoad
+  Ready,              // an interstitial or video ad waits to be shown; of videos VeltoVideoPod
   ShowAsked,          // VeltoAskedBy
   ShowFailed,         // VeltoAdEndReason
-  Appeared,           // an interstitial is on the screen
+  Appeared,           // an interstitial is on the screen, or the first video ad plays
   Disappeared,        // and off it
   Visible,            // VeltoShare: how much of the ad can be seen from now on
   Tapped,             // VeltoTap
@@ -44,6 +45,15 @@ enum class VeltoTimelineKind : uint8_t {
   AdapterClosed,      // the same, of a banner
   Heavy,              // VeltoAdExcess: the ad has crossed a limit; once for each
   Weighed,            // VeltoAdWeight: all that the ad's page has cost, right before its end
+  // Of video ads.
+  DocumentAsked,     // VeltoVideoDocument
+  DocumentAnswered,  // VeltoVideoDocument: it is there, or is none
+  FileTried,         // VeltoVideoFile
+  FileChosen,        // VeltoVideoFile: it is the one that plays
+  FirstPicture,      // VeltoVideoMoment: in its view
+  VideoEvent,        // VeltoVideoEvent: what servers can be told of has happened
+  AddressTold,       // VeltoVideoTold: also after the load's end
+  VideoFailed,       // VeltoVideoFailure: of a file, an ad or, on the way to them, a document or wrapper
 };
 
 enum class VeltoAskedBy : uint8_t { Application, Refresh, AutoShow, Inspector };
@@ -83,10 +93,11 @@ struct VeltoNetworkTry {
 };
 
 struct VELTO_EXPORT VeltoTimelineEntry {
-  using Detail =
-      std::variant<std::monostate, VeltoAskedBy, VeltoBytes, VeltoSeconds, VeltoConnection, VeltoAnswer,
-                   VeltoAdEndReason, VeltoAdKind, VeltoNetworkTry, VeltoWebProcess, VeltoShare, VeltoTap,
-                   VeltoRichMedia, VeltoMeasured, VeltoAdExcess, VeltoAdWeight>;
+  using Detail = std::variant<std::monostate, VeltoAskedBy, VeltoBytes, VeltoSeconds, VeltoConnection,
+                              VeltoAnswer, VeltoAdEndReason, VeltoAdKind, VeltoNetworkTry, VeltoWebProcess,
+                              VeltoShare, VeltoTap, VeltoRichMedia, VeltoMeasured, VeltoAdExcess,
+                              VeltoAdWeight, VeltoVideoDocument, VeltoVideoPod, VeltoVideoFile,
+                              VeltoVideoMoment, VeltoVideoEvent, VeltoVideoTold, VeltoVideoFailure>;
 
   VeltoTimelineKind kind;
   double seconds = 0;  // of the platform's monotonic clock

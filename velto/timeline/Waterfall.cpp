@@ -99,6 +99,31 @@ class Chart {
     }
   }
 
+  void takeOfVideo(const VeltoTimelineEntry& entry) {
+    switch (entry.kind) {
+      case Kind::DocumentAsked: {
+        end(answer_, Outcome::Fine);
+        const int depth = std::get<VeltoVideoDocument>(entry.detail).depth;
+        return begin(page_, depth == 0 ? "document" : "wrapper " + std::to_string(depth), Phase::Waiting);
+      }
+      case Kind::DocumentAnswered:
+        end(answer_, Outcome::Fine);
+        if (const auto& code = std::get<VeltoVideoDocument>(entry.detail).code) failWith(page_, *code);
+        return end(page_, Outcome::Fine);
+      case Kind::FileTried: {
+        const auto& file = std::get<VeltoVideoFile>(entry.detail);
+        begin(page_, "file of ad " + std::to_string(file.ad), Phase::Loading);
+        return note(page_, file.type);
+      }
+      case Kind::VideoFailed:
+        return failWith(page_, std::get<VeltoVideoFailure>(entry.detail).code);
+      case Kind::FileChosen:
+        return end(page_, Outcome::Fine);
+      default:
+        return;
+    }
+  }
+
   void takeOfPage(const VeltoTimelineEntry& entry) {
     switch (entry.kind) {
       case Kind::WebProcess:
@@ -134,7 +159,7 @@ class Chart {
         if (const auto* weight = std::get_if<VeltoAdWeight>(&entry.detail)) weighed(*weight);
         return;
       default:
-        return;
+        return takeOfVideo(entry);
     }
   }
 
@@ -205,6 +230,11 @@ class Chart {
   void fail(std::optional<Open>& open, VeltoAdEndReason why) {
     if (!open) return;
     chart_.rows[open->row].note = sentenceOf(why);
+    end(open, Outcome::Failed);
+  }
+
+  void failWith(std::optional<Open>& open, int code) {
+    note(open, "code " + std::to_string(code));
     end(open, Outcome::Failed);
   }
 

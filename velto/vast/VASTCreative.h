@@ -84,7 +84,7 @@ struct VASTCompanion {
   std::vector<VASTTracking> trackings;  // "creativeView"
 };
 
-// Of the companions of an ad, how many must be shown (3.13 required).
+// Of the companions of an ad, how many must be shown (3.13 required): where they cannot be, the ad is not played (602).
 enum class VASTCompanionsRequired : uint8_t { None, Any, All };
 
 // The video itself (3.8).

@@ -1,4 +1,5 @@
-// What a video ad's servers are told when it fails: the numbers that [ERRORCODE] stands for (VAST 4.2, 2.3.6.3). Values.
+// What a video ad's servers are told when it fails: the numbers that [ERRORCODE] stands for (VAST 4.2, 2.3.6.3). All that
+// arise here; docs/vast.md tells of each when. Values.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +11,12 @@ enum class VASTError : uint16_t {
   NotVAST = 101,  // XML, but what must be there is not
   VersionNotSupported = 102,
 
-  Trafficking = 200,  // an ad of a kind that is not played here
+  Trafficking = 200,  // an ad of another kind than video: it has nothing but companions
   WrongLinearity = 201,
   WrongDuration = 202,
-  WrongSize = 203,
   CategoryMissing = 204,  // a wrapper blocks categories, and the ad does not say its own
   CategoryBlocked = 205,
-  BreakShortened = 206,
+  BreakShortened = 206,  // the ads were ended before its turn came
 
   Wrapper = 300,         // any other fault of a wrapper
   WrapperTimeout = 301,  // its address was not reached, or did not answer in time
@@ -24,19 +24,17 @@ enum class VASTError : uint16_t {
   NoAdsAfterWrapper = 303,
   NotShownInTime = 304,
 
-  Linear = 400,  // any other fault of a linear ad
+  Linear = 400,  // any other fault of a linear ad: nothing on this machine plays files
   FileNotFound = 401,
   FileTimeout = 402,
-  NoSupportedFile = 403,  // none of the media files can be played here
-  FileNotShown = 405,     // it should have played, and did not
-  InteractiveNotRun = 409,
-  VerificationNotRun = 410,
+  NoSupportedFile = 403,     // none of the media files can be played here
+  FileNotShown = 405,        // it should have played, and did not
+  InteractiveNotRun = 409,   // a program beside the file; that plays
+  VerificationNotRun = 410,  // a script that measures; the ad plays
 
-  Companion = 600,
+  CompanionRequired = 602,  // one that must be shown with the ad, and cannot be
   CompanionNotFetched = 603,
-
-  Undefined = 900,
-  VPAID = 901,
+  CompanionNotSupported = 604,  // it has no form that can be shown here
 };
 
 }  // namespace velto

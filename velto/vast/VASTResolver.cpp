@@ -8,7 +8,6 @@
 #include "velto/platform/Platform.h"
 #include "velto/platform/foundation/Text.h"
 #include "velto/vast/VASTMerge.h"
-#include "velto/vast/VASTSender.h"
 
 #include <algorithm>
 #include <memory>
@@ -70,8 +69,19 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     error_ = error;
     for (; above; above = above->above.get())
       urls.insert(urls.end(), above->ad.errors.begin(), above->ad.errors.end());
-    VASTSender::shared()->send(urls, VASTMacros(settings_.macros).set(error));
+    hear({.kind = VASTStep::Kind::Failed, .error = error});
+    VASTSender::Heard heard;
+    if (settings_.heard)
+      heard = [hear = settings_.heard](const VASTSent& sent) {
+        hear({.kind = VASTStep::Kind::Told, .sent = sent});
+      };
+    VASTSender::shared()->send(urls, VASTMacros(settings_.macros).set(error), heard);
   }
+
+  void hear(const VASTStep& step) const {
+    if (settings_.heard) settings_.heard(step);
+  }
+  static size_t depthBelow(const VASTLevelPointer& above) { return above ? above->depth : 0; }
 
   // The time that is left for the whole; it begins with the first question.
   std::chrono::nanoseconds timeLeft() {
@@ -84,14 +94,17 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     auto* platform = Platform::currentOrNull();
     if (!platform || !completion_) return;
     ++requests_;
+    const size_t depth = depthBelow(above);
+    hear({.kind = VASTStep::Kind::Asked, .depth = depth});
     // Whichever comes first, answer or end of the time, takes what is to be done.
     const auto next = std::make_shared<Done>(std::move(done));
     const auto answered = [self = shared_from_this(), above, next](VASTDocument& document) {
       if (const auto then = std::exchange(*next, nullptr)) self->read(std::move(document), above, then);
     };
-    const auto failed = [self = shared_from_this(), above, next] {
+    const auto failed = [self = shared_from_this(), above, next, depth] {
       const auto then = std::exchange(*next, nullptr);
       if (!then || !self->completion_) return;
+      self->hear({.kind = VASTStep::Kind::Answered, .depth = depth, .error = VASTError::WrapperTimeout});
       self->fail(VASTError::WrapperTimeout, {}, above.get());
       then({});
     };
@@ -129,6 +142,10 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
 
   void read(VASTDocument document, const VASTLevelPointer& above, const Done& done) {
     if (!completion_) return;  // nobody waits any more
+    hear({.kind = VASTStep::Kind::Answered,
+          .depth = depthBelow(above),
+          .ads = document.ads.size(),
+          .error = document.error});
     if (document.error)
       fail(*document.error, document.errors, above.get());
     else if (document.ads.empty())
@@ -298,7 +315,8 @@ Handle VASTResolver::resolve(VASTDocument document, VASTSettings settings, Compl
 }
 
 std::optional<VASTError> VASTResolver::faultOf(const VASTAd& ad) {
-  if (!ad.linear) return ad.hasNonLinear ? VASTError::WrongLinearity : VASTError::NotVAST;
+  if (!ad.linear && ad.hasNonLinear) return VASTError::WrongLinearity;
+  if (!ad.linear) return ad.companions.empty() ? VASTError::NotVAST : VASTError::Trafficking;
   const auto& linear = *ad.linear;
   if (linear.mediaFiles.empty())
     return linear.interactiveFiles.empty() ? VASTError::NotVAST : VASTError::NoSupportedFile;

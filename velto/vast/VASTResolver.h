@@ -14,15 +14,32 @@
 #include "velto/platform/foundation/NSURL.h"
 #include "velto/vast/VASTDocument.h"
 #include "velto/vast/VASTMacros.h"
+#include "velto/vast/VASTSender.h"
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 namespace velto {
+
+// Something that a resolution did, for timelines.
+struct VASTStep {
+  enum class Kind : uint8_t {
+    Asked,     // for the document of that depth
+    Answered,  // it is there, with `ads`; or it is none, with `error`
+    Failed,    // an ad, a wrapper or a document, with `error`
+    Told,      // somebody of that, with `sent`; also after the completion
+  };
+  Kind kind = Kind::Asked;
+  size_t depth = 0;  // of the document: 0 is the first, 1 that of its wrapper
+  size_t ads = 0;
+  std::optional<VASTError> error = {};
+  VASTSent sent = {};
+};
 
 struct VASTSettings {
   size_t mostWrappers = 5;                                     // one inside another; one more fails with 302
@@ -35,6 +52,7 @@ struct VASTSettings {
   bool followWrappers = true;          // and may be wrappers; else these fail with 300
   std::optional<double> longest = {};  // seconds: longer ads fail with 202
   VASTMacros macros = {};              // what is known of player, content and user, for all addresses
+  std::function<void(const VASTStep&)> heard = {};
 };
 
 struct VASTResolution {
@@ -57,7 +75,7 @@ class VELTO_EXPORT VASTResolver {
   // The same for a document that is there already.
   [[nodiscard]] static Handle resolve(VASTDocument document, VASTSettings settings, Completion completion);
 
-  // Why the ad cannot be played here, were it not a wrapper: it has no video (201), no file (101) or only files that are
+  // Why the ad cannot be played here, were it not a wrapper: it has no video (200, 201), no file (101) or only files that are
   // programs (403).
   static std::optional<VASTError> faultOf(const VASTAd& ad);
 };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <utility>
 
@@ -45,6 +46,10 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
     uint64_t arrivedBefore = 0;  // `arrived`, as it was when this one last failed
     int refusals = 0;            // how often others arrived, and this one did not
     int tries = 0;               // that failed
+    Heard heard;
+    void tell(const VASTSent& sent) const {
+      if (heard) heard(sent);
+    }
   };
   std::deque<Message> waiting;
   uint64_t arrived = 0;
@@ -58,17 +63,22 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
     if (!platform) return;
     platform->urlSession().dataTask(
         {message.url, "GET", {}, std::nullopt, mostOfAnAnswer},
-        [weak = weak_from_this(), message, isTrial](const auto&, const auto&,
+        [weak = weak_from_this(), message, isTrial](const auto&, const auto& response,
                                                     const std::optional<NSError>& error) {
-          if (auto* now = Platform::currentOrNull())
-            now->mainQueue().post([weak, message, isTrial, failed = neverLeft(error)] {
-              if (const auto self = weak.lock()) self->answered(message, isTrial, failed);
-            });
+          auto* now = Platform::currentOrNull();
+          if (!now) return;
+          VASTSent sent{error ? VASTSent::Result::Perhaps : VASTSent::Result::Arrived,
+                        !error && response ? response->statusCode : 0};
+          if (neverLeft(error)) sent.result = VASTSent::Result::Waits;
+          now->mainQueue().post([weak, message, isTrial, sent] {
+            if (const auto self = weak.lock()) self->answered(message, isTrial, sent);
+          });
         });
   }
-  void answered(const Message& message, bool isTrial, bool failed) {
+  void answered(const Message& message, bool isTrial, const VASTSent& sent) {
     if (isTrial) isPausing = false;
-    if (failed) return keep(message);
+    if (sent.result == VASTSent::Result::Waits) return keep(message);
+    message.tell(sent);
     ++arrived;
     if (!isTrial) return;
     pause = firstPause;
@@ -77,10 +87,17 @@ struct VASTSender::State : std::enable_shared_from_this<VASTSender::State> {
   // At the end, so that one whose server is gone does not hold up the others.
   void keep(Message message) {
     const bool isRefused = arrived > message.arrivedBefore && ++message.refusals >= mostRefusals;
-    if (++message.tries >= mostTries || isRefused) return pauseAndRetry();
+    if (++message.tries >= mostTries || isRefused) {
+      message.tell({VASTSent::Result::GivenUp});
+      return pauseAndRetry();
+    }
+    if (message.tries == 1) message.tell({VASTSent::Result::Waits});
     message.arrivedBefore = arrived;
     waiting.push_back(std::move(message));
-    if (waiting.size() > mostWaiting) waiting.pop_front();
+    if (waiting.size() > mostWaiting) {
+      waiting.front().tell({VASTSent::Result::GivenUp});
+      waiting.pop_front();
+    }
     pauseAndRetry();
   }
   void pauseAndRetry() {
@@ -106,14 +123,17 @@ std::shared_ptr<VASTSender> VASTSender::shared() {
 VASTSender::VASTSender() : state_(std::make_shared<State>()) {}
 VASTSender::~VASTSender() = default;
 
-void VASTSender::send(const std::vector<std::string>& urls, const VASTMacros& macros) {
+void VASTSender::send(const std::vector<std::string>& urls, const VASTMacros& macros, const Heard& heard) {
   std::vector<NSURL> all;
-  for (const auto& url : urls)
-    if (auto address = NSURL::URLByEscaping(macros.expanded(url));
-        address && schemeOf(*address).starts_with("http"))
+  for (const auto& url : urls) {
+    auto address = NSURL::URLByEscaping(macros.expanded(url));
+    if (address && schemeOf(*address).starts_with("http"))
       all.push_back(std::move(*address));
+    else if (heard)
+      Platform::current().mainQueue().post([heard] { heard({VASTSent::Result::GivenUp}); });
+  }
   std::stable_partition(all.begin(), all.end(), [](const auto& url) { return schemeOf(url) == "https"; });
-  for (const auto& url : all) state_->send({url, state_->arrived}, false);
+  for (const auto& url : all) state_->send({url, state_->arrived, 0, 0, heard}, false);
 }
 
 size_t VASTSender::waiting() const {

@@ -11,7 +11,8 @@
 #include "velto/platform/foundation/NSURL.h"
 
 #include <chrono>
-#include <deque>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +20,18 @@
 namespace velto {
 
 class VASTMacros;
+
+// What became of one address.
+struct VASTSent {
+  enum class Result : uint8_t {
+    Arrived,  // its server answered
+    Perhaps,  // it left, and no answer came
+    Waits,    // it never left, and is sent again; told once
+    GivenUp,  // it is no address, or was let go of
+  };
+  Result result = Result::Arrived;
+  int status = 0;  // of the answer; 0: none
+};
 
 class VELTO_EXPORT VASTSender {
  public:
@@ -32,8 +45,11 @@ class VELTO_EXPORT VASTSender {
   VASTSender(const VASTSender&) = delete;
   VASTSender& operator=(const VASTSender&) = delete;
 
-  // Puts the macros in and sends, those of https first, else in order. What is no address is left out.
-  void send(const std::vector<std::string>& urls, const VASTMacros& macros);
+  using Heard = std::function<void(const VASTSent&)>;
+
+  // Puts the macros in and sends, those of https first, else in order. What is no address is left out. `heard` is called when
+  // it is known what became of each, in a later turn, for as long as the process lives.
+  void send(const std::vector<std::string>& urls, const VASTMacros& macros, const Heard& heard = nullptr);
 
   size_t waiting() const;
 

@@ -48,15 +48,20 @@ VASTMacros VASTTracker::macrosNow() const {
   return macros;
 }
 
-void VASTTracker::send(const std::vector<std::string>& urls, const VASTMacros& macros) const {
-  if (!urls.empty() && Platform::currentOrNull()) VASTSender::shared()->send(urls, macros);
+void VASTTracker::send(std::string_view event, const std::vector<std::string>& urls,
+                       const VASTMacros& macros) const {
+  if (urls.empty() || !Platform::currentOrNull()) return;
+  VASTSender::Heard heard;
+  if (heard_)
+    heard = [heard = heard_, event = std::string(event)](const VASTSent& sent) { heard(event, sent); };
+  VASTSender::shared()->send(urls, macros, heard);
 }
 
 void VASTTracker::tell(std::string_view event) {
   std::vector<std::string> urls;
   for (const auto& tracking : ad_.linear->trackings)
     if (tracking.event == event) urls.push_back(tracking.url);
-  send(urls, macrosNow());
+  send(event, urls, macrosNow());
   if (told_) told_(event);
 }
 
@@ -71,7 +76,7 @@ void VASTTracker::loaded() {
 
 void VASTTracker::impression() {
   if (state_ == State::Ended || std::exchange(hasImpression_, true)) return;
-  send(ad_.impressions, macrosNow());
+  send("impression", ad_.impressions, macrosNow());
   if (told_) told_("impression");
   tell("creativeView");
 }
@@ -109,7 +114,7 @@ void VASTTracker::passUpTo(double seconds) {
     if (moment.urls.empty()) {
       tell(moment.event);
     } else {
-      send(moment.urls, macrosNow());
+      send(moment.event, moment.urls, macrosNow());
       if (told_) told_(moment.event);
     }
   }
@@ -184,9 +189,9 @@ void VASTTracker::closed() {
 void VASTTracker::failed(VASTError error) {
   if (state_ == State::Ended) return;
   const bool goesOn = error == VASTError::InteractiveNotRun || error == VASTError::VerificationNotRun ||
-                      (error >= VASTError::Companion && error < VASTError::Undefined);
+                      error == VASTError::CompanionNotFetched || error == VASTError::CompanionNotSupported;
   if (!goesOn) state_ = State::Ended;
-  send(ad_.errors, macrosNow().set(error));
+  send("error", ad_.errors, macrosNow().set(error));
   if (told_) told_("error");
 }
 
@@ -196,7 +201,7 @@ std::optional<std::string> VASTTracker::clicked(std::optional<VASTClickPosition>
     macros.set(VASTMacro::ClickPos,
                {numberText(std::round(position->x)), numberText(std::round(position->y))});
   if (isPlaying()) {
-    send(ad_.linear->clickTrackings, macros);
+    send("click", ad_.linear->clickTrackings, macros);
     if (told_) told_("click");
   }
   return destination(ad_.linear->clickThrough, macros);
@@ -204,33 +209,36 @@ std::optional<std::string> VASTTracker::clicked(std::optional<VASTClickPosition>
 
 void VASTTracker::customClicked() {
   if (!isPlaying()) return;
-  send(ad_.linear->customClicks, macrosNow());
+  send("customClick", ad_.linear->customClicks, macrosNow());
   if (told_) told_("customClick");
 }
 
 void VASTTracker::viewability(VASTViewability viewability) {
   if (std::exchange(hasViewability_, true)) return;
   const auto& all = ad_.viewableImpression;
-  const bool isSeen = viewability == VASTViewability::Viewable;
-  const bool isNotSeen = viewability == VASTViewability::NotViewable;
-  send(isSeen ? all.viewable : isNotSeen ? all.notViewable : all.undetermined, macrosNow());
+  const auto [event, urls] = viewability == VASTViewability::Viewable ? std::pair("viewable", &all.viewable)
+                             : viewability == VASTViewability::NotViewable
+                                 ? std::pair("notViewable", &all.notViewable)
+                                 : std::pair("viewUndetermined", &all.undetermined);
+  send(event, *urls, macrosNow());
+  if (told_) told_(event);
 }
 
 void VASTTracker::notVerified(const VASTVerification& verification, VASTNotVerified reason) {
-  send(verification.notExecuted,
+  send("verificationNotExecuted", verification.notExecuted,
        macrosNow().set(VASTMacro::Reason, std::to_string(static_cast<int>(reason))));
 }
 
 void VASTTracker::iconShown(size_t icon) {
   if (icon >= shownIcons_.size() || shownIcons_[icon]) return;
   shownIcons_[icon] = true;
-  send(ad_.linear->icons[icon].viewTrackings, macrosNow());
+  send("iconView", ad_.linear->icons[icon].viewTrackings, macrosNow());
 }
 
 std::optional<std::string> VASTTracker::iconClicked(size_t icon) {
   if (icon >= ad_.linear->icons.size()) return std::nullopt;
   const auto macros = macrosNow();
-  send(ad_.linear->icons[icon].clickTrackings, macros);
+  send("iconClick", ad_.linear->icons[icon].clickTrackings, macros);
   return destination(ad_.linear->icons[icon].clickThrough, macros);
 }
 
@@ -240,13 +248,13 @@ void VASTTracker::companionShown(size_t companion) {
   std::vector<std::string> urls;
   for (const auto& tracking : ad_.companions[companion].trackings)
     if (tracking.event == "creativeView") urls.push_back(tracking.url);
-  send(urls, macrosNow());
+  send("companionView", urls, macrosNow());
 }
 
 std::optional<std::string> VASTTracker::companionClicked(size_t companion) {
   if (companion >= ad_.companions.size()) return std::nullopt;
   const auto macros = macrosNow();
-  send(ad_.companions[companion].clickTrackings, macros);
+  send("companionClick", ad_.companions[companion].clickTrackings, macros);
   return destination(ad_.companions[companion].clickThrough, macros);
 }
 

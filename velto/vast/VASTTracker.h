@@ -14,18 +14,13 @@
 #include "velto/vast/VASTAd.h"
 #include "velto/vast/VASTError.h"
 #include "velto/vast/VASTMacros.h"
+#include "velto/vast/VASTSender.h"
 
-#include <cstddef>
-#include <functional>
-#include <optional>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace velto {
 
-// A place on the ad, points from its upper left corner.
-struct VASTClickPosition {
+struct VASTClickPosition {  // on the ad, points from its upper left corner
   double x = 0, y = 0;
 };
 
@@ -42,6 +37,9 @@ class VELTO_EXPORT VASTTracker {
 
   // Hears the name of each event as it is told, once however many addresses there are: for timelines and measurement.
   void observe(std::function<void(std::string_view event)> told) { told_ = std::move(told); }
+  // Hears what became of each address that was told of an event; also after this object has gone.
+  using Heard = std::function<void(std::string_view event, const VASTSent& sent)>;
+  void observeSent(Heard heard) { heard_ = std::move(heard); }
 
   // What is being played, for [ASSETURI] and [MEDIAMIME].
   void chose(const VASTMediaFile& file);
@@ -69,7 +67,7 @@ class VELTO_EXPORT VASTTracker {
   // The end: told as skip, and as closeLinear for documents of 3.0.
   void skipped();
   void closed();
-  // Of errors with a file or on the way, the first is the ad's end; 409 and 410 are none, and are told each time.
+  // Of errors with a file or on the way, the first is the ad's end; 409, 410, 603 and 604 are none, and are told each time.
   void failed(VASTError error);
 
   // Where the click leads; nothing when the ad leads nowhere.
@@ -100,13 +98,14 @@ class VELTO_EXPORT VASTTracker {
   void planMoments();
   void passUpTo(double seconds);
   void tell(std::string_view event);
-  void send(const std::vector<std::string>& urls, const VASTMacros& macros) const;
+  void send(std::string_view event, const std::vector<std::string>& urls, const VASTMacros& macros) const;
   VASTMacros macrosNow() const;
   bool isPlaying() const { return state_ == State::Playing; }
 
   VASTAd ad_;
   VASTMacros macros_;
   std::function<void(std::string_view)> told_;
+  Heard heard_;
   std::optional<VASTMediaFile> file_;
   State state_ = State::Waiting;
   std::optional<double> duration_;

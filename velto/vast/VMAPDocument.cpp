@@ -106,7 +106,7 @@ Handle resolveVMAPSource(const VMAPAdSource& source, VASTSettings settings,
   if (const auto url = NSURL::URLByEscaping(settings.macros.expanded(source.adTag)))
     return VASTResolver::resolve(*url, std::move(settings), std::move(completion));
   VASTDocument none;
-  none.error = VASTError::Undefined;
+  none.error = VASTError::Wrapper;  // no address
   return VASTResolver::resolve(std::move(none), std::move(settings), std::move(completion));
 }
 

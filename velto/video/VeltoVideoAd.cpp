@@ -8,12 +8,12 @@ namespace velto {
 
 std::shared_ptr<VeltoVideoAd> VeltoVideoAd::make(const Delegate& delegate) {
   std::shared_ptr<VeltoVideoAd> made(new VeltoVideoAd);
-  made->break_ = std::make_shared<VideoAdBreak>(made, delegate);
+  made->break_ = VideoAdBreak::make(made, delegate);
   return made;
 }
 
 VeltoVideoAd::~VeltoVideoAd() {
-  if (break_) break_->letGo();  // none: there was no platform
+  if (break_) break_->letGo(VeltoAdEndReason::ControllerGone);  // none: there was no platform
 }
 
 void VeltoVideoAd::setSettings(const VeltoVideoAdSettings& settings) {
@@ -42,6 +42,18 @@ bool VeltoVideoAd::playIn(const std::shared_ptr<UIView>& view) {
 
 bool VeltoVideoAd::playOver(const std::shared_ptr<UIViewController>& controller) {
   return break_->playOver(controller);
+}
+
+std::vector<VeltoAdTimeline> VeltoVideoAd::veltoAdTimeline() const {
+  return break_->placement().timelines();
+}
+
+void VeltoVideoAd::addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer) {
+  break_->placement().observe(std::move(observer));
+}
+
+void VeltoVideoAd::setPlacement(const std::string& name) {
+  break_->placement().setName(name);
 }
 
 void VeltoVideoAd::pause() {

@@ -10,9 +10,10 @@
 #pragma once
 
 #include "velto/Export.h"
+#include "velto/timeline/VeltoAdTimeline.h"
 #include "velto/video/VeltoVideoAdDelegate.h"
+#include "velto/video/VeltoVideoAdSettings.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,36 +27,6 @@ class UIView;
 class UIViewController;
 class VideoAdBreak;
 struct VMAPAdSource;
-
-// Where the ads stand in the application's video.
-enum class VeltoVideoAdPosition : uint8_t { Preroll, Midroll, Postroll, Standalone };
-
-struct VeltoVideoAdSettings {
-  VeltoVideoAdPosition position = VeltoVideoAdPosition::Preroll;
-  bool startsMuted = false;
-  float volume = 1;           // 0 … 1; the output volume comes on top
-  bool showsControls = true;  // false: the application has its own, and calls the operations below
-  // Documents: wrappers inside one another, the time for each answer, and for all of a load.
-  size_t mostWrappers = 5;
-  std::chrono::milliseconds answerTimeout = std::chrono::seconds(5), loadTimeout = std::chrono::seconds(20);
-  // Files: until the first picture, and as long as one may stand still for lack of data. Then the next file is tried.
-  std::chrono::milliseconds fileTimeout = std::chrono::seconds(8);
-  std::optional<double> longest = {};  // seconds; longer ads are refused
-  std::optional<double> bandwidth =
-      {};                        // kilobits a second, where the application knows it: chooses among files
-  bool onlySecureFiles = false;  // by https
-  // For the macros of addresses; empty: not known.
-  std::string contentURL = {}, contentIdentifier = {}, consent = {}, regulations = {};
-  // Whose verification scripts are not run.
-  std::vector<std::string> refusedVendors = {};
-};
-
-// An ad that belongs beside the player.
-struct VeltoVideoAdCompanion {
-  std::string identifier, slot, alternativeText;
-  double width = 0, height = 0;  // points
-  bool isEndCard = false;        // for after the video, in its place
-};
 
 class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideoAd> {
  public:
@@ -105,6 +76,12 @@ class VELTO_EXPORT VeltoVideoAd : public std::enable_shared_from_this<VeltoVideo
   // is a page that loads by itself; once it is in a window it counts as shown, and it leaves with its ad. Null when there is none.
   std::vector<VeltoVideoAdCompanion> companions() const;
   std::shared_ptr<UIView> companionView(size_t place) const;
+
+  // What became of its last loads, oldest first (VeltoAdTimeline.h).
+  std::vector<VeltoAdTimeline> veltoAdTimeline() const;
+  void addTimelineObserver(std::weak_ptr<VeltoAdTimelineObserver> observer);
+  // What timelines, logs and figures call it, of loads to come: "video" unless said.
+  void setPlacement(const std::string& name);
 
  private:
   VeltoVideoAd() = default;

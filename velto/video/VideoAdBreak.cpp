@@ -1,62 +1,26 @@
-// Loads, pods, spare ads.
+// Pods, spare ads, the place where they play.
 #include "velto/video/VideoAdBreak.h"
 
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
-#include "velto/platform/NSBundle.h"
 #include "velto/platform/Platform.h"
-#include "velto/platform/foundation/Text.h"
 
-#include <cmath>
-#include <iterator>
+#include <algorithm>
 #include <utility>
 
 namespace velto {
-namespace {
 
-const char* explanationOf(VASTError error) {
-  switch (error) {
-    case VASTError::NotXML:
-      return "the document is not XML";
-    case VASTError::NotVAST:
-      return "the document lacks what it must have";
-    case VASTError::VersionNotSupported:
-      return "the document is of a version that is not read";
-    case VASTError::Trafficking:
-    case VASTError::WrongLinearity:
-      return "the ad is of a kind that is not played here";
-    case VASTError::WrongDuration:
-      return "the ad is too long";
-    case VASTError::CategoryMissing:
-    case VASTError::CategoryBlocked:
-      return "the ad's category is not wanted";
-    case VASTError::WrapperTimeout:
-      return "no answer came in time";
-    case VASTError::WrapperLimit:
-      return "too many wrappers";
-    case VASTError::NoAdsAfterWrapper:
-      return "there is no ad";
-    case VASTError::NotShownInTime:
-      return "the ad is too old by now";
-    case VASTError::FileNotFound:
-      return "the ad's file was not found";
-    case VASTError::FileTimeout:
-      return "the ad's file did not come in time";
-    case VASTError::NoSupportedFile:
-      return "none of the ad's files can be played here";
-    case VASTError::FileNotShown:
-      return "the ad's file cannot be decoded, or breaks off";
-    default:
-      return "the ad cannot be shown";
-  }
+std::shared_ptr<VideoAdBreak> VideoAdBreak::make(std::weak_ptr<VeltoVideoAd> ad,
+                                                 std::weak_ptr<VeltoVideoAdDelegate> delegate) {
+  std::shared_ptr<VideoAdBreak> made(new VideoAdBreak(std::move(ad), std::move(delegate)));
+  made->list(made->weak_from_this());
+  return made;
 }
-
-}  // namespace
 
 VideoAdBreak::VideoAdBreak(std::weak_ptr<VeltoVideoAd> ad, std::weak_ptr<VeltoVideoAdDelegate> delegate)
     : ad_(std::move(ad)), delegate_(std::move(delegate)) {
   platformGoes_ = Platform::current().notificationCenter().addObserver(
-      notificationPlatformWillGo, [this](const NSNotification&) { letGo(); });
+      notificationPlatformWillGo, [this](const NSNotification&) { letGo(Why::PlatformGone); });
 }
 
 // The ad may go inside: nothing of it is touched afterwards.
@@ -67,150 +31,30 @@ void VideoAdBreak::tell(const Call& call) {
   if (ad && delegate) call(*delegate, *ad);
 }
 
-void VideoAdBreak::tellFailure(VASTError error) {
-  tell([&](auto& to, auto& ad) {
-    to.veltoVideoAdDidFail(ad, {static_cast<int>(error), explanationOf(error)});
-  });
-}
-
-// --- loading
-
-// `again`: the same load, for later.
-bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
-  if (!Platform::currentOrNull()) return false;
-  if (state_ == State::Playing) {
-    if (isStopped_ || (endsWithThis_ && pod_.empty() && !upcoming_)) later_ = again;
-    return false;
-  }
-  state_ = State::Loading;
-  later_ = nullptr;
-  isStopped_ = false;
-  ++load_;
-  loadedWith_ = settings_;
-  *sound_ = {settings_.startsMuted, settings_.volume};
-  pod_.clear();
-  spare_.clear();
-  resolving_.cancel();
-  return true;
-}
-
-VASTMacros VideoAdBreak::macros() const {
-  VASTMacros macros;
-  const auto set = [&](VASTMacro macro, const std::string& value) {
-    if (!value.empty()) macros.set(macro, value);
-  };
-  // The place in the content, that this is a player in the stream, and what it reads and does, by the standard's numbers.
-  set(VASTMacro::BreakPosition, std::to_string(static_cast<int>(loadedWith_.position) + 1));
-  set(VASTMacro::PlacementType, "1");
-  using Words = std::vector<std::string>;
-  macros.set(VASTMacro::VASTVersions, Words{"2", "3", "5", "6", "7", "8", "11", "12", "13", "14"});
-  macros.set(VASTMacro::APIFrameworks, "7");
-  macros.set(VASTMacro::PlayerCapabilities, Words{"skip", "mute", "autoplay", "mautoplay", "icon"});
-  set(VASTMacro::OMIDPartner, VideoMeasurement::partner());
-  set(VASTMacro::ContentURI, loadedWith_.contentURL);
-  set(VASTMacro::ContentId, loadedWith_.contentIdentifier);
-  set(VASTMacro::GDPRConsent, loadedWith_.consent);
-  set(VASTMacro::Regulations, loadedWith_.regulations);
-  set(VASTMacro::AppBundle, Platform::current().mainBundle().bundleIdentifier().value_or(""));
-  if (screen_) {
-    const auto size = screen_->stage()->bounds().size;
-    macros.set(VASTMacro::PlayerSize,
-               Words{numberText(std::round(size.width)), numberText(std::round(size.height))});
-  }
-  return macros;
-}
-
-VASTSettings VideoAdBreak::resolverSettings() const {
-  VASTSettings made;
-  made.mostWrappers = loadedWith_.mostWrappers;
-  made.timeout = loadedWith_.answerTimeout;
-  made.wholeTimeout = loadedWith_.loadTimeout;
-  made.longest = loadedWith_.longest;
-  made.macros = macros();
-  return made;
-}
-
-void VideoAdBreak::load(const std::string& address) {
-  if (!beginLoad([address](VideoAdBreak& self) { self.load(address); })) return;
-  const auto url = NSURL::URLByEscaping(macros().expanded(address));
-  const auto of = load_;
-  const auto weak = weak_from_this();
-  if (!url || !url->host()) {
-    return Platform::current().mainQueue().post([weak, of] {
-      const auto alive = weak.lock();
-      if (alive && alive->load_ == of) alive->loadFailed(VASTError::Wrapper);
-    });
-  }
-  resolving_ = VASTResolver::resolve(*url, resolverSettings(), whenResolved());
-}
-
-void VideoAdBreak::load(const VMAPAdSource& source) {
-  if (!beginLoad([source](VideoAdBreak& self) { self.load(source); })) return;
-  resolving_ = resolveVMAPSource(source, resolverSettings(), whenResolved());
-}
-
-// Reading a large one takes longer than a frame may.
-void VideoAdBreak::loadDocument(const std::string& text) {
-  if (!beginLoad([text](VideoAdBreak& self) { self.loadDocument(text); })) return;
-  Platform::current().performInBackground([weak = weak_from_this(), of = load_, text] {
-    const auto document = std::make_shared<VASTDocument>(VASTDocument::read(text));
-    auto* platform = Platform::currentOrNull();
-    if (!platform) return;
-    platform->mainQueue().post([weak, of, document] {
-      const auto alive = weak.lock();
-      if (alive && alive->load_ == of) alive->resolve(std::move(*document));
-    });
-  });
-}
-
-void VideoAdBreak::resolve(VASTDocument document) {
-  resolving_ = VASTResolver::resolve(std::move(document), resolverSettings(), whenResolved());
-}
-
-VASTResolver::Completion VideoAdBreak::whenResolved() {
-  return [weak = weak_from_this(), of = load_](VASTResolution found) {
-    const auto alive = weak.lock();
-    if (alive && alive->load_ == of) alive->loaded(std::move(found));
-  };
-}
-
-void VideoAdBreak::loaded(VASTResolution found) {
-  if (state_ != State::Loading) return;
-  if (found.pod.empty()) return loadFailed(found.error.value_or(VASTError::NoAdsAfterWrapper));
-  pod_.assign(std::make_move_iterator(found.pod.begin()), std::make_move_iterator(found.pod.end()));
-  spare_.assign(std::make_move_iterator(found.spare.begin()), std::make_move_iterator(found.spare.end()));
-  number_ = 0;
-  count_ = pod_.size();
-  loadedAt_ = Platform::current().clock().monotonicSeconds();
-  state_ = State::Ready;
-  tell([](auto& to, auto& ad) { to.veltoVideoAdDidLoad(ad); });
-}
-
-void VideoAdBreak::loadFailed(VASTError error) {
-  if (state_ != State::Loading) return;
-  state_ = State::Empty;
-  ++load_;
-  tellFailure(error);
-}
-
 // --- playing
 
 bool VideoAdBreak::playIn(const std::shared_ptr<UIView>& view) {
-  if (state_ != State::Ready || !view || !view->isInWindow()) return false;
+  if (state_ != State::Ready || !view || !view->isInWindow()) return cannotPlay();
   auto screen = VideoAdScreen::make(loadedWith_.showsControls);
   screen->fill(view);
   return begin(std::move(screen));
 }
 
 bool VideoAdBreak::playOver(const std::shared_ptr<UIViewController>& controller) {
-  if (state_ != State::Ready || !controller || !controller->canPresent()) return false;
+  if (state_ != State::Ready || !controller || !controller->canPresent()) return cannotPlay();
   auto screen = VideoAdScreen::make(loadedWith_.showsControls);
   screen->presentOver(controller, nullptr);
   return begin(std::move(screen));
 }
 
+bool VideoAdBreak::cannotPlay() {
+  if (loadRecord_ && state_ == State::Ready) loadRecord_->showFailed(Why::WindowNotOnScreen);
+  return false;
+}
+
 bool VideoAdBreak::begin(std::shared_ptr<VideoAdScreen> screen) {
-  state_ = State::Playing;
+  loadRecord_->add(VeltoTimelineKind::ShowAsked, VeltoAskedBy::Application);
+  setState(State::Playing);
   screen_ = std::move(screen);
   // Never inside the application's call.
   Platform::current().mainQueue().post([weak = weak_from_this(), of = load_] {
@@ -242,26 +86,52 @@ void VideoAdBreak::adNearsEnd() {
   upcoming_->prepare();
 }
 
-bool VideoAdBreak::isTooOld(const VASTAd& ad) const {
-  return ad.expires && Platform::current().clock().monotonicSeconds() - loadedAt_ > *ad.expires;
+// What speaks against it when its turn has come.
+std::optional<VASTError> VideoAdBreak::faultNow(const VASTAd& ad) const {
+  if (ad.expires && Platform::current().clock().monotonicSeconds() - loadedAt_ > *ad.expires)
+    return VASTError::NotShownInTime;
+  const auto can = std::count_if(ad.companions.begin(), ad.companions.end(), VideoAdPage::canShow);
+  const bool lacksSome = can < static_cast<std::ptrdiff_t>(ad.companions.size());
+  const bool lacksRequired = ad.companionsRequired == VASTCompanionsRequired::All   ? lacksSome
+                             : ad.companionsRequired == VASTCompanionsRequired::Any ? lacksSome && can == 0
+                                                                                    : false;
+  return lacksRequired ? std::optional(VASTError::CompanionRequired) : std::nullopt;
+}
+
+// The servers of those whose turn does not come.
+void VideoAdBreak::tellShortened() {
+  if (state_ != State::Playing) return;
+  if (const auto next = std::exchange(upcoming_, nullptr)) {
+    next->close();
+    pod_.push_front(next->tracker().ad());
+  }
+  for (const auto& ad : std::exchange(pod_, {})) {
+    const auto place = ++number_;
+    VideoAdNotes(loadRecord_, place).failed(VASTError::BreakShortened);
+    VASTTracker tracker(ad, macros());
+    tracker.observeSent(VideoAdNotes(loadRecord_, place).receipts());
+    tracker.failed(VASTError::BreakShortened);
+  }
 }
 
 std::shared_ptr<VideoAdShow> VideoAdBreak::makeShow(VASTAd ad, size_t number) {
-  return std::make_shared<VideoAdShow>(std::move(ad), macros(),
-                                       VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number, count_,
-                                                                 isFullscreen_ || screen_->isWhole()},
-                                       weak_from_this());
+  return std::make_shared<VideoAdShow>(
+      std::move(ad), macros(),
+      VideoAdShow::Surroundings{loadedWith_, screen_, sound_, number, count_,
+                                isFullscreen_ || screen_->isWhole(), loadRecord_},
+      weak_from_this());
 }
 
 void VideoAdBreak::play(std::shared_ptr<VideoAdShow> show) {
   removeCompanions();
   show_ = std::move(show);
   const auto begins = show_;  // the next one may take its place inside
-  if (isTooOld(begins->tracker().ad())) begins->refuse(VASTError::NotShownInTime);
+  if (const auto fault = faultNow(begins->tracker().ad())) begins->refuse(*fault);
   begins->begin();
 }
 
 void VideoAdBreak::adStarted() {
+  if (!loadRecord_->has(VeltoTimelineKind::Appeared)) loadRecord_->add(VeltoTimelineKind::Appeared);
   const auto show = show_;
   tell([&](auto& to, auto& ad) { to.veltoVideoAdDidStart(ad, show->info()); });
 }
@@ -278,7 +148,7 @@ void VideoAdBreak::adPressed() {
   tell([](auto& to, auto& ad) { to.veltoVideoAdDidPress(ad); });
 }
 
-void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
+void VideoAdBreak::adEnded(VideoAdEnd how, std::optional<VASTError> error, bool hadStarted) {
   const auto self = shared_from_this();
   endsWithThis_ = how != VideoAdEnd::Failed || hadStarted || spare_.empty();
   switch (how) {
@@ -294,13 +164,47 @@ void VideoAdBreak::adEnded(VideoAdEnd how, VASTError error, bool hadStarted) {
         spare_.pop_front();
         return play(makeShow(std::move(ad), number_));
       }
-      tellFailure(error);
+      tellFailure(error.value_or(VASTError::Linear));
       break;
     case VideoAdEnd::Closed:
+    case VideoAdEnd::Left:
+      why_ = how == VideoAdEnd::Left ? Why::ClosedByPerson : Why::Removed;
       return finish();
   }
   endsWithThis_ = false;
   if (state_ == State::Playing && screen_) next();  // else the application has stopped it meanwhile
+}
+
+// Where nothing was seen, and nobody took it away, no ad could be played.
+VideoAdBreak::Why VideoAdBreak::whyFinished() const {
+  const bool wasSeen = loadRecord_->has(VeltoTimelineKind::Appeared);
+  return why_.value_or(wasSeen ? Why::VideoOver : Why::VideoFileFailed);
+}
+
+void VideoAdBreak::endLoad(Why why) {
+  if (const auto ending = std::exchange(loadRecord_, nullptr)) {
+    if (ending->has(VeltoTimelineKind::Appeared)) ending->add(VeltoTimelineKind::Disappeared);
+    ending->end(why);
+  }
+  why_.reset();
+}
+
+void VideoAdBreak::setState(State state) {
+  if (std::exchange(state_, state) != state) tellChanged();
+}
+
+const char* VideoAdBreak::stateName() const {
+  switch (state_) {
+    case State::Loading:
+      return "loading";
+    case State::Ready:
+      return "ready";
+    case State::Playing:
+      return "playing";
+    case State::Empty:
+      break;
+  }
+  return "empty";
 }
 
 void VideoAdBreak::finish() {
@@ -308,7 +212,9 @@ void VideoAdBreak::finish() {
   const auto self = shared_from_this();
   isStopped_ = endsWithThis_ = false;
   const auto of = load_ + 1;
-  state_ = State::Empty;
+  tellShortened();
+  endLoad(whyFinished());
+  setState(State::Empty);
   ++load_;
   pod_.clear();
   spare_.clear();
@@ -330,11 +236,13 @@ void VideoAdBreak::stop() {
   later_ = nullptr;
   ++load_;
   if (state_ != State::Playing) {
-    state_ = State::Empty;
-    return;
+    endLoad(Why::Removed);
+    return setState(State::Empty);
   }
   isStopped_ = true;
+  why_ = Why::Removed;
   if (show_) show_->close();
+  tellShortened();
   // The application hears of it in a later turn, as of all else.
   Platform::current().mainQueue().post([weak = weak_from_this(), of = load_] {
     const auto alive = weak.lock();
@@ -343,15 +251,17 @@ void VideoAdBreak::stop() {
   removeScreen();
 }
 
-void VideoAdBreak::letGo() {
+void VideoAdBreak::letGo(Why why) {
   const auto self = shared_from_this();
   ad_.reset();
   delegate_.reset();
   resolving_.cancel();
-  later_ = nullptr;
+  later_ = lastLoad_ = nullptr;
+  if (show_) show_->close();
+  tellShortened();
   state_ = State::Empty;
   ++load_;
-  if (show_) show_->close();
+  endLoad(why);
   removeScreen();
   removeCompanions();
 }
@@ -393,6 +303,9 @@ std::shared_ptr<UIView> VideoAdBreak::companionView(size_t place) {
                               [of, place]() -> std::optional<std::string> {
                                 const auto show = of.lock();
                                 return show ? show->tracker().companionClicked(place) : std::nullopt;
+                              },
+                              [of] {
+                                if (const auto show = of.lock()) show->companionFailed();
                               }});
   }
   return page ? page->view() : nullptr;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "velto/platform/Handle.h"
+#include "velto/timeline/InspectedPlacement.h"
 #include "velto/vast/VASTResolver.h"
 #include "velto/vast/VMAPDocument.h"
 #include "velto/video/VeltoVideoAd.h"
@@ -18,11 +19,15 @@
 
 namespace velto {
 
-class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, public VideoAdListener {
+class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
+                           public VideoAdListener,
+                           public InspectedPlacement {
  public:
   using State = VeltoVideoAd::State;
+  using Why = VeltoAdEndReason;
 
-  VideoAdBreak(std::weak_ptr<VeltoVideoAd> ad, std::weak_ptr<VeltoVideoAdDelegate> delegate);
+  static std::shared_ptr<VideoAdBreak> make(std::weak_ptr<VeltoVideoAd> ad,
+                                            std::weak_ptr<VeltoVideoAdDelegate> delegate);
 
   void setSettings(const VeltoVideoAdSettings& settings) { settings_ = settings; }
   void load(const std::string& url);
@@ -31,7 +36,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   bool playIn(const std::shared_ptr<UIView>& view);
   bool playOver(const std::shared_ptr<UIViewController>& controller);
   void stop();
-  void letGo();  // the end, of which nobody here hears
+  void letGo(Why why);  // the end, of which nobody here hears
 
   State state() const { return state_; }
   const std::shared_ptr<VideoAdSound>& sound() const { return sound_; }
@@ -42,16 +47,24 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   const std::shared_ptr<VideoAdShow>& show() const { return show_; }
   std::shared_ptr<UIView> companionView(size_t place);
 
+  PlacementRecord& placement() { return *placement_; }
+  std::shared_ptr<const PlacementRecord> record() const override { return placement_; }
+  const char* kindName() const override { return "video ad"; }
+  const char* stateName() const override;
+  void reload() override;
+  bool simulate(Why) override { return false; }
+
   void adStarted() override;
   void adPassed(VeltoVideoAdQuartile quartile) override;
   void adPaused(bool paused) override;
   void adPressed() override;
   void adNearsEnd() override;
-  void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) override;
+  void adEnded(VideoAdEnd how, std::optional<VASTError> error, bool hadStarted) override;
 
  private:
   using Call = std::function<void(VeltoVideoAdDelegate&, VeltoVideoAd&)>;
 
+  VideoAdBreak(std::weak_ptr<VeltoVideoAd> ad, std::weak_ptr<VeltoVideoAdDelegate> delegate);
   bool beginLoad(const std::function<void(VideoAdBreak&)>& again);
   void resolve(VASTDocument document);
   VASTResolver::Completion whenResolved();
@@ -60,11 +73,16 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   void loaded(VASTResolution found);
   void loadFailed(VASTError error);
   bool begin(std::shared_ptr<VideoAdScreen> screen);
+  bool cannotPlay();
   void next();
-  bool isTooOld(const VASTAd& ad) const;
+  std::optional<VASTError> faultNow(const VASTAd& ad) const;
+  void tellShortened();
   std::shared_ptr<VideoAdShow> makeShow(VASTAd ad, size_t number);
   void play(std::shared_ptr<VideoAdShow> show);
   void finish();
+  void setState(State state);
+  void endLoad(Why why);
+  Why whyFinished() const;
   void removeScreen();
   void removeCompanions();
   void tell(const Call& call);
@@ -75,7 +93,14 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>, pu
   VeltoVideoAdSettings settings_, loadedWith_;
   State state_ = State::Empty;
   uint64_t load_ = 0;  // which one is the valid one
+  const std::shared_ptr<PlacementRecord> placement_ = std::make_shared<PlacementRecord>("video");
+  std::shared_ptr<LoadRecord> loadRecord_;
+  std::optional<Why> why_;                       // the load ends, if not of itself
+  std::function<void(VideoAdBreak&)> lastLoad_;  // as the application asked for it
+  VeltoAskedBy askedBy_ = VeltoAskedBy::Application;
   Handle resolving_, platformGoes_;
+  bool isMediaReady_ = false;
+  std::optional<VASTResolution> found_;  // that waits for that
   std::deque<VASTAd> pod_, spare_;
   size_t number_ = 0, count_ = 0;  // of the ad that plays
   std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();

@@ -20,6 +20,7 @@ constexpr double pillFontSize = 14;
 constexpr double letterWidth = 0.56;  // of the font's size, on the average and generously
 constexpr double pillMargin = 12;
 constexpr double gap = 8;
+constexpr double leastScale = 0.65;  // of all of these, in a small view
 constexpr double playedHeight = 4;
 constexpr double pillLevel = 0.07, pillAlpha = 0.72, rimAlpha = 0.35, unplayedAlpha = 0.3, dimmed = 0.75;
 
@@ -51,8 +52,10 @@ class Pill final : public UIButton {
     setTitleColor(UIColor::colorWithWhite(1, dimmed), UIControlStateDisabled);
   }
   bool staysInFront() const override { return true; }  // of icons, which come later
+  // Large letters have the usual room around them; in a small view both are smaller.
   double wantedWidth(double scale) const {
-    return static_cast<double>(letters(title())) * pillFontSize * letterWidth * scale + 2 * pillPadding;
+    return static_cast<double>(letters(title())) * pillFontSize * letterWidth * scale +
+           2 * pillPadding * std::min(scale, 1.0);
   }
   void layoutSubviews() override {
     const bool opaque = Platform::current().application().isReduceTransparencyEnabled();
@@ -165,30 +168,47 @@ void VideoAdControls::show(const State& state) {
     line.size.width *= state.played;
     played_->setFrame(line);
   }
-  if (before.leadsSomewhere != state.leadsSomewhere) setNeedsLayout();
+  if (before.leadsSomewhere != state.leadsSomewhere || before.skippable != state.skippable) setNeedsLayout();
 }
 
 void VideoAdControls::layoutSubviews() {
   surface_->setFrame(bounds());
   const CGRect area = safeAreaFrame();
-  // Letters may be large, as far as there is room for what stands side by side.
   const auto wide = [](const std::shared_ptr<UIButton>& button, double scale) {
     return static_cast<const Pill&>(*button).wantedWidth(scale);
   };
-  const double usual = wide(play_, 1) + wide(mute_, 1) + wide(skip_, 1) + 2 * gap + 2 * pillMargin;
-  const double scale = std::clamp(Platform::current().application().textScale(), 1.0,
-                                  std::max(1.0, area.size.width / std::max(usual, 1.0)));
-  const double height = pillHeight * scale;
-  const double bottom = area.maxY() - playedHeight - pillMargin - height;
-  const double top = area.minY() + pillMargin;
-  const auto place = [&](const std::shared_ptr<UIButton>& button, double x, double y) {
-    button->setFrame({{x, y}, {wide(button, scale), height}});
-    return x + wide(button, scale) + gap;
+  // Letters may be large, as far as there is room for what stands side by side, and are smaller in a small view.
+  const auto usual = [&](std::initializer_list<std::shared_ptr<UIButton>> row) {
+    double all = 2 * pillMargin;
+    for (const auto& button : row)
+      if (!button->isHidden()) all += wide(button, 1) + gap;
+    return std::max(all - gap, 1.0);
   };
-  place(label_, area.minX() + pillMargin, top);
-  place(more_, area.maxX() - pillMargin - wide(more_, scale), top);
-  place(mute_, place(play_, area.minX() + pillMargin, bottom), bottom);
-  place(skip_, area.maxX() - pillMargin - wide(skip_, scale), bottom);
+  const double needed = std::max(usual({label_, more_}), usual({play_, mute_, skip_}));
+  const double scale = std::clamp(area.size.width / needed, leastScale,
+                                  std::max(1.0, Platform::current().application().textScale()));
+  const double small = std::min(scale, 1.0), margin = pillMargin * small, space = gap * small;
+  const double height = pillHeight * scale;
+  const double right = area.maxX() - margin, left = area.minX() + margin;
+  const double bottom = area.maxY() - playedHeight - margin - height;
+  // Where even that is not enough, what stands on the right has a row of its own.
+  const auto placeRow = [&](std::initializer_list<std::shared_ptr<UIButton>> lefts,
+                            const std::shared_ptr<UIButton>& last, double y, double step) {
+    double x = left;
+    for (const auto& button : lefts) {
+      const double width = std::min(wide(button, scale), std::max(0.0, right - x));
+      button->setFrame({{x, y}, {width, height}});
+      static_cast<Pill&>(*button).setTitleFontSize(pillFontSize * small);
+      if (!button->isHidden()) x += width + space;
+    }
+    const double width = std::min(wide(last, scale), std::max(0.0, right - left));
+    constexpr double rounding = 0.5;
+    const bool hasRoom = last->isHidden() || x + width <= right + rounding;
+    last->setFrame({{right - width, hasRoom ? y : y + step}, {width, height}});
+    static_cast<Pill&>(*last).setTitleFontSize(pillFontSize * small);
+  };
+  placeRow({label_}, more_, area.minY() + margin, height + space);
+  placeRow({play_, mute_}, skip_, bottom, -height - space);
   const CGRect line{{area.minX(), area.maxY() - playedHeight}, {area.size.width, playedHeight}};
   track_->setFrame(line);
   played_->setFrame({line.origin, {line.size.width * state_.played, playedHeight}});

@@ -44,6 +44,7 @@ void VideoAdMedia::next(VASTError why) {
   drop();
   auto* platform = Platform::currentOrNull();
   if (!listener_ || !platform) return;
+  const bool isAnother = tried_ > 0;
   std::shared_ptr<AVAsset> asset;
   while (!asset && tried_ < files_.size()) {
     const auto url = NSURL::URLByEscaping(files_[tried_++].url);
@@ -51,6 +52,8 @@ void VideoAdMedia::next(VASTError why) {
     if (!asset) why = VASTError::FileNotFound;
   }
   if (!asset) return std::exchange(listener_, nullptr)->mediaFailed(why);
+  if (isAnother) listener_->mediaPassesOver(why);
+  listener_->mediaTries(files_[tried_ - 1]);
   player_ = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
   player_->setVolume(volume_);
   player_->setEventHandler([weak = weak_from_this()](AVPlayerEvent event) {
@@ -80,8 +83,10 @@ void VideoAdMedia::heard(AVPlayerEvent event) {
     }
     case AVPlayerEvent::FailedToPlay: {
       const auto& error = player_->error();
-      const bool isMissing = !ready_ && error && error->cause == NSErrorCause::NotFound;
-      const auto why = isMissing ? VASTError::FileNotFound : VASTError::FileNotShown;
+      const auto cause = !ready_ && error ? error->cause : NSErrorCause::Unknown;
+      const auto why = cause == NSErrorCause::NotFound            ? VASTError::FileNotFound
+                       : cause == NSErrorCause::EngineUnavailable ? VASTError::Linear
+                                                                  : VASTError::FileNotShown;
       // What has begun is not begun again.
       return ready_ ? std::exchange(listener_, nullptr)->mediaFailed(why) : next(why);
     }

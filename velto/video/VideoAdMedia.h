@@ -16,6 +16,8 @@ namespace velto {
 
 class VideoAdMediaListener {
  public:
+  virtual void mediaTries(const VASTMediaFile& file) = 0;
+  virtual void mediaPassesOver(VASTError error) = 0;       // the file it tried, for the next one
   virtual void mediaReady(const VASTMediaFile& file) = 0;  // the first picture is there; it does not play yet
   virtual void mediaStalled(bool stalled) = 0;             // waits for data, or does no more
   virtual void mediaEnded() = 0;

@@ -12,6 +12,8 @@ namespace {
 
 constexpr unsigned fillsThePage = UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight;
 
+constexpr char failedAddress[] = "velto://failLoad";  // as the pages of banners say it
+
 constexpr char pageHead[] =
     "<!DOCTYPE html><html><head><meta charset=\"utf-8\">"
     "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"><style>"
@@ -61,7 +63,8 @@ std::string pageOf(const VASTResource& resource, const VideoAdPage::Content& con
   switch (resource.kind) {
     case VASTResource::Kind::Static:
       inside = "<img src=\"" + escapedForAttribute(resource.content) + "\" alt=\"" +
-               escapedForAttribute(content.alternativeText) + "\">";
+               escapedForAttribute(content.alternativeText) + "\" onerror=\"location='" + failedAddress +
+               "'\">";
       if (!content.clickThrough.empty())
         inside = "<a href=\"" + escapedForAttribute(content.clickThrough) + "\">" + inside + "</a>";
       break;
@@ -79,6 +82,10 @@ std::string pageOf(const VASTResource& resource, const VideoAdPage::Content& con
 }
 
 }  // namespace
+
+bool VideoAdPage::canShow(const VASTCompanion& companion) {
+  return bestOf(companion.resources) != nullptr;
+}
 
 std::shared_ptr<VideoAdPage> VideoAdPage::make(const Content& content, CGSize size, Actions actions) {
   const auto* resource = bestOf(content.resources);
@@ -118,6 +125,10 @@ void VideoAdPage::look() {
 void VideoAdPage::webView(WKWebView&, const WKNavigationAction& action,
                           const DecisionHandler& decisionHandler) {
   const auto alive = shared_from_this();
+  if (action.requestURL && action.requestURL->scheme() == "velto") {
+    decisionHandler(WKNavigationActionPolicy::Cancel);
+    return action.requestURL->absoluteString() == failedAddress ? fail() : void();
+  }
   if (action.navigationType != WKNavigationType::LinkActivated || !action.requestURL)
     return decisionHandler(WKNavigationActionPolicy::Allow);
   const auto wanted = actions_.clicked ? actions_.clicked() : std::nullopt;
@@ -133,6 +144,15 @@ void VideoAdPage::webView(WKWebView&, const WKNavigation&) {
 }
 
 void VideoAdPage::webView(WKWebView&, const WKNavigation&, const NSError&) {
-}  // it stays empty, and was not shown
+  fail();
+}
+
+// It stays empty, and was not shown.
+void VideoAdPage::fail() {
+  if (loaded_ && told_) return;
+  loaded_ = false;
+  told_ = true;
+  if (const auto failed = std::exchange(actions_.failed, nullptr)) failed();
+}
 
 }  // namespace velto

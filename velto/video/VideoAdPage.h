@@ -24,8 +24,10 @@ class VideoAdPage final : public UIViewController, public WKNavigationDelegate {
     std::function<void()> shown;  // the first time that it has loaded and is in a window
     // A person clicked; gives where the ad wants that to lead, or nothing for where the link leads.
     std::function<std::optional<std::string>()> clicked;
+    std::function<void()> failed = {};  // once: its picture, or all of it, cannot be had
   };
 
+  static bool canShow(const VASTCompanion& companion);
   // Null when none of the resources can be drawn.
   static std::shared_ptr<VideoAdPage> make(const Content& content, CGSize size, Actions actions);
 
@@ -39,6 +41,7 @@ class VideoAdPage final : public UIViewController, public WKNavigationDelegate {
  private:
   VideoAdPage() = default;
   void look();
+  void fail();
 
   Actions actions_;
   std::shared_ptr<WKWebView> page_;

@@ -7,10 +7,12 @@
 #include "velto/platform/UIDevice.h"
 #include "velto/platform/foundation/Text.h"
 #include "velto/vast/VASTMediaChoice.h"
+#include "velto/video/VideoAdPage.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <set>
 #include <utility>
 
 namespace velto {
@@ -59,6 +61,7 @@ VideoAdShow::VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around,
                          std::weak_ptr<VideoAdListener> listener)
     : tracker_(std::move(ad), std::move(macros)),
       around_(std::move(around)),
+      notes_(around_.record, around_.number),
       listener_(std::move(listener)),
       icons_(tracker_.ad().linear->icons, {[this](size_t icon) { tracker_.iconShown(icon); },
                                            [this](size_t icon) { return tracker_.iconClicked(icon); }}),
@@ -84,7 +87,8 @@ void VideoAdShow::prepare() {
   };
   surroundings.width = size.width * scale;
   surroundings.height = size.height * scale;
-  surroundings.bandwidth = around_.settings.bandwidth;
+  surroundings.bandwidth =
+      around_.settings.bandwidth ? around_.settings.bandwidth : platform.media().bandwidth();
   surroundings.onlySecure = around_.settings.onlySecureFiles;
   media_ = std::make_shared<VideoAdMedia>(chooseVASTMedia(tracker_.ad().linear->mediaFiles, surroundings),
                                           around_.settings.fileTimeout, *this);
@@ -95,13 +99,7 @@ void VideoAdShow::begin() {
   const auto self = shared_from_this();
   hasBegun_ = true;
   around_.screen->setListener(weak_from_this());
-  tracker_.observe([this](std::string_view event) {
-    for (const auto& [name, quartile, measured] : quartiles) {
-      if (event != name) continue;
-      if (measurement_) measurement_->tell(measured);
-      passed_.push_back(quartile);
-    }
-  });
+  observe();
   measurement_ = std::make_unique<VideoMeasurement>(around_.screen->stage(), [weak = weak_from_this()] {
     if (const auto alive = weak.lock()) alive->look();
   });
@@ -115,9 +113,23 @@ void VideoAdShow::begin() {
   if (file_) showPicture();
 }
 
+// What is told to servers, for measurement and timeline.
+void VideoAdShow::observe() {
+  tracker_.observe([this](std::string_view event) {
+    notes_.event(event);
+    for (const auto& [name, quartile, measured] : quartiles) {
+      if (event != name) continue;
+      if (measurement_) measurement_->tell(measured);
+      passed_.push_back(quartile);
+    }
+  });
+  tracker_.observeSent(notes_.receipts());
+}
+
 void VideoAdShow::mediaReady(const VASTMediaFile& file) {
   const auto self = shared_from_this();
   file_ = file;
+  notes_.file(VeltoTimelineKind::FileChosen, file);
   if (isTooLong(media_->duration())) return mediaFailed(VASTError::WrongDuration);
   if (hasBegun_) showPicture();
 }
@@ -131,23 +143,26 @@ bool VideoAdShow::isTooLong(double seconds) const {
 void VideoAdShow::showPicture() {
   media_->setVolume(around_.sound->heard());
   around_.screen->setPicture(media_->player()->makePicture());
+  notes_.picture(media_->seconds());
   tracker_.chose(*file_);
   tracker_.setMuted(around_.sound->muted);
   tracker_.setFullscreen(isFullscreen_);
   tracker_.loaded();
   startMeasuring();
+  tellWhatIsLeftOut();
   isReady_ = true;
   applyPlaying();
 }
 
 // Scripts of vendors that the application wants, and of the kind that runs here; the others' servers are told.
 void VideoAdShow::startMeasuring() {
-  const auto& ad = tracker_.ad();
   const auto& refused = around_.settings.refusedVendors;
   std::vector<VideoMeasurement::Script> scripts;
-  for (const auto& verification : ad.verifications) {
+  std::vector<size_t> of;  // which verification each is of
+  for (size_t place = 0; place < tracker_.ad().verifications.size(); ++place) {
+    const auto& verification = tracker_.ad().verifications[place];
     if (std::find(refused.begin(), refused.end(), verification.vendor) != refused.end()) {
-      tracker_.notVerified(verification, VASTNotVerified::VendorRefused);
+      notVerified(place, VASTNotVerified::VendorRefused);
       continue;
     }
     const auto before = scripts.size();
@@ -157,9 +172,37 @@ void VideoAdShow::startMeasuring() {
           VideoMeasurement::canRun(found))
         scripts.push_back(found);
     }
-    if (scripts.size() == before) tracker_.notVerified(verification, VASTNotVerified::NotSupported);
+    if (scripts.size() == before)
+      notVerified(place, VASTNotVerified::NotSupported);
+    else
+      of.push_back(place);
   }
-  measurement_->start(scripts, info().skippableAfter, measuredPosition(around_.settings.position));
+  measurement_->start(
+      scripts, info().skippableAfter, measuredPosition(around_.settings.position),
+      [weak = weak_from_this(), of, told = std::set<size_t>()](std::optional<size_t> lost) mutable {
+        const auto alive = weak.lock();
+        for (size_t script = 0; alive && script < of.size(); ++script)
+          if (lost.value_or(script) == script && told.insert(script).second)
+            alive->notVerified(of[script], VASTNotVerified::LoadFailed);
+      });
+}
+
+void VideoAdShow::notVerified(size_t verification, VASTNotVerified reason) {
+  tracker_.notVerified(tracker_.ad().verifications[verification], reason);
+  goesOnWithout(VASTError::VerificationNotRun);
+}
+
+// What belongs to the ad, and is not its video.
+void VideoAdShow::goesOnWithout(VASTError error) {
+  notes_.failed(error);
+  tracker_.failed(error);
+}
+
+void VideoAdShow::tellWhatIsLeftOut() {
+  const auto& ad = tracker_.ad();
+  if (!ad.linear->interactiveFiles.empty()) goesOnWithout(VASTError::InteractiveNotRun);
+  if (!std::all_of(ad.companions.begin(), ad.companions.end(), VideoAdPage::canShow))
+    goesOnWithout(VASTError::CompanionNotSupported);
 }
 
 void VideoAdShow::startPlaying() {
@@ -169,6 +212,7 @@ void VideoAdShow::startPlaying() {
   const double length = media_->duration();
   tracker_.started(length > 0 ? std::optional(length) : std::nullopt);
   measurement_->impression();
+  notes_.seen(measurement_->seen().percent);
   measurement_->started(tracker_.duration().value_or(0), around_.sound->heard());
   if (isFullscreen_) measurement_->setFullscreen(true);
 
@@ -244,13 +288,16 @@ void VideoAdShow::mediaFailed(VASTError error) {
     fault_ = error;
     return;
   }
+  notes_.failed(error);
   tracker_.failed(error);
   end(VideoAdEnd::Failed, error);
 }
 
 void VideoAdShow::look() {
   if (hasEnded_) return;
-  const bool wasAway = std::exchange(isAway_, measurement_->seen().away);
+  const auto seen = measurement_->seen();
+  if (hasStarted_) notes_.seen(seen.percent);
+  const bool wasAway = std::exchange(isAway_, seen.away);
   watchViewable();
   if (wasAway == isAway_) return;
   retime();
@@ -307,10 +354,10 @@ void VideoAdShow::close() {
   end(VideoAdEnd::Closed);
 }
 
-void VideoAdShow::end(VideoAdEnd how, VASTError error) {
+void VideoAdShow::end(VideoAdEnd how, std::optional<VASTError> error) {
   if (std::exchange(hasEnded_, true)) return;
   const auto self = shared_from_this();
-  if (how == VideoAdEnd::Closed) tracker_.closed();
+  if (how == VideoAdEnd::Closed || how == VideoAdEnd::Left) tracker_.closed();
   if (hasStarted_)
     tracker_.viewability(measurement_->seen().measurable ? VASTViewability::NotViewable
                                                          : VASTViewability::Undetermined);

@@ -4,10 +4,11 @@
 
 #include "velto/measurement/VideoMeasurement.h"
 #include "velto/platform/NSTimer.h"
-#include "velto/vast/VASTTracker.h"
 #include "velto/video/VeltoVideoAd.h"
 #include "velto/video/VideoAdIcons.h"
+#include "velto/video/VideoAdListener.h"
 #include "velto/video/VideoAdMedia.h"
+#include "velto/video/VideoAdNotes.h"
 #include "velto/video/VideoAdScreen.h"
 
 #include <memory>
@@ -16,22 +17,6 @@
 #include <vector>
 
 namespace velto {
-
-enum class VideoAdEnd : uint8_t { Completed, Skipped, Failed, Closed };
-
-// The ad break. In adEnded() it may let go of the ad.
-class VideoAdListener {
- public:
-  virtual void adStarted() = 0;
-  virtual void adPassed(VeltoVideoAdQuartile quartile) = 0;
-  virtual void adPaused(bool paused) = 0;
-  virtual void adPressed() = 0;
-  virtual void adNearsEnd() = 0;  // once, some seconds before
-  virtual void adEnded(VideoAdEnd how, VASTError error, bool hadStarted) = 0;
-
- protected:
-  ~VideoAdListener() = default;
-};
 
 // What goes from one ad to the next.
 struct VideoAdSound {
@@ -50,6 +35,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
     std::shared_ptr<VideoAdSound> sound;
     size_t number = 1, count = 1;
     bool isFullscreen = false;
+    std::shared_ptr<LoadRecord> record = {};
   };
 
   VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around, std::weak_ptr<VideoAdListener> listener);
@@ -58,7 +44,8 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void prepare();  // its file is loaded, and nothing seen of it or told
   void begin();
   void refuse(VASTError error) { fault_ = error; }  // before it begins: that is how it ends
-  void close();                                     // tells its servers, and nobody here
+  void companionFailed() { goesOnWithout(VASTError::CompanionNotFetched); }
+  void close();  // tells its servers, and nobody here
   void pause(bool paused);
   bool skip();
   void soundChanged();
@@ -70,6 +57,8 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   bool isPaused() const { return hasStarted_ && !isPlaying_; }
   VASTTracker& tracker() { return tracker_; }
 
+  void mediaTries(const VASTMediaFile& file) override { notes_.file(VeltoTimelineKind::FileTried, file); }
+  void mediaPassesOver(VASTError error) override { notes_.failed(error); }
   void mediaReady(const VASTMediaFile& file) override;
   void mediaStalled(bool stalled) override;
   void mediaEnded() override;
@@ -83,8 +72,12 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
 
  private:
   using Event = VideoMeasurement::Event;
+  void observe();
   void showPicture();
   void startMeasuring();
+  void notVerified(size_t verification, VASTNotVerified reason);
+  void goesOnWithout(VASTError error);
+  void tellWhatIsLeftOut();
   void applyPlaying();
   void startPlaying();
   void playheadMoved();
@@ -96,10 +89,11 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   bool wasTakenAway() const;
   bool isTooLong(double seconds) const;
   void refresh();
-  void end(VideoAdEnd how, VASTError error = VASTError::Undefined);
+  void end(VideoAdEnd how, std::optional<VASTError> error = {});
 
   VASTTracker tracker_;
   const Surroundings around_;
+  const VideoAdNotes notes_;
   std::weak_ptr<VideoAdListener> listener_;
   std::shared_ptr<VideoAdMedia> media_;
   std::unique_ptr<VideoMeasurement> measurement_;

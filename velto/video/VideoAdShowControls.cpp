@@ -66,7 +66,7 @@ void VideoAdShow::screenEscaped() {
   constexpr double grace = 10, unknownLength = 60;  // seconds
   const auto self = shared_from_this();
   const double said = tracker_.ad().linear->duration.value_or(unknownLength);
-  if (!skip() && hasStarted_ && seconds() > said + grace) end(VideoAdEnd::Closed);
+  if (!skip() && hasStarted_ && seconds() > said + grace) end(VideoAdEnd::Left);
 }
 
 bool VideoAdShow::skip() {
@@ -92,7 +92,9 @@ void VideoAdShow::screenPressed(std::optional<CGPoint> place) {
   measurement_->tell(Event::Click);
   const auto url = address ? NSURL::URLByEscaping(*address) : std::nullopt;
   auto& application = Platform::current().application();
-  if (url && application.canOpenURL(*url)) application.openURL(*url, {}, nullptr);
+  const bool opens = url && application.canOpenURL(*url);
+  notes_.note(VeltoTimelineKind::Tapped, opens ? VeltoTap::LinkOpened : VeltoTap::Told);
+  if (opens) application.openURL(*url, {}, nullptr);
   if (const auto to = listener_.lock()) to->adPressed();
   pause(true);
 }

@@ -26,7 +26,7 @@ VideoPlayer::VideoPlayer(const std::shared_ptr<AVPlayerItem>& item)
 VideoPlayer::~VideoPlayer() = default;
 
 void VideoPlayer::load(const std::filesystem::path& caFile, const std::string& proxy) {
-  NSError error{"velto", 1, "GStreamer or its base plugins are not there"};
+  NSError error{"velto", 1, "GStreamer or its base plugins are not there", NSErrorCause::EngineUnavailable};
   const auto make =
       moduleFunction<MakeVideoPipeline>(videoModule, makeVideoPipelineName, &error.localizedDescription);
   const auto orNull = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
@@ -77,6 +77,10 @@ void VideoPlayer::pipelineShows(const VideoFrame& frame) {
       frame.width, frame.height, GDK_MEMORY_B8G8R8A8_PREMULTIPLIED, frame.pixels, frame.stride)));
 }
 
+void VideoPlayer::pipelineCarried(double kilobits) {
+  Platform::current().media().carried(kilobits);
+}
+
 void VideoPlayer::pipelineEnded() {
   reachedEnd();
 }
@@ -89,6 +93,21 @@ std::shared_ptr<AVPlayer> Media::makePlayer(const std::shared_ptr<AVPlayerItem>&
   const auto player = std::make_shared<VideoPlayer>(item);
   player->load(caFile_, gate_->address());
   return player;
+}
+
+void Media::prepare(std::function<void()> ready) {
+  if (isPrepared_) return MediaSystem::prepare(std::move(ready));
+  // This belongs to the main thread, and takes a turn of its own.
+  Platform::current().mainQueue().post([gate = gate_] { gate->address(); });
+  background_.perform([weak = std::weak_ptr(alive_), this, ready = std::move(ready)] {
+    if (const auto prepare = moduleFunction<PrepareVideo>(videoModule, prepareVideoName)) prepare();
+    auto* platform = Platform::currentOrNull();
+    if (!platform) return;
+    platform->mainQueue().post([weak, this, ready] {
+      if (weak.lock()) isPrepared_ = true;
+      ready();
+    });
+  });
 }
 
 bool Media::canPlay(const std::string& type, const std::string& codec) {

@@ -2,6 +2,7 @@
 // pipeline's module is opened with the first player. Main thread.
 #pragma once
 
+#include "velto/gtk/Background.h"
 #include "velto/gtk/modules/VideoPipeline.h"
 #include "velto/platform/AVPlayer.h"
 #include "velto/platform/foundation/GMemory.h"
@@ -34,6 +35,7 @@ class VideoPlayer final : public AVPlayer, private VideoPipelineEvents {
  private:
   void pipelineLoaded(std::optional<Nanoseconds> duration) override;
   void pipelineShows(const VideoFrame& frame) override;
+  void pipelineCarried(double kilobits) override;
   void pipelineEnded() override;
   void pipelineFailed(const NSError& error) override;
 
@@ -46,13 +48,18 @@ class Media final : public MediaSystem {
   // Videos come through `gate`.
   Media(std::filesystem::path caFile, std::shared_ptr<NetworkGate> gate)
       : caFile_(std::move(caFile)), gate_(std::move(gate)) {}
+  ~Media() override { background_.stop(); }
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
+  void prepare(std::function<void()> ready) override;
   bool canPlay(const std::string& type, const std::string& codec) override;
   bool surelyPlays(const std::string& type, const std::string& codec) override;
 
  private:
   std::filesystem::path caFile_;
   std::shared_ptr<NetworkGate> gate_;
+  bool isPrepared_ = false;
+  const std::shared_ptr<int> alive_ = std::make_shared<int>();  // as long as this
+  Background background_;  // the first time of all may take seconds, for which other work does not wait
 };
 
 }  // namespace velto::gtk

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -95,7 +96,9 @@ bool findElement(GstElementFactoryListType kind, const char* name) {
 
 // The names are those of the tables above. A walk through the registry takes long enough to be done once for each.
 bool hasElement(GstElementFactoryListType kind, const char* name) {
+  static std::mutex mutex;
   static std::map<std::pair<GstElementFactoryListType, std::string_view>, bool> known;
+  std::lock_guard lock(mutex);
   const auto [at, isNew] = known.try_emplace({kind, name}, false);
   if (isNew) at->second = findElement(kind, name);
   return at->second;
@@ -147,8 +150,40 @@ bool canDecodeAll(std::string_view list) {
   return true;
 }
 
+// What nearly every file needs: their plug-ins are opened here.
+constexpr std::array elements{"playbin",       "uridecodebin",  "decodebin",
+                              "souphttpsrc",   "typefind",      "queue2",
+                              "multiqueue",    "playsink",      "streamsynchronizer",
+                              "inputselector", "videoconvert",  "videoscale",
+                              "audioconvert",  "audioresample", "volume",
+                              "appsink",       "autoaudiosink", "fakesink",
+                              "matroskademux", "qtdemux",       "vp8dec",
+                              "vp9dec",        "vorbisdec",     "opusdec"};
+
+void openPlugIns() {
+  for (const char* name : elements) {
+    auto* factory = gst_element_factory_find(name);
+    if (!factory) continue;
+    if (auto* loaded = gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory))) gst_object_unref(loaded);
+    gst_object_unref(factory);
+  }
+}
+
+void lookAtUsualKinds() {
+  for (const char* type :
+       {"video/webm", "video/mp4", "application/vnd.apple.mpegurl", "application/dash+xml"})
+    (void)canOpen(type);
+  for (const char* codec : {"avc", "vp8", "vp9", "av1", "mp4a", "opus", "vorbis"}) (void)canDecode(codec);
+}
+
 }  // namespace
 }  // namespace velto::gtk
+
+extern "C" __attribute__((visibility("default"))) void velto_prepare_video() {
+  if (!gst_init_check(nullptr, nullptr, nullptr)) return;
+  velto::gtk::openPlugIns();
+  velto::gtk::lookAtUsualKinds();
+}
 
 extern "C" __attribute__((visibility("default"))) velto::gtk::CanPlay velto_can_play_video(
     const char* type, const char* codec) {

@@ -1,6 +1,7 @@
 // Driving playbin. That it and its sinks exist was looked at before.
 #include "velto/gtk/modules/GstVideoPipeline.h"
 
+#include "velto/gtk/modules/CarriedBytes.h"
 #include "velto/gtk/modules/FrameSlot.h"
 
 #define G_SETTINGS_ENABLE_BACKEND  // as GIO asks of who includes the next
@@ -55,7 +56,8 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const ch
     : events_(events),
       playbin_(GPtr<GstElement>::sink(newElement("playbin"))),
       proxy_(proxy ? proxy : ""),
-      frames_(std::make_shared<FrameSlot>(events)) {
+      frames_(std::make_shared<FrameSlot>(events)),
+      carried_(std::make_shared<CarriedBytes>()) {
   if (caFile) authorities_ = GPtr<GTlsDatabase>::adopt(g_tls_file_database_new(caFile, nullptr));
   g_signal_connect(playbin_, "source-setup", G_CALLBACK(sourceMade), this);
   auto* sound = newElement("autoaudiosink");
@@ -68,10 +70,23 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const ch
   g_source_set_callback(messages_.get(), G_SOURCE_FUNC(received), this, nullptr);
   g_source_attach(messages_.get(), nullptr);
   makeSettingsStore();
-  live_ = gst_element_set_state(playbin_, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
+  gst_element_call_async(playbin_, begin, new std::shared_ptr(beginning_), [](gpointer held) noexcept {
+    delete static_cast<std::shared_ptr<Beginning>*>(held);
+  });
+}
+
+void GstVideoPipeline::begin(GstElement* playbin, gpointer held) noexcept {
+  auto& beginning = **static_cast<std::shared_ptr<Beginning>*>(held);
+  std::lock_guard lock(beginning.mutex);
+  if (beginning.isOver) return;
+  beginning.isLive = gst_element_set_state(playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
 }
 
 GstVideoPipeline::~GstVideoPipeline() {
+  {
+    std::lock_guard lock(beginning_->mutex);
+    beginning_->isOver = true;
+  }
   g_source_destroy(messages_.get());
   frames_->close();
   gst_element_set_state(playbin_, GST_STATE_NULL);  // its threads are over afterwards
@@ -102,6 +117,10 @@ void GstVideoPipeline::sourceMade(GstElement*, GstElement* source, GstVideoPipel
   if (self->authorities_ && has("tls-database"))
     g_object_set(source, "tls-database", self->authorities_.get(), nullptr);
   if (!self->proxy_.empty() && has("proxy")) g_object_set(source, "proxy", self->proxy_.c_str(), nullptr);
+  if (auto* pad = gst_element_get_static_pad(source, "src")) {
+    self->carried_->countAt(pad);
+    gst_object_unref(pad);
+  }
 }
 
 // --- what the player wants
@@ -161,6 +180,7 @@ gboolean GstVideoPipeline::received(GstBus*, GstMessage* message, gpointer data)
       self->applyState();
       break;
     case GST_MESSAGE_EOS:
+      self->tellCarried();
       self->events_.pipelineEnded();
       break;
     case GST_MESSAGE_ERROR:
@@ -179,6 +199,7 @@ void GstVideoPipeline::reachedState(GstState state) {
     if (position_.count() > 0) jump(position_);
     return applyState();
   }
+  tellCarried();
   if (std::exchange(loaded_, true)) return;
   gint64 duration = -1;
   const bool known = gst_element_query_duration(playbin_, GST_FORMAT_TIME, &duration) && duration >= 0;
@@ -187,8 +208,20 @@ void GstVideoPipeline::reachedState(GstState state) {
 
 void GstVideoPipeline::buffered(int percent) {
   constexpr int full = 100;
-  if (live_ || std::exchange(buffered_, percent >= full) == buffered_) return;
+  if (percent >= full) {
+    carried_->stop();
+    tellCarried();
+  }
+  if (beginning_->isLive || std::exchange(buffered_, percent >= full) == buffered_) return;
   applyState();
+}
+
+// Where it is not known yet, at the next occasion.
+void GstVideoPipeline::tellCarried() {
+  const auto rate = toldCarried_ ? std::nullopt : carried_->rate();
+  if (!rate) return;
+  toldCarried_ = true;
+  events_.pipelineCarried(*rate);
 }
 
 void GstVideoPipeline::failed(GstMessage* message) {

@@ -9,11 +9,14 @@
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace velto::gtk {
 
+class CarriedBytes;
 class FrameSlot;
 
 class GstVideoPipeline final : public VideoPipeline {
@@ -32,7 +35,15 @@ class GstVideoPipeline final : public VideoPipeline {
   static constexpr int mostTriesToComeBack = 4;
 
   static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
-  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;
+  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;  // also there
+
+  // Finding sources and demultiplexers takes long: begun on a thread of GStreamer's, unless this goes before.
+  struct Beginning {
+    std::mutex mutex;
+    bool isOver = false;
+    std::atomic<bool> isLive = false;
+  };
+  static void begin(GstElement* playbin, gpointer beginning) noexcept;
 
   GstElement* makePictureSink();
   void useAudioSink(GstElement* sink);
@@ -41,6 +52,7 @@ class GstVideoPipeline final : public VideoPipeline {
   void buffered(int percent);
   void failed(GstMessage* message);
   void goOnSilently();
+  void tellCarried();
 
   VideoPipelineEvents& events_;
   GPtr<GstElement> playbin_;
@@ -49,7 +61,9 @@ class GstVideoPipeline final : public VideoPipeline {
   const std::string proxy_;
   GOwned<GSource, g_source_unref> messages_;
   std::shared_ptr<FrameSlot> frames_;
-  bool live_ = false;
+  const std::shared_ptr<CarriedBytes> carried_;
+  bool toldCarried_ = false;
+  const std::shared_ptr<Beginning> beginning_ = std::make_shared<Beginning>();
   bool loaded_ = false;
   bool wanted_ = false;      // to play
   bool buffered_ = true;     // enough data is there

@@ -25,6 +25,7 @@ class VideoPipelineEvents {
   using Nanoseconds = std::chrono::nanoseconds;
   virtual void pipelineLoaded(std::optional<Nanoseconds> duration) = 0;  // nothing: without an end
   virtual void pipelineShows(const VideoFrame& frame) = 0;
+  virtual void pipelineCarried(double kilobits) = 0;  // a second, for the file's beginning; at most once
   virtual void pipelineEnded() = 0;
   virtual void pipelineFailed(const NSError& error) = 0;
 
@@ -49,6 +50,10 @@ inline constexpr char makeVideoPipelineName[] = "velto_make_video_pipeline";
 // loads, instead of the system's, or null. The caller owns what comes back; null when GStreamer cannot be started.
 using MakeVideoPipeline = VideoPipeline* (*)(const char* url, const char* caFile, const char* proxy,
                                              VideoPipelineEvents* events);
+
+// Does what the functions here would do first and take long for. Any thread.
+inline constexpr char prepareVideoName[] = "velto_prepare_video";
+using PrepareVideo = void (*)();
 
 // Whether files of this MIME type and codec (lower case; each may be empty) find all that they need to be played. Main thread.
 enum class CanPlay : gint { No, Perhaps, Yes };  // perhaps: the type is one that nobody here knows

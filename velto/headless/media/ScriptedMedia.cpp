@@ -24,8 +24,9 @@ ScriptedMedia::ScriptedMedia(std::shared_ptr<VirtualQueue> queue) : queue_(std::
 std::shared_ptr<AVPlayer> ScriptedMedia::makePlayer(const std::shared_ptr<AVPlayerItem>& item) {
   queue_->requireMain("MediaSystem::makePlayer");
   const auto script = scripts_.find(item->asset->url().absoluteString());
-  auto player = std::make_shared<ScriptedPlayer>(queue_, item,
-                                                 script == scripts_.end() ? VideoScript{} : script->second);
+  auto chosen = script == scripts_.end() ? VideoScript{} : script->second;
+  chosen.hasPlayer = chosen.hasPlayer && hasPlayer;
+  auto player = std::make_shared<ScriptedPlayer>(queue_, item, chosen);
   players_->push_back(player.get());
   player->registration_ = Handle([list = players_, own = player.get()] { std::erase(*list, own); });
   player->load();
@@ -41,6 +42,8 @@ void ScriptedPlayer::load() {
   queue_->postAfter(script_.loadsAfter, [this, weak = weak_from_this()] {
     const auto alive = weak.lock();
     if (!alive || released_) return;
+    if (!script_.hasPlayer)
+      return failed({"headless", -3, "nothing plays files", NSErrorCause::EngineUnavailable});
     if (script_.loadFails)
       return failed({"headless", 404, "the video cannot be loaded", NSErrorCause::NotFound});
     script_.isNoVideo ? failed({"headless", -2, "nothing decodes it"}) : becameReady(script_.duration);

@@ -21,6 +21,7 @@ struct VideoScript {
   std::chrono::nanoseconds loadsAfter{0};                // until it is ready to play, or its load fails
   bool loadFails = false;                                // it is not there
   bool isNoVideo = false;                                // its load fails, since nothing here decodes it
+  bool hasPlayer = true;                                 // false: since nothing here plays files at all
   std::optional<std::chrono::nanoseconds> endsAt = {};   // where it really ends, if not at its duration
   std::optional<std::chrono::nanoseconds> failsAt = {};  // where playing breaks off with an error
   std::optional<std::chrono::nanoseconds> stallsAt = {};  // where it waits for data,
@@ -35,6 +36,8 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
   // What is behind a URL; ten seconds that load at once where nothing was said.
   void setVideo(const std::string& url, const VideoScript& script) { scripts_[url] = script; }
 
+  // False: nothing here plays files, whatever they are.
+  bool hasPlayer = true;
   // MIME types and codecs that do not play here, in lower case.
   std::set<std::string> unplayable;
   // And those that may play, for all that is known.

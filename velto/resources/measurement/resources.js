@@ -21,10 +21,14 @@ export class Resources {
     }
   }
 
-  /** Lets run what does not yet. Where the application isolates scripts, none reaches into the page. */
-  inject(isolated) {
-    for (const resource of this.list) {
+  /**
+   * Lets run what does not yet. Where the application isolates scripts, none reaches into the page. In the hidden page of a
+   * native ad the application is told which cannot be loaded.
+   */
+  inject(isolated, isHidden) {
+    for (const [place, resource] of this.list.entries()) {
       if (resource.injectionId) continue;
+      if (isHidden) resource.place = place;
       if (isolated && resource.accessMode === 'full') resource.accessMode = 'limited';
       resource.injectionId = `${resource.vendorKey}-${Math.random().toString(36).slice(2)}`;
       this.open(resource);
@@ -44,6 +48,9 @@ export function accessOf(listener, resource) {
   return resource && resource.accessMode === 'domain' ? 'domain' : 'limited';
 }
 
+// Of a place that is nowhere, in the script's own frame: ServicePage hears it, and lets nothing go there.
+const tellsLoss = ({ place }) =>
+  place === undefined ? '' : ` onerror="location='https://not-loaded.invalid/${place}'"`;
 const attribute = (text) => text.replace(/&/g, '&amp;').replace(/"/g, '&quot;');
 
 export function openFrame(document, resource) {
@@ -55,6 +62,6 @@ export function openFrame(document, resource) {
   frame.srcdoc =
     `<script>omidVerificationProperties=${properties.replace(/</g, '\\u003c')};` +
     'omidVerificationProperties.serviceWindow=parent<' + '/script>' +
-    `<script src="${attribute(resource.resourceUrl)}"><` + '/script>';
+    `<script src="${attribute(resource.resourceUrl)}"${tellsLoss(resource)}><` + '/script>';
   document.body.appendChild(frame);
 }
