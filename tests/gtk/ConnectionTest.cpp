@@ -4,7 +4,6 @@
 #include <curl/curl.h>
 
 #include "../support/Folder.h"
-#include "../support/LoopbackServer.h"
 #include "../support/MainLoop.h"
 #include "Http2Server.h"
 
@@ -95,27 +94,6 @@ TEST_F(ConnectionTest, OfHttp1NoneRemains) {
   EXPECT_FALSE(request());
   EXPECT_EQ(server->connections, 2);
   EXPECT_EQ(server->requests, 1);
-}
-
-TEST_F(ConnectionTest, APlainServerThatHangsHoldsNoOtherRequestUp) {
-  std::atomic<bool> hangs = false, answered = false;
-  LoopbackServer plain;
-  plain->Get("/hangs", [&](auto&, auto&) {
-    hangs = true;
-    plain.waitForEnd();
-  });
-  plain->Get("/answers", [](auto&, auto& response) { response.set_content("ok", "text/plain"); });
-  plain.start();
-  gtk::uninstall();
-  gtk::install({.applicationIdentifier = "org.example.connection",
-                .dataFolder = folder.path("store"),
-                .hostMap = {{"plain.example", plain.address().substr(std::string("http://").size())}}});
-  session().dataTask({*NSURL::URLWithString("http://plain.example/hangs")}, [](auto, auto, auto) {});
-  ASSERT_TRUE(runUntil([&] { return hangs.load(); }));
-  session().dataTask({*NSURL::URLWithString("http://plain.example/answers")},
-                     [&](auto, auto response, auto) { answered = response.has_value(); });
-  EXPECT_TRUE(runUntil([&] { return answered.load(); }));
-  gtk::uninstall();
 }
 
 }  // namespace

@@ -107,6 +107,28 @@ TEST(Network, RequestsOfTheLibraryEndBeforeTheUsersNetworkAlsoWhenSentOn) {
   EXPECT_EQ(reached, 2);
 }
 
+TEST(Network, APlainServerThatHangsHoldsNoOtherRequestToItUp) {
+  LoopbackServer server;
+  std::promise<void> hangs, answered;
+  server->Get("/hangs", [&](const auto&, auto&) {
+    hangs.set_value();
+    server.waitForEnd();
+  });
+  server->Get("/", [&](const auto&, auto& response) { response.set_content("page", "text/plain"); });
+  server.start();
+  TransportOptions options;
+  options.mayReachLocalNetwork = true;
+  UrlSession session(options);
+  const auto ask = [&](const std::string& path, UrlSession::Completion completion) {
+    session.dataTask({*NSURL::URLWithString(server.address(path)), "GET", {}, std::nullopt},
+                     std::move(completion));
+  };
+  ask("/hangs", [](auto, auto, auto) {});
+  hangs.get_future().wait();
+  ask("/", [&](auto, auto, auto) { answered.set_value(); });
+  EXPECT_EQ(answered.get_future().wait_for(std::chrono::seconds(120)), std::future_status::ready);
+}
+
 TEST(Network, ABodyThatUnfoldsIsCutOffAndOldTLSRefused) {
   // A mebibyte of zeros for each of a thousand bytes.
   std::string zeros(size_t{64} << 20, '\0'), packed(zeros.size() / 100, '\0');
