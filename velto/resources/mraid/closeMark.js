@@ -16,7 +16,13 @@ let isDue = false;
 /** What a touch does. */
 export function closeMarkCalls(close) {
   closes = close;
-  inEachPage(showCloseMark);
+  inEachPage(showInPage);
+}
+
+/** A page that was written anew has taken all listeners away, also those of what was in it. */
+function showInPage() {
+  if (area && !area.isConnected) area = null;
+  showCloseMark();
 }
 
 /** It comes and goes with the frame that shows the change: before, it would cost one of its own. */
