@@ -125,6 +125,13 @@ class VideoAdTest : public UITest {
     return std::regex_replace(since, std::regex("/"), "");
   }
   Lines heard() { return std::exchange(told->heard, {}); }
+  // Of the last load, as its timeline has it.
+  long linksOpened() {
+    const auto story = ad->veltoAdTimeline().back();
+    return std::count_if(story.entries.begin(), story.entries.end(), [](const auto& entry) {
+      return entry.detail == VeltoTimelineEntry::Detail(VeltoTap::LinkOpened);
+    });
+  }
   VideoAdControls& controls() { return controlsIn(*host); }
   static VideoAdControls& controlsIn(const UIView& view) {
     if (auto* found = dynamic_cast<VideoAdControls*>(const_cast<UIView*>(&view))) return *found;

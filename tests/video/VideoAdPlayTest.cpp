@@ -44,6 +44,7 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   EXPECT_EQ(sent(), "a-click200%2C100 a-pause a-resume a-click-1 a-pause ");
   EXPECT_EQ(platform->application().opened.size(), 2U);
   EXPECT_EQ(platform->application().opened.back().url.absoluteString(), "https://shop/a");
+  EXPECT_EQ(linksOpened(), 2);
   EXPECT_EQ(heard(), (Lines{"press", "pause", "resume", "press", "pause"}));
   ad->resume();
   platform->runUntilIdle();
@@ -278,6 +279,7 @@ TEST_F(VideoAdTest, IconsAndCompanions) {
   EXPECT_EQ(sent(), "a-viewable icon-view ");
   window->tapLink(icon, "https://choices/");
   EXPECT_EQ(sent(), "icon-click ");
+  EXPECT_EQ(linksOpened(), 2) << "the companion's and the icon's";
   EXPECT_EQ(platform->application().opened.back().url.absoluteString(), "https://choices/");
   platform->advance(3s);
   EXPECT_EQ(platform->webViews().size(), 1U) << "its time is over";

@@ -68,8 +68,7 @@ class VELTO_EXPORT VASTTracker {
   // The end: told as skip, and as closeLinear for documents of 3.0.
   void skipped();
   void closed();
-  // Of errors with a file or on the way, the first is the ad's end; 409, 410, 603 and 604 are none, and are told each time. A
-  // companion may be shown when the video is over, so 603 is told then, too.
+  // Of errors with a file or on the way, the first is the ad's end; 409, 410, 603 and 604 are none, and are told each time.
   void failed(VASTError error);
 
   // Where the click leads; nothing when the ad leads nowhere.

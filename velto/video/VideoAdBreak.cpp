@@ -319,6 +319,9 @@ std::shared_ptr<UIView> VideoAdBreak::companionView(size_t place) {
                               },
                               [of] {
                                 if (const auto show = of.lock()) show->companionFailed();
+                              },
+                              [of](bool opens) {
+                                if (const auto show = of.lock()) show->pressed(opens);
                               }});
   }
   return page ? page->view() : nullptr;

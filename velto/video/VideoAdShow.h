@@ -45,6 +45,10 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void begin();
   void refuse(VASTError error) { fault_ = error; }  // before it begins: that is how it ends
   void companionFailed() { goesOnWithout(VASTError::CompanionNotFetched); }
+  // It, or what belongs to it, for the timeline.
+  void pressed(bool opens) {
+    notes_.note(VeltoTimelineKind::Tapped, opens ? VeltoTap::LinkOpened : VeltoTap::Told);
+  }
   void close();  // tells its servers, and nobody here
   void pause(bool paused);
   bool skip();

@@ -106,7 +106,7 @@ void VideoAdShow::screenPressed(std::optional<CGPoint> place) {
   const auto url = address ? NSURL::URLByEscaping(*address) : std::nullopt;
   auto& application = Platform::current().application();
   const bool opens = url && application.canOpenURL(*url);
-  notes_.note(VeltoTimelineKind::Tapped, opens ? VeltoTap::LinkOpened : VeltoTap::Told);
+  pressed(opens);
   if (opens) application.openURL(*url, {}, nullptr);
   if (const auto to = listener_.lock()) to->adPressed();
   pause(true);
