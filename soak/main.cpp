@@ -78,6 +78,9 @@ Options optionsFrom(const std::vector<std::string>& words) {
     else
       throw std::invalid_argument("no such option: " + name + " " + value);
   }
+#ifndef SOAK_HAS_VIDEOS
+  if (options.videos) throw std::invalid_argument("built without video ads, so without --videos");
+#endif
   if (options.sandbox.empty()) throw std::invalid_argument("--sandbox is missing");
   return options;
 }

@@ -1,7 +1,12 @@
 // A sound server of a test's own, with two outputs that nobody hears: "first" and "second".
 #pragma once
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <utility>
 
 #include "../support/MainLoop.h"
 #include "../support/Program.h"
@@ -30,6 +35,33 @@ class SoundServer {
   }
 
   Process process_;
+};
+
+// One that takes calls, and says nothing.
+class HungSoundServer {
+ public:
+  HungSoundServer() : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+    const auto path = (std::filesystem::temp_directory_path() / "silence").string();
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (path.size() >= sizeof address.sun_path) throw std::runtime_error("no room for " + path);
+    path.copy(address.sun_path, path.size());
+    if (bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(socket_, 8) != 0)
+      throw std::runtime_error("no socket at " + path);
+    g_setenv("PULSE_SERVER", ("unix:" + path).c_str(), TRUE);
+  }
+  ~HungSoundServer() { hangUp(); }
+
+  bool isAsked() {
+    if (call_ < 0) call_ = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
+    return call_ >= 0;
+  }
+  void hangUp() {
+    for (int* open : {&call_, &socket_})
+      if (const int descriptor = std::exchange(*open, -1); descriptor >= 0) close(descriptor);
+  }
+
+ private:
+  int socket_, call_ = -1;
 };
 
 }  // namespace velto::test

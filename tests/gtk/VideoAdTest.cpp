@@ -42,6 +42,10 @@ class Heard final : public VeltoVideoAdDelegate {
   }
   void veltoVideoAdDidPause(VeltoVideoAd&) override { all.emplace_back("pause"); }
   void veltoVideoAdDidResume(VeltoVideoAd&) override { all.emplace_back("resume"); }
+  void veltoVideoAdDidChangeMuted(VeltoVideoAd& ad, bool muted) override {
+    EXPECT_EQ(ad.isMuted(), muted);
+    all.emplace_back(muted ? "muted" : "heard");
+  }
   void veltoVideoAdDidPress(VeltoVideoAd&) override { all.emplace_back("press"); }
   void veltoVideoAdDidComplete(VeltoVideoAd&) override { all.emplace_back("complete"); }
   void veltoVideoAdDidSkip(VeltoVideoAd&) override { all.emplace_back("skip"); }
@@ -153,12 +157,20 @@ class GtkVideoAd : public DisplayTest {
   LoopbackServer server_;
 };
 
-TEST_F(GtkVideoAd, PlaysOverAWidgetToItsEnd) {
-  load();
+TEST_F(GtkVideoAd, IsSeenOverAWidgetAndLeavesIt) {
+  load(true);
   ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
   ASSERT_TRUE(isHeard("start"));
   ASSERT_TRUE(runUntil([&] { return (pictureOf(window).at(200, 150) & 0xe0c0c0) == 0xe00000; })) << "red";
   EXPECT_EQ(pictureOf(window).at(200, 20), 0U) << "the ad's own ground, not the application's";
+  ad->stop();
+  ASSERT_TRUE(runUntil([&] { return pictureOf(window).at(200, 150) == 0x0000ff; }))
+      << "the application's again";
+}
+
+TEST_F(GtkVideoAd, PlaysToItsEndAndTellsItsServers) {
+  load();
+  ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
   ASSERT_TRUE(isHeard("end"));
   EXPECT_EQ(heard->all, (Lines{"loaded", "start", "complete", "end"}));
   const Lines wanted{"impression", "start", "firstQuartile", "midpoint", "thirdQuartile", "complete"};
@@ -167,8 +179,6 @@ TEST_F(GtkVideoAd, PlaysOverAWidgetToItsEnd) {
   auto came = told();
   std::sort(came.begin(), came.begin() + 2);
   EXPECT_EQ(came, wanted);
-  ASSERT_TRUE(runUntil([&] { return pictureOf(window).at(200, 150) == 0x0000ff; }))
-      << "the application's again";
 }
 
 // What the registry of GStreamer says, and what nobody can know.
@@ -205,7 +215,7 @@ TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {
   ASSERT_TRUE(isHeard("start"));
   giveKeyboard(window);
   xdotool("key m");
-  ASSERT_TRUE(runUntil([&] { return ad->isMuted(); }));
+  ASSERT_TRUE(isHeard("muted"));
   click(window, {200, 150});
   ASSERT_TRUE(isHeard("pause"));
   xdotool("key space");
@@ -213,7 +223,7 @@ TEST_F(GtkVideoAd, OverTheWindowByKeyboard) {
   ASSERT_TRUE(runUntil([&] { return ad->currentTime() > 1; }));
   xdotool("key Escape");
   ASSERT_TRUE(isHeard("end"));
-  EXPECT_EQ(heard->all, (Lines{"loaded", "start", "press", "pause", "resume", "skip", "end"}));
+  EXPECT_EQ(heard->all, (Lines{"loaded", "start", "muted", "press", "pause", "resume", "skip", "end"}));
   const auto isTold = [&](const std::string& what) {
     const auto all = told();
     return std::find(all.begin(), all.end(), what) != all.end();
@@ -239,7 +249,8 @@ TEST_F(GtkVideoAd, FindsOutWhatTheNetworkCarries) {
   load();
   EXPECT_FALSE(Platform::current().media().bandwidth());
   ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
-  EXPECT_TRUE(runUntil([] { return Platform::current().media().bandwidth() > 1000; })) << "on loopback";
+  ASSERT_TRUE(runUntil([] { return Platform::current().media().bandwidth().has_value(); }));
+  EXPECT_GT(Platform::current().media().bandwidth(), 0);
 }
 
 TEST_F(GtkVideoAd, GoesWithItsWindow) {

@@ -1,6 +1,9 @@
 // Real videos, made here and served on loopback, in a real window: played to their end, broken in every way,
 // closed at any moment. There is no sound output, as on many a machine, and they play all the same.
+#include <chrono>
+#include <future>
 #include <map>
+#include <thread>
 
 #include "../support/LoopbackServer.h"
 #include "../video/RecordingHost.h"
@@ -184,6 +187,34 @@ TEST_F(GtkVideo, GoesOnInSilenceWhenTheSoundOutputGoes) {
   g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
   ASSERT_TRUE(runUntil([&] { return isOver(); }));
   EXPECT_EQ(host->told, all);
+}
+
+// It takes the call and never answers: a player that goes meanwhile leaves it to itself.
+TEST_F(GtkVideo, NobodyWaitsForASoundServerThatHangs) {
+  using namespace std::chrono_literals;
+  HungSoundServer sound;
+  server.files["/a"] = {whole};
+  play("/a");
+  ASSERT_TRUE(runUntil([&] { return sound.isAsked(); }));
+  const std::weak_ptr<AVPlayer> player = host->player();
+  std::promise<void> gone;
+  bool hadToHelp = false;
+  std::thread helper([&, isGone = gone.get_future()] {
+    hadToHelp = isGone.wait_for(15s) == std::future_status::timeout;
+    if (hadToHelp) sound.hangUp();
+  });
+  host->player()->setVolume(0.5F);
+  host->player()->pause();
+  EXPECT_EQ(CMTimeGetSeconds(host->player()->currentTime()), 0);
+  host->view()->removeFromSuperview();
+  host->removeFromParentViewController();
+  host.reset();
+  gone.set_value();
+  helper.join();
+  EXPECT_TRUE(player.expired());
+  EXPECT_FALSE(hadToHelp);
+  sound.hangUp();
+  g_setenv("PULSE_SERVER", "unix:/nowhere", TRUE);
 }
 
 TEST_F(GtkVideo, WithoutItsModuleNothingPlays) {

@@ -113,8 +113,8 @@ TEST(WaterfallTest, EachWayOfALoadIsDrawnWithItsReasons) {
 }
 
 TEST(WaterfallTest, AVideoAdHasRowsForDocumentsAndFiles) {
-  const auto document = [](int depth, std::optional<int> code = {}) {
-    return VeltoVideoDocument{depth, {}, code};
+  const auto document = [](int depth, std::optional<int> code = {}, int request = 1) {
+    return VeltoVideoDocument{depth, {}, code, request};
   };
   const auto chart = waterfallOf(
       load({at(0, Kind::Asked, VeltoAskedBy::Application), at(1, Kind::DocumentAsked, document(0)),
@@ -136,6 +136,25 @@ TEST(WaterfallTest, AVideoAdHasRowsForDocumentsAndFiles) {
       "ready 95-100: shown by application\nfile of ad 1! 101-150: video/mp4, code 401\n"
       "file of ad 1 150-220: video/webm\nseen 230-5000: \n");
   EXPECT_NEAR(chart.filled.value_or(0), 0.095, 1e-9);
+
+  // Those of a pod are under way at once.
+  const auto pod =
+      load({at(0, Kind::Asked, VeltoAskedBy::Application), at(1, Kind::DocumentAsked, document(1, {}, 2)),
+            at(2, Kind::DocumentAsked, document(1, {}, 3)), at(3, Kind::DocumentAsked, document(1, {}, 4)),
+            at(20, Kind::DocumentAnswered, document(1, {}, 3)),
+            at(20, Kind::VideoFailed, VeltoVideoFailure{0, 303}),
+            at(40, Kind::DocumentAnswered, document(1, 301, 2)),
+            at(50, Kind::FileTried, VeltoVideoFile{1, "video/mp4", 0, 0, {}}),
+            at(60, Kind::FileTried, VeltoVideoFile{2, "video/webm", 0, 0, {}}),
+            at(70, Kind::VideoFailed, VeltoVideoFailure{1, 409}),
+            at(80, Kind::FileChosen, VeltoVideoFile{2, "video/webm", 0, 0, {}})},
+           {});
+  const auto going = waterfallOf(pod, began + 0.1);
+  EXPECT_TRUE(going.isUnderWay);
+  EXPECT_EQ(drawn(going),
+            "request 0-1: asked by application\nwrapper 1! 1-40: code 301\nwrapper 1 2-20: \n"
+            "wrapper 1… 3-100: \nfile of ad 1! 50-70: video/mp4, code 409\n"
+            "file of ad 2 60-80: video/webm\n");
 }
 
 }  // namespace

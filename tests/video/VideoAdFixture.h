@@ -37,6 +37,10 @@ class Told final : public VeltoVideoAdDelegate {
   }
   void veltoVideoAdDidPause(VeltoVideoAd& ad) override { add("pause", ad); }
   void veltoVideoAdDidResume(VeltoVideoAd& ad) override { add("resume", ad); }
+  void veltoVideoAdDidChangeMuted(VeltoVideoAd& ad, bool muted) override {
+    EXPECT_EQ(ad.isMuted(), muted);
+    add(muted ? "muted" : "heard", ad);
+  }
   void veltoVideoAdDidPress(VeltoVideoAd& ad) override { add("press", ad); }
   void veltoVideoAdDidSkip(VeltoVideoAd& ad) override { add("skip", ad); }
   void veltoVideoAdDidComplete(VeltoVideoAd& ad) override { add("complete", ad); }
@@ -121,6 +125,13 @@ class VideoAdTest : public UITest {
     return std::regex_replace(since, std::regex("/"), "");
   }
   Lines heard() { return std::exchange(told->heard, {}); }
+  // Of the last load, as its timeline has it.
+  long linksOpened() {
+    const auto story = ad->veltoAdTimeline().back();
+    return std::count_if(story.entries.begin(), story.entries.end(), [](const auto& entry) {
+      return entry.detail == VeltoTimelineEntry::Detail(VeltoTap::LinkOpened);
+    });
+  }
   VideoAdControls& controls() { return controlsIn(*host); }
   static VideoAdControls& controlsIn(const UIView& view) {
     if (auto* found = dynamic_cast<VideoAdControls*>(const_cast<UIView*>(&view))) return *found;

@@ -58,10 +58,10 @@ TEST_F(VideoAdTimelineTest, TellsTheWayFromWrapperToEnd) {
   EXPECT_EQ(story.end, Why::VideoOver);
   EXPECT_EQ(told(story, {Kind::AddressTold, Kind::Visible}),
             "asked application\n"
-            "document-asked 0\n"
-            "document-answered 1 0\n"
-            "document-asked 1\n"
-            "document-answered 1 1\n"
+            "document-asked 0 1\n"
+            "document-answered 1 0 1\n"
+            "document-asked 1 2\n"
+            "document-answered 1 1 2\n"
             "ready 1 0\n"
             "show-asked application\n"
             "file-tried 1 360 video/webm 640\n"

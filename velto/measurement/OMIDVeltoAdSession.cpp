@@ -69,7 +69,7 @@ void OMIDVeltoAdSession::beginPage(std::shared_ptr<ServicePage> page) {
   page_ = std::move(page);
   page_->wasTakenAway();  // from here on it can be
   if (lost_)
-    page_->observeLoss([weak = weak_from_this()](std::optional<size_t> script) {
+    page_->observeLoss(context_->resources.size(), [weak = weak_from_this()](std::optional<size_t> script) {
       if (const auto alive = weak.lock(); alive && alive->isStarted()) alive->lost_(script);
     });
   identifier_ = uuidString();
@@ -85,7 +85,8 @@ void OMIDVeltoAdSession::beginPage(std::shared_ptr<ServicePage> page) {
 }
 
 void OMIDVeltoAdSession::tellStart() {
-  JSON::Object told = sessionStart(identifier_, *configuration_, *context_, watcher_->latest());
+  JSON::Object told =
+      sessionStart(identifier_, *configuration_, *context_, watcher_->latest(), page_->lossWords());
   if (loaded_) {
     told["loaded"] = loaded_->properties;
     told["loadedTime"] = loaded_->time;

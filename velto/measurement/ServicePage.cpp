@@ -6,8 +6,9 @@
 #include "velto/platform/Clock.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
+#include "velto/platform/foundation/Text.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -37,6 +38,11 @@ std::shared_ptr<ServicePage> ServicePage::hidden(const std::string& script) {
   page->webView_->setNavigationDelegate(page);
   page->webView_->loadHTMLString(*markup, std::nullopt);
   return page;
+}
+
+void ServicePage::observeLoss(size_t scripts, LossObserver lost) {
+  lost_ = std::move(lost);
+  while (lossWords_.size() < scripts) lossWords_.push_back(uuidString());
 }
 
 bool ServicePage::wasTakenAway() {
@@ -115,9 +121,9 @@ void ServicePage::webView(WKWebView&, const WKNavigationAction& action,
   decisionHandler(isFrame ? WKNavigationActionPolicy::Allow : WKNavigationActionPolicy::Cancel);
   if (!action.requestURL || action.requestURL->host() != lossHost || !lost_) return;
   const auto path = action.requestURL->path();
-  size_t script = 0;
-  const auto* end = path.data() + path.size();
-  if (path.size() > 1 && std::from_chars(path.data() + 1, end, script).ptr == end) lost_(script);
+  const auto word =
+      std::find_if(lossWords_.begin(), lossWords_.end(), [&](const auto& one) { return path == "/" + one; });
+  if (word != lossWords_.end()) lost_(static_cast<size_t>(word - lossWords_.begin()));
 }
 
 void ServicePage::webView(WKWebView&, const WKNavigation&) {

@@ -20,9 +20,11 @@ class ServicePage final : public WKNavigationDelegate, public std::enable_shared
   static std::shared_ptr<ServicePage> ofAd(const std::shared_ptr<WKWebView>& webView);
   // A page that nobody sees, with nothing but the script. Statements wait until it has loaded.
   static std::shared_ptr<ServicePage> hidden(const std::string& script);
-  // Of a hidden page: told which verification script, by its place in the session's start, cannot be loaded; nothing: none can.
+  // Of a hidden page: told which of so many verification scripts, by its place in the session's start, cannot be loaded; nothing:
+  // none can. The page tells it by the script's word, which goes into the session's start and is nobody else's to guess.
   using LossObserver = std::function<void(std::optional<size_t> script)>;
-  void observeLoss(LossObserver lost) { lost_ = std::move(lost); }
+  void observeLoss(size_t scripts, LossObserver lost);
+  const std::vector<std::string>& lossWords() const { return lossWords_; }
 
   const std::shared_ptr<WKWebView>& webView() const { return webView_; }
   // A page that was in a view and is in none any more: whoever showed it is done with it.
@@ -57,6 +59,7 @@ class ServicePage final : public WKNavigationDelegate, public std::enable_shared
   State state_ = State::Loaded;
   std::vector<Statement> waiting_;
   LossObserver lost_;
+  std::vector<std::string> lossWords_;
   bool takesGeometry_ = false;  // it has been told of one, and has not answered yet
 };
 

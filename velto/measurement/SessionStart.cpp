@@ -34,13 +34,15 @@ JSON::Object contextOf(const OMIDVeltoAdSessionContext& context) {
   return result;
 }
 
-JSON::Array resourcesOf(const OMIDVeltoAdSessionContext& context, bool isolated) {
+JSON::Array resourcesOf(const OMIDVeltoAdSessionContext& context, bool isolated,
+                        const std::vector<std::string>& lossWords) {
   JSON::Array result;
   for (const auto& resource : context.resources) {
     JSON::Object entry{{"resourceUrl", resource->URL().absoluteString()},
                        {"accessMode", isolated ? "limited" : "full"}};
     if (resource->vendorKey()) entry["vendorKey"] = *resource->vendorKey();
     if (resource->parameters()) entry["verificationParameters"] = *resource->parameters();
+    if (result.size() < lossWords.size()) entry["loss"] = lossWords[result.size()];
     result.emplace_back(std::move(entry));
   }
   return result;
@@ -49,7 +51,8 @@ JSON::Array resourcesOf(const OMIDVeltoAdSessionContext& context, bool isolated)
 }  // namespace
 
 JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessionConfiguration& configuration,
-                          const OMIDVeltoAdSessionContext& context, const Viewability& seen) {
+                          const OMIDVeltoAdSessionContext& context, const Viewability& seen,
+                          const std::vector<std::string>& lossWords) {
   JSON::Object result{{"adSessionId", identifier},
                       {"context", contextOf(context)},
                       {"creativeType", OMIDVeltoName(configuration.creativeType)},
@@ -62,7 +65,7 @@ JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessio
   if (OMIDVeltoSDK::sharedInstance()->tracer()) result["trace"] = true;
   if (context.contentUrl) result["contentUrl"] = *context.contentUrl;
   if (!context.resources.empty())
-    result["resources"] = resourcesOf(context, configuration.isolateVerificationScripts);
+    result["resources"] = resourcesOf(context, configuration.isolateVerificationScripts, lossWords);
   return result;
 }
 

@@ -7,10 +7,13 @@
 #include "velto/measurement/Viewability.h"
 
 #include <string>
+#include <vector>
 
 namespace velto {
 
+// `lossWords`: of the context's scripts, those of ServicePage::observeLoss(); may be empty.
 JSON::Object sessionStart(const std::string& identifier, const OMIDVeltoAdSessionConfiguration& configuration,
-                          const OMIDVeltoAdSessionContext& context, const Viewability& seen);
+                          const OMIDVeltoAdSessionContext& context, const Viewability& seen,
+                          const std::vector<std::string>& lossWords);
 
 }  // namespace velto

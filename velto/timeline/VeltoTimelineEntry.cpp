@@ -112,6 +112,7 @@ struct Fields {
     JSON::Object fields{{"depth", document.depth}};
     if (document.ads) fields.emplace("ads", *document.ads);
     if (document.code) fields.emplace("code", *document.code);
+    if (document.request > 0) fields.emplace("request", document.request);
     return fields;
   }
   JSON::Object operator()(const VeltoVideoPod& pod) const { return {{"ads", pod.ads}, {"spare", pod.spare}}; }

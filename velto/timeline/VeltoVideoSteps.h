@@ -12,6 +12,7 @@ struct VeltoVideoDocument {
   int depth = 0;            // 0: the one that the load asked for; 1: of its wrapper, and so on
   std::optional<int> ads;   // of one that is there: how many it has
   std::optional<int> code;  // why it is of no use (VAST 4.2, 2.3.6.3)
+  int request = 0;  // which of the load's, from 1 on: several may be under way; 0: the application gave it
   bool operator==(const VeltoVideoDocument&) const = default;
 };
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <utility>
 
 namespace velto {
@@ -103,22 +104,29 @@ class Chart {
     switch (entry.kind) {
       case Kind::DocumentAsked: {
         end(answer_, Outcome::Fine);
-        const int depth = std::get<VeltoVideoDocument>(entry.detail).depth;
-        return begin(page_, depth == 0 ? "document" : "wrapper " + std::to_string(depth), Phase::Waiting);
+        const auto& document = std::get<VeltoVideoDocument>(entry.detail);
+        return begin(documents_[document.request],
+                     document.depth == 0 ? "document" : "wrapper " + std::to_string(document.depth),
+                     Phase::Waiting);
       }
-      case Kind::DocumentAnswered:
+      case Kind::DocumentAnswered: {
         end(answer_, Outcome::Fine);
-        if (const auto& code = std::get<VeltoVideoDocument>(entry.detail).code) failWith(page_, *code);
-        return end(page_, Outcome::Fine);
+        const auto& document = std::get<VeltoVideoDocument>(entry.detail);
+        auto& open = documents_[document.request];
+        if (document.code) failWith(open, *document.code);
+        return end(open, Outcome::Fine);
+      }
       case Kind::FileTried: {
         const auto& file = std::get<VeltoVideoFile>(entry.detail);
-        begin(page_, "file of ad " + std::to_string(file.ad), Phase::Loading);
-        return note(page_, file.type);
+        begin(files_[file.ad], "file of ad " + std::to_string(file.ad), Phase::Loading);
+        return note(files_[file.ad], file.type);
       }
-      case Kind::VideoFailed:
-        return failWith(page_, std::get<VeltoVideoFailure>(entry.detail).code);
+      case Kind::VideoFailed: {
+        const auto& failure = std::get<VeltoVideoFailure>(entry.detail);
+        return failWith(files_[failure.ad], failure.code);
+      }
       case Kind::FileChosen:
-        return end(page_, Outcome::Fine);
+        return end(files_[std::get<VeltoVideoFile>(entry.detail).ad], Outcome::Fine);
       default:
         return;
     }
@@ -242,10 +250,17 @@ class Chart {
   void finish() {
     at_ = until_;
     const bool isFilled = load_.filled() != nullptr;
-    chart_.isUnderWay = (answer_ || network_ || page_) && !load_.end;
+    bool isUnderWay = answer_ || network_ || page_;
+    std::vector<std::optional<Open>*> open{&answer_, &network_, &page_, &hold_, &sight_};
+    for (auto* rows : {&documents_, &files_})
+      for (auto& [key, row] : *rows) {
+        isUnderWay = isUnderWay || row;
+        open.push_back(&row);
+      }
+    chart_.isUnderWay = isUnderWay && !load_.end;
     if (load_.end) note(hold_, sentenceOf(*load_.end));
     const auto outcome = load_.end ? Outcome::Fine : Outcome::UnderWay;
-    for (auto* open : {&answer_, &network_, &page_, &hold_, &sight_}) end(*open, outcome);
+    for (auto* row : open) end(*row, outcome);
     if (weight_)
       end(weight_, chart_.rows[weight_->row].outcome == Outcome::Failed ? Outcome::Failed : outcome);
     auto& rows = chart_.rows;
@@ -295,6 +310,8 @@ class Chart {
   double at_ = 0;
   Waterfall chart_;
   std::optional<Open> answer_, network_, page_, hold_, sight_, weight_;
+  std::map<int, std::optional<Open>> documents_,
+      files_;  // by request, by ad: those of a pod are under way at once
   std::optional<double> painted_;
   std::string process_;
 };

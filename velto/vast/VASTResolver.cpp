@@ -48,7 +48,7 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     fetch(tag, nullptr, [self = shared_from_this()](Found found) { self->finish(std::move(found)); });
   }
   void begin(const std::shared_ptr<VASTDocument>& document) {
-    read(std::move(*document), nullptr,
+    read(std::move(*document), 0, nullptr,
          [self = shared_from_this()](Found found) { self->finish(std::move(found)); });
   }
   void cancel() { completion_ = nullptr; }
@@ -93,18 +93,22 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
   void fetch(const NSURL& url, VASTLevelPointer above, Done done) {
     auto* platform = Platform::currentOrNull();
     if (!platform || !completion_) return;
-    ++requests_;
+    const size_t request = ++requests_;
     const size_t depth = depthBelow(above);
-    hear({.kind = VASTStep::Kind::Asked, .depth = depth});
+    hear({.kind = VASTStep::Kind::Asked, .depth = depth, .request = request});
     // Whichever comes first, answer or end of the time, takes what is to be done.
     const auto next = std::make_shared<Done>(std::move(done));
-    const auto answered = [self = shared_from_this(), above, next](VASTDocument& document) {
-      if (const auto then = std::exchange(*next, nullptr)) self->read(std::move(document), above, then);
+    const auto answered = [self = shared_from_this(), request, above, next](VASTDocument& document) {
+      if (const auto then = std::exchange(*next, nullptr))
+        self->read(std::move(document), request, above, then);
     };
-    const auto failed = [self = shared_from_this(), above, next, depth] {
+    const auto failed = [self = shared_from_this(), request, above, next, depth] {
       const auto then = std::exchange(*next, nullptr);
       if (!then || !self->completion_) return;
-      self->hear({.kind = VASTStep::Kind::Answered, .depth = depth, .error = VASTError::WrapperTimeout});
+      self->hear({.kind = VASTStep::Kind::Answered,
+                  .depth = depth,
+                  .request = request,
+                  .error = VASTError::WrapperTimeout});
       self->fail(VASTError::WrapperTimeout, {}, above.get());
       then({});
     };
@@ -140,10 +144,11 @@ class VASTResolving : public std::enable_shared_from_this<VASTResolving> {
     return from == std::string_view::npos ? std::string_view() : text.substr(from);
   }
 
-  void read(VASTDocument document, const VASTLevelPointer& above, const Done& done) {
+  void read(VASTDocument document, size_t request, const VASTLevelPointer& above, const Done& done) {
     if (!completion_) return;  // nobody waits any more
     hear({.kind = VASTStep::Kind::Answered,
           .depth = depthBelow(above),
+          .request = request,
           .ads = document.ads.size(),
           .error = document.error});
     if (document.error)

@@ -36,6 +36,8 @@ struct VASTStep {
   };
   Kind kind = Kind::Asked;
   size_t depth = 0;  // of the document: 0 is the first, 1 that of its wrapper
+  size_t request =
+      0;  // which one, from 1 on: those of a pod are asked for at once; 0: the document was given
   size_t ads = 0;
   std::optional<VASTError> error = {};
   VASTSent sent = {};

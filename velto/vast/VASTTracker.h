@@ -7,7 +7,8 @@
 //   tracker.playhead(player.seconds());     // often; quartiles and progress follow from it
 //   tracker.completed();
 //
-// What comes in an order that cannot be (a pause before the start, anything after the end) says nothing.
+// What comes in an order that cannot be (a pause before the start, a quartile after the end) says nothing. After the end there are
+// still viewability, icons, companions, and a companion that cannot be fetched.
 #pragma once
 
 #include "velto/Export.h"

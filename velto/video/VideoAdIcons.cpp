@@ -80,7 +80,9 @@ void VideoAdIcons::show(double seconds, UIView& over) {
       const auto place = shown.place;
       shown.page = VideoAdPage::make({icon.resources, icon.clickThrough, icon.program}, frame.size,
                                      {[told = actions_.shown, place] { told(place); },
-                                      [told = actions_.clicked, place] { return told(place); }});
+                                      [told = actions_.clicked, place] { return told(place); },
+                                      {},
+                                      actions_.pressed});
       if (shown.page) over.addSubview(shown.page->view());
     }
     if (shown.page && shown.page->view()->frame() != frame) shown.page->view()->setFrame(frame);

@@ -17,6 +17,7 @@ class VideoAdIcons {
   struct Actions {
     std::function<void(size_t icon)> shown;
     std::function<std::optional<std::string>(size_t icon)> clicked;
+    std::function<void(bool opens)> pressed;
   };
 
   VideoAdIcons(const std::vector<VASTIcon>& icons, Actions actions);

@@ -38,7 +38,8 @@ void VideoAdNotes::file(Kind kind, const VASTMediaFile& file) const {
 }
 
 void VideoAdNotes::step(const VASTStep& step) const {
-  VeltoVideoDocument document{static_cast<int>(step.depth), {}, codeOf(step.error)};
+  VeltoVideoDocument document{
+      static_cast<int>(step.depth), {}, codeOf(step.error), static_cast<int>(step.request)};
   switch (step.kind) {
     case VASTStep::Kind::Asked:
       return note(Kind::DocumentAsked, document);

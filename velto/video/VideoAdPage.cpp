@@ -134,7 +134,9 @@ void VideoAdPage::webView(WKWebView&, const WKNavigationAction& action,
   const auto wanted = actions_.clicked ? actions_.clicked() : std::nullopt;
   const auto url = wanted ? NSURL::URLByEscaping(*wanted) : action.requestURL;
   auto& application = Platform::current().application();
-  if (url && application.canOpenURL(*url)) application.openURL(*url, {}, nullptr);
+  const bool opens = url && application.canOpenURL(*url);
+  if (opens) application.openURL(*url, {}, nullptr);
+  if (actions_.pressed) actions_.pressed(opens);
   decisionHandler(WKNavigationActionPolicy::Cancel);  // the page stays what it is
 }
 

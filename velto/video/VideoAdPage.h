@@ -24,7 +24,8 @@ class VideoAdPage final : public UIViewController, public WKNavigationDelegate {
     std::function<void()> shown;  // the first time that it has loaded and is in a window
     // A person clicked; gives where the ad wants that to lead, or nothing for where the link leads.
     std::function<std::optional<std::string>()> clicked;
-    std::function<void()> failed = {};  // once: its picture, or all of it, cannot be had
+    std::function<void()> failed = {};             // once: its picture, or all of it, cannot be had
+    std::function<void(bool opens)> pressed = {};  // after `clicked`: whether an address is opened
   };
 
   static bool canShow(const VASTCompanion& companion);

@@ -64,7 +64,8 @@ VideoAdShow::VideoAdShow(VASTAd ad, VASTMacros macros, Surroundings around,
       notes_(around_.record, around_.number),
       listener_(std::move(listener)),
       icons_(tracker_.ad().linear->icons, {[this](size_t icon) { tracker_.iconShown(icon); },
-                                           [this](size_t icon) { return tracker_.iconClicked(icon); }}),
+                                           [this](size_t icon) { return tracker_.iconClicked(icon); },
+                                           [this](bool opens) { pressed(opens); }}),
       isFullscreen_(around_.isFullscreen) {}
 
 VideoAdShow::~VideoAdShow() {

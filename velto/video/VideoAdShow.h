@@ -45,6 +45,10 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void begin();
   void refuse(VASTError error) { fault_ = error; }  // before it begins: that is how it ends
   void companionFailed() { goesOnWithout(VASTError::CompanionNotFetched); }
+  // It, or what belongs to it, for the timeline.
+  void pressed(bool opens) {
+    notes_.note(VeltoTimelineKind::Tapped, opens ? VeltoTap::LinkOpened : VeltoTap::Told);
+  }
   void close();  // tells its servers, and nobody here
   void pause(bool paused);
   bool skip();
@@ -68,7 +72,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void screenSkipped() override { skip(); }
   void screenEscaped() override;
   void screenPressed(std::optional<CGPoint> place) override;
-  void screenWentAway() override { end(VideoAdEnd::Closed); }
+  void screenWentAway() override;
 
  private:
   using Event = VideoMeasurement::Event;

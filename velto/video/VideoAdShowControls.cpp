@@ -1,4 +1,5 @@
 // One video ad, under a person's hands: what the controls say, and what they do.
+#include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/video/VideoAdShow.h"
@@ -38,8 +39,11 @@ void VideoAdShow::pause(bool paused) {
 }
 
 void VideoAdShow::screenMuted() {
-  around_.sound->muted = !around_.sound->muted;
+  const auto self = shared_from_this();
+  const bool muted = !around_.sound->muted;
+  around_.sound->muted = muted;
   soundChanged();
+  if (const auto to = listener_.lock(); to && !hasEnded_) to->adMuted(muted);
 }
 
 void VideoAdShow::soundChanged() {
@@ -69,6 +73,15 @@ void VideoAdShow::screenEscaped() {
   if (!skip() && hasStarted_ && seconds() > said + grace) end(VideoAdEnd::Left);
 }
 
+// A window can go in the application's own call, or in the toolkit's: the application hears of the end in a later turn.
+void VideoAdShow::screenWentAway() {
+  auto* platform = Platform::currentOrNull();
+  if (!platform) return;
+  platform->mainQueue().post([weak = weak_from_this()] {
+    if (const auto alive = weak.lock()) alive->end(VideoAdEnd::Closed);
+  });
+}
+
 bool VideoAdShow::skip() {
   const auto self = shared_from_this();
   if (hasStarted_ && !hasEnded_) playheadMoved();
@@ -93,7 +106,7 @@ void VideoAdShow::screenPressed(std::optional<CGPoint> place) {
   const auto url = address ? NSURL::URLByEscaping(*address) : std::nullopt;
   auto& application = Platform::current().application();
   const bool opens = url && application.canOpenURL(*url);
-  notes_.note(VeltoTimelineKind::Tapped, opens ? VeltoTap::LinkOpened : VeltoTap::Told);
+  pressed(opens);
   if (opens) application.openURL(*url, {}, nullptr);
   if (const auto to = listener_.lock()) to->adPressed();
   pause(true);

@@ -48,6 +48,7 @@ class Media final : public MediaSystem {
   // Videos come through `gate`.
   Media(std::filesystem::path caFile, std::shared_ptr<NetworkGate> gate)
       : caFile_(std::move(caFile)), gate_(std::move(gate)) {}
+  // Waits for what prepare() is doing: on a machine's first time that can be some seconds, while GStreamer looks at its plug-ins.
   ~Media() override { background_.stop(); }
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
   void prepare(std::function<void()> ready) override;

@@ -96,8 +96,10 @@ bool findElement(GstElementFactoryListType kind, const char* name) {
 
 // The names are those of the tables above. A walk through the registry takes long enough to be done once for each.
 bool hasElement(GstElementFactoryListType kind, const char* name) {
-  static std::mutex mutex;
-  static std::map<std::pair<GstElementFactoryListType, std::string_view>, bool> known;
+  // Not destroyed: a process may exit while another thread prepares.
+  using Known = std::map<std::pair<GstElementFactoryListType, std::string_view>, bool>;
+  static auto& mutex = *new std::mutex;
+  static auto& known = *new Known;
   std::lock_guard lock(mutex);
   const auto [at, isNew] = known.try_emplace({kind, name}, false);
   if (isNew) at->second = findElement(kind, name);

@@ -37,8 +37,10 @@ void makeSettingsStore() {
   g_object_unref(g_settings_backend_get_default());
 }
 
+using HeldSlot = std::shared_ptr<FrameSlot>;
+
 GstFlowReturn put(GstSample* sample, gpointer slot) {
-  if (sample) static_cast<FrameSlot*>(slot)->put(sample);
+  if (sample) (*static_cast<HeldSlot*>(slot))->put(sample);
   return GST_FLOW_OK;
 }
 
@@ -55,11 +57,11 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const ch
                                    VideoPipelineEvents& events)
     : events_(events),
       playbin_(GPtr<GstElement>::sink(newElement("playbin"))),
-      proxy_(proxy ? proxy : ""),
-      frames_(std::make_shared<FrameSlot>(events)),
-      carried_(std::make_shared<CarriedBytes>()) {
-  if (caFile) authorities_ = GPtr<GTlsDatabase>::adopt(g_tls_file_database_new(caFile, nullptr));
-  g_signal_connect(playbin_, "source-setup", G_CALLBACK(sourceMade), this);
+      shared_(makeShared(caFile, proxy, events)) {
+  g_signal_connect_data(
+      playbin_, "source-setup", G_CALLBACK(sourceMade), new std::shared_ptr(shared_),
+      [](gpointer held, GClosure*) noexcept { delete static_cast<std::shared_ptr<Shared>*>(held); },
+      GConnectFlags{});
   auto* sound = newElement("autoaudiosink");
   useAudioSink(sound ? sound : newSilence());
   g_object_set(playbin_, "uri", url, "flags", playFlags, "video-sink", makePictureSink(), nullptr);
@@ -70,26 +72,35 @@ GstVideoPipeline::GstVideoPipeline(const char* url, const char* caFile, const ch
   g_source_set_callback(messages_.get(), G_SOURCE_FUNC(received), this, nullptr);
   g_source_attach(messages_.get(), nullptr);
   makeSettingsStore();
-  gst_element_call_async(playbin_, begin, new std::shared_ptr(beginning_), [](gpointer held) noexcept {
-    delete static_cast<std::shared_ptr<Beginning>*>(held);
-  });
+  gst_element_call_async(playbin_, begin, new std::shared_ptr(shared_),
+                         [](gpointer held) noexcept { delete static_cast<std::shared_ptr<Shared>*>(held); });
+}
+
+std::shared_ptr<GstVideoPipeline::Shared> GstVideoPipeline::makeShared(const char* caFile, const char* proxy,
+                                                                       VideoPipelineEvents& events) {
+  auto* authorities = caFile ? g_tls_file_database_new(caFile, nullptr) : nullptr;
+  return std::shared_ptr<Shared>(new Shared{.authorities = GPtr<GTlsDatabase>::adopt(authorities),
+                                            .proxy = proxy ? proxy : "",
+                                            .frames = std::make_shared<FrameSlot>(events),
+                                            .carried = std::make_shared<CarriedBytes>()});
 }
 
 void GstVideoPipeline::begin(GstElement* playbin, gpointer held) noexcept {
-  auto& beginning = **static_cast<std::shared_ptr<Beginning>*>(held);
-  std::lock_guard lock(beginning.mutex);
-  if (beginning.isOver) return;
-  beginning.isLive = gst_element_set_state(playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
+  using State = Shared::State;
+  auto& shared = **static_cast<std::shared_ptr<Shared>*>(held);
+  auto state = State::Waiting;
+  if (!shared.state.compare_exchange_strong(state, State::Beginning)) return;
+  shared.isLive = gst_element_set_state(playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL;
+  state = State::Beginning;
+  if (!shared.state.compare_exchange_strong(state, State::Begun))
+    gst_element_set_state(playbin, GST_STATE_NULL);
 }
 
 GstVideoPipeline::~GstVideoPipeline() {
-  {
-    std::lock_guard lock(beginning_->mutex);
-    beginning_->isOver = true;
-  }
+  const bool isBeginning = shared_->state.exchange(Shared::State::Over) == Shared::State::Beginning;
   g_source_destroy(messages_.get());
-  frames_->close();
-  gst_element_set_state(playbin_, GST_STATE_NULL);  // its threads are over afterwards
+  shared_->frames->close();
+  if (!isBeginning) gst_element_set_state(playbin_, GST_STATE_NULL);  // its threads are over afterwards
 }
 
 GstElement* GstVideoPipeline::makePictureSink() {
@@ -97,8 +108,8 @@ GstElement* GstVideoPipeline::makePictureSink() {
   GstAppSinkCallbacks callbacks{};
   callbacks.new_preroll = newPreroll;
   callbacks.new_sample = newSample;
-  // The sink's threads end before the slot does.
-  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, frames_.get(), nullptr);
+  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, new HeldSlot(shared_->frames),
+                             [](gpointer held) noexcept { delete static_cast<HeldSlot*>(held); });
   auto* caps = gst_caps_from_string(pictureFormat);
   gst_app_sink_set_caps(GST_APP_SINK(sink), caps);
   gst_caps_unref(caps);
@@ -110,15 +121,16 @@ void GstVideoPipeline::useAudioSink(GstElement* sink) {
   g_object_set(playbin_, "audio-sink", sink, nullptr);
 }
 
-void GstVideoPipeline::sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept {
+void GstVideoPipeline::sourceMade(GstElement*, GstElement* source, gpointer held) noexcept {
+  const auto& shared = **static_cast<std::shared_ptr<Shared>*>(held);
   const auto has = [source](const char* property) {
     return g_object_class_find_property(G_OBJECT_GET_CLASS(source), property) != nullptr;
   };
-  if (self->authorities_ && has("tls-database"))
-    g_object_set(source, "tls-database", self->authorities_.get(), nullptr);
-  if (!self->proxy_.empty() && has("proxy")) g_object_set(source, "proxy", self->proxy_.c_str(), nullptr);
+  if (shared.authorities && has("tls-database"))
+    g_object_set(source, "tls-database", shared.authorities.get(), nullptr);
+  if (!shared.proxy.empty() && has("proxy")) g_object_set(source, "proxy", shared.proxy.c_str(), nullptr);
   if (auto* pad = gst_element_get_static_pad(source, "src")) {
-    self->carried_->countAt(pad);
+    shared.carried->countAt(pad);
     gst_object_unref(pad);
   }
 }
@@ -209,16 +221,16 @@ void GstVideoPipeline::reachedState(GstState state) {
 void GstVideoPipeline::buffered(int percent) {
   constexpr int full = 100;
   if (percent >= full) {
-    carried_->stop();
+    shared_->carried->stop();
     tellCarried();
   }
-  if (beginning_->isLive || std::exchange(buffered_, percent >= full) == buffered_) return;
+  if (shared_->isLive || std::exchange(buffered_, percent >= full) == buffered_) return;
   applyState();
 }
 
 // Where it is not known yet, at the next occasion.
 void GstVideoPipeline::tellCarried() {
-  const auto rate = toldCarried_ ? std::nullopt : carried_->rate();
+  const auto rate = toldCarried_ ? std::nullopt : shared_->carried->rate();
   if (!rate) return;
   toldCarried_ = true;
   events_.pipelineCarried(*rate);

@@ -10,8 +10,8 @@
 #include <gst/gst.h>
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace velto::gtk {
@@ -35,15 +35,22 @@ class GstVideoPipeline final : public VideoPipeline {
   static constexpr int mostTriesToComeBack = 4;
 
   static gboolean received(GstBus*, GstMessage* message, gpointer self) noexcept;
-  static void sourceMade(GstElement*, GstElement* source, GstVideoPipeline* self) noexcept;  // also there
 
-  // Finding sources and demultiplexers takes long: begun on a thread of GStreamer's, unless this goes before.
-  struct Beginning {
-    std::mutex mutex;
-    bool isOver = false;
+  // What GStreamer's threads use. Finding sources and demultiplexers takes long, and a sound server that hangs holds it up without
+  // end: it is begun on a thread of GStreamer's, and when this goes meanwhile, ended there. Nobody waits for it.
+  struct Shared {
+    enum class State : uint8_t { Waiting, Beginning, Begun, Over };
+    std::atomic<State> state = State::Waiting;
     std::atomic<bool> isLive = false;
+    const GPtr<GTlsDatabase> authorities;
+    const std::string proxy;
+    const std::shared_ptr<FrameSlot> frames;
+    const std::shared_ptr<CarriedBytes> carried;
   };
-  static void begin(GstElement* playbin, gpointer beginning) noexcept;
+  static void begin(GstElement* playbin, gpointer shared) noexcept;  // on a thread of its own
+  static void sourceMade(GstElement*, GstElement* source, gpointer shared) noexcept;  // on one that loads
+  static std::shared_ptr<Shared> makeShared(const char* caFile, const char* proxy,
+                                            VideoPipelineEvents& events);
 
   GstElement* makePictureSink();
   void useAudioSink(GstElement* sink);
@@ -57,13 +64,9 @@ class GstVideoPipeline final : public VideoPipeline {
   VideoPipelineEvents& events_;
   GPtr<GstElement> playbin_;
   GPtr<GstElement> audioSink_;
-  GPtr<GTlsDatabase> authorities_;
-  const std::string proxy_;
   GOwned<GSource, g_source_unref> messages_;
-  std::shared_ptr<FrameSlot> frames_;
-  const std::shared_ptr<CarriedBytes> carried_;
+  const std::shared_ptr<Shared> shared_;
   bool toldCarried_ = false;
-  const std::shared_ptr<Beginning> beginning_ = std::make_shared<Beginning>();
   bool loaded_ = false;
   bool wanted_ = false;      // to play
   bool buffered_ = true;     // enough data is there

@@ -17,18 +17,15 @@ export class Resources {
         vendorKey: typeof entry.vendorKey === 'string' ? entry.vendorKey : '',
         verificationParameters: entry.verificationParameters ?? undefined,
         accessMode: accessModes.includes(entry.accessMode) ? entry.accessMode : 'limited',
+        loss: /^[\dA-F-]+$/i.test(entry.loss) ? entry.loss : undefined,
       });
     }
   }
 
-  /**
-   * Lets run what does not yet. Where the application isolates scripts, none reaches into the page. In the hidden page of a
-   * native ad the application is told which cannot be loaded.
-   */
-  inject(isolated, isHidden) {
-    for (const [place, resource] of this.list.entries()) {
+  /** Lets run what does not yet. Where the application isolates scripts, none reaches into the page. */
+  inject(isolated) {
+    for (const resource of this.list) {
       if (resource.injectionId) continue;
-      if (isHidden) resource.place = place;
       if (isolated && resource.accessMode === 'full') resource.accessMode = 'limited';
       resource.injectionId = `${resource.vendorKey}-${Math.random().toString(36).slice(2)}`;
       this.open(resource);
@@ -48,9 +45,9 @@ export function accessOf(listener, resource) {
   return resource && resource.accessMode === 'domain' ? 'domain' : 'limited';
 }
 
-// Of a place that is nowhere, in the script's own frame: ServicePage hears it, and lets nothing go there.
-const tellsLoss = ({ place }) =>
-  place === undefined ? '' : ` onerror="location='https://not-loaded.invalid/${place}'"`;
+// A script that cannot be loaded is told to the application that gave a word for it, by going to a place that is nowhere, in the
+// script's own frame: ServicePage hears it, and lets nothing go there. The word is in no other frame, so no script speaks for another.
+const tellsLoss = ({ loss }) => (loss ? ` onerror="location='https://not-loaded.invalid/${loss}'"` : '');
 const attribute = (text) => text.replace(/&/g, '&amp;').replace(/"/g, '&quot;');
 
 export function openFrame(document, resource) {

@@ -65,7 +65,7 @@ export class Session {
       for (const report of this.early.splice(0)) report();
       this.publishGeometry(time);
     });
-    this.resources.inject(told.isolated, told.context?.adSessionType === 'native');
+    this.resources.inject(told.isolated);
   }
 
   finish(time) {
