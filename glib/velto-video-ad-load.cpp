@@ -1,4 +1,6 @@
 // The video ad itself: asked for, heard of, let go.
+#include <velto/platform/Platform.h>
+
 #include "velto-video-ad-private.h"
 
 namespace velto_glib {
@@ -9,6 +11,7 @@ bool isOnTheScreen(const VideoAdPrivate& priv) {
 }
 
 void letCompanionsGo(VideoAdPrivate& priv) {
+  priv.companionsOf = 0;
   for (auto* companion : std::exchange(priv.companions, {})) {
     letCompanionGo(companion);
     g_object_unref(companion);
@@ -21,10 +24,39 @@ void conclude(VeltoVideoAd* ad, GError* error) {
   auto& priv = privateOf(ad);
   priv.wantsAd = false;
   const auto answer = priv.loading.take();
+  takeVideoAdInfo(ad, nullptr);
   takeVideoAdState(ad);
   emitVideoAd(ad, error ? VideoAdSignal::Failed : VideoAdSignal::Loaded, error);
   answer(error);
   g_clear_error(&error);
+}
+
+gboolean giveUp(gpointer data) noexcept {
+  auto* ad = VELTO_VIDEO_AD(data);
+  const Kept kept(ad);
+  auto& priv = privateOf(ad);
+  priv.givingUp = 0;
+  if (priv.wantsAd || !priv.loading.isEmpty()) {
+    conclude(ad, videoAdGone());
+  } else {
+    takeVideoAdInfo(ad, nullptr);
+    takeVideoAdState(ad);
+  }
+  return G_SOURCE_REMOVE;
+}
+
+void stopGivingUp(VideoAdPrivate& priv) {
+  if (priv.givingUp) g_source_remove(std::exchange(priv.givingUp, 0));
+}
+
+// Nothing is heard of it any more, and the next load needs another one. Told when the next platform may be there.
+void loseWithPlatform(VeltoVideoAd* ad) {
+  auto& priv = privateOf(ad);
+  priv.platformGoes.cancel();
+  priv.ad.reset();
+  priv.next = nullptr;
+  letCompanionsGo(priv);
+  if (!priv.givingUp) priv.givingUp = g_idle_add(giveUp, ad);
 }
 
 }  // namespace
@@ -43,6 +75,8 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
     if (!ad_) return;
     auto* error = g_error_new_literal(VELTO_VIDEO_AD_ERROR, withError.code, withError.explanation.c_str());
     if (ad.state() != Ad::State::Playing) return conclude(ad_, error);
+    auto& priv = privateOf(ad_);
+    if (!isLatest(ad, priv.companionsOf)) letCompanionsGo(priv);  // this one took the place of who has them
     tell(VideoAdSignal::Failed, error);
     g_error_free(error);
   }
@@ -54,6 +88,7 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
     if (!ad_) return;
     const Kept kept(ad_);
     letCompanionsGo(privateOf(ad_));
+    privateOf(ad_).companionsOf = info.number;
     auto* made = videoAdInfoFrom(info);
     takeVideoAdInfo(ad_, VELTO_VIDEO_AD_INFO(g_object_ref(made)));
     tell(VideoAdSignal::Started, made);
@@ -98,6 +133,7 @@ void begin(VeltoVideoAd* ad, const Load& how) {
   const Kept kept(ad);
   auto& priv = privateOf(ad);
   priv.next = nullptr;
+  stopGivingUp(priv);
   if (isOnTheScreen(priv)) {
     priv.next = [ad, how] { begin(ad, how); };
     return;
@@ -107,6 +143,8 @@ void begin(VeltoVideoAd* ad, const Load& how) {
     if (!priv.ad) {
       priv.ad = velto::VeltoVideoAd::make(priv.delegate);
       priv.ad->setFullscreen(priv.numbers[VideoAdFullscreen] != 0);
+      priv.platformGoes = velto::Platform::current().notificationCenter().addObserver(
+          velto::notificationPlatformWillGo, [ad](const auto&) { loseWithPlatform(ad); });
     }
     const auto of = priv.ad;
     of->setSettings(settingsOf(priv));
@@ -178,6 +216,8 @@ void letVideoAdGo(VeltoVideoAd* ad) {
   auto& priv = privateOf(ad);
   if (priv.delegate) priv.delegate->forget();
   priv.delegate.reset();
+  priv.platformGoes.cancel();
+  stopGivingUp(priv);
   priv.ad.reset();
   priv.next = nullptr;
   priv.wantsAd = false;

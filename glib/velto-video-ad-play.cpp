@@ -204,14 +204,15 @@ GList* velto_video_ad_get_companions(VeltoVideoAd* self) {
   g_return_val_if_fail(VELTO_IS_VIDEO_AD(self), nullptr);
   velto_return_val_if_elsewhere(nullptr);
   auto& priv = privateOf(self);
+  if (!priv.ad || !priv.companionsOf || !isLatest(*priv.ad, priv.companionsOf)) return nullptr;
   const auto make = [&] {
     size_t place = 0;
     for (auto& each : priv.ad->companions()) {
-      auto* made = makeCompanion(priv.ad, place++, std::move(each));
+      auto* made = makeCompanion(priv.ad, priv.companionsOf, place++, std::move(each));
       priv.companions.push_back(GTK_WIDGET(g_object_ref_sink(made)));
     }
   };
-  if (priv.ad && priv.companions.empty()) guarded(__func__, make);
+  if (priv.companions.empty()) guarded(__func__, make);
   GList* list = nullptr;
   for (auto* each : priv.companions) list = g_list_prepend(list, each);
   return g_list_reverse(list);

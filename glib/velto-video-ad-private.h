@@ -65,9 +65,12 @@ struct VideoAdPrivate {
   double volume = 1;
   VeltoVideoAdState state = VELTO_VIDEO_AD_STATE_EMPTY;
   VeltoVideoAdInfo* info = nullptr;    // of the ad that plays
-  std::vector<GtkWidget*> companions;  // its own, as far as somebody asked for them
+  std::vector<GtkWidget*> companions;  // as far as somebody asked for them
+  size_t companionsOf = 0;             // the number of the ad that has them, which has started; 0: none has
   std::function<void()> next;          // the load that waits for the end of what plays
   bool wantsAd = false;                // load() was called, and has no outcome yet
+  velto::Handle platformGoes;          // who is told of that
+  guint givingUp = 0;                  // the source that tells it on
   Waiting loading;
 };
 
@@ -88,7 +91,9 @@ void letVideoAdGo(VeltoVideoAd* ad);
 std::string validText(const std::string& text);
 VeltoVideoAdInfo* videoAdInfoFrom(velto::VeltoVideoAdInfo info);
 // velto-video-ad-companion.cpp
-GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t place,
+// Whether that ad of a pod is the one whose companions are to be had: after it none has begun.
+bool isLatest(const velto::VeltoVideoAd& ad, size_t number);
+GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t number, size_t place,
                          velto::VeltoVideoAdCompanion companion);
 void letCompanionGo(GtkWidget* companion);  // its ad is over: it takes no room any more
 
