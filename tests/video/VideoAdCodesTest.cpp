@@ -47,7 +47,7 @@ class VideoAdCodesTest : public VideoAdTest {
                                      .loadFails = answer.status != 200,
                                      .isNoVideo = !answer.body.value_or("").empty()});
   }
-  void run(int code) {
+  void run(int code, bool isLate = false) {
     VeltoVideoAdSettings settings;
     settings.longest = 60;
     ad->setSettings(settings);
@@ -61,6 +61,7 @@ class VideoAdCodesTest : public VideoAdTest {
     if (!ad->playIn(host)) return;
     platform->advance(1s);
     if (code == 206) ad->stop();
+    if (isLate) platform->advance(2min);
     if (const auto companion = ad->companionView(0)) {
       window->view().addSubview(companion);
       platform->webViews().back()->navigate("velto://failLoad");
@@ -77,6 +78,17 @@ class VideoAdCodesTest : public VideoAdTest {
  private:
   sandbox::RuleBook rules_;
 };
+
+// The address of its picture turns out to be wrong when the video is long over.
+TEST_F(VideoAdCodesTest, AnEndCardThatCannotBeFetchedIsTold) {
+  run(603, true);
+  EXPECT_EQ(ad->state(), VeltoVideoAd::State::Empty);
+  EXPECT_EQ(codesTold(), (std::map<std::string, int>{{"603", 1}}));
+  const auto story = ad->veltoAdTimeline().back();
+  const auto* failed = story.first(VeltoTimelineKind::VideoFailed);
+  ASSERT_NE(failed, nullptr);
+  EXPECT_EQ(std::get<VeltoVideoFailure>(failed->detail).code, 603);
+}
 
 TEST_F(VideoAdCodesTest, EachReachesWhomItConcerns) {
   for (const char* name : {"missing.webm", "silent.webm", "text.webm"}) serveFile(name);

@@ -37,6 +37,10 @@ class Told final : public VeltoVideoAdDelegate {
   }
   void veltoVideoAdDidPause(VeltoVideoAd& ad) override { add("pause", ad); }
   void veltoVideoAdDidResume(VeltoVideoAd& ad) override { add("resume", ad); }
+  void veltoVideoAdDidChangeMuted(VeltoVideoAd& ad, bool muted) override {
+    EXPECT_EQ(ad.isMuted(), muted);
+    add(muted ? "muted" : "heard", ad);
+  }
   void veltoVideoAdDidPress(VeltoVideoAd& ad) override { add("press", ad); }
   void veltoVideoAdDidSkip(VeltoVideoAd& ad) override { add("skip", ad); }
   void veltoVideoAdDidComplete(VeltoVideoAd& ad) override { add("complete", ad); }

@@ -229,18 +229,66 @@ TEST_F(VideoAdTest, TheNextLoadWaitsForTheEndOfTheLastAd) {
   ad->loadDocument(document({{.id = "c"}}));
   platform->runUntilIdle();
   EXPECT_EQ(heard(), (Lines{"content resume", "end", "loaded"}));
-  told->during = [](const std::string& what, VeltoVideoAd& own) {
-    if (what == "complete") own.loadDocument(document({{.id = "d"}}));
-  };
-  ASSERT_TRUE(ad->playIn(host));
-  platform->advance(1min);
-  auto all = heard();
-  ASSERT_GT(all.size(), 3U);
-  EXPECT_EQ(Lines(all.end() - 3, all.end()), (Lines{"content resume", "end", "loaded"}));
-  told->during = nullptr;
+  for (const auto* moment : {"complete", "content resume", "end"}) {
+    SCOPED_TRACE(moment);
+    told->during = [&](const std::string& what, VeltoVideoAd& own) {
+      EXPECT_TRUE(own.info() || (what != "start" && what != "complete"));
+      if (what == moment) own.loadDocument(document({{.id = moment}}));
+      EXPECT_TRUE(what != "end" || what == moment || own.state() == VeltoVideoAd::State::Empty);
+    };
+    ASSERT_TRUE(ad->playIn(host));
+    EXPECT_FALSE(ad->info()) << "that before is none of this load's";
+    EXPECT_FALSE(ad->isPaused());
+    platform->advance(1min);
+    const auto all = heard();
+    ASSERT_GT(all.size(), 3U);
+    EXPECT_EQ(Lines(all.end() - 3, all.end()), (Lines{"content resume", "end", "loaded"}));
+    told->during = nullptr;
+  }
   ASSERT_TRUE(ad->playIn(host));
   platform->runUntilIdle();
-  EXPECT_EQ(told->started->identifier, "d");
+  EXPECT_EQ(told->started->identifier, "end");
+}
+
+// Documents can be there before what plays them is: the load waits, and may be another one by then.
+TEST_F(VideoAdTest, ALoadWaitsForWhatPlaysFiles) {
+  platform->media().preparesAfter = 3s;
+  load({{}});
+  EXPECT_EQ(heard(), Lines{});
+  EXPECT_FALSE(ad->playIn(host));
+  platform->advance(3s);
+  EXPECT_EQ(heard(), Lines{"loaded"});
+  load({{}});
+  platform->advance(2s);
+  ad->stop();
+  platform->advance(5s);
+  load({{}});
+  platform->advance(2s);
+  load({{.id = "b"}});
+  platform->advance(2s);
+  EXPECT_EQ(heard(), Lines{}) << "not for the one before";
+  platform->advance(1s);
+  EXPECT_EQ(heard(), Lines{"loaded"});
+  ASSERT_TRUE(ad->playIn(host));
+  platform->advance(1min);
+  EXPECT_EQ(told->started->identifier, "b");
+  heard();
+  sent();
+  // Nor longer than for all of a load.
+  VeltoVideoAdSettings settings;
+  settings.loadTimeout = 2s;
+  ad->setSettings(settings);
+  load({{.attributes = "sequence=\"1\""}, {.id = "b", .attributes = "sequence=\"2\""}});
+  platform->advance(1999ms);
+  EXPECT_EQ(heard(), Lines{});
+  platform->advance(1ms);
+  EXPECT_EQ(heard(), Lines{"failed 400"});
+  EXPECT_EQ(sent(), "a-error400 b-error400 ");
+  load({{}});
+  ad.reset();
+  platform->advance(1min);
+  EXPECT_EQ(heard(), Lines{});
+  expectClean();
 }
 
 }  // namespace

@@ -26,6 +26,10 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   tap(controls().muteButton());
   EXPECT_EQ(platform->media().players().back()->appliedVolume(), 0.5F);
   EXPECT_EQ(sent(), "a-mute a-unmute ");
+  ad->setMuted(true);
+  ad->setMuted(false);
+  EXPECT_EQ(sent(), "a-mute a-unmute ");
+  EXPECT_EQ(heard(), (Lines{"muted", "heard"})) << "only what the person does";
   tap(controls().playButton());
   platform->advance(1h);
   EXPECT_EQ(platform->mainQueue().timers(), restingTimers) << "nothing is looked at while it waits";
@@ -215,7 +219,9 @@ TEST_F(VideoAdTest, EndsCleanlyAtAnyMoment) {
   load({{}});
   ASSERT_TRUE(ad->playOver(window->controller()));
   platform->advance(1s);
+  const auto before = told->heard;
   window->controller()->platformWindowGone();
+  EXPECT_EQ(told->heard, before) << "never inside the toolkit's call";
   platform->advance(10s);
   EXPECT_EQ(heard(), (Lines{"loaded", "content pause", "start", "content resume", "end"}));
   expectClean();

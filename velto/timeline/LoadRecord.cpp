@@ -81,7 +81,7 @@ struct LoadRecord::Story {
     VeltoTimelineEntry entry{kind, 0, std::move(detail)};
     {
       std::lock_guard lock(mutex);
-      if (timeline.end && kind != Kind::AddressTold) return;
+      if (timeline.end && kind != Kind::AddressTold && kind != Kind::VideoFailed) return;
       auto& entries = timeline.entries;
       if (isState(kind) && !isChange(entry)) return;
       entry.seconds = now();

@@ -25,8 +25,8 @@ class VELTO_EXPORT LoadRecord {
   LoadRecord(const LoadRecord&) = delete;
   LoadRecord& operator=(const LoadRecord&) = delete;
 
-  // After the end nothing is added but what became of addresses (AddressTold), nor what is only said to be as it is known to be
-  // already.
+  // After the end nothing is added but what became of addresses (AddressTold), and what goes wrong beside a video that is over
+  // (VideoFailed); nor what is only said to be as it is known to be already.
   void add(Kind kind, Detail detail = {}) { addAt(kind, std::nullopt, std::move(detail)); }
   // Of a moment that has passed, as a transport tells it afterwards.
   void addAt(Kind kind, std::optional<double> seconds, Detail detail = {});

@@ -53,7 +53,7 @@ enum class VeltoTimelineKind : uint8_t {
   FirstPicture,      // VeltoVideoMoment: in its view
   VideoEvent,        // VeltoVideoEvent: what servers can be told of has happened
   AddressTold,       // VeltoVideoTold: also after the load's end
-  VideoFailed,       // VeltoVideoFailure: of a file, an ad or, on the way to them, a document or wrapper
+  VideoFailed,       // VeltoVideoFailure: of a file, an ad, a document or wrapper; also after the load's end
 };
 
 enum class VeltoAskedBy : uint8_t { Application, Refresh, AutoShow, Inspector };

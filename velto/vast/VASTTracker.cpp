@@ -187,7 +187,7 @@ void VASTTracker::closed() {
 }
 
 void VASTTracker::failed(VASTError error) {
-  if (state_ == State::Ended) return;
+  if (state_ == State::Ended && error != VASTError::CompanionNotFetched) return;
   const bool goesOn = error == VASTError::InteractiveNotRun || error == VASTError::VerificationNotRun ||
                       error == VASTError::CompanionNotFetched || error == VASTError::CompanionNotSupported;
   if (!goesOn) state_ = State::Ended;

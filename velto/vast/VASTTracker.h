@@ -7,7 +7,8 @@
 //   tracker.playhead(player.seconds());     // often; quartiles and progress follow from it
 //   tracker.completed();
 //
-// What comes in an order that cannot be (a pause before the start, anything after the end) says nothing.
+// What comes in an order that cannot be (a pause before the start, a quartile after the end) says nothing. After the end there are
+// still viewability, icons, companions, and a companion that cannot be fetched.
 #pragma once
 
 #include "velto/Export.h"
@@ -67,7 +68,8 @@ class VELTO_EXPORT VASTTracker {
   // The end: told as skip, and as closeLinear for documents of 3.0.
   void skipped();
   void closed();
-  // Of errors with a file or on the way, the first is the ad's end; 409, 410, 603 and 604 are none, and are told each time.
+  // Of errors with a file or on the way, the first is the ad's end; 409, 410, 603 and 604 are none, and are told each time. A
+  // companion may be shown when the video is over, so 603 is told then, too.
   void failed(VASTError error);
 
   // Where the click leads; nothing when the ad leads nowhere.

@@ -95,18 +95,18 @@ void VeltoVideoAd::stop() {
 }
 
 std::optional<VeltoVideoAdInfo> VeltoVideoAd::info() const {
-  const auto& show = break_->show();
-  return show && state() == State::Playing ? std::optional(show->info()) : std::nullopt;
+  const auto show = break_->playing();
+  return show ? std::optional(show->info()) : std::nullopt;
 }
 
 double VeltoVideoAd::currentTime() const {
-  const auto& show = break_->show();
+  const auto show = break_->playing();
   return show ? show->seconds() : 0;
 }
 
 bool VeltoVideoAd::isPaused() const {
-  const auto& show = break_->show();
-  return show && state() == State::Playing && show->isPaused();
+  const auto show = break_->playing();
+  return show && show->isPaused();
 }
 
 std::vector<VeltoVideoAdCompanion> VeltoVideoAd::companions() const {

@@ -50,6 +50,8 @@ class VELTO_EXPORT VeltoVideoAdDelegate {
   virtual void veltoVideoAdDidResume(VeltoVideoAd& /*ad*/) {}  // the same ad
   // A person pressed the ad, or what opens its place.
   virtual void veltoVideoAdDidPress(VeltoVideoAd& /*ad*/) {}
+  // A person switched its sound: VeltoVideoAd::isMuted() is another.
+  virtual void veltoVideoAdDidChangeMuted(VeltoVideoAd& /*ad*/, bool /*muted*/) {}
   virtual void veltoVideoAdDidSkip(VeltoVideoAd& /*ad*/) {}
   virtual void veltoVideoAdDidComplete(VeltoVideoAd& /*ad*/) {}
   // The ads are over or were closed, and are in no view any more: the application's video goes on.

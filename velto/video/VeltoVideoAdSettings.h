@@ -16,8 +16,9 @@ enum class VeltoVideoAdPosition : uint8_t { Preroll, Midroll, Postroll, Standalo
 struct VeltoVideoAdSettings {
   VeltoVideoAdPosition position = VeltoVideoAdPosition::Preroll;
   bool startsMuted = false;
-  float volume = 1;           // 0 … 1; the output volume comes on top
-  bool showsControls = true;  // false: the application has its own, and calls the operations below
+  float volume = 1;  // 0 … 1; the output volume comes on top
+  bool showsControls =
+      true;  // false: the application has its own, and calls what VeltoVideoAd.h has for them
   // Documents: wrappers inside one another, the time for each answer, and for all of a load.
   size_t mostWrappers = 5;
   std::chrono::milliseconds answerTimeout = std::chrono::seconds(5), loadTimeout = std::chrono::seconds(20);

@@ -105,13 +105,14 @@ void VideoAdBreak::tellShortened() {
     next->close();
     pod_.push_front(next->tracker().ad());
   }
-  for (const auto& ad : std::exchange(pod_, {})) {
-    const auto place = ++number_;
-    VideoAdNotes(loadRecord_, place).failed(VASTError::BreakShortened);
-    VASTTracker tracker(ad, macros());
-    tracker.observeSent(VideoAdNotes(loadRecord_, place).receipts());
-    tracker.failed(VASTError::BreakShortened);
-  }
+  for (auto& ad : std::exchange(pod_, {})) tellUnplayed(std::move(ad), ++number_, VASTError::BreakShortened);
+}
+
+void VideoAdBreak::tellUnplayed(VASTAd ad, size_t place, VASTError error) {
+  VideoAdNotes(loadRecord_, place).failed(error);
+  VASTTracker tracker(std::move(ad), macros());
+  tracker.observeSent(VideoAdNotes(loadRecord_, place).receipts());
+  tracker.failed(error);
 }
 
 std::shared_ptr<VideoAdShow> VideoAdBreak::makeShow(VASTAd ad, size_t number) {
@@ -125,9 +126,14 @@ std::shared_ptr<VideoAdShow> VideoAdBreak::makeShow(VASTAd ad, size_t number) {
 void VideoAdBreak::play(std::shared_ptr<VideoAdShow> show) {
   removeCompanions();
   show_ = std::move(show);
+  showOf_ = load_;
   const auto begins = show_;  // the next one may take its place inside
   if (const auto fault = faultNow(begins->tracker().ad())) begins->refuse(*fault);
   begins->begin();
+}
+
+std::shared_ptr<VideoAdShow> VideoAdBreak::playing() const {
+  return state_ == State::Playing && showOf_ == load_ ? show_ : nullptr;
 }
 
 void VideoAdBreak::adStarted() {
@@ -146,6 +152,10 @@ void VideoAdBreak::adPaused(bool paused) {
 
 void VideoAdBreak::adPressed() {
   tell([](auto& to, auto& ad) { to.veltoVideoAdDidPress(ad); });
+}
+
+void VideoAdBreak::adMuted(bool muted) {
+  tell([&](auto& to, auto& ad) { to.veltoVideoAdDidChangeMuted(ad, muted); });
 }
 
 void VideoAdBreak::adEnded(VideoAdEnd how, std::optional<VASTError> error, bool hadStarted) {
@@ -211,7 +221,7 @@ void VideoAdBreak::finish() {
   if (state_ != State::Playing) return;
   const auto self = shared_from_this();
   isStopped_ = endsWithThis_ = false;
-  const auto of = load_ + 1;
+  isEnding_ = true;
   tellShortened();
   endLoad(whyFinished());
   setState(State::Empty);
@@ -221,8 +231,9 @@ void VideoAdBreak::finish() {
   removeScreen();
   if (std::exchange(contentWaits_, false))
     tell([](auto& to, auto& ad) { to.veltoVideoAdDidRequestContentResume(ad); });
+  isEnding_ = false;
   tell([](auto& to, auto& ad) { to.veltoVideoAdDidEndAll(ad); });
-  if (const auto begin = std::exchange(later_, nullptr); begin && load_ == of) begin(*this);
+  if (const auto begin = std::exchange(later_, nullptr)) begin(*this);
 }
 
 void VideoAdBreak::removeScreen() {
@@ -233,6 +244,7 @@ void VideoAdBreak::removeScreen() {
 void VideoAdBreak::stop() {
   const auto self = shared_from_this();
   resolving_.cancel();
+  found_.reset();
   later_ = nullptr;
   ++load_;
   if (state_ != State::Playing) {
@@ -256,6 +268,7 @@ void VideoAdBreak::letGo(Why why) {
   ad_.reset();
   delegate_.reset();
   resolving_.cancel();
+  found_.reset();
   later_ = lastLoad_ = nullptr;
   if (show_) show_->close();
   tellShortened();

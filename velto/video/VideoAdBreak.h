@@ -43,8 +43,9 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   void setFullscreen(bool fullscreen);
   // What the application wants of the ad that plays: done in the next turn, since the application hears of it.
   void post(std::function<void(VideoAdShow&)> wish) const;
-  // The ad that plays, or played last; null before the first.
+  // The ad that plays, or played last; null before the first. And only while ads of its load play.
   const std::shared_ptr<VideoAdShow>& show() const { return show_; }
+  std::shared_ptr<VideoAdShow> playing() const;
   std::shared_ptr<UIView> companionView(size_t place);
 
   PlacementRecord& placement() { return *placement_; }
@@ -58,6 +59,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   void adPassed(VeltoVideoAdQuartile quartile) override;
   void adPaused(bool paused) override;
   void adPressed() override;
+  void adMuted(bool muted) override;
   void adNearsEnd() override;
   void adEnded(VideoAdEnd how, std::optional<VASTError> error, bool hadStarted) override;
 
@@ -70,6 +72,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   VASTResolver::Completion whenResolved();
   VASTSettings resolverSettings() const;
   VASTMacros macros() const;
+  void waitForMedia(VASTResolution found);
   void loaded(VASTResolution found);
   void loadFailed(VASTError error);
   bool begin(std::shared_ptr<VideoAdScreen> screen);
@@ -77,6 +80,7 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   void next();
   std::optional<VASTError> faultNow(const VASTAd& ad) const;
   void tellShortened();
+  void tellUnplayed(VASTAd ad, size_t place, VASTError error);
   std::shared_ptr<VideoAdShow> makeShow(VASTAd ad, size_t number);
   void play(std::shared_ptr<VideoAdShow> show);
   void finish();
@@ -92,22 +96,22 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   std::weak_ptr<VeltoVideoAdDelegate> delegate_;
   VeltoVideoAdSettings settings_, loadedWith_;
   State state_ = State::Empty;
-  uint64_t load_ = 0;  // which one is the valid one
+  uint64_t load_ = 0, showOf_ = 0;  // which one is the valid one; that of `show_`
   const std::shared_ptr<PlacementRecord> placement_ = std::make_shared<PlacementRecord>("video");
   std::shared_ptr<LoadRecord> loadRecord_;
   std::optional<Why> why_;                       // the load ends, if not of itself
   std::function<void(VideoAdBreak&)> lastLoad_;  // as the application asked for it
   VeltoAskedBy askedBy_ = VeltoAskedBy::Application;
   Handle resolving_, platformGoes_;
-  bool isMediaReady_ = false;
-  std::optional<VASTResolution> found_;  // that waits for that
+  std::optional<VASTResolution> found_;  // that waits for what plays it
   std::deque<VASTAd> pod_, spare_;
   size_t number_ = 0, count_ = 0;  // of the ad that plays
   std::shared_ptr<VideoAdSound> sound_ = std::make_shared<VideoAdSound>();
-  bool isFullscreen_ = false, contentWaits_ = false;
-  bool isStopped_ = false, endsWithThis_ = false;  // what plays is on its way out
-  std::function<void(VideoAdBreak&)> later_;       // a load that waits for that
-  double loadedAt_ = 0;                            // monotonic seconds
+  bool isFullscreen_ = false, contentWaits_ = false, isMediaReady_ = false;
+  // What plays is on its way out; it is over, and DidEndAll still to come.
+  bool isStopped_ = false, endsWithThis_ = false, isEnding_ = false;
+  std::function<void(VideoAdBreak&)> later_;  // a load that waits for that
+  double begunAt_ = 0, loadedAt_ = 0;         // monotonic seconds
   std::shared_ptr<VideoAdScreen> screen_;
   std::shared_ptr<VideoAdShow> show_, upcoming_;
   std::map<size_t, std::shared_ptr<VideoAdPage>> companions_;

@@ -1,5 +1,6 @@
 // Loads, from the address or the document to the ads.
 #include "velto/platform/Clock.h"
+#include "velto/platform/Durations.h"
 #include "velto/platform/MainQueue.h"
 #include "velto/platform/MediaSystem.h"
 #include "velto/platform/NSBundle.h"
@@ -7,6 +8,7 @@
 #include "velto/platform/foundation/Text.h"
 #include "velto/video/VideoAdBreak.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
@@ -30,8 +32,6 @@ const char* explanationOf(VASTError error) {
     case VASTError::CategoryMissing:
     case VASTError::CategoryBlocked:
       return "the ad's category is not wanted";
-    case VASTError::BreakShortened:
-      return "the ads were ended before its turn came";
     case VASTError::Wrapper:
       return "an address, the load's or a wrapper's, is none or may not be followed";
     case VASTError::WrapperTimeout:
@@ -74,6 +74,10 @@ bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
     if (isStopped_ || (endsWithThis_ && pod_.empty() && !upcoming_)) later_ = again;
     return false;
   }
+  if (isEnding_) {
+    later_ = again;
+    return false;
+  }
   endLoad(Why::LoadedAnew);
   setState(State::Loading);
   later_ = nullptr;
@@ -89,6 +93,7 @@ bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
   // While documents come.
   isMediaReady_ = false;
   found_.reset();
+  begunAt_ = Platform::current().clock().monotonicSeconds();
   Platform::current().media().prepare([weak = weak_from_this(), of = load_] {
     const auto alive = weak.lock();
     if (!alive || alive->load_ != of) return;
@@ -96,6 +101,23 @@ bool VideoAdBreak::beginLoad(const std::function<void(VideoAdBreak&)>& again) {
     if (auto found = std::exchange(alive->found_, std::nullopt)) alive->loaded(std::move(*found));
   });
   return true;
+}
+
+// For what is left of the load's time. Who asked what plays before would wait inside that question, and with it the application's
+// main thread: what is not ready by then plays nothing.
+void VideoAdBreak::waitForMedia(VASTResolution found) {
+  found_ = std::move(found);
+  auto& platform = Platform::current();
+  const auto passed = nanosecondsIn(platform.clock().monotonicSeconds() - begunAt_);
+  const auto left = std::max<std::chrono::nanoseconds>(loadedWith_.loadTimeout - passed, {});
+  platform.mainQueue().postAfter(left, [weak = weak_from_this(), of = load_] {
+    const auto alive = weak.lock();
+    if (!alive || alive->load_ != of || !alive->found_) return;
+    size_t place = 0;
+    const auto unplayed = std::exchange(alive->found_, std::nullopt);
+    for (const auto& ad : unplayed->pod) alive->tellUnplayed(ad, ++place, VASTError::Linear);
+    alive->loadFailed(VASTError::Linear);
+  });
 }
 
 VASTMacros VideoAdBreak::macros() const {
@@ -192,10 +214,7 @@ void VideoAdBreak::reload() {
 void VideoAdBreak::loaded(VASTResolution found) {
   if (state_ != State::Loading) return;
   if (found.pod.empty()) return loadFailed(found.error.value_or(VASTError::NoAdsAfterWrapper));
-  if (!isMediaReady_) {
-    found_ = std::move(found);
-    return;
-  }
+  if (!isMediaReady_) return waitForMedia(std::move(found));
   pod_.assign(std::make_move_iterator(found.pod.begin()), std::make_move_iterator(found.pod.end()));
   spare_.assign(std::make_move_iterator(found.spare.begin()), std::make_move_iterator(found.spare.end()));
   number_ = 0;
@@ -211,7 +230,9 @@ void VideoAdBreak::loadFailed(VASTError error) {
   if (state_ != State::Loading) return;
   const bool hasNone = error == VASTError::NoAdsAfterWrapper;
   if (!loadRecord_->has(VeltoTimelineKind::VideoFailed)) VideoAdNotes(loadRecord_).failed(error);
-  endLoad(hasNone ? Why::VideoWithoutAd : Why::VideoDocumentFailed);
+  endLoad(hasNone                      ? Why::VideoWithoutAd
+          : error == VASTError::Linear ? Why::VideoFileFailed
+                                       : Why::VideoDocumentFailed);
   setState(State::Empty);
   ++load_;
   tellFailure(error);

@@ -24,7 +24,8 @@ class VideoAdListener {
   virtual void adPassed(VeltoVideoAdQuartile quartile) = 0;
   virtual void adPaused(bool paused) = 0;
   virtual void adPressed() = 0;
-  virtual void adNearsEnd() = 0;  // once, some seconds before
+  virtual void adMuted(bool muted) = 0;  // by the person
+  virtual void adNearsEnd() = 0;         // once, some seconds before
   virtual void adEnded(VideoAdEnd how, std::optional<VASTError> error, bool hadStarted) = 0;
 
  protected:

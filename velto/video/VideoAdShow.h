@@ -68,7 +68,7 @@ class VideoAdShow final : public std::enable_shared_from_this<VideoAdShow>,
   void screenSkipped() override { skip(); }
   void screenEscaped() override;
   void screenPressed(std::optional<CGPoint> place) override;
-  void screenWentAway() override { end(VideoAdEnd::Closed); }
+  void screenWentAway() override;
 
  private:
   using Event = VideoMeasurement::Event;

@@ -1,4 +1,5 @@
 // One video ad, under a person's hands: what the controls say, and what they do.
+#include "velto/platform/MainQueue.h"
 #include "velto/platform/Platform.h"
 #include "velto/platform/UIApplication.h"
 #include "velto/video/VideoAdShow.h"
@@ -38,8 +39,11 @@ void VideoAdShow::pause(bool paused) {
 }
 
 void VideoAdShow::screenMuted() {
-  around_.sound->muted = !around_.sound->muted;
+  const auto self = shared_from_this();
+  const bool muted = !around_.sound->muted;
+  around_.sound->muted = muted;
   soundChanged();
+  if (const auto to = listener_.lock(); to && !hasEnded_) to->adMuted(muted);
 }
 
 void VideoAdShow::soundChanged() {
@@ -67,6 +71,15 @@ void VideoAdShow::screenEscaped() {
   const auto self = shared_from_this();
   const double said = tracker_.ad().linear->duration.value_or(unknownLength);
   if (!skip() && hasStarted_ && seconds() > said + grace) end(VideoAdEnd::Left);
+}
+
+// A window can go in the application's own call, or in the toolkit's: the application hears of the end in a later turn.
+void VideoAdShow::screenWentAway() {
+  auto* platform = Platform::currentOrNull();
+  if (!platform) return;
+  platform->mainQueue().post([weak = weak_from_this()] {
+    if (const auto alive = weak.lock()) alive->end(VideoAdEnd::Closed);
+  });
 }
 
 bool VideoAdShow::skip() {

@@ -33,6 +33,11 @@ std::shared_ptr<AVPlayer> ScriptedMedia::makePlayer(const std::shared_ptr<AVPlay
   return player;
 }
 
+void ScriptedMedia::prepare(std::function<void()> ready) {
+  queue_->requireMain("MediaSystem::prepare");
+  queue_->postAfter(preparesAfter, std::move(ready));
+}
+
 ScriptedPlayer::ScriptedPlayer(std::shared_ptr<VirtualQueue> queue, const std::shared_ptr<AVPlayerItem>& item,
                                const VideoScript& script)
     : AVPlayer(item), queue_(std::move(queue)), script_(script) {}

@@ -36,6 +36,8 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
   // What is behind a URL; ten seconds that load at once where nothing was said.
   void setVideo(const std::string& url, const VideoScript& script) { scripts_[url] = script; }
 
+  // Until what plays files is made ready, from each prepare() on.
+  std::chrono::nanoseconds preparesAfter{0};
   // False: nothing here plays files, whatever they are.
   bool hasPlayer = true;
   // MIME types and codecs that do not play here, in lower case.
@@ -47,6 +49,7 @@ class VELTO_EXPORT ScriptedMedia : public MediaSystem {
   const std::vector<ScriptedPlayer*>& players() const { return *players_; }
 
   std::shared_ptr<AVPlayer> makePlayer(const std::shared_ptr<AVPlayerItem>& item) override;
+  void prepare(std::function<void()> ready) override;
   bool canPlay(const std::string& type, const std::string& codec) override {
     return !unplayable.contains(type) && !unplayable.contains(codec);
   }
