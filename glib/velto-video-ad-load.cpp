@@ -45,10 +45,6 @@ gboolean giveUp(gpointer data) noexcept {
   return G_SOURCE_REMOVE;
 }
 
-void stopGivingUp(VideoAdPrivate& priv) {
-  if (priv.givingUp) g_source_remove(std::exchange(priv.givingUp, 0));
-}
-
 // Nothing is heard of it any more, and the next load needs another one. Told when the next platform may be there.
 void loseWithPlatform(VeltoVideoAd* ad) {
   auto& priv = privateOf(ad);
@@ -99,6 +95,9 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
   }
   void veltoVideoAdDidPause(Ad&) override { tell(VideoAdSignal::Paused); }
   void veltoVideoAdDidResume(Ad&) override { tell(VideoAdSignal::Resumed); }
+  void veltoVideoAdDidChangeMuted(Ad&, bool) override {
+    if (ad_) takeVideoAdState(ad_);
+  }
   void veltoVideoAdDidPress(Ad&) override { tell(VideoAdSignal::Pressed); }
   void veltoVideoAdDidSkip(Ad&) override { tell(VideoAdSignal::Skipped); }
   void veltoVideoAdDidComplete(Ad&) override { tell(VideoAdSignal::Completed); }
@@ -133,7 +132,7 @@ void begin(VeltoVideoAd* ad, const Load& how) {
   const Kept kept(ad);
   auto& priv = privateOf(ad);
   priv.next = nullptr;
-  stopGivingUp(priv);
+  g_clear_handle_id(&priv.givingUp, g_source_remove);
   if (isOnTheScreen(priv)) {
     priv.next = [ad, how] { begin(ad, how); };
     return;
@@ -200,10 +199,14 @@ GError* videoAdGone() {
 }
 
 void takeVideoAdState(VeltoVideoAd* ad) {
+  const Kept kept(ad);
   auto& priv = privateOf(ad);
   auto state = priv.ad ? VeltoVideoAdState(priv.ad->state()) : VELTO_VIDEO_AD_STATE_EMPTY;
   if (isOnTheScreen(priv) && priv.ad->isPaused()) state = VELTO_VIDEO_AD_STATE_PAUSED;
+  const guint muted = priv.ad ? guint(priv.ad->isMuted()) : priv.numbers[VideoAdMuted];
+  const bool isOther = std::exchange(priv.numbers[VideoAdMuted], muted) != muted;
   if (std::exchange(priv.state, state) != state) notifyVideoAd(ad, VideoAdState);
+  if (isOther) notifyVideoAd(ad, VideoAdMuted);
 }
 
 void takeVideoAdInfo(VeltoVideoAd* ad, VeltoVideoAdInfo* info) {
@@ -217,7 +220,7 @@ void letVideoAdGo(VeltoVideoAd* ad) {
   if (priv.delegate) priv.delegate->forget();
   priv.delegate.reset();
   priv.platformGoes.cancel();
-  stopGivingUp(priv);
+  g_clear_handle_id(&priv.givingUp, g_source_remove);
   priv.ad.reset();
   priv.next = nullptr;
   priv.wantsAd = false;

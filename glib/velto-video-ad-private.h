@@ -28,6 +28,7 @@ enum VideoAdProperty : guint {
   VideoAdRefusedVendors,
   VideoAdVolume,
   VideoAdFullscreen,
+  VideoAdMuted,
   VideoAdState,
   VideoAdInfo,
   VideoAdProperties
@@ -83,8 +84,8 @@ VideoAdPrivate::Numbers videoAdDefaults();
 void notifyVideoAd(VeltoVideoAd* ad, VideoAdProperty property);
 // velto-video-ad-load.cpp
 velto::VeltoVideoAdSettings settingsOf(const VideoAdPrivate& priv);
-GError* videoAdGone();  // for who waits for what was given up
-void takeVideoAdState(VeltoVideoAd* ad);
+GError* videoAdGone();                                           // for who waits for what was given up
+void takeVideoAdState(VeltoVideoAd* ad);                         // and whether it is muted
 void takeVideoAdInfo(VeltoVideoAd* ad, VeltoVideoAdInfo* info);  // takes the reference over; may be null
 void letVideoAdGo(VeltoVideoAd* ad);
 // velto-video-ad-info.cpp

@@ -8,7 +8,7 @@ gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
 from gi.repository import GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
-from sandbox import AD_SERVER, VIDEO_AD  # noqa: E402
+from sandbox import AD_SERVER, LONG_AD, VIDEO_AD  # noqa: E402
 
 Answer, State = VeltoTest.Answer, Velto.BannerState
 AD = Answer.new_ad("<b>Tea</b>", 320, 50)
@@ -237,6 +237,20 @@ class KitTest(unittest.TestCase):
         del window
         VeltoTest.advance(5000)
         self.assertEqual((heard[-1], ad.props.state), ("ended", Velto.VideoAdState.EMPTY))
+
+    def test_a_person_mutes_a_video_ad(self):
+        ad, _ = self.playing(LONG_AD, lambda ad: ad.play_in(None))
+        changes = []
+        ad.connect("notify::muted", lambda ad, _: changes.append(ad.props.muted))
+        VeltoTest.tap(ad, 117, 566)
+        self.assertTrue(ad.is_muted())
+        for muted in (True, False, False):
+            ad.props.muted = muted
+        ad.props.muted = True
+        ad.stop()
+        VeltoTest.advance(0)
+        ad.load_document(LONG_AD)  # which begins with sound
+        self.assertEqual((changes, ad.is_muted()), ([True, False, True, False], False))
 
     def test_companions_go_when_the_next_ad_fails(self):
         first = VIDEO_AD.replace("<Ad ", '<Ad sequence="1" ')
