@@ -10,7 +10,8 @@ using namespace velto_glib;
 struct Companion {
   velto::VeltoVideoAdCompanion about;
   std::weak_ptr<velto::VeltoVideoAd> ad;
-  size_t place = 0;
+  size_t number = 0;          // of its ad
+  size_t place = 0;           // among its companions
   GtkWidget* slot = nullptr;  // the child; null once it is disposed of
   guint seen = 0;             // the source that takes notice of being mapped
 };
@@ -46,7 +47,7 @@ static gboolean velto_video_ad_companion_seen(gpointer data) {
   priv.seen = 0;
   const auto ad = priv.ad.lock();
   guarded("VeltoVideoAdCompanion", [&] {
-    const auto view = ad ? ad->companionView(priv.place) : nullptr;
+    const auto view = ad && isLatest(*ad, priv.number) ? ad->companionView(priv.place) : nullptr;
     if (!view || view->superview()) return;
     ground().slotController(priv.slot)->view()->addSubview(view);
   });
@@ -103,7 +104,12 @@ static void velto_video_ad_companion_init(VeltoVideoAdCompanion* self) {
 
 namespace velto_glib {
 
-GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t place,
+bool isLatest(const velto::VeltoVideoAd& ad, size_t number) {
+  const auto plays = ad.info();
+  return !plays || plays->number == number;
+}
+
+GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t number, size_t place,
                          velto::VeltoVideoAdCompanion companion) {
   auto* made = VELTO_VIDEO_AD_COMPANION(g_object_new(VELTO_TYPE_VIDEO_AD_COMPANION, nullptr));
   auto& priv = *made->priv;
@@ -112,6 +118,7 @@ GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t place,
   ground().setSlotRoom(priv.slot, velto::CGSize{std::ceil(companion.width), std::ceil(companion.height)});
   priv.about = std::move(companion);
   priv.ad = std::move(ad);
+  priv.number = number;
   priv.place = place;
   return GTK_WIDGET(made);
 }

@@ -1,4 +1,6 @@
 // The video ad itself: asked for, heard of, let go.
+#include <velto/platform/Platform.h>
+
 #include "velto-video-ad-private.h"
 
 namespace velto_glib {
@@ -9,6 +11,7 @@ bool isOnTheScreen(const VideoAdPrivate& priv) {
 }
 
 void letCompanionsGo(VideoAdPrivate& priv) {
+  priv.companionsOf = 0;
   for (auto* companion : std::exchange(priv.companions, {})) {
     letCompanionGo(companion);
     g_object_unref(companion);
@@ -21,10 +24,35 @@ void conclude(VeltoVideoAd* ad, GError* error) {
   auto& priv = privateOf(ad);
   priv.wantsAd = false;
   const auto answer = priv.loading.take();
+  takeVideoAdInfo(ad, nullptr);
   takeVideoAdState(ad);
   emitVideoAd(ad, error ? VideoAdSignal::Failed : VideoAdSignal::Loaded, error);
   answer(error);
   g_clear_error(&error);
+}
+
+gboolean giveUp(gpointer data) noexcept {
+  auto* ad = VELTO_VIDEO_AD(data);
+  const Kept kept(ad);
+  auto& priv = privateOf(ad);
+  priv.givingUp = 0;
+  if (priv.wantsAd || !priv.loading.isEmpty()) {
+    conclude(ad, videoAdGone());
+  } else {
+    takeVideoAdInfo(ad, nullptr);
+    takeVideoAdState(ad);
+  }
+  return G_SOURCE_REMOVE;
+}
+
+// Nothing is heard of it any more, and the next load needs another one. Told when the next platform may be there.
+void loseWithPlatform(VeltoVideoAd* ad) {
+  auto& priv = privateOf(ad);
+  priv.platformGoes.cancel();
+  priv.ad.reset();
+  priv.next = nullptr;
+  letCompanionsGo(priv);
+  if (!priv.givingUp) priv.givingUp = g_idle_add(giveUp, ad);
 }
 
 }  // namespace
@@ -43,6 +71,8 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
     if (!ad_) return;
     auto* error = g_error_new_literal(VELTO_VIDEO_AD_ERROR, withError.code, withError.explanation.c_str());
     if (ad.state() != Ad::State::Playing) return conclude(ad_, error);
+    auto& priv = privateOf(ad_);
+    if (!isLatest(ad, priv.companionsOf)) letCompanionsGo(priv);  // this one took the place of who has them
     tell(VideoAdSignal::Failed, error);
     g_error_free(error);
   }
@@ -54,6 +84,7 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
     if (!ad_) return;
     const Kept kept(ad_);
     letCompanionsGo(privateOf(ad_));
+    privateOf(ad_).companionsOf = info.number;
     auto* made = videoAdInfoFrom(info);
     takeVideoAdInfo(ad_, VELTO_VIDEO_AD_INFO(g_object_ref(made)));
     tell(VideoAdSignal::Started, made);
@@ -64,6 +95,9 @@ class VideoAdDelegate final : public velto::VeltoVideoAdDelegate {
   }
   void veltoVideoAdDidPause(Ad&) override { tell(VideoAdSignal::Paused); }
   void veltoVideoAdDidResume(Ad&) override { tell(VideoAdSignal::Resumed); }
+  void veltoVideoAdDidChangeMuted(Ad&, bool) override {
+    if (ad_) takeVideoAdState(ad_);
+  }
   void veltoVideoAdDidPress(Ad&) override { tell(VideoAdSignal::Pressed); }
   void veltoVideoAdDidSkip(Ad&) override { tell(VideoAdSignal::Skipped); }
   void veltoVideoAdDidComplete(Ad&) override { tell(VideoAdSignal::Completed); }
@@ -98,6 +132,7 @@ void begin(VeltoVideoAd* ad, const Load& how) {
   const Kept kept(ad);
   auto& priv = privateOf(ad);
   priv.next = nullptr;
+  g_clear_handle_id(&priv.givingUp, g_source_remove);
   if (isOnTheScreen(priv)) {
     priv.next = [ad, how] { begin(ad, how); };
     return;
@@ -107,6 +142,8 @@ void begin(VeltoVideoAd* ad, const Load& how) {
     if (!priv.ad) {
       priv.ad = velto::VeltoVideoAd::make(priv.delegate);
       priv.ad->setFullscreen(priv.numbers[VideoAdFullscreen] != 0);
+      priv.platformGoes = velto::Platform::current().notificationCenter().addObserver(
+          velto::notificationPlatformWillGo, [ad](const auto&) { loseWithPlatform(ad); });
     }
     const auto of = priv.ad;
     of->setSettings(settingsOf(priv));
@@ -162,10 +199,14 @@ GError* videoAdGone() {
 }
 
 void takeVideoAdState(VeltoVideoAd* ad) {
+  const Kept kept(ad);
   auto& priv = privateOf(ad);
   auto state = priv.ad ? VeltoVideoAdState(priv.ad->state()) : VELTO_VIDEO_AD_STATE_EMPTY;
   if (isOnTheScreen(priv) && priv.ad->isPaused()) state = VELTO_VIDEO_AD_STATE_PAUSED;
+  const guint muted = priv.ad ? guint(priv.ad->isMuted()) : priv.numbers[VideoAdMuted];
+  const bool isOther = std::exchange(priv.numbers[VideoAdMuted], muted) != muted;
   if (std::exchange(priv.state, state) != state) notifyVideoAd(ad, VideoAdState);
+  if (isOther) notifyVideoAd(ad, VideoAdMuted);
 }
 
 void takeVideoAdInfo(VeltoVideoAd* ad, VeltoVideoAdInfo* info) {
@@ -178,6 +219,8 @@ void letVideoAdGo(VeltoVideoAd* ad) {
   auto& priv = privateOf(ad);
   if (priv.delegate) priv.delegate->forget();
   priv.delegate.reset();
+  priv.platformGoes.cancel();
+  g_clear_handle_id(&priv.givingUp, g_source_remove);
   priv.ad.reset();
   priv.next = nullptr;
   priv.wantsAd = false;

@@ -204,24 +204,25 @@ GList* velto_video_ad_get_companions(VeltoVideoAd* self) {
   g_return_val_if_fail(VELTO_IS_VIDEO_AD(self), nullptr);
   velto_return_val_if_elsewhere(nullptr);
   auto& priv = privateOf(self);
+  if (!priv.ad || !priv.companionsOf || !isLatest(*priv.ad, priv.companionsOf)) return nullptr;
   const auto make = [&] {
     size_t place = 0;
     for (auto& each : priv.ad->companions()) {
-      auto* made = makeCompanion(priv.ad, place++, std::move(each));
+      auto* made = makeCompanion(priv.ad, priv.companionsOf, place++, std::move(each));
       priv.companions.push_back(GTK_WIDGET(g_object_ref_sink(made)));
     }
   };
-  if (priv.ad && priv.companions.empty()) guarded(__func__, make);
+  if (priv.companions.empty()) guarded(__func__, make);
   GList* list = nullptr;
   for (auto* each : priv.companions) list = g_list_prepend(list, each);
   return g_list_reverse(list);
 }
 
 /**
- * velto_video_ad_is_muted:
+ * velto_video_ad_is_muted: (get-property muted)
  * @self: a video ad
  *
- * Gets whether the ads that play, or are ready, are without sound.
+ * Gets whether ads are without sound.
  *
  * Returns: whether they are
  *
@@ -230,25 +231,27 @@ GList* velto_video_ad_get_companions(VeltoVideoAd* self) {
 gboolean velto_video_ad_is_muted(VeltoVideoAd* self) {
   g_return_val_if_fail(VELTO_IS_VIDEO_AD(self), FALSE);
   velto_return_val_if_elsewhere(FALSE);
-  const auto& priv = privateOf(self);
-  return priv.ad ? priv.ad->isMuted() : priv.numbers[VideoAdStartsMuted] != 0;
+  return privateOf(self).numbers[VideoAdMuted] != 0;
 }
 
 /**
- * velto_video_ad_set_muted:
+ * velto_video_ad_set_muted: (set-property muted)
  * @self: a video ad
  * @muted: whether they are without sound
  *
- * Takes the sound from the ads that play, or are ready, or gives it back. A person may do the same.
- *
- * Each load begins as [property@Velto.VideoAd:starts-muted] says.
+ * Takes the sound from ads, or gives it back, also while they play. A person may do the same, and each load begins as
+ * [property@Velto.VideoAd:starts-muted] says.
  *
  * Since: 1.0
  */
 void velto_video_ad_set_muted(VeltoVideoAd* self, gboolean muted) {
   g_return_if_fail(VELTO_IS_VIDEO_AD(self));
   velto_return_if_elsewhere();
-  if (const auto ad = privateOf(self).ad) guarded(__func__, [&] { ad->setMuted(muted != FALSE); });
+  auto& priv = privateOf(self);
+  const guint number = muted != FALSE;
+  if (std::exchange(priv.numbers[VideoAdMuted], number) == number) return;
+  if (const auto ad = priv.ad) guarded(__func__, [&] { ad->setMuted(number != 0); });
+  notifyVideoAd(self, VideoAdMuted);
 }
 
 /**

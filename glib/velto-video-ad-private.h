@@ -28,6 +28,7 @@ enum VideoAdProperty : guint {
   VideoAdRefusedVendors,
   VideoAdVolume,
   VideoAdFullscreen,
+  VideoAdMuted,
   VideoAdState,
   VideoAdInfo,
   VideoAdProperties
@@ -65,9 +66,12 @@ struct VideoAdPrivate {
   double volume = 1;
   VeltoVideoAdState state = VELTO_VIDEO_AD_STATE_EMPTY;
   VeltoVideoAdInfo* info = nullptr;    // of the ad that plays
-  std::vector<GtkWidget*> companions;  // its own, as far as somebody asked for them
+  std::vector<GtkWidget*> companions;  // as far as somebody asked for them
+  size_t companionsOf = 0;             // the number of the ad that has them, which has started; 0: none has
   std::function<void()> next;          // the load that waits for the end of what plays
   bool wantsAd = false;                // load() was called, and has no outcome yet
+  velto::Handle platformGoes;          // who is told of that
+  guint givingUp = 0;                  // the source that tells it on
   Waiting loading;
 };
 
@@ -80,15 +84,17 @@ VideoAdPrivate::Numbers videoAdDefaults();
 void notifyVideoAd(VeltoVideoAd* ad, VideoAdProperty property);
 // velto-video-ad-load.cpp
 velto::VeltoVideoAdSettings settingsOf(const VideoAdPrivate& priv);
-GError* videoAdGone();  // for who waits for what was given up
-void takeVideoAdState(VeltoVideoAd* ad);
+GError* videoAdGone();                                           // for who waits for what was given up
+void takeVideoAdState(VeltoVideoAd* ad);                         // and whether it is muted
 void takeVideoAdInfo(VeltoVideoAd* ad, VeltoVideoAdInfo* info);  // takes the reference over; may be null
 void letVideoAdGo(VeltoVideoAd* ad);
 // velto-video-ad-info.cpp
 std::string validText(const std::string& text);
 VeltoVideoAdInfo* videoAdInfoFrom(velto::VeltoVideoAdInfo info);
 // velto-video-ad-companion.cpp
-GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t place,
+// Whether that ad of a pod is the one whose companions are to be had: after it none has begun.
+bool isLatest(const velto::VeltoVideoAd& ad, size_t number);
+GtkWidget* makeCompanion(std::weak_ptr<velto::VeltoVideoAd> ad, size_t number, size_t place,
                          velto::VeltoVideoAdCompanion companion);
 void letCompanionGo(GtkWidget* companion);  // its ad is over: it takes no room any more
 

@@ -39,6 +39,7 @@ void set(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
   auto& priv = privateOf(self);
   if (id == VideoAdVolume) return velto_video_ad_set_volume(self, g_value_get_double(value));
   if (id == VideoAdFullscreen) return velto_video_ad_set_fullscreen(self, g_value_get_boolean(value));
+  if (id == VideoAdMuted) return velto_video_ad_set_muted(self, g_value_get_boolean(value));
   bool isOther = false;
   if (id == VideoAdRefusedVendors) {
     isOther = takeVendors(priv, static_cast<char**>(g_value_get_boxed(value)));
@@ -214,6 +215,14 @@ void addVideoAdProperties(GObjectClass* klass) {
    * Since: 1.0
    */
   flag(VideoAdFullscreen, "fullscreen", FALSE);
+  /**
+   * VeltoVideoAd:muted: (getter is_muted) (setter set_muted)
+   *
+   * Whether ads are without sound, also since a person took it. Each load begins as [property@Velto.VideoAd:starts-muted] says.
+   *
+   * Since: 1.0
+   */
+  flag(VideoAdMuted, "muted", FALSE);
   /**
    * VeltoVideoAd:state: (getter get_state)
    *

@@ -1,9 +1,12 @@
 // See VideoAds.h.
 #include "VideoAds.h"
 
+#include <chrono>
+
 namespace demo {
 namespace {
 
+constexpr std::chrono::seconds adPatience{100};  // for a machine that is busy
 constexpr char address[] = "https://ads.velto.example/video-ad.xml";
 
 }  // namespace
@@ -48,6 +51,9 @@ void VideoAds::open() {
   clear();
   current_ = std::make_shared<Delegate>(*this);
   current_->ad = velto::VeltoVideoAd::make(current_);
+  velto::VeltoVideoAdSettings settings;
+  settings.answerTimeout = settings.loadTimeout = settings.fileTimeout = adPatience;
+  current_->ad->setSettings(settings);
   current_->ad->load(address);
 }
 

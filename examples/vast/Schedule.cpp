@@ -30,6 +30,7 @@ std::optional<double> secondsOf(const VMAPOffset& offset, std::optional<double> 
       return number <= opportunities.size() ? std::optional(opportunities[number - 1]) : std::nullopt;
     }
     default:
+      if (offset.kind == VMAPOffset::Kind::Percent && offset.value >= 100) return duration.value_or(never);
       return offset.secondsOf(duration);
   }
 }
@@ -49,18 +50,21 @@ std::deque<Due> breaksOf(const velto::VMAPDocument& schedule, std::optional<doub
                          const std::vector<double>& opportunities) {
   const double end = duration.value_or(std::numeric_limits<double>::infinity());
   std::deque<Due> all;
+  const auto add = [&](double at, const velto::VMAPAdBreak& plan) { all.push_back({at, &plan, end}); };
   for (const auto& plan : schedule.breaks) {
     const auto first = secondsOf(plan.offset, duration, opportunities);
     if (!first || *first > end) continue;
-    all.push_back({*first, &plan});
+    add(*first, plan);
     if (!plan.repeatAfter || !duration) continue;
     for (double at = *first + *plan.repeatAfter; at < end && all.size() < mostBreaks; at += *plan.repeatAfter)
-      all.push_back({at, &plan});
+      add(at, plan);
   }
   // The end comes behind all that is at the same time.
-  std::stable_sort(all.begin(), all.end(), [](const Due& a, const Due& b) {
-    return std::pair(a.at, a.isAtEnd()) < std::pair(b.at, b.isAtEnd());
-  });
+  const auto orderOf = [](const Due& one) {
+    return std::pair(one.at, one.plan->offset.kind == VMAPOffset::Kind::End);
+  };
+  std::stable_sort(all.begin(), all.end(),
+                   [&](const Due& a, const Due& b) { return orderOf(a) < orderOf(b); });
   return all;
 }
 

@@ -17,8 +17,9 @@ namespace player {
 struct Due {
   double at = 0;  // seconds of the film; where that has no known length, the end is infinity
   const velto::VMAPAdBreak* plan = nullptr;
+  double end = 0;  // of the film
 
-  bool isAtEnd() const { return plan->offset.kind == velto::VMAPOffset::Kind::End; }
+  bool isAtEnd() const { return at >= end; }
   bool isAtStart() const { return at <= 0; }
 };
 

@@ -23,10 +23,10 @@ TEST(ScheduleTest, BreaksComeInTheOrderOfTheFilm) {
   const auto schedule = velto::VMAPDocument::read(
       R"(<VMAP version="1.0"><AdBreak timeOffset="end" breakId="end"/><AdBreak timeOffset="50%" breakId="half"/>
 <AdBreak timeOffset="00:00:10" breakId="often" repeatAfter="00:00:20"/><AdBreak timeOffset="#2" breakId="second"/>
-<AdBreak timeOffset="#3" breakId="none"/><AdBreak timeOffset="00:02:00" breakId="late"/><AdBreak timeOffset="00:01:00" breakId="last"/>
+<AdBreak timeOffset="#3" breakId="none"/><AdBreak timeOffset="100%" breakId="whole"/><AdBreak timeOffset="00:02:00" breakId="late"/><AdBreak timeOffset="00:01:00" breakId="last"/>
 <AdBreak timeOffset="start" breakId="start"/></VMAP>)");
-  EXPECT_EQ(due(schedule, 60), "start0 often10 half30 often30 second45 often50 last60 end ");
-  EXPECT_EQ(due(schedule, std::nullopt), "start0 often10 second45 last60 late120 end ") << "a stream";
+  EXPECT_EQ(due(schedule, 60), "start0 often10 half30 often30 second45 often50 whole last end ");
+  EXPECT_EQ(due(schedule, std::nullopt), "start0 often10 second45 last60 late120 whole end ") << "a stream";
 }
 
 TEST(ScheduleTest, IsFetchedAndItsServersAreTold) {

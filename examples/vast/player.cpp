@@ -36,7 +36,7 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   std::string film, scheduleAddress;
   velto::VMAPDocument schedule;
   std::vector<double> opportunities;
-  bool leavesAtEnd = false;
+  bool leavesAtEnd = false, hasFailed = false;
   velto::gtk::Options options{.applicationIdentifier = "org.example.player"};
 
   GtkWindow* window = nullptr;
@@ -53,7 +53,7 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
     velto::gtk::hostViewController(window);
     const auto url = velto::NSURL::URLWithString(film);
     const auto asset = url ? velto::AVAsset::assetWithURL(*url) : nullptr;
-    if (!asset) return say("This is no address of a film.");
+    if (!asset) return fail("This is no address of a film.");
     content = velto::AVPlayer::playerWithPlayerItem(velto::AVPlayerItem::playerItemWithAsset(asset));
     content->setEventHandler([this](velto::AVPlayerEvent event) { heard(event); });
     picture = velto::UIView::makeWithPeer(content->makePicture());
@@ -75,12 +75,25 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
   void say(const std::string& text) const { gtk_label_set_text(GTK_LABEL(words), text.c_str()); }
   double now() const { return velto::CMTimeGetSeconds(content->currentTime()); }
 
+  // There is no film, or no more of it: what plays of the ads is the last.
+  void fail(const std::string& why) {
+    g_printerr("vast-player: %s\n", why.c_str());
+    say(why);
+    hasFailed = hasBegun_ = isOver_ = true;
+    due_.resize(adsPlay() ? 1 : 0);
+    if (adsPlay()) return;
+    leave();
+    breakIsOver();
+  }
+
+  bool adsPlay() const { return ad && ad->state() == VeltoVideoAd::State::Playing; }
+
   void heard(velto::AVPlayerEvent event) {
-    if (event == velto::AVPlayerEvent::FailedToPlay) return say("The film cannot be played.");
+    if (event == velto::AVPlayerEvent::FailedToPlay) return fail("The film cannot be played.");
     if (event == velto::AVPlayerEvent::ReadyToPlay) begin();
     if (event != velto::AVPlayerEvent::DidPlayToEnd) return;
     isOver_ = true;
-    if (goesOn_) return;
+    if (goesOn_ || adsPlay()) return;  // their break was at the film's last moment
     if (due_.empty() || !due_.front().isAtEnd()) return breakIsOver();  // it is too late for that one
     isDue_ = true;
     ad ? playBreak() : load();
@@ -168,7 +181,7 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
 
   void play() {
     if (isOver_) {
-      say("The end");
+      if (!hasFailed) say("The end");
       if (leavesAtEnd) gtk_window_destroy(window);
       return;
     }
@@ -183,6 +196,7 @@ struct Player final : velto::VeltoVideoAdDelegate, std::enable_shared_from_this<
 
   void leave() {
     ad.reset();
+    isDue_ = false;
     for (const auto& moment : std::exchange(moments_, {})) content->removeTimeObserver(moment);
   }
 
@@ -334,5 +348,5 @@ int main(int count, char** words) {
   const int code = g_application_run(G_APPLICATION(application), 0, nullptr);
   player->ad.reset();
   g_object_unref(application);
-  return code;
+  return code == 0 && player->hasFailed ? 1 : code;
 }

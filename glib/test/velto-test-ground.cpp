@@ -121,6 +121,7 @@ HostWindow& TestGround::windowOf(GtkWindow* window) {
 }
 
 void TestGround::forget(GtkWindow* window) {
+  leave(GTK_WIDGET(window));  // whose own handler would go with these
   const auto found = windows_.find(window);
   if (found == windows_.end()) return;
   g_signal_handlers_disconnect_by_data(window, this);

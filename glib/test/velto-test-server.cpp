@@ -42,8 +42,8 @@ struct _VeltoTestServer {
  * ```
  *
  * A new server takes the place of the one before, and the world begins anew, at the first moment of the year 2024: nothing
- * has been scripted or sent, nothing is on its way, and ads that exist do nothing from here on. The client that has been
- * started stays, so each test may begin with a server of its own.
+ * has been scripted or sent, nothing is on its way, and ads that exist do nothing from here on; a video ad can be loaded
+ * anew. The client that has been started stays, so each test may begin with a server of its own.
  *
  * What nobody has scripted: there is no ad, and clicks are counted.
  *

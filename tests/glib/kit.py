@@ -8,7 +8,7 @@ gi.require_version("Gtk", "4.0")
 gi.require_version("Velto", "1.0")
 gi.require_version("VeltoTest", "1.0")
 from gi.repository import GLib, GObject, Gtk, Velto, VeltoTest  # noqa: E402
-from sandbox import AD_SERVER, VIDEO_AD  # noqa: E402
+from sandbox import AD_SERVER, LONG_AD, VIDEO_AD  # noqa: E402
 
 Answer, State = VeltoTest.Answer, Velto.BannerState
 AD = Answer.new_ad("<b>Tea</b>", 320, 50)
@@ -217,6 +217,92 @@ class KitTest(unittest.TestCase):
                 self.assertEqual((heard, ad.props.state, ad.get_companions()), ([1], Velto.VideoAdState.EMPTY, []))
                 del ad
                 self.assertEqual(ends, [1])
+
+    def playing(self, document, play):
+        ad, heard = Velto.VideoAd(), []
+        for signal in ("started", "completed", "failed", "ended"):
+            ad.connect(signal, lambda _, *told, name=signal: heard.append(name))
+        ad.load_document(document)
+        VeltoTest.advance(0)
+        play(ad)
+        VeltoTest.advance(100)
+        self.assertEqual(heard, ["started"])
+        return ad, heard
+
+    def test_a_window_goes_with_the_ads_in_it(self):
+        window = Gtk.Window()
+        window.present()
+        ad, heard = self.playing(VIDEO_AD, lambda ad: ad.play_in(window))
+        window.destroy()
+        del window
+        VeltoTest.advance(5000)
+        self.assertEqual((heard[-1], ad.props.state), ("ended", Velto.VideoAdState.EMPTY))
+
+    def test_a_person_mutes_a_video_ad(self):
+        ad, _ = self.playing(LONG_AD, lambda ad: ad.play_in(None))
+        changes = []
+        ad.connect("notify::muted", lambda ad, _: changes.append(ad.props.muted))
+        VeltoTest.tap(ad, 117, 566)
+        self.assertTrue(ad.is_muted())
+        for muted in (True, False, False):
+            ad.props.muted = muted
+        ad.props.muted = True
+        ad.stop()
+        VeltoTest.advance(0)
+        ad.load_document(LONG_AD)  # which begins with sound
+        self.assertEqual((changes, ad.is_muted()), ([True, False, True, False], False))
+
+    def test_companions_go_when_the_next_ad_fails(self):
+        first = VIDEO_AD.replace("<Ad ", '<Ad sequence="1" ')
+        pod = first.replace("</VAST>", "") + first[first.index("<Ad "):].replace('"1"', '"2"').replace("tea.webm", "coffee.webm")
+        self.server.set_video(f"{AD_SERVER}/coffee.webm", 0)
+        ad, heard = self.playing(pod, lambda ad: ad.play_in(self.box))
+        beside = ad.get_companions()
+        self.box.append(beside[0])
+        ad.connect("completed", lambda ad: self.assertEqual(ad.get_companions(), beside))
+        natural = lambda: beside[0].measure(Gtk.Orientation.VERTICAL, -1).natural
+        VeltoTest.advance(1000)
+        self.assertEqual(natural(), 60)
+        VeltoTest.advance(20_000)
+        self.assertEqual(heard, ["started", "completed", "failed", "ended"])
+        self.assertEqual((ad.get_companions(), natural()), ([], 0))
+
+    def test_a_video_ad_outlives_the_world(self):
+        outcomes = []
+
+        def ended(ad, result):
+            try:
+                outcomes.append(ad.load_finish(result))
+            except GLib.Error as error:
+                outcomes.append(error.code)
+
+        def load(ad, delay):
+            answer = Answer.new(200, VIDEO_AD)
+            answer.props.delay = delay
+            self.server.respond("/film.xml", answer)
+            ad.load_async(f"{AD_SERVER}/film.xml", None, ended)
+            VeltoTest.advance(0)
+
+        ad = Velto.VideoAd()
+        failed = []
+        ad.connect("failed", lambda *_: failed.append(1))
+        for plays in (False, True):
+            if plays:
+                ad.play_in(self.box)
+                VeltoTest.advance(100)
+            load(ad, 1000)  # while the first one plays it waits
+            self.assertEqual((outcomes, ad.props.state), ([], Velto.VideoAdState.PLAYING if plays else Velto.VideoAdState.LOADING))
+            self.server = VeltoTest.Server()
+            VeltoTest.advance(0)
+            self.assertEqual((outcomes, failed, ad.props.state, ad.props.info), ([Velto.AdError.CANCELLED], [1], Velto.VideoAdState.EMPTY, None))
+            load(ad, 0)
+            self.assertEqual(outcomes[1:], [True])
+            outcomes.clear()
+            failed.clear()
+        load(ad, 1000)
+        self.server = VeltoTest.Server()
+        load(ad, 0)  # before anybody could hear of it
+        self.assertEqual((sorted(outcomes), failed), ([True, Velto.AdError.CANCELLED], []))
 
     def test_the_main_loop_runs_what_is_due(self):
         self.server.respond(None, AD)

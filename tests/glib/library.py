@@ -307,7 +307,8 @@ class LibraryTest(unittest.TestCase):
             request.build_url()
 
     def video_ad(self, **properties):
-        ad, heard = Velto.VideoAd(**properties), []
+        patient = {"answer_timeout": 100, "load_timeout": 200, "file_timeout": 100}  # on a busy machine
+        ad, heard = Velto.VideoAd(**patient, **properties), []
         ad.connect("notify::state", lambda ad, _: heard.append(ad.props.state.value_nick))
         for signal in ("failed", "content-pause", "started", "quartile", "skipped", "completed", "content-resume", "ended"):
             ad.connect(signal, lambda _, *what, name=signal: heard.append(name))
@@ -338,7 +339,7 @@ class LibraryTest(unittest.TestCase):
         self.box.append(stage)
         run_until(stage.get_mapped)
         ad.play_in(stage)
-        run_until(lambda: companions)
+        run_until(lambda: companions or "ended" in heard)
         self.assertEqual((ad.is_muted(), ad.get_companions()), (True, companions))
         told = companions[0]
         self.assertEqual((told.get_identifier(), told.get_ad_slot(), told.get_alternative_text(), told.get_ad_width(), told.is_end_card()),
