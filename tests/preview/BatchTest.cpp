@@ -78,6 +78,13 @@ TEST_F(BatchTest, PlaysAFolderOrAListInOneOrder) {
   folder_.write("ads/spot.xml", "<?xml version=\"1.0\"?>\n<vast>");
   folder_.write("ads/feed.xml", "<rss/>");
   EXPECT_EQ(items().back(), (BatchItem{folder_.path("ads/spot.xml"), "spot.xml", {}, true}));
+  folder_.write("ads/spot.steps", "");
+  EXPECT_EQ(items().back().options, std::vector<std::string>{"--steps=" + folder_.path("ads/spot.steps")});
+  folder_.write("ads/spot.html", "");  // whose they are then
+  EXPECT_EQ(items().back().options, std::vector<std::string>{});
+  folder_.write("ads/spot.xml.steps", "");
+  EXPECT_EQ(items().back().options,
+            std::vector<std::string>{"--steps=" + folder_.path("ads/spot.xml.steps")});
   const auto spots = folder_.write("spots", "--vast http://x/?vast --size 640x360\n");
   EXPECT_EQ(batchOf(*parseArguments({"--all", spots, "--report=x"})),
             (std::vector<BatchItem>{{"http://x/?vast", "http---x--vast", {"--size", "640x360"}, true}}));

@@ -64,6 +64,7 @@ constexpr char inLine[] = R"(<?xml version="1.0" encoding="UTF-8"?>
               <TrackingEvents><Tracking event="creativeView">https://t.example/companion</Tracking></TrackingEvents>
             </Companion>
           </CompanionAds>
+          <CreativeExtensions><CreativeExtension><Tracking event="house">none</Tracking></CreativeExtension></CreativeExtensions>
         </Creative>
       </Creatives>
       <Extensions><Extension type="house"><error>none</error><Tag>[HOUSE]</Tag></Extension></Extensions>
@@ -183,7 +184,7 @@ const std::vector<Change>& changes() {
       {{"vast-uncommon-files"},
        replaced(changed("type=\"video/webm\"", "type=\"video/ogg\""), "avc1.4d401f", "hvc1")},
       {{"vast-media-attributes"}, changed(" width=\"640\"", "")},
-      {{"vast-program"}, changed("codec=\"avc1.4d401f\"", "apiFramework=\"VPAID\"")},
+      {{"vast-program-beside"}, changed("codec=\"avc1.4d401f\"", "apiFramework=\"VPAID\"")},
       {{"vast-non-linear"},
        changed("<CompanionAds>",
                "<NonLinearAds><NonLinear width=\"1\" height=\"1\"/></NonLinearAds><CompanionAds>")},
@@ -198,6 +199,7 @@ const std::vector<Change>& changes() {
       {{"vast-verification"}, changed("apiFramework=\"omid\"", "apiFramework=\"other\"")},
       {{"vast-too-large"}, changed("[HOUSE]", std::string(100 * 1024, 'x'))},
       {{"vast-ampersand"}, changed("https://t.example/quarter", "https://t.example/?a=1&b=2")},
+      {{"vast-ampersand"}, changed("https://t.example/quarter", "https://t.example/?a=1&nbsp;b=2")},
       {{}, changed("https://t.example/quarter", "https://t.example/?a=1&#38;b=2")},
       {{"vast-case"}, changed("<AdTitle>Shoes</AdTitle>", "<ADTITLE>Shoes</ADTITLE>")},
   };
@@ -226,12 +228,18 @@ TEST(VideoAdFindings, OfWrappersLookAround) {
 TEST(VideoAdFindings, NameTheirPlace) {
   const auto reading = readDocument("\n" + replaced(inLine, "</Extensions>", ""), {});
   ASSERT_EQ(reading.faults.size(), 1U);
-  EXPECT_EQ(reading.faults[0].line, 56);  // what ends there is not what should
+  EXPECT_EQ(reading.faults[0].line, 57);  // what ends there is not what should
   EXPECT_NE(reading.faults[0].text.find("Extensions"), std::string::npos) << reading.faults[0].text;
   const auto moved = readDocument("\n" + std::string(inLine).substr(39) + "\n", {});
   ASSERT_FALSE(moved.addresses.empty());
   EXPECT_EQ(moved.addresses[0].name, "impression");
   EXPECT_EQ(moved.addresses[0].line, 8);
+}
+
+std::string repeated(const std::string& text, size_t times) {
+  std::string all;
+  for (; times > 0; --times) all += text;
+  return all;
 }
 
 // Whatever is written, somebody reads it to the end.
@@ -241,7 +249,9 @@ TEST(VideoAdFindings, AreMadeOfAnyText) {
   for (const auto& text :
        {std::string("<VAST version='4.2'><Ad><InLine>\xff\xfe<AdTitle>\0", 44), std::string("&<!"),
         std::string("<VAST><Ad/>") + std::string(1000, '&') + "</VAST>", std::string("<![CDATA["),
-        std::string("</extension><"), std::string(6 << 20, '<')})
+        std::string("</extension><"), std::string(6 << 20, '<'), repeated("<extension", 500'000),
+        repeated("<extension", 190'000) + std::string(3 << 20, ' ') + ">",
+        "<VAST " + repeated("a='1' ", 800'000) + ">"})
     EXPECT_NE(idsOf(text), Ids()) << text.substr(0, 40);
 }
 
@@ -258,7 +268,11 @@ const std::vector<StoryPair>& storyPairs() {
   const auto look = [](const std::string& members) {
     return file + R"({"event":"file-look","url":"a",)" + members + "}";
   };
+  static const std::string windowsFile = R"({"event":"file","url":"a","type":"video/x-ms-wmv","line":3})"
+                                         "\n"
+                                         R"({"event":"file-look","url":"a","type":)";
   static const std::vector<StoryPair> all{
+      {"vast-file-differs", windowsFile + R"("video/x-msvideo"})", windowsFile + R"("video/x-ms-asf"})"},
       {"vast-not-played", R"({"event":"callback","name":"DidFail","code":403,"description":"none"})",
        R"({"event":"callback","name":"DidComplete"})"},
       {"vast-wrapper-failed", R"({"event":"wrapper","url":"https://a","status":404})",
@@ -277,7 +291,7 @@ const std::vector<StoryPair>& storyPairs() {
        "a\",\"status\":404}",
        "{\"event\":\"part\",\"url\":\"https://a\",\"line\":1}\n{\"event\":\"resource\",\"url\":\"https://"
        "b\",\"status\":404}"},
-      {"vast-file-failed", look(R"("error":"it cannot be read")"), look(R"("type":"video/mp4")")},
+      {"vast-file-failed", look(R"("error":"it cannot be read")"), look(R"("type":"application/x-3gp")")},
       {"vast-file-differs", look(R"("type":"video/webm")"), look(R"("type":"video/quicktime")")},
       {"vast-file-differs", look(R"("width":673)"), look(R"("width":672,"height":378)")},
       {"vast-file-differs", look(R"("seconds":11.1,"bytes":1250000)"),

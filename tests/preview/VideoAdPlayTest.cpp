@@ -1,5 +1,6 @@
 // Documents of video ads, played by the program itself from a server of this machine: what is told, and what is found.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <sstream>
@@ -69,7 +70,7 @@ class VideoAdPlay : public testing::Test {
            "version=\"4.2\"><Ad><InLine><AdSystem>S</AdSystem><AdTitle>T</AdTitle><AdServingId>1</"
            "AdServingId>"
            "<Impression>" +
-           at("/t/impression") + "</Impression><Error>" + at("/t/error") +
+           at("/t/impression") + "</Impression><Error>" + at("/t/[ERRORCODE]") +
            "</Error><AdVerifications><Verification vendor=\"v\"><JavaScriptResource apiFramework=\"omid\">" +
            at(script) +
            "</JavaScriptResource></Verification></AdVerifications><Creatives><Creative><UniversalAdId>1</"
@@ -82,7 +83,7 @@ class VideoAdPlay : public testing::Test {
            "</MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>";
   }
   std::string wrapper(const std::string& path) const {
-    return "<VAST version=\"4.2\"><Ad><Wrapper><AdSystem>S</AdSystem><Error>" + at("/t/error") +
+    return "<VAST version=\"4.2\"><Ad><Wrapper><AdSystem>S</AdSystem><Error>" + at("/t/[ERRORCODE]") +
            "</Error><Impression>" + at("/t/outer") + "</Impression><VASTAdTagURI>" + at(path) +
            "</VASTAdTagURI></Wrapper></Ad></VAST>";
   }
@@ -159,9 +160,22 @@ TEST_F(VideoAdPlay, StepsPressMuteAndSkip) {
   EXPECT_TRUE(idsIn(story).contains("vast-part-failed")) << outcome.output;
 }
 
+// What is not known yet is waited for.
+TEST_F(VideoAdPlay, StepsExpectNoFindingTooEarly) {
+  const auto ad = folder.write("ad.xml", document("", file("long") + file("none"), "/script", 120));
+  const auto steps =
+      folder.write("steps", "expect no finding vast-file-differs\nexpect no finding vast-file-failed\n");
+  const auto outcome = test::run({PREVIEW_PROGRAM, "--vast", ad, "--steps", steps, "--timeout", "100"});
+  const auto story = storyIn(outcome.output);
+  EXPECT_EQ(outcome.code, 1);
+  ASSERT_NE(story.last("failure"), nullptr) << outcome.output;
+  EXPECT_EQ(textIn(*story.last("failure"), "text"), "there is one: vast-file-failed") << outcome.output;
+}
+
 TEST_F(VideoAdPlay, WhatCannotBeHadIsSaidInOneLine) {
-  for (const auto& source :
-       {folder.path("none.xml"), folder.path(), at("/gone.xml"), folder.write("empty.xml", "")}) {
+  ASSERT_EQ(mkfifo(folder.path("pipe.xml").c_str(), 0600), 0);
+  for (const auto& source : {folder.path("none.xml"), folder.path(), at("/gone.xml"),
+                             folder.write("empty.xml", ""), folder.path("pipe.xml")}) {
     const auto outcome = test::run({PREVIEW_PROGRAM, "--vast", source}, true);
     EXPECT_EQ(outcome.code, 2) << source;
     EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1) << outcome.output;

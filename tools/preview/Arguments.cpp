@@ -73,10 +73,13 @@ void settleVideoAd(Arguments& arguments, const std::vector<std::string>& given) 
   };
   for (const char* option : {"--from-answer", "--position"})
     if (isGiven(option)) throw UsageError(std::string(option) + ": does not apply to video ads (--vast)");
+  if (std::error_code none; isGiven("--ca") && !std::filesystem::is_regular_file(arguments.caFile, none))
+    throw UsageError("--ca: " + arguments.caFile + ": cannot be read");
   constexpr double sixteenNinths = 16.0 / 9;
   if (!isGiven("--size"))
     arguments.size = {arguments.screen.width, std::floor(arguments.screen.width / sixteenNinths)};
-  if (!isGiven("--timeout")) arguments.timeout = longestVideoAdLoad;
+  arguments.hasTimeout = isGiven("--timeout");
+  if (!arguments.hasTimeout) arguments.timeout = longestVideoAdLoad;
 }
 
 void judge(const Arguments& arguments) {
@@ -166,6 +169,9 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   line.option(
       "--record", "FILE", "writes as steps what is done to the ad by hand",
       [&](const auto& value) { arguments.recordFile = value; }, tools::Word::Value::File);
+  line.option(
+      "--ca", "FILE", "certificate authorities (PEM) to trust a video ad's servers by, not the system's",
+      [&](const auto& value) { arguments.caFile = value; }, tools::Word::Value::File);
   line.flag("--from-answer",
             "CREATIVE is a recorded answer of an ad server (JSON): headers, mediation and all",
             [&] { arguments.isAnswer = true; });
@@ -224,7 +230,10 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
   }
   arguments.creative = arguments.creatives.front();
   arguments.isVideoAd = !arguments.videoAds.empty();
-  if (arguments.isVideoAd) settleVideoAd(arguments, given);
+  if (arguments.isVideoAd)
+    settleVideoAd(arguments, given);
+  else if (!arguments.caFile.empty())
+    throw UsageError("--ca: is for video ads (--vast)");
   if (!arguments.report.empty() && arguments.out.empty())
     arguments.out = (std::filesystem::path(arguments.report) / "pictures").string();
   return arguments;

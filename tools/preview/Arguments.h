@@ -24,6 +24,9 @@ struct Arguments {
   std::string stepsFile;
   std::string out;  // folder for pictures; empty: none are kept
   std::chrono::milliseconds timeout{10'000};
+  bool hasTimeout = false;  // it was given: a video ad's own limits are the same
+  std::string
+      caFile;  // certificate authorities that a video ad's servers are trusted by; empty: the system's
   bool noSandbox = false;
   std::string report;             // folder for the report; empty: none is written
   std::set<std::string> allowed;  // findings that are not told

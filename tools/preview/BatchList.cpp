@@ -23,10 +23,12 @@ bool isPage(const fs::path& file) {
          g_ascii_strcasecmp(extension.c_str(), ".htm") == 0;
 }
 
-// Beside creatives there are other files of that name.
+// Beside creatives there are other files of that name. What stands before the root is no more than that, as a rule.
 bool isVideoAdFile(const fs::path& file) {
-  if (g_ascii_strcasecmp(file.extension().c_str(), ".xml") != 0) return false;
-  constexpr size_t beginning = 4096;
+  std::error_code none;
+  if (g_ascii_strcasecmp(file.extension().c_str(), ".xml") != 0 || !fs::is_regular_file(file, none))
+    return false;
+  constexpr size_t beginning = 65'536;
   std::string bytes(beginning, '\0');
   std::ifstream in(file, std::ios::binary);
   in.read(bytes.data(), beginning);
@@ -38,12 +40,23 @@ bool isLink(const std::string& text) {
   return text.rfind("http://", 0) == 0 || text.rfind("https://", 0) == 0;
 }
 
+// "ad.steps"; of a document "ad.xml.steps", since the other are those of a page "ad.html" where there is one. Empty: none.
+std::string stepsOf(const fs::path& creative, bool isVideoAd) {
+  std::error_code none;
+  const auto other = [&](const char* extension) { return fs::path(creative).replace_extension(extension); };
+  if (isVideoAd) {
+    const auto own = creative.string() + ".steps";
+    if (fs::is_regular_file(own, none)) return own;
+    if (fs::exists(other(".html"), none) || fs::exists(other(".htm"), none)) return {};
+  }
+  return fs::is_regular_file(other(".steps"), none) ? other(".steps").string() : std::string();
+}
+
 // The label is what the name is made of.
 void add(std::vector<BatchItem>& items, const std::string& creative, const std::string& label,
          std::vector<std::string> options, bool isVideoAd = false) {
-  const auto steps = fs::path(creative).replace_extension(".steps");
-  if (!isLink(creative) && fs::is_regular_file(steps))
-    options.insert(options.begin(), "--steps=" + steps.string());
+  if (const auto steps = isLink(creative) ? std::string() : stepsOf(creative, isVideoAd); !steps.empty())
+    options.insert(options.begin(), "--steps=" + steps);
   items.push_back({creative, label, std::move(options), isVideoAd});
 }
 
@@ -118,7 +131,7 @@ std::vector<BatchItem> batchOf(const Arguments& arguments) {
     std::error_code none;
     if (!fs::is_directory(path, none)) {
       if (const bool isPageFile = isPage(path);
-          (isPageFile || isVideoAdFile(path)) && fs::is_regular_file(path, none))
+          (isPageFile && fs::is_regular_file(path, none)) || isVideoAdFile(path))
         add(items, path, path, {}, !isPageFile);
       else
         addList(items, path);

@@ -32,7 +32,7 @@ size_t append(char* data, size_t size, size_t count, void* text) noexcept {
   return size * count;
 }
 
-std::string download(const std::string& address) {
+std::string download(const std::string& address, const std::string& caFile = {}) {
   const std::unique_ptr<CURL, void (*)(CURL*)> transfer(curl_easy_init(), curl_easy_cleanup);
   if (!transfer) throw UsageError(address + ": cannot be fetched");
   std::string text;
@@ -40,6 +40,7 @@ std::string download(const std::string& address) {
   curl_easy_setopt(transfer.get(), CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(transfer.get(), CURLOPT_FAILONERROR, 1L);
   curl_easy_setopt(transfer.get(), CURLOPT_TIMEOUT, longestDownload);
+  if (!caFile.empty()) curl_easy_setopt(transfer.get(), CURLOPT_CAINFO, caFile.c_str());
   curl_easy_setopt(transfer.get(), CURLOPT_WRITEFUNCTION, append);
   curl_easy_setopt(transfer.get(), CURLOPT_WRITEDATA, &text);
   const auto result = curl_easy_perform(transfer.get());
@@ -48,8 +49,11 @@ std::string download(const std::string& address) {
 }
 
 std::string contents(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  if (!in || !std::filesystem::is_regular_file(file)) throw UsageError(file.string() + ": cannot be read");
+  std::error_code none;
+  std::ifstream in;
+  // A pipe that is opened waits for who writes into it.
+  if (std::filesystem::is_regular_file(file, none)) in.open(file, std::ios::binary);
+  if (!in.is_open()) throw UsageError(file.string() + ": cannot be read");
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
@@ -165,8 +169,8 @@ Creative::Creative(const std::string& source) : source_(source) {
 
 Creative::~Creative() = default;
 
-std::string readSource(const std::string& source) {
-  auto bytes = isAddress(source) ? download(source) : contents(source);
+std::string readSource(const std::string& source, const std::string& caFile) {
+  auto bytes = isAddress(source) ? download(source, caFile) : contents(source);
   if (bytes.empty()) throw UsageError(source + ": is empty");
   return bytes;
 }

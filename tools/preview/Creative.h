@@ -32,8 +32,9 @@ struct ServingSpeed {
 };
 void setServingSpeed(ServingSpeed speed);
 
-// The bytes of a file or an http(s) URL. Throws UsageError when they cannot be had, or there are none.
-std::string readSource(const std::string& source);
+// The bytes of a file or an http(s) URL, whose server is trusted by `caFile` (empty: as the system does). Throws UsageError when
+// they cannot be had, or there are none.
+std::string readSource(const std::string& source, const std::string& caFile = {});
 
 // The markup with a base element as its first in the head. For tests.
 std::string withBase(const std::string& markup, const std::string& base);

@@ -97,15 +97,42 @@ std::string numberWords(double value) {
   return writeJSON(JSON(std::round(value * 10) / 10), false).value_or("?");
 }
 
-// Containers go by several names.
-std::string kindOf(std::string type) {
-  type = type.substr(0, type.find(';'));
-  for (const char* other : {"video/x-m4v", "video/quicktime", "video/mov", "audio/mp4", "audio/x-m4a"})
-    if (type == other) return "video/mp4";
-  if (type == "audio/webm" || type == "video/x-matroska" || type == "video/mkv") return "video/webm";
-  if (type == "audio/ogg" || type == "application/ogg") return "video/ogg";
-  if (type == "application/vnd.apple.mpegurl" || type == "audio/mpegurl") return "application/x-mpegurl";
-  return type;
+// Containers go by several names, and the brand of an MP4 file is no matter to who plays it.
+struct ContainerName {
+  const char *name, *kind;
+};
+constexpr std::array containerNames{
+    ContainerName{"application/mp4", "video/mp4"},
+    ContainerName{"application/ogg", "video/ogg"},
+    ContainerName{"application/vnd.apple.mpegurl", "application/x-mpegurl"},
+    ContainerName{"application/x-3gp", "video/mp4"},
+    ContainerName{"audio/3gpp", "video/mp4"},
+    ContainerName{"audio/mp4", "video/mp4"},
+    ContainerName{"audio/mpegurl", "application/x-mpegurl"},
+    ContainerName{"audio/ogg", "video/ogg"},
+    ContainerName{"audio/wav", "audio/x-wav"},
+    ContainerName{"audio/webm", "video/webm"},
+    ContainerName{"audio/x-m4a", "video/mp4"},
+    ContainerName{"audio/x-ms-wma", "video/x-ms-asf"},
+    ContainerName{"video/3gp", "video/mp4"},
+    ContainerName{"video/3gpp", "video/mp4"},
+    ContainerName{"video/3gpp2", "video/mp4"},
+    ContainerName{"video/avi", "video/x-msvideo"},
+    ContainerName{"video/flv", "video/x-flv"},
+    ContainerName{"video/mkv", "video/webm"},
+    ContainerName{"video/mov", "video/mp4"},
+    ContainerName{"video/quicktime", "video/mp4"},
+    ContainerName{"video/wmv", "video/x-ms-asf"},
+    ContainerName{"video/x-m4v", "video/mp4"},
+    ContainerName{"video/x-matroska", "video/webm"},
+    ContainerName{"video/x-ms-wmv", "video/x-ms-asf"},
+};
+
+std::string kindOf(const std::string& type) {
+  const auto name = type.substr(0, type.find(';'));
+  const auto* found = std::find_if(containerNames.begin(), containerNames.end(),
+                                   [&](const auto& one) { return one.name == name; });
+  return found == containerNames.end() ? name : found->kind;
 }
 
 // A line for each thing that is otherwise than it is said.

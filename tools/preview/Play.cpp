@@ -24,6 +24,7 @@ namespace {
 
 // What a page does right after it has loaded is told, too.
 constexpr std::chrono::milliseconds afterLoad{500};
+constexpr std::chrono::seconds longestFileLook{10};  // into a video ad's file
 
 }  // namespace
 
@@ -37,9 +38,9 @@ Play::Play(const Arguments& arguments, const std::vector<Step>& steps, const Sur
 
 Play::~Play() = default;
 
-Play::Document Play::fetch(const std::string& source) {
+Play::Document Play::fetch(const std::string& source) const {
   const auto begun = g_get_monotonic_time();
-  auto text = readSource(VASTMacros().expanded(source));
+  auto text = readSource(VASTMacros().expanded(source), arguments_.caFile);
   return {source, std::move(text), static_cast<double>((g_get_monotonic_time() - begun) / 100) / 10};
 }
 
@@ -77,6 +78,7 @@ void Play::install() {
   if (!creative_) {
     platform_ = &ListeningPlatform::install({.applicationIdentifier = "org.example.velto.preview",
                                              .dataFolder = surroundings_.folder() / "store",
+                                             .caFile = arguments_.caFile,
                                              .leastTimeUnderTouch = {},
                                              .mayReachLocalNetwork = true});
     return;
@@ -124,7 +126,8 @@ int Play::watch() {
       isPressed || (!surroundings_.hasOwnDisplay() && steps_.empty() && !arguments_.examines());
   std::unique_ptr<VideoAdWatch> videoAd;
   if (platform_) videoAd = std::make_unique<VideoAdWatch>(journal, *platform_);
-  if (videoAd && (isWatched || arguments_.examines())) videoAd->lookIntoFiles();
+  if (videoAd && (isWatched || arguments_.examines()))
+    videoAd->lookIntoFiles(arguments_.hasTimeout ? arguments_.timeout : longestFileLook);
   Screen screen(arguments_, journal, isWatched);
   screen.setDocument(document_.text);
   if (videoAd)

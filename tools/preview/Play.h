@@ -46,7 +46,7 @@ class Play {
     std::string source, text;
     double duration = 0;  // of its coming, milliseconds
   };
-  static Document fetch(const std::string& source);
+  Document fetch(const std::string& source) const;
   Document document_;
   ListeningPlatform* platform_ = nullptr;  // of a video ad
   std::future<void> leaving_;              // the end of what was played before

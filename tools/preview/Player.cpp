@@ -10,6 +10,7 @@ using namespace std::chrono_literals;
 
 constexpr size_t mostTold = 10'000;
 constexpr auto untilAskedAgain = 50ms;
+constexpr auto untilToldLate = 2s;
 
 }  // namespace
 
@@ -47,8 +48,10 @@ Player::Player(Screen& screen, Journal& journal, const Arguments& arguments)
 }
 
 bool Player::awaitLoad() {
-  const bool loaded = runUntil(
-      arguments_.timeout, [this] { return screen_.hasLoaded() || screen_.hasFailed() || !screen_.isOpen(); });
+  // A video ad that is late is to say so itself.
+  const bool loaded = runUntil(arguments_.timeout + (arguments_.hasTimeout ? untilToldLate : 0s), [this] {
+    return screen_.hasLoaded() || screen_.hasFailed() || !screen_.isOpen();
+  });
   if (loaded && screen_.hasLoaded()) return true;
   journal_.add("failure", {{"text", "the ad did not load"}});
   return false;

@@ -189,6 +189,7 @@ void Report::settle() {
 
 bool Report::hasFinding(const std::string& id) {
   probe_.examine();
+  if (videoAd) videoAd->settle();  // what is not known yet could be that
   for (const auto& finding : judge(story_, {}))
     if (finding.rule->id == id) return true;
   return false;

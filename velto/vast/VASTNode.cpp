@@ -40,19 +40,6 @@ std::string fromLatin1(std::string_view text) {
   return utf8;
 }
 
-// "&amp;" and the like at the start of the text: those that XML knows by itself.
-bool beginsReference(std::string_view text) {
-  const auto end = text.substr(0, 12).find(';');
-  if (end == std::string_view::npos) return false;
-  const auto name = text.substr(1, end - 1);
-  if (name == "amp" || name == "lt" || name == "gt" || name == "quot" || name == "apos") return true;
-  if (!name.starts_with('#')) return false;
-  const bool isHex = name.starts_with("#x") || name.starts_with("#X");
-  const auto digits = name.substr(isHex ? 2 : 1);
-  return name[1] != 'X' && !digits.empty() &&
-         digits.find_first_not_of(isHex ? "0123456789abcdefABCDEF" : "0123456789") == std::string_view::npos;
-}
-
 // Escapes the ampersands that stand by themselves, and counts what costs time. Nothing for what is too much.
 class Repair {
  public:
@@ -79,7 +66,7 @@ class Repair {
   }
   bool step() {
     const char c = text_[at_];
-    if (c == '&' && !beginsReference(text_.substr(at_)))
+    if (c == '&' && !beginsVASTReference(text_.substr(at_)))
       out_ += "&amp;";
     else
       out_ += c;
@@ -174,6 +161,22 @@ bool declaresEntities(std::string_view text) {
 }
 
 }  // namespace
+
+bool isWithinVASTLimits(std::string_view text) {
+  return text.size() <= VASTDocument::mostBytes && !declaresEntities(text) && Repair(text).result();
+}
+
+bool beginsVASTReference(std::string_view text) {
+  const auto end = text.substr(0, 12).find(';');
+  if (end == std::string_view::npos) return false;
+  const auto name = text.substr(1, end - 1);
+  if (name == "amp" || name == "lt" || name == "gt" || name == "quot" || name == "apos") return true;
+  if (!name.starts_with('#')) return false;
+  const bool isHex = name.starts_with("#x") || name.starts_with("#X");
+  const auto digits = name.substr(isHex ? 2 : 1);
+  return name[1] != 'X' && !digits.empty() &&
+         digits.find_first_not_of(isHex ? "0123456789abcdefABCDEF" : "0123456789") == std::string_view::npos;
+}
 
 std::string_view trimmedVAST(std::string_view text) {
   while (!text.empty() && isBlankInXML(text.front())) text.remove_prefix(1);

@@ -46,6 +46,12 @@ struct VASTNode {
 // The root; nothing for what is no XML, or beyond the limits of VASTDocument.h.
 std::optional<VASTNode> readVASTNode(std::string_view text);
 
+// Whether it is within those limits before it is looked at as XML: small enough, not too many tags, nor attributes in one of
+// them, and no entities of its own.
+bool isWithinVASTLimits(std::string_view text);
+// "&amp;" and the like at the start of the text: those that XML knows by itself.
+bool beginsVASTReference(std::string_view text);
+
 std::string_view trimmedVAST(std::string_view text);
 // An address as it was meant: without the blanks around it and the line breaks inside. Empty unless it is of http or https;
 // one that begins with "//" is of https.

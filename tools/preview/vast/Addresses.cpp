@@ -109,7 +109,9 @@ class AddressLook {
         if (isTold(child) && !told.insert(keyOf(child)).second)
           check_.add("vast-duplicate", child, "<" + nodeName(child.name) + "> once more: " + child.text);
       }
-      if (child.name != "extension" || isOfVerifications(child)) look(child);
+      // Extensions are their makers' own.
+      const bool isExtension = child.name == "extension" || child.name == "creativeextension";
+      if (!isExtension || isOfVerifications(child)) look(child);
     }
   }
 

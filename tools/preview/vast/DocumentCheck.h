@@ -37,7 +37,7 @@ class DocumentCheck {
 };
 
 // The markup as it is written, before anything is made of it: names in another case than the standard's, ampersands that
-// stand by themselves. Returns it with blanks in place of these.
+// stand by themselves. Returns it with blanks in place of these. For texts within the reader's limits.
 std::string checkMarkup(const std::string& text, DocumentCheck& check);
 // "AdSystem" of "adsystem"; of others the same.
 std::string nodeName(const std::string& lower);

@@ -23,7 +23,7 @@ struct FirstError {
   int line = 0;
 };
 
-// What stands in the parser's own way, for who has to find it. The text is small by now, and declares no entities.
+// What stands in the parser's own way, for who has to find it. The text is within the reader's limits.
 FirstError firstErrorOf(const std::string& whole) {
   FirstError first;
   std::string_view text = whole;
@@ -48,13 +48,15 @@ FirstError firstErrorOf(const std::string& whole) {
   return first;
 }
 
-void tellNotXML(const std::string& text, const std::string& markup, DocumentCheck& check) {
+// `markup`: nothing where the text is beyond the reader's limits.
+void tellNotXML(const std::string& text, const std::optional<std::string>& markup, DocumentCheck& check) {
   if (text.size() > VASTDocument::mostBytes) return check.add("vast-not-xml", 0, "it is larger than 5 MiB");
   if (lowercased(text).find("<!entity") != std::string::npos)
     return check.add("vast-not-xml", 0, "it declares entities, which players do not expand");
-  const auto error = firstErrorOf(validUTF8(markup));
-  check.add("vast-not-xml", error.line,
-            error.text.empty() ? "it is nested too deeply, or has too many elements" : error.text);
+  const auto error = markup ? firstErrorOf(validUTF8(*markup)) : FirstError();
+  check.add(
+      "vast-not-xml", error.line,
+      error.text.empty() ? "it is nested too deeply, or has too many elements or attributes" : error.text);
 }
 
 // With a text of its own, or with children.
@@ -144,9 +146,10 @@ DocumentReading readDocument(const std::string& text, const DocumentSurroundings
   DocumentCheck check(reading, around);
   if (text.size() > largestDocument)
     check.add("vast-too-large", 0, std::to_string(text.size() / 1024) + " KiB");
-  std::string markup;
-  if (text.size() <= VASTDocument::mostBytes) markup = checkMarkup(text, check);
-  if (const auto root = readVASTNode(text))
+  std::optional<std::string> markup;
+  const bool isWithin = isWithinVASTLimits(text);
+  if (isWithin) markup = checkMarkup(text, check);
+  if (const auto root = isWithin ? readVASTNode(text) : std::nullopt)
     checkRoot(*root, check);
   else
     tellNotXML(text, markup, check);

@@ -28,6 +28,8 @@ void ListeningSession::dataTask(NSURLRequest request, Completion completion) {
                       over->response = response;
                       over->error = error;
                       over->body = data.value_or("");
+                      // The library first, so that its timeline is ahead of what is heard here.
+                      completion(std::move(data), std::move(response), std::move(error));
                       queue.post([heard, pending, exchange, over] {
                         {
                           const std::lock_guard lock(pending->mutex);
@@ -35,7 +37,6 @@ void ListeningSession::dataTask(NSURLRequest request, Completion completion) {
                         }
                         if (*heard) (*heard)(*over);
                       });
-                      completion(std::move(data), std::move(response), std::move(error));
                     });
 }
 

@@ -5,6 +5,7 @@
 #include <velto/gtk/GtkPlatform.h>
 #include <velto/platform/NSURLSession.h>
 
+#include <filesystem>
 #include <functional>
 #include <list>
 #include <map>
@@ -70,12 +71,16 @@ class ListeningPlatform final : public gtk::GtkPlatform {
 
   explicit ListeningPlatform(const gtk::Options& options)
       : GtkPlatform(options),
+        caFile_(options.caFile),
         session_(GtkPlatform::urlSession(), mainQueue()),
         application_(mainQueue(), options.opensOnlyAfterTouch, options.leastTimeUnderTouch, nullptr) {}
   ListeningSession& urlSession() override { return session_; }
   ListeningApplication& application() override { return application_; }
+  // Of the certificate authorities that it trusts instead of the system's; empty: the system's.
+  const std::filesystem::path& caFile() const { return caFile_; }
 
  private:
+  const std::filesystem::path caFile_;
   ListeningSession session_;
   ListeningApplication application_;
 };

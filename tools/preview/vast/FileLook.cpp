@@ -8,6 +8,7 @@
 #include <gst/gst.h>
 #include <gst/pbutils/pbutils.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <condition_variable>
@@ -21,14 +22,15 @@ namespace velto::preview {
 namespace {
 
 constexpr long longestHead = 5;  // seconds
-constexpr GstClockTime longestDiscovery = 10 * GST_SECOND;
 
-int isToEnd(void* ended, curl_off_t, curl_off_t, curl_off_t, curl_off_t) noexcept {
-  return *static_cast<std::atomic<bool>*>(ended) ? 1 : 0;
+using IsOver = std::function<bool()>;  // nobody wants to know any more
+
+int isToEnd(void* isOver, curl_off_t, curl_off_t, curl_off_t, curl_off_t) noexcept {
+  return (*static_cast<const IsOver*>(isOver))() ? 1 : 0;
 }
 
 // Servers that do not answer to HEAD leave it at nothing.
-void askServer(FileFacts& facts, std::atomic<bool>& ended) {
+void askServer(FileFacts& facts, const std::filesystem::path& caFile, IsOver& isOver) {
   const std::unique_ptr<CURL, void (*)(CURL*)> transfer(curl_easy_init(), curl_easy_cleanup);
   if (!transfer) return;
   auto* easy = transfer.get();
@@ -41,7 +43,8 @@ void askServer(FileFacts& facts, std::atomic<bool>& ended) {
   curl_easy_setopt(easy, CURLOPT_TIMEOUT, longestHead);
   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, isToEnd);
-  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, &ended);
+  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, &isOver);
+  if (!caFile.empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, caFile.c_str());
   if (curl_easy_perform(easy) != CURLE_OK) return;
   long status = 0;
   curl_off_t length = 0;
@@ -64,6 +67,8 @@ std::string containerNamed(const GstCaps* caps) {
                                     Pair{"video/mpegts", "video/mp2t"}};
   if (!caps || gst_caps_get_size(caps) == 0) return {};
   const std::string_view name = gst_structure_get_name(gst_caps_get_structure(caps, 0));
+  if (name == "application/x-id3" || name == "application/x-apetag")
+    return {};  // stand before sound of any kind
   for (const auto& [inside, outside] : names)
     if (inside == name) return outside;
   return std::string(name);
@@ -99,41 +104,84 @@ void take(FileFacts& facts, GstDiscovererInfo* info) {
   gst_discoverer_stream_info_list_free(streams);
 }
 
-// What lacks a decoder here is no broken file.
-void discover(FileFacts& facts) {
-  GError* error = nullptr;
-  GstDiscoverer* discoverer = gst_discoverer_new(longestDiscovery, &error);
-  GstDiscovererInfo* info =
-      discoverer ? gst_discoverer_discover_uri(discoverer, facts.url.c_str(), &error) : nullptr;
-  const auto result = info ? gst_discoverer_info_get_result(info) : GST_DISCOVERER_ERROR;
-  if (info) take(facts, info);
-  if (result == GST_DISCOVERER_TIMEOUT)
-    facts.error = "it does not come within " + std::to_string(longestDiscovery / GST_SECOND) + " s";
-  else if (result == GST_DISCOVERER_ERROR || result == GST_DISCOVERER_URI_INVALID)
-    facts.error = error ? error->message : "it cannot be read";
-  g_clear_error(&error);
-  if (info) gst_discoverer_info_unref(info);
-  if (discoverer) g_object_unref(discoverer);
-}
+// One look by the discoverer, in a context of its own, so that it can be given up at any moment.
+class Discovery {
+ public:
+  Discovery(FileFacts& facts, GTlsDatabase* authorities) : facts_(facts), authorities_(authorities) {}
+
+  void run(GMainContext* context, std::chrono::milliseconds longest, const IsOver& isOver) {
+    const auto time = std::clamp<GstClockTime>(static_cast<GstClockTime>(longest.count()) * GST_MSECOND,
+                                               GST_SECOND, 3600 * GST_SECOND);
+    GError* error = nullptr;
+    GstDiscoverer* discoverer = gst_discoverer_new(time, &error);
+    if (!discoverer) {
+      facts_.error = error ? error->message : "it cannot be read";
+      return g_clear_error(&error);
+    }
+    g_signal_connect(discoverer, "discovered", G_CALLBACK(discovered), this);
+    g_signal_connect(discoverer, "source-setup", G_CALLBACK(setUp), this);
+    gst_discoverer_start(discoverer);
+    if (!gst_discoverer_discover_uri_async(discoverer, facts_.url.c_str())) {
+      facts_.error = "it cannot be read";
+      isDone_ = true;
+    }
+    while (!isDone_ && !isOver()) g_main_context_iteration(context, TRUE);
+    gst_discoverer_stop(discoverer);
+    g_object_unref(discoverer);
+    if (isLate_) facts_.error = "it does not come within " + std::to_string(time / GST_SECOND) + " s";
+  }
+
+ private:
+  static void setUp(GstDiscoverer*, GstElement* source, Discovery* self) noexcept {
+    if (self->authorities_ && g_object_class_find_property(G_OBJECT_GET_CLASS(source), "tls-database"))
+      g_object_set(source, "tls-database", self->authorities_, nullptr);
+  }
+  // What lacks a decoder here is no broken file.
+  static void discovered(GstDiscoverer*, GstDiscovererInfo* info, GError* error, Discovery* self) noexcept {
+    const auto result = gst_discoverer_info_get_result(info);
+    take(self->facts_, info);
+    if (result == GST_DISCOVERER_ERROR || result == GST_DISCOVERER_URI_INVALID)
+      self->facts_.error = error ? error->message : "it cannot be read";
+    self->isLate_ = result == GST_DISCOVERER_TIMEOUT;
+    self->isDone_ = true;
+  }
+
+  FileFacts& facts_;
+  GTlsDatabase* authorities_;
+  bool isDone_ = false, isLate_ = false;
+};
 
 }  // namespace
 
 struct FileLook::Shared {
+  std::chrono::milliseconds longest;
+  std::filesystem::path caFile;
+  GMainContext* const context = g_main_context_new();
   std::mutex mutex;
   std::condition_variable news;
   std::deque<std::string> waiting;
   std::set<std::string> known;
+  std::atomic<unsigned> round = 0;  // of what is asked for now
   std::atomic<bool> ended = false;
   // Main thread.
   FileLook* owner = nullptr;
   std::function<void(const FileFacts&)> found;
+
+  Shared() = default;
+  Shared(const Shared&) = delete;
+  Shared& operator=(const Shared&) = delete;
+  ~Shared() { g_main_context_unref(context); }
 };
 
-FileLook::FileLook(std::function<void(const FileFacts&)> found) : shared_(std::make_shared<Shared>()) {
+FileLook::FileLook(std::chrono::milliseconds longest, std::filesystem::path caFile,
+                   std::function<void(const FileFacts&)> found)
+    : shared_(std::make_shared<Shared>()) {
   // GLib makes these two on first use, each under a lock and with the other's help: two threads that begin with different ones
   // wait for each other for ever.
   g_proxy_resolver_get_default();
   g_object_unref(g_settings_backend_get_default());
+  shared_->longest = longest;
+  shared_->caFile = std::move(caFile);
   shared_->owner = this;
   shared_->found = std::move(found);
 }
@@ -145,6 +193,7 @@ FileLook::~FileLook() {
     shared_->ended = true;
   }
   shared_->news.notify_all();
+  g_main_context_wakeup(shared_->context);
   if (thread_.joinable()) thread_.join();
 }
 
@@ -157,36 +206,56 @@ void FileLook::look(const std::string& url) {
   if (!thread_.joinable()) thread_ = std::thread(work, shared_);
 }
 
+void FileLook::forget() {
+  const std::lock_guard lock(shared_->mutex);
+  ++shared_->round;
+  shared_->waiting.clear();
+  shared_->known.clear();
+  asked_ = told_ = 0;
+  g_main_context_wakeup(shared_->context);
+}
+
 void FileLook::work(const std::shared_ptr<Shared>& shared) {
   gst_init(nullptr, nullptr);
+  g_main_context_push_thread_default(shared->context);
+  GTlsDatabase* authorities =
+      shared->caFile.empty() ? nullptr : g_tls_file_database_new(shared->caFile.c_str(), nullptr);
   for (;;) {
     FileFacts facts;
+    unsigned round = 0;
     {
       std::unique_lock lock(shared->mutex);
       shared->news.wait(lock, [&] { return shared->ended || !shared->waiting.empty(); });
-      if (shared->ended) return;
+      if (shared->ended) break;
       facts.url = shared->waiting.front();
       shared->waiting.pop_front();
+      round = shared->round;
     }
-    askServer(facts, shared->ended);
-    discover(facts);
+    IsOver isOver = [&shared, round] { return shared->ended || shared->round != round; };
+    askServer(facts, shared->caFile, isOver);
+    if (isOver()) continue;
+    Discovery(facts, authorities).run(shared->context, shared->longest, isOver);
+    if (isOver()) continue;
     // Some refuse only such a question.
     if (!facts.error.empty() && facts.status >= 400)
       facts.error = "its server answers " + std::to_string(facts.status);
     struct Word {
       std::shared_ptr<Shared> shared;
       FileFacts facts;
+      unsigned round;
     };
     const auto told = +[](gpointer data) -> gboolean {
       const std::unique_ptr<Word> word(static_cast<Word*>(data));
       auto* owner = word->shared->owner;
-      if (!owner) return G_SOURCE_REMOVE;
+      if (!owner || word->round != word->shared->round) return G_SOURCE_REMOVE;
       ++owner->told_;
       word->shared->found(word->facts);
       return G_SOURCE_REMOVE;
     };
-    g_idle_add_full(G_PRIORITY_DEFAULT, told, new Word{shared, std::move(facts)}, nullptr);
+    g_idle_add_full(G_PRIORITY_DEFAULT, told, new Word{shared, std::move(facts), round}, nullptr);
   }
+  if (authorities) g_object_unref(authorities);
+  g_main_context_pop_thread_default(shared->context);
 }
 
 }  // namespace velto::preview

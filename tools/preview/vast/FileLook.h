@@ -2,6 +2,8 @@
 // own, one file after the other, a few seconds for each; results come on the main thread.
 #pragma once
 
+#include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,13 +28,17 @@ class FileLook {
   // More files than that are nobody's ad.
   static constexpr size_t mostFiles = 12;
 
-  explicit FileLook(std::function<void(const FileFacts&)> found);
+  // `longest` is for each of them; `caFile` as of the platform (VeltoGtk.h).
+  FileLook(std::chrono::milliseconds longest, std::filesystem::path caFile,
+           std::function<void(const FileFacts&)> found);
   FileLook(const FileLook&) = delete;
   FileLook& operator=(const FileLook&) = delete;
-  ~FileLook();  // ends soon, at most with the file that it is at
+  ~FileLook();  // ends soon, wherever it is
 
   // Of http and https. Each address once.
   void look(const std::string& url);
+  // What was asked for so far is of no interest any more, and is not told.
+  void forget();
   size_t pending() const { return asked_ - told_; }
 
  private:

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <map>
 #include <set>
 
 #include "preview/vast/DocumentCheck.h"
@@ -85,14 +86,6 @@ bool isNameLetter(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.' || c == ':';
 }
 
-// "&amp;", "&#38;".
-bool isReference(std::string_view text) {
-  const auto end = text.substr(0, 12).find(';');
-  if (end == std::string_view::npos || end < 2) return false;
-  const auto name = text.substr(1, end - 1);
-  return std::all_of(name.begin(), name.end(), [](char c) { return isNameLetter(c) || c == '#'; });
-}
-
 class MarkupLook {
  public:
   MarkupLook(const std::string& text, DocumentCheck& check) : text_(text), made_(text), check_(check) {}
@@ -102,7 +95,7 @@ class MarkupLook {
       if (pass("<![CDATA[", "]]>") || pass("<!--", "-->") || pass("<?", "?>")) continue;
       const char c = text_[at_];
       if (c == '<') lookAtTag();
-      if (c == '&' && !isReference(std::string_view(text_).substr(at_))) {
+      if (c == '&' && !beginsVASTReference(std::string_view(text_).substr(at_))) {
         made_[at_] = ' ';
         if (told_.insert(line_).second)
           check_.add("vast-ampersand", line_, "an \"&\" that is neither escaped nor in CDATA");
@@ -132,7 +125,7 @@ class MarkupLook {
       from += colon + 1;
     const auto name = text_.substr(from, to - from), lower = lowercased(name);
     if (lower == "extension" || lower == "creativeextension") {
-      const auto close = text_.find('>', to);
+      const auto close = endOfTag(to);
       const bool isEmpty = close != std::string::npos && text_[close - 1] == '/';
       if (isEnd || !isEmpty) inExtension_ = !isEnd;
     }
@@ -141,10 +134,16 @@ class MarkupLook {
       check_.add("vast-case", line_, "<" + name + ">, which is written <" + meant + ">");
   }
 
+  // The same one ends all that began before it, so each letter is passed once.
+  size_t endOfTag(size_t from) {
+    if (tagEnd_ < from) tagEnd_ = text_.find('>', from);
+    return tagEnd_;
+  }
+
   const std::string& text_;
   std::string made_;
   DocumentCheck& check_;
-  size_t at_ = 0;
+  size_t at_ = 0, tagEnd_ = 0;
   int line_ = 1;
   bool inExtension_ = false;
   std::set<int> told_;
@@ -154,9 +153,13 @@ class MarkupLook {
 }  // namespace
 
 std::string nodeName(const std::string& lower) {
-  const auto* found = std::find_if(nodeNames.begin(), nodeNames.end(),
-                                   [&](const char* name) { return lowercased(name) == lower; });
-  return found == nodeNames.end() ? lower : *found;
+  static const auto all = [] {
+    std::map<std::string, std::string> names;
+    for (const char* name : nodeNames) names.emplace(lowercased(name), name);
+    return names;
+  }();
+  const auto found = all.find(lower);
+  return found == all.end() ? lower : found->second;
 }
 
 std::string checkMarkup(const std::string& text, DocumentCheck& check) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <regex>
+#include <vector>
 
 #include "preview/vast/DocumentCheck.h"
 
@@ -98,12 +99,13 @@ class PartsLook {
 
   void lookAtFiles(const VASTNode& linear) {
     const auto* files = linear.child("mediafiles");
-    const bool isProgram = files && files->child("interactivecreativefile");
-    if (files) files->each("interactivecreativefile", [&](const VASTNode& one) { lookAtProgram(one); });
+    std::vector<const VASTNode*> programs;
+    if (files) files->each("interactivecreativefile", [&](const VASTNode& one) { programs.push_back(&one); });
     const auto isFile = [](const VASTNode& node) { return node.name == "mediafile" && !node.text.empty(); };
     if (!files || std::none_of(files->children.begin(), files->children.end(), isFile)) {
+      tellOfPrograms(programs, false);
       if (files && files->child("mezzanine")) return check_.add("vast-mezzanine-only", *files, "<Mezzanine>");
-      if (isProgram) return check_.add("vast-no-playable-file", *files, "there is a program only");
+      if (!programs.empty()) return check_.add("vast-no-playable-file", *files, "there is a program only");
       return check_.add(
           "vast-missing-node", files ? *files : linear,
           std::string(files ? "<MediaFiles> has no <MediaFile>" : "<Linear> has no <MediaFiles>"));
@@ -119,12 +121,13 @@ class PartsLook {
       isFilm = isFilm || !type.starts_with("audio/");
       lookAtFile(node, type);
       if (node.attribute("apiframework")) {
-        lookAtProgram(node);
+        programs.push_back(&node);
         continue;
       }
       plays = plays || !check_.around.plays || check_.around.plays(type, codec);
       isCommon = isCommon || isCommonType(type, codec);
     }
+    tellOfPrograms(programs, plays);
     if (!plays)
       check_.add("vast-no-playable-file", *files, types);
     else if (!isCommon && isFilm)
@@ -164,10 +167,11 @@ class PartsLook {
     check_.reading.files.push_back(std::move(declared));
   }
 
-  void lookAtProgram(const VASTNode& node) {
-    check_.add("vast-program", node,
-               "<" + nodeName(node.name) + "> of " +
-                   node.attribute("apiframework").value_or("an unknown framework"));
+  void tellOfPrograms(const std::vector<const VASTNode*>& programs, bool hasFilm) {
+    for (const auto* node : programs)
+      check_.add(hasFilm ? "vast-program-beside" : "vast-program", *node,
+                 "<" + nodeName(node->name) + "> of " +
+                     node->attribute("apiframework").value_or("an unknown framework"));
   }
 
   // --- beside and over the film

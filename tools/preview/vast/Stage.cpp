@@ -70,7 +70,10 @@ void VideoAdStage::load(const std::string& document) {
   ad_ = VeltoVideoAd::make(ears_);
   VeltoVideoAdSettings settings;
   settings.startsMuted = isMuted_;
+  if (arguments_.hasTimeout)
+    settings.answerTimeout = settings.loadTimeout = settings.fileTimeout = arguments_.timeout;
   ad_->setSettings(settings);
+  ad_->setPlacement("preview");
   ad_->loadDocument(document);
 }
 

@@ -4,11 +4,11 @@
 #include <velto/platform/AVPlayer.h>
 #include <velto/platform/Platform.h>
 #include <velto/platform/foundation/Text.h>
-#include <velto/vast/VASTDocument.h>
+#include <velto/timeline/TimelineHub.h>
 
 #include <algorithm>
 #include <cmath>
-#include <regex>
+#include <mutex>
 #include <utility>
 
 #include "preview/Player.h"
@@ -16,28 +16,8 @@
 namespace velto::preview {
 namespace {
 
-constexpr size_t mostRequestsKept = 5000, mostAddresses = 5000;
+constexpr size_t mostRequestsKept = 5000;
 constexpr std::chrono::milliseconds lastAnswers{5000}, lastFiles{20'000};
-
-// What stands between the macros of an address, as it leaves this machine.
-std::vector<std::string> partsOf(const std::string& url) {
-  static const std::regex macro(R"((?:\[|%5[Bb])[A-Z][A-Z0-9_]{1,40}(?:\]|%5[Dd]))");
-  const std::string mark = "velto-macro";
-  const auto marked = NSURL::URLByEscaping(std::regex_replace(url, macro, mark));
-  return split(marked ? marked->absoluteString() : url, mark);
-}
-
-bool fits(const std::vector<std::string>& parts, const std::string& url) {
-  if (parts.size() == 1) return parts.front() == url;
-  if (!url.starts_with(parts.front())) return false;
-  size_t at = parts.front().size();
-  for (size_t i = 1; i + 1 < parts.size(); ++i) {
-    at = url.find(parts[i], at);
-    if (at == std::string::npos) return false;
-    at += parts[i].size();
-  }
-  return url.size() >= at + parts.back().size() && url.ends_with(parts.back());
-}
 
 JSON::Array headersOf(const HeaderFields& fields) {
   JSON::Array list;
@@ -53,8 +33,28 @@ std::string typeOf(const NSURLResponse& response) {
 
 }  // namespace
 
+// Keeps what the timeline says until it is asked for.
+class VideoAdWatch::Ears final : public TimelineSink {
+ public:
+  std::vector<VeltoTimelineEntry> taken() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(told_, {});
+  }
+
+ private:
+  void added(const std::string&, uint64_t, const VeltoTimelineEntry& entry) override {
+    const std::lock_guard lock(mutex_);
+    if (entry.kind == VeltoTimelineKind::AddressTold) told_.push_back(entry);
+  }
+  void ended(const VeltoAdTimeline&) override {}
+
+  std::mutex mutex_;
+  std::vector<VeltoTimelineEntry> told_;
+};
+
 VideoAdWatch::VideoAdWatch(Journal& journal, ListeningPlatform& platform)
-    : journal_(journal), platform_(platform) {
+    : journal_(journal), platform_(platform), ears_(std::make_shared<Ears>()) {
+  TimelineHub::shared()->add(ears_);
   platform_.urlSession().observe([this](const Exchange& exchange) { heard(exchange); });
   platform_.application().observe([this](const std::string& url, bool opened) {
     journal_.add("open", {{"url", url}, {"opened", opened}});
@@ -66,15 +66,18 @@ VideoAdWatch::~VideoAdWatch() {
   platform_.application().observe(nullptr);
 }
 
-void VideoAdWatch::lookIntoFiles() {
-  files_ = std::make_unique<FileLook>([this](const FileFacts& facts) { found(facts); });
+void VideoAdWatch::lookIntoFiles(std::chrono::milliseconds longest) {
+  longestLook_ = longest;
+  files_ = std::make_unique<FileLook>(longest, platform_.caFile(),
+                                      [this](const FileFacts& facts) { found(facts); });
 }
 
 void VideoAdWatch::begin(const std::string& source, const std::string& text, double duration) {
   documents_.clear();
   addresses_.clear();
+  ears_->taken();
   since_ = g_get_monotonic_time();
-  if (files_) lookIntoFiles();  // what was asked for before is of no interest any more
+  if (files_) files_->forget();
   read({source, {}}, text, {{"duration", duration}});
 }
 
@@ -112,22 +115,13 @@ void VideoAdWatch::read(Place place, const std::string& text, JSON::Object detai
                             {"url", address.url},
                             {"document", validUTF8(place.url)},
                             {"line", address.line}});
-    if (addresses_.size() < mostAddresses)
-      addresses_.push_back({address, partsOf(address.url), documents_.size(), 0});
+    addresses_.add(address, documents_.size());
   }
   documents_.push_back(std::move(place));
 }
 
-// Of several that look alike the one that was told least often.
-VideoAdWatch::Known* VideoAdWatch::find(const std::string& url) {
-  Known* best = nullptr;
-  for (auto& known : addresses_)
-    if (fits(known.parts, url) && (!best || known.told < best->told)) best = &known;
-  return best;
-}
-
 void VideoAdWatch::heard(const Exchange& exchange, bool isOver) {
-  if (exchange.begun < since_) return;  // of what was played before
+  if (!isOfNow(exchange)) return;  // of what was played before
   const auto url = exchange.request.url.absoluteString();
   const auto now = isOver ? exchange.ended : g_get_monotonic_time();
   const auto milliseconds = static_cast<double>((now - exchange.begun) / 100) / 10;
@@ -150,9 +144,9 @@ void VideoAdWatch::heard(const Exchange& exchange, bool isOver) {
     requests_.push_back(std::move(resource));
   }
 
-  auto* known = find(url);
+  for (const auto& entry : ears_->taken()) addresses_.note(entry);
+  const auto* known = addresses_.take(url, exchange.error ? 0 : static_cast<int>(numberIn(answer, "status")));
   if (!known) return;
-  ++known->told;
   if (known->address.name != "wrapper") {
     answer["name"] = known->address.name;
     answer["line"] = known->address.line;
@@ -188,16 +182,19 @@ void VideoAdWatch::found(const FileFacts& facts) {
   journal_.add("file-look", std::move(told));
 }
 
-void VideoAdWatch::finish() {
-  const auto isOfNow = [this](const auto& exchange) { return exchange->begun >= since_; };
-  const auto isQuiet = [&] {
+void VideoAdWatch::settle() {
+  runUntil(lastAnswers, [this] {
     const auto pending = platform_.urlSession().pending();
-    return std::none_of(pending.begin(), pending.end(), isOfNow);
-  };
-  runUntil(lastAnswers, isQuiet);
-  if (files_) runUntil(lastFiles, [this] { return files_->pending() == 0; });
+    return std::none_of(pending.begin(), pending.end(),
+                        [this](const auto& exchange) { return isOfNow(*exchange); });
+  });
+  if (files_) runUntil(std::max(lastFiles, longestLook_), [this] { return files_->pending() == 0; });
+}
+
+void VideoAdWatch::finish() {
+  settle();
   for (const auto& exchange : platform_.urlSession().pending())
-    if (isOfNow(exchange)) heard(*exchange, false);
+    if (isOfNow(*exchange)) heard(*exchange, false);
 }
 
 }  // namespace velto::preview

@@ -2,12 +2,13 @@
 // address that is told, with what it answered. Main thread.
 #pragma once
 
-#include <map>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "preview/Journal.h"
+#include "preview/vast/AddressBook.h"
 #include "preview/vast/DocumentReading.h"
 #include "preview/vast/Exchanges.h"
 #include "preview/vast/FileLook.h"
@@ -22,23 +23,20 @@ class VideoAdWatch {
   VideoAdWatch& operator=(const VideoAdWatch&) = delete;
   ~VideoAdWatch();
 
-  // Files are looked into from now on.
-  void lookIntoFiles();
+  // Files are looked into from now on, for at most so long each.
+  void lookIntoFiles(std::chrono::milliseconds longest);
   // A new document from its file or address, with how long that took (ms); what was before it is forgotten.
   void begin(const std::string& source, const std::string& text, double duration);
-  // Waits a moment for what is under way, and tells what is not over then.
+  // Waits a moment for what is under way: answers, and looks into files.
+  void settle();
+  // Does so, and tells what is not over then.
   void finish();
 
   // As Network has them.
   const std::vector<JSON::Object>& requests() const { return requests_; }
 
  private:
-  struct Known {  // an address of a document
-    DocumentAddress address;
-    std::vector<std::string> parts;  // between its macros
-    size_t document = 0;
-    int told = 0;
-  };
+  class Ears;
   struct Place {
     std::string url;
     std::vector<std::string> tags;
@@ -46,14 +44,16 @@ class VideoAdWatch {
 
   void read(Place place, const std::string& text, JSON::Object details);
   void heard(const Exchange& exchange, bool isOver = true);
-  Known* find(const std::string& url);
+  bool isOfNow(const Exchange& exchange) const { return exchange.begun >= since_; }
   void found(const FileFacts& facts);
 
   Journal& journal_;
   ListeningPlatform& platform_;
+  std::shared_ptr<Ears> ears_;
   std::unique_ptr<FileLook> files_;
+  std::chrono::milliseconds longestLook_{0};
   std::vector<Place> documents_;
-  std::vector<Known> addresses_;
+  AddressBook addresses_;
   std::vector<JSON::Object> requests_;
   gint64 since_ = 0;  // requests from then on are of this document
 };
