@@ -108,7 +108,7 @@ class GtkVideoAd : public DisplayTest {
            "<MediaFile type=\"application/x-nobody-plays-this\" width=\"400\" height=\"300\">" +
            server_.address("/t/odd") +
            "</MediaFile><MediaFile type=\"video/webm\" codec=\"vp8\" width=\"320\" height=\"180\">" +
-           server_.address("/ad.webm") +
+           (elsewhere.empty() ? server_.address("/ad.webm") : elsewhere) +
            "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>";
   }
   // One script that is there, and one that is not.
@@ -145,6 +145,7 @@ class GtkVideoAd : public DisplayTest {
 
   inline static std::string shortVideo, longVideo, largeVideo;
   bool isLong = false, isLarge = false, isMeasured = false;  // set before it is asked for
+  std::string elsewhere;                                     // is the film
   GtkWindow* window;
   GtkWidget* content;
   std::shared_ptr<UIViewController> controller;
@@ -251,6 +252,18 @@ TEST_F(GtkVideoAd, FindsOutWhatTheNetworkCarries) {
   ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
   ASSERT_TRUE(runUntil([] { return Platform::current().media().bandwidth().has_value(); }));
   EXPECT_GT(Platform::current().media().bandwidth(), 0);
+}
+
+TEST_F(GtkVideoAd, AFilmWhoseServerIsNotReachedIsNotFound) {
+  for (const char* film : {"http://127.0.0.1:1/film.webm", "http://nowhere.invalid/film.webm"}) {
+    SCOPED_TRACE(film);
+    elsewhere = film;
+    heard->all.clear();
+    load();
+    ASSERT_TRUE(ad->playIn(gtk::hostView(content)));
+    ASSERT_TRUE(isHeard("end"));
+    EXPECT_EQ(heard->all, (Lines{"loaded", "failed 401", "end"}));
+  }
 }
 
 TEST_F(GtkVideoAd, GoesWithItsWindow) {

@@ -44,6 +44,11 @@ void CarriedBytes::stop() {
   counts_ = false;
 }
 
+bool CarriedBytes::hasAny() const {
+  std::lock_guard lock(mutex_);
+  return first_ != 0;
+}
+
 std::optional<double> CarriedBytes::rate() const {
   constexpr double bitsInByte = 8, microsecondsInMillisecond = 1000;
   std::lock_guard lock(mutex_);

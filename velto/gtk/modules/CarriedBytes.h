@@ -17,6 +17,7 @@ class CarriedBytes : public std::enable_shared_from_this<CarriedBytes> {
 
   // There is enough for now, so what comes later comes at the player's pace.
   void stop();
+  bool hasAny() const;
   // Kilobits a second; nothing where too little has come to tell.
   std::optional<double> rate() const;
 

@@ -245,11 +245,15 @@ void GstVideoPipeline::failed(GstMessage* message) {
   GError* raw = nullptr;
   gst_message_parse_error(message, &raw, nullptr);
   const GErrorOwned error(raw);
-  // What a source may read from breaks off in other ways, too.
+  // What a source may read from breaks off in other ways, too. Of a server that was not reached it says nothing but that
+  // there was no stream.
+  const bool neverCame = error->domain == GST_STREAM_ERROR && !shared_->carried->hasAny() &&
+                         GST_OBJECT_FLAG_IS_SET(GST_MESSAGE_SRC(message), GST_ELEMENT_FLAG_SOURCE);
   const bool isNotThere =
-      error->domain == GST_RESOURCE_ERROR &&
-      (error->code == GST_RESOURCE_ERROR_NOT_FOUND || error->code == GST_RESOURCE_ERROR_OPEN_READ ||
-       error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED);
+      neverCame ||
+      (error->domain == GST_RESOURCE_ERROR &&
+       (error->code == GST_RESOURCE_ERROR_NOT_FOUND || error->code == GST_RESOURCE_ERROR_OPEN_READ ||
+        error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED));
   events_.pipelineFailed({g_quark_to_string(error->domain), error->code, error->message,
                           isNotThere ? NSErrorCause::NotFound : NSErrorCause::Unknown});
 }
