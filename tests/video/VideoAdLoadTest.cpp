@@ -234,7 +234,9 @@ TEST_F(VideoAdTest, TheNextLoadWaitsForTheEndOfTheLastAd) {
     told->during = [&](const std::string& what, VeltoVideoAd& own) {
       EXPECT_TRUE(own.info() || (what != "start" && what != "complete"));
       if (what == moment) own.loadDocument(document({{.id = moment}}));
-      EXPECT_TRUE(what != "end" || what == moment || own.state() == VeltoVideoAd::State::Empty);
+      if (what != "end") return;
+      EXPECT_EQ(own.state(), VeltoVideoAd::State::Loading) << "for all who ask";
+      EXPECT_TRUE(what == moment || own.veltoAdTimeline().back().end) << "and begins afterwards";
     };
     ASSERT_TRUE(ad->playIn(host));
     EXPECT_FALSE(ad->info()) << "that before is none of this load's";

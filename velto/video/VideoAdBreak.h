@@ -38,14 +38,14 @@ class VideoAdBreak final : public std::enable_shared_from_this<VideoAdBreak>,
   void stop();
   void letGo(Why why);  // the end, of which nobody here hears
 
-  State state() const { return state_; }
+  // A load that waits for DidEndAll alone is one that is on its way.
+  State state() const { return state_ == State::Empty && later_ ? State::Loading : state_; }
   const std::shared_ptr<VideoAdSound>& sound() const { return sound_; }
   void setFullscreen(bool fullscreen);
   // What the application wants of the ad that plays: done in the next turn, since the application hears of it.
   void post(std::function<void(VideoAdShow&)> wish) const;
-  // The ad that plays, or played last; null before the first. And only while ads of its load play.
-  const std::shared_ptr<VideoAdShow>& show() const { return show_; }
-  std::shared_ptr<VideoAdShow> playing() const;
+  const std::shared_ptr<VideoAdShow>& show() const { return show_; }  // that plays, or played last; or null
+  std::shared_ptr<VideoAdShow> playing() const;                       // only while ads of its load play
   std::shared_ptr<UIView> companionView(size_t place);
 
   PlacementRecord& placement() { return *placement_; }

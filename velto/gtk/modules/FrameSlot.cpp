@@ -21,8 +21,9 @@ void FrameSlot::put(GstSample* sample) {
   }
   if (old) gst_sample_unref(old);
   if (!wake) return;
-  g_main_context_invoke_full(
-      nullptr, G_PRIORITY_DEFAULT,
+  // Not by way of an invocation, which would run here while the main loop stands still.
+  g_idle_add_full(
+      G_PRIORITY_DEFAULT,
       [](gpointer slot) noexcept -> gboolean {
         (*static_cast<std::shared_ptr<FrameSlot>*>(slot))->show();
         return G_SOURCE_REMOVE;
