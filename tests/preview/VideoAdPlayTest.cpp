@@ -3,11 +3,16 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <future>
+#include <set>
 #include <sstream>
 
 #include "../support/LoopbackServer.h"
 #include "../support/Program.h"
+#include "preview/Player.h"
 #include "preview/Story.h"
+#include "preview/vast/FileLook.h"
+#include "sandbox/Server.h"
 
 namespace velto::preview {
 namespace {
@@ -48,6 +53,11 @@ class VideoAdPlay : public testing::Test {
     });
     server_->Get("/(t|script).*",
                  [](const auto&, auto& response) { response.set_content("", "text/javascript"); });
+    server_->Get("/hanging.webm", [this](const auto& request, auto&) {
+      if (request.method == "HEAD") return;
+      arrived.set_value();
+      released.get_future().wait_for(std::chrono::minutes(2));
+    });
     server_->Get("/gone.js", [](const auto&, auto& response) {
       response.status = 404;
       response.set_content("gone", "text/x-gone");
@@ -110,6 +120,7 @@ class VideoAdPlay : public testing::Test {
 
   inline static std::string shortFilm, longFilm;
   const TemporaryFolder folder;
+  std::promise<void> arrived, released;  // of the film that hangs
 
  private:
   test::LoopbackServer server_;
@@ -160,6 +171,27 @@ TEST_F(VideoAdPlay, StepsPressMuteAndSkip) {
   EXPECT_TRUE(idsIn(story).contains("vast-part-failed")) << outcome.output;
 }
 
+TEST_F(VideoAdPlay, ServersAreTrustedByAnAuthorityOfTheirOwn) {
+  folder.write("ads/short.webm", shortFilm);
+  folder.write("ads/t/impression", "1");
+  sandbox::Options options;
+  options.dataFolder = folder.path("server");
+  options.serveFolder = folder.path("ads");
+  sandbox::Server server(options);
+  server.start();
+  const auto own = "https://localhost:" + std::to_string(server.port());
+  auto text = document("", file("short"));
+  for (const char* path : {"/short.webm", "/t/impression"})
+    text.replace(text.find(at(path)), at(path).size(), own + path);
+  folder.write("ads/ad.xml", text);
+  const auto outcome =
+      test::run({PREVIEW_PROGRAM, "--vast", own + "/ad.xml", "--ca", server.caFile(), "--strict", "--allow",
+                 "vast-slow", "--report", folder.path("report/own"), "--timeout", "100"});
+  EXPECT_EQ(outcome.code, 0) << outcome.output;
+  EXPECT_EQ(idsIn(storyOf("own")), Ids());
+  EXPECT_EQ(toldIn(storyOf("own")), (std::multiset<std::string>{"impression", "midpoint", "start"}));
+}
+
 // What is not known yet is waited for.
 TEST_F(VideoAdPlay, StepsExpectNoFindingTooEarly) {
   const auto ad = folder.write("ad.xml", document("", file("long") + file("none"), "/script", 120));
@@ -170,6 +202,19 @@ TEST_F(VideoAdPlay, StepsExpectNoFindingTooEarly) {
   EXPECT_EQ(outcome.code, 1);
   ASSERT_NE(story.last("failure"), nullptr) << outcome.output;
   EXPECT_EQ(textIn(*story.last("failure"), "text"), "there is one: vast-file-failed") << outcome.output;
+}
+
+TEST_F(VideoAdPlay, FilesOfNoInterestAnyMoreHoldUpNoOthers) {
+  constexpr std::chrono::seconds longest{60};
+  std::vector<std::string> told;
+  FileLook files(longest, {}, [&](const FileFacts& facts) { told.push_back(facts.url); });
+  files.look(at("/hanging.webm"));
+  ASSERT_EQ(arrived.get_future().wait_for(longest), std::future_status::ready);
+  files.forget();
+  files.look(at("/short.webm"));
+  EXPECT_TRUE(runUntil(longest, [&] { return files.pending() == 0; }));
+  EXPECT_EQ(told, std::vector{at("/short.webm")});
+  released.set_value();
 }
 
 TEST_F(VideoAdPlay, WhatCannotBeHadIsSaidInOneLine) {

@@ -171,7 +171,8 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words) {
       [&](const auto& value) { arguments.recordFile = value; }, tools::Word::Value::File);
   line.option(
       "--ca", "FILE", "certificate authorities (PEM) to trust a video ad's servers by, not the system's",
-      [&](const auto& value) { arguments.caFile = value; }, tools::Word::Value::File);
+      [&](const auto& value) { arguments.caFile = std::filesystem::absolute(value).string(); },
+      tools::Word::Value::File);
   line.flag("--from-answer",
             "CREATIVE is a recorded answer of an ad server (JSON): headers, mediation and all",
             [&] { arguments.isAnswer = true; });

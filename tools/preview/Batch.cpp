@@ -128,6 +128,7 @@ std::vector<BatchResult> Batch::play(const std::vector<BatchItem>& items) {
 
 std::vector<std::string> Batch::optionsOf(const BatchItem& item) const {
   auto words = setting_.options;
+  if (!item.isVideoAd) std::erase_if(words, [](const auto& word) { return word.starts_with("--ca="); });
   words.insert(words.end(), item.options.begin(), item.options.end());
   return words;
 }

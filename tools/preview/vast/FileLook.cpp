@@ -29,10 +29,10 @@ int isToEnd(void* isOver, curl_off_t, curl_off_t, curl_off_t, curl_off_t) noexce
   return (*static_cast<const IsOver*>(isOver))() ? 1 : 0;
 }
 
-// Servers that do not answer to HEAD leave it at nothing.
-void askServer(FileFacts& facts, const std::filesystem::path& caFile, IsOver& isOver) {
+// Servers that do not answer to HEAD leave it at nothing. Why none can be asked, or nothing.
+std::string askServer(FileFacts& facts, const std::filesystem::path& caFile, IsOver& isOver) {
   const std::unique_ptr<CURL, void (*)(CURL*)> transfer(curl_easy_init(), curl_easy_cleanup);
-  if (!transfer) return;
+  if (!transfer) return {};
   auto* easy = transfer.get();
   curl_easy_setopt(easy, CURLOPT_URL, facts.url.c_str());
   curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
@@ -45,7 +45,8 @@ void askServer(FileFacts& facts, const std::filesystem::path& caFile, IsOver& is
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, isToEnd);
   curl_easy_setopt(easy, CURLOPT_XFERINFODATA, &isOver);
   if (!caFile.empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, caFile.c_str());
-  if (curl_easy_perform(easy) != CURLE_OK) return;
+  if (const auto result = curl_easy_perform(easy); result != CURLE_OK)
+    return result == CURLE_OPERATION_TIMEDOUT ? "" : curl_easy_strerror(result);
   long status = 0;
   curl_off_t length = 0;
   char* type = nullptr;
@@ -53,9 +54,10 @@ void askServer(FileFacts& facts, const std::filesystem::path& caFile, IsOver& is
   curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &type);
   facts.status = static_cast<int>(status);
-  if (status / 100 != 2) return;
+  if (status / 100 != 2) return {};
   if (length > 0) facts.bytes = static_cast<double>(length);
   facts.servedAs = type ? std::string(type).substr(0, std::string_view(type).find(';')) : "";
+  return {};
 }
 
 // GStreamer's names of containers, and those that documents write.
@@ -232,13 +234,15 @@ void FileLook::work(const std::shared_ptr<Shared>& shared) {
       round = shared->round;
     }
     IsOver isOver = [&shared, round] { return shared->ended || shared->round != round; };
-    askServer(facts, shared->caFile, isOver);
+    const auto unreached = askServer(facts, shared->caFile, isOver);
     if (isOver()) continue;
     Discovery(facts, authorities).run(shared->context, shared->longest, isOver);
     if (isOver()) continue;
     // Some refuse only such a question.
     if (!facts.error.empty() && facts.status >= 400)
       facts.error = "its server answers " + std::to_string(facts.status);
+    else if (!facts.error.empty() && !unreached.empty())
+      facts.error = unreached;  // GStreamer says less
     struct Word {
       std::shared_ptr<Shared> shared;
       FileFacts facts;
