@@ -45,7 +45,7 @@ std::string stepsOf(const fs::path& creative, bool isVideoAd) {
   std::error_code none;
   const auto other = [&](const char* extension) { return fs::path(creative).replace_extension(extension); };
   if (isVideoAd) {
-    const auto own = creative.string() + ".steps";
+    auto own = creative.string() + ".steps";
     if (fs::is_regular_file(own, none)) return own;
     if (fs::exists(other(".html"), none) || fs::exists(other(".htm"), none)) return {};
   }

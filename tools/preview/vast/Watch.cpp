@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "preview/Player.h"
+#include "preview/Story.h"
 
 namespace velto::preview {
 namespace {
