@@ -58,6 +58,11 @@ TEST_F(ServerTest, AnswersByTheBuiltInScenarioAndRecords) {
   EXPECT_EQ(line["problems"][0], "body sdkt: missing");
   EXPECT_EQ(server.requests(Kind::Install).at(0).queryValue("id"), "a+b\r\n+c") << "a plus is no blank";
   EXPECT_EQ(Json::parse(requests[3].toJsonLine())["bodyBase64"], "/w==");
+
+  std::string withPort = kAdUrl;
+  withPort.replace(withPort.find("/sdk"), 0, ":8443");
+  EXPECT_NE(client.send(withPort, "{}").body.find("https://ads.velto.example:8443/landing"), std::string::npos)
+      << "addresses in answers lead where the request went";
 }
 
 TEST_F(ServerTest, ServesOnlyWhatLiesInItsFolderAndStrictlyOnlyGoodRequests) {

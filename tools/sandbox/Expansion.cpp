@@ -67,6 +67,15 @@ void replaceAll(std::string& text, const std::map<std::string, std::string>& val
   text = expanded + text.substr(start);
 }
 
+// The host with the port that the request names, if any: so that addresses in the answer lead here again.
+std::string placeOf(const RecordedRequest& request) {
+  const std::string asked = request.header("Host");
+  const auto colon = asked.rfind(':');
+  const std::string port = colon == std::string::npos ? "" : asked.substr(colon + 1);
+  const bool isPort = !port.empty() && port.find_first_not_of("0123456789") == std::string::npos;
+  return harmless(request.host) + (isPort ? ":" + port : "");
+}
+
 }  // namespace
 
 void expand(ChosenAnswer& chosen, const RecordedRequest& request) {
@@ -76,7 +85,7 @@ void expand(ChosenAnswer& chosen, const RecordedRequest& request) {
       {"height", std::to_string(height)},
       {"key", harmless(request.queryValue(request.kind == Kind::Vast ? "key" : "k"))},
       {"type", harmless(request.queryValue("at"))},
-      {"host", harmless(request.host)},
+      {"host", placeOf(request)},
       {"count", std::to_string(chosen.turn)},
   };
   replaceAll(chosen.answer.body, values);
