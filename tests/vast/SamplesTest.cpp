@@ -18,7 +18,6 @@ class SampleLine {
     say("is", ad.adType == "video" ? "" : ad.adType);
     say("title", ad.adTitle);
     say("system", ad.adSystem + (ad.adSystemVersion.empty() ? "" : " " + ad.adSystemVersion));
-    say("about", ad.description);
     if (ad.pricing) out_ << ", " << ad.pricing->model << " " << ad.pricing->value << ad.pricing->currency;
     if (ad.wrapper) wrapper(*ad.wrapper);
     list("of", ad.categories, [](const auto& one) { return one.authority + "=" + one.code; });

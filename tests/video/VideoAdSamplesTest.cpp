@@ -1,6 +1,6 @@
 // The samples of tests/vast, played to their end with a press on all that leads somewhere: every address is told when it should be,
 // and once.
-#include "velto/vast/VASTResolver.h"
+#include "velto/vast/VMAPDocument.h"
 
 #include "../vast/Samples.h"
 #include "VideoAdFixture.h"
@@ -29,9 +29,7 @@ class VideoAdSamplesTest : public VideoAdTest {
     platform->runUntilIdle();
     std::string all;
     for (const auto& request : platform->urlSession().requests("//example.com/track/"))
-      all +=
-          std::regex_replace(request.url.absoluteString(), std::regex("^https?://example.com/track/"), "") +
-          " ";
+      all += request.url.absoluteString().substr(request.url.absoluteString().find("/track/") + 7) + " ";
     platform->urlSession().forgetAnswered();
     return all;
   }
@@ -40,7 +38,7 @@ class VideoAdSamplesTest : public VideoAdTest {
     for (auto* page : platform->webViews()) {
       std::smatch link;
       const auto html = page->html();
-      if (std::regex_search(html, link, std::regex("<a href=\"([^\"]+)\"")) && page->webView().superview())
+      if (std::regex_search(html, link, std::regex("<a href=\"([^\"]+)\"")))
         window->tapLink(*page, link[1].str());
     }
     platform->runUntilIdle();
@@ -49,10 +47,13 @@ class VideoAdSamplesTest : public VideoAdTest {
 
 TEST_F(VideoAdSamplesTest, ArePlayedToTheirEnd) {
   for (const auto& [name, expected] : expectedOfSamples()) {
-    if (name.starts_with("vmap")) continue;  // breaks, which an application plays
     SCOPED_TRACE(name);
     platform->application().opened.clear();
-    ad->loadDocument(sampleText(name + ".xml"));
+    const auto text = sampleText(name + ".xml");
+    if (name.starts_with("vmap"))
+      ad->load(VMAPDocument::read(text).breaks.at(0).source.value());
+    else
+      ad->loadDocument(text);
     platform->runUntilIdle();
     std::string all = told();
     if (ad->playIn(host)) {
