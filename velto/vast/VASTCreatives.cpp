@@ -94,6 +94,7 @@ VASTMediaFile mediaFile(const VASTNode& node, std::string url) {
   if (delivery == "streaming") file.delivery = VASTMediaFile::Delivery::Streaming;
   file.type = textAttribute(node, "type");
   file.codec = attributeOf(node, "codec");
+  if (file.codec == "0") file.codec.clear();  // as samples of the standard say that it is not known
   file.width = length(node, "width");
   file.height = length(node, "height");
   file.bitrate = positive(node, "bitrate");
@@ -103,6 +104,8 @@ VASTMediaFile mediaFile(const VASTNode& node, std::string url) {
   file.scalable = node.flag("scalable").value_or(true);
   file.maintainAspectRatio = node.flag("maintainaspectratio").value_or(true);
   file.apiFramework = attributeOf(node, "apiframework");
+  // The same samples name the standard itself where no program is meant.
+  if (lowercased(file.apiFramework) == "vast") file.apiFramework.clear();
   return file;
 }
 
