@@ -61,7 +61,8 @@ TEST_F(ServerTest, AnswersByTheBuiltInScenarioAndRecords) {
 
   std::string withPort = kAdUrl;
   withPort.replace(withPort.find("/sdk"), 0, ":8443");
-  EXPECT_NE(client.send(withPort, "{}").body.find("https://ads.velto.example:8443/landing"), std::string::npos)
+  EXPECT_NE(client.send(withPort, "{}").body.find("https://ads.velto.example:8443/landing"),
+            std::string::npos)
       << "addresses in answers lead where the request went";
 }
 

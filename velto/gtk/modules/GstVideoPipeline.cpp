@@ -249,11 +249,10 @@ void GstVideoPipeline::failed(GstMessage* message) {
   // there was no stream.
   const bool neverCame = error->domain == GST_STREAM_ERROR && !shared_->carried->hasAny() &&
                          GST_OBJECT_FLAG_IS_SET(GST_MESSAGE_SRC(message), GST_ELEMENT_FLAG_SOURCE);
-  const bool isNotThere =
-      neverCame ||
-      (error->domain == GST_RESOURCE_ERROR &&
-       (error->code == GST_RESOURCE_ERROR_NOT_FOUND || error->code == GST_RESOURCE_ERROR_OPEN_READ ||
-        error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED));
+  const bool isNotThere = neverCame || (error->domain == GST_RESOURCE_ERROR &&
+                                        (error->code == GST_RESOURCE_ERROR_NOT_FOUND ||
+                                         error->code == GST_RESOURCE_ERROR_OPEN_READ ||
+                                         error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED));
   events_.pipelineFailed({g_quark_to_string(error->domain), error->code, error->message,
                           isNotThere ? NSErrorCause::NotFound : NSErrorCause::Unknown});
 }
