@@ -94,7 +94,7 @@ TEST(VASTDocumentTest, EverythingOfItsCreativesIsRead) {
   const auto& linear = ad.linear.value();
   EXPECT_EQ(linear.creativeId + linear.adId + linear.adParameters, "cc-adp") << "the first by sequence";
   EXPECT_EQ(linear.universalAdIds.at(0).registry + linear.universalAdIds[0].value, "ad-id.orgCNPA0484000H");
-  EXPECT_EQ(linear.extensions, Texts{R"(<a b="1"/>)"});
+  EXPECT_EQ(linear.extensions.at(0).type + linear.extensions[0].markup, R"(t<a b="1"/>)");
   EXPECT_EQ(linear.duration, 15.25);
   EXPECT_EQ(linear.skipOffset, (VASTOffset{5, false}));
   ASSERT_EQ(linear.mediaFiles.size(), 1U) << "a mezzanine is no file to play";

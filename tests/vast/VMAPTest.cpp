@@ -43,7 +43,7 @@ TEST(VMAPDocumentTest, BreaksAreReadAndOrdered) {
   EXPECT_EQ(mid.starts.at(0) + mid.ends.at(0) + mid.errors.at(0),
             "https://t.example/shttps://t.example/ehttps://t.example/x?[ERRORCODE]");
   EXPECT_EQ(mid.errors.size(), 1U);
-  EXPECT_EQ(mid.extensions, std::vector<std::string>{"<a/>"});
+  EXPECT_EQ(mid.extensions.at(0).type + mid.extensions[0].markup, "e<a/>");
   EXPECT_FALSE(mid.fault());
   EXPECT_EQ(document.breaks[2].fault(), VMAPError::TemplateNotSupported);
   EXPECT_EQ(document.breaks[3].fault(), VMAPError::BreakTypeNotSupported);

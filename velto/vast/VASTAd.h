@@ -48,11 +48,6 @@ struct VASTVerification {
   }
 };
 
-struct VASTExtension {  // 3.18.1
-  std::string type;
-  std::string markup;  // as it stands
-};
-
 // Where an ad is to be had that this document only stands around (3.19).
 struct VASTWrapper {
   std::string tag;                       // VASTAdTagURI

@@ -27,6 +27,12 @@ struct VASTResource {
   std::string creativeType;  // of a static one: its MIME type
 };
 
+// What a server adds of its own (3.7.3, 3.18.1).
+struct VASTExtension {
+  std::string type;
+  std::string markup;  // what is inside, as it stands
+};
+
 // A file of the ad's video or audio (3.9.1).
 struct VASTMediaFile {
   enum class Delivery : uint8_t { Unknown, Progressive, Streaming };
@@ -102,7 +108,7 @@ struct VASTLinear {
   std::vector<std::string> customClicks;    // 3.10.3
   std::vector<VASTTracking> trackings;      // 3.14
   std::vector<VASTIcon> icons;
-  std::vector<std::string> extensions;  // 3.7.3, as they stand
+  std::vector<VASTExtension> extensions;  // 3.7.3
 };
 
 }  // namespace velto

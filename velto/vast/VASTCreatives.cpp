@@ -193,8 +193,9 @@ VASTLinear readLinear(const VASTNode& creative, const VASTNode& node) {
     const auto value = one.text.empty() ? attributeOf(one, "idvalue") : one.text;
     keep(linear.universalAdIds, {one.attribute("idregistry").value_or("unknown"), value});
   });
-  creative.each("creativeextensions", "creativeextension",
-                [&](const VASTNode& one) { keep(linear.extensions, one.markup); });
+  creative.each("creativeextensions", "creativeextension", [&](const VASTNode& one) {
+    keep(linear.extensions, {attributeOf(one, "type"), one.markup});
+  });
   linear.duration = readVASTTime(node.textOf("duration"));
   if (const auto offset = node.attribute("skipoffset")) linear.skipOffset = VASTOffset::read(*offset);
   if (const auto* files = node.child("mediafiles")) readMedia(*files, linear);

@@ -50,8 +50,9 @@ std::optional<VMAPAdBreak> readBreak(const VASTNode& node) {
     auto* list = event == "breakstart" ? &one.starts : event == "breakend" ? &one.ends : &one.errors;
     if (list != &one.errors || event == "error") list->push_back(std::move(tracking.url));
   }
-  node.each("extensions", "extension",
-            [&](const VASTNode& extension) { one.extensions.push_back(extension.markup); });
+  node.each("extensions", "extension", [&](const VASTNode& extension) {
+    one.extensions.push_back({extension.attribute("type").value_or(""), extension.markup});
+  });
   return one;
 }
 

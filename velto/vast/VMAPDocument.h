@@ -65,7 +65,7 @@ struct VELTO_EXPORT VMAPAdBreak {
   std::optional<double> repeatAfter;
   std::optional<VMAPAdSource> source;             // nothing: an opportunity that is only told of
   std::vector<std::string> starts, ends, errors;  // told of breakStart, breakEnd, error (2.3.4)
-  std::vector<std::string> extensions;            // 2.3.5, as they stand
+  std::vector<VASTExtension> extensions;          // 2.3.5
 
   // Why its ads cannot be played here; nothing speaks against it: nothing.
   std::optional<VMAPError> fault() const;
