@@ -49,14 +49,6 @@ constexpr std::array eventNames{"acceptInvitation",
 
 constexpr double largestCompanion = 4096;  // points
 
-// Names of no standard stay as they are: nothing is sent for them.
-std::string eventName(const std::string& name) {
-  const auto lower = lowercased(name);
-  const auto* known = std::find_if(eventNames.begin(), eventNames.end(),
-                                   [&](const char* one) { return lowercased(one) == lower; });
-  return known == eventNames.end() ? name : *known;
-}
-
 template <class Value>
 void keep(std::vector<Value>& list, Value value) {
   if (list.size() < VASTDocument::mostOfAKind) list.push_back(std::move(value));
@@ -220,10 +212,20 @@ std::vector<std::string> readVASTURLs(const VASTNode& node, std::string_view nam
   return urls;
 }
 
+std::string_view vastEventNamed(const std::string& name) {
+  const auto lower = lowercased(name);
+  const auto* known = std::find_if(eventNames.begin(), eventNames.end(),
+                                   [&](const char* one) { return lowercased(one) == lower; });
+  return known == eventNames.end() ? std::string_view() : *known;
+}
+
 std::vector<VASTTracking> readVASTTrackings(const VASTNode& node) {
   std::vector<VASTTracking> trackings;
   node.each("trackingevents", "tracking", [&](const VASTNode& one) {
-    VASTTracking tracking{eventName(attributeOf(one, "event")), vastURL(one.text), std::nullopt};
+    auto event = attributeOf(one, "event");
+    // Names of no standard stay as they are: nothing is sent for them.
+    if (const auto known = vastEventNamed(event); !known.empty()) event = known;
+    VASTTracking tracking{std::move(event), vastURL(one.text), std::nullopt};
     if (const auto offset = one.attribute("offset")) tracking.offset = VASTOffset::read(*offset);
     if (!tracking.url.empty() && !tracking.event.empty()) keep(trackings, std::move(tracking));
   });

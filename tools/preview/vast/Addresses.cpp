@@ -1,6 +1,7 @@
 // The addresses of a document: what they are for, and what is wrong with them.
 #include <velto/platform/foundation/NSURL.h>
 #include <velto/platform/foundation/Text.h>
+#include <velto/vast/VASTCreatives.h>
 #include <velto/vast/VASTMacros.h>
 #include <velto/vast/VASTNode.h>
 
@@ -47,41 +48,6 @@ constexpr std::array addressNodes{AddressNode{"clickthrough", "destination", tru
                                   AddressNode{"vastadtaguri", "wrapper"},
                                   AddressNode{"viewable", "viewable"},
                                   AddressNode{"viewundetermined", "view undetermined"}};
-
-// Of VAST 2.0 to 4.2 (3.14.1) and of verifications (3.17.3).
-constexpr std::array eventsOfTrackings{"acceptInvitation",
-                                       "acceptInvitationLinear",
-                                       "adCollapse",
-                                       "adExpand",
-                                       "close",
-                                       "closeLinear",
-                                       "collapse",
-                                       "complete",
-                                       "creativeView",
-                                       "exitFullscreen",
-                                       "expand",
-                                       "firstQuartile",
-                                       "fullscreen",
-                                       "interactiveStart",
-                                       "loaded",
-                                       "midpoint",
-                                       "minimize",
-                                       "mute",
-                                       "notUsed",
-                                       "otherAdInteraction",
-                                       "overlayViewDuration",
-                                       "pause",
-                                       "playerCollapse",
-                                       "playerExpand",
-                                       "progress",
-                                       "resume",
-                                       "rewind",
-                                       "skip",
-                                       "start",
-                                       "thirdQuartile",
-                                       "timeSpentViewing",
-                                       "unmute",
-                                       "verificationNotExecuted"};
 
 // In brackets what no standard knows; and what a server should have put something in the place of.
 std::optional<std::string> strangeMacro(const std::string& url) {
@@ -143,7 +109,8 @@ class AddressLook {
     if (lowercased(url.substr(0, 5)) == "http:" && !kind.isDestination && !isLocal(host))
       check_.add("vast-http", node, name + url);
     const auto event = node.name == "tracking" ? node.attribute("event").value_or("") : "";
-    check_.reading.addresses.push_back({event.empty() ? kind.name : eventNamed(event), url, node.line});
+    check_.reading.addresses.push_back(
+        {std::string(event.empty() ? kind.name : vastEventNamed(event)), url, node.line});
   }
 
   static std::string faultOf(const std::string& text, const std::string& url) {
@@ -157,16 +124,10 @@ class AddressLook {
     const auto event = node.attribute("event").value_or("");
     if (event.empty())
       check_.add("vast-unknown-event", node, "<Tracking> does not say of which event");
-    else if (eventNamed(event).empty())
+    else if (vastEventNamed(event).empty())
       check_.add("vast-unknown-event", node, "\"" + event + "\"");
-    else if (eventNamed(event) == "progress" && !node.attribute("offset"))
+    else if (vastEventNamed(event) == "progress" && !node.attribute("offset"))
       check_.add("vast-unknown-event", node, "\"progress\" without an offset");
-  }
-
-  static std::string eventNamed(const std::string& event) {
-    for (const char* name : eventsOfTrackings)
-      if (lowercased(name) == lowercased(event)) return name;
-    return {};
   }
 
   DocumentCheck& check_;
