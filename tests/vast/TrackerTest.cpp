@@ -30,7 +30,9 @@ constexpr const char* allEvents[] = {"loaded",
                                      "playerExpand",
                                      "playerCollapse",
                                      "acceptInvitation",
-                                     "otherAdInteraction"};
+                                     "acceptInvitationLinear",
+                                     "otherAdInteraction",
+                                     "minimize"};
 
 class VASTTrackerTest : public test::HeadlessTest {
  protected:
@@ -124,6 +126,10 @@ TEST_F(VASTTrackerTest, WhatHappensAgainIsToldAgain) {
   tracker.rewound();
   EXPECT_EQ(told(),
             "pause resume pause unmute fullscreen playerExpand exitFullscreen playerCollapse rewind rewind ");
+  tracker.acceptedInvitation();
+  tracker.otherInteraction();
+  tracker.minimized();
+  EXPECT_EQ(told(), "acceptInvitation acceptInvitationLinear otherAdInteraction minimize ");
   tracker.playhead(1);
   EXPECT_EQ(told(), "firstQuartile ") << "of the length that the player knows";
   tracker.viewability(VASTViewability::Undetermined);

@@ -200,6 +200,18 @@ TEST_F(VideoAdTest, LoadsThatFail) {
   EXPECT_EQ(heard(), between({"failed 304"}, {}));
 }
 
+TEST_F(VideoAdTest, ThoseWhoseTurnDoesNotComeAreToldOnceAlsoWhereAFileIsThere) {
+  play({{.id = "a", .attributes = "sequence=\"1\""},
+        {.id = "b", .attributes = "sequence=\"2\""},
+        {.id = "c", .attributes = "sequence=\"3\""}});
+  platform->advance(7s);
+  ASSERT_EQ(platform->media().players().size(), 2U) << "the next one's file is on its way";
+  sent();
+  ad->stop();
+  EXPECT_EQ(sent(), "a-close b-error206 c-error206 ");
+  expectClean();
+}
+
 TEST_F(VideoAdTest, ABreakOfAScheduleIsLoadedByItsOwnRules) {
   const std::string pod = document({{.attributes = "sequence=\"1\""}, {.attributes = "sequence=\"2\""}});
   platform->urlSession().respond("https://ads/?p=1", {.body = pod});
