@@ -40,6 +40,7 @@ TEST_F(VideoAdTest, APersonSteersIt) {
   // On the ad, and beside it: both lead to the shop, and the ad waits there; pressed again, it goes on.
   window->tap({200, 200});
   window->tap({200, 200});
+  EXPECT_EQ(controls().moreButton().title(), "Learn more");
   tap(controls().moreButton());
   EXPECT_EQ(sent(), "a-click200%2C100 a-pause a-resume a-click-1 a-pause ");
   EXPECT_EQ(platform->application().opened.size(), 2U);
