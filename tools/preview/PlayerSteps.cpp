@@ -17,7 +17,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto settles = 150ms;         // after a change of the window, until its parts have followed
+constexpr auto settles = 150ms;  // after a change of the window, until its parts have followed
+constexpr auto networkWait = 10s;
 constexpr double longPress = 800;       // milliseconds
 constexpr double usualTolerance = 0.1;  // percent of a picture's points
 constexpr ServingSpeed slow3G{400, 50'000}, slow2G{800, 15'000};
@@ -30,6 +31,25 @@ std::string textOf(const JSON::Object& entry, const std::string& key) {
 
 std::chrono::milliseconds milliseconds(double value) {
   return std::chrono::milliseconds(std::llround(value));
+}
+
+// The engine's network process hears of such settings from here, and of requests from the page: what it is asked here it answers
+// when it has the settings.
+bool networkAnswers(WebKitWebView* view) {
+  auto* data = webkit_network_session_get_website_data_manager(webkit_web_view_get_network_session(view));
+  const auto answered = std::make_shared<bool>(false);
+  webkit_website_data_manager_fetch(
+      data, WEBKIT_WEBSITE_DATA_COOKIES, nullptr,
+      [](GObject* manager, GAsyncResult* result, gpointer flag) noexcept {
+        const std::unique_ptr<std::shared_ptr<bool>> answer(static_cast<std::shared_ptr<bool>*>(flag));
+        GList* found =
+            webkit_website_data_manager_fetch_finish(WEBKIT_WEBSITE_DATA_MANAGER(manager), result, nullptr);
+        g_list_free_full(
+            found, [](gpointer one) { webkit_website_data_unref(static_cast<WebKitWebsiteData*>(one)); });
+        **answer = true;
+      },
+      new std::shared_ptr(answered));
+  return runUntil(networkWait, [&] { return *answered; });
 }
 
 std::optional<std::string> outcomeOf(const std::string& fault) {
@@ -120,7 +140,7 @@ Player::Outcome Player::setOffline(bool offline) {
   const auto* peer = webView ? dynamic_cast<gtk::WebView*>(&webView->webPeer()) : nullptr;
   if (!peer) return "there is no ad view";
   preview::setOffline(peer->engine().view, offline);
-  return std::nullopt;
+  return networkAnswers(peer->engine().view) ? Outcome() : "the engine's network process does not answer";
 }
 
 Player::Outcome Player::moveClock(std::chrono::milliseconds by) {
