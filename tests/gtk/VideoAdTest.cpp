@@ -138,9 +138,11 @@ class GtkVideoAd : public DisplayTest {
     ASSERT_TRUE(runUntil([&] { return !heard->all.empty(); }));
     ASSERT_EQ(heard->all.back(), "loaded");
   }
-  bool isHeard(const std::string& what) {
-    return runUntil(
-        [&] { return std::find(heard->all.begin(), heard->all.end(), what) != heard->all.end(); });
+  testing::AssertionResult isHeard(const std::string& what) {
+    const auto& all = heard->all;
+    if (runUntil([&] { return std::find(all.begin(), all.end(), what) != all.end(); }))
+      return testing::AssertionSuccess();
+    return testing::AssertionFailure() << testing::PrintToString(all);
   }
 
   inline static std::string shortVideo, longVideo, largeVideo;

@@ -60,8 +60,20 @@ inline void giveKeyboard(GtkWindow* window) {
   ASSERT_TRUE(runUntil([&] { return gtk_window_is_active(window); }));
 }
 
+// What was put in is where it will be seen: until a frame was painted, a pointer finds what was there before.
+inline void awaitFrame(GtkWindow* window) {
+  bool painted = false;
+  auto* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window));
+  const auto handler = g_signal_connect(
+      clock, "after-paint", G_CALLBACK(+[](GdkFrameClock*, bool* done) { *done = true; }), &painted);
+  gtk_widget_queue_draw(GTK_WIDGET(window));
+  EXPECT_TRUE(runUntil([&] { return painted; }));
+  g_signal_handler_disconnect(clock, handler);
+}
+
 // Under the compositor of with-display each window is in the display's corner.
 inline void click(GtkWindow* window, CGPoint point, int button = 1) {
+  awaitFrame(window);
   if (!isX11(window)) xdotool("mousemove 1023 1023");  // a pointer that comes in
   xdotool("mousemove " + (isX11(window) ? "--window " + idOf(window) + " " : "") +
           std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) + " click " +
