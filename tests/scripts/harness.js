@@ -49,6 +49,7 @@ engine.setTimeout = (work, delay) => add(work, delay, 0);
 engine.setInterval = (work, delay) => add(work, delay, Math.max(1, delay));
 engine.clearTimeout = engine.clearInterval = remove;
 engine.Date.now = () => clock.now;
+engine.performance = { now: () => clock.now };
 
 engine.veltoRunTests = () => {
   const failures = [];

@@ -11,9 +11,11 @@ class Signal {
  public:
   Signal() = default;
   // The handler is called with `receiver` as its last argument, and must be noexcept.
-  Signal(gpointer sender, const char* name, GCallback handler, gpointer receiver)
+  // `ended` is called with it once nothing is listened to any more.
+  Signal(gpointer sender, const char* name, GCallback handler, gpointer receiver,
+         GClosureNotify ended = nullptr)
       : sender_(GPtr<GObject>::retain(G_OBJECT(sender))),
-        id_(g_signal_connect(sender, name, handler, receiver)) {}
+        id_(g_signal_connect_data(sender, name, handler, receiver, ended, GConnectFlags{})) {}
   Signal(Signal&&) = default;
   Signal& operator=(Signal&& other) noexcept {
     disconnect();

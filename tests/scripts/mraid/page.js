@@ -17,7 +17,7 @@ engine.setTimeout = (work, delay) => addTimer(() => turn(work), delay);
 engine.queueMicrotask = (work) => microtasks.push(work);
 engine.MessageChannel = undefined;
 if (!engine.document) {
-  const node = () => ({ style: {}, remove() {}, appendChild() {}, addEventListener() {}, parentNode: null });
+  const node = () => ({ style: { setProperty() {} }, remove() {}, appendChild() {}, addEventListener() {}, parentNode: null });
   engine.document = { createElement: node, documentElement: node(), body: node(), baseURI: 'https://ads.example/' };
 }
 

@@ -13,6 +13,7 @@ constexpr char start[] = "velto-start";
 // Statements, run one after the other, each as its bytes. The message's answer is that of the last: the outcome, and the
 // value as a JSON text or what the exception says.
 constexpr char run[] = "velto-run";
+constexpr char tell[] = "velto-tell";  // the same, and nobody waits for the answer
 constexpr char statementsType[] = "aay";
 constexpr char answerType[] = "(us)";
 

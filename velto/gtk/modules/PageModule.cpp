@@ -86,8 +86,10 @@ Answer run(WebKitWebPage* page, WebKitFrame* frame, GVariant* statement) {
 }
 
 gboolean received(WebKitWebPage* page, WebKitUserMessage* message, gpointer) {
-  if (g_strcmp0(webkit_user_message_get_name(message), page::start) == 0) return TRUE;
-  if (g_strcmp0(webkit_user_message_get_name(message), page::run) != 0) return FALSE;
+  const char* name = webkit_user_message_get_name(message);
+  if (g_strcmp0(name, page::start) == 0) return TRUE;
+  const bool isAnswered = g_strcmp0(name, page::run) == 0;
+  if (!isAnswered && g_strcmp0(name, page::tell) != 0) return FALSE;
   const auto frame = mainFrame(page);
   if (!frame) return FALSE;
   GVariant* statements = webkit_user_message_get_parameters(message);
@@ -97,6 +99,7 @@ gboolean received(WebKitWebPage* page, WebKitUserMessage* message, gpointer) {
     last = run(page, frame.get(), statement);
     g_variant_unref(statement);
   }
+  if (!isAnswered) return TRUE;
   GVariant* words = g_variant_new(page::answerType, static_cast<guint>(last.outcome), last.text.c_str());
   webkit_user_message_send_reply(message, webkit_user_message_new(page::run, words));
   return TRUE;

@@ -5,6 +5,8 @@
 #include "velto/platform/ui/ViewChanges.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 #include <vector>
 
 #ifdef GDK_WINDOWING_X11
@@ -31,6 +33,21 @@ namespace {
 
 constexpr unsigned long onAllDesktops = 0xFFFFFFFF;  // EWMH, _NET_WM_DESKTOP
 
+constexpr char stackingOrder[] = "_NET_CLIENT_LIST_STACKING";
+
+using Number = std::optional<unsigned long>;
+
+// What the display has answered. Who asks waits for it, so it is asked again only after it told of a change, as it does while
+// somebody watches.
+struct Answers {
+  int watchers = 0;
+  std::map<std::pair<GdkDisplay*, Window>, CGPoint> corners;  // pixels from the root window's
+  std::map<std::pair<GdkDisplay*, Window>, Number>
+      workspaces;                                    // of a window; of the root window, the one that is shown
+  std::map<std::pair<Window, Window>, bool> orders;  // whether the first lies over the second
+};
+Answers answers;
+
 CGRect allMonitors(GdkDisplay* display) {
   GListModel* monitors = gdk_display_get_monitors(display);
   GdkRectangle all{};
@@ -50,18 +67,46 @@ CGRect allMonitors(GdkDisplay* display) {
 // Any window of the application may come to lie over another one, or may go to another workspace.
 gboolean eventCame(GdkDisplay* display, gpointer data, gpointer switched) noexcept {
   const auto& event = *static_cast<XEvent*>(data);
-  if (event.type == ConfigureNotify || event.type == MapNotify || event.type == UnmapNotify)
+  if (event.type == ConfigureNotify || event.type == ReparentNotify || event.type == MapNotify ||
+      event.type == UnmapNotify) {
+    answers.corners.clear();
+    answers.orders.clear();
     ViewChanges::note();
+  }
+  if (event.type != PropertyNotify) return FALSE;
   const auto isNamed = [&](const char* name) {
     return event.xproperty.atom == gdk_x11_get_xatom_by_name_for_display(display, name);
   };
-  if (event.type == PropertyNotify && (isNamed("_NET_CURRENT_DESKTOP") || isNamed("_NET_WM_DESKTOP")))
+  if (isNamed(stackingOrder)) {
+    answers.orders.clear();
+    ViewChanges::note();
+  }
+  if (isNamed("_NET_CURRENT_DESKTOP") || isNamed("_NET_WM_DESKTOP")) {
+    answers.workspaces.clear();
     reinterpret_cast<void (*)()>(switched)();
+  }
   return FALSE;
 }
 
+void watchEnded(gpointer, GClosure*) noexcept {
+  if (--answers.watchers > 0) return;
+  answers = {};
+}
+
+bool hasProperty(GdkDisplay* display, Window window, const char* name) {
+  Atom type = None;
+  int format = 0;
+  unsigned long count = 0, left = 0;
+  unsigned char* data = nullptr;
+  XGetWindowProperty(gdk_x11_display_get_xdisplay(display), window,
+                     gdk_x11_get_xatom_by_name_for_display(display, name), 0, 0, False, AnyPropertyType,
+                     &type, &format, &count, &left, &data);
+  if (data) XFree(data);
+  return type != None;
+}
+
 // A property of a window, as window managers keep them.
-std::optional<unsigned long> numberOf(GdkDisplay* display, Window window, const char* name) {
+Number numberOf(GdkDisplay* display, Window window, const char* name) {
   Atom type = 0;
   int format = 0;
   unsigned long count = 0, left = 0;
@@ -71,10 +116,33 @@ std::optional<unsigned long> numberOf(GdkDisplay* display, Window window, const 
                      gdk_x11_get_xatom_by_name_for_display(display, name), 0, 1, False, XA_CARDINAL, &type,
                      &format, &count, &left, &data);
   gdk_x11_display_error_trap_pop_ignored(display);
-  std::optional<unsigned long> number;
+  Number number;
   if (type == XA_CARDINAL && format == 32 && count == 1) number = *reinterpret_cast<unsigned long*>(data);
   if (data) XFree(data);
   return number;
+}
+
+Number workspaceOf(GdkDisplay* display, Window window, const char* name) {
+  const auto known = answers.workspaces.find({display, window});
+  if (known != answers.workspaces.end()) return known->second;
+  const auto number = numberOf(display, window, name);
+  if (answers.watchers > 0) answers.workspaces[{display, window}] = number;
+  return number;
+}
+
+std::optional<CGPoint> cornerOf(GdkDisplay* display, Window window) {
+  const auto known = answers.corners.find({display, window});
+  if (known != answers.corners.end()) return known->second;
+  int x = 0;
+  int y = 0;
+  Window child = 0;
+  gdk_x11_display_error_trap_push(display);
+  const bool isThere = XTranslateCoordinates(gdk_x11_display_get_xdisplay(display), window,
+                                             gdk_x11_display_get_xrootwindow(display), 0, 0, &x, &y, &child);
+  if (gdk_x11_display_error_trap_pop(display) != 0 || !isThere) return std::nullopt;
+  const CGPoint corner{static_cast<double>(x), static_cast<double>(y)};
+  if (answers.watchers > 0) answers.corners[{display, window}] = corner;
+  return corner;
 }
 
 // A window's parent, and its children from the lowest to the highest.
@@ -106,31 +174,31 @@ std::optional<CGPoint> placeOnScreen(GtkWidget* widget) {
   auto* native = gtk_widget_get_native(widget);
   auto* surface = native ? gtk_native_get_surface(native) : nullptr;
   if (!surface || !GDK_IS_X11_SURFACE(surface)) return std::nullopt;
-  auto* display = gdk_surface_get_display(surface);
-  auto* connection = gdk_x11_display_get_xdisplay(display);
-  int x = 0;
-  int y = 0;
-  Window child = 0;
-  gdk_x11_display_error_trap_push(display);
-  const bool known = XTranslateCoordinates(connection, gdk_x11_surface_get_xid(surface),
-                                           gdk_x11_display_get_xrootwindow(display), 0, 0, &x, &y, &child);
-  if (gdk_x11_display_error_trap_pop(display) != 0 || !known) return std::nullopt;
+  const auto corner = cornerOf(gdk_surface_get_display(surface), gdk_x11_surface_get_xid(surface));
+  if (!corner) return std::nullopt;
   const double scale = std::max(1, gdk_surface_get_scale_factor(surface));
   const CGPoint place = placeOnSurface(widget);
-  return CGPoint{x / scale + place.x, y / scale + place.y};
+  return CGPoint{corner->x / scale + place.x, corner->y / scale + place.y};
 }
 
 bool isStackedOver(GdkSurface* surface, GdkSurface* other) {
   auto* display = gdk_surface_get_display(surface);
+  const std::pair windows{gdk_x11_surface_get_xid(surface), gdk_x11_surface_get_xid(other)};
+  if (const auto known = answers.orders.find(windows); known != answers.orders.end()) return known->second;
   auto* connection = gdk_x11_display_get_xdisplay(display);
   const Window root = gdk_x11_display_get_xrootwindow(display);
   gdk_x11_display_error_trap_push(display);
-  const Window high = outermost(connection, gdk_x11_surface_get_xid(surface), root);
-  const Window low = outermost(connection, gdk_x11_surface_get_xid(other), root);
+  const Window high = outermost(connection, windows.first, root);
+  const Window low = outermost(connection, windows.second, root);
   const auto order = kinOf(connection, root).children;
+  // A window hears when its own place in the order changes, but not when that of a frame around it does.
+  const bool isFramed = std::pair{high, low} != windows;
+  const bool isTold = answers.watchers > 0 && (!isFramed || hasProperty(display, root, stackingOrder));
   gdk_x11_display_error_trap_pop_ignored(display);
   const auto found = std::find(order.begin(), order.end(), low);
-  return std::find(found, order.end(), high) != order.end();
+  const bool isOver = std::find(found, order.end(), high) != order.end();
+  if (isTold) answers.orders[windows] = isOver;
+  return isOver;
 }
 
 std::optional<CGRect> screenAround(GtkWidget* widget) {
@@ -146,8 +214,8 @@ std::optional<CGRect> screenAround(GtkWidget* widget) {
 bool isOnOtherWorkspace(GdkSurface* surface) {
   if (!GDK_IS_X11_SURFACE(surface)) return false;
   auto* display = gdk_surface_get_display(surface);
-  const auto own = numberOf(display, gdk_x11_surface_get_xid(surface), "_NET_WM_DESKTOP");
-  const auto shown = numberOf(display, gdk_x11_display_get_xrootwindow(display), "_NET_CURRENT_DESKTOP");
+  const auto own = workspaceOf(display, gdk_x11_surface_get_xid(surface), "_NET_WM_DESKTOP");
+  const auto shown = workspaceOf(display, gdk_x11_display_get_xrootwindow(display), "_NET_CURRENT_DESKTOP");
   return own && shown && *own != onAllDesktops && *own != *shown;
 }
 
@@ -160,7 +228,8 @@ Signal watchMoves(GdkSurface* surface, void (*switched)()) {
   XWindowAttributes now{};
   if (XGetWindowAttributes(connection, root, &now))
     XSelectInput(connection, root, now.your_event_mask | PropertyChangeMask);
-  return Signal(display, "xevent", G_CALLBACK(eventCame), reinterpret_cast<gpointer>(switched));
+  ++answers.watchers;
+  return Signal(display, "xevent", G_CALLBACK(eventCame), reinterpret_cast<gpointer>(switched), watchEnded);
 }
 
 unsigned long x11WindowOf(GtkWidget* widget) {

@@ -24,13 +24,13 @@ NSError unsupported() {
   return scriptError(WEBKIT_JAVASCRIPT_ERROR_INVALID_RESULT, "Unsupported result type");
 }
 
-WebKitUserMessage* messageWith(const std::vector<std::string>& statements) {
+WebKitUserMessage* messageWith(const char* name, const std::vector<std::string>& statements) {
   GVariantBuilder list;
   g_variant_builder_init(&list, G_VARIANT_TYPE(page::statementsType));
   for (const auto& statement : statements)
     g_variant_builder_add_value(
         &list, g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, statement.data(), statement.size(), 1));
-  return webkit_user_message_new(page::run, g_variant_builder_end(&list));
+  return webkit_user_message_new(name, g_variant_builder_end(&list));
 }
 
 void give(const PageScripts::Completion& completion, WebKitUserMessage* reply) {
@@ -110,7 +110,8 @@ void PageScripts::flush() {
 void PageScripts::send(GAsyncReadyCallback whenAnswered, gpointer data) {
   if (turnEnd_) g_source_remove(std::exchange(turnEnd_, 0));
   const auto statements = std::exchange(pending_, {});
-  webkit_web_view_send_message_to_page(view_, messageWith(statements), nullptr, whenAnswered, data);
+  webkit_web_view_send_message_to_page(view_, messageWith(whenAnswered ? page::run : page::tell, statements),
+                                       nullptr, whenAnswered, data);
 }
 
 void PageScripts::answered(GObject* view, GAsyncResult* result, gpointer data) noexcept {

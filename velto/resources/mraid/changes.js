@@ -1,15 +1,13 @@
 // The host tells one change in several statements. They are gathered: all values are in place before the first listener
 // hears of any.
 
+import { inOneMessage } from './channel.js';
 import { closeMarkIsDue } from './closeMark.js';
-import { later, notLater } from './engine.js';
-import { fire } from './events.js';
+import { fire, tellAtOnce } from './events.js';
 import { sendOrientationProperties } from './properties.js';
 import { proceed } from './queue.js';
 import { ad } from './state.js';
 import { isOneOf, json } from './values.js';
-
-const SILENCE = 50; // milliseconds after which a change is over whose last statement does not come
 
 const args = {
   stateChange: () => [ad.state],
@@ -23,7 +21,7 @@ const args = {
 export function begin(lastStatement) {
   if (ad.lastStatement || !ad.isReady) return;
   ad.lastStatement = lastStatement;
-  ad.silence = later(tellChange, SILENCE);
+  ad.silence.set(tellChange);
 }
 
 export function note(event) {
@@ -35,8 +33,13 @@ export function end(statement) {
   if (ad.isReady ? !ad.lastStatement || ad.lastStatement === statement : statement === 'ready') tellChange();
 }
 
+/** The listeners hear of it, and what they say to that leaves, before the host's next statement. */
 export function tellChange() {
-  notLater(ad.silence);
+  inOneMessage(() => tellAtOnce(gathered));
+}
+
+function gathered() {
+  ad.silence.lift();
   ad.lastStatement = null;
   ad.isOfOtherPart = false;
   const news = ad.news;

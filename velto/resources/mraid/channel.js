@@ -16,6 +16,7 @@ const handlers = window.webkit && window.webkit.messageHandlers;
 const handler = handlers && handlers.veltoNavigation;
 const post = handler && handler.postMessage.bind(handler);
 let said = '';
+let isGathered = false;
 
 /** Whether it went: a flood is cut off. */
 export function send(command, name, argument) {
@@ -26,12 +27,25 @@ export function send(command, name, argument) {
   else if (said) said += '\n' + address;
   else {
     said = address;
-    afterThis(postSaid);
+    if (!isGathered) afterThis(postSaid);
   }
   return true;
 }
 
+/** What is said meanwhile leaves at the end. */
+export function inOneMessage(work) {
+  const isOutermost = !isGathered;
+  isGathered = true;
+  try {
+    work();
+  } finally {
+    isGathered = !isOutermost;
+    if (isOutermost) postSaid();
+  }
+}
+
 function postSaid() {
+  if (!said) return;
   const all = said;
   said = '';
   post(all);

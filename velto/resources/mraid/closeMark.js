@@ -37,12 +37,18 @@ function showCloseMark() {
   isDue = false;
   const isShown = ad.state === 'expanded' && ad.placement !== 'interstitial' && !ad.expandProperties.useCustomClose;
   if (!isShown) {
-    if (area) area.remove();
+    if (area) setVisible(false);
     return;
   }
-  if ((area && area.isConnected) || !document.documentElement) return;
+  if (!document.documentElement) return;
   if (!area || area.ownerDocument !== document) area = makeArea();
-  document.documentElement.appendChild(area);
+  setVisible(true);
+  if (!area.isConnected) document.documentElement.appendChild(area);
+}
+
+// What is hidden stays in the page: to take it out and in again costs a layout each time.
+function setVisible(visible) {
+  area.style.setProperty('visibility', visible ? 'visible' : 'hidden', 'important');
 }
 
 function makeArea() {

@@ -1,11 +1,43 @@
 // What the script needs of the engine, taken before the page can replace it.
 
 export const later = window.setTimeout.bind(window);
-export const notLater = window.clearTimeout.bind(window);
+const now = window.performance.now.bind(window.performance);
 export const encode = encodeURIComponent;
 
 /** Runs the work as soon as the script that runs now is done. */
 export const afterThis = window.queueMicrotask.bind(window);
+
+/**
+ * Something has to happen within so many milliseconds, again and again: it is set and lifted with each change. The engine's
+ * timer is left to end by itself, and looks then whether there is something to wait for.
+ */
+export function deadline(milliseconds) {
+  let work = null;
+  let due = 0;
+  let isWatched = false;
+  const watch = (left) => {
+    isWatched = true;
+    later(look, Math.ceil(left));
+  };
+  const look = () => {
+    isWatched = false;
+    if (!work) return;
+    if (now() < due) return watch(due - now());
+    const late = work;
+    work = null;
+    late();
+  };
+  return {
+    set: (whenLate) => {
+      work = whenLate;
+      due = now() + milliseconds;
+      if (!isWatched) watch(milliseconds);
+    },
+    lift: () => {
+      work = null;
+    },
+  };
+}
 
 const frame = window.requestAnimationFrame && window.requestAnimationFrame.bind(window);
 

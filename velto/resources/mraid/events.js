@@ -29,8 +29,24 @@ export function removeListener(event, listener) {
 export function fire(event, args) {
   if (event === 'error' && ad.undelivered.length >= MOST_ERRORS) return;
   ad.undelivered.push([event, args]);
-  // What listeners cause gets a task of its own, or a listener of errors that makes errors would stop the page.
-  if (ad.undelivered.length === 1) (ad.isDelivering ? inOwnTask : afterThis)(deliver);
+  if (ad.undelivered.length === 1 && !ad.isTelling) deliverSoon();
+}
+
+// What listeners cause gets a task of its own, or a listener of errors that makes errors would stop the page.
+function deliverSoon() {
+  (ad.isDelivering ? inOwnTask : afterThis)(deliver);
+}
+
+/** What this work fires the listeners hear as soon as it is done: the host calls, and no script of the page. */
+export function tellAtOnce(work) {
+  ad.isTelling = true;
+  try {
+    work();
+  } finally {
+    ad.isTelling = false;
+    if (ad.isDelivering) deliverSoon();
+    else deliver();
+  }
 }
 
 export function fail(message) {

@@ -2,12 +2,10 @@
 // it; everything else goes at once, unless a call that came earlier waits.
 
 import { flooded } from './channel.js';
-import { later, notLater } from './engine.js';
 import { fail } from './events.js';
 import { ad } from './state.js';
 
 const MOST_WAITING = 256;
-const PATIENCE = 3000; // milliseconds for the host's word that a change is made
 
 /** Puts work before all that waits. */
 export function first(action, work) {
@@ -52,20 +50,19 @@ export function as(action, work) {
 
 /** The host has been asked for this state; a first part is never told that its second is there. */
 export function askFor(state, isTold = true) {
-  notLater(ad.patience);
   const action = ad.action;
   ad.underWay = { state, isTold };
-  ad.patience = later(() => {
+  ad.patience.set(() => {
     ad.underWay = null;
     if (isTold) as(action, () => fail('The ad could not be changed.'));
     proceed();
-  }, PATIENCE);
+  });
 }
 
 /** The host says that it is in this state. */
 export function isIn(state) {
   if (!ad.underWay || (ad.underWay.isTold && ad.underWay.state !== state && state !== 'hidden')) return;
-  notLater(ad.patience);
+  ad.patience.lift();
   ad.underWay = null;
 }
 

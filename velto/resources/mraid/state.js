@@ -1,6 +1,8 @@
 // All that the script knows: of the ad, as the host told it; of what the creative wants; and what is under way
 // between the two. One object for all modules.
 
+import { deadline } from './engine.js';
+
 export function initialState() {
   return {
     // What the host said.
@@ -36,7 +38,7 @@ export function initialState() {
     action: null, // the method that a creative has called, which errors name
     waiting: [],
     underWay: null, // the change of state that the host has been asked for
-    patience: 0, // a timer
+    patience: deadline(3000), // for the host's word that a change is made
     sentInTurn: 0,
     isFlooded: false,
 
@@ -45,11 +47,12 @@ export function initialState() {
     isSecondPart: false,
     lastStatement: null, // the one that ends the change that is being told
     isOfOtherPart: false, // that change
-    silence: 0, // a timer
+    silence: deadline(50), // a change is over whose last statement does not come
     news: [],
     told: { stateChange: '["loading"]', viewableChange: '[false]' }, // the arguments that listeners know, as text
     undelivered: [],
     isDelivering: false,
+    isTelling: false, // what the host said
   };
 }
 
