@@ -74,19 +74,15 @@ std::string escaped(std::string_view text, Stays stays) {
 }
 
 // Unreserved and reserved characters of RFC 3986, and whole percent escapes.
-bool mayStandInURL(std::string_view text) {
-  static constexpr Characters characters("-._~:/?#[]@!$&'()*+,;=");
-  return characters.hold(text[0]) || beginsEscape(text);
-}
+constexpr Characters ofURL("-._~:/?#[]@!$&'()*+,;=");
+constexpr auto mayStandInURL = [](std::string_view text) {
+  return ofURL.hold(text[0]) || beginsEscape(text);
+};
 
-bool isASCII(std::string_view text) {
-  return static_cast<unsigned char>(text[0]) < 0x80;
-}
+constexpr auto isASCII = [](std::string_view text) { return static_cast<unsigned char>(text[0]) < 0x80; };
 
-bool mayStandInQueryItem(std::string_view text) {
-  static constexpr Characters characters(allowedInQueryItem);
-  return characters.hold(text[0]);
-}
+constexpr Characters ofQueryItem(allowedInQueryItem);
+constexpr auto mayStandInQueryItem = [](std::string_view text) { return ofQueryItem.hold(text[0]); };
 
 bool isAllOfURL(std::string_view text) {
   for (size_t i = 0; i < text.size(); ++i)
@@ -137,15 +133,15 @@ std::optional<std::string> NSURL::query() const {
 std::string NSURL::unescaped(std::string_view text) {
   std::string result;
   result.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (beginsEscape(text.substr(i))) {
-      result += static_cast<char>(g_ascii_xdigit_value(text[i + 1]) * 16 + g_ascii_xdigit_value(text[i + 2]));
-      i += 2;
-    } else {
-      result += text[i];
-    }
+  size_t kept = 0;
+  for (size_t i = text.find('%'); i != std::string_view::npos; i = text.find('%', i + 1)) {
+    if (!beginsEscape(text.substr(i))) continue;
+    result.append(text, kept, i - kept);
+    result += static_cast<char>(g_ascii_xdigit_value(text[i + 1]) * 16 + g_ascii_xdigit_value(text[i + 2]));
+    i += 2;
+    kept = i + 1;
   }
-  return result;
+  return result.append(text, kept);
 }
 
 std::optional<std::vector<NSURLQueryItem>> NSURL::queryItems() const {

@@ -16,7 +16,7 @@ const handlers = window.webkit && window.webkit.messageHandlers;
 const handler = handlers && handlers.veltoNavigation;
 const post = handler && handler.postMessage.bind(handler);
 let said = '';
-let isGathered = false;
+let gathers = false;
 
 /** Whether it went: a flood is cut off. */
 export function send(command, name, argument) {
@@ -27,20 +27,20 @@ export function send(command, name, argument) {
   else if (said) said += '\n' + address;
   else {
     said = address;
-    if (!isGathered) afterThis(postSaid);
+    if (!gathers) afterThis(postSaid);
   }
   return true;
 }
 
 /** What is said meanwhile leaves at the end. */
 export function inOneMessage(work) {
-  const isOutermost = !isGathered;
-  isGathered = true;
+  const outer = gathers;
+  gathers = true;
   try {
     work();
   } finally {
-    isGathered = !isOutermost;
-    if (isOutermost) postSaid();
+    gathers = outer;
+    if (!outer) postSaid();
   }
 }
 

@@ -36,19 +36,12 @@ export function closeMarkIsDue() {
 function showCloseMark() {
   isDue = false;
   const isShown = ad.state === 'expanded' && ad.placement !== 'interstitial' && !ad.expandProperties.useCustomClose;
-  if (!isShown) {
-    if (area) setVisible(false);
-    return;
-  }
-  if (!document.documentElement) return;
-  if (!area || area.ownerDocument !== document) area = makeArea();
-  setVisible(true);
-  if (!area.isConnected) document.documentElement.appendChild(area);
-}
-
-// What is hidden stays in the page: to take it out and in again costs a layout each time.
-function setVisible(visible) {
-  area.style.setProperty('visibility', visible ? 'visible' : 'hidden', 'important');
+  const root = document.documentElement;
+  if (isShown ? !root : !area) return;
+  if (isShown && (!area || area.ownerDocument !== document)) area = makeArea();
+  // What is hidden stays in the page: to take it out and in again costs a layout each time.
+  area.style.setProperty('visibility', isShown ? 'visible' : 'hidden', 'important');
+  if (isShown && !area.isConnected) root.appendChild(area);
 }
 
 function makeArea() {

@@ -14,15 +14,16 @@ export const afterThis = window.queueMicrotask.bind(window);
 export function deadline(milliseconds) {
   let work = null;
   let due = 0;
-  let isWatched = false;
+  let watched = false;
   const watch = (left) => {
-    isWatched = true;
-    later(look, Math.ceil(left));
+    watched = true;
+    later(look, left);
   };
   const look = () => {
-    isWatched = false;
+    watched = false;
     if (!work) return;
-    if (now() < due) return watch(due - now());
+    const left = due - now();
+    if (left > 0) return watch(left);
     const late = work;
     work = null;
     late();
@@ -31,7 +32,7 @@ export function deadline(milliseconds) {
     set: (whenLate) => {
       work = whenLate;
       due = now() + milliseconds;
-      if (!isWatched) watch(milliseconds);
+      if (!watched) watch(milliseconds);
     },
     lift: () => {
       work = null;

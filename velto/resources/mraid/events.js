@@ -44,8 +44,7 @@ export function tellAtOnce(work) {
     work();
   } finally {
     ad.isTelling = false;
-    if (ad.isDelivering) deliverSoon();
-    else deliver();
+    (ad.isDelivering ? deliverSoon : deliver)();
   }
 }
 
