@@ -8,6 +8,8 @@ const EVENTS = ['error', 'ready', 'sizeChange', 'stateChange', 'exposureChange',
 const MOST_ERRORS = 256; // that wait: a page in a loop hears of the first
 const Listeners = Set; // whatever the page makes of it
 
+let isTelling = false; // what the host said
+
 export function isEvent(event) {
   return isOneOf(event, EVENTS);
 }
@@ -29,7 +31,7 @@ export function removeListener(event, listener) {
 export function fire(event, args) {
   if (event === 'error' && ad.undelivered.length >= MOST_ERRORS) return;
   ad.undelivered.push([event, args]);
-  if (ad.undelivered.length === 1 && !ad.isTelling) deliverSoon();
+  if (ad.undelivered.length === 1 && !isTelling) deliverSoon();
 }
 
 // What listeners cause gets a task of its own, or a listener of errors that makes errors would stop the page.
@@ -39,11 +41,11 @@ function deliverSoon() {
 
 /** What this work fires the listeners hear as soon as it is done: the host calls, and no script of the page. */
 export function tellAtOnce(work) {
-  ad.isTelling = true;
+  isTelling = true;
   try {
     work();
   } finally {
-    ad.isTelling = false;
+    isTelling = false;
     (ad.isDelivering ? deliverSoon : deliver)();
   }
 }

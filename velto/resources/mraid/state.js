@@ -52,7 +52,6 @@ export function initialState() {
     told: { stateChange: '["loading"]', viewableChange: '[false]' }, // the arguments that listeners know, as text
     undelivered: [],
     isDelivering: false,
-    isTelling: false, // what the host said
   };
 }
 
