@@ -157,8 +157,9 @@ TEST(GtkStore, KeepsNothingWhereOthersWriteAndDiesNowhere) {
 
   if (geteuid() != 0) GTEST_SKIP() << "only root can be two users";
   fs::permissions(folder.path(), fs::perms(0755));
-  fs::permissions(folder.path("new"), fs::perms(0755));
-  fs::permissions(file("new"), fs::perms(0644));
+  // Their group lets the other user write.
+  fs::permissions(folder.path("new"), fs::perms(0770));
+  fs::permissions(file("new"), fs::perms(0660));
   constexpr uid_t other = 65534;
   EXPECT_EQ(seteuid(other), 0);
   EXPECT_FALSE(keeps(folder.path("new"))) << "what another user has written is not believed";

@@ -129,6 +129,18 @@ TEST(Network, APlainServerThatHangsHoldsNoOtherRequestToItUp) {
   EXPECT_EQ(answered.get_future().wait_for(std::chrono::seconds(120)), std::future_status::ready);
 }
 
+TEST(Network, AHeadOfMoreFieldsThanAnyServerHasIsRefused) {
+  LoopbackServer server;
+  server->Get(R"(/(\d+))", [&](const auto& request, auto& response) {
+    for (int i = std::stoi(request.matches[1]); i > 0; --i) response.headers.emplace("X", "1");
+  });
+  server.start();
+  TransportOptions options;
+  options.mayReachLocalNetwork = true;
+  EXPECT_EQ(errorOf(options, server.address("/1900")), std::nullopt);
+  EXPECT_NE(errorOf(options, server.address("/2000")), std::nullopt);
+}
+
 TEST(Network, ABodyThatUnfoldsIsCutOffAndOldTLSRefused) {
   // A mebibyte of zeros for each of a thousand bytes.
   std::string zeros(size_t{64} << 20, '\0'), packed(zeros.size() / 100, '\0');

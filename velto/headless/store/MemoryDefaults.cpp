@@ -12,8 +12,7 @@ void MemoryDefaults::requireWritable() {
 }
 
 void MemoryDefaults::changed(const std::string& key) {
-  const auto found = values_.find(key);
-  known_[key] = found == values_.end() ? std::nullopt : std::optional(found->second);
+  known_.insert(key);
   ++writes_;
 }
 
@@ -34,9 +33,7 @@ void MemoryDefaults::failReads(bool fail) {
 
 void MemoryDefaults::breakFile() {
   std::lock_guard lock(mutex_);
-  values_.clear();
-  for (const auto& [key, value] : known_)
-    if (value) values_.emplace(key, *value);
+  std::erase_if(values_, [&](const auto& entry) { return !known_.contains(entry.first); });
 }
 
 void MemoryDefaults::relaunched() {
@@ -61,12 +58,10 @@ std::map<std::string, DefaultsValue> MemoryDefaults::entries() const {
 
 std::optional<DefaultsValue> MemoryDefaults::objectForKey(const std::string& key) const {
   std::lock_guard lock(mutex_);
-  if (readsFail_) {
-    const auto known = known_.find(key);
-    return known == known_.end() ? std::nullopt : known->second;
-  }
+  if (readsFail_ && !known_.contains(key)) return std::nullopt;
+  known_.insert(key);
   const auto found = values_.find(key);
-  return known_[key] = found == values_.end() ? std::nullopt : std::optional(found->second);
+  return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void MemoryDefaults::setObject(const std::string& key, const DefaultsValue& value) {

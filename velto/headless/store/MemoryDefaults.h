@@ -8,6 +8,7 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 
 namespace velto::headless {
@@ -43,9 +44,8 @@ class VELTO_EXPORT MemoryDefaults : public NSUserDefaults {
 
   mutable std::mutex mutex_;
   std::map<std::string, DefaultsValue> values_;
-  mutable std::map<std::string, std::optional<DefaultsValue>>
-      known_;                         // of this run; nothing: it was not there
-  std::optional<size_t> writesLeft_;  // nothing: any number
+  mutable std::set<std::string> known_;  // keys that this run has read or written
+  std::optional<size_t> writesLeft_;     // nothing: any number
   bool readsFail_ = false;
   size_t writes_ = 0;
   size_t synchronizations_ = 0;
