@@ -131,7 +131,10 @@ bool keeps(const std::string& folder) {
 
 TEST(GtkStore, KeepsNothingWhereOthersWriteAndDiesNowhere) {
   namespace fs = std::filesystem;
+  const auto own = fs::temp_directory_path();  // may be inside a folder that is closed to others
+  setenv("TMPDIR", "/tmp", 1);
   const test::TemporaryFolder folder;
+  setenv("TMPDIR", own.c_str(), 1);
   const auto file = [&](const std::string& name) { return folder.path(name) + "/defaults.sqlite3"; };
   umask(0);
   EXPECT_TRUE(keeps(folder.path("new")));
