@@ -28,6 +28,9 @@ const remove = (id) => {
   timers = timers.filter((timer) => timer.id !== id);
 };
 
+/** How many timers there are. */
+export const waiting = () => timers.length;
+
 /** Runs what is due within the given milliseconds, in order. */
 export function advance(milliseconds) {
   const end = clock.now + milliseconds;

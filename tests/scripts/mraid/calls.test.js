@@ -1,6 +1,7 @@
-import { advance, equal, test } from '../harness.js';
+import { advance, clock, equal, test, waiting } from '../harness.js';
 import { load } from './load.js';
 import { turn } from './page.js';
+import { deadline } from '../../../velto/resources/mraid/engine.js';
 import { creativeMethods as mraid } from '../../../velto/resources/mraid/creative.js';
 import { ad } from '../../../velto/resources/mraid/state.js';
 import { listen, make, outcome, random, randomCalls } from './model.js';
@@ -115,6 +116,49 @@ test('events come after the call, once, and to those who listened when they came
   host.tell(['setIsViewable', true], ['setState', 'expanded'], ['fireEvent', 'audioVolumeChange', null]);
   advance(100);
   equal(heard(), ['sizeChange 400 600', 'stateChange expanded'], 'what is as before is no news');
+});
+
+test('what the host tells is heard with its last statement, or 50 ms after none, and not inside a listener', () => {
+  const { host, heard } = load('inline');
+  heard();
+  host.methods.setCurrentPosition({ x: 0, y: 0, width: 300, height: 50 });
+  host.methods.fireEvent('sizeChange', { width: 300, height: 50 });
+  advance(49);
+  equal(heard(), []);
+  advance(1);
+  equal(heard(), ['sizeChange 300 50']);
+  const order = [];
+  mraid.addEventListener('stateChange', (state) => {
+    order.push(state);
+    if (state === 'expanded') host.methods.setState('default');
+    order.push('end of ' + state);
+  });
+  host.methods.setState('expanded');
+  equal(order, ['expanded', 'end of expanded'], 'at once');
+  advance(1);
+  equal(order.slice(2), ['default', 'end of default']);
+});
+
+test('a deadline counts from when it was set last, comes once, and costs one timer', () => {
+  const late = [];
+  const limit = deadline(50);
+  const begin = clock.now;
+  const before = waiting();
+  const set = () => limit.set(() => late.push(clock.now - begin));
+  set();
+  advance(30);
+  set();
+  equal(waiting() - before, 1);
+  advance(49);
+  equal(late, []);
+  advance(100);
+  equal(late, [80]);
+  set();
+  limit.lift();
+  advance(100);
+  set();
+  advance(50);
+  equal(late, [80, 329]);
 });
 
 test('after a turn of the screen all sizes are new before the event', () => {

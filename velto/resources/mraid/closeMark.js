@@ -32,7 +32,7 @@ export function closeMarkIsDue() {
   inNextFrame(showCloseMark);
 }
 
-/** Shows or removes it, as the state wants. */
+/** Shows or hides it, as the state wants. */
 function showCloseMark() {
   isDue = false;
   const isShown = ad.state === 'expanded' && ad.placement !== 'interstitial' && !ad.expandProperties.useCustomClose;
