@@ -111,6 +111,7 @@ TEST(Headless, AStoreFailsAsAFileDoes) {
   store.setEntry("entries", "a", "b");
   EXPECT_THROW(store.synchronize(), std::runtime_error);
   EXPECT_THROW(store.setObject("read", 3.0), std::runtime_error);
+  EXPECT_THROW(store.removeObjectForKey("read"), std::runtime_error);
   EXPECT_EQ(store.objectForKey("read"), DefaultsValue(1.0));
 }
 

@@ -3,6 +3,8 @@
 #include "velto/gtk/web/PlaceWatch.h"
 #include "velto/platform/ui/WKWebView.h"
 
+#include <webkit/webkit.h>
+
 #include <csignal>
 #include <map>
 #include <mutex>
@@ -251,6 +253,18 @@ TEST_F(Attack, PagesGainNothing) {
           ".filter(n => navigator[n]).concat(['Notification', 'SharedWorker'].filter(n => "
           "window[n])).join()"),
       "");
+
+  // The engine resolves names ahead outside of the gate, which no page can tell.
+  auto* settings = webkit_web_view_get_settings(WEBKIT_WEB_VIEW(find(GTK_WIDGET(window), "WebKitWebView")));
+  const GOwned<WebKitFeatureList, webkit_feature_list_unref> features(webkit_settings_get_all_features());
+  int named = 0;
+  for (gsize i = 0; i < webkit_feature_list_get_length(features.get()); ++i) {
+    auto* feature = webkit_feature_list_get(features.get(), i);
+    if (std::string(webkit_feature_get_identifier(feature)) != "LinkDNSPrefetch") continue;
+    EXPECT_FALSE(webkit_settings_get_feature_enabled(settings, feature));
+    ++named;
+  }
+  EXPECT_EQ(named, 1) << "the engine names it otherwise";
 }
 
 TEST_F(Attack, NothingIsOpenedOrStoredWithoutATouch) {

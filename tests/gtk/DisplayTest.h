@@ -46,6 +46,13 @@ class DisplayTest : public testing::Test {
     gtk_widget_add_tick_callback(widget, tick, &left, nullptr);
     ASSERT_TRUE(runUntil([&] { return left <= 0; }));
   }
+  // The first widget of that type, itself included.
+  static GtkWidget* find(GtkWidget* within, const char* type) {
+    if (std::string(G_OBJECT_TYPE_NAME(within)) == type) return within;
+    for (auto* child = gtk_widget_get_first_child(within); child; child = gtk_widget_get_next_sibling(child))
+      if (auto* found = find(child, type)) return found;
+    return nullptr;
+  }
   // An interstitial that is ready, with a first-seconds timer.
   static std::shared_ptr<VeltoInterstitialViewController> ready(
       const std::shared_ptr<RecordingInterstitialDelegate>& told, double seconds = 0) {

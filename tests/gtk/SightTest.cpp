@@ -131,6 +131,29 @@ TEST_F(SightTest, AnotherWorkspaceTakesTheAdAwayAndTheApplicationIntoTheBackgrou
   EXPECT_TRUE(runUntil([&] { return told == "bf"; })) << told;
 }
 
+// Which puts frames around windows, and takes them off when it ends.
+TEST_F(SightTest, AWindowManagerThatRestartsChangesNothingOfWhatIsSeen) {
+  if (!isX11(window_)) GTEST_SKIP() << "a compositor takes its applications along";
+  std::optional<WindowManager> manager(std::in_place);
+  auto* over = newWindow(400, 50, painted(400, 50, 1, 0, 0));
+  present(over);
+  for (int run = 0; run < 2; ++run) {
+    xdotool("windowmove " + idOf(window_) + " 0 0 windowmove " + idOf(over) + " 0 150 windowraise " +
+            idOf(over));
+    EXPECT_TRUE(sees(50, {"obstructed"}));
+    xdotool("windowraise " + idOf(window_));
+    EXPECT_TRUE(sees(100, {})) << "it lies below";
+    xdotool("windowraise " + idOf(over));
+    EXPECT_TRUE(sees(50, {"obstructed"}));
+    manager.reset();
+    xdotool("windowraise " + idOf(window_));
+    EXPECT_TRUE(sees(100, {})) << "without a window manager";
+    manager.emplace();
+  }
+  gtk_window_destroy(over);
+  EXPECT_TRUE(sees(100, {}));
+}
+
 TEST_F(SightTest, SlotsLieBelowTheLayerAndATurnedOneCannotBeMeasured) {
   auto* fixed = gtk_fixed_new();
   auto* slot = gtk::adSlot({.room = CGSize{400, 200}});

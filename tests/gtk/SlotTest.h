@@ -60,12 +60,6 @@ class SlotTest : public DisplayTest {
     EXPECT_TRUE(runUntil([&] { return done; })) << script;
     return result.value_or(JSON());
   }
-  GtkWidget* find(GtkWidget* within, const char* type) {
-    if (std::string(G_OBJECT_TYPE_NAME(within)) == type) return within;
-    for (auto* child = gtk_widget_get_first_child(within); child; child = gtk_widget_get_next_sibling(child))
-      if (auto* found = find(child, type)) return found;
-    return nullptr;
-  }
   GtkWidget* engine() {
     auto* found = find(GTK_WIDGET(window), "WebKitWebView");
     return found || !slot ? found : find(slot, "WebKitWebView");
