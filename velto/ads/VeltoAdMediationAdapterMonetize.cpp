@@ -1,6 +1,7 @@
 // Monetize: one more exchange with the ad server.
 #include "velto/ads/VeltoAdMediationAdapterMonetize.h"
 
+#include "velto/ads/VeltoAdResolver.h"
 #include "velto/network/VeltoTaskManager.h"
 
 namespace velto {

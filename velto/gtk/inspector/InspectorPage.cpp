@@ -1,6 +1,7 @@
 // The widget class, and what the page knows. What it looks like is in InspectorPageLook.cpp.
 #include "velto/gtk/inspector/InspectorPage.h"
 
+#include "velto/gtk/ProcessNames.h"
 #include "velto/gtk/views/Peer.h"
 #include "velto/platform/ui/UIView.h"
 #include "velto/platform/ui/UIViewController.h"
@@ -58,9 +59,8 @@ void pageClassInit(gpointer klass, gpointer) noexcept {
 }
 
 GType pageType() {
-  static const GType type =
-      g_type_register_static_simple(GTK_TYPE_BOX, typeName, sizeof(GtkBoxClass), pageClassInit,
-                                    sizeof(PageWidget), pageInit, static_cast<GTypeFlags>(0));
+  static const GType type = registerOwnType(GTK_TYPE_BOX, typeName, sizeof(GtkBoxClass), pageClassInit,
+                                            sizeof(PageWidget), pageInit);
   return type;
 }
 

@@ -2,6 +2,7 @@
 #include "velto/gtk/inspector/Strip.h"
 
 #include "velto/gtk/GtkVersions.h"
+#include "velto/gtk/ProcessNames.h"
 #include "velto/platform/foundation/GMemory.h"
 
 #include <utility>
@@ -53,9 +54,8 @@ void stripInit(GTypeInstance* instance, gpointer) noexcept {
 }
 
 GType stripType() {
-  static const GType type =
-      g_type_register_static_simple(GTK_TYPE_WIDGET, "VeltoInspectorStrip", sizeof(GtkWidgetClass),
-                                    stripClassInit, sizeof(Strip), stripInit, static_cast<GTypeFlags>(0));
+  static const GType type = registerOwnType(GTK_TYPE_WIDGET, "VeltoInspectorStrip", sizeof(GtkWidgetClass),
+                                            stripClassInit, sizeof(Strip), stripInit);
   return type;
 }
 

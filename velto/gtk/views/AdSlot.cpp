@@ -1,6 +1,7 @@
 // The slot: a widget class that asks for its ad's size, and who decides where the ad is.
 #include "velto/gtk/views/AdSlot.h"
 
+#include "velto/gtk/ProcessNames.h"
 #include "velto/gtk/Translations.h"
 #include "velto/gtk/views/HostWindow.h"
 #include "velto/platform/ui/ViewChanges.h"
@@ -55,9 +56,8 @@ WindowSight SlotPeer::windowSight() const {
 // --- the widget ----------------------------------------------------------------------------------------
 
 GType AdSlot::widgetType() {
-  static const GType type =
-      g_type_register_static_simple(GTK_TYPE_WIDGET, "VeltoAdSlot", sizeof(GtkWidgetClass), classInit,
-                                    sizeof(Widget), nullptr, static_cast<GTypeFlags>(0));
+  static const GType type = registerOwnType(GTK_TYPE_WIDGET, "VeltoAdSlot", sizeof(GtkWidgetClass), classInit,
+                                            sizeof(Widget), nullptr);
   return type;
 }
 

@@ -3,6 +3,7 @@
 
 #include "velto/gtk/GtkPlatform.h"
 #include "velto/gtk/GtkVersions.h"
+#include "velto/gtk/ProcessNames.h"
 #include "velto/gtk/VeltoGtk.h"
 #include "velto/gtk/views/AdSlot.h"
 #include "velto/gtk/views/Peer.h"
@@ -17,7 +18,10 @@
 namespace velto::gtk {
 namespace {
 
-constexpr char windowKey[] = "velto-host-window";
+GQuark windowKey() {
+  static const GQuark key = ownKey("velto-host-window");
+  return key;
+}
 constexpr gint64 longestTurn = G_USEC_PER_SEC;
 
 // A window that takes another size, with what is to run once everything in it has its new frame.
@@ -67,7 +71,7 @@ class RootPeer final : public Peer {
 }  // namespace
 
 HostWindow* HostWindow::of(GtkWindow* window) {
-  return static_cast<HostWindow*>(g_object_get_data(G_OBJECT(window), windowKey));
+  return static_cast<HostWindow*>(g_object_get_qdata(G_OBJECT(window), windowKey()));
 }
 
 HostWindow& HostWindow::make(GtkWindow* window) {
@@ -78,7 +82,7 @@ HostWindow& HostWindow::make(GtkWindow* window) {
     throw std::invalid_argument(
         std::string("hostViewController: a ") + G_OBJECT_TYPE_NAME(window) +
         " keeps its content to itself; give another window, such as the one it is over");
-  g_object_set_data(G_OBJECT(window), windowKey, host.get());
+  g_object_set_qdata(G_OBJECT(window), windowKey(), host.get());
   if (gtk_widget_get_mapped(GTK_WIDGET(window)))
     mapped(nullptr, host.get());  // once it is found among the windows
   return *host.release();         // deleted by destroyed()
@@ -180,7 +184,7 @@ HostWindow::~HostWindow() {
 }
 
 void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
-  g_object_set_data(G_OBJECT(window), windowKey, nullptr);
+  g_object_set_qdata(G_OBJECT(window), windowKey(), nullptr);
   delete self;
   tellVisibility();
 }
@@ -191,6 +195,10 @@ void HostWindow::destroyed(GtkWidget* window, HostWindow* self) noexcept {
 // wrapped gets its content again.
 void HostWindow::insertOverlay() {
   inserting_ = true;
+  g_object_freeze_notify(G_OBJECT(window_));
+  // Another copy of the library had wrapped it, with content that is not the window's any more.
+  if (auto* other = gtk_widget_get_parent(overlay_); GTK_IS_OVERLAY(other))
+    gtk_overlay_set_child(GTK_OVERLAY(other), nullptr);
   const auto content = GPtr<GtkWidget>::retain(windowContent(window_));
   const auto focus = GPtr<GtkWidget>::retain(gtk_window_get_focus(window_));
   setWindowContent(window_, nullptr);
@@ -202,12 +210,14 @@ void HostWindow::insertOverlay() {
     setWindowContent(window_, content);
   }
   if (focus && gtk_widget_get_root(focus) == GTK_ROOT(window_)) gtk_window_set_focus(window_, focus);
+  g_object_thaw_notify(G_OBJECT(window_));
   inserting_ = false;
 }
 
-// The application may give its window other content at any time, and need not know of the overlay.
+// The application may give its window other content at any time, and need not know of the overlay. Another copy of the library
+// may wrap it as well, which leaves it in the window.
 void HostWindow::contentChanged(GtkWindow* window, GParamSpec*, HostWindow* self) noexcept {
-  if (!self->inserting_ && windowContent(window) != self->overlay_) self->insertOverlay();
+  if (!self->inserting_ && !gtk_widget_is_ancestor(self->overlay_, GTK_WIDGET(window))) self->insertOverlay();
 }
 
 // --- on the screen -------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // The widget class: explicit frames, background, picking.
 #include "velto/gtk/views/ViewWidget.h"
 
+#include "velto/gtk/ProcessNames.h"
 #include "velto/gtk/views/PaintedOver.h"
 
 #include <algorithm>
@@ -118,9 +119,8 @@ void instanceInit(GTypeInstance* instance, gpointer) noexcept {
 }
 
 GType viewWidgetType() {
-  static const GType type =
-      g_type_register_static_simple(GTK_TYPE_WIDGET, "VeltoView", sizeof(GtkWidgetClass), classInit,
-                                    sizeof(ViewWidget), instanceInit, static_cast<GTypeFlags>(0));
+  static const GType type = registerOwnType(GTK_TYPE_WIDGET, "VeltoView", sizeof(GtkWidgetClass), classInit,
+                                            sizeof(ViewWidget), instanceInit);
   return type;
 }
 
