@@ -217,9 +217,9 @@ TEST_F(Attack, PagesGainNothing) {
       {"the user's files",
        "await touch(); const i = added('input', {type: 'file'}); i.click(); return await soon(told(i, "
        "'change')) || ''"},
-      {"a chooser of colours",
-       "await touch(); const i = added('input', {type: 'color'}); i.click(); return await soon(told(i, "
-       "'change')) || ''"},
+      {"a chooser of colours",  // which no script opens
+       "const i = added('input', {type: 'color', style: 'position:fixed;inset:0;width:320px;height:50px'}); "
+       "await touch(); return await soon(told(i, 'change')) || ''"},
       {"a print", "await touch(); print(); return ''"},
       {"a download",
        "await touch(); added('a', {href: open_ + '/file', download: 'file'}).click(); await soon(new "
