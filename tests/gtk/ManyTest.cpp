@@ -60,6 +60,25 @@ class ManyTest : public SlotTest {
   }
 };
 
+TEST_F(ManyTest, AViewThatIsLetGoWhileItsProcessStartsLeavesNothing) {
+  auto one = place();
+  showIn(one, "");
+  bool isFreed = false;
+  auto* view = find(one.slot, "WebKitWebView");
+  ASSERT_TRUE(view);
+  g_object_set_data_full(G_OBJECT(view), "freed", &isFreed,
+                         [](gpointer it) { *static_cast<bool*>(it) = true; });
+  EXPECT_TRUE(runUntil([&] {
+    gboolean isLoading = FALSE;
+    g_object_get(view, "is-loading", &isLoading, nullptr);
+    return isLoading;
+  }));
+  // As the next load does, which asks whether the process still answers.
+  Platform::current().views().prepareWebContent(one.banner->vc()->webView().get(), WebContentUse::AtOnce);
+  one.banner.reset();
+  EXPECT_TRUE(runUntil([&] { return isFreed; }));
+}
+
 TEST_F(ManyTest, PlainAdsOfASiteShareAProcessAndFallAndRiseWithIt) {
   const Place a = place(), b = place(), c = place(), passback = place(), other = place(), rich = place(),
               strict = place();

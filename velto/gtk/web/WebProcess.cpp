@@ -93,8 +93,10 @@ void WebProcess::startIn(const std::function<void()>& call) {
                 [&](pid_t child) { return std::find(before.begin(), before.end(), child) != before.end(); });
 }
 
-// Where it cannot be told, only the count of ads decides about its room, and nothing is known of what it costs.
+// Where it cannot be told which one it is, only the count of ads decides about its room, and nothing is known of what it costs.
 void WebProcess::pageArrived() {
+  forgive();
+  hasPage_ = true;
   if (pid_ || !started_) return;
   std::vector<pid_t> found;
   collectWebProcesses(*started_, 2, found);
@@ -121,15 +123,17 @@ bool WebProcess::isResponsive() const {
   });
 }
 
-// No statements at all are run at once, and answered.
+// No statements at all are run at once, and answered. One that is still coming up answers by its first page: a message to it is
+// lost if the view is closed before it is there, and the engine then keeps what belongs to the view for ever.
 void WebProcess::ask() {
   const auto asked = view();
   if (owesAnswer_ || ended_ || ads_ == 0 || !asked) return;
   owesAnswer_ = true;
+  waitFor(longestSilence);
+  if (!hasPage_) return;
   auto* none = g_variant_new_array(G_VARIANT_TYPE("ay"), nullptr, 0);
   webkit_web_view_send_message_to_page(asked, webkit_user_message_new(page::run, none), nullptr, answered,
                                        new std::weak_ptr(weak_from_this()));
-  waitFor(longestSilence);
 }
 
 void WebProcess::answered(GObject* view, GAsyncResult* result, gpointer weak) noexcept {

@@ -44,7 +44,8 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
 
   // The engine starts it inside the call that needs it first, and does not tell which one it is.
   void startIn(const std::function<void()>& call);
-  void pageArrived();                          // the first page of it is up: so is the process
+  // A page of it is up: so is the process. A question to the page before is lost with that.
+  void pageArrived();
   pid_t pid() const { return pid_; }           // 0: unknown
   uint64_t number() const { return number_; }  // none other has it
   void adLoaded() { *sessionHadPages_ = ++ads_ > 0; }
@@ -54,8 +55,6 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
   // Whether it still answers: one whose page is in an endless loop would hold up each further page. It has no room for any
   // until it has answered, and is ended when it has owed that for 5 s.
   void ask();
-  void
-  forgive();  // a page has come, perhaps into another process, and the question is lost with the one before
   void fellSilent();  // the engine, which asks by itself when somebody uses a page, has had no answer for 3 s
   bool isHung() const { return hung_; }  // and was ended for it
 
@@ -77,6 +76,7 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
   static void answered(GObject* view, GAsyncResult* result, gpointer weak) noexcept;
   static gboolean patienceEnded(gpointer self) noexcept;
   void waitFor(guint seconds);
+  void forgive();
 
   const uint64_t number_;
   const std::shared_ptr<bool> sessionHadPages_;
@@ -86,6 +86,7 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
   std::string site_;
   UseWatch useWatch_;
   int ads_ = 0;
+  bool hasPage_ = false;  // or had
   bool ended_ = false;
   bool owesAnswer_ = false;
   bool hung_ = false;

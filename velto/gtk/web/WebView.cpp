@@ -210,7 +210,6 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       self->wheel_.documentChanged();
       self->sight_.dropPicture();
       self->engine_.process->pageArrived();
-      self->engine_.process->forgive();
       self->cost_.pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
