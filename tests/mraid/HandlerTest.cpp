@@ -98,10 +98,11 @@ TEST_F(MRAIDTest, VisibilityVolumeAndOcclusions) {
   host.audioVolumeChange(0.5F, host.webView());
   host.audioVolumeChange(0.5F, nullptr);
   EXPECT_EQ(said(), (Statements{"fireEvent(\"audioVolumeChange\",{volumePercentage: 50.0})"}));
-  EXPECT_EQ(VeltoMRAIDBridge::_exposure(99.96F, {{1, 2}, {3, 4}}, {"{{1, -2.5}, {30, 4e1}}", "no rectangle"}),
-            "{exposedPercentage: 100.0, visibleRectangle: {x: 1.00, y: 2.00, width: 3.00, height: 4.00}, "
-            "occlusionRectangles: [\n  \"{x: 1.00, y: -2.50, width: 30.00, height: 40.00}\",\n"
-            "  \"{x: 0.00, y: 0.00, width: 0.00, height: 0.00}\"\n]}");
+  EXPECT_EQ(
+      VeltoMRAIDBridge::_exposure(99.96F, {{-0.0, 2}, {3, 4}}, {"{{1, -2.5}, {30, 4e1}}", "no rectangle"}),
+      "{exposedPercentage: 100.0, visibleRectangle: {x: 0.00, y: 2.00, width: 3.00, height: 4.00}, "
+      "occlusionRectangles: [\n  \"{x: 1.00, y: -2.50, width: 30.00, height: 40.00}\",\n"
+      "  \"{x: 0.00, y: 0.00, width: 0.00, height: 0.00}\"\n]}");
 }
 
 TEST_F(MRAIDTest, ExpandAndItsClose) {

@@ -195,8 +195,12 @@ TEST(VASTDocumentTest, WhatIsWrongInTheLargeHasTheStandardsNumber) {
       {"<VAST version='5.0'/>", VASTError::VersionNotSupported}};
   for (const auto& [text, error] : documents)
     EXPECT_EQ(VASTDocument::read(text).error, error) << text.substr(0, 200);
-  for (const auto* text : {"<VAST/>", "<VAST version='2.0.1'/>",
-                           "<VAST version='4.9'></VAST> <!-- behind -->", "<VAST version='?'/>"})
+  std::string asManyAsMayBe;
+  for (int i = 0; i < 256; ++i) asManyAsMayBe += " a" + std::to_string(i) + "=''";
+  asManyAsMayBe = "<VAST><a" + asManyAsMayBe + "/><b" + asManyAsMayBe + "/></VAST>";
+  for (const auto& text :
+       {std::string("<VAST/>"), std::string("<VAST version='2.0.1'/>"), asManyAsMayBe,
+        std::string("<VAST version='4.9'></VAST> <!-- behind -->"), std::string("<VAST version='?'/>")})
     EXPECT_FALSE(VASTDocument::read(text).error) << text;
   std::string manyAds;
   for (int i = 0; i < 500; ++i) manyAds += "<Ad><Wrapper/></Ad>";
