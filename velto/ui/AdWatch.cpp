@@ -109,7 +109,10 @@ void AdWatch::setPaused(WKWebView& page, bool paused) {
 
 // What comes into sight must be there with the next frame, or the next but one or two. What leaves it has time.
 void AdWatch::noteChange() {
-  if (!isUnseen_ && !pauses_) return lookAfter(interval);
+  if (!isUnseen_ && !pauses_) {
+    if (!lookDue_) lookAfter(interval);  // what is due comes no later than that
+    return;
+  }
   lookAfter(lookedAt_ ? std::max(0.0, *lookedAt_ + glance - now()) : 0);
 }
 

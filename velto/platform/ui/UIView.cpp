@@ -223,6 +223,7 @@ void UIView::setNeedsLayout() {
 
 void UIView::layoutIfNeeded() {
   UIView& top = root();
+  const ViewChanges::AsOne together;  // one layout moves many views, and may be watched by as many ads
   if (top.needsLayout_) top.layoutTree();
 }
 
