@@ -32,24 +32,26 @@ EKEvent lunch() {
 class SilentService {
  public:
   explicit SilentService(const char* name) : connection_(bus_.connect()) {
-    g_dbus_connection_add_filter(connection_, swallow, &calls_, nullptr);
+    g_dbus_connection_add_filter(connection_, swallow, new Calls(calls_),
+                                 [](gpointer calls) { delete static_cast<Calls*>(calls); });
     const GOwned<GVariant, g_variant_unref> reply(g_dbus_connection_call_sync(
         connection_, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
         g_variant_new("(su)", name, 0), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
     EXPECT_TRUE(reply);
   }
-  bool wasCalled() const { return calls_ > 0; }
+  bool wasCalled() const { return *calls_ > 0; }
 
  private:
+  using Calls = std::shared_ptr<std::atomic<int>>;  // the connection's thread may be the last to go
   static GDBusMessage* swallow(GDBusConnection*, GDBusMessage* message, gboolean incoming, gpointer calls) {
     if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
       return message;
-    ++*static_cast<std::atomic<int>*>(calls);
+    ++**static_cast<Calls*>(calls);
     g_object_unref(message);
     return nullptr;
   }
   test::PrivateBus bus_;
-  std::atomic<int> calls_ = 0;  // by the connection's thread
+  Calls calls_ = std::make_shared<std::atomic<int>>(0);
   GPtr<GDBusConnection> connection_;
 };
 

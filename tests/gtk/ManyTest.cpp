@@ -58,25 +58,46 @@ class ManyTest : public SlotTest {
     place.told->heard.clear();
     place.banner->vc()->fetchBannerSuccess(ad);
   }
+  // Until its process has been asked for.
+  GtkWidget* startIn(const Place& place) {
+    showIn(place, "");
+    EXPECT_TRUE(runUntil([&] {
+      gboolean isLoading = FALSE;
+      if (auto* view = find(place.slot, "WebKitWebView"))
+        g_object_get(view, "is-loading", &isLoading, nullptr);
+      return isLoading;
+    }));
+    return find(place.slot, "WebKitWebView");
+  }
+  // As the next load does, whether the process still answers.
+  static void askOf(const Place& place) {
+    if (const auto& page = place.banner->vc()->webView())
+      Platform::current().views().prepareWebContent(page.get(), WebContentUse::AtOnce);
+  }
 };
 
 TEST_F(ManyTest, AViewThatIsLetGoWhileItsProcessStartsLeavesNothing) {
   auto one = place();
-  showIn(one, "");
+  auto* view = startIn(one);
   bool isFreed = false;
-  auto* view = find(one.slot, "WebKitWebView");
-  ASSERT_TRUE(view);
   g_object_set_data_full(G_OBJECT(view), "freed", &isFreed,
                          [](gpointer it) { *static_cast<bool*>(it) = true; });
-  EXPECT_TRUE(runUntil([&] {
-    gboolean isLoading = FALSE;
-    g_object_get(view, "is-loading", &isLoading, nullptr);
-    return isLoading;
-  }));
-  // As the next load does, which asks whether the process still answers.
-  Platform::current().views().prepareWebContent(one.banner->vc()->webView().get(), WebContentUse::AtOnce);
+  askOf(one);
   one.banner.reset();
   EXPECT_TRUE(runUntil([&] { return isFreed; }));
+}
+
+TEST_F(ManyTest, AProcessThatStandsStillWhileItStartsCostsOneAd) {
+  const auto one = place();
+  startIn(one);
+  for (const auto process : webProcesses()) kill(process, SIGSTOP);
+  EXPECT_TRUE(runUntil([&] {
+    askOf(one);  // its page may have been there before
+    return one.told->heardLast("fail 1");
+  }));
+  EXPECT_EQ(one.told->lastError->reason, VeltoAdEndReason::PageProcessHung);
+  showIn(one, "");
+  EXPECT_TRUE(one.hears("finish"));
 }
 
 TEST_F(ManyTest, PlainAdsOfASiteShareAProcessAndFallAndRiseWithIt) {

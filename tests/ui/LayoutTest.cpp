@@ -1,6 +1,7 @@
 // The view tree, the constraint solver and the animations.
 #include "velto/platform/ui/LayoutSolver.h"
 #include "velto/platform/ui/UIViewAnimation.h"
+#include "velto/platform/ui/ViewChanges.h"
 #include "velto/ui/UIViewControllerUISDKVelto.h"
 #include "velto/ui/VeltoUIAnimation.h"
 
@@ -92,6 +93,20 @@ TEST_F(LayoutTest, MovingToTheFrontKeepsConstraintsAndMasksFollowTheSuperview) {
   EXPECT_EQ(filling->constraints().size(), 2U);
   filling->removeConstraints(filling->constraints());
   EXPECT_TRUE(filling->constraints().empty() && view->involvedIn().empty());
+}
+
+TEST_F(LayoutTest, WhoWatchesHearsOfALayoutOnceHoweverMuchItMoves) {
+  for (int i = 0; i < 20; ++i) {
+    const auto view = child(root);
+    for (const auto side : {A::Left, A::Right, A::Bottom}) tie(view, side, root, side)->setActive(true);
+  }
+  root->layoutIfNeeded();
+  int told = 0;
+  const Handle watch = ViewChanges::observe([&] { ++told; });
+  window->resize({500, 400});
+  root->layoutIfNeeded();
+  EXPECT_EQ(root->subviews().back()->frame().size.width, 500);
+  EXPECT_EQ(told, 2) << "the window's size, and all that it moved";
 }
 
 TEST_F(LayoutTest, SpringAndEaseBeginAtZeroEndAtOneAndSpringOvershoots) {

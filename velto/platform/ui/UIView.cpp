@@ -223,11 +223,11 @@ void UIView::setNeedsLayout() {
 
 void UIView::layoutIfNeeded() {
   UIView& top = root();
-  const ViewChanges::AsOne together;  // one layout moves many views, and may be watched by as many ads
   if (top.needsLayout_) top.layoutTree();
 }
 
 void UIView::layoutTree() {
+  const ViewChanges::AsOne together;  // it moves many views, and as many ads may watch
   needsLayout_ = false;
   const auto children = subviews_;
   for (const auto& child : children) {
