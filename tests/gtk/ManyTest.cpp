@@ -1,4 +1,5 @@
 // Several ads at once in the real engine: which of them live in one process, and what comes of that.
+#include <algorithm>
 #include <csignal>
 #include <set>
 
@@ -88,14 +89,24 @@ TEST_F(ManyTest, AViewThatIsLetGoWhileItsProcessStartsLeavesNothing) {
 }
 
 TEST_F(ManyTest, AProcessThatStandsStillWhileItStartsCostsOneAd) {
-  const auto one = place();
+  const auto resting = place(), starting = place(), one = place();
+  showIn(resting, "");
+  ASSERT_TRUE(resting.hears("finish"));
+  askOf(resting);
+  startIn(starting);
+  askOf(starting);
+  ASSERT_TRUE(starting.hears("finish"));
+  const auto others = webProcesses();
   startIn(one);
-  for (const auto process : webProcesses()) kill(process, SIGSTOP);
+  for (const auto process : webProcesses())
+    if (std::find(others.begin(), others.end(), process) == others.end()) kill(process, SIGSTOP);
   EXPECT_TRUE(runUntil([&] {
     askOf(one);  // its page may have been there before
     return one.told->heardLast("fail 1");
   }));
   EXPECT_EQ(one.told->lastError->reason, VeltoAdEndReason::PageProcessHung);
+  for (const auto* asked : {&resting, &starting})  // longer ago
+    EXPECT_EQ(asked->told->heard, Heard{"finish"}) << "it had answered";
   showIn(one, "");
   EXPECT_TRUE(one.hears("finish"));
 }
