@@ -15,7 +15,7 @@ namespace {
 
 constexpr guint longestLoad = 30'000;  // milliseconds
 constexpr guint loadSettles = 20;  // an ad stands for half a minute; its last events belong to no later load
-constexpr guint memorySettles = 500;
+constexpr guint memorySettles = 2000;  // an ad comes in 0.9 s, and those before it stay until then
 
 struct Arguments {
   Server server;
