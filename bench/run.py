@@ -242,8 +242,9 @@ class Bench:
         """The widget of the GObject library against the C++ interface below it."""
         if not os.path.exists(os.path.join(self.programs, "velto-bench-glib-load")):
             return []
-        loads = lambda program: lambda: [sample["ms"] for sample in self.run(program, *self.server, "bench", 30)[1:]]
-        widget, own = self.in_turns(3 if self.quick else 7, loads("velto-bench-glib-load"), loads("velto-bench-slot-load"))
+        loads = lambda program: lambda: [sample["ms"] for sample in self.run(program, *self.server, "bench", 60)[1:]]
+        # Loads differ by a tenth from each other: it takes some hundreds of them to tell a hundredth.
+        widget, own = self.in_turns(3 if self.quick else 15, loads("velto-bench-glib-load"), loads("velto-bench-slot-load"))
         return [Row.of_samples("later load, GObject library over C++", "ms", widget, own, limit=1.02)]
 
     def interstitial(self):

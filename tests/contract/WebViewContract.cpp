@@ -137,6 +137,16 @@ TEST_F(WebViewContract, StatementsThatNobodyAsksAfterRunInTheirPlace) {
   }
 }
 
+TEST_F(WebViewContract, APageStandsStillAsOftenAsItIsTold) {
+  if (!subject().runsPages()) GTEST_SKIP() << "this platform runs no pages";
+  ASSERT_TRUE(load(*view_, "<p style='height:2000px'>page"));
+  for (const bool scrolls : {true, false, true, false}) {
+    view_->setScrollView({.scrollEnabled = scrolls});
+    EXPECT_EQ(value(*view_, "getComputedStyle(document.documentElement).overflowY"),
+              JSON(scrolls ? "visible" : "hidden"));
+  }
+}
+
 TEST_F(WebViewContract, AViewThatIsGoneCallsNobody) {
   ASSERT_TRUE(load(*view_, "<p>page"));
   view_->evaluateJavaScript("1", [](auto, auto) { ADD_FAILURE() << "called for a view that is gone"; });
