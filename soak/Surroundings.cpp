@@ -34,7 +34,13 @@ void setScale([[maybe_unused]] int scale) {
 #ifdef GDK_WINDOWING_X11
   auto* display = gdk_display_get_default();
   G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-  if (GDK_IS_X11_DISPLAY(display)) gdk_x11_display_set_surface_scale(display, scale);
+  if (GDK_IS_X11_DISPLAY(display)) {
+    // The toolkit resizes all its surfaces with that, also one of a window that was closed and of which an event is still on
+    // the way: the server answers that with an error, which ends the program.
+    gdk_x11_display_error_trap_push(display);
+    gdk_x11_display_set_surface_scale(display, scale);
+    gdk_x11_display_error_trap_pop_ignored(display);
+  }
   G_GNUC_END_IGNORE_DEPRECATIONS
 #endif
 }

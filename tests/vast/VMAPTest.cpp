@@ -87,7 +87,8 @@ TEST_F(VMAPSourceTest, AreResolvedByTheirOwnRules) {
 }
 
 TEST(VMAPDocumentTest, WhatIsNoneHasTheStandardsNumber) {
-  const std::pair<const char*, int> table[] = {{"<VMAP", 1003}, {"<VAST/>", 1001}, {"<VMAP version='2.0'/>", 1002}};
+  const std::pair<const char*, int> table[] = {
+      {"<VMAP", 1003}, {"<VAST/>", 1001}, {"<VMAP version='2.0'/>", 1002}};
   for (const auto& [text, number] : table)
     EXPECT_EQ(static_cast<int>(VMAPDocument::read(text).error.value()), number) << text;
   EXPECT_FALSE(VMAPDocument::read("<VMAP/>").error);

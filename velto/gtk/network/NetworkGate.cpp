@@ -13,7 +13,7 @@ namespace velto::gtk {
 namespace {
 
 // Each holds two descriptors of the application's. The engine itself keeps to a few dozen.
-constexpr size_t mostPassages = 128;
+constexpr int mostPassages = 128;
 constexpr guint millisecondsToRest = 100;  // when there is no descriptor for who comes
 
 // Where nobody answers: without a gate nothing leaves.
@@ -25,25 +25,29 @@ std::string newSecret() {
   return secret;
 }
 
-GPtr<GSocketListener> listen(std::string& port) {
-  auto listener = GPtr<GSocketListener>::adopt(g_socket_listener_new());
+GPtr<GSocket> listen(std::string& port) {
+  auto socket = GPtr<GSocket>::adopt(
+      g_socket_new(G_SOCKET_FAMILY_IPV4, G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP, nullptr));
+  if (!socket) return {};
   const auto loopback = GPtr<GInetAddress>::adopt(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
   const auto any = GPtr<GSocketAddress>::adopt(g_inet_socket_address_new(loopback, 0));
-  GSocketAddress* taken = nullptr;
-  if (!g_socket_listener_add_address(listener, any, G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP, nullptr,
-                                     &taken, nullptr))
-    return {};
-  const auto owner = GPtr<GSocketAddress>::adopt(taken);
-  port = std::to_string(g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(taken)));
-  return listener;
+  g_socket_set_listen_backlog(socket, mostPassages);
+  if (!g_socket_bind(socket, any, FALSE, nullptr) || !g_socket_listen(socket, nullptr)) return {};
+  const auto taken = GPtr<GSocketAddress>::adopt(g_socket_get_local_address(socket, nullptr));
+  if (!taken) return {};
+  port = std::to_string(g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(taken.get())));
+  return socket;
 }
 
 }  // namespace
 
 class NetworkGate::Keeper {
  public:
-  Keeper(GPtr<GSocketListener> listener, Passage::Rules rules)
-      : rules_(std::move(rules)), listener_(std::move(listener)), thread_([this] { run(); }) {}
+  Keeper(GSocket* door, Passage::Rules rules)
+      : rules_(std::move(rules)), listener_(GPtr<GSocketListener>::adopt(g_socket_listener_new())) {
+    g_socket_listener_add_socket(listener_, door, nullptr, nullptr);
+    thread_ = std::thread([this] { run(); });
+  }
   Keeper(const Keeper&) = delete;
   Keeper& operator=(const Keeper&) = delete;
   ~Keeper() {
@@ -79,7 +83,7 @@ class NetworkGate::Keeper {
     if (g_cancellable_is_cancelled(self.cancellable_)) return;
     if (!client) return self.rest();
     self.hasPassages();
-    if (self.passages_.size() < mostPassages) {
+    if (std::ssize(self.passages_) < mostPassages) {
       const auto passage = std::make_shared<Passage>(std::move(client), self.rules_);
       self.passages_.push_back(passage);
       passage->begin();
@@ -110,21 +114,33 @@ class NetworkGate::Keeper {
 NetworkGate::NetworkGate(const Options& options)
     : hostMap_(options.hostMap), isOpen_(options.mayReachLocalNetwork) {}
 
-NetworkGate::~NetworkGate() = default;
+NetworkGate::~NetworkGate() {
+  if (bell_) g_source_remove(bell_);
+}
 
 const std::string& NetworkGate::address() {
   if (isOpen_ || !address_.empty()) return address_;
   std::string port;
-  auto listener = listen(port);
-  if (!listener) return address_ = nowhere;
+  door_ = listen(port);
+  if (!door_) return address_ = nowhere;
+  secret_ = newSecret();
+  address_ = "socks5://" + secret_ + "@127.0.0.1:" + port;
+  const GOwned<GSource, g_source_unref> bell(g_socket_create_source(door_, G_IO_IN, nullptr));
+  g_source_set_callback(bell.get(), G_SOURCE_FUNC(open), this, nullptr);
+  bell_ = g_source_attach(bell.get(), nullptr);
+  return address_;
+}
+
+// Somebody stands at the door. Most ads carry all that they show, and many applications show no others.
+int NetworkGate::open(GSocket*, GIOCondition, void* gate) noexcept {
+  auto& self = *static_cast<NetworkGate*>(gate);
+  self.bell_ = 0;
   // GIO makes its store of settings once, and its proxy settings by way of that. Made first on another thread they would hold
   // a lock there that the main thread waits for, with one of its own that is waited for in turn.
   g_object_unref(g_settings_backend_get_default());
   g_proxy_resolver_get_default();
-  Passage::Rules rules{newSecret(), hostMap_};
-  address_ = "socks5://" + rules.secret + "@127.0.0.1:" + port;
-  keeper_ = std::make_unique<Keeper>(std::move(listener), std::move(rules));
-  return address_;
+  self.keeper_ = std::make_unique<Keeper>(self.door_, Passage::Rules{self.secret_, self.hostMap_});
+  return G_SOURCE_REMOVE;
 }
 
 }  // namespace velto::gtk

@@ -6,6 +6,9 @@
 #pragma once
 
 #include "velto/gtk/VeltoGtk.h"
+#include "velto/platform/foundation/GMemory.h"
+
+#include <gio/gio.h>
 
 #include <memory>
 #include <string>
@@ -14,7 +17,8 @@ namespace velto::gtk {
 
 class NetworkGate {
  public:
-  // Costs nothing: it is built with the first question for its address. What the application maps goes where it says.
+  // Costs nothing: it is built with the first question for its address, and opened when the engine connects to it for the
+  // first time. What the application maps goes where it says.
   explicit NetworkGate(const Options& options);
   NetworkGate(const NetworkGate&) = delete;
   NetworkGate& operator=(const NetworkGate&) = delete;
@@ -26,9 +30,12 @@ class NetworkGate {
 
  private:
   class Keeper;
+  static int open(GSocket* door, GIOCondition condition, void* gate) noexcept;
   const std::vector<HostMapping> hostMap_;
   const bool isOpen_;  // to all
-  std::string address_;
+  std::string address_, secret_;
+  GPtr<GSocket> door_;
+  unsigned bell_ = 0;  // who rings first has it opened
   std::unique_ptr<Keeper> keeper_;
 };
 

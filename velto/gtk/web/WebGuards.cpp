@@ -71,8 +71,9 @@ gboolean dismissDialog(WebKitWebView*, WebKitScriptDialog* dialog) noexcept {
 
 }  // namespace
 
-void guardWebView(WebKitWebView* view) {
-  g_object_set(webkit_web_view_get_settings(view),                  //
+GPtr<WebKitSettings> guardedSettings() {
+  auto settings = GPtr<WebKitSettings>::adopt(webkit_settings_new());
+  g_object_set(settings.get(),                                      //
                "javascript-can-open-windows-automatically", FALSE,  //
                "allow-file-access-from-file-urls", FALSE,           //
                "allow-universal-access-from-file-urls", FALSE,      //
@@ -84,7 +85,11 @@ void guardWebView(WebKitWebView* view) {
                "enable-webrtc", FALSE,                              // connections past the gate
                "enable-page-cache", FALSE,                          // an ad is never returned to
                nullptr);
-  turnOff(webkit_web_view_get_settings(view));
+  turnOff(settings);
+  return settings;
+}
+
+void guardWebView(WebKitWebView* view) {
   g_signal_connect(view, "context-menu", G_CALLBACK(refuseMenu), nullptr);
   g_signal_connect(view, "print", G_CALLBACK(refusePrint), nullptr);
   g_signal_connect(view, "enter-fullscreen", G_CALLBACK(refuseFullscreen), nullptr);

@@ -3,17 +3,20 @@
 
 #include "velto/gtk/modules/PageMessages.h"
 #include "velto/gtk/web/EngineProbe.h"
+#include "velto/gtk/web/WebGuards.h"
 #include "velto/gtk/web/WebSession.h"
 
 namespace velto::gtk {
 namespace {
 
-// A view has user scripts of its own, also where all else comes from a related one.
+// A view has user scripts and settings of its own, also where all else comes from a related one.
 template <class... Properties>
 GPtr<WebKitWebView> newWebView(Properties... properties) {
   const auto scripts = GPtr<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
-  return GPtr<WebKitWebView>::sink(WEBKIT_WEB_VIEW(
-      g_object_new(WEBKIT_TYPE_WEB_VIEW, "user-content-manager", scripts.get(), properties..., nullptr)));
+  const auto settings = guardedSettings();
+  return GPtr<WebKitWebView>::sink(
+      WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "user-content-manager", scripts.get(), "settings",
+                                   settings.get(), properties..., nullptr)));
 }
 
 }  // namespace
