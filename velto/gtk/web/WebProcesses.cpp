@@ -48,8 +48,11 @@ Engine freshEngine(WebSession& session) {
                 std::move(process));
 }
 
+// Where the process was not brought up yet, the engine does so for the second view in it.
 Engine relatedEngine(const SharedView& other, const std::shared_ptr<WebProcess>& process) {
-  Engine made(newWebView("related-view", other.get()), process);
+  GPtr<WebKitWebView> view;
+  process->startIn([&] { view = newWebView("related-view", other.get()); });
+  Engine made(std::move(view), process);
   made.related = other;
   made.warm = true;
   return made;
