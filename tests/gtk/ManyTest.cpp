@@ -73,7 +73,7 @@ class ManyTest : public SlotTest {
   // As the next load does, whether the process still answers.
   static void askOf(const Place& place) {
     if (const auto& page = place.banner->vc()->webView())
-      Platform::current().views().prepareWebContent(page.get(), WebContentUse::AtOnce);
+      Platform::current().views().prepareWebContent(page.get(), WebContentUse::Later);
   }
 };
 
@@ -98,12 +98,18 @@ TEST_F(ManyTest, AProcessThatStandsStillWhileItStartsCostsOneAd) {
   ASSERT_TRUE(starting.hears("finish"));
   const auto others = webProcesses();
   startIn(one);
-  for (const auto process : webProcesses())
-    if (std::find(others.begin(), others.end(), process) == others.end()) kill(process, SIGSTOP);
+  pid_t its = 0;
+  ASSERT_TRUE(runUntil([&] {
+    for (const auto process : webProcesses())
+      if (std::find(others.begin(), others.end(), process) == others.end()) its = process;
+    return its != 0;
+  }));
+  kill(its, SIGSTOP);
   EXPECT_TRUE(runUntil([&] {
     askOf(one);  // its page may have been there before
     return one.told->heardLast("fail 1");
   }));
+  kill(its, SIGCONT);  // one that stood still before it was heard of ends by itself
   EXPECT_EQ(one.told->lastError->reason, VeltoAdEndReason::PageProcessHung);
   for (const auto* asked : {&resting, &starting})  // longer ago
     EXPECT_EQ(asked->told->heard, Heard{"finish"}) << "it had answered";

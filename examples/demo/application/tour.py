@@ -3,7 +3,10 @@ a picture of each state of a banner and of an interstitial."""
 import os
 import subprocess
 
-from gi.repository import GdkPixbuf, GLib, Graphene, Velto
+import gi
+
+gi.require_version("GdkX11", "4.0")
+from gi.repository import GdkPixbuf, GdkX11, GLib, Graphene, Velto  # noqa: E402
 
 BAKERY, ORCHESTRA = (0x0B, 0x6E, 0x4F), (0xC9, 0x18, 0x4A)  # the frames that the ads' pages draw around themselves
 BOOK, SHOP = (0xFF, 0xFF, 0xFF), (0x7A, 0x4A, 0x2B)  # and the buttons that they show when they are larger
@@ -31,7 +34,7 @@ class Tour:
         """The window as it stands on the display."""
         os.makedirs(self.folder, exist_ok=True)
         file = os.path.join(self.folder, f"{name}.png")
-        source = ["ximagesrc", f"xid={self.search()}", "num-buffers=1", "use-damage=false", "show-pointer=false"]
+        source = ["ximagesrc", f"xid={self.identifier()}", "num-buffers=1", "use-damage=false", "show-pointer=false"]
         words = ["gst-launch-1.0", "-q", *source, "!", "videoconvert", "!", "pngenc", "!", "filesink", f"location={file}"]
         subprocess.run(words, check=True)
         return file
@@ -55,14 +58,14 @@ class Tour:
 
     def tap(self, widget, x, y):
         x, y = self.place(widget, x, y)
-        subprocess.run(["xdotool", "mousemove", "--window", self.search(), str(x), str(y), "click", "1"], check=True)
+        subprocess.run(["xdotool", "mousemove", "--window", self.identifier(), str(x), str(y), "click", "1"], check=True)
 
     def press(self, key):
-        subprocess.run(["xdotool", "windowfocus", "--sync", self.search(), "key", key], check=True)
+        subprocess.run(["xdotool", "windowfocus", "--sync", self.identifier(), "key", key], check=True)
 
-    def search(self):
-        words = ["xdotool", "search", "--onlyvisible", "--name", f"^{self.window.get_title()}$"]
-        return subprocess.check_output(words, text=True).split()[-1]
+    def identifier(self):
+        """Of the window on the display. A search among all windows fails when one of them goes meanwhile."""
+        return str(GdkX11.X11Surface.get_xid(self.window.get_surface()))
 
     def shows(self, banner):
         return banner.props.ad_width > 0 and self.pixel(banner, banner.get_width() // 2, 1) == BAKERY

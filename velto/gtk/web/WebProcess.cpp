@@ -85,11 +85,11 @@ WebProcess::~WebProcess() {
 }
 
 void WebProcess::startIn(const std::function<void()>& call) {
-  if (started_) return call();
+  if (hasPage_ || !started_.empty()) return call();
   const auto before = childrenOf(getpid());
   EngineProbe::starting(call);
   started_ = childrenOf(getpid());
-  std::erase_if(*started_,
+  std::erase_if(started_,
                 [&](pid_t child) { return std::find(before.begin(), before.end(), child) != before.end(); });
 }
 
@@ -97,9 +97,9 @@ void WebProcess::startIn(const std::function<void()>& call) {
 void WebProcess::pageArrived() {
   forgive();
   hasPage_ = true;
-  if (pid_ || !started_) return;
+  if (pid_) return;
   std::vector<pid_t> found;
-  collectWebProcesses(*started_, 2, found);
+  collectWebProcesses(started_, 2, found);
   if (found.size() == 1) pid_ = found.front();
 }
 

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -42,7 +41,8 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
   ~WebProcess();
   std::shared_ptr<WebProcess> next() const { return std::make_shared<WebProcess>(sessionHadPages_); }
 
-  // The engine starts it inside the call that needs it first, and does not tell which one it is.
+  // The engine starts it inside the call that needs it first, and does not tell which one it is. A call in
+  // which none comes up does not count.
   void startIn(const std::function<void()>& call);
   // A page of it is up: so is the process. A question to the page before is lost with that.
   void pageArrived();
@@ -80,7 +80,7 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
 
   const uint64_t number_;
   const std::shared_ptr<bool> sessionHadPages_;
-  std::optional<std::vector<pid_t>> started_;  // by the engine, in that call
+  std::vector<pid_t> started_;  // by the engine, in that call
   pid_t pid_ = 0;
   std::vector<std::weak_ptr<WebKitWebView>> views_;
   std::string site_;
