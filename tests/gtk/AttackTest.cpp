@@ -102,7 +102,8 @@ class Attack : public DisplayTest {
         gained = "null";
       }
       return gained != "null";
-    })) << script;
+    })) << script
+        << testing::PrintToString(delegate->heard);
     return gained;
   }
   // Nothing, too, of a page that ends meanwhile.

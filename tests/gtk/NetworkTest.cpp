@@ -204,6 +204,7 @@ std::string through(const std::string& gate, const std::string& place) {
   const GErrorOwned error(raw);
   if (!connection)
     return error->code == G_IO_ERROR_PROXY_NOT_ALLOWED   ? "not allowed"
+           : error->code == G_IO_ERROR_HOST_UNREACHABLE  ? "not there"
            : error->code == G_IO_ERROR_PROXY_AUTH_FAILED ? "not known"
                                                          : error->message;
   const std::string ask = "GET / HTTP/1.0\r\n\r\n";
@@ -221,13 +222,14 @@ TEST(Network, TheGateLetsOnlyItsOwnClientsPass) {
   server->Get("/", [&](const auto&, auto& response) { response.set_content("page", "text/plain"); });
   server.start();
   const std::string place = server.address().substr(strlen("http://"));
-  auto gate = std::make_unique<NetworkGate>(
-      Options{.applicationIdentifier = "gate", .hostMap = {{"ads.example", place}}});
+  auto gate = std::make_unique<NetworkGate>(Options{
+      .applicationIdentifier = "gate", .hostMap = {{"ads.example", place}, {"gone.example", "127.0.0.1:1"}}});
   const std::string address = gate->address();
   auto first = std::async(std::launch::async, through, address, "ads.example");  // who has it opened
   EXPECT_TRUE(
       test::runUntil([&] { return first.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
   EXPECT_EQ(first.get(), "HTTP/1.1 200 OK");
+  EXPECT_EQ(through(address, "gone.example"), "not there");
   for (const auto& local : {place, std::string("localhost"), std::string("::1"), std::string("x.localhost")})
     EXPECT_EQ(through(address, local), "not allowed") << local;
   EXPECT_EQ(through("socks5://guess" + address.substr(address.find('@')), "ads.example"), "not known");

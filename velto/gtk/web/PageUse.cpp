@@ -10,12 +10,17 @@ constexpr char pageUseScript[] = R"js((() => {
   const {veltoWheel, veltoTouch} = (window.webkit && window.webkit.messageHandlers) || {};
   if (!veltoWheel || !veltoTouch) return;
   const add = EventTarget.prototype.addEventListener;
-  const {port1, port2} = new MessageChannel();
+  const Channel = MessageChannel;  // before the page may put another in its place
   const waiting = [];
-  port1.onmessage = () => waiting.shift()();
+  let bell = null;  // made with the first touch: it costs a load more than all else here
   const later = work => {
+    if (!bell) {
+      const {port1, port2} = new Channel();
+      port1.onmessage = () => waiting.shift()();
+      bell = port2;
+    }
     waiting.push(work);
-    port2.postMessage(0);
+    bell.postMessage(0);
   };
   const across = 1, along = 2, both = 3, knowsEnd = 4;
 
