@@ -12,7 +12,7 @@ constexpr char pageUseScript[] = R"js((() => {
   const add = EventTarget.prototype.addEventListener;
   const Channel = MessageChannel;  // before the page may put another in its place
   const waiting = [];
-  let bell = null;  // made with the first touch: it costs a load more than all else here
+  let bell = null;  // made with the first touch: the engine makes it known to its network process, for each frame
   const later = work => {
     if (!bell) {
       const {port1, port2} = new Channel();
