@@ -134,7 +134,10 @@ TEST_F(HeavyAdTest, APageThatLeaks) {
   ASSERT_TRUE(runUntil([&] { return value("kept.length == 10") == JSON(true); }));
   const auto told = static_cast<double>(*use().memoryBytes);
   EXPECT_NEAR(told, memoryBytes(), 0.2 * told);
-  EXPECT_NEAR(static_cast<double>(*banner->adWeight()->memoryBytes), 100 << 20, 20 << 20);
+  // The limit may have been found crossed with part of it only; what is grown later is on the scales with the next look.
+  const auto weighs = [&] { return static_cast<double>(*banner->adWeight()->memoryBytes); };
+  EXPECT_TRUE(runUntil([&] { return weighs() > 80 << 20; })) << weighs();
+  EXPECT_LT(weighs(), 120 << 20);
 }
 
 // The engine stops what animates, and what goes on nevertheless is found out.
