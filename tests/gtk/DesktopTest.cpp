@@ -48,13 +48,19 @@ TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
   EXPECT_TRUE(store(jpeg, "https://a.example/coupon.png")) << "it is none: the extension tells";
   EXPECT_TRUE(store(image("png", 8), "https://b.example/coupon.png"));
   EXPECT_TRUE(store(png, "https://a.example/%2e%2e%2F%2e%2e%2F.bashrc"));
+  // One transparent pixel on a screen of 4 by 4; the same on one of 20,000 by 10,000 fits in memory and on no wall.
+  using namespace std::string_literals;
+  const auto dot =
+      "GIF89a\4\0\4\0\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0\1\0\1\0\0\2\2\x44\1\0;"s;
+  EXPECT_TRUE(store(dot, "https://a.example/dot.gif"));
+  const auto vast = dot.substr(0, 6) + "\x20\x4e\x10\x27" + dot.substr(10);
   for (const std::string& bytes :
-       {std::string(), std::string("<html>no</html>"), png.substr(0, png.size() / 2),
+       {std::string(), vast, std::string("<html>no</html>"), png.substr(0, png.size() / 2),
         std::string("<svg xmlns='http://www.w3.org/2000/svg' width='4' height='4'/>")})
     EXPECT_FALSE(store(bytes, "https://a.example/bad.png")) << bytes.substr(0, 8);
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
-  EXPECT_EQ(names, (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png"}));
+  EXPECT_EQ(names, (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png", "dot.gif"}));
   EXPECT_EQ(test::textOf(folder / "coupon.png"), png) << "as it came, and not overwritten";
   gtk::uninstall();
 }
