@@ -13,9 +13,10 @@ namespace {
 
 constexpr guint interval = 250;  // milliseconds
 constexpr int ticksOfAWeighing = 4;
-// The page's own time counts: on a machine that is busy with others everything takes longer.
+// The page's own time counts: on a machine that is busy with others everything takes longer, and what the engine looks
+// for when a page first plays something most of all.
 constexpr double longestWork = 2;  // seconds of the page's main thread
-constexpr std::chrono::milliseconds longestSilence{10'000};
+constexpr std::chrono::milliseconds longestSilence{30'000};
 constexpr int restingAnswersWanted = 2;
 
 }  // namespace
