@@ -50,8 +50,7 @@ TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
   EXPECT_TRUE(store(png, "https://a.example/%2e%2e%2F%2e%2e%2F.bashrc"));
   // One transparent pixel on a screen of 4 by 4; the same on one of 20,000 by 10,000 fits in memory and on no wall.
   using namespace std::string_literals;
-  const auto dot =
-      "GIF89a\4\0\4\0\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0\1\0\1\0\0\2\2\x44\1\0;"s;
+  const auto dot = "GIF89a\4\0\4\0\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0\1\0\1\0\0\2\2\x44\1\0;"s;
   EXPECT_TRUE(store(dot, "https://a.example/dot.gif"));
   const auto vast = dot.substr(0, 6) + "\x20\x4e\x10\x27" + dot.substr(10);
   for (const std::string& bytes :
@@ -60,7 +59,8 @@ TEST(PicturesTest, OnlyPicturesAreStoredAndOnlyWhenAllowed) {
     EXPECT_FALSE(store(bytes, "https://a.example/bad.png")) << bytes.substr(0, 8);
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
-  EXPECT_EQ(names, (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png", "dot.gif"}));
+  EXPECT_EQ(names,
+            (std::set<std::string>{"coupon.png", "coupon.jpg", "coupon (1).png", "_2F.._2F.png", "dot.gif"}));
   EXPECT_EQ(test::textOf(folder / "coupon.png"), png) << "as it came, and not overwritten";
   gtk::uninstall();
 }

@@ -83,14 +83,15 @@ Handle PageCost::afterUse(WebProcess& process, double processorSeconds, std::fun
   return Handle([wait]() mutable { wait.reset(); });
 }
 
-void PageCost::tell() {
+bool PageCost::tell() {
   const auto wait = wait_.lock();
   auto* platform = Platform::currentOrNull();
-  if (!wait || !wait->then || !platform) return;
+  if (!wait || !wait->then || !platform) return false;
   platform->mainQueue().post([weak = std::weak_ptr(wait)] {
     const auto alive = weak.lock();
     if (alive && alive->then) std::exchange(alive->then, nullptr)();
   });
+  return true;
 }
 
 }  // namespace velto::gtk

@@ -21,7 +21,8 @@ class PageCost {
   ~PageCost();
 
   void loadBegins();  // what the page before still loads is not the new one's
-  void pageArrived() { tell(); }
+  // Whether somebody waits to look, in a turn of its own, at the process without the page.
+  bool pageComes() { return tell(); }
   WebPageUse use(const std::shared_ptr<WebProcess>& process) const;
   Handle afterUse(WebProcess& process, double processorSeconds, std::function<void()> then);
 
@@ -36,7 +37,7 @@ class PageCost {
                       PageCost* self) noexcept;
   static void failed(WebKitWebResource*, GError*, Answer* answer) noexcept;
   static void finished(WebKitWebResource* resource, Answer* answer) noexcept;
-  void tell();
+  bool tell();
 
   WebKitWebView* view_;
   std::shared_ptr<Traffic> traffic_;

@@ -1,9 +1,13 @@
 // Navigations: kinds and addresses.
 #include "velto/gtk/web/WebNavigation.h"
 
+#include "velto/platform/MainQueue.h"
+#include "velto/platform/Platform.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <type_traits>
 
 namespace velto::gtk {
 namespace {
@@ -60,6 +64,20 @@ bool isLoadable(const std::string& address) {
 
 bool isFile(const std::string& address) {
   return schemeOf(address) == "file";
+}
+
+void allowLater(WebKitPolicyDecision* decision, WebKitWebsitePolicies* policies,
+                const std::weak_ptr<WKWebView>& page) {
+  const auto held = [](auto* object) {
+    return std::shared_ptr<std::remove_pointer_t<decltype(object)>>(
+        static_cast<decltype(object)>(g_object_ref(object)), g_object_unref);
+  };
+  Platform::current().mainQueue().post([decision = held(decision), policies = held(policies), page] {
+    if (page.expired())
+      webkit_policy_decision_ignore(decision.get());
+    else
+      webkit_policy_decision_use_with_policies(decision.get(), policies.get());
+  });
 }
 
 }  // namespace velto::gtk

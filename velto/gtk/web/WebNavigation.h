@@ -1,10 +1,11 @@
-// What the engine says of a navigation, in the library's words. Used by the web view's peer.
+// What the engine says of a navigation, in the library's words, and an answer to it. Used by the web view's peer.
 #pragma once
 
 #include "velto/platform/ui/WKWebView.h"
 
 #include <webkit/webkit.h>
 
+#include <memory>
 #include <string>
 
 namespace velto::gtk {
@@ -22,5 +23,10 @@ bool isLoadable(const std::string& address);
 bool isFile(const std::string& address);
 
 std::string addressOf(WebKitNavigationAction* action);
+
+// Lets it go on after what has been posted by now. If the page's view is gone by then it does not: a load would only leave a
+// process behind.
+void allowLater(WebKitPolicyDecision* decision, WebKitWebsitePolicies* policies,
+                const std::weak_ptr<WKWebView>& page);
 
 }  // namespace velto::gtk

@@ -93,10 +93,14 @@ void WebProcess::startIn(const std::function<void()>& call) {
                 [&](pid_t child) { return std::find(before.begin(), before.end(), child) != before.end(); });
 }
 
-// Where it cannot be told which one it is, only the count of ads decides about its room, and nothing is known of what it costs.
 void WebProcess::pageArrived() {
   forgive();
   hasPage_ = true;
+  identify();
+}
+
+// Where it cannot be told which one it is, only the count of ads decides about its room, and nothing is known of what it costs.
+void WebProcess::identify() {
   if (pid_) return;
   std::vector<pid_t> found;
   collectWebProcesses(started_, 2, found);

@@ -46,6 +46,7 @@ class WebProcess : public std::enable_shared_from_this<WebProcess> {
   void startIn(const std::function<void()>& call);
   // A page of it is up: so is the process. A question to the page before is lost with that.
   void pageArrived();
+  void identify();                             // it is up, as whatever it says shows
   pid_t pid() const { return pid_; }           // 0: unknown
   uint64_t number() const { return number_; }  // none other has it
   void adLoaded() { *sessionHadPages_ = ++ads_ > 0; }

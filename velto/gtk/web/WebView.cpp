@@ -210,7 +210,6 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       self->wheel_.documentChanged();
       self->sight_.dropPicture();
       self->engine_.process->pageArrived();
-      self->cost_.pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
@@ -294,13 +293,15 @@ void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow)
     webkit_policy_decision_ignore(decision);
     return command(action);
   }
-  const bool allowed = isOwnNavigation(action, address) ||
-                       (!isFile(address) && ask(action, wasTouched()) == WKNavigationActionPolicy::Allow);
-  // If the delegate has removed it, a load now would only leave a process behind.
-  const bool removed = view.use_count() == 1;
+  const bool isOwn = isOwnNavigation(action, address);
+  const bool allowed =
+      isOwn || (!isFile(address) && ask(action, wasTouched()) == WKNavigationActionPolicy::Allow);
+  const bool removed = view.use_count() == 1;  // by the delegate
   if (allowed && !inNewWindow && !removed) {
-    webkit_policy_decision_use_with_policies(decision, policies_);
-    return;
+    // The page could have grown before it is heard of: its process is looked at without it.
+    engine_.process->identify();
+    if (isOwn && cost_.pageComes()) return allowLater(decision, policies_, view);
+    return webkit_policy_decision_use_with_policies(decision, policies_);
   }
   webkit_policy_decision_ignore(decision);
   // There is one window only: a person's link opens in it, a script's window not at all.
