@@ -187,8 +187,8 @@ constexpr char reaching[] = R"js(
 TEST_F(Attack, NothingOfTheUsersOwnNetworkIsReached) {
   auto tries = play(reaching);
   EXPECT_EQ(askedOf("/private/"), std::set<std::string>());
-  EXPECT_TRUE(tries.ends_with(",200") && wasAsked("/sent-on")) << "all else is";
-  EXPECT_TRUE(runUntil([&] { return wasAsked("/public-socket"); }));
+  EXPECT_TRUE(tries.ends_with(",200")) << "all else is";
+  EXPECT_TRUE(runUntil([&] { return wasAsked("/sent-on") && wasAsked("/public-socket"); }));
   install(true);
   tries = play(reaching);
   std::istringstream words(tries.substr(0, tries.rfind(',')));
@@ -235,8 +235,11 @@ TEST_F(Attack, PagesGainNothing) {
   for (const auto& [what, script] : table) {
     EXPECT_EQ(play(script), "") << what;
     EXPECT_EQ(windows(), before) << what;
+    // The next page would end what has not begun.
+    if (what == std::string("a download")) {
+      EXPECT_TRUE(runUntil([&] { return wasAsked("/file"); }));
+    }
   }
-  EXPECT_TRUE(wasAsked("/file"));
   for (const auto& entry :
        fs::recursive_directory_iterator(g_get_home_dir(), fs::directory_options::skip_permission_denied))
     EXPECT_NE(entry.path().filename(), "file") << entry.path();
