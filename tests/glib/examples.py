@@ -15,6 +15,15 @@ def xdotool(*words):
     subprocess.run(["xdotool", *map(str, words)], check=True)
 
 
+def window_named(name):
+    """It is there. A search among all windows fails when another one goes meanwhile, so it is asked for until it is found."""
+    while True:
+        search = ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]
+        found = subprocess.run(search, stdout=subprocess.PIPE, text=True).stdout.split()
+        if found:
+            return found[-1]
+
+
 def play(sandbox, command):
     with Sandbox(sandbox, RULES) as server:
         process = subprocess.Popen([*command, str(server.key_file)], stdout=subprocess.PIPE, text=True)
@@ -27,7 +36,7 @@ def play(sandbox, command):
                 heard.append(line.strip())
 
         wait_for("banner: loaded 320 x 50", "interstitial: loaded")
-        window = subprocess.check_output(["xdotool", "search", "--onlyvisible", "--name", "^Levels$"], text=True).split()[-1]
+        window = window_named("Levels")
         size = subprocess.check_output(["xdotool", "getwindowgeometry", "--shell", window], text=True)
         size = dict(line.split("=") for line in size.split())
         xdotool("windowfocus", "--sync", window)

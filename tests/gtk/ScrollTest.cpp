@@ -123,13 +123,6 @@ for (const t of ['touchstart', 'touchend', 'touchcancel', 'click'])
     show(touched + std::string(page) + more, {320, 50}, true);
     ASSERT_TRUE(becomes("painted", JSON(1))) << "before that it gets no touches";
   }
-  // Looks once a frame: who asks the page all the time leaves the toolkit no time to paint.
-  bool becomes(const std::string& script, const JSON& expected) {
-    return runUntil([&] {
-      runFrames(GTK_WIDGET(window), 1);
-      return value(script) == expected;
-    });
-  }
   CGPoint middle() {
     const CGRect ad = boundsOf(engine());
     return {ad.midX(), ad.midY()};

@@ -49,6 +49,13 @@ class SlotTest : public DisplayTest {
     ASSERT_TRUE(isIn(slot));
     runFrames(GTK_WIDGET(window));
   }
+  // Looks once a frame: who asks the page all the time leaves the toolkit no time to paint.
+  bool becomes(const std::string& script, const JSON& expected) {
+    return runUntil([&] {
+      runFrames(GTK_WIDGET(window), 1);
+      return value(script) == expected;
+    });
+  }
   JSON value(const std::string& script) {
     std::optional<JSON> result;
     bool done = false;

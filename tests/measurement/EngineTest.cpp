@@ -87,6 +87,28 @@ TEST_F(EngineTest, ValuesThatAreOutOfRangeMakeNoSession) {
   FAILS(invalid, OMIDVeltoAdSession::initWithConfiguration(configuration(), nullptr, error));
 }
 
+TEST_F(EngineTest, CodesHaveTheNamesThatScriptsKnow) {
+  const auto names = [](auto... codes) { return ((std::string(OMIDVeltoName(codes)) + " ") + ...); };
+  EXPECT_EQ(names(OMIDVeltoCreativeTypeDefinedByJavaScript, OMIDVeltoCreativeTypeHTMLDisplay,
+                  OMIDVeltoCreativeTypeNativeDisplay, OMIDVeltoCreativeTypeVideo, OMIDVeltoCreativeTypeAudio),
+            "definedByJavaScript htmlDisplay nativeDisplay video audio ");
+  EXPECT_EQ(names(OMIDVeltoImpressionTypeDefinedByJavaScript, OMIDVeltoImpressionTypeUnspecified,
+                  OMIDVeltoImpressionTypeLoaded, OMIDVeltoImpressionTypeBeginToRender,
+                  OMIDVeltoImpressionTypeOnePixel, OMIDVeltoImpressionTypeViewable,
+                  OMIDVeltoImpressionTypeAudible, OMIDVeltoImpressionTypeOther),
+            "definedByJavaScript unspecified loaded beginToRender onePixel viewable audible other ");
+  EXPECT_EQ(names(OMIDVeltoOwnerJavaScript, OMIDVeltoOwnerNative, OMIDVeltoOwnerNone),
+            "javascript native none ");
+  EXPECT_EQ(names(OMIDVeltoPositionPreroll, OMIDVeltoPositionMidroll, OMIDVeltoPositionPostroll,
+                  OMIDVeltoPositionStandalone),
+            "preroll midroll postroll standalone ");
+  EXPECT_EQ(names(OMIDVeltoPlayerStateMinimized, OMIDVeltoPlayerStateCollapsed, OMIDVeltoPlayerStateNormal,
+                  OMIDVeltoPlayerStateExpanded, OMIDVeltoPlayerStateFullscreen),
+            "minimized collapsed normal expanded fullscreen ");
+  EXPECT_EQ(names(OMIDVeltoInteractionTypeClick, OMIDVeltoInteractionTypeAcceptInvitation),
+            "click invitationAccept ");
+}
+
 TEST_F(EngineTest, NothingWorksBeforeTheActivation) {
   const auto known = partner();
   const auto script = resource();

@@ -73,7 +73,13 @@ TEST_F(SessionTest, ABannersPageIsMeasuredFromItsEndOfLoadingToItsRemoval) {
   const JSON native = JSON::Object{{"partnerName", "Velto"}, {"partnerVersion", "4.0.10"}};
   const JSON device = JSON::Object{{"deviceType", "iPhone12,1"}, {"os", "iOS"}, {"osVersion", "16.4"}};
   for (const auto& [path, expected] : {std::pair("loaded", nothing),  // that is the page's
+                                       {"context.apiVersion", JSON("1.0")},
+                                       {"context.environment", JSON("app")},
+                                       {"context.adSessionType", JSON("html")},
+                                       {"context.sessionOwner", JSON("native")},
+                                       {"context.supports", JSON(JSON::Array{"clid", "vlid"})},
                                        {"context.omidNativeInfo", native},
+                                       {"context.omidJsInfo.omidImplementer", JSON("velto")},
                                        {"context.customReferenceData", nothing},
                                        {"context.deviceInfo", device},  // whatever requests say
                                        {"context.deviceCategory", JSON("mobile")},

@@ -24,8 +24,13 @@ await() {
   echo "window: $1 did not come" >&2
   exit 1
 }
+# A search among all windows fails when one of them goes meanwhile.
+window=
 key() {
-  xdotool search --sync --name '^ad.html – velto-preview$' windowfocus key "$1"
+  until [ -n "$window" ]; do
+    window=$(xdotool search --onlyvisible --name '^ad.html – velto-preview$' | tail -1) || true
+  done
+  xdotool windowfocus "$window" key "$1"
 }
 
 await '"event":"load-finished"'

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+#include <sstream>
+
 namespace velto {
 namespace {
 
@@ -50,11 +54,12 @@ constexpr char everything[] = R"(<?xml version="1.0" encoding="UTF-8"?>
      <Tracking event="progress" offset="10%">https://t.example/p</Tracking></TrackingEvents>
     <VideoClicks><ClickThrough>https://c.example</ClickThrough><ClickTracking>https://c.example/t</ClickTracking>
      <CustomClick>https://c.example/x</CustomClick></VideoClicks>
-    <Icons><Icon program="AdChoices" width="20" height="20" xPosition="right" yPosition="top" duration="00:00:10" offset="00:00:02" pxratio="2">
+    <Icons><Icon program="AdChoices" width="20" height="21" xPosition="right" yPosition="top" duration="00:00:10" offset="00:00:02" pxratio="2">
      <StaticResource creativeType="image/png">https://n.example/i.png</StaticResource>
      <IconClicks><IconClickThrough>https://n.example</IconClickThrough><IconClickTracking>https://n.example/t</IconClickTracking></IconClicks>
      <IconViewTracking>https://n.example/v</IconViewTracking></Icon></Icons></Linear></Creative>
-  <Creative><CompanionAds required="any"><Companion id="k" width="300" height="99999" adSlotID="slot" renderingMode="end-card">
+  <Creative><CompanionAds required="any"><Companion id="k" width="300" height="99999" adSlotID="slot" renderingMode="end-card" apiFramework="f" pxratio="3">
+   <AdParameters>kp</AdParameters>
    <HTMLResource><![CDATA[<b>&amp;</b>]]></HTMLResource><IFrameResource>https://k.example</IFrameResource><AltText>alt</AltText>
    <CompanionClickThrough>https://k.example/c</CompanionClickThrough><CompanionClickTracking>https://k.example/t</CompanionClickTracking>
    <TrackingEvents><Tracking event="creativeView">https://k.example/v</Tracking></TrackingEvents></Companion></CompanionAds></Creative>
@@ -99,13 +104,17 @@ TEST(VASTDocumentTest, EverythingOfItsCreativesIsRead) {
   EXPECT_EQ(linear.skipOffset, (VASTOffset{5, false}));
   ASSERT_EQ(linear.mediaFiles.size(), 1U) << "a mezzanine is no file to play";
   const auto& file = linear.mediaFiles[0];
-  EXPECT_EQ(file.url + file.type + file.codec, "https://f.example/1.mp4video/mp4avc1.4d401f");
+  EXPECT_EQ(file.url + file.type + file.codec + file.id, "https://f.example/1.mp4video/mp4avc1.4d401fm");
   EXPECT_EQ(file.delivery, VASTMediaFile::Delivery::Progressive);
   EXPECT_EQ((std::vector{file.width, file.height, *file.bitrate, *file.minBitrate, *file.maxBitrate,
                          *file.fileSize}),
             (std::vector<double>{640, 360, 500, 300, 700, 1000}));
   EXPECT_FALSE(file.scalable || file.maintainAspectRatio);
-  EXPECT_EQ(linear.interactiveFiles.at(0).apiFramework + linear.captions.at(0).language, "SIMIDde");
+  const auto& interactive = linear.interactiveFiles.at(0);
+  EXPECT_EQ(interactive.url + interactive.type + interactive.apiFramework,
+            "https://f.example/simidtext/htmlSIMID");
+  const auto& caption = linear.captions.at(0);
+  EXPECT_EQ(caption.url + caption.type + caption.language, "https://f.example/de.vtttext/vttde");
   EXPECT_EQ(linear.trackings.at(1).event, "progress");
   EXPECT_EQ(linear.trackings[1].offset, (VASTOffset{10, true}));
   EXPECT_EQ(linear.clickThrough + linear.clickTrackings.at(0) + linear.customClicks.at(0),
@@ -113,15 +122,20 @@ TEST(VASTDocumentTest, EverythingOfItsCreativesIsRead) {
   const auto& icon = linear.icons.at(0);
   EXPECT_EQ(icon.program + icon.xPosition + icon.yPosition + icon.resources.at(0).creativeType,
             "AdChoicesrighttopimage/png");
-  EXPECT_EQ((std::vector{icon.width, *icon.offset, *icon.duration, icon.pxratio}),
-            (std::vector<double>{20, 2, 10, 2}));
+  EXPECT_EQ((std::vector{icon.width, icon.height, *icon.offset, *icon.duration, icon.pxratio}),
+            (std::vector<double>{20, 21, 2, 10, 2}));
   EXPECT_EQ(icon.clickThrough + icon.clickTrackings.at(0) + icon.viewTrackings.at(0),
             "https://n.examplehttps://n.example/thttps://n.example/v");
   const auto& companion = ad.companions.at(0);
   EXPECT_EQ(ad.companionsRequired, VASTCompanionsRequired::Any);
-  EXPECT_EQ(companion.adSlotId + companion.renderingMode + companion.altText, "slotend-cardalt");
-  EXPECT_EQ(companion.height, 4096) << "as large as anything is shown";
+  EXPECT_EQ(companion.id + companion.adSlotId + companion.renderingMode + companion.altText +
+                companion.apiFramework + companion.adParameters + companion.clickThrough,
+            "kslotend-cardaltfkphttps://k.example/c");
+  EXPECT_EQ((std::vector{companion.width, companion.height, companion.pxratio}),
+            (std::vector<double>{300, 4096, 3}))
+      << "as large as anything is shown";
   ASSERT_EQ(companion.resources.size(), 2U);
+  EXPECT_EQ(companion.resources[0].content, "https://k.example");
   EXPECT_EQ(companion.resources[1].content, "<b>&amp;</b>");
   EXPECT_EQ(companion.clickTrackings.at(0) + companion.trackings.at(0).url,
             "https://k.example/thttps://k.example/v");
@@ -154,6 +168,23 @@ TEST(VASTDocumentTest, WhatIsWrongInTheSmallIsReadAsItWasMeant) {
   ASSERT_EQ(ad.linear->trackings.size(), 2U);
   EXPECT_EQ(ad.linear->trackings[0].event, "firstQuartile");
   EXPECT_EQ(only(linearAd("", "<AdTitle>caf\xE9</AdTitle>")).adTitle, "caf\xC3\xA9");
+}
+
+TEST(VASTDocumentTest, EventsAreKnownInAnyCase) {
+  std::istringstream events(
+      "acceptInvitation acceptInvitationLinear adCollapse adExpand close closeLinear collapse complete "
+      "creativeView "
+      "exitFullscreen expand firstQuartile fullscreen interactiveStart loaded midpoint minimize mute notUsed "
+      "otherAdInteraction overlayViewDuration pause playerCollapse playerExpand progress resume rewind skip "
+      "start "
+      "thirdQuartile timeSpentViewing unmute verificationNotExecuted");
+  for (std::string event; events >> event;) {
+    std::string loud = event;
+    std::transform(loud.begin(), loud.end(), loud.begin(), [](unsigned char c) { return std::toupper(c); });
+    const auto ad = only(linearAd("<TrackingEvents><Tracking event='" + loud +
+                                  "'>https://t.example</Tracking></TrackingEvents>"));
+    EXPECT_EQ(ad.linear.value().trackings.at(0).event, event);
+  }
 }
 
 TEST(VASTDocumentTest, Times) {
