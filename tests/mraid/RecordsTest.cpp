@@ -107,6 +107,10 @@ TEST(MRAIDRecords, CalendarEvent) {
   EXPECT_EQ(event->idEvent.value() + event->reminder.value() + event->status.value() +
                 event->summary.value() + event->transparency.value(),
             "i-60smt");
+  for (const auto* line : {"Id: i", "Description: d", "Start: 1714550400", "Reminder: -60", "Status: s",
+                           "Summary: m", "Transparency: t"})
+    EXPECT_NE(event->description().find(std::string("\n\t") + line), std::string::npos)
+        << line << " in " << event->description();
 }
 
 TEST(MRAIDRecords, RepeatRule) {
