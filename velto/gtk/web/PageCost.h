@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace velto::gtk {
 
@@ -21,8 +22,12 @@ class PageCost {
   ~PageCost();
 
   void loadBegins();  // what the page before still loads is not the new one's
-  // Whether somebody waits to look, in a turn of its own, at the process without the page.
-  bool pageComes() { return tell(); }
+  // Whether somebody waits to look, in a turn of its own, at the process without the page. Of one that is not known yet
+  // nothing can be told before the page has arrived.
+  bool pageComes(const WebProcess& process) { return isAwaited_ = process.pid() != 0 && tell(); }
+  void pageArrived() {
+    if (!std::exchange(isAwaited_, false)) tell();
+  }
   WebPageUse use(const std::shared_ptr<WebProcess>& process) const;
   Handle afterUse(WebProcess& process, double processorSeconds, std::function<void()> then);
 
@@ -42,6 +47,7 @@ class PageCost {
   WebKitWebView* view_;
   std::shared_ptr<Traffic> traffic_;
   std::weak_ptr<Wait> wait_;  // its handle holds it
+  bool isAwaited_ = false;    // the page, by who looks at what it costs
 };
 
 }  // namespace velto::gtk

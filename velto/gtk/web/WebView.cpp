@@ -210,6 +210,7 @@ void WebView::loadChanged(WebKitWebView*, WebKitLoadEvent event, WebView* self) 
       self->wheel_.documentChanged();
       self->sight_.dropPicture();
       self->engine_.process->pageArrived();
+      self->cost_.pageArrived();
       break;
     case WEBKIT_LOAD_FINISHED:
       if (self->load_ != Load::Started) break;  // of a load that failed or was overtaken
@@ -300,7 +301,7 @@ void WebView::decideNavigation(WebKitPolicyDecision* decision, bool inNewWindow)
   if (allowed && !inNewWindow && !removed) {
     // The page could have grown before it is heard of: its process is looked at without it.
     engine_.process->identify();
-    if (isOwn && cost_.pageComes()) return allowLater(decision, policies_, view);
+    if (isOwn && cost_.pageComes(*engine_.process)) return allowLater(decision, policies_, view);
     return webkit_policy_decision_use_with_policies(decision, policies_);
   }
   webkit_policy_decision_ignore(decision);
