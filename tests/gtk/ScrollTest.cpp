@@ -73,42 +73,6 @@ TEST_F(ScrollTest, UnderTheWheelUnlessThePageUsesThat) {
   EXPECT_EQ(gtk_adjustment_get_value(adjustment), 0);
 }
 
-// Each looks at what lies under the pointer as that comes to it.
-TEST_F(ScrollTest, UnderTheWheelByWhatThePageDoesWithIt) {
-  const std::string tall = "<p style='height:500px'>", counts = "var turns=0,turned=()=>++turns;";
-  const auto layer = [&](const std::string& style, const std::string& inside) {
-    return "<div id=box style='position:fixed;inset:0;" + style + "'>" + inside + "</div>";
-  };
-  const std::tuple<std::string, const char*> pages[] = {
-      {"<script>" + counts + "onwheel=turned</script>", "turns>0"},
-      {layer("", ""), ""},
-      {"<script>" + counts + "document.onwheel=turned</script>", "turns>0"},
-      {"<script>" + counts + "</script>" +
-           layer("' onwheel='turned()", "<b style='position:fixed;inset:0'>b"),
-       "turns>0"},
-      {layer("overflow:auto", tall), "box.scrollTop>0"},
-      {layer("overflow:hidden", tall), ""},
-      {"<iframe style='position:fixed;left:0;top:0' srcdoc=\"" + tall + "\"></iframe>",
-       "frames[0].scrollY>0"},
-  };
-  for (const auto& [more, used] : pages) {
-    SCOPED_TRACE(more);
-    gtk_adjustment_set_value(adjustment, 0);
-    show(page + more + "<script>var over=0;document.body.onmouseover=()=>over=1</script>", {320, 50});
-    const CGRect ad = boundsOf(engine());
-    pointTo(window, {ad.midX(), ad.minY() - 30});
-    pointTo(window, {ad.midX(), ad.midY()});
-    ASSERT_TRUE(runUntil([&] { return value("over") == JSON(1); }));
-    pointTo(window, {ad.midX(), ad.midY()}, " click 5");
-    if (*used) {
-      EXPECT_TRUE(runUntil([&] { return value(used) == JSON(true); }));
-      EXPECT_EQ(position(), 0);
-    } else {
-      EXPECT_TRUE(runUntil([&] { return position() > 0; }));
-    }
-  }
-}
-
 // The same under a finger. What a page hears is written down, with the number of fingers that are down.
 class TouchTest : public ScrollTest {
  protected:
