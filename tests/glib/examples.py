@@ -15,13 +15,14 @@ def xdotool(*words):
     subprocess.run(["xdotool", *map(str, words)], check=True)
 
 
-def window_named(name):
+def window_named(name, process):
     """It is there. A search among all windows fails when another one goes meanwhile, so it is asked for until it is found."""
-    while True:
+    while process.poll() is None:
         search = ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]
         found = subprocess.run(search, stdout=subprocess.PIPE, text=True).stdout.split()
         if found:
             return found[-1]
+    raise AssertionError(f"it ended before {name} was found")
 
 
 def play(sandbox, command):
@@ -36,7 +37,7 @@ def play(sandbox, command):
                 heard.append(line.strip())
 
         wait_for("banner: loaded 320 x 50", "interstitial: loaded")
-        window = window_named("Levels")
+        window = window_named("Levels", process)
         size = subprocess.check_output(["xdotool", "getwindowgeometry", "--shell", window], text=True)
         size = dict(line.split("=") for line in size.split())
         xdotool("windowfocus", "--sync", window)

@@ -28,6 +28,7 @@ await() {
 window=
 key() {
   until [ -n "$window" ]; do
+    kill -0 "$player"
     window=$(xdotool search --onlyvisible --name '^ad.html – velto-preview$' | tail -1) || true
   done
   xdotool windowfocus "$window" key "$1"

@@ -72,14 +72,12 @@ inline void awaitFrame(GtkWindow* window) {
 }
 
 // Under the compositor of with-display each window is in the display's corner.
-inline void pointTo(GtkWindow* window, CGPoint point, const std::string& more = "") {
+inline void click(GtkWindow* window, CGPoint point, int button = 1) {
   awaitFrame(window);
   if (!isX11(window)) xdotool("mousemove 1023 1023");  // a pointer that comes in
   xdotool("mousemove " + (isX11(window) ? "--window " + idOf(window) + " " : "") +
-          std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) + more);
-}
-inline void click(GtkWindow* window, CGPoint point, int button = 1) {
-  pointTo(window, point, " click " + std::to_string(button));
+          std::to_string(std::lround(point.x)) + " " + std::to_string(std::lround(point.y)) + " click " +
+          std::to_string(button));
 }
 
 }  // namespace velto::test

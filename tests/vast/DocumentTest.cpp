@@ -173,11 +173,9 @@ TEST(VASTDocumentTest, WhatIsWrongInTheSmallIsReadAsItWasMeant) {
 TEST(VASTDocumentTest, EventsAreKnownInAnyCase) {
   std::istringstream events(
       "acceptInvitation acceptInvitationLinear adCollapse adExpand close closeLinear collapse complete "
-      "creativeView "
-      "exitFullscreen expand firstQuartile fullscreen interactiveStart loaded midpoint minimize mute notUsed "
-      "otherAdInteraction overlayViewDuration pause playerCollapse playerExpand progress resume rewind skip "
-      "start "
-      "thirdQuartile timeSpentViewing unmute verificationNotExecuted");
+      "creativeView exitFullscreen expand firstQuartile fullscreen interactiveStart loaded midpoint "
+      "minimize mute notUsed otherAdInteraction overlayViewDuration pause playerCollapse playerExpand "
+      "progress resume rewind skip start thirdQuartile timeSpentViewing unmute verificationNotExecuted");
   for (std::string event; events >> event;) {
     std::string loud = event;
     std::transform(loud.begin(), loud.end(), loud.begin(), [](unsigned char c) { return std::toupper(c); });

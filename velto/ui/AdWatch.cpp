@@ -73,11 +73,11 @@ void AdWatch::tell() {
 void AdWatch::add() {
   const auto page = page_.lock();
   if (!page || !Platform::currentOrNull()) return;
-  lastWeighed_ = now();
+  const double at = now();
   const auto use = page->webPeer().use();
+  if (use.process != 0) lastWeighed_ = at;
   if (use.touched) touched();
-  for (const auto& excess : scales_.add({*lastWeighed_, use, isUnseen_ && use.hidden}))
-    untold_.push_back(excess);
+  for (const auto& excess : scales_.add({at, use, isUnseen_ && use.hidden})) untold_.push_back(excess);
 }
 
 std::optional<VeltoAdWeight> AdWatch::weigh() {

@@ -62,7 +62,9 @@ class AdWatch : public std::enable_shared_from_this<AdWatch> {
   const Heavy heavy_;
   std::vector<VeltoAdExcess> untold_;
   Handle work_, changes_;
-  std::optional<double> lastWeighed_;  // monotonic seconds, as all of these
+  // Monotonic seconds, as all of these. A look before there was a process does not count: the first at one is not to wait,
+  // since it is the one before the page comes.
+  std::optional<double> lastWeighed_;
   std::optional<double> unseenSince_;
   std::optional<double> lookDue_, lookedAt_;
   bool isUnseen_ = false;
