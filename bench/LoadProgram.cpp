@@ -1,6 +1,8 @@
 // The window, the loop over the loads, the reports.
 #include "LoadProgram.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -82,6 +84,15 @@ gboolean animate(GtkWidget* widget, GdkFrameClock* frames, gpointer) {
   return G_SOURCE_CONTINUE;
 }
 
+// The time that all processors of the machine have worked, in steps of some milliseconds (proc_stat(5)).
+double machineMilliseconds() {
+  double user = 0, nice = 0, system = 0;
+  std::FILE* counters = std::fopen("/proc/stat", "re");
+  const bool isThere = counters && std::fscanf(counters, "cpu %lf %lf %lf", &user, &nice, &system) == 3;
+  if (counters) std::fclose(counters);
+  return isThere ? 1e3 * (user + nice + system) / static_cast<double>(sysconf(_SC_CLK_TCK)) : 0;
+}
+
 void measureLoad(Loader& loader, int number) {
   bool loaded = false;
   double wall = 0;
@@ -91,12 +102,14 @@ void measureLoad(Loader& loader, int number) {
   turns.longest = 0;
   animation.missed = 0;
   turns.began = threadMilliseconds();
+  double busy = machineMilliseconds();
   const double wallBefore = wallMilliseconds();
   const double cpuBefore = threadMilliseconds();
   loader.load([&] {
     if (loaded) giveUp("a load ended twice");
     wall = wallMilliseconds() - wallBefore;
     cpu = threadMilliseconds() - cpuBefore;
+    busy = machineMilliseconds() - busy;
     loaded = true;
     turns.end();
   });
@@ -107,9 +120,9 @@ void measureLoad(Loader& loader, int number) {
   runMainLoopFor(loadSettles);
   std::printf(
       "{\"load\": %d, \"ms\": %.3f, \"cpuMs\": %.3f, \"turnMs\": %.3f, \"turnToFirstMs\": %.3f, "
-      "\"missedFrames\": %d, \"requestMs\": %.3f}\n",
+      "\"missedFrames\": %d, \"requestMs\": %.3f, \"busyMs\": %.0f}\n",
       number, wall, cpu - loader.uncountedMilliseconds(), longest - loader.uncountedMilliseconds(),
-      turns.longestToFirst, missed, loader.requestMilliseconds());
+      turns.longestToFirst, missed, loader.requestMilliseconds(), busy);
   std::fflush(stdout);
 }
 

@@ -141,6 +141,8 @@ class Bench:
             for side, found in zip(first_frames, times(samples, "firstFrameMs")):
                 side.extend(found)
             early.append(row(f"first load, {after} ms after the first frame", "ms", *times(samples, "ms"), limit=limit))
+            if after == 0:
+                early.append(row("  the processors' time that the whole machine uses in it", "ms", *times(samples, "busyMs")))
         turns = times(samples, "turnToFirstMs")
         environment["VELTO_BENCH_ANIMATED"] = "1"
         missed = times(self.in_turns(rounds, one("velto-bench-load"), one("velto-bench-bare-load")), "missedFrames")

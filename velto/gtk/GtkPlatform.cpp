@@ -48,7 +48,7 @@ AuthorizationStatus statusOf(bool granted) {
 }  // namespace
 
 GtkPlatform::GtkPlatform(const Options& options)
-    : defaults_(storePath(options)),
+    : defaults_(storePath(options), DefaultsStore::Opening::Ahead),
       mainBundle_(options.applicationIdentifier, options.applicationName),
       application_(mainQueue_, options.opensOnlyAfterTouch, options.leastTimeUnderTouch,
                    options.refusedToOpen),

@@ -86,8 +86,7 @@ bool isUsable(const ifaddrs& entry) {
 
 // The interface that counts as the local network: the default route's if it is one of Ethernet's kind (which
 // wireless ones and bridges are too), else the first adapter that is up; empty without any.
-std::string localInterface(const ifaddrs* list) {
-  const std::string route = defaultRoute();
+std::string localInterface(const ifaddrs* list, const std::string& route) {
   std::string firstAdapter;
   for (const auto* entry = list; entry; entry = entry->ifa_next) {
     if (!isUsable(*entry) || !entry->ifa_addr || entry->ifa_addr->sa_family != AF_PACKET) continue;
@@ -123,12 +122,10 @@ NetworkInterfaceAddress described(const ifaddrs& entry) {
   return result;
 }
 
-}  // namespace
-
-std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses() {
+std::optional<std::vector<NetworkInterfaceAddress>> interfaceAddresses(const std::string& route) {
   const Addresses list = readAddresses();
   if (!list) return std::nullopt;
-  const std::string local = localInterface(list.get());
+  const std::string local = localInterface(list.get(), route);
   std::vector<NetworkInterfaceAddress> result;
   for (const auto* entry = list.get(); entry; entry = entry->ifa_next) {
     result.push_back(described(*entry));
@@ -146,13 +143,19 @@ std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses() {
   return result;
 }
 
+}  // namespace
+
+std::optional<std::vector<NetworkInterfaceAddress>> systemInterfaceAddresses() {
+  return interfaceAddresses(defaultRoute());
+}
+
 bool hasDefaultRoute() {
   return !defaultRoute().empty() || hasDefaultRoute6();
 }
 
 std::string wayToInternet() {
   std::string way = defaultRoute();
-  const auto addresses = systemInterfaceAddresses();
+  const auto addresses = interfaceAddresses(way);
   if (!addresses) return way;
   for (const auto& address : *addresses)
     if (address.interfaceName == "en0" || address.interfaceName == "pdp_ip0") way += ' ' + address.text;

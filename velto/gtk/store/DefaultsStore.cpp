@@ -1,6 +1,8 @@
 // The values known, kept true to a file that others change too.
 #include "velto/gtk/store/DefaultsStore.h"
 
+#include "velto/gtk/Threads.h"
+
 #include <glib.h>
 
 namespace velto::gtk {
@@ -37,6 +39,23 @@ void DefaultsStore::withFile(Access access, const Use& use) const {
     open(file_->inode());
     use(*file_);
   }
+}
+
+DefaultsStore::DefaultsStore(std::filesystem::path file, Opening opening) : path_(std::move(file)) {
+  if (opening == Opening::AtFirstUse) return;
+  opening_ = std::thread([this] {
+    beginThread("velto-store");
+    std::lock_guard lock(mutex_);
+    try {
+      if (!file_) open(std::nullopt);
+    } catch (const std::runtime_error&) {
+      // The first use tells.
+    }
+  });
+}
+
+DefaultsStore::~DefaultsStore() {
+  if (opening_.joinable()) opening_.join();
 }
 
 std::optional<DefaultsValue> DefaultsStore::objectForKey(const std::string& key) const {

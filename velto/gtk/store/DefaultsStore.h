@@ -10,14 +10,18 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <unordered_map>
 
 namespace velto::gtk {
 
 class DefaultsStore : public NSUserDefaults {
  public:
-  // The file is opened by the first use.
-  explicit DefaultsStore(std::filesystem::path file) : path_(std::move(file)) {}
+  // When the file is opened: by the first use, or on a thread of its own while the caller has other things to do, and the
+  // first use waits for the rest.
+  enum class Opening { AtFirstUse, Ahead };
+  explicit DefaultsStore(std::filesystem::path file, Opening opening = Opening::AtFirstUse);
+  ~DefaultsStore() override;
 
   std::optional<DefaultsValue> objectForKey(const std::string& key) const override;
   void setObject(const std::string& key, const DefaultsValue& value) override;
@@ -45,6 +49,7 @@ class DefaultsStore : public NSUserDefaults {
   mutable std::unique_ptr<DefaultsFile> file_;                        // null while it cannot be opened
   mutable int64_t opened_ = std::numeric_limits<int64_t>::min() / 2;  // last tried, monotonic microseconds
   mutable std::unordered_map<std::string, Known> known_;
+  std::thread opening_;
 };
 
 }  // namespace velto::gtk

@@ -41,10 +41,10 @@ EngineMemory::EngineMemory(const std::vector<std::string>& programs) {
   for (const auto& program : programs) circumstances_ += program + ' ' + numbersOf(program) + ' ';
 }
 
-bool EngineMemory::recall() const {
+std::optional<std::string> EngineMemory::kept() {
   const auto value = Platform::current().standardUserDefaults().objectForKey(storeKey);
   const auto* text = value ? std::get_if<std::string>(&*value) : nullptr;
-  return text && *text == circumstances_;
+  return text ? std::optional(*text) : std::nullopt;
 }
 
 void EngineMemory::forget() const {

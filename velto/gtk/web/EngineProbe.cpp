@@ -90,25 +90,31 @@ struct Sandbox {
 };
 
 std::optional<Sandbox> sandboxOfEngine() {
-  if (isEngineWithoutSandbox()) return std::nullopt;
   const auto engine = engineLibrary();
   const auto program = programNamed("bwrap", engine), proxy = programNamed("xdg-dbus-proxy", engine);
   if (!engine.hasSandbox || !program || !proxy) return std::nullopt;
   return Sandbox{*program, *proxy};
 }
 
+// Written by the probe's thread, and the main thread's once that is over.
 std::optional<EngineMemory>& memory() {
-  static std::optional<EngineMemory> kept;
-  return kept;
+  static std::optional<EngineMemory> found;
+  return found;
 }
 
-EngineProbe::Look lookAt(const std::optional<Sandbox>& sandbox) {
+std::optional<std::string> hindranceOfSandbox(const std::optional<std::string>& kept) {
+  const auto sandbox = sandboxOfEngine();
+  if (!sandbox) return std::nullopt;
+  memory().emplace(std::vector{sandbox->program, sandbox->proxy});
+  if (memory()->isSameAs(kept)) return std::nullopt;
+  return hindranceOf(firstOfTheEngine(sandbox->program, sandbox->proxy));
+}
+
+EngineProbe::Look look() {
   if (findModuleFile(page::moduleFile).empty())
     return [] { return std::string(page::moduleFile) + " of this library is not installed"; };
-  if (!sandbox) return {};
-  memory().emplace(std::vector{sandbox->program, sandbox->proxy});
-  if (memory()->recall()) return {};
-  return [sandbox] { return hindranceOf(firstOfTheEngine(sandbox->program, sandbox->proxy)); };
+  if (isEngineWithoutSandbox()) return {};
+  return [kept = EngineMemory::kept()] { return hindranceOfSandbox(kept); };
 }
 
 gboolean keep(gpointer) noexcept {
@@ -150,14 +156,15 @@ std::optional<std::string> hindranceOf(const std::vector<std::string>& command) 
 
 EngineProbe& EngineProbe::shared() {
   // For ever: its thread may outlive main().
-  static auto* probe = new EngineProbe(lookAt(sandboxOfEngine()), longestWait);
+  static auto* probe = new EngineProbe(look(), longestWait);
   return *probe;
 }
 
 void EngineProbe::starting(const std::function<void()>& process) {
-  if (memory() && memory()->recall()) memory()->forget();
+  const bool isKnown = shared().isOver() && memory();
+  if (isKnown && memory()->recall()) memory()->forget();
   process();
-  if (memory()) g_idle_add_full(G_PRIORITY_LOW, keep, nullptr, nullptr);  // nobody waits for it
+  if (isKnown) g_idle_add_full(G_PRIORITY_LOW, keep, nullptr, nullptr);  // nobody waits for it
 }
 
 EngineProbe::EngineProbe(const Look& look, std::chrono::milliseconds patience)

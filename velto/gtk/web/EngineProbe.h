@@ -1,6 +1,7 @@
 // Whether the web engine can start its processes on this machine. Where it cannot (no bubblewrap, a container without user
 // namespaces) it ends the application, so no page is begun before it is known. Found out once for a process, when an ad
-// has become probable, on a thread of its own, in some 6 ms, or known from an earlier run (EngineMemory). Main thread.
+// has become probable, on a thread of its own, in some 6 ms, or half a one where an earlier run has found it out under the
+// same circumstances (EngineMemory). Main thread.
 #pragma once
 
 #include "velto/platform/Handle.h"
