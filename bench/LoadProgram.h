@@ -6,8 +6,8 @@
 //
 // For each load it prints {"load": 1, "ms": ..., "cpuMs": ...}: the time from asking for an ad until its page
 // says velto://loadFinished, and the main thread's processor time in it; further the main loop's longest turn in it (turnMs)
-// and since the window's first frame (turnToFirstMs), as processor time, how many frames an animation missed, and the
-// time until the server had answered (requestMs), and the time that the machine's processors worked, for whomever (busyMs).
+// and since the window's first frame (turnToFirstMs), as processor time, how many frames an animation missed, the time
+// until the server had answered (requestMs), and how long the machine's processors worked, for whomever (busyMs).
 // After the loads named last it prints {"pause": n} and waits for a line of input, so that run.py can look at its memory.
 //
 // With VELTO_BENCH_AFTER in the environment the way to ads is opened before the window is shown, as an application does

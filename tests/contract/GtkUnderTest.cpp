@@ -1,6 +1,7 @@
 // The Linux platform under the contract: real windows on the display that with-display starts, xdotool's
 // finger, a plain HTTP server in this process. And what only a store on a disk has to prove; this program is
 // its own second process.
+#include "velto/gtk/store/DefaultsStore.h"
 #include "velto/platform/NSUserDefaults.h"
 
 #include <signal.h>
@@ -127,6 +128,32 @@ bool keeps(const std::string& folder) {
   const bool found = value().has_value();
   gtk::uninstall();
   return found;
+}
+
+TEST(GtkStore, OpenedAheadItIsTheSameForWhomeverComesFirst) {
+  using gtk::DefaultsStore;
+  constexpr auto ahead = DefaultsStore::Opening::Ahead;
+  const test::TemporaryFolder folder;
+  const auto path = folder.path("defaults.sqlite3");
+  for (int i = 0; i < 20; ++i) {
+    { const DefaultsStore unused(path, ahead); }
+    DefaultsStore store(path, ahead);
+    const auto found = store.objectForKey("count");
+    EXPECT_EQ(found ? std::get<double>(*found) : 0, i);
+    store.setObject("count", i + 1.0);
+  }
+  folder.write("broken", std::string(9000, 'x'));
+  DefaultsStore broken(folder.path("broken"), ahead);
+  EXPECT_FALSE(broken.objectForKey("count"));
+  EXPECT_NO_THROW(broken.setObject("count", 1.0)) << "a new one takes its place";
+
+  const auto taken = folder.write("file", "where a folder should be");
+  DefaultsStore nowhere(taken + "/defaults.sqlite3", ahead);
+  EXPECT_FALSE(nowhere.objectForKey("count"));
+  EXPECT_THROW(nowhere.setObject("count", 1.0), std::runtime_error);
+  std::filesystem::remove(taken);
+  EXPECT_NO_THROW(nowhere.setObject("count", 1.0)) << "the next use tries again";
+  EXPECT_TRUE(nowhere.objectForKey("count") == DefaultsValue(1.0));
 }
 
 TEST(GtkStore, KeepsNothingWhereOthersWriteAndDiesNowhere) {

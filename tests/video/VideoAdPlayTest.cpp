@@ -361,6 +361,17 @@ TEST_F(VideoAdTest, IsMeasuredByTheScriptsOfTheDocument) {
     while (at < scripts.size() && scripts[at].find(event) == std::string::npos) ++at;
     EXPECT_LT(at, scripts.size()) << event;
   }
+  const auto count = [](const auto& scripts, const std::string& event) {
+    return std::count_if(scripts.begin(), scripts.end(),
+                         [&](const auto& script) { return script.find(event) != std::string::npos; });
+  };
+  EXPECT_EQ(count(page.scripts(), "bufferStart"), 1) << "however long it stands still";
+  EXPECT_EQ(count(page.scripts(), "skipped"), 0);
+  play({{.more = "<AdVerifications>" + verification("good", "omid") + "</AdVerifications>",
+         .skip = "skipoffset=\"00:00:01\""}});
+  platform->advance(1500ms);
+  tap(controls().skipButton());
+  EXPECT_EQ(count(platform->webViews().back()->scripts(), "skipped"), 1);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 
 #include <glib.h>
 
+#include <system_error>
+
 namespace velto::gtk {
 namespace {
 
@@ -13,6 +15,30 @@ constexpr int64_t stale = -1;  // no version of any file
 constexpr int64_t patience = G_USEC_PER_SEC;
 
 }  // namespace
+
+DefaultsStore::DefaultsStore(std::filesystem::path file, Opening opening) : path_(std::move(file)) {
+  if (opening == Opening::AtFirstUse) return;
+  try {
+    opening_ = std::thread([this] { openAhead(); });
+  } catch (const std::system_error&) {
+    // No thread is to be had: the first use opens it.
+  }
+}
+
+DefaultsStore::~DefaultsStore() {
+  if (opening_.joinable()) opening_.join();
+}
+
+void DefaultsStore::openAhead() const {
+  beginThread("velto-store");
+  std::lock_guard lock(mutex_);
+  if (file_) return;  // whoever came first has opened it
+  try {
+    open(std::nullopt);
+  } catch (const std::runtime_error&) {
+    // Whoever uses it is told.
+  }
+}
 
 void DefaultsStore::open(std::optional<ino_t> broken) const {
   for (auto& [key, known] : known_) known.version = stale;
@@ -39,23 +65,6 @@ void DefaultsStore::withFile(Access access, const Use& use) const {
     open(file_->inode());
     use(*file_);
   }
-}
-
-DefaultsStore::DefaultsStore(std::filesystem::path file, Opening opening) : path_(std::move(file)) {
-  if (opening == Opening::AtFirstUse) return;
-  opening_ = std::thread([this] {
-    beginThread("velto-store");
-    std::lock_guard lock(mutex_);
-    try {
-      if (!file_) open(std::nullopt);
-    } catch (const std::runtime_error&) {
-      // The first use tells.
-    }
-  });
-}
-
-DefaultsStore::~DefaultsStore() {
-  if (opening_.joinable()) opening_.join();
 }
 
 std::optional<DefaultsValue> DefaultsStore::objectForKey(const std::string& key) const {

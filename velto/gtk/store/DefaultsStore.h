@@ -17,8 +17,8 @@ namespace velto::gtk {
 
 class DefaultsStore : public NSUserDefaults {
  public:
-  // When the file is opened: by the first use, or on a thread of its own while the caller has other things to do, and the
-  // first use waits for the rest.
+  // When the file is opened: by the first use, or by a thread of its own, while the caller has other things to do. The
+  // first use waits for what is left of that; so does the destructor.
   enum class Opening { AtFirstUse, Ahead };
   explicit DefaultsStore(std::filesystem::path file, Opening opening = Opening::AtFirstUse);
   ~DefaultsStore() override;
@@ -40,6 +40,7 @@ class DefaultsStore : public NSUserDefaults {
 
   template <class Use>
   void withFile(Access access, const Use& use) const;
+  void openAhead() const;
   void open(std::optional<ino_t> broken) const;
   template <class Change>
   int64_t change(const Change& change);

@@ -1,8 +1,9 @@
 // What an earlier run found out: that the web engine can start here. Kept in the store beside all of which that may depend
 // (the machine's start, namespaces, rights, the sandbox's programs), so that no later run has to try it again. It is
 // forgotten when the engine starts and kept anew once that has gone well: should the engine end the application after all,
-// the next run tries again. Main thread, but
-// for the circumstances: finding them out takes half a millisecond, which any thread may do.
+// the next run tries again.
+//
+// Main thread. Only to find out the circumstances, and to compare them, is any thread's: it takes half a millisecond.
 #pragma once
 
 #include <optional>
