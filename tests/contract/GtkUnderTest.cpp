@@ -135,12 +135,15 @@ TEST(GtkStore, OpenedAheadItIsTheSameForWhomeverComesFirst) {
   constexpr auto ahead = DefaultsStore::Opening::Ahead;
   const test::TemporaryFolder folder;
   const auto path = folder.path("defaults.sqlite3");
+  { const DefaultsStore unused(folder.path("unused"), ahead); }
+  EXPECT_TRUE(std::filesystem::exists(folder.path("unused"))) << "nobody had to use it";
   for (int i = 0; i < 20; ++i) {
-    { const DefaultsStore unused(path, ahead); }
     DefaultsStore store(path, ahead);
+    const DefaultsStore other(path, ahead);  // the first time both make the file
     const auto found = store.objectForKey("count");
     EXPECT_EQ(found ? std::get<double>(*found) : 0, i);
     store.setObject("count", i + 1.0);
+    EXPECT_TRUE(other.objectForKey("count") == DefaultsValue(i + 1.0));
   }
   folder.write("broken", std::string(9000, 'x'));
   DefaultsStore broken(folder.path("broken"), ahead);
